@@ -1,0 +1,41 @@
+// The three string widths for typed tests: one test body runs for each.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <tova/strings/ustring.hpp>
+
+namespace test_support {
+
+using all_widths = ::testing::Types<TOVA_2_18::strings::ustring8, TOVA_2_18::strings::ustring16,
+                                    TOVA_2_18::strings::ustring32>;
+
+struct width_name {
+    template <typename String>
+    static std::string GetName(int) {
+        return "ustring" + std::to_string(8 * sizeof(typename String::value_type));
+    }
+};
+
+// An ASCII literal in the wanted width: one unit a character, embedded NULs kept.
+template <typename String, std::size_t Size>
+String text(const char (&literal)[Size]) {
+    String result;
+    for (std::size_t i = 0; i + 1 < Size; ++i)
+        result.push_back(static_cast<typename String::value_type>(literal[i]));
+    return result;
+}
+
+// The same for an ASCII text of run-time length, up to its terminator.
+template <typename String>
+String text(const char* const& characters) {
+    String result;
+    for (const char* c = characters; *c != '\0'; ++c)
+        result.push_back(static_cast<typename String::value_type>(*c));
+    return result;
+}
+
+}  // namespace test_support
