@@ -1,0 +1,56 @@
+#!/usr/bin/env bash
+# install_test.sh BUILD_DIRECTORY: installs the built library into a private prefix and builds a
+# small program against it, out of tree: by find_package, and by pkg-config as C++14, 17, 20 and 23
+# with every compiler at hand. Every public header must also compile alone. No warning is let pass.
+set -euo pipefail
+build=$(realpath "$1")
+source=$(realpath "$(dirname "$0")")
+root=$(mktemp -d "${TMPDIR:-/tmp}/tova_install_XXXXXX")
+trap 'rm -rf "$root"' EXIT
+
+cmake --install "$build" --prefix "$root/prefix" >/dev/null
+library=$(dirname "$(find "$root/prefix" -name libtova.so)")
+soname=$(readelf -d "$library/libtova.so" | sed -n 's/.*SONAME.*\[\(.*\)\]/\1/p')
+[[ $soname == libtova.so.2.18 ]] || { echo "SONAME is $soname"; exit 1; }
+needed=$(readelf -d "$library/libtova.so" | sed -n 's/.*NEEDED.*\[\(.*\)\]/\1/p')
+while read -r name; do
+    case $name in
+    libc.so.* | libm.so.* | libgcc_s.so.* | ld-linux* | libstdc++.so.* | libboost_filesystem.so.* | \
+        libboost_system.so.*) ;;
+    *) echo "the library needs $name"; exit 1 ;;
+    esac
+done <<<"$needed"
+
+runs=0
+run() {
+    [[ $(LD_LIBRARY_PATH=$library "$1" "$root") == "Hello world" ]] || { echo "$1 failed"; exit 1; }
+    runs=$((runs + 1))
+}
+
+cmake -S "$source/consumer" -B "$root/by_cmake" -DCMAKE_PREFIX_PATH="$root/prefix" >/dev/null
+cmake --build "$root/by_cmake" >/dev/null
+run "$root/by_cmake/consumer"
+
+export PKG_CONFIG_PATH=$library/pkgconfig
+read -ra flags <<<"$(pkg-config --cflags tova)"
+read -ra libraries <<<"$(pkg-config --libs tova)"
+warnings=(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror)
+for compiler in g++ clang++; do
+    for standard in 14 17 20 2b; do
+        program=$root/consumer-$compiler-$standard
+        "$compiler" -std=c++$standard "${warnings[@]}" "${flags[@]}" "$source/consumer/main.cpp" \
+            "${libraries[@]}" -o "$program"
+        run "$program"
+    done
+done
+
+headers=0
+while read -r header; do
+    echo "#include <$header>" >"$root/alone.cpp"
+    echo "namespace alone = tova;" >>"$root/alone.cpp"
+    g++ -std=c++14 "${warnings[@]}" "${flags[@]}" -fsyntax-only "$root/alone.cpp"
+    grep -q "<$header>" "$root/prefix/include/tova/tova.hpp" || [[ $header == tova/tova.hpp ]] ||
+        { echo "tova.hpp does not include <$header>"; exit 1; }
+    headers=$((headers + 1))
+done < <(cd "$root/prefix/include" && find tova -name '*.hpp' | sort)
+echo "$runs programs ran against the installed copy, $headers headers compile alone"
