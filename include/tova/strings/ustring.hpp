@@ -1,0 +1,198 @@
+/// The three string types of the library, one for each width of unit.
+#pragma once
+
+#include <cstddef>
+#include <initializer_list>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include <tova/abi.hpp>
+
+namespace TOVA_2_18 {
+namespace strings {
+
+namespace _private {
+
+/// Gives `text` back. Raises `std::logic_error` "basic_string::_M_construct null not valid" for a
+/// null pointer, whatever text the installed standard library has for it.
+template <typename Unit>
+inline const Unit* require_text(const Unit* text) {
+    if (text == nullptr)
+        throw std::logic_error("basic_string::_M_construct null not valid");
+    return text;
+}
+
+}  // namespace _private
+
+/// A text of 8-bit units: UTF-8, by agreement and unchecked.
+///
+/// A plain derivation of `std::string` with no data and no virtual operation of its own: it offers
+/// what its base offers and passes wherever its base is asked for. Sizes, indexes and lengths count
+/// bytes.
+class TOVA_API ustring8 : public std::basic_string<char> {
+public:
+    using base_type = std::basic_string<char>;
+
+    ustring8() {}
+
+    /// Copies the text up to its terminator. Raises `std::logic_error`
+    /// "basic_string::_M_construct null not valid" for a null pointer.
+    TOVA_API ustring8(const char* text);
+
+    ustring8(const base_type& text) : base_type(text) {}
+    ustring8(base_type&& text) : base_type(std::move(text)) {}
+
+    /// As much of `text` as stands from unit `first` on, `count` units at most. Raises
+    /// `std::out_of_range` if `first` is behind the end.
+    ustring8(const base_type& text, size_type first, size_type count = npos)
+        : base_type(text, first, count) {}
+    ustring8(const char* text, size_type length) : base_type(text, length) {}
+    ustring8(size_type count, char unit) : base_type(count, unit) {}
+    ustring8(std::initializer_list<char> units) : base_type(units) {}
+    template <typename Iterator,
+              typename = typename std::iterator_traits<Iterator>::iterator_category>
+    ustring8(Iterator first, Iterator last) : base_type(first, last) {}
+
+    using base_type::operator=;
+    /// As the constructor from `const char*`, a null pointer included.
+    ustring8& operator=(const char* text) {
+        assign(_private::require_text(text));
+        return *this;
+    }
+};
+
+/// A text of 16-bit units: UTF-16 in the byte order of the host, by agreement and unchecked.
+///
+/// A plain derivation of its base, as `ustring8` is. Sizes, indexes and lengths count units, so a
+/// surrogate pair counts 2.
+class TOVA_API ustring16 : public std::basic_string<unsigned short> {
+public:
+    using base_type = std::basic_string<unsigned short>;
+
+    ustring16() {}
+
+    /// Copies the text up to its terminator. Raises `std::logic_error`
+    /// "basic_string::_M_construct null not valid" for a null pointer.
+    ustring16(const unsigned short* text) : base_type(_private::require_text(text)) {}
+
+    ustring16(const base_type& text) : base_type(text) {}
+    ustring16(base_type&& text) : base_type(std::move(text)) {}
+
+    /// As much of `text` as stands from unit `first` on, `count` units at most. Raises
+    /// `std::out_of_range` if `first` is behind the end.
+    ustring16(const base_type& text, size_type first, size_type count = npos)
+        : base_type(text, first, count) {}
+    ustring16(const unsigned short* text, size_type length) : base_type(text, length) {}
+    ustring16(size_type count, unsigned short unit) : base_type(count, unit) {}
+    ustring16(std::initializer_list<unsigned short> units) : base_type(units) {}
+    template <typename Iterator,
+              typename = typename std::iterator_traits<Iterator>::iterator_category>
+    ustring16(Iterator first, Iterator last) : base_type(first, last) {}
+
+    using base_type::operator=;
+    /// As the constructor from `const unsigned short*`, a null pointer included.
+    ustring16& operator=(const unsigned short* text) {
+        assign(_private::require_text(text));
+        return *this;
+    }
+};
+
+/// A text of 32-bit units: UTF-32, one unit a code point, by agreement and unchecked.
+///
+/// A plain derivation of `std::wstring`, as `ustring8` is of `std::string`. Sizes, indexes and
+/// lengths count units.
+class TOVA_API ustring32 : public std::basic_string<wchar_t> {
+public:
+    using base_type = std::basic_string<wchar_t>;
+
+    ustring32() {}
+
+    /// Copies the text up to its terminator. Raises `std::logic_error`
+    /// "basic_string::_M_construct null not valid" for a null pointer.
+    ustring32(const wchar_t* text) : base_type(_private::require_text(text)) {}
+
+    ustring32(const base_type& text) : base_type(text) {}
+    ustring32(base_type&& text) : base_type(std::move(text)) {}
+
+    /// As much of `text` as stands from unit `first` on, `count` units at most. Raises
+    /// `std::out_of_range` if `first` is behind the end.
+    ustring32(const base_type& text, size_type first, size_type count = npos)
+        : base_type(text, first, count) {}
+    ustring32(const wchar_t* text, size_type length) : base_type(text, length) {}
+    ustring32(size_type count, wchar_t unit) : base_type(count, unit) {}
+    ustring32(std::initializer_list<wchar_t> units) : base_type(units) {}
+    template <typename Iterator,
+              typename = typename std::iterator_traits<Iterator>::iterator_category>
+    ustring32(Iterator first, Iterator last) : base_type(first, last) {}
+
+    using base_type::operator=;
+    /// As the constructor from `const wchar_t*`, a null pointer included.
+    ustring32& operator=(const wchar_t* text) {
+        assign(_private::require_text(text));
+        return *this;
+    }
+};
+
+/// Equal means the same length and the same bytes.
+TOVA_API bool operator==(const ustring8& left, const ustring8& right);
+TOVA_API bool operator!=(const ustring8& left, const ustring8& right);
+
+/// A copy of the left text with the right one appended. A null pointer on the left raises
+/// `std::logic_error` "basic_string::_M_construct null not valid".
+TOVA_API ustring8 operator+(const ustring8& left, const ustring8& right);
+TOVA_API ustring8 operator+(const char* left, const ustring8& right);
+TOVA_API ustring8 operator+(const ustring8& left, const char* right);
+
+// The mixed forms. Without them a comparison of a `ustring8` with a literal or with a `std::string`
+// is ambiguous between the operators above and the templates of the base class. The other two
+// widths have the templates alone and need none of this.
+
+inline bool operator==(const ustring8& left, const char* right) {
+    return left.compare(right) == 0;
+}
+inline bool operator==(const char* left, const ustring8& right) {
+    return right.compare(left) == 0;
+}
+inline bool operator==(const ustring8& left, const std::string& right) {
+    return left.size() == right.size() && left.compare(right) == 0;
+}
+inline bool operator==(const std::string& left, const ustring8& right) {
+    return right == left;
+}
+
+inline bool operator!=(const ustring8& left, const char* right) {
+    return !(left == right);
+}
+inline bool operator!=(const char* left, const ustring8& right) {
+    return !(left == right);
+}
+inline bool operator!=(const ustring8& left, const std::string& right) {
+    return !(left == right);
+}
+inline bool operator!=(const std::string& left, const ustring8& right) {
+    return !(left == right);
+}
+
+inline ustring8 operator+(const ustring8& left, const std::string& right) {
+    ustring8 result;
+    result.reserve(left.size() + right.size());
+    result.append(left).append(right);
+    return result;
+}
+inline ustring8 operator+(const std::string& left, const ustring8& right) {
+    ustring8 result;
+    result.reserve(left.size() + right.size());
+    result.append(left).append(right);
+    return result;
+}
+inline ustring8 operator+(const ustring8& left, std::string&& right) {
+    return ustring8(std::move(right.insert(0, left)));
+}
+inline ustring8 operator+(std::string&& left, const ustring8& right) {
+    return ustring8(std::move(left.append(right)));
+}
+
+}  // namespace strings
+}  // namespace TOVA_2_18
