@@ -19,6 +19,10 @@
 #include <tova/strings/ustring.hpp>
 
 // Values
+#include <tova/generic/convert/binary.hpp>
+#include <tova/generic/convert/str_to_x.hpp>
+#include <tova/generic/convert/x_to_str.hpp>
+#include <tova/types/radix.hpp>
 
 // System
 
