@@ -4,6 +4,16 @@
 #include <tova/abi.hpp>
 
 // Foundation
+#include <tova/debug/assert.hpp>
+#include <tova/exceptions/exceptions.hpp>
+#include <tova/functor/delegate.hpp>
+#include <tova/functor/function_type_interface.hpp>
+#include <tova/functor/member_function.hpp>
+#include <tova/generic/abilities.hpp>
+#include <tova/generic/clone_interface.hpp>
+#include <tova/memory/pointers.hpp>
+#include <tova/traits/function_traits.hpp>
+#include <tova/types/nil.hpp>
 
 // Strings
 #include <tova/strings/byte_order_mark.hpp>

@@ -1,0 +1,52 @@
+/// A callable made of an object and one of its member functions.
+#pragma once
+
+#include <typeinfo>
+#include <utility>
+
+#include <tova/abi.hpp>
+#include <tova/functor/function_type_interface.hpp>
+
+namespace TOVA_2_18 {
+namespace functor {
+
+template <typename Class, typename Signature>
+class member_function_t;
+
+/// Calls a member function of an object.
+///
+/// The object isn't owned: it has to outlive this binding and all its clones.
+template <typename Class, typename Result, typename... Arguments>
+class TOVA_API member_function_t<Class, Result(Arguments...)>
+    : public function_type_interface<Result(Arguments...)> {
+public:
+    typedef Result (Class::*member_type)(Arguments...);
+
+    member_function_t(Class* object, member_type member) : m_object(object), m_member(member) {}
+    virtual ~member_function_t() TOVA_NOTHROW {}
+
+    /// Neither pointer is tested: both must be set by then.
+    virtual Result invoke(Arguments... arguments) {
+        return (m_object->*m_member)(std::forward<Arguments>(arguments)...);
+    }
+
+    /// Whether `other` is of exactly this class and binds the same member function of the same
+    /// object. Two null member functions are equal.
+    virtual bool do_equal(const function_type_interface<Result(Arguments...)>& other) const {
+        if (typeid(other) != typeid(member_function_t))
+            return false;
+        const auto& same_class = static_cast<const member_function_t&>(other);
+        return m_object == same_class.m_object && m_member == same_class.m_member;
+    }
+
+    virtual member_function_t* do_clone() const {
+        return new member_function_t(m_object, m_member);
+    }
+
+private:
+    Class* m_object;
+    member_type m_member;
+};
+
+}  // namespace functor
+}  // namespace TOVA_2_18

@@ -1,0 +1,64 @@
+#include <tova/debug/assert.hpp>
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace TOVA_2_18 {
+namespace debug {
+
+namespace {
+
+typedef functor::delegate_t<void(const char*, const char*, unsigned int&)> hook_delegate;
+
+const std::size_t context_size = 256;  // characters of a composed text, its terminator included
+
+}  // namespace
+
+void set_assert_hook(const hook_delegate& hook) {
+    _private::g_assert_callback = hook;
+}
+
+void set_assert_hook(const types::nil_t&) {
+    _private::g_assert_callback = hook_delegate();
+}
+
+bool is_assert_hook_set() {
+    return !_private::g_assert_callback.is_empty();
+}
+
+namespace _private {
+
+hook_delegate g_assert_callback;
+
+void ____________________ASSERT____________________(const char* expression, const char* file,
+                                                    unsigned int line, const char* function) {
+    unsigned int local_line = line;
+    if (is_assert_hook_set())
+        g_assert_callback.invoke(expression, file, local_line);
+    else
+        native_assert(expression, file, local_line, function);
+}
+
+void _______________CONTEXT__ASSERT________________(const char* expression, const char* file,
+                                                    unsigned int line, const char* function, ...) {
+    char text[context_size] = {};
+    const int length = std::snprintf(text, context_size, "%s : ", expression);
+
+    va_list arguments;
+    va_start(arguments, function);
+    const char* const format = va_arg(arguments, const char*);
+    // Contract: `length` is what the whole text would have taken. An expression that had to be cut
+    // gets no context.
+    if (length >= 1 && length < static_cast<int>(context_size) && format != nullptr)
+        std::vsnprintf(text + length, context_size - static_cast<std::size_t>(length), format,
+                       arguments);
+    va_end(arguments);
+
+    ____________________ASSERT____________________(text, file, line, function);
+}
+
+void native_assert(const char*, const char*, unsigned int&, const char*) {}
+
+}  // namespace _private
+}  // namespace debug
+}  // namespace TOVA_2_18

@@ -1,0 +1,158 @@
+#include <tova/exceptions/exceptions.hpp>
+
+namespace TOVA_2_18 {
+namespace exceptions {
+
+namespace {
+
+// Contract: no bound is tested, see `exception::state`. What lies behind the terminator stays as it
+// was, so a record is written only as far as there is text in it.
+void copy_text(char* target, const char* source) {
+    while (*source != '\0')
+        *target++ = *source++;
+    *target = '\0';
+}
+
+}  // namespace
+
+exception::state::state(unsigned int raise_line, const char* raise_file, const char* raise_function)
+    : line(raise_line) {
+    if (raise_file != nullptr)
+        copy_text(file, raise_file);
+    if (raise_function != nullptr)
+        copy_text(function, raise_function);
+}
+
+// Contract: an empty source field isn't touched at all, unlike an empty text above, which is
+// written as a terminator.
+exception::state::state(const state& source) : line(source.line) {
+    if (source.file[0] != '\0')
+        copy_text(file, source.file);
+    if (source.function[0] != '\0')
+        copy_text(function, source.function);
+}
+
+exception::exception(unsigned int line, const char* file, const char* function)
+    : m_state(line, file, function) {}
+
+exception::exception(const exception::state& where) : m_state(where) {}
+
+exception::exception(const exception& source) : m_state(source.m_state) {}
+
+exception::~exception() TOVA_NOTHROW {}
+
+logic_error::logic_error(const std::string& message, unsigned int line, const char* file,
+                         const char* function)
+    : exception(line, file, function), m_message(message) {}
+
+logic_error::logic_error(const std::string& message, const exceptions::exception::state& where)
+    : exception(where), m_message(message) {}
+
+logic_error::logic_error(const logic_error& source)
+    : exception(source), m_message(source.m_message) {}
+
+logic_error::~logic_error() TOVA_NOTHROW {}
+
+const char* logic_error::get_message() const {
+    return m_message.c_str();
+}
+
+out_of_range::out_of_range(const std::string& message, unsigned int line, const char* file,
+                           const char* function)
+    : logic_error(message, line, file, function) {}
+
+out_of_range::out_of_range(const std::string& message, const exceptions::exception::state& where)
+    : logic_error(message, where) {}
+
+out_of_range::out_of_range(const out_of_range& source) : logic_error(source) {}
+
+out_of_range::~out_of_range() TOVA_NOTHROW {}
+
+length_error::length_error(const std::string& message, unsigned int line, const char* file,
+                           const char* function)
+    : logic_error(message, line, file, function) {}
+
+length_error::length_error(const std::string& message, const exceptions::exception::state& where)
+    : logic_error(message, where) {}
+
+length_error::length_error(const length_error& source) : logic_error(source) {}
+
+length_error::~length_error() TOVA_NOTHROW {}
+
+invalid_argument_value::invalid_argument_value(const std::string& message, unsigned int line,
+                                               const char* file, const char* function)
+    : logic_error(message, line, file, function) {}
+
+invalid_argument_value::invalid_argument_value(const std::string& message,
+                                               const exceptions::exception::state& where)
+    : logic_error(message, where) {}
+
+invalid_argument_value::invalid_argument_value(const invalid_argument_value& source)
+    : logic_error(source) {}
+
+invalid_argument_value::~invalid_argument_value() TOVA_NOTHROW {}
+
+runtime_error::runtime_error(const std::string& message, unsigned int line, const char* file,
+                             const char* function)
+    : exception(line, file, function), m_message(message) {}
+
+runtime_error::runtime_error(const std::string& message, const exceptions::exception::state& where)
+    : exception(where), m_message(message) {}
+
+runtime_error::runtime_error(const runtime_error& source)
+    : exception(source), m_message(source.m_message) {}
+
+runtime_error::~runtime_error() TOVA_NOTHROW {}
+
+const char* runtime_error::get_message() const {
+    return m_message.c_str();
+}
+
+empty_error::empty_error(const std::string& message, unsigned int line, const char* file,
+                         const char* function)
+    : runtime_error(message, line, file, function) {}
+
+empty_error::empty_error(const std::string& message, const exceptions::exception::state& where)
+    : runtime_error(message, where) {}
+
+empty_error::empty_error(const empty_error& source) : runtime_error(source) {}
+
+empty_error::~empty_error() TOVA_NOTHROW {}
+
+full_error::full_error(const std::string& message, unsigned int line, const char* file,
+                       const char* function)
+    : runtime_error(message, line, file, function) {}
+
+full_error::full_error(const std::string& message, const exceptions::exception::state& where)
+    : runtime_error(message, where) {}
+
+full_error::full_error(const full_error& source) : runtime_error(source) {}
+
+full_error::~full_error() TOVA_NOTHROW {}
+
+overflow_error::overflow_error(const std::string& message, unsigned int line, const char* file,
+                               const char* function)
+    : runtime_error(message, line, file, function) {}
+
+overflow_error::overflow_error(const std::string& message,
+                               const exceptions::exception::state& where)
+    : runtime_error(message, where) {}
+
+overflow_error::overflow_error(const overflow_error& source) : runtime_error(source) {}
+
+overflow_error::~overflow_error() TOVA_NOTHROW {}
+
+underflow_error::underflow_error(const std::string& message, unsigned int line, const char* file,
+                                 const char* function)
+    : runtime_error(message, line, file, function) {}
+
+underflow_error::underflow_error(const std::string& message,
+                                 const exceptions::exception::state& where)
+    : runtime_error(message, where) {}
+
+underflow_error::underflow_error(const underflow_error& source) : runtime_error(source) {}
+
+underflow_error::~underflow_error() TOVA_NOTHROW {}
+
+}  // namespace exceptions
+}  // namespace TOVA_2_18
