@@ -37,6 +37,8 @@
 // System
 
 // Parsers
+#include <tova/parser/xml_parser.hpp>
+#include <tova/parser/xml_token_stream.hpp>
 
 // Internationalisation
 
