@@ -29,10 +29,15 @@
 #include <tova/strings/ustring.hpp>
 
 // Values
+#include <tova/generic/argument.hpp>
 #include <tova/generic/convert/binary.hpp>
 #include <tova/generic/convert/str_to_x.hpp>
 #include <tova/generic/convert/x_to_str.hpp>
+#include <tova/generic/varg_list.hpp>
 #include <tova/types/radix.hpp>
+#include <tova/types/variant.hpp>
+#include <tova/types/variant_type.hpp>
+#include <tova/types/variant_value.hpp>
 
 // System
 
