@@ -40,6 +40,9 @@
 #include <tova/types/variant_value.hpp>
 
 // System
+#include <tova/system/directories.hpp>
+#include <tova/system/files.hpp>
+#include <tova/system/io.hpp>
 
 // Parsers
 #include <tova/parser/xml_parser.hpp>

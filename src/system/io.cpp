@@ -1,0 +1,115 @@
+#include <tova/system/io.hpp>
+
+#include <cstdio>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <tova/strings/unicode.hpp>
+
+#include "system/file_status.hpp"
+
+namespace TOVA_2_18 {
+namespace system {
+namespace io {
+
+using strings::ustring16;
+using strings::ustring32;
+using strings::ustring8;
+
+namespace {
+
+// Contract: these are single bits of the file type and no whole types, so that more than one kind
+// of file has each.
+const mode_t file_bit = 0x8000;
+const mode_t directory_bit = 0x4000;
+
+// Operations here report nothing, whatever the system says.
+void ignore(int) {}
+
+}  // namespace
+
+bool exists(const ustring8& path) {
+    return detail::has_mode_bits(path, 0);
+}
+bool exists(const ustring16& path) {
+    return exists(strings::utf16_to_utf8(path));
+}
+bool exists(const ustring32& path) {
+    return exists(strings::utf32_to_utf8(path));
+}
+
+bool is_file(const ustring8& path) {
+    return detail::has_mode_bits(path, file_bit);
+}
+bool is_file(const ustring16& path) {
+    return is_file(strings::utf16_to_utf8(path));
+}
+bool is_file(const ustring32& path) {
+    return is_file(strings::utf32_to_utf8(path));
+}
+
+bool is_directory(const ustring8& path) {
+    return detail::has_mode_bits(path, directory_bit);
+}
+bool is_directory(const ustring16& path) {
+    return is_directory(strings::utf16_to_utf8(path));
+}
+bool is_directory(const ustring32& path) {
+    return is_directory(strings::utf32_to_utf8(path));
+}
+
+void remove_file(const ustring8& path) {
+    ignore(std::remove(path.c_str()));
+}
+void remove_file(const ustring16& path) {
+    remove_file(strings::utf16_to_utf8(path));
+}
+void remove_file(const ustring32& path) {
+    remove_file(strings::utf32_to_utf8(path));
+}
+
+void remove_dir(const ustring8& path) {
+    ignore(::rmdir(path.c_str()));
+}
+void remove_dir(const ustring16& path) {
+    remove_dir(strings::utf16_to_utf8(path));
+}
+void remove_dir(const ustring32& path) {
+    remove_dir(strings::utf32_to_utf8(path));
+}
+
+void move(const ustring8& target, const ustring8& source) {
+    ignore(std::rename(source.c_str(), target.c_str()));
+}
+void move(const ustring16& target, const ustring16& source) {
+    move(strings::utf16_to_utf8(target), strings::utf16_to_utf8(source));
+}
+void move(const ustring32& target, const ustring32& source) {
+    move(strings::utf32_to_utf8(target), strings::utf32_to_utf8(source));
+}
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winfinite-recursion"
+
+// Contract: the call is to this operation itself and ends with the stack. The copies live across
+// the call, which keeps a compiler from turning it into a loop.
+void mkdir(const ustring8& path) {
+    const ustring8 copy(path);
+    mkdir(ustring8(copy.c_str()));
+}
+
+#pragma GCC diagnostic pop
+
+void mkdir(const ustring16& path) {
+    const ustring8 copy(strings::utf16_to_utf8(path));
+    mkdir(ustring8(copy.c_str()));
+}
+void mkdir(const ustring32& path) {
+    const ustring8 copy(strings::utf32_to_utf8(path));
+    mkdir(ustring8(copy.c_str()));
+}
+
+}  // namespace io
+}  // namespace system
+}  // namespace TOVA_2_18
