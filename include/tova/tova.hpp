@@ -49,6 +49,8 @@
 #include <tova/parser/xml_token_stream.hpp>
 
 // Internationalisation
+#include <tova/i18n/_private/xmc_file_loader.hpp>
+#include <tova/i18n/message_catalogs.hpp>
 
 // Serialization
 
