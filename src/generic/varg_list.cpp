@@ -1,0 +1,184 @@
+#include <tova/generic/varg_list.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <stdexcept>
+
+namespace TOVA_2_18 {
+namespace generic {
+
+namespace {
+
+// Written out here, so that the text is the same with every standard library.
+void require_position(unsigned long position, unsigned long count) {
+    if (position < count)
+        return;
+    char text[128];
+    std::snprintf(text, sizeof text,
+                  "vector::_M_range_check: __n (which is %zu) >= this->size() (which is %zu)",
+                  position, count);
+    throw std::out_of_range(text);
+}
+
+template <typename Iterator>
+Iterator find_name(Iterator first, Iterator last, const strings::ustring8& name) {
+    return std::find_if(first, last, [&name](const argument& a) { return a.name() == name; });
+}
+
+}  // namespace
+
+argument varg_list::nil_argument(types::nil);
+
+varg_list::varg_list() : m_arguments() {}
+
+varg_list::varg_list(const varg_list& other) : m_arguments(other.m_arguments) {}
+
+varg_list::varg_list(const argument& a1, const argument& a2, const argument& a3, const argument& a4,
+                     const argument& a5, const argument& a6, const argument& a7, const argument& a8,
+                     const argument& a9, const argument& a10, const argument& a11,
+                     const argument& a12, const argument& a13, const argument& a14,
+                     const argument& a15, const argument& a16, const argument& a17,
+                     const argument& a18, const argument& a19, const argument& a20,
+                     const argument& a21, const argument& a22, const argument& a23,
+                     const argument& a24, const argument& a25, const argument& a26)
+    : m_arguments() {
+    const argument* const arguments[] = {&a1,  &a2,  &a3,  &a4,  &a5,  &a6,  &a7,  &a8,  &a9,
+                                         &a10, &a11, &a12, &a13, &a14, &a15, &a16, &a17, &a18,
+                                         &a19, &a20, &a21, &a22, &a23, &a24, &a25, &a26};
+    // Contract: the first unnamed nil ends the list, whatever follows it; a named nil is stored.
+    for (const argument* each : arguments) {
+        if (*each == types::nil)
+            break;
+        push_back(*each);
+    }
+}
+
+bool varg_list::push_back(const argument& value) {
+    if (value.has_name() && has_argument(value.name()))
+        return false;
+    m_arguments.push_back(value);
+    return true;
+}
+
+bool varg_list::push_back(const strings::ustring8& name, const types::variant& value) {
+    if (!name.empty() && has_argument(name))
+        return false;
+    m_arguments.push_back(argument(name, value));
+    return true;
+}
+
+bool varg_list::has_argument(const strings::ustring8& name) const {
+    return find(name) != end();
+}
+
+const argument& varg_list::at(const strings::ustring8& name) const {
+    const const_iterator found = find(name);
+    return found != end() ? *found : nil_argument;
+}
+
+const argument& varg_list::operator[](const strings::ustring8& name) const {
+    return at(name);
+}
+
+const argument& varg_list::at(unsigned long position) const {
+    require_position(position, count());
+    return m_arguments[position];
+}
+
+// Contract: checked like `at`, unlike the operator of a vector.
+const argument& varg_list::operator[](unsigned long position) const {
+    return at(position);
+}
+
+argument& varg_list::at(unsigned long position) {
+    require_position(position, count());
+    return m_arguments[position];
+}
+
+argument& varg_list::operator[](unsigned long position) {
+    return at(position);
+}
+
+varg_list::iterator varg_list::find(const strings::ustring8& name) {
+    return find_name(begin(), end(), name);
+}
+
+varg_list::const_iterator varg_list::find(const strings::ustring8& name) const {
+    return find_name(begin(), end(), name);
+}
+
+varg_list::iterator varg_list::begin() {
+    return m_arguments.begin();
+}
+
+varg_list::const_iterator varg_list::begin() const {
+    return m_arguments.begin();
+}
+
+varg_list::iterator varg_list::end() {
+    return m_arguments.end();
+}
+
+varg_list::const_iterator varg_list::end() const {
+    return m_arguments.end();
+}
+
+unsigned long varg_list::count() const {
+    return m_arguments.size();
+}
+
+bool varg_list::empty() const {
+    return m_arguments.empty();
+}
+
+bool varg_list::equal(const types::nil_t&) const {
+    return empty();
+}
+
+bool varg_list::operator==(const types::nil_t& nil_tag) const {
+    return equal(nil_tag);
+}
+
+bool varg_list::operator!=(const types::nil_t& nil_tag) const {
+    return !equal(nil_tag);
+}
+
+void varg_list::clear() {
+    m_arguments.clear();
+}
+
+void varg_list::erase() {
+    clear();
+}
+
+void varg_list::erase(const strings::ustring8& name) {
+    const iterator found = find(name);
+    if (found != end())
+        m_arguments.erase(found);
+}
+
+void varg_list::erase(unsigned long position) {
+    if (position < count())
+        m_arguments.erase(begin() + static_cast<std::ptrdiff_t>(position));
+}
+
+varg_list::iterator varg_list::erase(iterator position) {
+    return m_arguments.erase(position);
+}
+
+varg_list::iterator varg_list::erase(iterator first, iterator last) {
+    return m_arguments.erase(first, last);
+}
+
+varg_list& varg_list::assign(const varg_list& other) {
+    if (this != &other)
+        m_arguments = other.m_arguments;
+    return *this;
+}
+
+varg_list& varg_list::operator=(const varg_list& other) {
+    return assign(other);
+}
+
+}  // namespace generic
+}  // namespace TOVA_2_18

@@ -1,0 +1,216 @@
+#include <tova/types/variant.hpp>
+
+#include <ostream>
+#include <utility>
+
+#include <tova/types/variant_value.hpp>
+
+namespace TOVA_2_18 {
+namespace types {
+
+namespace {
+
+// A body for a handle to hold. The value is complete before the body is made, so that a failure
+// leaves nothing behind.
+template <typename T>
+variant_type* make_body(T value) {
+    variant_type* const body = new variant_value_t<T>(std::move(value));
+    body->allocated = true;
+    return body;
+}
+
+}  // namespace
+
+// Contract: each nil handle has a fresh body. There is none that all would share.
+variant::variant() : m_body(make_body(nil_t())) {}
+
+variant::variant(nil_t&) : m_body(make_body(nil_t())) {}
+
+variant::variant(const signed char& value) : m_body(make_body(value)) {}
+
+variant::variant(const short& value) : m_body(make_body(value)) {}
+
+variant::variant(const int& value) : m_body(make_body(value)) {}
+
+variant::variant(const long& value) : m_body(make_body(value)) {}
+
+variant::variant(const unsigned char& value) : m_body(make_body(value)) {}
+
+variant::variant(const unsigned short& value) : m_body(make_body(value)) {}
+
+variant::variant(const unsigned int& value) : m_body(make_body(value)) {}
+
+variant::variant(const unsigned long& value) : m_body(make_body(value)) {}
+
+variant::variant(bool value) : m_body(make_body(value)) {}
+
+variant::variant(const float& value) : m_body(make_body(value)) {}
+
+variant::variant(const double& value) : m_body(make_body(value)) {}
+
+variant::variant(const long double& value) : m_body(make_body(value)) {}
+
+variant::variant(const char* text) : m_body(make_body(strings::ustring8(text))) {}
+
+variant::variant(const unsigned short* text) : m_body(make_body(strings::ustring16(text))) {}
+
+variant::variant(const wchar_t* text) : m_body(make_body(strings::ustring32(text))) {}
+
+variant::variant(const strings::ustring8& text) : m_body(make_body(text)) {}
+
+variant::variant(const strings::ustring16& text) : m_body(make_body(text)) {}
+
+variant::variant(const strings::ustring32& text) : m_body(make_body(text)) {}
+
+variant::variant(const std::string& text) : m_body(make_body(text)) {}
+
+variant::variant(const std::wstring& text) : m_body(make_body(text)) {}
+
+variant::variant(const variant& other) : m_body(other.m_body) {}
+
+variant::~variant() TOVA_NOTHROW {}
+
+variant& variant::assign(const variant& other) {
+    if (this != &other)
+        m_body = other.m_body;
+    return *this;
+}
+
+variant& variant::operator=(const variant& other) {
+    return assign(other);
+}
+
+variant& variant::operator=(const nil_t&) {
+    m_body = make_body(nil_t());
+    return *this;
+}
+
+bool variant::equal(const nil_t&) const TOVA_NOTHROW {
+    return type() == typeid(nil_t);
+}
+
+bool variant::operator==(const nil_t& nil_tag) const TOVA_NOTHROW {
+    return equal(nil_tag);
+}
+
+bool variant::operator!=(const nil_t& nil_tag) const TOVA_NOTHROW {
+    return !equal(nil_tag);
+}
+
+const std::type_info& variant::type() const {
+    return m_body->type();
+}
+
+bool variant::as_bool() const {
+    return m_body->as_bool();
+}
+
+float variant::as_float() const {
+    return m_body->as_float();
+}
+
+double variant::as_double() const {
+    return m_body->as_double();
+}
+
+long double variant::as_long_double() const {
+    return m_body->as_long_double();
+}
+
+short variant::as_short() const {
+    return m_body->as_short();
+}
+
+int variant::as_int() const {
+    return m_body->as_int();
+}
+
+long variant::as_long() const {
+    return m_body->as_long();
+}
+
+signed char variant::as_int8() const {
+    return m_body->as_int8();
+}
+
+short variant::as_int16() const {
+    return m_body->as_int16();
+}
+
+int variant::as_int32() const {
+    return m_body->as_int32();
+}
+
+long variant::as_int64() const {
+    return m_body->as_int64();
+}
+
+unsigned char variant::as_uint8() const {
+    return m_body->as_uint8();
+}
+
+unsigned short variant::as_uint16() const {
+    return m_body->as_uint16();
+}
+
+unsigned int variant::as_uint32() const {
+    return m_body->as_uint32();
+}
+
+unsigned long variant::as_uint64() const {
+    return m_body->as_uint64();
+}
+
+// Contract: these five narrow to the signed conversion of their width, though a wider or unsigned
+// one is there. A text of 4294967295 gives 2147483647 here.
+int variant::as_signed() const {
+    return m_body->as_int();
+}
+
+unsigned int variant::as_unsigned() const {
+    return static_cast<unsigned int>(m_body->as_int());
+}
+
+unsigned int variant::as_uint() const {
+    return static_cast<unsigned int>(m_body->as_int());
+}
+
+unsigned long variant::as_ulong() const {
+    return static_cast<unsigned long>(m_body->as_long());
+}
+
+unsigned short variant::as_ushort() const {
+    return static_cast<unsigned short>(m_body->as_short());
+}
+
+// Contract: a nil handle has no text, whatever its body says.
+strings::ustring8 variant::as_string() const {
+    return equal(nil) ? strings::ustring8() : m_body->as_string();
+}
+
+std::wstring variant::as_wstring() const {
+    return equal(nil) ? std::wstring() : m_body->as_wstring();
+}
+
+std::string variant::as_ustring() const {
+    return equal(nil) ? std::string() : m_body->as_ustring();
+}
+
+strings::ustring8 variant::as_utf8() const {
+    return equal(nil) ? strings::ustring8() : m_body->as_utf8();
+}
+
+strings::ustring16 variant::as_utf16() const {
+    return equal(nil) ? strings::ustring16() : m_body->as_utf16();
+}
+
+strings::ustring32 variant::as_utf32() const {
+    return equal(nil) ? strings::ustring32() : m_body->as_utf32();
+}
+
+std::ostream& operator<<(std::ostream& stream, const variant& value) {
+    return value.m_body->ostream(stream);
+}
+
+}  // namespace types
+}  // namespace TOVA_2_18
