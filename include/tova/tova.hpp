@@ -50,7 +50,11 @@
 
 // Internationalisation
 #include <tova/i18n/_private/xmc_file_loader.hpp>
+#include <tova/i18n/catalog.hpp>
+#include <tova/i18n/format.hpp>
+#include <tova/i18n/message.hpp>
 #include <tova/i18n/message_catalogs.hpp>
+#include <tova/i18n/message_item.hpp>
 
 // Serialization
 

@@ -1,0 +1,184 @@
+#include <tova/i18n/message.hpp>
+
+#include <tova/strings/unicode.hpp>
+
+#include "i18n/rendering.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace TOVA_2_18 {
+namespace i18n {
+
+namespace {
+
+// Room for most arguments; a text that needs more grows as any string does.
+const std::size_t usual_argument_size = 24;
+
+bool is_argument(const message_item& item) {
+    return item.type() != message_item::type_text;
+}
+
+}  // namespace
+
+message_t::message_t() {}
+
+message_t::message_t(types::nil_t&) {}
+
+message_t::message_t(strings::ustring8 const& name, std::vector<message_item> const& items)
+    : m_name(name), m_items(items) {}
+
+message_t::message_t(strings::ustring8 const& name, std::vector<message_item> const& items,
+                     strings::ustring8 const& meta)
+    : m_name(name), m_items(items), m_meta(meta) {}
+
+message_t::message_t(message_t const& other)
+    : m_name(other.m_name), m_items(other.m_items), m_orginal_locale(other.m_orginal_locale),
+      m_meta(other.m_meta) {}
+
+message_t::~message_t() TOVA_NOTHROW {}
+
+std::string message_t::as_string(generic::varg_list const& args) const {
+    return as_utf8(args);
+}
+
+// Contract: the number of arguments is not compared with the number of items. Too few of them show
+// as "?invalid?" at their places, and the rest of the text is still there.
+strings::ustring8 message_t::as_utf8(generic::varg_list const& args) const {
+    std::size_t size = 0;
+    for (const message_item& item : m_items)
+        size += is_argument(item) ? usual_argument_size : item.m_data.size();
+
+    strings::ustring8 text;
+    text.reserve(size);
+    for (const message_item& item : m_items)
+        detail::append_item(text, item.m_type, item.m_data, args);
+    return text;
+}
+
+std::string message_t::as_ustring(generic::varg_list const& args) const {
+    return as_utf8(args);
+}
+
+strings::ustring16 message_t::as_utf16(generic::varg_list const& args) const {
+    return strings::utf8_to_utf16(as_utf8(args));
+}
+
+strings::ustring32 message_t::as_utf32(generic::varg_list const& args) const {
+    return strings::utf8_to_utf32(as_utf8(args));
+}
+
+std::wstring message_t::as_wstring(generic::varg_list const& args) const {
+    return as_utf32(args);
+}
+
+unsigned long message_t::argument_count() const {
+    return static_cast<unsigned long>(std::count_if(m_items.begin(), m_items.end(), is_argument));
+}
+
+unsigned long message_t::count() const {
+    return m_items.size();
+}
+
+unsigned long message_t::size() const {
+    return m_items.size();
+}
+
+generic::varg_list message_t::arguments() const {
+    generic::varg_list result;
+    const types::variant nil;
+    for (const message_item& item : m_items)
+        if (is_argument(item))
+            result.push_back(item.m_data, nil);
+    return result;
+}
+
+bool message_t::has_valid_args(generic::varg_list const& args) const {
+    if (m_items.empty() || args.count() < argument_count())
+        return false;
+    for (const message_item& item : m_items)
+        if (is_argument(item) && !args.has_argument(item.name()))
+            return false;
+    return true;
+}
+
+message_t::iterator message_t::begin() {
+    return m_items.begin();
+}
+
+message_t::iterator message_t::end() {
+    return m_items.end();
+}
+
+message_t::const_iterator message_t::begin() const {
+    return m_items.begin();
+}
+
+message_t::const_iterator message_t::end() const {
+    return m_items.end();
+}
+
+strings::ustring8 const& message_t::name() const {
+    return m_name;
+}
+
+message_t& message_t::name(strings::ustring8 const& value) {
+    m_name = value;
+    return *this;
+}
+
+strings::ustring8 const& message_t::meta() const {
+    return m_meta;
+}
+
+strings::ustring8& message_t::meta(strings::ustring8 const& value) {
+    m_meta = value;
+    return m_meta;
+}
+
+strings::ustring8 const& message_t::_orginal_locale() const {
+    return m_orginal_locale;
+}
+
+strings::ustring8& message_t::_orginal_locale(strings::ustring8 const& value) {
+    m_orginal_locale = value;
+    return m_orginal_locale;
+}
+
+void message_t::resolve(std::map<strings::ustring8, strings::ustring8> const&) {}
+
+message_t& message_t::operator=(message_t const& other) {
+    return assign(other);
+}
+
+message_t& message_t::assign(message_t const& other) {
+    if (this == &other)
+        return *this;
+    m_name = other.m_name;
+    m_orginal_locale = other.m_orginal_locale;
+    m_items = other.m_items;
+    m_meta = other.m_meta;
+    return *this;
+}
+
+message_t& message_t::operator=(types::nil_t const& nil) {
+    return assign(nil);
+}
+
+message_t& message_t::assign(types::nil_t const&) {
+    m_items.clear();
+    m_name.clear();
+    m_meta.clear();
+    return *this;
+}
+
+bool message_t::operator==(types::nil_t const& nil) const {
+    return equal(nil);
+}
+
+bool message_t::equal(types::nil_t const&) const {
+    return m_items.empty() && m_name.empty() && m_meta.empty();
+}
+
+}  // namespace i18n
+}  // namespace TOVA_2_18

@@ -1,0 +1,114 @@
+#include <tova/i18n/message_item.hpp>
+
+#include "i18n/rendering.hpp"
+
+namespace TOVA_2_18 {
+namespace i18n {
+
+namespace {
+
+const char invalid_text[] = "?invalid?";
+
+// What `name` gives and what an argument is looked up by.
+strings::ustring8 name_in(const strings::ustring8& data) {
+    return strings::ustring8(data, 0, data.find(detail::data_separator));
+}
+
+// The value of the argument that the data names, or null.
+const types::variant* find_value(const generic::varg_list& args, const strings::ustring8& data) {
+    const auto separator = data.find(detail::data_separator);
+    const auto found = separator == std::string::npos ? args.find(data) : args.find(name_in(data));
+    return found == args.end() ? nullptr : &found->value();
+}
+
+// Appends the formatted value, or nothing if it reads like the mark of a faulty format string.
+bool append_good_value(std::string& text, message_item::type_t type, const types::variant& value,
+                       const strings::ustring8& data) {
+    const auto begin = text.size();
+    if (!detail::append_value(text, type, value, data))
+        return false;
+    if (text.compare(begin, std::string::npos, "-0") != 0)
+        return true;
+    text.resize(begin);
+    return false;
+}
+
+}  // namespace
+
+namespace detail {
+
+void append_item(std::string& text, message_item::type_t type, const strings::ustring8& data,
+                 const generic::varg_list& args) {
+    const types::variant* value = nullptr;
+    switch (type) {
+    case message_item::type_text:
+        text += data;
+        return;
+    case message_item::type_string:
+        value = find_value(args, data);
+        if (value != nullptr) {
+            text += value->as_string();
+            return;
+        }
+        break;
+    case message_item::type_int:
+    case message_item::type_double:
+    case message_item::type_memory:
+    case message_item::type_memory_unit:
+    case message_item::type_metric:
+    case message_item::type_metric_unit:
+    case message_item::type_duration:
+        value = find_value(args, data);
+        if (value != nullptr && append_good_value(text, type, *value, data))
+            return;
+        break;
+    default:
+        // Contract: the reserved types and all above the last one show as invalid, also when the
+        // argument is there.
+        break;
+    }
+    text += invalid_text;
+}
+
+}  // namespace detail
+
+message_item::message_item(strings::ustring8 const& data) : m_data(data), m_type(type_text) {}
+
+message_item::message_item(strings::ustring8 const& data, type_t type)
+    : m_data(data), m_type(type) {}
+
+message_item::message_item(message_item const& other)
+    : m_data(other.m_data), m_type(other.m_type) {}
+
+message_item::~message_item() TOVA_NOTHROW {}
+
+message_item& message_item::operator=(message_item const& other) {
+    return assign(other);
+}
+
+message_item& message_item::assign(message_item const& other) {
+    m_data = other.m_data;
+    m_type = other.m_type;
+    return *this;
+}
+
+message_item::type_t message_item::type() const {
+    return m_type;
+}
+
+strings::ustring8 message_item::data() const {
+    return m_data;
+}
+
+strings::ustring8 message_item::name() const {
+    return name_in(m_data);
+}
+
+strings::ustring8 message_item::as_string(generic::varg_list const& args) const {
+    strings::ustring8 text;
+    detail::append_item(text, m_type, m_data, args);
+    return text;
+}
+
+}  // namespace i18n
+}  // namespace TOVA_2_18
