@@ -57,5 +57,10 @@
 #include <tova/i18n/message_item.hpp>
 
 // Serialization
+#include <tova/serialization/labeled_serialize_buffer.hpp>
+#include <tova/serialization/labeled_text_buffer.hpp>
+#include <tova/serialization/serialize_binary_buf.hpp>
+#include <tova/serialization/serialize_buffer.hpp>
+#include <tova/serialization/serialize_text_buf.hpp>
 
 // Configuration
