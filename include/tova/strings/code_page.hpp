@@ -5,13 +5,9 @@
 
 #include <tova/abi.hpp>
 #include <tova/strings/ustring.hpp>
+#include <tova/types/nil.hpp>
 
 namespace TOVA_2_18 {
-
-namespace types {
-class nil_t;
-}
-
 namespace strings {
 
 /// A code page, named by its number, that text can be converted to and from.

@@ -139,7 +139,7 @@ public:
 TOVA_API bool operator==(const ustring8& left, const ustring8& right);
 TOVA_API bool operator!=(const ustring8& left, const ustring8& right);
 
-/// A copy of the left text with the right one appended. A null pointer on the left raises
+/// A copy of the left text with the right one appended. A null pointer raises
 /// `std::logic_error` "basic_string::_M_construct null not valid".
 TOVA_API ustring8 operator+(const ustring8& left, const ustring8& right);
 TOVA_API ustring8 operator+(const char* left, const ustring8& right);

@@ -1,0 +1,53 @@
+// Eight bytes of text at a time, for the runs of ASCII that most text consists of.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+namespace TOVA_2_18 {
+namespace strings {
+namespace detail {
+
+inline std::uint64_t load_word(const void* text) {
+    std::uint64_t word;
+    std::memcpy(&word, text, sizeof word);
+    return word;
+}
+
+inline bool all_ascii(const unsigned char* eight_units) {
+    return (load_word(eight_units) & 0x8080808080808080u) == 0;
+}
+
+inline bool all_ascii(const unsigned short* four_units) {
+    return (load_word(four_units) & 0xFF80FF80FF80FF80u) == 0;
+}
+
+// Four bytes, in the low half of `bytes`, spread to four 16-bit units.
+inline std::uint64_t spread(std::uint64_t bytes) {
+    bytes = (bytes | bytes << 16) & 0x0000FFFF0000FFFFu;
+    return (bytes | bytes << 8) & 0x00FF00FF00FF00FFu;
+}
+
+// Eight units of ASCII to a wider unit. The hosts are little-endian.
+inline void widen(const unsigned char* from, unsigned short* to) {
+    const std::uint64_t bytes = load_word(from);
+    const std::uint64_t units[2] = {spread(bytes & 0xFFFFFFFFu), spread(bytes >> 32)};
+    std::memcpy(to, units, sizeof units);
+}
+
+inline void widen(const unsigned char* from, wchar_t* to) {
+    for (int i = 0; i < 8; ++i)
+        to[i] = from[i];
+}
+
+// Four units of ASCII to bytes.
+inline void narrow(const unsigned short* from, char* to) {
+    std::uint64_t units = load_word(from);
+    units = (units | units >> 8) & 0x0000FFFF0000FFFFu;
+    units |= units >> 16;
+    std::memcpy(to, &units, 4);
+}
+
+}  // namespace detail
+}  // namespace strings
+}  // namespace TOVA_2_18

@@ -1,0 +1,91 @@
+#include <tova/strings/gh2.hpp>
+
+#include <iostream>
+
+#include <tova/strings/case.hpp>
+#include <tova/strings/code_page.hpp>
+#include <tova/strings/ustring.hpp>
+
+#include "strings/utf8.hpp"
+
+namespace TOVA_2_18 {
+namespace strings {
+namespace gh2 {
+
+namespace {
+
+const unsigned char* bytes_of(const char* text) {
+    return reinterpret_cast<const unsigned char*>(text);
+}
+
+}  // namespace
+
+// Bound by the loader, before the first constructor of a static object runs.
+std::istream& ucin = std::cin;
+std::ostream& ucout = std::cout;
+std::ostream& ucerr = std::cerr;
+
+std::string tolower(const std::string& text) {
+    return to_lower(ustring8(text));
+}
+
+std::string toupper(const std::string& text) {
+    return to_upper(ustring8(text));
+}
+
+std::string to_ansi(const std::string& text) {
+    return code_page(code_page::encoding_ansi).encode(ustring8(text));
+}
+
+std::string from_ansi(const std::string& text) {
+    return code_page(code_page::encoding_ansi).as_ustring(text);
+}
+
+unsigned int replace_all(std::string& text, const std::string& search,
+                         const std::string& replacement) {
+    unsigned int count = 0;
+    std::string::size_type match = text.find(search);
+
+    // Contract: an empty search is not refused here. It is found wherever it is looked for, so the
+    // text grows by the replacement at each turn until memory runs out, and with an empty
+    // replacement the turns just go on.
+    for (; search.empty(); match = text.find(search, match + replacement.size())) {
+        text.insert(match, replacement);
+        ++count;
+    }
+
+    if (match == std::string::npos)
+        return 0;
+    std::string result;
+    std::string::size_type begin = 0;
+    for (; match != std::string::npos; match = text.find(search, begin)) {
+        result.append(text, begin, match - begin).append(replacement);
+        begin = match + search.size();
+        ++count;
+    }
+    result.append(text, begin, std::string::npos);
+    text.swap(result);
+    return count;
+}
+
+unsigned long get_utf8_length(const char* text, unsigned long size) {
+    return get_utf8_length(bytes_of(text), size);
+}
+
+unsigned long get_utf8_length(const unsigned char* text, unsigned long size) {
+    if (size == 0 || text == nullptr)
+        return 0;
+    return detail::announced_length(text[0]);
+}
+
+bool validate_utf8(const char* text, unsigned long size) {
+    return validate_utf8(bytes_of(text), size);
+}
+
+bool validate_utf8(const unsigned char* text, unsigned long size) {
+    return text != nullptr && detail::sequence_length(text, size) != 0;
+}
+
+}  // namespace gh2
+}  // namespace strings
+}  // namespace TOVA_2_18

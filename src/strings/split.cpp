@@ -1,0 +1,67 @@
+#include <tova/strings/split.hpp>
+
+namespace TOVA_2_18 {
+namespace strings {
+
+namespace {
+
+template <typename String>
+std::vector<String> split(const String& text, const String& separator, int limit) {
+    std::vector<String> fields;
+    if (separator.empty()) {
+        fields.push_back(text);
+        return fields;
+    }
+
+    typename String::size_type position = 0;
+    int count = 0;
+    for (;;) {
+        const typename String::size_type match = text.find(separator, position);
+        if (match == String::npos)
+            break;
+        fields.emplace_back(text, position, match - position);
+        position = match + separator.size();
+        // Contract: the limit is compared behind the split, so 0 and below never match and mean no
+        // limit. Beyond the greatest limit nothing is left to count for.
+        if (limit > 0 && ++count == limit)
+            break;
+    }
+
+    // Contract: a separator at the very end opens no empty last field, though one at the front
+    // opens an empty first field. A list written as "field, separator" in a loop splits back
+    // into the fields that were written.
+    if (position < text.size())
+        fields.emplace_back(text, position);
+    return fields;
+}
+
+}  // namespace
+
+std::vector<std::string> split_string(const std::string& text, const std::string& separator,
+                                      int limit) {
+    return split(text, separator, limit);
+}
+
+std::vector<std::wstring> split_string(const std::wstring& text, const std::wstring& separator,
+                                       int limit) {
+    return split(text, separator, limit);
+}
+
+std::vector<ustring8> split_string(const ustring8& text, const ustring8& separator, int limit) {
+    return split(text, separator, limit);
+}
+
+std::vector<ustring16> split_string(const ustring16& text, const ustring16& separator, int limit) {
+    return split(text, separator, limit);
+}
+
+std::vector<ustring32> split_string(const ustring32& text, const ustring32& separator, int limit) {
+    return split(text, separator, limit);
+}
+
+std::vector<ustring8> split_string(const ustring8& text, const char* separator, int limit) {
+    return split_string(text, ustring8(separator), limit);
+}
+
+}  // namespace strings
+}  // namespace TOVA_2_18
