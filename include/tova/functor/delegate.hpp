@@ -10,8 +10,11 @@
 namespace TOVA_2_18 {
 
 namespace strings {
-class TOVA_API ustring8;
-}
+// Visible like its definition, where an attribute on a second declaration would warn.
+#pragma GCC visibility push(default)
+class ustring8;
+#pragma GCC visibility pop
+}  // namespace strings
 
 namespace functor {
 
