@@ -18,6 +18,29 @@ class ustring8;
 
 namespace functor {
 
+namespace _private {
+
+// A clone of a function object, through the base that promises one.
+template <typename Function>
+Function* clone(const generic::abilities::clone_ability& source) {
+    return dynamic_cast<const Function&>(source).do_clone();
+}
+
+template <typename Function>
+Function* clone_held(const Function* source) {
+    return source != nullptr ? clone<Function>(*source) : nullptr;
+}
+
+// The store is volatile, as a compiler may otherwise drop it in front of the end of a delegate's
+// life: a call that comes after the destructor of a static delegate has to find it empty.
+template <typename Function>
+void clear(Function*& function) TOVA_NOTHROW {
+    delete function;
+    *const_cast<Function* volatile*>(&function) = nullptr;
+}
+
+}  // namespace _private
+
 template <typename Signature>
 class delegate_t;
 
@@ -35,25 +58,26 @@ public:
     constexpr delegate_t() : m_function(nullptr) {}
 
     /// Takes a clone of the function object.
-    delegate_t(const function_type& function) : m_function(clone(function)) {}
-    delegate_t(const delegate_t& source) : m_function(source.clone_held()) {}
+    delegate_t(const function_type& function)
+        : m_function(_private::clone<function_type>(function)) {}
+    delegate_t(const delegate_t& source) : m_function(_private::clone_held(source.m_function)) {}
 
     /// Deletes the held function object, is empty then, and takes a clone of the other.
     ///
     /// Contract: the source is read last. A delegate that is assigned to itself is empty behind it,
     /// and a throwing clone leaves it empty.
     delegate_t& operator=(const function_type& function) {
-        clear();
-        m_function = clone(function);
+        _private::clear(m_function);
+        m_function = _private::clone<function_type>(function);
         return *this;
     }
     delegate_t& operator=(const delegate_t& source) {
-        clear();
-        m_function = source.clone_held();
+        _private::clear(m_function);
+        m_function = _private::clone_held(source.m_function);
         return *this;
     }
 
-    ~delegate_t() TOVA_NOTHROW { clear(); }
+    ~delegate_t() TOVA_NOTHROW { _private::clear(m_function); }
 
     /// Calls the function object. If there is none, answers with `Result()`.
     Result invoke(Arguments... arguments) {
@@ -66,22 +90,6 @@ public:
     bool is_empty() const { return m_function == nullptr; }
 
 private:
-    static function_type* clone(const generic::abilities::clone_ability& source) {
-        return dynamic_cast<const function_type&>(source).do_clone();
-    }
-
-    function_type* clone_held() const {
-        return m_function != nullptr ? clone(*m_function) : nullptr;
-    }
-
-    // The store is volatile, as a compiler may otherwise drop it in front of the end of the
-    // object's life: a call that comes after the destructor of a static delegate has to find it
-    // empty.
-    void clear() TOVA_NOTHROW {
-        delete m_function;
-        *const_cast<function_type* volatile*>(&m_function) = nullptr;
-    }
-
     function_type* m_function;
 };
 
