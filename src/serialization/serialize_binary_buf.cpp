@@ -1,0 +1,238 @@
+#include <tova/serialization/serialize_binary_buf.hpp>
+
+#include <algorithm>
+#include <cstring>
+
+#include <tova/generic/convert/binary.hpp>
+
+#include "serialization/contents.hpp"
+
+namespace TOVA_2_18 {
+namespace serialization {
+
+namespace {
+
+const std::size_t length_size = 4;  // the length field of a string
+
+// Contract: nothing tests that the type's bytes are there; those behind the end of the content
+// count as 0, and the read position goes past the end.
+template <typename Value>
+Value decode(const std::string& text, std::size_t position, Value (*reader)(const char*)) {
+    const std::size_t left = text.size() - std::min(position, text.size());
+    if (left >= sizeof(Value))
+        return reader(text.data() + position);
+    char bytes[sizeof(Value)] = {};
+    if (left != 0)
+        std::memcpy(bytes, text.data() + position, left);
+    return reader(bytes);
+}
+
+// Contract: the only guard is `at_end`, asked through the virtual slot.
+template <typename Value>
+Value read_fixed(const serialize_buffer& buffer, const std::string& text, std::size_t& position,
+                 Value (*reader)(const char*)) {
+    if (buffer.at_end())
+        return 0;
+    const Value value = decode(text, position, reader);
+    position += sizeof(Value);
+    return value;
+}
+
+unsigned char decode_byte(const char* byte) {
+    return static_cast<unsigned char>(*byte);
+}
+
+// The bytes of a string or nested buffer. False at the end and when the length field was the last
+// thing in the content; the length is then not used any further.
+bool read_bytes(const serialize_buffer& buffer, const std::string& text, std::size_t& position,
+                std::string& bytes) {
+    if (buffer.at_end())
+        return false;
+    const std::size_t length =
+        decode<unsigned int>(text, position, generic::convert::bin_str_to_uint32);
+    position += length_size;
+    if (buffer.at_end())
+        return false;
+    bytes = text.substr(position, length);
+    // Contract: the length of the field counts, not that of what was there.
+    position += length;
+    return true;
+}
+
+void append_bytes(std::string& text, const std::string& bytes) {
+    // The bytes may be the content itself, which grows by the length in front of them.
+    const std::size_t length = bytes.size();
+    // Contract: the field keeps the low 32 bits of the size.
+    text += generic::convert::uint32_to_bin_str(static_cast<unsigned int>(length));
+    text.append(bytes, 0, length);
+}
+
+}  // namespace
+
+serialize_binary_buf::serialize_binary_buf() : m_text(), m_read_position(0) {}
+
+serialize_binary_buf::serialize_binary_buf(const std::string& text)
+    : m_text(text), m_read_position(0) {}
+
+serialize_binary_buf::serialize_binary_buf(const serialize_buffer& other)
+    : serialize_buffer(other), m_text(other.as_str()), m_read_position(0) {
+    detail::take_over_state(*this, other);
+}
+
+serialize_binary_buf::serialize_binary_buf(const serialize_binary_buf& other)
+    : serialize_buffer(other), m_text(other.m_text), m_read_position(other.m_read_position) {
+    detail::take_over_state(*this, other);
+}
+
+serialize_binary_buf::~serialize_binary_buf() TOVA_NOTHROW {}
+
+serialize_binary_buf& serialize_binary_buf::operator=(const serialize_binary_buf& other) {
+    m_text = other.m_text;
+    m_read_position = other.m_read_position;
+    return *this;
+}
+
+// Contract: no assignment touches the read position.
+serialize_buffer& serialize_binary_buf::assign(const serialize_buffer& other) {
+    if (&other != this)
+        m_text = other.as_str();
+    return *this;
+}
+
+serialize_buffer& serialize_binary_buf::assign(const std::string& text) {
+    m_text = text;
+    return *this;
+}
+
+serialize_buffer& serialize_binary_buf::assign(const char* text, int length) {
+    detail::replace(m_text, text, length);
+    return *this;
+}
+
+const std::string& serialize_binary_buf::as_str() const {
+    return m_text;
+}
+
+void serialize_binary_buf::append_int8(const signed char& value) {
+    m_text.push_back(static_cast<char>(value));
+}
+
+void serialize_binary_buf::append_int16(const short& value) {
+    m_text += generic::convert::int16_to_bin_str(value);
+}
+
+void serialize_binary_buf::append_int32(const int& value) {
+    m_text += generic::convert::int32_to_bin_str(value);
+}
+
+void serialize_binary_buf::append_int64(const long& value) {
+    m_text += generic::convert::int64_to_bin_str(value);
+}
+
+void serialize_binary_buf::append_uint8(const unsigned char& value) {
+    m_text.push_back(static_cast<char>(value));
+}
+
+void serialize_binary_buf::append_uint16(const unsigned short& value) {
+    m_text += generic::convert::uint16_to_bin_str(value);
+}
+
+void serialize_binary_buf::append_uint32(const unsigned int& value) {
+    m_text += generic::convert::uint32_to_bin_str(value);
+}
+
+void serialize_binary_buf::append_uint64(const unsigned long& value) {
+    m_text += generic::convert::int64_to_bin_str(static_cast<long>(value));
+}
+
+void serialize_binary_buf::append_float(const float& value, const unsigned int&) {
+    m_text += generic::convert::float_to_bin_str(value);
+}
+
+void serialize_binary_buf::append_double(const double& value, const unsigned int&) {
+    m_text += generic::convert::double_to_bin_str(value);
+}
+
+void serialize_binary_buf::append_string(const std::string& bytes) {
+    append_bytes(m_text, bytes);
+}
+
+void serialize_binary_buf::append_buffer(const serialize_buffer& other) {
+    append_bytes(m_text, other.as_str());
+}
+
+signed char serialize_binary_buf::read_int8() const {
+    return static_cast<signed char>(
+        read_fixed<unsigned char>(*this, m_text, m_read_position, decode_byte));
+}
+
+short serialize_binary_buf::read_int16() const {
+    return read_fixed<short>(*this, m_text, m_read_position, generic::convert::bin_str_to_int16);
+}
+
+int serialize_binary_buf::read_int32() const {
+    return read_fixed<int>(*this, m_text, m_read_position, generic::convert::bin_str_to_int32);
+}
+
+long serialize_binary_buf::read_int64() const {
+    return read_fixed<long>(*this, m_text, m_read_position, generic::convert::bin_str_to_int64);
+}
+
+unsigned char serialize_binary_buf::read_uint8() const {
+    return read_fixed<unsigned char>(*this, m_text, m_read_position, decode_byte);
+}
+
+unsigned short serialize_binary_buf::read_uint16() const {
+    return read_fixed<unsigned short>(*this, m_text, m_read_position,
+                                      generic::convert::bin_str_to_uint16);
+}
+
+unsigned int serialize_binary_buf::read_uint32() const {
+    return read_fixed<unsigned int>(*this, m_text, m_read_position,
+                                    generic::convert::bin_str_to_uint32);
+}
+
+unsigned long serialize_binary_buf::read_uint64() const {
+    return read_fixed<unsigned long>(*this, m_text, m_read_position,
+                                     generic::convert::bin_str_to_uint64);
+}
+
+float serialize_binary_buf::read_float() const {
+    return read_fixed<float>(*this, m_text, m_read_position, generic::convert::bin_str_to_float);
+}
+
+double serialize_binary_buf::read_double() const {
+    return read_fixed<double>(*this, m_text, m_read_position, generic::convert::bin_str_to_double);
+}
+
+std::string serialize_binary_buf::read_string() const {
+    std::string bytes;
+    read_bytes(*this, m_text, m_read_position, bytes);
+    return bytes;
+}
+
+serialize_buffer* serialize_binary_buf::read_buffer() const {
+    std::string bytes;
+    if (!read_bytes(*this, m_text, m_read_position, bytes))
+        return nullptr;
+    return detail::marked(new serialize_binary_buf(bytes));
+}
+
+bool serialize_binary_buf::at_end() const {
+    return m_read_position == std::string::npos || m_read_position >= m_text.size();
+}
+
+void serialize_binary_buf::reset_read() const {
+    m_read_position = 0;
+}
+
+serialize_buffer* serialize_binary_buf::create() const {
+    return detail::marked(new serialize_binary_buf());
+}
+
+serialize_buffer* serialize_binary_buf::clone() const {
+    return detail::marked(new serialize_binary_buf(*this));
+}
+
+}  // namespace serialization
+}  // namespace TOVA_2_18

@@ -1,0 +1,257 @@
+#include <tova/serialization/serialize_text_buf.hpp>
+
+#include <cstring>
+#include <sstream>
+
+#include <tova/generic/convert/str_to_x.hpp>
+#include <tova/generic/convert/x_to_str.hpp>
+
+#include "serialization/contents.hpp"
+#include "serialization/text_items.hpp"
+
+namespace TOVA_2_18 {
+namespace serialization {
+
+namespace {
+
+const unsigned int radix = 10;
+const std::size_t digits_size = 24;  // sign, 20 digits, terminator
+
+// Closes the digits in the buffer, in place of their terminator, and appends them.
+void append_digits(std::string& text, char (&digits)[digits_size]) {
+    const std::size_t length = std::strlen(digits);
+    digits[length] = detail::item_separator;
+    text.append(digits, length + 1);
+}
+
+void append_signed(std::string& text, int value) {
+    char digits[digits_size];
+    generic::convert::ltoa(value, digits, radix);
+    append_digits(text, digits);
+}
+
+void append_unsigned(std::string& text, unsigned int value) {
+    char digits[digits_size];
+    generic::convert::ultoa(value, digits, radix);
+    append_digits(text, digits);
+}
+
+void append_unsigned64(std::string& text, unsigned long value) {
+    char digits[digits_size];
+    generic::convert::ulltoa(value, digits, radix);
+    append_digits(text, digits);
+}
+
+template <typename Floating>
+void append_floating(std::string& text, Floating value, unsigned int precision) {
+    std::stringstream stream;
+    stream.precision(precision);
+    stream << value;
+    text += stream.str();
+    text.push_back(detail::item_separator);
+}
+
+void append_bytes(std::string& text, const std::string& bytes) {
+    // The bytes may be the content itself, which grows by the length in front of them.
+    const std::size_t length = bytes.size();
+    append_unsigned64(text, length);
+    text.append(bytes, 0, length);
+    text.push_back(detail::item_separator);
+}
+
+detail::byte_run all_of(const std::string& text) {
+    return detail::byte_run{text.data(), text.size()};
+}
+
+// An empty field is 0 without a look at the parser: the signed ones take a length of 0 for a text
+// up to its terminator.
+template <typename Number>
+Number read_integer(const std::string& text, std::size_t& position,
+                    Number (*parse)(const char*, unsigned long, types::radix_t::base, bool)) {
+    const detail::byte_run field = detail::next_field(all_of(text), position);
+    if (field.length == 0)
+        return 0;
+    return parse(field.begin, field.length, types::radix_t::detect, false);
+}
+
+template <typename Number>
+Number read_floating(const std::string& text, std::size_t& position,
+                     Number (*parse)(const strings::ustring8&)) {
+    const detail::byte_run field = detail::next_field(all_of(text), position);
+    if (field.length == 0)
+        return 0;
+    return parse(strings::ustring8(field.begin, field.length));
+}
+
+}  // namespace
+
+serialize_text_buf::serialize_text_buf() : m_text(), m_read_position(0) {}
+
+serialize_text_buf::serialize_text_buf(const std::string& text)
+    : m_text(text), m_read_position(0) {}
+
+serialize_text_buf::serialize_text_buf(const serialize_buffer& other)
+    : serialize_buffer(other), m_text(other.as_str()), m_read_position(0) {
+    detail::take_over_state(*this, other);
+}
+
+serialize_text_buf::serialize_text_buf(const serialize_text_buf& other)
+    : serialize_buffer(other), m_text(other.m_text), m_read_position(other.m_read_position) {
+    detail::take_over_state(*this, other);
+}
+
+serialize_text_buf::~serialize_text_buf() TOVA_NOTHROW {}
+
+serialize_text_buf& serialize_text_buf::operator=(const serialize_text_buf& other) {
+    m_text = other.m_text;
+    m_read_position = other.m_read_position;
+    return *this;
+}
+
+// Contract: no assignment touches the read position, not even to bring it back into the content.
+serialize_buffer& serialize_text_buf::assign(const serialize_buffer& other) {
+    if (&other != this)
+        m_text = other.as_str();
+    return *this;
+}
+
+serialize_buffer& serialize_text_buf::assign(const std::string& text) {
+    m_text = text;
+    return *this;
+}
+
+serialize_buffer& serialize_text_buf::assign(const char* text, int length) {
+    detail::replace(m_text, text, length);
+    return *this;
+}
+
+const std::string& serialize_text_buf::as_str() const {
+    return m_text;
+}
+
+void serialize_text_buf::append_int8(const signed char& value) {
+    append_signed(m_text, value);
+}
+
+void serialize_text_buf::append_int16(const short& value) {
+    append_signed(m_text, value);
+}
+
+void serialize_text_buf::append_int32(const int& value) {
+    append_signed(m_text, value);
+}
+
+void serialize_text_buf::append_int64(const long& value) {
+    char digits[digits_size];
+    generic::convert::lltoa(value, digits, radix);
+    append_digits(m_text, digits);
+}
+
+void serialize_text_buf::append_uint8(const unsigned char& value) {
+    append_unsigned(m_text, value);
+}
+
+void serialize_text_buf::append_uint16(const unsigned short& value) {
+    append_unsigned(m_text, value);
+}
+
+void serialize_text_buf::append_uint32(const unsigned int& value) {
+    append_unsigned(m_text, value);
+}
+
+void serialize_text_buf::append_uint64(const unsigned long& value) {
+    append_unsigned64(m_text, value);
+}
+
+void serialize_text_buf::append_float(const float& value, const unsigned int& precision) {
+    append_floating(m_text, value, precision);
+}
+
+void serialize_text_buf::append_double(const double& value, const unsigned int& precision) {
+    append_floating(m_text, value, precision);
+}
+
+void serialize_text_buf::append_string(const std::string& bytes) {
+    append_bytes(m_text, bytes);
+}
+
+void serialize_text_buf::append_buffer(const serialize_buffer& other) {
+    append_bytes(m_text, other.as_str());
+}
+
+signed char serialize_text_buf::read_int8() const {
+    return read_integer<signed char>(m_text, m_read_position, generic::convert::str_to_int8);
+}
+
+short serialize_text_buf::read_int16() const {
+    return read_integer<short>(m_text, m_read_position, generic::convert::str_to_int16);
+}
+
+int serialize_text_buf::read_int32() const {
+    return detail::as_int32(detail::next_field(all_of(m_text), m_read_position));
+}
+
+long serialize_text_buf::read_int64() const {
+    return read_integer<long>(m_text, m_read_position, generic::convert::str_to_int64);
+}
+
+unsigned char serialize_text_buf::read_uint8() const {
+    return read_integer<unsigned char>(m_text, m_read_position, generic::convert::str_to_uint8);
+}
+
+unsigned short serialize_text_buf::read_uint16() const {
+    return read_integer<unsigned short>(m_text, m_read_position, generic::convert::str_to_uint16);
+}
+
+unsigned int serialize_text_buf::read_uint32() const {
+    return read_integer<unsigned int>(m_text, m_read_position, generic::convert::str_to_uint32);
+}
+
+unsigned long serialize_text_buf::read_uint64() const {
+    return read_integer<unsigned long>(m_text, m_read_position, generic::convert::str_to_uint64);
+}
+
+float serialize_text_buf::read_float() const {
+    return read_floating<float>(m_text, m_read_position, generic::convert::str_to_float);
+}
+
+double serialize_text_buf::read_double() const {
+    return read_floating<double>(m_text, m_read_position, generic::convert::str_to_double);
+}
+
+// Contract: the length comes through the virtual slot, so a class that derives from this one and
+// reads its numbers in another way reads its strings with them. At the end of the content the
+// length is 0 with the position at npos, and the sum brings the position back to 0.
+std::string serialize_text_buf::read_string() const {
+    if (m_read_position == std::string::npos)
+        return std::string();
+    const int length = read_int32();
+    return detail::next_bytes(all_of(m_text), m_read_position, length).as_string();
+}
+
+serialize_buffer* serialize_text_buf::read_buffer() const {
+    if (m_read_position == std::string::npos)
+        return detail::marked(new serialize_text_buf());
+    const int length = read_int32();
+    const detail::byte_run bytes = detail::next_bytes(all_of(m_text), m_read_position, length);
+    return detail::marked(new serialize_text_buf(bytes.as_string()));
+}
+
+bool serialize_text_buf::at_end() const {
+    return detail::at_end(all_of(m_text), m_read_position);
+}
+
+void serialize_text_buf::reset_read() const {
+    m_read_position = 0;
+}
+
+serialize_buffer* serialize_text_buf::create() const {
+    return detail::marked(new serialize_text_buf());
+}
+
+serialize_buffer* serialize_text_buf::clone() const {
+    return detail::marked(new serialize_text_buf(*this));
+}
+
+}  // namespace serialization
+}  // namespace TOVA_2_18
