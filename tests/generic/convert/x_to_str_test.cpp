@@ -1,0 +1,198 @@
+#include <tova/generic/convert/x_to_str.hpp>
+
+#include <climits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <tova/generic/convert/str_to_x.hpp>
+
+#include "support/global_locale.hpp"
+#include "support/number_oracle.hpp"
+#include "support/widths.hpp"
+
+namespace {
+
+using namespace TOVA_2_18::generic::convert;
+using test_support::as_text;
+using test_support::text;
+using test_support::wide_int;
+using TOVA_2_18::strings::ustring8;
+using TOVA_2_18::types::radix_t;
+
+template <typename String>
+class IntegerToText : public ::testing::Test {
+public:
+    using unit = typename String::value_type;
+
+    // The text that `print` writes; the units behind its terminator must stay as they were.
+    template <typename Value>
+    static String printed(void (*print)(Value, unit*, unsigned int), Value value, int base) {
+        const unit untouched = 0x55;
+        std::vector<unit> buffer(80, untouched);
+        print(value, buffer.data(), static_cast<unsigned>(base));
+        const String result(buffer.data());
+        for (std::size_t i = result.size() + 1; i < buffer.size(); ++i)
+            EXPECT_EQ(untouched, buffer[i]) << "unit " << i;
+        return result;
+    }
+};
+TYPED_TEST_SUITE(IntegerToText, test_support::all_widths, test_support::width_name);
+
+TYPED_TEST(IntegerToText, WritesLtoa) {
+    const struct {
+        int value;
+        int base;
+        const char* expected;
+    } cases[] = {
+        {0, 10, "0"},
+        {0, 2, "0"},
+        {7, 10, "7"},
+        {-7, 10, "-7"},
+        {10, 10, "10"},
+        {255, 16, "ff"},
+        {-255, 16, "-ff"},
+        {-5, 2, "-101"},
+        {35, 36, "z"},
+        {36, 36, "10"},
+        {2147483647, 10, "2147483647"},
+        {-2147483647 - 1, 10, "-2147483648"},
+        {-2147483647 - 1, 16, "-80000000"},
+        {-2147483647 - 1, 2, "-10000000000000000000000000000000"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.expected);
+        EXPECT_EQ(text<TypeParam>(c.expected), (this->printed<int>(ltoa, c.value, c.base)));
+    }
+}
+
+TYPED_TEST(IntegerToText, WritesUltoa) {
+    const struct {
+        unsigned value;
+        int base;
+        const char* expected;
+    } cases[] = {
+        {0, 10, "0"},
+        {4294967295u, 10, "4294967295"},
+        {4294967295u, 16, "ffffffff"},
+        {4294967295u, 2, "11111111111111111111111111111111"},
+        {2147483648u, 10, "2147483648"},
+        {4294967295u, 36, "1z141z3"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.expected);
+        EXPECT_EQ(text<TypeParam>(c.expected), (this->printed<unsigned>(ultoa, c.value, c.base)));
+    }
+}
+
+TYPED_TEST(IntegerToText, WritesLltoa) {
+    const struct {
+        long value;
+        int base;
+        const char* expected;
+    } cases[] = {
+        {0, 10, "0"},
+        {-1, 10, "-1"},
+        {9223372036854775807L, 10, "9223372036854775807"},
+        {-9223372036854775807L - 1, 10, "-9223372036854775808"},
+        {-9223372036854775807L - 1, 16, "-8000000000000000"},
+        {-9223372036854775807L - 1, 2,
+         "-1000000000000000000000000000000000000000000000000000000000000000"},
+        {-9223372036854775807L - 1, 36, "-1y2p0ij32e8e8"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.expected);
+        EXPECT_EQ(text<TypeParam>(c.expected), (this->printed<long>(lltoa, c.value, c.base)));
+    }
+}
+
+TYPED_TEST(IntegerToText, WritesUlltoa) {
+    const struct {
+        unsigned long value;
+        int base;
+        const char* expected;
+    } cases[] = {
+        {0, 10, "0"},
+        {18446744073709551615ul, 10, "18446744073709551615"},
+        {18446744073709551615ul, 16, "ffffffffffffffff"},
+        {18446744073709551615ul, 36, "3w5e11264sgsf"},
+        {9223372036854775808ul, 10, "9223372036854775808"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.expected);
+        EXPECT_EQ(text<TypeParam>(c.expected),
+                  (this->printed<unsigned long>(ulltoa, c.value, c.base)));
+    }
+}
+
+TYPED_TEST(IntegerToText, AgreesWithThePlainOracleAndReadsBackInEveryRadix) {
+    std::vector<long> values;
+    for (int shift = 0; shift < 64; ++shift)
+        for (long near : {-2, -1, 0, 1, 2})
+            values.push_back(static_cast<long>((1UL << shift) + static_cast<unsigned long>(near)));
+    for (int base = 2; base <= 36; ++base)
+        for (long value : values) {
+            const auto number = this->template printed<long>(lltoa, value, base);
+            ASSERT_EQ(text<TypeParam>(as_text(value, base, 'a').c_str()), number);
+            const auto radix = static_cast<radix_t::base>(base);
+            ASSERT_EQ(value, str_to_long(number.c_str(), number.size(), radix, true));
+
+            const auto natural = static_cast<unsigned long>(value);
+            const auto unsigned_number =
+                this->template printed<unsigned long>(ulltoa, natural, base);
+            ASSERT_EQ(text<TypeParam>(as_text(natural, base, 'a').c_str()), unsigned_number);
+            ASSERT_EQ(natural,
+                      str_to_uint64(unsigned_number.c_str(), unsigned_number.size(), radix, true));
+
+            const int low = static_cast<int>(value);
+            ASSERT_EQ(text<TypeParam>(as_text(low, base, 'a').c_str()),
+                      (this->template printed<int>(ltoa, low, base)));
+            const unsigned low_unsigned = static_cast<unsigned>(value);
+            ASSERT_EQ(text<TypeParam>(as_text(low_unsigned, base, 'a').c_str()),
+                      (this->template printed<unsigned>(ultoa, low_unsigned, base)));
+        }
+}
+
+TYPED_TEST(IntegerToText, WritesTheCharactersBehindZForARadixAboveThirtySix) {
+    EXPECT_EQ(text<TypeParam>("{"), (this->template printed<int>(ltoa, 36, 40)));
+    EXPECT_EQ(text<TypeParam>("1}"), (this->template printed<int>(ltoa, 78, 40)));
+}
+
+TYPED_TEST(IntegerToText, FitsALongInRadixTwoInto66Units) {
+    typename TypeParam::value_type buffer[66];
+    lltoa(LONG_MIN, buffer, 2);
+    EXPECT_EQ(65u, TypeParam(buffer).size());
+}
+
+TYPED_TEST(IntegerToText, IgnoresTheGlobalLocale) {
+    const test_support::global_locale locale(test_support::comma_locale());
+    EXPECT_EQ(text<TypeParam>("1234567"), (this->template printed<int>(ltoa, 1234567, 10)));
+}
+
+TEST(ToStr, GivesTheCharacterOfAChar) {
+    EXPECT_EQ("A", to_str('A'));
+    EXPECT_EQ(ustring8(1, '\0'), to_str('\0'));
+    EXPECT_EQ("\xFF", to_str('\xFF'));
+}
+
+TEST(ToStr, GivesTheDigitsOfAnUnsignedInt) {
+    EXPECT_EQ("0", to_str(0u));
+    EXPECT_EQ("42", to_str(42u));
+    EXPECT_EQ("4294967295", to_str(4294967295u));
+}
+
+TEST(ToStr, StreamsAnyOtherValue) {
+    EXPECT_EQ("-7", to_str(-7));
+    EXPECT_EQ("1.5", to_str(1.5));
+    EXPECT_EQ("1.23457e+06", to_str(1234567.0));
+    EXPECT_EQ("text", to_str(std::string("text")));
+}
+
+TEST(ToStr, PunctuatesByTheGlobalLocaleInTheStreamedFormOnly) {
+    const test_support::global_locale locale(test_support::comma_locale());
+    EXPECT_EQ("1.234.567", to_str(1234567));
+    EXPECT_EQ("1234567", to_str(1234567u));
+}
+
+}  // namespace

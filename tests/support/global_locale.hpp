@@ -1,0 +1,43 @@
+// Number punctuation for tests of what depends on the global C++ locale.
+#pragma once
+
+#include <locale>
+#include <string>
+
+namespace test_support {
+
+// Punctuates numbers with the given point and separator between groups of three digits.
+template <typename Unit>
+class punctuation : public std::numpunct<Unit> {
+public:
+    punctuation(Unit point, Unit separator) : m_point(point), m_separator(separator) {}
+
+protected:
+    Unit do_decimal_point() const override { return m_point; }
+    Unit do_thousands_sep() const override { return m_separator; }
+    std::string do_grouping() const override { return "\3"; }
+
+private:
+    Unit m_point;
+    Unit m_separator;
+};
+
+// The classic locale with other punctuation for narrow streams: 1.234.567,5.
+inline std::locale comma_locale() {
+    return std::locale(std::locale::classic(), new punctuation<char>(',', '.'));
+}
+
+// Makes a locale the global one for the length of a test. Named in neither world, such a locale
+// leaves the C library's locale alone.
+class global_locale {
+public:
+    explicit global_locale(const std::locale& locale) : m_before(std::locale::global(locale)) {}
+    ~global_locale() { std::locale::global(m_before); }
+    global_locale(const global_locale&) = delete;
+    global_locale& operator=(const global_locale&) = delete;
+
+private:
+    std::locale m_before;
+};
+
+}  // namespace test_support
