@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -29,9 +30,11 @@ String text(const char (&literal)[Size]) {
     return result;
 }
 
-// The same for an ASCII text of run-time length, up to its terminator.
-template <typename String>
-String text(const char* const& characters) {
+// The same for an ASCII text of run-time length, up to its terminator. A template, so that it does
+// not compete for literals.
+template <typename String, typename Pointer>
+typename std::enable_if<std::is_same<Pointer, const char*>::value, String>::type
+text(const Pointer& characters) {
     String result;
     for (const char* c = characters; *c != '\0'; ++c)
         result.push_back(static_cast<typename String::value_type>(*c));

@@ -21,23 +21,22 @@ using test_support::wide_int;
 using TOVA_2_18::strings::ustring8;
 using TOVA_2_18::types::radix_t;
 
-template <typename String>
-class IntegerToText : public ::testing::Test {
-public:
+// The text that `print` writes; the units behind its terminator must stay as they were.
+template <typename String, typename Value>
+String printed(void (*print)(Value, typename String::value_type*, unsigned int), Value value,
+               int base) {
     using unit = typename String::value_type;
+    const unit untouched = 0x55;
+    std::vector<unit> buffer(80, untouched);
+    print(value, buffer.data(), static_cast<unsigned>(base));
+    const String result(buffer.data());
+    for (std::size_t i = result.size() + 1; i < buffer.size(); ++i)
+        EXPECT_EQ(untouched, buffer[i]) << "unit " << i;
+    return result;
+}
 
-    // The text that `print` writes; the units behind its terminator must stay as they were.
-    template <typename Value>
-    static String printed(void (*print)(Value, unit*, unsigned int), Value value, int base) {
-        const unit untouched = 0x55;
-        std::vector<unit> buffer(80, untouched);
-        print(value, buffer.data(), static_cast<unsigned>(base));
-        const String result(buffer.data());
-        for (std::size_t i = result.size() + 1; i < buffer.size(); ++i)
-            EXPECT_EQ(untouched, buffer[i]) << "unit " << i;
-        return result;
-    }
-};
+template <typename String>
+class IntegerToText : public ::testing::Test {};
 TYPED_TEST_SUITE(IntegerToText, test_support::all_widths, test_support::width_name);
 
 TYPED_TEST(IntegerToText, WritesLtoa) {
@@ -63,7 +62,7 @@ TYPED_TEST(IntegerToText, WritesLtoa) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.expected);
-        EXPECT_EQ(text<TypeParam>(c.expected), (this->printed<int>(ltoa, c.value, c.base)));
+        EXPECT_EQ(text<TypeParam>(c.expected), (printed<TypeParam, int>(ltoa, c.value, c.base)));
     }
 }
 
@@ -82,7 +81,8 @@ TYPED_TEST(IntegerToText, WritesUltoa) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.expected);
-        EXPECT_EQ(text<TypeParam>(c.expected), (this->printed<unsigned>(ultoa, c.value, c.base)));
+        EXPECT_EQ(text<TypeParam>(c.expected),
+                  (printed<TypeParam, unsigned>(ultoa, c.value, c.base)));
     }
 }
 
@@ -103,7 +103,7 @@ TYPED_TEST(IntegerToText, WritesLltoa) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.expected);
-        EXPECT_EQ(text<TypeParam>(c.expected), (this->printed<long>(lltoa, c.value, c.base)));
+        EXPECT_EQ(text<TypeParam>(c.expected), (printed<TypeParam, long>(lltoa, c.value, c.base)));
     }
 }
 
@@ -122,7 +122,7 @@ TYPED_TEST(IntegerToText, WritesUlltoa) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.expected);
         EXPECT_EQ(text<TypeParam>(c.expected),
-                  (this->printed<unsigned long>(ulltoa, c.value, c.base)));
+                  (printed<TypeParam, unsigned long>(ulltoa, c.value, c.base)));
     }
 }
 
@@ -133,30 +133,29 @@ TYPED_TEST(IntegerToText, AgreesWithThePlainOracleAndReadsBackInEveryRadix) {
             values.push_back(static_cast<long>((1UL << shift) + static_cast<unsigned long>(near)));
     for (int base = 2; base <= 36; ++base)
         for (long value : values) {
-            const auto number = this->template printed<long>(lltoa, value, base);
+            const auto number = printed<TypeParam, long>(lltoa, value, base);
             ASSERT_EQ(text<TypeParam>(as_text(value, base, 'a').c_str()), number);
             const auto radix = static_cast<radix_t::base>(base);
             ASSERT_EQ(value, str_to_long(number.c_str(), number.size(), radix, true));
 
             const auto natural = static_cast<unsigned long>(value);
-            const auto unsigned_number =
-                this->template printed<unsigned long>(ulltoa, natural, base);
+            const auto unsigned_number = printed<TypeParam, unsigned long>(ulltoa, natural, base);
             ASSERT_EQ(text<TypeParam>(as_text(natural, base, 'a').c_str()), unsigned_number);
             ASSERT_EQ(natural,
                       str_to_uint64(unsigned_number.c_str(), unsigned_number.size(), radix, true));
 
             const int low = static_cast<int>(value);
             ASSERT_EQ(text<TypeParam>(as_text(low, base, 'a').c_str()),
-                      (this->template printed<int>(ltoa, low, base)));
+                      (printed<TypeParam, int>(ltoa, low, base)));
             const unsigned low_unsigned = static_cast<unsigned>(value);
             ASSERT_EQ(text<TypeParam>(as_text(low_unsigned, base, 'a').c_str()),
-                      (this->template printed<unsigned>(ultoa, low_unsigned, base)));
+                      (printed<TypeParam, unsigned>(ultoa, low_unsigned, base)));
         }
 }
 
 TYPED_TEST(IntegerToText, WritesTheCharactersBehindZForARadixAboveThirtySix) {
-    EXPECT_EQ(text<TypeParam>("{"), (this->template printed<int>(ltoa, 36, 40)));
-    EXPECT_EQ(text<TypeParam>("1}"), (this->template printed<int>(ltoa, 78, 40)));
+    EXPECT_EQ(text<TypeParam>("{"), (printed<TypeParam, int>(ltoa, 36, 40)));
+    EXPECT_EQ(text<TypeParam>("1}"), (printed<TypeParam, int>(ltoa, 78, 40)));
 }
 
 TYPED_TEST(IntegerToText, FitsALongInRadixTwoInto66Units) {
@@ -167,7 +166,7 @@ TYPED_TEST(IntegerToText, FitsALongInRadixTwoInto66Units) {
 
 TYPED_TEST(IntegerToText, IgnoresTheGlobalLocale) {
     const test_support::global_locale locale(test_support::comma_locale());
-    EXPECT_EQ(text<TypeParam>("1234567"), (this->template printed<int>(ltoa, 1234567, 10)));
+    EXPECT_EQ(text<TypeParam>("1234567"), (printed<TypeParam, int>(ltoa, 1234567, 10)));
 }
 
 TEST(ToStr, GivesTheCharacterOfAChar) {
