@@ -42,7 +42,7 @@ void clear(Function*& function) TOVA_NOTHROW {
 }  // namespace _private
 
 template <typename Signature>
-class delegate_t;
+class TOVA_API delegate_t;  // clang takes the mark of the first declaration
 
 /// Owns a clone of a function object of the signature, or nothing.
 ///

@@ -9,7 +9,7 @@ namespace TOVA_2_18 {
 namespace functor {
 
 template <typename Signature>
-class function_type_interface;
+class TOVA_API function_type_interface;  // clang takes the mark of the first declaration
 
 /// A function object that a `delegate_t` of the same signature can own.
 ///

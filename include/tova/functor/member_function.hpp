@@ -11,7 +11,7 @@ namespace TOVA_2_18 {
 namespace functor {
 
 template <typename Class, typename Signature>
-class member_function_t;
+class TOVA_API member_function_t;  // clang takes the mark of the first declaration
 
 /// Calls a member function of an object.
 ///
