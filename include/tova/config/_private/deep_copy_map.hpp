@@ -1,0 +1,42 @@
+#pragma once
+
+#include <map>
+
+#include <tova/memory/pointers.hpp>
+
+namespace TOVA_2_18 {
+namespace config {
+namespace _private {
+
+template <typename Key, typename Pointer>
+class deep_copy_map;
+
+/// A map of counted objects whose assignment copies the objects, by their `clone()`.
+///
+/// In all else it is the standard map, its copy constructor included, which shares the objects.
+template <typename Key, typename Value>
+class deep_copy_map<Key, memory::pointers::rc_pointer<Value>>
+    : public std::map<Key, memory::pointers::rc_pointer<Value>> {
+public:
+    typedef memory::pointers::rc_pointer<Value> pointer_type;
+    typedef std::map<Key, pointer_type> base_type;
+
+    deep_copy_map() : base_type() {}
+    deep_copy_map(const deep_copy_map& source) : base_type(source) {}
+
+    /// Empties the map and then takes a copy of each object of `source`; null stays null. A map
+    /// assigned to itself is therefore empty.
+    deep_copy_map& operator=(const deep_copy_map& source) {
+        this->clear();
+        for (typename base_type::const_iterator entry = source.begin(); entry != source.end();
+             ++entry) {
+            const pointer_type copy(entry->second ? entry->second->clone() : nullptr);
+            this->insert(this->end(), typename base_type::value_type(entry->first, copy));
+        }
+        return *this;
+    }
+};
+
+}  // namespace _private
+}  // namespace config
+}  // namespace TOVA_2_18

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cctype>
+
+#include <tova/config/characters.hpp>
+#include <tova/strings/ustring.hpp>
+
+namespace TOVA_2_18 {
+namespace config {
+namespace detail {
+
+// Writes the segment of `key` that begins at `begin`, lowered, and gives the index of the separator
+// behind it, or the size of the key.
+inline strings::ustring8::size_type read_segment(const strings::ustring8& key,
+                                                 strings::ustring8::size_type begin,
+                                                 strings::ustring8& segment) {
+    strings::ustring8::size_type end = begin;
+    while (end < key.size() && !isConfigDotSlash(key[end]))
+        ++end;
+    segment.assign(key, begin, end - begin);
+    for (char& character : segment)
+        character = static_cast<char>(std::tolower(character));
+    return end;
+}
+
+// Walks the segments of a key in time linear in the key. The key must outlive the walk.
+class key_segments {
+public:
+    explicit key_segments(const strings::ustring8& key) : m_key(key) {}
+
+    // Reads the next segment; false behind the last.
+    //
+    // Contract: every key has a first segment, the empty key too, and a separator at the very end
+    // opens none: "a" and "a." are one path, "a.." has an empty second segment.
+    bool next(strings::ustring8& segment) {
+        if (m_ended)
+            return false;
+        const strings::ustring8::size_type end = read_segment(m_key, m_position, segment);
+        m_position = end + 1;
+        m_ended = m_position >= m_key.size();
+        return true;
+    }
+
+private:
+    const strings::ustring8& m_key;
+    strings::ustring8::size_type m_position = 0;
+    bool m_ended = false;
+};
+
+}  // namespace detail
+}  // namespace config
+}  // namespace TOVA_2_18
