@@ -178,8 +178,8 @@ void set_name(commandline_item& item, const std::string& path) {
 
 }  // namespace
 
-commandline_item::commandline_item(unsigned int count, const char* const* arguments)
-    : base_config_item(), argc(count), argv(arguments) {
+commandline_item::commandline_item(unsigned int size, const char* const* arguments)
+    : base_config_item(), argc(size), argv(arguments) {
     id = "command line";
 }
 

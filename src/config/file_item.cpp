@@ -207,7 +207,7 @@ ustring8 component(const ustring8& name) {
     return dot == ustring8::npos ? name : ustring8(name.substr(dot + 1));
 }
 
-bool is_number_above_zero(const ustring8& text) {
+bool is_number_but_zero(const ustring8& text) {
     return generic::convert::str_to_int(text.data(), text.size(), types::radix_t::detect, false) !=
            0;
 }
@@ -269,7 +269,7 @@ private:
         // taken as well. At the end of the list nothing is looked at.
         if (++i < m_entries.size() && component(m_entries[i].first) == "0") {
             text += value(i);
-            while (++i < m_entries.size() && is_number_above_zero(component(m_entries[i].first)))
+            while (++i < m_entries.size() && is_number_but_zero(component(m_entries[i].first)))
                 text += "," + value(i);
         }
         text += "\n";
