@@ -1,0 +1,49 @@
+// Built as a program that is not position independent: the linker moves the library's data objects
+// into the program, and the library must use them there.
+#include <cstdint>
+
+#include <gtest/gtest.h>
+
+#include <tova/debug/assert.hpp>
+#include <tova/types/nil.hpp>
+
+extern "C" char __executable_start;
+extern "C" char _end;
+
+namespace {
+
+using namespace TOVA_2_18;
+
+typedef functor::function_type_interface<void(const char*, const char*, unsigned int&)> hook;
+
+bool lies_in_this_program(const void* object) {
+    const auto address = reinterpret_cast<std::uintptr_t>(object);
+    return address >= reinterpret_cast<std::uintptr_t>(&__executable_start) &&
+           address < reinterpret_cast<std::uintptr_t>(&_end);
+}
+
+class silent_hook : public hook {
+public:
+    void invoke(const char*, const char*, unsigned int&) override { ++s_calls; }
+    bool do_equal(const hook&) const override { return true; }
+    silent_hook* do_clone() const override { return new silent_hook; }
+    static int s_calls;
+};
+int silent_hook::s_calls = 0;
+
+TEST(CopyRelocation, MovesDataObjectsIntoTheProgram) {
+    EXPECT_TRUE(lies_in_this_program(&debug::_private::g_assert_callback));
+    EXPECT_TRUE(lies_in_this_program(&types::nil));
+}
+
+TEST(CopyRelocation, ShowsTheProgramsObjectToTheLibrary) {
+    EXPECT_FALSE(debug::is_assert_hook_set());
+    debug::_private::g_assert_callback = silent_hook();
+    EXPECT_TRUE(debug::is_assert_hook_set());
+    debug::_private::____________________ASSERT____________________("e", "f", 1, "g");
+    EXPECT_EQ(1, silent_hook::s_calls);
+    debug::set_assert_hook(types::nil);
+    EXPECT_TRUE(debug::_private::g_assert_callback.is_empty());
+}
+
+}  // namespace
