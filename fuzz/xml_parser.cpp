@@ -1,0 +1,86 @@
+// Any text through `xml_parser`: the run ends in a kind, is the same whatever stands behind the
+// range, and leaves a parser behind that takes the next text.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include <tova/functor/member_function.hpp>
+#include <tova/parser/xml_parser.hpp>
+
+namespace {
+
+using TOVA_2_18::functor::member_function_t;
+using TOVA_2_18::parser::xml_parser;
+using TOVA_2_18::strings::ustring8;
+using parse_error = xml_parser::parse_error;
+
+void require(bool holds) {
+    if (!holds)
+        std::abort();
+}
+
+// All events of a run in one text.
+class transcript {
+public:
+    explicit transcript(xml_parser& parser) {
+        using text_handler = member_function_t<transcript, void(ustring8 const&)>;
+        using attribute_handler =
+            member_function_t<transcript, void(ustring8 const&, ustring8 const&)>;
+        parser.on_element_start = text_handler(this, &transcript::element_start);
+        parser.on_element_end = text_handler(this, &transcript::element_end);
+        parser.on_attribute = attribute_handler(this, &transcript::attribute);
+        parser.on_character = text_handler(this, &transcript::character);
+        parser.on_space = text_handler(this, &transcript::space);
+        parser.on_comment = text_handler(this, &transcript::comment);
+    }
+
+    void element_start(ustring8 const& name) { add("start", name, name); }
+    void element_end(ustring8 const& name) { add("end", name, name); }
+    void attribute(ustring8 const& name, ustring8 const& value) { add("attribute", name, value); }
+    void character(ustring8 const& text) { add("text", "n", text); }
+    void comment(ustring8 const& text) { add("comment", "n", text); }
+    void space(ustring8 const& text) {
+        require(!text.empty() && text.find_first_not_of(" \t\r\n") == ustring8::npos);
+        add("space", "n", text);
+    }
+
+    std::string text;
+
+private:
+    void add(const char* kind, ustring8 const& name, ustring8 const& value) {
+        require(!name.empty());
+        text += kind;
+        text += ' ' + name + ' ' + std::to_string(value.size()) + ' ' + value + '\n';
+    }
+};
+
+std::string result_of(xml_parser& parser, ustring8::const_iterator begin,
+                      ustring8::const_iterator end) {
+    transcript events(parser);
+    const parse_error result = parser.parse(begin, end);
+    require(result.type >= parse_error::no_error && result.type <= parse_error::data_after_root);
+    require(result.type != parse_error::unexpected_character || result.text.size() == 1);
+    require(result.type != parse_error::no_error || (result.line == 0 && result.text.empty()));
+    return events.text + std::to_string(result.type) + ' ' + std::to_string(result.line) + ' ' +
+           result.text;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const ustring8 text(reinterpret_cast<const char*>(data), size);
+    xml_parser parser;
+    const std::string result = result_of(parser, text.begin(), text.end());
+    for (const char* behind : {">", "/>", "='x'>", ";", "-->"}) {
+        const ustring8 longer = text + behind;
+        xml_parser another;
+        require(result == result_of(another, longer.begin(),
+                                    longer.begin() + static_cast<std::ptrdiff_t>(size)));
+    }
+    // The same parser again, from whatever it kept, over the two halves of the text.
+    const auto middle = text.begin() + static_cast<std::ptrdiff_t>(size / 2);
+    result_of(parser, text.begin(), middle);
+    result_of(parser, middle, text.end());
+    return 0;
+}

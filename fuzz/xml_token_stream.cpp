@@ -1,0 +1,65 @@
+// Any text through `xml_token_stream`: attributes come in pairs behind their element's start, and
+// every start tag is ended once, at the latest by the event behind it.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+#include <tova/parser/xml_token_stream.hpp>
+
+namespace {
+
+using TOVA_2_18::parser::xml_parser;
+using TOVA_2_18::parser::xml_token_stream;
+using TOVA_2_18::strings::ustring8;
+using token = xml_token_stream::token;
+
+void require(bool holds) {
+    if (!holds)
+        std::abort();
+}
+
+void check(const xml_token_stream& stream) {
+    bool tag_open = false;
+    unsigned long count = 0;
+    auto last = token::character;
+    for (const token& one : stream) {
+        ++count;
+        require((one.type() == token::attribute_value) == (last == token::attribute_name));
+        switch (one.type()) {
+        case token::element_start:
+            require(!tag_open && !one.value().empty());
+            tag_open = true;
+            break;
+        case token::start_tag_end:
+            require(tag_open && one.value().empty());
+            tag_open = false;
+            break;
+        case token::attribute_name:
+            require(!one.value().empty());
+            break;
+        case token::attribute_value:
+        case token::comment:
+            break;
+        case token::element_end:
+        case token::space:
+        case token::character:
+            require(!tag_open);
+            break;
+        }
+        last = one.type();
+    }
+    require(count == stream.size() && last != token::attribute_name);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const ustring8 text(reinterpret_cast<const char*>(data), size);
+    xml_token_stream stream;
+    stream.parse(text);
+    check(stream);
+    const auto count = stream.size();
+    stream.parse(text.begin(), text.end());
+    require(stream.size() >= count);
+    return 0;
+}
