@@ -8,6 +8,7 @@ namespace {
 long s_successes_left = -1;  // negative while no allocation is to fail
 bool s_failed = false;
 unsigned long s_allocations = 0;
+long s_live = 0;
 
 }  // namespace
 
@@ -17,16 +18,19 @@ void* operator new(std::size_t size) {
         s_failed = true;
         throw std::bad_alloc();
     }
-    if (void* memory = std::malloc(size != 0 ? size : 1))
+    if (void* memory = std::malloc(size != 0 ? size : 1)) {
+        ++s_live;
         return memory;
+    }
     throw std::bad_alloc();
 }
 
 void operator delete(void* memory) noexcept {
+    s_live -= memory != nullptr;
     std::free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
+    operator delete(memory);
 }
 
 namespace test_support {
@@ -46,6 +50,10 @@ bool failing_allocation::failed() const {
 
 unsigned long allocations() {
     return s_allocations;
+}
+
+long live_allocations() {
+    return s_live;
 }
 
 }  // namespace test_support

@@ -20,4 +20,7 @@ public:
 // The number of allocations of the program so far.
 unsigned long allocations();
 
+// The number of those that are not yet released; to be compared with an earlier number.
+long live_allocations();
+
 }  // namespace test_support
