@@ -1,0 +1,761 @@
+#include <tova/i18n/message_catalogs.hpp>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <sstream>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "i18n/catalog_text.hpp"
+#include "support/temporary_directory.hpp"
+#include "support/widths.hpp"
+#include <tova/strings/unicode.hpp>
+#include <tova/types/nil.hpp>
+
+namespace {
+
+using test_support::catalog;
+using test_support::msg;
+using test_support::temporary_directory;
+using test_support::xmc;
+using TOVA_2_18::generic::varg_list;
+using TOVA_2_18::i18n::catalog_t;
+using TOVA_2_18::i18n::message_catalogs;
+using TOVA_2_18::i18n::message_t;
+using TOVA_2_18::i18n::_private::xmc_file_loader;
+using TOVA_2_18::parser::xml_parser;
+using TOVA_2_18::strings::ustring16;
+using TOVA_2_18::strings::ustring32;
+using TOVA_2_18::strings::ustring8;
+using TOVA_2_18::types::nil;
+
+using result_type = message_catalogs::result_type;
+using outcome = std::pair<int, std::string>;
+
+const std::string front = "message_catalogs::result_type - ";
+const std::string loader_front = "xmc_file_loader::load_error - ";
+const outcome plain_success(0, "message_catalogs::result_type - No Error");
+const outcome file_success(
+    0, "message_catalogs::result_type - No Error\n xmc_file_loader::load_error - No Error");
+
+outcome seen(const result_type& result) {
+    return outcome(result.type, result.message);
+}
+
+std::string rendered(const message_catalogs& set, const char* catalog_name, const char* key) {
+    return set.message(ustring8(catalog_name), ustring8(key)).as_string(varg_list());
+}
+
+// A file that adds the message `key` to the catalog `name`, in English.
+std::string small_file(const std::string& name, const std::string& key,
+                       const std::string& text = "x") {
+    return xmc(catalog(name, "en", msg(key, text)));
+}
+
+// ---- result_type
+
+TEST(ResultType, RendersEachKindThatNeedsNoFile) {
+    const struct {
+        message_catalogs::error_type kind;
+        const char* message;
+    } cases[] = {
+        {message_catalogs::no_error, "message_catalogs::result_type - No Error"},
+        {message_catalogs::no_catalog,
+         "message_catalogs::result_type - No catalog was loaded in file: \"T\""},
+        {message_catalogs::file_not_found,
+         "message_catalogs::result_type - File \"T\" was not found on disk"},
+        {message_catalogs::directory_not_found,
+         "message_catalogs::result_type - Directory \"T\" was not found on disk"},
+        {message_catalogs::entity_not_found,
+         "message_catalogs::result_type - Entity (file or directory) \"T\" was not found on disk"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(outcome(c.kind, c.message), seen(result_type(c.kind, "T")));
+}
+
+TEST(ResultType, RendersTheOtherKindsByTheirNumber) {
+    for (const int kind : {2, 6, 7, 8, 9, 15, -1})
+        EXPECT_EQ(outcome(kind, "unknown, or unhandle case happened! < "
+                                "N9TOVA_2_184i18n16message_catalogs10error_typeE value of " +
+                                    std::to_string(kind) + " > str data=T"),
+                  seen(result_type(static_cast<message_catalogs::error_type>(kind), "T")));
+}
+
+TEST(ResultType, NumbersItsKindsFromZeroToEight) {
+    EXPECT_EQ(0, message_catalogs::no_error);
+    EXPECT_EQ(1, message_catalogs::no_catalog);
+    EXPECT_EQ(2, message_catalogs::no_default_locale);
+    EXPECT_EQ(3, message_catalogs::file_not_found);
+    EXPECT_EQ(4, message_catalogs::directory_not_found);
+    EXPECT_EQ(5, message_catalogs::entity_not_found);
+    EXPECT_EQ(6, message_catalogs::xml_error);
+    EXPECT_EQ(7, message_catalogs::invalid_xmc);
+    EXPECT_EQ(8, message_catalogs::unexpected);
+    EXPECT_EQ(4u, sizeof(message_catalogs::error_type));
+}
+
+TEST(ResultType, MapsTheKindsOfTheLoaderAndKeepsItsMessage) {
+    const char* const invalid = "XMC file is not valid";
+    const struct {
+        int loader_kind;
+        int kind;
+        const char* line;
+    } cases[] = {
+        {0, 0, "No Error"},
+        {1, 1, "No catalog was loaded"},
+        {2, 2, "Default locale lookup not supported yet"},
+        {3, 3, "File was not found on disk"},
+        {4, 6, "XML parse error, XML file not well formed"},
+        {5, 7, invalid},
+        {6, 7, invalid},
+        {7, 7, invalid},
+        {8, 7, invalid},
+        {9, 7, invalid},
+        {10, 7, invalid},
+        {11, 7, invalid},
+        {12, 7, invalid},
+        {13, 7, invalid},
+        {14, 8, "Unexpected error happened during loading"},
+        {15, 8, "Unhandled case"},
+        {-1, 8, "Unhandled case"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.loader_kind);
+        xmc_file_loader::load_error fault(static_cast<xmc_file_loader::error_type>(c.loader_kind),
+                                          "T");
+        fault.message = "inner\n in file: \"f\"";
+        EXPECT_EQ(outcome(c.kind, front + c.line + "\n inner\n in file: \"f\""),
+                  seen(result_type(fault)));
+    }
+}
+
+TEST(ResultType, FormatsAgainAndSetsTheKindFromAFault) {
+    result_type result(message_catalogs::no_catalog, "a");
+    EXPECT_EQ(front + "Directory \"b\" was not found on disk",
+              std::string(result.format_message(message_catalogs::directory_not_found, "b")));
+    EXPECT_EQ(message_catalogs::no_catalog, result.type);
+    EXPECT_EQ(front + "XMC file is not valid\n " + loader_front + "Invalid element \"c\"",
+              std::string(result.format_message(
+                  xmc_file_loader::load_error(xmc_file_loader::invalid_element, "c"))));
+    EXPECT_EQ(message_catalogs::invalid_xmc, result.type);
+}
+
+TEST(ResultType, WritesItsMessageToAStream) {
+    result_type result(message_catalogs::entity_not_found, ustring8("a\0b", 3));
+    std::ostringstream stream;
+    stream << result << "|";
+    EXPECT_EQ(front + "Entity (file or directory) \"a" + std::string(1, '\0') +
+                  "b\" was not found on disk|",
+              stream.str());
+}
+
+// ---- all three widths
+
+template <typename String>
+class MessageCatalogs : public ::testing::Test {
+protected:
+    // Paths, names and texts of the tests are ASCII or UTF-8 as it stands in a path.
+    static String s(const std::string& utf8) {
+        return convert(utf8, static_cast<String*>(nullptr));
+    }
+    static ustring8 convert(const std::string& utf8, ustring8*) { return utf8; }
+    static ustring16 convert(const std::string& utf8, ustring16*) {
+        return TOVA_2_18::strings::utf8_to_utf16(utf8);
+    }
+    static ustring32 convert(const std::string& utf8, ustring32*) {
+        return TOVA_2_18::strings::utf8_to_utf32(utf8);
+    }
+
+    std::string path(const std::string& name) const { return files.path(name); }
+    std::string in_file(const std::string& name) const {
+        return "\n in file: \"" + path(name) + "\"";
+    }
+
+    temporary_directory files;
+    message_catalogs set;
+};
+TYPED_TEST_SUITE(MessageCatalogs, test_support::all_widths, test_support::width_name);
+
+TYPED_TEST(MessageCatalogs, LoadsAFile) {
+    const TypeParam file = this->s(this->files.write("a.txt", small_file("c", "k")));
+    EXPECT_EQ(file_success, seen(this->set.load_file(file, this->s("en"))));
+    EXPECT_EQ(1u, this->set.count());
+    EXPECT_EQ("x", rendered(this->set, "c", "k"));
+}
+
+TYPED_TEST(MessageCatalogs, LoadsTheNamedCatalogOfAFile) {
+    const TypeParam file = this->s(this->files.write(
+        "a", xmc(catalog("a", "en", msg("k", "1")) + catalog("b", "en", msg("k", "2")))));
+    EXPECT_EQ(file_success, seen(this->set.load_file(file, this->s("en"), this->s("b"))));
+    EXPECT_FALSE(this->set.has_catalog(this->s("a")));
+    EXPECT_EQ("2", rendered(this->set, "b", "k"));
+    EXPECT_EQ(file_success, seen(this->set.load_file(file, this->s("en"), this->s(""))));
+    EXPECT_EQ(2u, this->set.count());
+}
+
+TYPED_TEST(MessageCatalogs, LoadsNothingForACatalogNameThatIsNotThere) {
+    const TypeParam file = this->s(this->files.write("a", small_file("c", "k")));
+    EXPECT_EQ(file_success, seen(this->set.load_file(file, this->s("en"), this->s("z"))));
+    EXPECT_TRUE(this->set == nil);
+    EXPECT_EQ(outcome(1, front + "No catalog was loaded in file: \"" + this->path("a") + "\""),
+              seen(this->set.load(file, this->s("en"), this->s("z"))));
+}
+
+TYPED_TEST(MessageCatalogs, RefusesAnEmptyLocaleUnlessACatalogIsNamed) {
+    this->files.write("d/a.xmc", xmc(catalog("c", ".", msg("k", "dot")) +
+                                     catalog("c", "de", msg("l", "deutsch"))));
+    const TypeParam none = this->s("");
+    const outcome refused(2, front + "Default locale lookup not supported yet\n " + loader_front +
+                                 "Default locale lookup not supported yet");
+    EXPECT_EQ(refused, seen(this->set.load_file(this->s(this->path("d/a.xmc")), none)));
+    EXPECT_EQ(refused, seen(this->set.load_directory(this->s(this->path("d")), none)));
+    EXPECT_EQ(refused, seen(this->set.load(this->s(this->path("d")), none)));
+    EXPECT_EQ(refused, seen(this->set.load(this->s(this->path("d/a.xmc")), none)));
+    EXPECT_TRUE(this->set == nil);
+
+    EXPECT_EQ(file_success, seen(this->set.load_directory(this->s(this->path("d")), none, none)));
+    EXPECT_EQ("dot", rendered(this->set, "c", "k"));
+    EXPECT_FALSE(this->set.has_message(this->s("c"), this->s("l")));
+}
+
+TYPED_TEST(MessageCatalogs, FindsAMissingPathBeforeAnEmptyLocale) {
+    const TypeParam missing = this->s(this->path("missing"));
+    EXPECT_EQ(5, this->set.load(missing, this->s("")).type);
+    EXPECT_EQ(4, this->set.load_directory(missing, this->s("")).type);
+    EXPECT_EQ(2, this->set.load_file(missing, this->s("")).type);
+}
+
+TYPED_TEST(MessageCatalogs, TellsOfAMissingFileInTwoLines) {
+    EXPECT_EQ(outcome(3, front + "File was not found on disk\n " + loader_front + "File \"" +
+                             this->path("no") + "\" was not found on disk"),
+              seen(this->set.load_file(this->s(this->path("no")), this->s("en"))));
+}
+
+TYPED_TEST(MessageCatalogs, TellsOfAMissingDirectoryUnlessACatalogIsNamed) {
+    const TypeParam missing = this->s(this->path("no"));
+    EXPECT_EQ(outcome(4, front + "Directory \"" + this->path("no") + "\" was not found on disk"),
+              seen(this->set.load_directory(missing, this->s("en"))));
+    EXPECT_EQ(plain_success, seen(this->set.load_directory(missing, this->s("en"), this->s("c"))));
+}
+
+TYPED_TEST(MessageCatalogs, TellsOfAMissingEntity) {
+    const TypeParam missing = this->s(this->path("no"));
+    const outcome fault(5, front + "Entity (file or directory) \"" + this->path("no") +
+                               "\" was not found on disk");
+    EXPECT_EQ(fault, seen(this->set.load(missing, this->s("en"))));
+    EXPECT_EQ(fault, seen(this->set.load(missing, this->s("en"), this->s("c"))));
+    EXPECT_EQ(5, this->set.load(this->s(""), this->s("en")).type);
+}
+
+TYPED_TEST(MessageCatalogs, ScansADirectoryAtAnyDepth) {
+    this->files.write("d/a.xmc", small_file("a", "k"));
+    this->files.write("d/b/c/d/b.xml", small_file("b", "k"));
+    this->files.write("d/b/notes.txt", "not a catalog");
+    EXPECT_EQ(0, this->set.load_directory(this->s(this->path("d")), this->s("en")).type);
+    EXPECT_EQ(2u, this->set.count());
+
+    message_catalogs again;
+    EXPECT_EQ(0, again.load(this->s(this->path("d")), this->s("en"), this->s("b")).type);
+    EXPECT_EQ(1u, again.count());
+    EXPECT_EQ("x", rendered(again, "b", "k"));
+}
+
+TYPED_TEST(MessageCatalogs, KnowsCatalogFilesByTheirNamesInAnyLetterCase) {
+    const struct {
+        const char* name;
+        bool is_read;
+    } cases[] = {
+        {"a.xmc", true},   {"a.xml", true},   {"NOTES.XML", true}, {"A.XmC", true},
+        {".xmc", true},    {".XML", true},    {"a.b.xml", true},   {"a.xmc.bak", false},
+        {"a.xmcx", false}, {"axmc", false},   {"xml", false},      {"a", false},
+        {"a.xm", false},   {"a.xmc ", false}, {"a.xmd", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const temporary_directory directory;
+        directory.write(c.name, small_file("c", "k"));
+        message_catalogs fresh;
+        EXPECT_EQ(c.is_read ? file_success : plain_success,
+                  seen(fresh.load_directory(this->s(directory.path()), this->s("en"))));
+        EXPECT_EQ(c.is_read ? 1u : 0u, fresh.count());
+    }
+}
+
+TYPED_TEST(MessageCatalogs, EntersDirectoriesThatAreNamedLikeCatalogFiles) {
+    this->files.write("d/x.xmc/a.xmc", small_file("c", "k"));
+    EXPECT_EQ(file_success,
+              seen(this->set.load_directory(this->s(this->path("d")), this->s("en"))));
+    EXPECT_EQ("x", rendered(this->set, "c", "k"));
+}
+
+TYPED_TEST(MessageCatalogs, GivesSuccessWithoutAFileLineForADirectoryWithoutCatalogFiles) {
+    this->files.write("d/readme.txt", "text");
+    const TypeParam directory = this->s(this->path("d"));
+    EXPECT_EQ(plain_success, seen(this->set.load_directory(directory, this->s("en"))));
+    EXPECT_EQ(outcome(1, front + "No catalog was loaded in file: \"" + this->path("d") + "\""),
+              seen(this->set.load(directory, this->s("en"))));
+    EXPECT_EQ(outcome(1, front + "No catalog was loaded in file: \"" + this->path("d") + "\""),
+              seen(this->set.load(directory, this->s("en"), this->s("c"))));
+}
+
+TYPED_TEST(MessageCatalogs, AsksForAnEmptySetAsAWhole) {
+    this->files.write("a.xmc", small_file("c", "k"));
+    this->files.write("d/readme.txt", "text");
+    EXPECT_EQ(file_success, seen(this->set.load(this->s(this->path("a.xmc")), this->s("en"))));
+    EXPECT_EQ(plain_success, seen(this->set.load(this->s(this->path("d")), this->s("en"))));
+    this->set.erase();
+    EXPECT_EQ(1, this->set.load(this->s(this->path("d")), this->s("en")).type);
+}
+
+TYPED_TEST(MessageCatalogs, TellsOfASkippedCatalogByTheEmptySetAlone) {
+    const TypeParam file =
+        this->s(this->files.write("a.xmc", xmc(catalog("c", "fr", msg("k", "x")))));
+    EXPECT_EQ(file_success, seen(this->set.load_file(file, this->s("en"))));
+    EXPECT_EQ(1, this->set.load(file, this->s("en")).type);
+}
+
+TYPED_TEST(MessageCatalogs, StopsAScanAtTheFirstFaultAndKeepsWhatWasLoaded) {
+    // Directories follow a file's fault nowhere: whatever the order, the faulty file ends the scan.
+    this->files.write("d/NOTES.XML", "<?xml?><notes/>");
+    EXPECT_EQ(outcome(7, front + "XMC file is not valid\n " + loader_front +
+                             "Not XMC file, root element is not XMC but \"notes\"" +
+                             this->in_file("d/NOTES.XML")),
+              seen(this->set.load_directory(this->s(this->path("d")), this->s("en"))));
+
+    this->files.write("e/1/a.xmc", small_file("a", "k"));
+    std::vector<TypeParam> paths;
+    for (const char* name : {"e/1", "d", "e/2"})
+        paths.push_back(this->s(this->path(name)));
+    EXPECT_EQ(7, this->set.load(paths, this->s("en")).type);
+    EXPECT_EQ("x", rendered(this->set, "a", "k"));
+}
+
+TYPED_TEST(MessageCatalogs, StopsAScanAtAFaultInADirectoryBelow) {
+    this->files.write("d/e/f/a.xmc", "");
+    EXPECT_EQ(outcome(6, front + "XML parse error, XML file not well formed\n " + loader_front +
+                             "Valid XML header not found\n at line: \"0\"" +
+                             this->in_file("d/e/f/a.xmc")),
+              seen(this->set.load(this->s(this->path("d")), this->s("en"))));
+}
+
+TYPED_TEST(MessageCatalogs, StopsAScanAtALinkToACatalogFile) {
+    const std::string target = this->files.write("target", small_file("c", "k"));
+    this->files.write("d/readme.txt", "text");
+    ASSERT_EQ(0, ::symlink(target.c_str(), this->path("d/a.xmc").c_str()));
+    EXPECT_EQ(outcome(6, front + "XML parse error, XML file not well formed\n " + loader_front +
+                             "Valid XML header not found\n at line: \"0\"" +
+                             this->in_file("d/a.xmc")),
+              seen(this->set.load_directory(this->s(this->path("d")), this->s("en"))));
+}
+
+TYPED_TEST(MessageCatalogs, FollowsALinkToADirectoryAndPassesOverADanglingOne) {
+    this->files.write("target/a.xmc", small_file("c", "k"));
+    this->files.write("d/readme.txt", "text");
+    ASSERT_EQ(0, ::symlink("../target", this->path("d/link").c_str()));
+    ASSERT_EQ(0, ::symlink("nowhere", this->path("d/dangling.xmc").c_str()));
+    EXPECT_EQ(0, this->set.load_directory(this->s(this->path("d")), this->s("en")).type);
+    EXPECT_EQ("x", rendered(this->set, "c", "k"));
+}
+
+TYPED_TEST(MessageCatalogs, WritesTheDirectoryOfAScanWithItsSeparatorDoubled) {
+    this->files.write("d/a.xmc", "");
+    EXPECT_THAT(seen(this->set.load_directory(this->s(this->path("d/")), this->s("en"))).second,
+                ::testing::EndsWith(this->in_file("d//a.xmc")));
+}
+
+TYPED_TEST(MessageCatalogs, LoadsAListInOrderAndGivesTheLastOutcome) {
+    this->files.write("a", small_file("a", "k", "1"));
+    this->files.write("b", small_file("a", "k", "2"));
+    this->files.write("d/readme.txt", "text");
+    const std::vector<TypeParam> paths{this->s(this->path("a")), this->s(this->path("b")),
+                                       this->s(this->path("d"))};
+    EXPECT_EQ(plain_success, seen(this->set.load(paths, this->s("en"))));
+    EXPECT_EQ("2", rendered(this->set, "a", "k")) << "of two equals the later stays";
+
+    message_catalogs named;
+    EXPECT_EQ(plain_success, seen(named.load(paths, this->s("en"), this->s("a"))));
+    EXPECT_EQ(1u, named.count());
+    EXPECT_EQ(plain_success, seen(named.load(paths, this->s("en"), this->s("z"))));
+}
+
+TYPED_TEST(MessageCatalogs, StopsAListAtAPathThatIsNotThere) {
+    this->files.write("a", small_file("a", "k"));
+    this->files.write("b", small_file("b", "k"));
+    const std::vector<TypeParam> paths{this->s(this->path("a")), this->s(this->path("no")),
+                                       this->s(this->path("b"))};
+    const outcome fault(5, front + "Entity (file or directory) \"" + this->path("no") +
+                               "\" was not found on disk");
+    EXPECT_EQ(fault, seen(this->set.load(paths, this->s("en"))));
+    EXPECT_TRUE(this->set.has_catalog(this->s("a")));
+    EXPECT_FALSE(this->set.has_catalog(this->s("b")));
+
+    message_catalogs named;
+    EXPECT_EQ(fault, seen(named.load(paths, this->s("en"), this->s("a"))));
+}
+
+TYPED_TEST(MessageCatalogs, GivesSuccessForAListThatLoadsNothing) {
+    EXPECT_EQ(plain_success, seen(this->set.load(std::vector<TypeParam>(), this->s("en"))));
+    EXPECT_EQ(plain_success, seen(this->set.load(std::vector<TypeParam>(), this->s(""))));
+    this->files.write("d/readme.txt", "text");
+    EXPECT_EQ(plain_success, seen(this->set.load(std::vector<TypeParam>{this->s(this->path("d"))},
+                                                 this->s("en"))));
+    EXPECT_TRUE(this->set == nil);
+}
+
+TYPED_TEST(MessageCatalogs, LoadsListsOfStandardStrings) {
+    this->files.write("a", small_file("a", "k"));
+    this->files.write("d/b.xmc", small_file("b", "k"));
+    const std::vector<std::string> narrow{this->path("a"), this->path("d")};
+    std::vector<std::wstring> wide;
+    for (const std::string& path : narrow)
+        wide.push_back(TOVA_2_18::strings::utf8_to_utf32(path));
+
+    message_catalogs sets[4];
+    EXPECT_EQ(file_success, seen(sets[0].load(narrow, this->s("en"))));
+    EXPECT_EQ(file_success, seen(sets[1].load(wide, this->s("en"))));
+    EXPECT_EQ(file_success, seen(sets[2].load(narrow, this->s("en"), this->s("b"))));
+    EXPECT_EQ(file_success, seen(sets[3].load(wide, this->s("en"), this->s("b"))));
+    for (int i = 0; i < 4; ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(i < 2 ? 2u : 1u, sets[i].count());
+        EXPECT_EQ("x", rendered(sets[i], "b", "k"));
+    }
+}
+
+TYPED_TEST(MessageCatalogs, TellsOfMissingPathsInListsOfStandardStrings) {
+    const std::string missing = this->path("\xC3\xA4");
+    const std::vector<std::string> narrow{missing};
+    const std::vector<std::wstring> wide{TOVA_2_18::strings::utf8_to_utf32(missing)};
+    const outcome fault(5, front + "Entity (file or directory) \"" + missing +
+                               "\" was not found on disk");
+    EXPECT_EQ(fault, seen(this->set.load(narrow, this->s("en"))));
+    EXPECT_EQ(fault, seen(this->set.load(wide, this->s("en"))));
+    EXPECT_EQ(fault, seen(this->set.load(narrow, this->s("en"), this->s("c"))));
+    EXPECT_EQ(fault, seen(this->set.load(wide, this->s("en"), this->s("c"))));
+    EXPECT_EQ(plain_success, seen(this->set.load(std::vector<std::string>(), this->s("en"))));
+    EXPECT_EQ(plain_success, seen(this->set.load(std::vector<std::wstring>(), this->s("en"))));
+}
+
+TYPED_TEST(MessageCatalogs, ReadsForTheWantedLocale) {
+    const TypeParam file = this->s(this->files.write(
+        "a", xmc(catalog("c", "de", msg("k", "deutsch")) + catalog("c", "en", msg("k", "english")) +
+                 catalog("c", "ja", msg("k", "nihongo")))));
+    for (const auto& c : {std::make_pair("de_AT.UTF-8", "deutsch"), std::make_pair("en", "english"),
+                          std::make_pair("ja_JP", "nihongo"), std::make_pair("fr", "english")}) {
+        message_catalogs fresh;
+        EXPECT_EQ(0, fresh.load(file, this->s(c.first)).type);
+        EXPECT_EQ(c.second, rendered(fresh, "c", "k"));
+    }
+}
+
+TYPED_TEST(MessageCatalogs, TakesNamesAndKeysOfAnyScript) {
+    const std::string name = "k\xC3\xA4se\xE2\x82\xAC";
+    const TypeParam file = this->s(this->files.write(
+        "\xE6\x97\xA5.xmc", xmc(catalog(name, "en", msg("\xF0\x9F\x98\x80", "x")))));
+    EXPECT_EQ(0, this->set.load(file, this->s("en"), this->s(name)).type);
+    EXPECT_TRUE(this->set.has_catalog(this->s(name)));
+    EXPECT_TRUE(this->set.has_message(this->s(name), this->s("\xF0\x9F\x98\x80")));
+    EXPECT_EQ(1u, this->set.count(this->s(name)));
+}
+
+TYPED_TEST(MessageCatalogs, FindsCatalogsAndMessagesByExactName) {
+    this->set.load_file(ustring8(this->files.write("a", small_file("App", "Key"))), "en");
+    EXPECT_TRUE(this->set.has_catalog(this->s("App")));
+    EXPECT_FALSE(this->set.has_catalog(this->s("app")));
+    EXPECT_EQ("App", std::string(this->set.catalog(this->s("App")).name()));
+    EXPECT_TRUE(this->set.has_message(this->s("App"), this->s("Key")));
+    EXPECT_FALSE(this->set.has_message(this->s("App"), this->s("key")));
+    EXPECT_FALSE(this->set.has_message(this->s("app"), this->s("Key")));
+    EXPECT_EQ("Key", std::string(this->set.message(this->s("App"), this->s("Key")).name()));
+}
+
+TYPED_TEST(MessageCatalogs, GivesTwoNilObjectsForAnAbsentCatalogAndAnAbsentKey) {
+    this->set.load_file(ustring8(this->files.write("a", small_file("c", "k"))), "en");
+    const message_t& no_catalog = this->set.message(this->s("z"), this->s("k"));
+    const message_t& no_key = this->set.message(this->s("c"), this->s("z"));
+    EXPECT_EQ(&message_catalogs::s_nil_message, &no_catalog);
+    EXPECT_EQ(&catalog_t::m_nil_message, &no_key);
+    EXPECT_TRUE(no_catalog == nil);
+    EXPECT_TRUE(no_key == nil);
+    EXPECT_EQ("", no_catalog.as_string(varg_list()));
+    EXPECT_EQ(&message_catalogs::s_nil_catalog, &this->set.catalog(this->s("z")));
+    EXPECT_TRUE(this->set.catalog(this->s("z")) == nil);
+}
+
+TYPED_TEST(MessageCatalogs, HasNoMessageWhereANilOneIsStored) {
+    this->set.load_file(
+        ustring8(this->files.write("a", xmc(catalog("c", "en", "<msg/><msg name=\"k\"/>")))), "en");
+    EXPECT_FALSE(this->set.has_message(this->s("c"), this->s("")));
+    EXPECT_TRUE(this->set.catalog(this->s("c")).has_message(this->s("")));
+    EXPECT_TRUE(this->set.has_message(this->s("c"), this->s("k"))) << "its key is not empty";
+    EXPECT_EQ(2u, this->set.count(this->s("c")));
+}
+
+TYPED_TEST(MessageCatalogs, CountsCatalogsAndTheirMessages) {
+    EXPECT_EQ(0u, this->set.count());
+    EXPECT_EQ(0u, this->set.size());
+    this->set.load_file(
+        ustring8(this->files.write("a", xmc(catalog("c", "en", msg("k", "1") + msg("l", "2")) +
+                                            catalog("d", "en", msg("k", "3"))))),
+        "en");
+    EXPECT_EQ(2u, this->set.count());
+    EXPECT_EQ(2u, this->set.size());
+    EXPECT_EQ(2u, this->set.count(this->s("c")));
+    EXPECT_EQ(2u, this->set.size(this->s("c")));
+    EXPECT_EQ(1u, this->set.size(this->s("d")));
+    EXPECT_EQ(0u, this->set.count(this->s("z")));
+    EXPECT_EQ(0u, this->set.size(this->s("z")));
+}
+
+TYPED_TEST(MessageCatalogs, WalksTheMessagesOfACatalogInTheOrderOfTheirKeys) {
+    this->set.load_file(
+        ustring8(this->files.write(
+            "a", xmc(catalog("c", "en", msg("b", "1") + msg("a", "2") + msg("B", "3"))))),
+        "en");
+    std::string keys;
+    for (auto m = this->set.begin(this->s("c")); m != this->set.end(this->s("c")); ++m)
+        keys += m->first;
+    EXPECT_EQ("Bab", keys);
+    EXPECT_TRUE(this->set.begin(this->s("z")) == this->set.end(this->s("z")));
+    EXPECT_TRUE(this->set.begin(this->s("z")) == message_catalogs::s_nil_catalog.begin());
+}
+
+TYPED_TEST(MessageCatalogs, ErasesOneCatalog) {
+    this->set.load_file(ustring8(this->files.write("a", small_file("c", "k"))), "en");
+    this->set.erase(this->s("z"));
+    EXPECT_EQ(1u, this->set.count());
+    this->set.erase(this->s("c"));
+    EXPECT_TRUE(this->set == nil);
+}
+
+TYPED_TEST(MessageCatalogs, KnowsTheLocalesThatACatalogHoldsTextsOf) {
+    this->set.load_file(
+        ustring8(this->files.write(
+            "a", xmc(catalog("c", "de_DE", msg("a", "1")) + catalog("c", ".", msg("b", "2")) +
+                     catalog("c", "de-AT", msg("c", "3")) + catalog("c", "en", msg("a", "4"))))),
+        "de_DE");
+    const struct {
+        const char* locale;
+        bool is_held;
+    } cases[] = {
+        {"de_DE", true},
+        {"de-DE", true},
+        {"de.DE", true},
+        {".", true},
+        {"-", false},
+        {"_", false},
+        {"", false},
+        {"de", false},
+        {"en", false},  // its one text lost
+                        // against another
+        {"de_AT", false},
+        {"DE_DE", false},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(c.is_held, this->set.has_catalog(this->s("c"), this->s(c.locale))) << c.locale;
+    EXPECT_FALSE(this->set.has_catalog(this->s("z"), this->s("de_DE")));
+    EXPECT_FALSE(this->set.catalog(this->s("c")).is_language_loaded(this->s(".")))
+        << "the catalog itself asks for \"_\"";
+}
+
+TYPED_TEST(MessageCatalogs, NeverFindsAStoredLocaleWithAHyphen) {
+    this->set.load_file(ustring8(this->files.write("a", xmc(catalog("c", "de-DE", msg("a", "1"))))),
+                        "de_DE");
+    EXPECT_EQ("1", rendered(this->set, "c", "a"));
+    EXPECT_FALSE(this->set.has_catalog(this->s("c"), this->s("de-DE")));
+    EXPECT_FALSE(this->set.has_catalog(this->s("c"), this->s("de_DE")));
+}
+
+// ---- one width is enough
+
+class CatalogSet : public ::testing::Test {
+protected:
+    ustring8 file(const std::string& name, const std::string& bytes) {
+        return files.write(name, bytes);
+    }
+
+    temporary_directory files;
+    message_catalogs set;
+};
+
+TEST_F(CatalogSet, IsNilWithoutCatalogs) {
+    EXPECT_TRUE(set == nil);
+    EXPECT_FALSE(set != nil);
+    EXPECT_TRUE(set.equal(nil));
+    set.load_file(file("a", small_file("c", "k")), "en");
+    EXPECT_FALSE(set == nil);
+    EXPECT_TRUE(set != nil);
+    EXPECT_FALSE(set.equal(nil));
+    EXPECT_EQ(&set, &(set = nil));
+    EXPECT_TRUE(set == nil);
+    set.load_file(file("a", small_file("c", "k")), "en");
+    EXPECT_EQ(&set, &set.assign(nil));
+    EXPECT_TRUE(set == nil);
+}
+
+TEST_F(CatalogSet, SharesItsCatalogsWithItsCopies) {
+    set.load_file(file("a", small_file("c", "k", "1")), "en");
+    message_catalogs copy(set);
+    message_catalogs assigned;
+    EXPECT_EQ(&assigned, &(assigned = set));
+    message_catalogs named;
+    EXPECT_EQ(&named, &named.assign(set));
+    EXPECT_EQ(&set.catalog(ustring8("c")), &copy.catalog(ustring8("c")));
+    EXPECT_EQ(&set.catalog(ustring8("c")), &assigned.catalog(ustring8("c")));
+    EXPECT_EQ(&set.catalog(ustring8("c")), &named.catalog(ustring8("c")));
+    EXPECT_EQ(4u, set.catalog(ustring8("c")).count);
+
+    // What a load adds to a shared catalog, all of them see; a new catalog is the copy's own.
+    copy.load_file(file("b", xmc(catalog("c", "en", msg("k", "2") + msg("l", "3")) +
+                                 catalog("d", "en", msg("k", "4")))),
+                   "en");
+    EXPECT_EQ("2", rendered(set, "c", "k"));
+    EXPECT_EQ("3", rendered(set, "c", "l"));
+    EXPECT_FALSE(set.has_catalog(ustring8("d")));
+
+    set.erase();
+    EXPECT_EQ("2", rendered(copy, "c", "k"));
+    EXPECT_EQ(3u, copy.catalog(ustring8("c")).count);
+}
+
+TEST_F(CatalogSet, SurvivesAssignmentToItself) {
+    set.load_file(file("a", small_file("c", "k")), "en");
+    message_catalogs& same = set;
+    set = same;
+    EXPECT_EQ("x", rendered(set, "c", "k"));
+    EXPECT_EQ(1u, set.catalog(ustring8("c")).count);
+}
+
+TEST_F(CatalogSet, WalksItsCatalogsInTheOrderOfTheirNames) {
+    set.load_file(
+        file("a", xmc(catalog("b", "en", msg("k", "1")) + catalog("a", "en", msg("k", "2")))),
+        "en");
+    std::string names;
+    for (const auto& entry : set)
+        names += entry.first;
+    const message_catalogs& constant = set;
+    for (auto entry = constant.begin(); entry != constant.end(); ++entry)
+        names += entry->second->name();
+    EXPECT_EQ("abab", names);
+    static_assert(std::is_same<decltype(set.begin()), message_catalogs::iterator>::value, "");
+    static_assert(std::is_same<decltype(constant.end()), message_catalogs::const_iterator>::value,
+                  "");
+}
+
+TEST_F(CatalogSet, TakesAResolveContainerThatChangesNothing) {
+    set.load_file(file("a", small_file("c", "k", "a")), "en");
+    set.set_resolve_container({{"a", "b"}, {"c", "d"}, {"k", "l"}});
+    set.load_file(file("b", small_file("c", "l", "a")), "en");
+    EXPECT_EQ("a", rendered(set, "c", "k"));
+    EXPECT_EQ("a", rendered(set, "c", "l"));
+    EXPECT_TRUE(set.has_catalog(ustring8("c")));
+    set = nil;
+    set.load_file(file("b", small_file("c", "l", "a")), "en");
+    EXPECT_EQ("a", rendered(set, "c", "l"));
+}
+
+TEST_F(CatalogSet, WeighsStoredTextsByTheListOfTheNewLoad) {
+    set.load_file(file("a", xmc(catalog("c", "de", msg("k", "deutsch")))), "de");
+    set.load_file(file("b", xmc(catalog("c", "en", msg("k", "english")))), "de");
+    EXPECT_EQ("deutsch", rendered(set, "c", "k"));
+    set.load_file(file("b", xmc(catalog("c", ".", msg("k", "neutral")))), "fr");
+    EXPECT_EQ("neutral", rendered(set, "c", "k"));
+}
+
+TEST_F(CatalogSet, IsLeftAsItWasByAFaultyFile) {
+    set.load_file(file("a", small_file("c", "k", "before")), "en");
+    const std::string good = catalog("c", "en", msg("k", "after") + msg("l", "new")) +
+                             catalog("d", "en", msg("k", "new"));
+    const std::string bodies[] = {
+        good + "<other/>",
+        good + catalog("e", "en", "<msg><b/></msg>"),
+        good + "<include file=\"missing\"/>",
+        good + "<catalog",
+        good + "<catalog x=\"\"/>",
+        "<include file=\"good\"/>" + catalog("e", "en", "<b/>"),
+    };
+    file("good", xmc(good));
+    for (const std::string& body : bodies) {
+        SCOPED_TRACE(body);
+        EXPECT_NE(0, set.load_file(file("b", xmc(body)), "en").type);
+        EXPECT_EQ(1u, set.count());
+        EXPECT_EQ(1u, set.count(ustring8("c")));
+        EXPECT_EQ("before", rendered(set, "c", "k"));
+    }
+}
+
+TEST_F(CatalogSet, IsLeftAsItWasByEveryPrefixOfAFile) {
+    set.load_file(file("a", small_file("c", "k", "before")), "en");
+    const std::string whole =
+        xmc(catalog("c", "en", msg("k", "after")) + catalog("d", "en", msg("k", "x")));
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        SCOPED_TRACE(length);
+        EXPECT_NE(0, set.load_file(file("b", whole.substr(0, length)), "en").type);
+        EXPECT_EQ(1u, set.count());
+        EXPECT_EQ("before", rendered(set, "c", "k"));
+    }
+    EXPECT_EQ(0, set.load_file(file("b", whole), "en").type);
+    EXPECT_EQ("after", rendered(set, "c", "k"));
+}
+
+TEST_F(CatalogSet, NamesAFaultFromTheInsideOutward) {
+    file("b.part", "<?xml?>\n<xmc version=\"1.1\">\n<catalog name=\"c\" lang=\"en\">\n"
+                   "<msg name=\"k\">a & b</msg></catalog></xmc>");
+    const ustring8 outer = file("a.xmc", xmc("<include file=\"b.part\"/>"));
+    EXPECT_EQ(outcome(6, "message_catalogs::result_type - XML parse error, XML file not well "
+                         "formed\n xmc_file_loader::load_error - Unknown enity being parsed\n at "
+                         "line: \"3\"\n in file: \"" +
+                             files.path("b.part") + "\"\n in file: \"" + files.path("a.xmc") +
+                             "\""),
+              seen(set.load(outer, "en")));
+}
+
+TEST_F(CatalogSet, TellsOfAFileThatIncludesItself) {
+    const ustring8 path = file("a.xmc", xmc("<include file=\"a.xmc\"/>"));
+    EXPECT_EQ(outcome(8, front + "Unexpected error happened during loading\n " + loader_front +
+                             "Unexpected parse error happen!\n in an include of a file by itself: "
+                             "\"" +
+                             path + "\"\n in file: \"" + path + "\""),
+              seen(set.load(path, "en")));
+}
+
+TEST_F(CatalogSet, TakesASocketForAFile) {
+    const std::string path = files.path("s");
+    const int descriptor = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    ASSERT_LT(path.size(), sizeof address.sun_path);
+    std::memcpy(address.sun_path, path.c_str(), path.size());
+    ASSERT_EQ(0, ::bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address));
+    EXPECT_EQ(outcome(6, front + "XML parse error, XML file not well formed\n " + loader_front +
+                             "Valid XML header not found\n at line: \"0\"\n in file: \"" + path +
+                             "\""),
+              seen(set.load(ustring8(path), "en")));
+    ::close(descriptor);
+}
+
+TEST_F(CatalogSet, LoadsADirectoryThatIsGivenAsAFileForAnEmptyFile) {
+    EXPECT_EQ(outcome(6, front + "XML parse error, XML file not well formed\n " + loader_front +
+                             "Valid XML header not found\n at line: \"0\"\n in file: \"" +
+                             files.path() + "\""),
+              seen(set.load_file(ustring8(files.path()), "en")));
+}
+
+TEST(NilObjects, AreNilAndRenderAsNothing) {
+    EXPECT_TRUE(message_catalogs::s_nil_catalog == nil);
+    EXPECT_TRUE(message_catalogs::s_nil_message == nil);
+    EXPECT_EQ(0u, message_catalogs::s_nil_catalog.size());
+    EXPECT_EQ("", message_catalogs::s_nil_message.as_string(varg_list()));
+    EXPECT_FALSE(message_catalogs::s_nil_catalog.allocated);
+    EXPECT_NE(&message_catalogs::s_nil_message, &catalog_t::m_nil_message);
+}
+
+}  // namespace
