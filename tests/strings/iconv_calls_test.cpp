@@ -1,0 +1,240 @@
+// How the code pages use iconv: which calls, in which order, and what each failure of it raises.
+//
+// This program puts its own functions in the place of the C library's. They keep a record and pass
+// on, or fail as the test wishes.
+#include <tova/strings/code_page.hpp>
+
+#include <cerrno>
+#include <cstring>
+#include <dlfcn.h>
+#include <iconv.h>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <tova/exceptions/exceptions.hpp>
+
+namespace {
+
+struct {
+    std::vector<std::string> calls;
+    int open_error = 0;  // errno of a failing iconv_open
+    int error = 0;       // errno of a failing iconv
+    bool close_fails = false;
+} record;
+
+template <typename Function>
+Function next(const char* name) {
+    Function function;
+    void* const symbol = dlsym(RTLD_NEXT, name);
+    std::memcpy(&function, &symbol, sizeof function);
+    return function;
+}
+
+}  // namespace
+
+extern "C" iconv_t iconv_open(const char* to, const char* from) {
+    record.calls.push_back(std::string("open ") + to + " " + from);
+    if (record.open_error != 0) {
+        errno = record.open_error;
+        return reinterpret_cast<iconv_t>(-1);
+    }
+    return next<iconv_t (*)(const char*, const char*)>("iconv_open")(to, from);
+}
+
+extern "C" std::size_t iconv(iconv_t handle, char** input, std::size_t* left, char** output,
+                             std::size_t* room) {
+    typedef std::size_t (*function)(iconv_t, char**, std::size_t*, char**, std::size_t*);
+    if (input == nullptr || left == nullptr) {
+        const bool all_null =
+            input == nullptr && left == nullptr && output == nullptr && room == nullptr;
+        record.calls.push_back(all_null ? "reset" : "flush");
+        return next<function>("iconv")(handle, input, left, output, room);
+    }
+    record.calls.push_back("convert " + std::to_string(*left) + " into " + std::to_string(*room));
+    if (record.error != 0) {
+        errno = record.error;
+        return static_cast<std::size_t>(-1);
+    }
+    return next<function>("iconv")(handle, input, left, output, room);
+}
+
+extern "C" int iconv_close(iconv_t handle) {
+    record.calls.push_back("close");
+    const int result = next<int (*)(iconv_t)>("iconv_close")(handle);
+    return record.close_fails ? -1 : result;
+}
+
+namespace {
+
+using namespace TOVA_2_18;
+using strings::code_page;
+using strings::ustring8;
+
+typedef std::vector<std::string> calls;
+
+class IconvCalls : public ::testing::Test {
+protected:
+    void SetUp() override {
+        record.calls.clear();
+        record.open_error = 0;
+        record.error = 0;
+        record.close_fails = false;
+    }
+    void TearDown() override { SetUp(); }
+
+    const code_page latin{code_page::encoding_28591};
+    const code_page western{code_page::encoding_1252};
+    const code_page chinese{code_page::encoding_936};
+};
+
+TEST_F(IconvCalls, AnEmptyTextOpensResetsAndCloses) {
+    EXPECT_EQ("", latin.encode(ustring8()));
+    EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "close"}), record.calls);
+    record.calls.clear();
+    EXPECT_EQ("", latin.as_utf8(""));
+    EXPECT_EQ((calls{"open UTF-8 ISO-8859-1", "reset", "close"}), record.calls);
+}
+
+TEST_F(IconvCalls, APlainTextTakesOneCallAndNoFlush) {
+    EXPECT_EQ("abc", latin.encode(ustring8("abc")));
+    EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "convert 3 into 3", "close"}), record.calls);
+}
+
+TEST_F(IconvCalls, NothingIsCachedBetweenConversions) {
+    latin.as_utf8("a");
+    latin.as_utf8("a");
+    EXPECT_EQ((calls{"open UTF-8 ISO-8859-1", "reset", "convert 1 into 1", "close",
+                     "open UTF-8 ISO-8859-1", "reset", "convert 1 into 1", "close"}),
+              record.calls);
+}
+
+TEST_F(IconvCalls, FullOutputGetsRoomForTwiceTheInputLeft) {
+    EXPECT_EQ("\xC3\xA9\xC3\xA9\xC3\xA9", latin.as_utf8("\xE9\xE9\xE9"));
+    EXPECT_EQ(
+        (calls{"open UTF-8 ISO-8859-1", "reset", "convert 3 into 3", "convert 2 into 4", "close"}),
+        record.calls);
+}
+
+// One byte of the old room was left, and is not counted.
+TEST_F(IconvCalls, TheRoomIsExactlyTwiceTheInputLeft) {
+    EXPECT_EQ("a\xE2\x82\xAC"
+              "b",
+              western.as_utf8("a\x80"
+                              "b"));
+    EXPECT_EQ(
+        (calls{"open UTF-8 CP1252", "reset", "convert 3 into 3", "convert 2 into 4", "close"}),
+        record.calls);
+}
+
+TEST_F(IconvCalls, WithoutAnyProgressTheWholeGrownTextIsRoom) {
+    EXPECT_EQ("\xE2\x82\xAC", western.as_utf8("\x80"));
+    EXPECT_EQ((calls{"open UTF-8 CP1252", "reset", "convert 1 into 1", "convert 1 into 2",
+                     "convert 1 into 5", "close"}),
+              record.calls);
+}
+
+TEST_F(IconvCalls, ABadByteWithoutRoomFindsRoomForTwiceTheInputLeftFirst) {
+    EXPECT_EQ("\xE2\x82\xAC?\xE2\x82\xAC", western.as_utf8("\x80\x81\x80"));
+    EXPECT_EQ(
+        (calls{"open UTF-8 CP1252", "reset", "convert 3 into 3", "convert 1 into 3", "close"}),
+        record.calls);
+}
+
+TEST_F(IconvCalls, ACutSequenceEndsTheWalk) {
+    EXPECT_EQ("ab", chinese.as_utf8("ab\xD6"));
+    EXPECT_EQ((calls{"open UTF-8 GBK", "reset", "convert 3 into 3", "close"}), record.calls);
+}
+
+template <typename Action>
+std::string runtime_error_of(Action action) {
+    try {
+        action();
+    } catch (const exceptions::runtime_error& error) {
+        return error.get_message();
+    }
+    return "nothing was raised";
+}
+
+TEST_F(IconvCalls, APairThatIconvDoesNotKnowRaises) {
+    record.open_error = EINVAL;
+    EXPECT_EQ("convertions not supported", runtime_error_of([&] { latin.encode(ustring8("a")); }));
+    EXPECT_EQ("convertions not supported", runtime_error_of([&] { latin.encode(ustring8()); }));
+    EXPECT_EQ("convertions not supported", runtime_error_of([&] { latin.as_utf8("a"); }));
+    EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "open ISO-8859-1 UTF-8", "open UTF-8 ISO-8859-1"}),
+              record.calls);
+}
+
+TEST_F(IconvCalls, AnyOtherFailureToOpenRaises) {
+    for (const int error : {EMFILE, ENFILE, ENOMEM}) {
+        record.open_error = error;
+        EXPECT_EQ("Unknown failure on iconv open",
+                  runtime_error_of([&] { latin.encode(ustring8("a")); }));
+        EXPECT_EQ("Unknown failure on iconv open", runtime_error_of([&] { latin.as_utf8("a"); }));
+    }
+}
+
+TEST_F(IconvCalls, AnUnknownErrorRaisesAndLeavesTheDescriptorOpen) {
+    record.error = EBADF;
+    EXPECT_EQ("Unknown iconv error", runtime_error_of([&] { latin.encode(ustring8("a")); }));
+    EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "convert 1 into 1"}), record.calls);
+    record.calls.clear();
+    EXPECT_EQ("Unknown iconv error", runtime_error_of([&] { latin.as_utf8("a"); }));
+    EXPECT_EQ((calls{"open UTF-8 ISO-8859-1", "reset", "convert 1 into 1"}), record.calls);
+}
+
+TEST_F(IconvCalls, AFailingCloseRaises) {
+    record.close_fails = true;
+    EXPECT_EQ("iconv failed to close", runtime_error_of([&] { latin.encode(ustring8("a")); }));
+    EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "convert 1 into 1", "close"}), record.calls);
+    EXPECT_EQ("iconv failed to close", runtime_error_of([&] { latin.as_utf8(""); }));
+}
+
+TEST_F(IconvCalls, ANumberWithoutANameOpensNothing) {
+    EXPECT_THROW(code_page().encode(ustring8()), exceptions::invalid_argument_value);
+    EXPECT_EQ(calls(), record.calls);
+}
+
+// The place of a raise travels inside the exception, in the record at its front.
+struct place {
+    unsigned int line;
+    char file[256];
+    char function[256];
+};
+
+template <typename Exception, typename Action>
+std::string place_of(Action action) {
+    try {
+        action();
+    } catch (const Exception& error) {
+        place where;
+        std::memcpy(&where, reinterpret_cast<const char*>(&error) + sizeof(void*), sizeof where);
+        return std::string(where.file) + ":" + std::to_string(where.line) + " " + where.function;
+    }
+    return "nothing was raised";
+}
+
+TEST_F(IconvCalls, EveryRaiseCarriesItsPublishedPlace) {
+    const auto encode = [&] { latin.encode(ustring8("a")); };
+    const auto as_utf8 = [&] { latin.as_utf8("a"); };
+    typedef exceptions::runtime_error error;
+    EXPECT_EQ("strings/code_page:589 to_system_type",
+              place_of<exceptions::invalid_argument_value>([] { code_page().as_utf8(""); }));
+    record.open_error = EINVAL;
+    EXPECT_EQ("strings/code_page:222 encode", place_of<error>(encode));
+    EXPECT_EQ("strings/code_page:370 as_utf8", place_of<error>(as_utf8));
+    record.open_error = ENOMEM;
+    EXPECT_EQ("strings/code_page:225 encode", place_of<error>(encode));
+    EXPECT_EQ("strings/code_page:373 as_utf8", place_of<error>(as_utf8));
+    record.open_error = 0;
+    record.close_fails = true;
+    EXPECT_EQ("strings/code_page:316 encode", place_of<error>(encode));
+    EXPECT_EQ("strings/code_page:463 as_utf8", place_of<error>(as_utf8));
+    record.close_fails = false;
+    record.error = EBADF;
+    EXPECT_EQ("strings/code_page:305 encode", place_of<error>(encode));
+    EXPECT_EQ("strings/code_page:452 as_utf8", place_of<error>(as_utf8));
+}
+
+}  // namespace
