@@ -16,6 +16,10 @@ message_t catalog_t::m_nil_message(types::nil);
 
 catalog_t::catalog_t() {}
 
+catalog_t::catalog_t(catalog_t const& other)
+    : generic::abilities::reference_count_pointer_ability<catalog_t>(other), m_name(other.m_name),
+      m_languages(other.m_languages), m_messages(other.m_messages) {}
+
 catalog_t::~catalog_t() TOVA_NOTHROW {}
 
 void catalog_t::_name(strings::ustring8 const& value) {

@@ -28,7 +28,7 @@ public:
     catalog_t();
 
     /// A copy of name, locales and messages that nobody holds yet.
-    catalog_t(catalog_t const& other) = default;
+    catalog_t(catalog_t const& other);
 
     ~catalog_t() TOVA_NOTHROW;
 
