@@ -1,6 +1,7 @@
 #include <tova/parser/xml_token_stream.hpp>
 
 #include <iterator>
+#include <new>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -9,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <tova/functor/member_function.hpp>
+
+#include "support/failing_allocation.hpp"
 
 namespace {
 
@@ -279,6 +282,45 @@ TEST(XmlTokenStream, HoldsATokenForEachOfManyElements) {
     xml_token_stream stream;
     EXPECT_EQ(parse_error::no_error, stream.parse(ustring8(document + "</r>")).type);
     EXPECT_EQ(300003u, stream.size());
+}
+
+// A name, a value and texts that are too long for a string's own room.
+const char long_document[] =
+    "<?xml?><a_name_of_many_letters an_attribute_of_many_letters='a value of many letters'>"
+    "<!-- a comment of many letters --> a text of many letters                    &amp;<b/>"
+    "</a_name_of_many_letters>";
+
+TEST(XmlTokenStream, LetsAFailedAllocationThroughAndLeavesNothingBehind) {
+    const ustring8 text(long_document);
+    unsigned failures = 0;
+    for (bool failed = true; failed; ++failures) {
+        const long live = test_support::live_allocations();
+        {
+            const test_support::failing_allocation failure(failures);
+            try {
+                xml_token_stream stream;
+                EXPECT_EQ(parse_error::no_error, stream.parse(text).type);
+                EXPECT_EQ(13u, stream.size());
+            } catch (const std::bad_alloc&) {
+            }
+            failed = failure.failed();
+        }
+        ASSERT_EQ(live, test_support::live_allocations()) << failures;
+    }
+    EXPECT_GT(failures, 20u);
+}
+
+TEST(XmlTokenStream, LeavesNothingBehindOfAnyPrefixOfADocument) {
+    const std::string document(long_document);
+    for (std::size_t length = 0; length < document.size(); ++length) {
+        const ustring8 text(document.substr(0, length));
+        const long live = test_support::live_allocations();
+        {
+            xml_token_stream stream;
+            EXPECT_NE(parse_error::no_error, stream.parse(text).type) << text;
+        }
+        ASSERT_EQ(live, test_support::live_allocations()) << text;
+    }
 }
 
 // The bindings that the library itself makes and exports.
