@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <tova/debug/assert.hpp>
+#include <tova/generic/varg_list.hpp>
 #include <tova/types/nil.hpp>
 
 extern "C" char __executable_start;
@@ -34,6 +35,12 @@ int silent_hook::s_calls = 0;
 TEST(CopyRelocation, MovesDataObjectsIntoTheProgram) {
     EXPECT_TRUE(lies_in_this_program(&debug::_private::g_assert_callback));
     EXPECT_TRUE(lies_in_this_program(&types::nil));
+    EXPECT_TRUE(lies_in_this_program(&generic::varg_list::nil_argument));
+}
+
+TEST(CopyRelocation, LetsTheLibraryAnswerWithTheProgramsNilArgument) {
+    EXPECT_EQ(&generic::varg_list::nil_argument, &generic::varg_list().at("unknown"));
+    EXPECT_EQ(2u, generic::varg_list(1, 2).count());
 }
 
 TEST(CopyRelocation, ShowsTheProgramsObjectToTheLibrary) {
