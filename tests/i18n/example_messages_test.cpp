@@ -1,0 +1,100 @@
+// Runs the message example as a user does.
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/temporary_directory.hpp"
+
+namespace {
+
+struct run_result {
+    int exit_code;
+    std::string output;
+};
+
+run_result run(const std::string& command) {
+    run_result result = {-1, ""};
+    FILE* const pipe = ::popen(command.c_str(), "r");
+    if (pipe == nullptr)
+        return result;
+    char piece[4096];
+    for (std::size_t size; (size = std::fread(piece, 1, sizeof piece, pipe)) != 0;)
+        result.output.append(piece, size);
+    const int status = ::pclose(pipe);
+    result.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return result;
+}
+
+// From within the example's folder, so that no path of this machine stands in the output.
+run_result run_example(const std::string& environment, const std::string& arguments) {
+    return run("cd '" TOVA_EXAMPLE_FOLDER "' && env " + environment +
+               " '" TOVA_EXAMPLE_PROGRAM "' " + arguments + " 2>&1");
+}
+
+std::string first_line(const std::string& text) {
+    return text.substr(0, text.find('\n'));
+}
+
+TEST(MessageExample, PrintsItsReportForEachLocale) {
+    // There is nothing in nl: what it prints comes from "en" and ".".
+    for (const std::string locale : {"en", "de", "de_AT", "fr", "ja", "nl"}) {
+        SCOPED_TRACE(locale);
+        const run_result result = run_example("", locale + " .");
+        EXPECT_EQ(0, result.exit_code);
+        EXPECT_EQ(
+            test_support::read_bytes(TOVA_TEST_DATA "/i18n/example_messages/" + locale + ".txt"),
+            result.output);
+    }
+}
+
+TEST(MessageExample, TakesTheLocaleFromTheEnvironment) {
+    const struct {
+        const char* environment;
+        const char* locale;
+    } cases[] = {
+        {"LANG=de_AT.UTF-8", "de_AT"},
+        {"LANG=de_DE@euro", "de_DE"},
+        {"LANG=ja_JP.eucJP@x", "ja_JP"},
+        {"LANG=fr", "fr"},
+        {"LANG=C", "en"},
+        {"LANG=C.UTF-8", "en"},
+        {"LANG=POSIX", "en"},
+        {"LANG=", "en"},
+        {"-u LANG", "en"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.environment);
+        const run_result result = run_example(c.environment, "");
+        EXPECT_EQ(0, result.exit_code);
+        EXPECT_EQ(std::string("Messages for the locale ") + c.locale, first_line(result.output));
+    }
+}
+
+TEST(MessageExample, ReadsALocaleArgumentAsItReadsTheEnvironment) {
+    EXPECT_EQ("Messages for the locale de_AT",
+              first_line(run_example("LANG=fr", "de_AT.UTF-8").output));
+    EXPECT_EQ("Messages for the locale en", first_line(run_example("LANG=fr", "C").output));
+}
+
+TEST(MessageExample, FallsBackFromTheSpecialLocaleToTheGeneralOne) {
+    const std::string output = run_example("", "de_AT").output;
+    for (const char* text :
+         {"greeting (de_AT)\n      Servus, Mia!", "title (de)\n      Sicherung von atlas",
+          "footer (en)\n      No files were changed.", "product (.)\n      tova backup 2.18"})
+        EXPECT_THAT(output, ::testing::HasSubstr(text));
+}
+
+TEST(MessageExample, FailsWithAReasonInAFolderWithoutCatalogs) {
+    const run_result result = run_example("", "en /no/such/folder");
+    EXPECT_EQ(1, result.exit_code);
+    EXPECT_EQ("message_catalogs::result_type - Entity (file or directory) "
+              "\"/no/such/folder/catalogs\" was not found on disk\n",
+              result.output);
+}
+
+}  // namespace
