@@ -3,10 +3,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <grp.h>
 #include <pthread.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <gtest/gtest.h>
 
 namespace test_support {
 
@@ -48,6 +51,20 @@ void run_with_stack(const std::function<void()>& body, std::size_t bytes) {
     _exit(42);
 }
 
+const unsigned nobody = 65534;
+
+void drop_rights() {
+    if (geteuid() != 0)
+        return;
+    if (setgroups(0, nullptr) != 0 || setgid(nobody) != 0 || setuid(nobody) != 0) {
+        std::perror("cannot become a plain user");
+        _exit(97);
+    }
+}
+
+// A code that no child has which ends before its body does.
+const int body_passed = 11;
+
 }  // namespace
 
 child_result run_in_child(const std::function<void()>& body, const child_limits& limits) {
@@ -88,7 +105,25 @@ child_result run_in_child(const std::function<void()>& body, const child_limits&
     return result;
 }
 
-void exit_42_on_unexpected() { std::set_unexpected(leave_with_42); }
+void expect_in_child(const std::function<void()>& body) {
+    const child_result result = run_in_child([&body] {
+        body();
+        std::fflush(nullptr);
+        _exit(::testing::Test::HasFailure() ? 1 : body_passed);
+    });
+    EXPECT_EQ(body_passed, result.exit_code) << result.output;
+}
+
+void expect_as_plain_user(const std::function<void()>& body) {
+    expect_in_child([&body] {
+        drop_rights();
+        body();
+    });
+}
+
+void exit_42_on_unexpected() {
+    std::set_unexpected(leave_with_42);
+}
 
 bool under_sanitizer() {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
