@@ -247,24 +247,32 @@ void labeled_text_buffer::tree::overlay(labeled_text_buffer& root,
         entry_map::const_iterator next;
         entry_map::const_iterator end;
     };
+    // A step goes on to its next entry once the entry is done with, groups included: if one of the
+    // buffers holds the other, labels may be added on the way.
     std::vector<step> open(1, step{&root, other.m_entries.begin(), other.m_entries.end()});
-    while (!open.empty()) {
+    for (;;) {
         step& current = open.back();
         if (current.next == current.end) {
             open.pop_back();
+            if (open.empty())
+                return;
+            ++open.back().next;
             continue;
         }
-        const auto& source = *current.next++;
+        const auto& source = *current.next;
         const auto found = current.target->m_entries.find(source.first);
         if (found == current.target->m_entries.end()) {
             current.target->m_entries.insert(source);
+            ++current.next;
             continue;
         }
         // Contract: a label without a group sets the value here, also to nil.
         const entry_map& group = source.second.first.m_entries;
         if (group.empty() || source.second.second != types::nil)
             found->second.second = source.second.second;
-        if (!group.empty())
+        if (group.empty())
+            ++current.next;
+        else
             open.push_back(step{&found->second.first, group.begin(), group.end()});
     }
 }

@@ -1,0 +1,188 @@
+// docs/serialization.md shows these bytes and this code.
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <tova/serialization/labeled_text_buffer.hpp>
+#include <tova/serialization/serialize_binary_buf.hpp>
+#include <tova/serialization/serialize_text_buf.hpp>
+
+#include "support/temporary_directory.hpp"
+
+namespace {
+
+using tova::serialization::labeled_serialize_buffer;
+using tova::serialization::labeled_text_buffer;
+using tova::serialization::serialize_binary_buf;
+using tova::serialization::serialize_buffer;
+using tova::serialization::serialize_text_buf;
+
+std::string project_file(const std::string& name) {
+    const std::string data = TOVA_TEST_DATA;
+    return test_support::read_bytes(data.substr(0, data.rfind("/tests/")) + "/" + name);
+}
+
+// The fenced blocks of the guide in one language, each with the rest of its opening line.
+std::vector<std::pair<std::string, std::vector<std::string>>> blocks(const std::string& language) {
+    std::vector<std::pair<std::string, std::vector<std::string>>> found;
+    std::istringstream guide(project_file("docs/serialization.md"));
+    bool inside = false;
+    for (std::string line; std::getline(guide, line);) {
+        if (!inside && line.compare(0, 3 + language.size(), "```" + language) == 0) {
+            inside = true;
+            found.emplace_back(line.substr(std::min(line.size(), 4 + language.size())),
+                               std::vector<std::string>());
+        } else if (line.compare(0, 3, "```") == 0) {
+            inside = false;
+        } else if (inside) {
+            found.back().second.push_back(line);
+        }
+    }
+    return found;
+}
+
+// The bytes in front of the remark, which two blanks set off.
+std::string bytes_of(const std::vector<std::string>& lines) {
+    std::string bytes;
+    for (const auto& line : lines) {
+        std::istringstream pairs(line.substr(0, line.find("  ")));
+        for (std::string pair; pairs >> pair;)
+            bytes += static_cast<char>(std::strtol(pair.c_str(), nullptr, 16));
+    }
+    return bytes;
+}
+
+void write_record(serialize_buffer& buffer) {
+    buffer.append_int32(5);
+    buffer.append_string("ab");
+    buffer.append_double(1.5, 6);
+}
+
+serialize_text_buf text_with_nested_buffers() {
+    serialize_text_buf inner;
+    inner.append_uint8(7);
+    serialize_binary_buf binary;
+    binary.append_uint16(258);
+    serialize_text_buf outer;
+    outer.append_buffer(inner);
+    outer.append_buffer(binary);
+    return outer;
+}
+
+std::map<std::string, std::string> examples() {
+    std::map<std::string, std::string> written;
+
+    serialize_text_buf text;
+    write_record(text);
+    written["text-record"] = text.as_str();
+
+    serialize_text_buf strings;
+    strings.append_int8(-128);
+    strings.append_string("");
+    strings.append_string("a\001b");
+    written["text-strings"] = strings.as_str();
+
+    written["text-nested"] = text_with_nested_buffers().as_str();
+
+    serialize_binary_buf binary;
+    write_record(binary);
+    written["binary-record"] = binary.as_str();
+
+    serialize_binary_buf one;
+    one.append_int8(1);
+    serialize_binary_buf types;
+    types.append_int8(1);
+    types.append_uint8(1);
+    types.append_int16(1);
+    types.append_uint16(1);
+    types.append_int32(1);
+    types.append_uint32(1);
+    types.append_int64(1);
+    types.append_uint64(1);
+    types.append_float(1, 6);
+    types.append_double(1, 6);
+    types.append_string("x");
+    types.append_buffer(one);
+    written["binary-types"] = types.as_str();
+
+    labeled_text_buffer tree;
+    tree.add_value("a", 1);
+    tree.create_group("g")->add_value("b", "x");
+    written["labeled-tree"] = tree.as_str();
+
+    labeled_text_buffer cases;
+    cases.add_value("b", 2);
+    cases.create_group("b")->add_value("k", tova::types::variant());
+    cases.create_group("e");
+    written["labeled-cases"] = cases.as_str();
+    return written;
+}
+
+TEST(SerializationGuide, ShowsTheBytesThatAreWritten) {
+    const auto written = examples();
+    std::map<std::string, std::string> shown;
+    for (const auto& block : blocks("bytes"))
+        shown[block.first] = bytes_of(block.second);
+    EXPECT_EQ(written, shown);
+    EXPECT_EQ(7u, shown.size());
+}
+
+TEST(SerializationGuide, ShowsCodeThatRuns) {
+    serialize_text_buf buffer;
+    buffer.append_int32(5);
+    buffer.append_string("ab");
+    buffer.append_double(1.5, 6);
+
+    const serialize_text_buf received(buffer.as_str());
+    const int number = received.read_int32();
+    const std::string name = received.read_string();
+    const double share = received.read_double();
+    EXPECT_EQ(5, number);
+    EXPECT_EQ("ab", name);
+    EXPECT_EQ(1.5, share);
+
+    const serialize_text_buf nested = text_with_nested_buffers();
+    const std::unique_ptr<serialize_buffer> first(nested.read_buffer());
+    const std::unique_ptr<serialize_buffer> second(nested.read_buffer());
+    const int seven = first->read_uint8();
+    const int word = serialize_binary_buf(second->as_str()).read_uint16();
+    EXPECT_EQ(7, seven);
+    EXPECT_EQ(258, word);
+
+    labeled_text_buffer tree;
+    tree.add_value("a", 1);
+    labeled_serialize_buffer* const group = tree.create_group("g");
+    group->add_value("b", "x");
+    const labeled_text_buffer loaded(tree.as_str());
+    const tova::types::variant value = loaded.retrieve_value("a");
+    const bool is_text = value.type() == typeid(std::string);
+    const int one = value.as_int();
+    EXPECT_TRUE(is_text);
+    EXPECT_EQ(1, one);
+}
+
+// Each line of code in the guide stands in this file, in the same order.
+TEST(SerializationGuide, ShowsTheCodeOfThisTest) {
+    const std::string source = project_file("tests/serialization/guide_test.cpp");
+    std::size_t position = source.find("ShowsCodeThatRuns");
+    const auto code = blocks("cpp");
+    EXPECT_EQ(4u, code.size());
+    for (const auto& block : code) {
+        for (const auto& line : block.second) {
+            if (line.empty())
+                continue;
+            position = source.find("    " + line + "\n", position);
+            ASSERT_NE(std::string::npos, position) << line;
+        }
+    }
+}
+
+}  // namespace

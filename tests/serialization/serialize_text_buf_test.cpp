@@ -1,0 +1,458 @@
+#include <tova/serialization/serialize_text_buf.hpp>
+
+#include <functional>
+#include <limits>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <tova/serialization/serialize_binary_buf.hpp>
+
+#include "support/global_locale.hpp"
+
+namespace {
+
+using tova::serialization::serialize_binary_buf;
+using tova::serialization::serialize_buffer;
+using tova::serialization::serialize_text_buf;
+
+// A literal with the bytes that it shows, embedded zeros too. The separator is written \001.
+template <std::size_t Size>
+std::string bytes(const char (&literal)[Size]) {
+    return std::string(literal, Size - 1);
+}
+
+void expect_beyond(const std::string& position, const std::string& size,
+                   const std::function<void()>& read) {
+    try {
+        read();
+        ADD_FAILURE() << "nothing raised";
+    } catch (const std::out_of_range& error) {
+        EXPECT_EQ("basic_string::substr: __pos (which is " + position +
+                      ") > this->size() (which is " + size + ")",
+                  error.what());
+    }
+}
+
+const char npos[] = "18446744073709551615";
+
+TEST(SerializeTextBufEncoding, ClosesEachItemWithTheSeparator) {
+    serialize_text_buf buffer;
+    buffer.append_int32(5);
+    buffer.append_string("ab");
+    buffer.append_double(1.5, 6);
+    EXPECT_EQ(bytes("5\0012\001ab\0011.5\001"), buffer.as_str());
+    EXPECT_EQ(11u, buffer.as_str().size());
+    EXPECT_EQ(5, buffer.read_int32());
+    EXPECT_EQ("ab", buffer.read_string());
+    EXPECT_EQ(1.5, buffer.read_double());
+    EXPECT_TRUE(buffer.at_end());
+}
+
+TEST(SerializeTextBufEncoding, WritesIntegersInDecimal) {
+    serialize_text_buf buffer;
+    buffer.append_int8(-128);
+    buffer.append_int8(127);
+    buffer.append_int16(-32768);
+    buffer.append_int16(32767);
+    buffer.append_int32(-2147483647 - 1);
+    buffer.append_int32(2147483647);
+    EXPECT_EQ(bytes("-128\001127\001-32768\00132767\001-2147483648\0012147483647\001"),
+              buffer.as_str());
+
+    serialize_text_buf wide;
+    wide.append_int64(std::numeric_limits<long>::min());
+    wide.append_int64(std::numeric_limits<long>::max());
+    wide.append_uint64(0);
+    wide.append_uint64(18446744073709551615ul);
+    EXPECT_EQ(bytes("-9223372036854775808\0019223372036854775807\0010\00118446744073709551615\001"),
+              wide.as_str());
+
+    serialize_text_buf plain;
+    plain.append_uint8(255);
+    plain.append_uint16(65535);
+    plain.append_uint32(4294967295u);
+    EXPECT_EQ(bytes("255\00165535\0014294967295\001"), plain.as_str());
+}
+
+TEST(SerializeTextBufEncoding, WritesFloatingValuesInSignificantDigits) {
+    const struct {
+        double value;
+        unsigned int precision;
+        const char* text;
+    } cases[] = {
+        {3.14159274, 3, "3.14\001"},
+        {1.5, 6, "1.5\001"},
+        {0.0, 6, "0\001"},
+        {-0.0, 6, "-0\001"},
+        {1234567.0, 6, "1.23457e+06\001"},
+        {1234567.0, 7, "1234567\001"},
+        {0.00001, 6, "1e-05\001"},
+        {2.75, 1, "3\001"},
+        {2.75, 0, "3\001"},
+        {0.1, 17, "0.10000000000000001\001"},
+        {std::numeric_limits<double>::infinity(), 6, "inf\001"},
+        {-std::numeric_limits<double>::infinity(), 6, "-inf\001"},
+        {std::numeric_limits<double>::quiet_NaN(), 6, "nan\001"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        serialize_text_buf buffer;
+        buffer.append_double(c.value, c.precision);
+        EXPECT_EQ(c.text, buffer.as_str());
+    }
+    serialize_text_buf single;
+    single.append_float(3.14159274f, 3);
+    single.append_float(0.1f, 9);
+    EXPECT_EQ(bytes("3.14\0010.100000001\001"), single.as_str());
+    EXPECT_EQ(3.14f, single.read_float());
+    EXPECT_EQ(0.1f, single.read_float());
+}
+
+TEST(SerializeTextBufEncoding, ReadsInfinityAndNotANumberAsZero) {
+    serialize_text_buf buffer;
+    buffer.append_double(std::numeric_limits<double>::infinity(), 6);
+    buffer.append_float(std::numeric_limits<float>::quiet_NaN(), 6);
+    buffer.append_int32(4);
+    EXPECT_EQ(0.0, buffer.read_double());
+    EXPECT_EQ(0.0f, buffer.read_float());
+    EXPECT_EQ(4, buffer.read_int32());
+}
+
+TEST(SerializeTextBufEncoding, PunctuatesFloatingValuesAloneUnderTheGlobalLocale) {
+    const test_support::global_locale scope(test_support::comma_locale());
+    serialize_text_buf buffer;
+    buffer.append_double(1.5, 6);
+    buffer.append_double(1234567.0, 7);
+    buffer.append_float(2500.0f, 6);
+    buffer.append_int32(1234567);
+    buffer.append_uint64(1234567);
+    buffer.append_string(std::string(1234, 'x'));
+    const std::string head = bytes("1,5\0011.234.567\0012.500\0011234567\0011234567\0011234\001");
+    ASSERT_EQ(head.size() + 1235, buffer.as_str().size());
+    EXPECT_EQ(head, buffer.as_str().substr(0, head.size()));
+    EXPECT_EQ(1.5, buffer.read_double());
+    EXPECT_EQ(1234567.0, buffer.read_double());
+    EXPECT_EQ(2500.0f, buffer.read_float());
+    EXPECT_EQ(1234567, buffer.read_int32());
+    EXPECT_EQ(1234567u, buffer.read_uint64());
+    EXPECT_EQ(1234u, buffer.read_string().size());
+}
+
+TEST(SerializeTextBufEncoding, WritesStringsAndBuffersWithTheirLengthInBytes) {
+    serialize_text_buf buffer;
+    buffer.append_string("");
+    buffer.append_string(bytes("\001"));
+    buffer.append_string(bytes("a\0b"));
+    EXPECT_EQ(bytes("0\001\0011\001\001\0013\001a\0b\001"), buffer.as_str());
+
+    serialize_text_buf nested;
+    nested.append_int8(-1);
+    serialize_text_buf outer;
+    outer.append_buffer(nested);
+    outer.append_buffer(serialize_text_buf());
+    EXPECT_EQ(bytes("3\001-1\001\0010\001\001"), outer.as_str());
+
+    serialize_binary_buf binary;
+    binary.append_uint16(0x0102);
+    serialize_text_buf mixed;
+    mixed.append_buffer(binary);
+    EXPECT_EQ(bytes("2\001\002\001\001"), mixed.as_str());
+    const std::unique_ptr<serialize_buffer> read(mixed.read_buffer());
+    EXPECT_NE(nullptr, dynamic_cast<serialize_text_buf*>(read.get()));
+    EXPECT_EQ(0x0102, serialize_binary_buf(read->as_str()).read_uint16());
+}
+
+TEST(SerializeTextBufReading, SaturatesAtTheRangeOfTheTypeRead) {
+    const serialize_text_buf buffer(
+        bytes("300\001-300\00140000\001-40000\0019999999999\001-9999999999\001"
+              "9223372036854775808\001-9223372036854775809\001"
+              "256\001-1\00165536\001-1\0014294967296\001-1\00118446744073709551616\001-1\001"));
+    EXPECT_EQ(127, buffer.read_int8());
+    EXPECT_EQ(-128, buffer.read_int8());
+    EXPECT_EQ(32767, buffer.read_int16());
+    EXPECT_EQ(-32768, buffer.read_int16());
+    EXPECT_EQ(2147483647, buffer.read_int32());
+    EXPECT_EQ(-2147483647 - 1, buffer.read_int32());
+    EXPECT_EQ(std::numeric_limits<long>::max(), buffer.read_int64());
+    EXPECT_EQ(std::numeric_limits<long>::min(), buffer.read_int64());
+    EXPECT_EQ(255, buffer.read_uint8());
+    EXPECT_EQ(0, buffer.read_uint8());
+    EXPECT_EQ(65535, buffer.read_uint16());
+    EXPECT_EQ(0, buffer.read_uint16());
+    EXPECT_EQ(4294967295u, buffer.read_uint32());
+    EXPECT_EQ(0u, buffer.read_uint32());
+    EXPECT_EQ(18446744073709551615ul, buffer.read_uint64());
+    EXPECT_EQ(0u, buffer.read_uint64());
+    EXPECT_TRUE(buffer.at_end());
+}
+
+TEST(SerializeTextBufReading, TakesPrefixesBlanksAndTrailingTextAsTheNumberParsersDo) {
+    const struct {
+        const char* field;
+        int as_int;
+        unsigned int as_uint;
+        double as_double;
+    } cases[] = {
+        {"0x1F", 31, 31, 0.0},  // a stream reads the 0 and leaves the rest
+        {"0b101", 5, 5, 0.0},  {"010", 8, 8, 10.0},     {"08", 0, 0, 8.0},  {"  7", 7, 7, 7.0},
+        {"+7", 7, 7, 7.0},     {"12abc", 12, 12, 12.0}, {"abc", 0, 0, 0.0}, {"", 0, 0, 0.0},
+        {"-", 0, 0, 0.0},      {"   ", 0, 0, 0.0},      {"1.5", 1, 1, 1.5}, {"1e999", 1, 1, 0.0},
+        {"-3", -3, 0, -3.0},   {"\xC3\xA4", 0, 0, 0.0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.field);
+        for (const char* end : {"\001", "", "\0015\001"}) {
+            const serialize_text_buf buffer(std::string(c.field) + end);
+            EXPECT_EQ(c.as_int, buffer.read_int8());
+            buffer.reset_read();
+            EXPECT_EQ(c.as_int, buffer.read_int16());
+            buffer.reset_read();
+            EXPECT_EQ(c.as_int, buffer.read_int32());
+            buffer.reset_read();
+            EXPECT_EQ(c.as_int, buffer.read_int64());
+            buffer.reset_read();
+            EXPECT_EQ(c.as_uint, buffer.read_uint8());
+            buffer.reset_read();
+            EXPECT_EQ(c.as_uint, buffer.read_uint16());
+            buffer.reset_read();
+            EXPECT_EQ(c.as_uint, buffer.read_uint32());
+            buffer.reset_read();
+            EXPECT_EQ(c.as_uint, buffer.read_uint64());
+            buffer.reset_read();
+            EXPECT_EQ(c.as_double, buffer.read_double());
+            buffer.reset_read();
+            EXPECT_EQ(static_cast<float>(c.as_double), buffer.read_float());
+        }
+    }
+}
+
+TEST(SerializeTextBufReading, DoesNotLookBeyondAnEmptyField) {
+    const serialize_text_buf buffer(bytes("\00142\001"));
+    EXPECT_EQ(0, buffer.read_int32());
+    EXPECT_EQ(42, buffer.read_int32());
+    const serialize_text_buf blank(bytes(" \00142\001"));
+    EXPECT_EQ(0, blank.read_int32());
+    EXPECT_EQ(42, blank.read_int32());
+}
+
+TEST(SerializeTextBufReading, ReadsALastFieldWithoutASeparator) {
+    const serialize_text_buf buffer(bytes("1\00123"));
+    EXPECT_EQ(1, buffer.read_int32());
+    EXPECT_FALSE(buffer.at_end());
+    EXPECT_EQ(23, buffer.read_int32());
+    EXPECT_TRUE(buffer.at_end());
+    EXPECT_EQ(0, buffer.read_int32());
+    EXPECT_TRUE(buffer.at_end());
+}
+
+TEST(SerializeTextBufReading, GivesZerosBehindTheLastItem) {
+    serialize_text_buf buffer;
+    buffer.append_int32(3);
+    EXPECT_EQ(3, buffer.read_int32());
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(buffer.at_end());
+        EXPECT_EQ(0, buffer.read_int32());
+        EXPECT_EQ(0.0, buffer.read_double());
+        EXPECT_EQ(0u, buffer.read_uint64());
+    }
+    // At npos a string or buffer is empty, too, and the position stays.
+    EXPECT_EQ("", buffer.read_string());
+    EXPECT_TRUE(buffer.at_end());
+    const std::unique_ptr<serialize_buffer> nested(buffer.read_buffer());
+    ASSERT_NE(nullptr, nested);
+    EXPECT_EQ("", nested->as_str());
+    EXPECT_TRUE(nested->allocated);
+    EXPECT_TRUE(buffer.at_end());
+}
+
+TEST(SerializeTextBufReading, StaysAtTheEndThoughMoreIsAppendedOnceAReadFoundNoSeparator) {
+    serialize_text_buf buffer(bytes("1"));
+    EXPECT_EQ(1, buffer.read_int32());
+    buffer.append_int32(2);
+    EXPECT_TRUE(buffer.at_end());
+    EXPECT_EQ(0, buffer.read_int32());
+    buffer.reset_read();
+    EXPECT_EQ(12, buffer.read_int32());
+}
+
+TEST(SerializeTextBufReading, BeginsAgainAfterAStringWasReadAtTheEnd) {
+    serialize_text_buf buffer;
+    buffer.append_int32(3);
+    buffer.append_int32(4);
+    EXPECT_EQ(3, buffer.read_int32());
+    EXPECT_EQ(4, buffer.read_int32());
+    EXPECT_TRUE(buffer.at_end());
+    EXPECT_EQ("", buffer.read_string());
+    EXPECT_FALSE(buffer.at_end());
+    EXPECT_EQ(3, buffer.read_int32());
+
+    EXPECT_EQ(4, buffer.read_int32());
+    const std::unique_ptr<serialize_buffer> nested(buffer.read_buffer());
+    EXPECT_EQ("", nested->as_str());
+    EXPECT_TRUE(nested->allocated);
+    EXPECT_FALSE(buffer.at_end());
+    EXPECT_EQ(3, buffer.read_int32());
+}
+
+TEST(SerializeTextBufReading, GivesANewEmptyBufferFromAnEmptyContent) {
+    const serialize_text_buf buffer;
+    EXPECT_EQ("", buffer.read_string());
+    EXPECT_TRUE(buffer.at_end());
+    const std::unique_ptr<serialize_buffer> nested(buffer.read_buffer());
+    ASSERT_NE(nullptr, nested);
+    EXPECT_NE(nullptr, dynamic_cast<serialize_text_buf*>(nested.get()));
+    EXPECT_EQ("", nested->as_str());
+    EXPECT_EQ(0u, nested->count);
+    EXPECT_TRUE(nested->allocated);
+}
+
+TEST(SerializeTextBufReading, SkipsTheByteBehindAStringUnseen) {
+    const serialize_text_buf buffer(bytes("2\001abX7\001"));
+    EXPECT_EQ("ab", buffer.read_string());
+    EXPECT_EQ(7, buffer.read_int32());
+    const serialize_text_buf empty(bytes("0\001X7\001"));
+    EXPECT_EQ("", empty.read_string());
+    EXPECT_EQ(7, empty.read_int32());
+}
+
+TEST(SerializeTextBufReading, PassesBothSeparatorsOfAnEmptyString) {
+    serialize_text_buf buffer;
+    buffer.append_string("");
+    EXPECT_EQ(bytes("0\001\001"), buffer.as_str());
+    EXPECT_EQ("", buffer.read_string());
+    EXPECT_TRUE(buffer.at_end());
+    buffer.append_int32(6);
+    EXPECT_EQ(6, buffer.read_int32());
+}
+
+TEST(SerializeTextBufReading, CutsAStringWhereTheContentEnds) {
+    const serialize_text_buf buffer(bytes("5\001abc"));
+    EXPECT_EQ("abc", buffer.read_string());
+    EXPECT_TRUE(buffer.at_end());
+    // The position is behind the end and not at npos: numbers raise there, and end at npos.
+    expect_beyond("8", "5", [&] { buffer.read_int32(); });
+    EXPECT_TRUE(buffer.at_end());
+    EXPECT_EQ(0, buffer.read_int32());
+
+    const serialize_text_buf nested(bytes("5\001abc"));
+    const std::unique_ptr<serialize_buffer> cut(nested.read_buffer());
+    EXPECT_EQ("abc", cut->as_str());
+}
+
+TEST(SerializeTextBufReading, ReadsTheLengthAsA32BitNumber) {
+    for (const char* length : {"2147483647", "2147483648", "99999999999999"}) {
+        SCOPED_TRACE(length);
+        const serialize_text_buf buffer(std::string(length) + bytes("\001abc\001"));
+        EXPECT_EQ(bytes("abc\001"), buffer.read_string());
+        const std::string behind = std::to_string(std::string(length).size() + 1 + 2147483648ul);
+        expect_beyond(behind, std::to_string(buffer.as_str().size()), [&] { buffer.read_uint8(); });
+    }
+    EXPECT_EQ("ab", serialize_text_buf(bytes("0x2\001ab\001")).read_string());
+    EXPECT_EQ("12345678", serialize_text_buf(bytes("010\00112345678\001")).read_string());
+}
+
+TEST(SerializeTextBufReading, MovesBackwardsByANegativeLength) {
+    const serialize_text_buf buffer(bytes("7\001-4\001abc\001"));
+    EXPECT_EQ(7, buffer.read_int32());
+    // The rest of the content, and position 5 - 4 + 1.
+    EXPECT_EQ(bytes("abc\001"), buffer.read_string());
+    EXPECT_EQ(-4, buffer.read_int32());
+
+    // A position that becomes npos by the sum is the end.
+    const serialize_text_buf ends(bytes("-5\001ab\001"));
+    EXPECT_EQ(bytes("ab\001"), ends.read_string());
+    EXPECT_TRUE(ends.at_end());
+    EXPECT_EQ("", ends.read_string());
+    EXPECT_TRUE(ends.at_end());
+}
+
+TEST(SerializeTextBufReading, RaisesForALengthThatIsNotClosed) {
+    const serialize_text_buf buffer(bytes("1\0013"));
+    EXPECT_EQ(1, buffer.read_int32());
+    expect_beyond(npos, "3", [&] { buffer.read_string(); });
+    // The position is moved before the bytes are taken: npos + 3 + 1.
+    EXPECT_TRUE(buffer.at_end());
+    buffer.reset_read();
+    EXPECT_EQ(1, buffer.read_int32());
+    expect_beyond(npos, "3", [&] { delete buffer.read_buffer(); });
+
+    const serialize_text_buf wraps(bytes("1\0011"));
+    EXPECT_EQ(1, wraps.read_int32());
+    expect_beyond(npos, "3", [&] { wraps.read_string(); });
+    EXPECT_FALSE(wraps.at_end());
+    EXPECT_EQ(0, wraps.read_int32());  // at position 1 stands the separator
+    EXPECT_EQ(1, wraps.read_int32());
+
+    const serialize_text_buf zero(bytes("5\0010"));
+    EXPECT_EQ(5, zero.read_int32());
+    EXPECT_EQ("", zero.read_string());
+    EXPECT_EQ(5, zero.read_int32());
+}
+
+TEST(SerializeTextBufReading, RaisesOnceAfterAShorterContentWasAssigned) {
+    serialize_text_buf buffer(bytes("1\0012\0013\001"));
+    EXPECT_EQ(1, buffer.read_int32());
+    EXPECT_EQ(2, buffer.read_int32());
+    buffer.assign(bytes("9\001"));
+    EXPECT_TRUE(buffer.at_end());
+    expect_beyond("4", "2", [&] { buffer.read_int32(); });
+    EXPECT_EQ(0, buffer.read_int32());
+    buffer.assign(bytes("8\001"));
+    EXPECT_EQ(0, buffer.read_int32());  // npos stays, too
+    buffer.reset_read();
+    EXPECT_EQ(8, buffer.read_int32());
+}
+
+TEST(SerializeTextBufReading, RaisesFromEachReadOutsideOfTheContent) {
+    const std::function<void(const serialize_text_buf&)> reads[] = {
+        [](const serialize_text_buf& b) { b.read_int8(); },
+        [](const serialize_text_buf& b) { b.read_int16(); },
+        [](const serialize_text_buf& b) { b.read_int32(); },
+        [](const serialize_text_buf& b) { b.read_int64(); },
+        [](const serialize_text_buf& b) { b.read_uint8(); },
+        [](const serialize_text_buf& b) { b.read_uint16(); },
+        [](const serialize_text_buf& b) { b.read_uint32(); },
+        [](const serialize_text_buf& b) { b.read_uint64(); },
+        [](const serialize_text_buf& b) { b.read_float(); },
+        [](const serialize_text_buf& b) { b.read_double(); },
+        [](const serialize_text_buf& b) { b.read_string(); },
+        [](const serialize_text_buf& b) { delete b.read_buffer(); },
+    };
+    int number = 0;
+    for (const auto& read : reads) {
+        SCOPED_TRACE(number++);
+        serialize_text_buf buffer(bytes("1\001"));
+        EXPECT_EQ(1, buffer.read_int32());
+        buffer.assign("");
+        expect_beyond("2", "0", [&] { read(buffer); });
+        EXPECT_TRUE(buffer.at_end());
+    }
+}
+
+TEST(SerializeTextBufReading, TakesTheLengthThroughTheVirtualSlot) {
+    struct backwards : serialize_text_buf {
+        explicit backwards(const std::string& text) : serialize_text_buf(text) {}
+        int read_int32() const override { return serialize_text_buf::read_int32() + 1; }
+    };
+    const backwards buffer(bytes("2\001abX2\001abX"));
+    EXPECT_EQ("abX", buffer.read_string());
+    buffer.reset_read();
+    const std::unique_ptr<serialize_buffer> nested(buffer.read_buffer());
+    EXPECT_EQ("abX", nested->as_str());
+}
+
+TEST(SerializeTextBufReading, EndsWhereAtEndSaysSo) {
+    const serialize_text_buf buffer(bytes("1\001"));
+    EXPECT_FALSE(buffer.at_end());
+    EXPECT_EQ(1, buffer.read_int32());  // position 2, the size
+    EXPECT_TRUE(buffer.at_end());
+    EXPECT_EQ(0, buffer.read_int32());  // npos
+    EXPECT_TRUE(buffer.at_end());
+    buffer.reset_read();
+    EXPECT_FALSE(buffer.at_end());
+}
+
+}  // namespace
