@@ -1,0 +1,122 @@
+// Any item type, value and data through `format_value`: it ends, gives what the function behind the
+// type gives, and shows in a message as told. The first byte is the type, the second the kind of
+// the value, the next eight the value's bits; the rest is the item's data.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include <tova/i18n/format.hpp>
+#include <tova/i18n/message.hpp>
+#include <tova/strings/split.hpp>
+
+namespace {
+
+namespace i18n = TOVA_2_18::i18n;
+namespace types = TOVA_2_18::types;
+using i18n::message_item;
+using TOVA_2_18::generic::argument;
+using TOVA_2_18::generic::varg_list;
+using TOVA_2_18::strings::ustring8;
+
+void require(bool holds) {
+    if (!holds)
+        std::abort();
+}
+
+// A field is as wide as it is told, up to gigabytes; those are left out.
+bool has_wide_field(const std::string& data) {
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        const int size = static_cast<int>(std::atol(data.c_str() + i));
+        if (size > 100000 || size < -100000)
+            return true;
+    }
+    return false;
+}
+
+types::variant make_value(std::uint8_t kind, const std::uint8_t* bits) {
+    long integer;
+    double number;
+    std::memcpy(&integer, bits, sizeof integer);
+    std::memcpy(&number, bits, sizeof number);
+    switch (kind % 5) {
+    case 0:
+        return integer;
+    case 1:
+        return number;
+    case 2:
+        return static_cast<unsigned long>(integer);
+    case 3:
+        return std::string(reinterpret_cast<const char*>(bits), 8);
+    default:
+        return types::variant();
+    }
+}
+
+ustring8 expected_text(message_item::type_t type, const types::variant& value,
+                       const ustring8& format) {
+    using namespace i18n::_private;
+    ustring8 unit("left over");
+    ustring8 number;
+    switch (type) {
+    case message_item::type_int:
+        return format_int(value.as_int64(), format);
+    case message_item::type_double:
+        return format_double(value.as_double(), format);
+    case message_item::type_duration:
+        return format_duration(value.as_double(), format);
+    case message_item::type_memory:
+        return format_memory(value, format, unit);
+    case message_item::type_metric:
+        return format_metric(value, format, unit);
+    case message_item::type_memory_unit:
+        number = format_memory(value, format, unit);
+        require(unit.size() <= 2);
+        return number == "-0" ? number : unit;
+    case message_item::type_metric_unit:
+        number = format_metric(value, format, unit);
+        require(unit.size() <= 5);
+        return number == "-0" ? number : unit;
+    default:
+        return ustring8();
+    }
+}
+
+bool is_formatted(message_item::type_t type) {
+    return type == message_item::type_int || type == message_item::type_double ||
+           (type >= message_item::type_memory && type <= message_item::type_duration);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    if (size < 10)
+        return 0;
+    const auto type = static_cast<message_item::type_t>(bytes[0]);
+    const types::variant value = make_value(bytes[1], bytes + 2);
+    const ustring8 data(std::string(reinterpret_cast<const char*>(bytes) + 10, size - 10));
+    if (has_wide_field(data))
+        return 0;
+
+    const auto separator = data.find('\x01');
+    const ustring8 format =
+        separator == ustring8::npos ? ustring8() : ustring8(data, separator + 1);
+    const ustring8 text = i18n::format_value(type, value, data);
+    require(text == expected_text(type, value, format));
+    const bool odd = TOVA_2_18::strings::split_string(format, "\x01", 0).size() % 2 != 0;
+    if (is_formatted(type) && odd)
+        require(text == "-0");
+
+    // In a message, with its name in front and a literal on each side.
+    const message_item item(data, type);
+    varg_list args;
+    args.push_back(argument(item.name(), value));
+    const ustring8 shown = item.as_string(args);
+    if (is_formatted(type))
+        require(shown == (text == "-0" ? ustring8("?invalid?") : text));
+    const i18n::message_t message(
+        "key", std::vector<message_item>{message_item("<"), item, message_item(">")});
+    require(message.as_utf8(args) == "<" + shown + ">");
+    return 0;
+}
