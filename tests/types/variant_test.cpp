@@ -289,7 +289,13 @@ public:
     }
 };
 using text_values = ::testing::Types<ustring8, ustring16, ustring32, std::string, std::wstring>;
-TYPED_TEST_SUITE(VariantTruth, text_values);
+struct mangled_name {
+    template <typename T>
+    static std::string GetName(int) {
+        return typeid(T).name();
+    }
+};
+TYPED_TEST_SUITE(VariantTruth, text_values, mangled_name);
 
 TYPED_TEST(VariantTruth, HasThreeWordsAndEveryNumberButZero) {
     const struct {

@@ -56,7 +56,13 @@ using all_values =
     ::testing::Types<nil_t, signed char, short, int, long, unsigned char, unsigned short,
                      unsigned int, unsigned long, bool, float, double, long double, ustring8,
                      ustring16, ustring32, std::string, std::wstring>;
-TYPED_TEST_SUITE(VariantBody, all_values);
+struct mangled_name {
+    template <typename T>
+    static std::string GetName(int) {
+        return typeid(T).name();
+    }
+};
+TYPED_TEST_SUITE(VariantBody, all_values, mangled_name);
 
 TYPED_TEST(VariantBody, Converts) {
     const variant_value_t<TypeParam> body(sample<TypeParam>());

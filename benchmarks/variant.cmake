@@ -1,0 +1,12 @@
+find_package(Qt6 QUIET COMPONENTS Core)
+include(CheckIncludeFileCXX)
+check_include_file_cxx(boost/variant.hpp HAVE_BOOST_VARIANT)
+
+tova_add_benchmark(bench_variant variant.cpp)
+if(Qt6_FOUND)
+  target_compile_definitions(bench_variant PRIVATE HAVE_QT6)
+  target_link_libraries(bench_variant PRIVATE Qt6::Core)
+endif()
+if(HAVE_BOOST_VARIANT)
+  target_compile_definitions(bench_variant PRIVATE HAVE_BOOST_VARIANT)
+endif()
