@@ -8,6 +8,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <iconv.h>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@ namespace {
 
 struct {
     std::vector<std::string> calls;
+    std::set<iconv_t> open;
     int open_error = 0;  // errno of a failing iconv_open
     int error = 0;       // errno of a failing iconv
     bool close_fails = false;
@@ -40,7 +42,9 @@ extern "C" iconv_t iconv_open(const char* to, const char* from) {
         errno = record.open_error;
         return reinterpret_cast<iconv_t>(-1);
     }
-    return next<iconv_t (*)(const char*, const char*)>("iconv_open")(to, from);
+    const iconv_t handle = next<iconv_t (*)(const char*, const char*)>("iconv_open")(to, from);
+    record.open.insert(handle);
+    return handle;
 }
 
 extern "C" std::size_t iconv(iconv_t handle, char** input, std::size_t* left, char** output,
@@ -62,6 +66,7 @@ extern "C" std::size_t iconv(iconv_t handle, char** input, std::size_t* left, ch
 
 extern "C" int iconv_close(iconv_t handle) {
     record.calls.push_back("close");
+    record.open.erase(handle);
     const int result = next<int (*)(iconv_t)>("iconv_close")(handle);
     return record.close_fails ? -1 : result;
 }
@@ -82,7 +87,11 @@ protected:
         record.error = 0;
         record.close_fails = false;
     }
-    void TearDown() override { SetUp(); }
+    void TearDown() override {
+        SetUp();
+        while (!record.open.empty())
+            iconv_close(*record.open.begin());
+    }
 
     const code_page latin{code_page::encoding_28591};
     const code_page western{code_page::encoding_1252};
@@ -182,6 +191,7 @@ TEST_F(IconvCalls, AnUnknownErrorRaisesAndLeavesTheDescriptorOpen) {
     record.calls.clear();
     EXPECT_EQ("Unknown iconv error", runtime_error_of([&] { latin.as_utf8("a"); }));
     EXPECT_EQ((calls{"open UTF-8 ISO-8859-1", "reset", "convert 1 into 1"}), record.calls);
+    EXPECT_EQ(2u, record.open.size());
 }
 
 TEST_F(IconvCalls, AFailingCloseRaises) {

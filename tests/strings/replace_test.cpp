@@ -13,11 +13,9 @@ namespace {
 using namespace TOVA_2_18::strings;
 using test_support::text;
 
-typedef ::testing::Types<std::string, std::wstring, ustring8, ustring16, ustring32> replace_types;
-
 template <typename String>
 class ReplaceAll : public ::testing::Test {};
-TYPED_TEST_SUITE(ReplaceAll, replace_types);
+TYPED_TEST_SUITE(ReplaceAll, test_support::text_types, test_support::text_type_name);
 
 const struct {
     const char* text;

@@ -13,11 +13,9 @@ namespace {
 using namespace TOVA_2_18::strings;
 using test_support::text;
 
-typedef ::testing::Types<std::string, std::wstring, ustring8, ustring16, ustring32> split_types;
-
 template <typename String>
 class SplitString : public ::testing::Test {};
-TYPED_TEST_SUITE(SplitString, split_types);
+TYPED_TEST_SUITE(SplitString, test_support::text_types, test_support::text_type_name);
 
 struct split_case {
     const char* input;

@@ -21,6 +21,17 @@ struct width_name {
     }
 };
 
+// The three widths and the two standard strings, where operations are offered for those as well.
+using text_types = ::testing::Types<std::string, std::wstring, TOVA_2_18::strings::ustring8,
+                                    TOVA_2_18::strings::ustring16, TOVA_2_18::strings::ustring32>;
+
+struct text_type_name {
+    template <typename String>
+    static std::string GetName(int index) {
+        return index == 0 ? "string" : index == 1 ? "wstring" : width_name::GetName<String>(index);
+    }
+};
+
 // An ASCII literal in the wanted width: one unit a character, embedded NULs kept.
 template <typename String, std::size_t Size>
 String text(const char (&literal)[Size]) {
