@@ -74,10 +74,12 @@ bool shortens(token t, const char (&word)[Size]) {
 }
 
 // Contract: text that is no number is 0, and a number is cut to 32 bits: 4294967298 reads as 2.
-// What stands behind the token ends the number, so it needs no copy with a terminator.
+// What stands behind the token ends the number, so it needs no copy with a terminator. `atol` in
+// its long form: compilers take for granted that the short one leaves errno alone, and drop the
+// store.
 int read_number(token t) {
     const int caller_errno = errno;
-    const long value = std::atol(t.text);
+    const long value = std::strtol(t.text, nullptr, 10);
     errno = caller_errno;
     return static_cast<int>(value);
 }
