@@ -15,6 +15,7 @@
 #include <tova/memory/pointers.hpp>
 #include <tova/types/nil.hpp>
 
+#include "support/class_name.hpp"
 #include "support/raw_memory.hpp"
 
 namespace {
@@ -71,7 +72,7 @@ typedef ::testing::Types<exceptions::logic_error, exceptions::out_of_range,
                          exceptions::runtime_error, exceptions::empty_error, exceptions::full_error,
                          exceptions::overflow_error, exceptions::underflow_error>
     all_classes;
-TYPED_TEST_SUITE(ExceptionLayout, all_classes);
+TYPED_TEST_SUITE(ExceptionLayout, all_classes, test_support::class_name);
 
 TYPED_TEST(ExceptionLayout, HasTheTablePointerThePlaceAndTheMessageInOrder) {
     EXPECT_EQ(560u, sizeof(TypeParam));

@@ -281,12 +281,16 @@ TEST_F(Assert, GivesNoContextToAnExpressionThatLeavesNoRoom) {
     }
 }
 
+void throw_number() {
+    throw 1;
+}
+
 class throwing_end : public hook_function {
 public:
     explicit throwing_end(bool throws) : m_throws(throws) {}
     ~throwing_end() TOVA_NOTHROW override {
         if (m_throws)
-            throw 1;
+            throw_number();
     }
     void invoke(const char*, const char*, unsigned int&) override {}
     bool do_equal(const hook_function&) const override { return false; }

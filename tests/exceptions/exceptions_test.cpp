@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/class_name.hpp"
 #include "support/failing_allocation.hpp"
 
 namespace {
@@ -140,7 +141,7 @@ typedef ::testing::Types<exceptions::logic_error, exceptions::out_of_range,
                          exceptions::runtime_error, exceptions::empty_error, exceptions::full_error,
                          exceptions::overflow_error, exceptions::underflow_error>
     all_classes;
-TYPED_TEST_SUITE(ExceptionClass, all_classes);
+TYPED_TEST_SUITE(ExceptionClass, all_classes, test_support::class_name);
 
 TYPED_TEST(ExceptionClass, GivesItsMessageAndNothingElse) {
     EXPECT_STREQ("day value out of valid range",

@@ -207,12 +207,16 @@ TEST_F(Delegate, ReadsAsNullBehindItsEnd) {
     EXPECT_EQ(nullptr, test_support::pointer_at(other));
 }
 
+void throw_number() {
+    throw 1;
+}
+
 class throwing_end : public functor::function_type_interface<void()> {
 public:
     explicit throwing_end(bool throws) : m_throws(throws) {}
     ~throwing_end() TOVA_NOTHROW override {
         if (m_throws)
-            throw 1;
+            throw_number();
     }
     void invoke() override {}
     bool do_equal(const function_type_interface&) const override { return false; }

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "support/child_process.hpp"
+#include "support/class_name.hpp"
 #include "support/raw_memory.hpp"
 
 namespace {
@@ -97,7 +98,7 @@ protected:
 typedef ::testing::Types<kind<rc_pointer<virtual_item>, virtual_item>,
                          kind<shared_pointer<plain_item>, plain_item>>
     both_kinds;
-TYPED_TEST_SUITE(Pointer, both_kinds);
+TYPED_TEST_SUITE(Pointer, both_kinds, test_support::class_name);
 
 TYPED_TEST(Pointer, IsOnePointerWideAndNullAtFirst) {
     const typename TypeParam::holder empty;
@@ -299,9 +300,13 @@ TEST(RcPointer, MayBeNamedForAClassThatIsNotComplete) {
     EXPECT_EQ(0u, child.count);
 }
 
+void throw_number() {
+    throw 1;
+}
+
 class throwing_item : public reference_count_pointer_ability<throwing_item> {
 public:
-    virtual ~throwing_item() TOVA_NOTHROW { throw 1; }
+    virtual ~throwing_item() TOVA_NOTHROW { throw_number(); }
 };
 
 TEST(RcPointer, EndsTheProcessWhenTheEndOfAnObjectThrows) {
