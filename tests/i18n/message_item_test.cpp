@@ -185,6 +185,13 @@ TEST(MessageItem, TakesTheFirstArgumentOfAName) {
     EXPECT_EQ("1", item(3, "n").as_string(args));
 }
 
+TEST(MessageItem, FindsTheFirstUnnamedArgumentWithoutAName) {
+    const varg_list args(argument("n", 1), argument(types::variant(255)));
+    EXPECT_EQ("255", item(1, "").as_string(args));
+    EXPECT_EQ("0x00ff", item(3, "|base|hex").as_string(args));
+    EXPECT_EQ("?invalid?", item(1, "").as_string(varg_list(argument("n", 1))));
+}
+
 TEST(MessageItem, FindsAnArgumentOfALongName) {
     const std::string name(100, 'n');
     const varg_list args(argument(ustring8(name), 255));

@@ -1,8 +1,10 @@
 #include <tova/i18n/message.hpp>
 
 #include "i18n/message_text.hpp"
+#include "support/failing_allocation.hpp"
 
 #include <map>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -134,6 +136,40 @@ TEST(Message, RendersLongTextsAndManyItemsWhole) {
     }
     EXPECT_EQ(expected,
               message_t("k", parts).as_string(varg_list(argument("long", std::string(500, 'x')))));
+}
+
+TEST(Message, RendersWithOneAllocation) {
+    const message_t message("k", items{message_item("The user "), item(1, "who"),
+                                       message_item(" copied "), item(3, "n"),
+                                       message_item(" files, flags "), item(3, "f|base|hex"),
+                                       message_item(", ratio "), item(4, "r|precision|3"),
+                                       message_item(", took "), item(11, "t")});
+    const varg_list args(argument("who", "Grace Hopper"), argument("n", 12345), argument("f", 255),
+                         argument("r", 3.14159), argument("t", 61.5));
+    const unsigned long before = test_support::allocations();
+    const std::string text = message.as_string(args);
+    EXPECT_EQ(1u, test_support::allocations() - before);
+    EXPECT_EQ("The user Grace Hopper copied 12345 files, flags 0x00ff, ratio 3.142, "
+              "took 1 min 1.50 sec",
+              text);
+}
+
+TEST(Message, PassesExhaustedMemoryOnAndLeavesNothingBehind) {
+    const message_t message("k", items{message_item(std::string(100, 'x'))});
+    const varg_list args;
+    const long before = test_support::live_allocations();
+    bool raised = false;
+    {
+        test_support::failing_allocation failure;
+        try {
+            message.as_string(args);
+        } catch (const std::bad_alloc&) {
+            raised = true;
+        }
+    }
+    EXPECT_TRUE(raised);
+    EXPECT_EQ(before, test_support::live_allocations());
+    EXPECT_EQ(std::string(100, 'x'), message.as_string(args));
 }
 
 TEST(Message, CountsItemsAndArgumentItems) {
