@@ -6,6 +6,7 @@
 
 #include <tova/debug/assert.hpp>
 #include <tova/generic/varg_list.hpp>
+#include <tova/i18n/message_catalogs.hpp>
 #include <tova/types/nil.hpp>
 
 extern "C" char __executable_start;
@@ -41,6 +42,18 @@ TEST(CopyRelocation, MovesDataObjectsIntoTheProgram) {
 TEST(CopyRelocation, LetsTheLibraryAnswerWithTheProgramsNilArgument) {
     EXPECT_EQ(&generic::varg_list::nil_argument, &generic::varg_list().at("unknown"));
     EXPECT_EQ(2u, generic::varg_list(1, 2).count());
+}
+
+TEST(CopyRelocation, LetsTheLibraryAnswerWithTheProgramsNilCatalogAndMessages) {
+    using namespace i18n;
+    EXPECT_TRUE(lies_in_this_program(&message_catalogs::s_nil_catalog));
+    EXPECT_TRUE(lies_in_this_program(&message_catalogs::s_nil_message));
+    EXPECT_TRUE(lies_in_this_program(&catalog_t::m_nil_message));
+    const message_catalogs set;
+    const strings::ustring8 name("absent");
+    EXPECT_EQ(&message_catalogs::s_nil_catalog, &set.catalog(name));
+    EXPECT_EQ(&message_catalogs::s_nil_message, &set.message(name, name));
+    EXPECT_EQ(&catalog_t::m_nil_message, &set.catalog(name).message(name));
 }
 
 TEST(CopyRelocation, ShowsTheProgramsObjectToTheLibrary) {
