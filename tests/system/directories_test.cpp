@@ -65,6 +65,13 @@ names directories_below(const std::string& parent) {
     return found;
 }
 
+void allow_few_open_files() {
+    rlimit limits;
+    ASSERT_EQ(0, ::getrlimit(RLIMIT_NOFILE, &limits));
+    limits.rlim_cur = 16;
+    ASSERT_EQ(0, ::setrlimit(RLIMIT_NOFILE, &limits));
+}
+
 template <typename Path>
 class Directories : public ::testing::Test {
 protected:
@@ -329,8 +336,7 @@ TEST_F(DirectoriesOfASystem, HoldNoDirectoryOpenWhileTheyGoDown) {
         deepest += "d/";
     directory.write(deepest + "file", "");
     expect_in_child([this, &deepest] {
-        const rlimit few = {16, 16};
-        ASSERT_EQ(0, ::setrlimit(RLIMIT_NOFILE, &few));
+        allow_few_open_files();
         std::vector<ustring8> files;
         get_directory_files(directory.path(), files);
         EXPECT_EQ(paths({deepest + "file"}), files);
@@ -373,8 +379,7 @@ TEST_F(DirectoriesOfASystem, AreNamedMinusOneByABadPath) {
 TEST_F(DirectoriesOfASystem, AreClosedAgainAfterAListing) {
     make("folder");
     expect_in_child([this] {
-        const rlimit few = {16, 16};
-        ASSERT_EQ(0, ::setrlimit(RLIMIT_NOFILE, &few));
+        allow_few_open_files();
         for (int i = 0; i < 50; ++i) {
             EXPECT_EQ(1u, list_directory(directory.path()).size());
             std::vector<ustring8> files;
