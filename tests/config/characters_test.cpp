@@ -1,0 +1,45 @@
+#include <tova/config/characters.hpp>
+
+#include <cstring>
+#include <functional>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace TOVA_2_18::config;
+
+// All 256 bytes against a written-out set.
+void expect_exactly(bool (*test)(char), const std::string& members) {
+    for (int byte = 0; byte < 256; ++byte) {
+        SCOPED_TRACE(byte);
+        const char character = static_cast<char>(byte);
+        EXPECT_EQ(members.find(character) != std::string::npos, test(character));
+    }
+}
+
+TEST(IsConfigDotSlash, IsTrueForTheThreeSeparatorsAlone) {
+    expect_exactly(isConfigDotSlash, "./\\");
+}
+
+TEST(IsConfigWhite, IsTrueForBlankTabAndBothLineEndCharacters) {
+    expect_exactly(isConfigWhite, " \t\n\r");
+}
+
+TEST(IsConfigSpace, IsTrueForTheBlankAlone) {
+    expect_exactly(isConfigSpace, " ");
+}
+
+TEST(IsConfigAlpha, IsTrueForTheLettersOfTheCLocale) {
+    expect_exactly(isConfigAlpha, "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz");
+}
+
+TEST(IsConfigDigit, IsTrueForTheTenDigits) {
+    expect_exactly(isConfigDigit, "0123456789");
+}
+
+TEST(IsConfigDelim, IsTrueForTheDelimitersTheCarriageReturnAndTheByteZero) {
+    expect_exactly(isConfigDelim, std::string(" +-*^/%=;(),<>~&|{}\n\t[]?$\r\0", 28));
+}
+
+}  // namespace

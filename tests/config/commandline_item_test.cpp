@@ -1,0 +1,299 @@
+#include <tova/config/commandline_item.hpp>
+
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "config/listing.hpp"
+
+namespace {
+
+using config_support::base_config_item;
+using config_support::content;
+using config_support::lines;
+using ::testing::ElementsAre;
+using ::testing::internal::CaptureStdout;
+using ::testing::internal::GetCapturedStdout;
+using TOVA_2_18::config::commandline_item;
+using TOVA_2_18::config::config_item_list;
+using TOVA_2_18::memory::pointers::rc_pointer;
+
+// The nodes that a command line sets, without those of the program's name, and what it prints.
+struct outcome {
+    lines nodes;
+    std::string output;
+};
+
+outcome load(const std::vector<const char*>& options) {
+    std::vector<const char*> arguments{"tool"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const unsigned count = static_cast<unsigned>(arguments.size());
+    arguments.push_back(nullptr);
+    commandline_item item(count, arguments.data());
+    outcome result;
+    CaptureStdout();
+    EXPECT_TRUE(item.load());
+    std::cout.flush();
+    result.output = GetCapturedStdout();
+    for (const std::string& line : content(item))
+        if (line.find("application") != 0)
+            result.nodes.push_back(line);
+    return result;
+}
+
+lines nodes(const std::vector<const char*>& options) {
+    const outcome result = load(options);
+    EXPECT_EQ("", result.output);
+    return result.nodes;
+}
+
+TEST(CommandlineItem, HasItsNameAndItsArguments) {
+    const char* const arguments[] = {"tool", nullptr};
+    commandline_item item(1, arguments);
+    EXPECT_EQ("command line", item.get_id());
+    EXPECT_EQ(1u, item.get_argc());
+    EXPECT_EQ(arguments, item.get_argv());
+    commandline_item copy(item);
+    EXPECT_EQ("command line", copy.get_id());
+    EXPECT_EQ(1u, copy.get_argc());
+    EXPECT_EQ(arguments, copy.get_argv());
+}
+
+TEST(CommandlineItem, DividesTheProgramsName) {
+    const struct {
+        const char* path;
+        lines expected;
+    } cases[] = {
+        {"/usr/bin/tool.bin.sh",
+         {"application: 0 true", "application.name: 1 'tool.bin.sh' string",
+          "application.name.extention: 1 'sh' string", "application.name.raw: 1 'toolbin' string"}},
+        {"tool",
+         {"application: 0 true", "application.name: 1 'tool' string",
+          "application.name.raw: 1 '' string"}},
+        {"./dir/tool.exe",
+         {"application: 0 true", "application.name: 1 'tool.exe' string",
+          "application.name.extention: 1 'exe' string", "application.name.raw: 1 'tool' string"}},
+        {"tool.",
+         {"application: 0 true", "application.name: 1 'tool.' string",
+          "application.name.raw: 1 '' string"}},
+        {"a.b.",
+         {"application: 0 true", "application.name: 1 'a.b.' string",
+          "application.name.extention: 1 'b' string", "application.name.raw: 1 'a' string"}},
+        {".tool",
+         {"application: 0 true", "application.name: 1 '.tool' string",
+          "application.name.extention: 1 'tool' string", "application.name.raw: 1 '' string"}},
+        {"/usr/bin/",
+         {"application: 0 true", "application.name: 1 'bin' string",
+          "application.name.raw: 1 '' string"}},
+        {"a..b",
+         {"application: 0 true", "application.name: 1 'a..b' string",
+          "application.name.extention: 1 'b' string", "application.name.raw: 1 'a' string"}},
+        {"C:\\tool.exe",
+         {"application: 0 true", "application.name: 1 'C:\\tool.exe' string",
+          "application.name.extention: 1 'exe' string",
+          "application.name.raw: 1 'C:\\tool' string"}},
+        {"",
+         {"application: 0 true", "application.name: 1 '' string",
+          "application.name.raw: 1 '' string"}},
+        {"/",
+         {"application: 0 true", "application.name: 1 '' string",
+          "application.name.raw: 1 '' string"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.path);
+        const char* const arguments[] = {c.path, nullptr};
+        commandline_item item(1, arguments);
+        EXPECT_TRUE(item.load());
+        EXPECT_EQ(c.expected, content(item));
+    }
+}
+
+TEST(CommandlineItem, SetsNothingWithoutStrings) {
+    commandline_item without(5, nullptr);
+    EXPECT_TRUE(without.load());
+    EXPECT_EQ(lines(), content(without));
+    const char* const none[] = {nullptr, nullptr};
+    commandline_item empty(0, none);
+    EXPECT_TRUE(empty.load());
+    EXPECT_EQ(lines(), content(empty));
+    // A count that is too high ends at the null string.
+    commandline_item counted(2, none);
+    EXPECT_TRUE(counted.load());
+    EXPECT_EQ(lines(), content(counted));
+}
+
+TEST(CommandlineItem, ReadsNoFurtherThanTheCount) {
+    const char* const arguments[] = {"tool.x", "-a", "-b", nullptr};
+    commandline_item item(2, arguments);
+    item.load();
+    EXPECT_NE(nullptr, item.get_value("a"));
+    EXPECT_EQ(nullptr, item.get_value("b"));
+}
+
+TEST(CommandlineItem, StoresAFlagAsAnEmptyText) {
+    EXPECT_EQ((lines{"v: 1 ''"}), nodes({"-v"}));
+    EXPECT_EQ((lines{"v: 1 ''"}), nodes({"/v"}));
+    EXPECT_EQ((lines{"-v: 1 ''"}), nodes({"--v"}));
+    EXPECT_EQ((lines{": 1 ''"}), nodes({"-"}));
+    EXPECT_EQ((lines{"-: 1 ''"}), nodes({"--"}));
+    EXPECT_EQ((lines{"a: 1 ''", "b: 1 ''"}), nodes({"-a", "-b"}));
+    EXPECT_EQ((lines{"a: 1 ''", "b: 1 ''"}), nodes({"-a", "/b"}));
+}
+
+TEST(CommandlineItem, ReadsAFlagAsALine) {
+    // The key of the option is cut into tokens a second time, and a quoted "=" divides it then.
+    EXPECT_EQ((lines{"a: 1 'b'"}), nodes({"-\"a=b\""}));
+    EXPECT_EQ((lines{"a==b: 1 ''"}), nodes({"-a==b"}));
+}
+
+TEST(CommandlineItem, TakesAValueBehindASeparatorOrFromTheNextArgument) {
+    const std::vector<const char*> forms[] = {{"-n", "5"}, {"-n=5"}, {"-n:5"},   {"-n:=5"},
+                                              {"-n$5"},    {"/n=5"}, {"/n", "5"}};
+    for (const auto& form : forms) {
+        SCOPED_TRACE(form[0]);
+        EXPECT_EQ((lines{"n: 1 '5'"}), nodes(form));
+    }
+}
+
+TEST(CommandlineItem, StoresAnEmptyValue) {
+    EXPECT_EQ((lines{"n: 1 ''"}), nodes({"-n="}));
+    EXPECT_EQ((lines{"n: 1 ''"}), nodes({"-n$"}));
+    EXPECT_EQ((lines{"n: 1 ''"}), nodes({"-n", ""}));
+    EXPECT_EQ((lines{": 1 'x'"}), nodes({"-=x"}));
+}
+
+TEST(CommandlineItem, LeavesTheFirstSignOfADoubleSeparatorInTheKey) {
+    const struct {
+        const char* argument;
+        const char* node;
+    } cases[] = {
+        {"-a+=1", "a+: 1 '1'"},   {"-a-=1", "a-: 1 '1'"},   {"-a*=1", "a*: 1 '1'"},
+        {"-a>=1", "a>: 1 '1'"},   {"-a<=1", "a<: 1 '1'"},   {"-a+b=1", "a+b: 1 '1'"},
+        {"-a==1", "a==1: 1 ''"},  {"-a-b", "a-b: 1 ''"},    {"-a<b", "a<b: 1 ''"},
+        {"-a#b=1", "a#b: 1 '1'"}, {"-a_1=x", "a_1: 1 'x'"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.argument);
+        EXPECT_EQ((lines{c.node}), nodes({c.argument}));
+    }
+    // "/" is a separator of keys, and the empty last segment of "a/" none.
+    EXPECT_EQ((lines{"a: 1 '1'"}), nodes({"-a/=1"}));
+}
+
+TEST(CommandlineItem, MakesDeeperKeysAndLowersThem) {
+    EXPECT_EQ((lines{"net: 0 true", "net.port: 1 '80'"}), nodes({"-Net.Port=80"}));
+    EXPECT_EQ((lines{"net: 0 true", "net.port: 1 '80'"}), nodes({"-Net/Port", "80"}));
+    EXPECT_EQ((lines{"name: 1 '1'"}), nodes({"-Name=1"}));
+}
+
+TEST(CommandlineItem, MakesAnArrayOfACommaListBehindASeparator) {
+    EXPECT_EQ((lines{"k: 3 nil", "k.0: 1 'a'", "k.1: 1 'b'"}), nodes({"-k=a,b"}));
+    EXPECT_EQ((lines{"k: 3 nil", "k.0: 1 'a'", "k.1: 1 'b'"}), nodes({"-k:a,b"}));
+    EXPECT_EQ((lines{"k+: 3 nil", "k+.0: 1 'a'", "k+.1: 1 'b'"}), nodes({"-k+=a,b"}));
+    EXPECT_EQ((lines{"k: 3 nil", "k.0: 1 'a'", "k.1: 1 ''"}), nodes({"-k=a,"}));
+    EXPECT_EQ((lines{"k: 3 nil", "k.0: 1 ''", "k.1: 1 ''"}), nodes({"-k=,"}));
+    EXPECT_EQ((lines{"k: 1 'a,b'"}), nodes({"-k=\"a,b\""}));
+}
+
+TEST(CommandlineItem, LeavesCommasAloneBehindADollarAndInFollowingArguments) {
+    EXPECT_EQ((lines{"n: 1 'a,b'"}), nodes({"-n$a,b"}));
+    EXPECT_EQ((lines{"n: 1 'a,b'"}), nodes({"-n", "a,b"}));
+    EXPECT_EQ((lines{"n: 3 nil", "n.0: 1 'a,b'", "n.1: 1 'c'"}), nodes({"-n", "a,b", "c"}));
+    EXPECT_EQ((lines{"n: 1 'a$b=c'"}), nodes({"-n$a$b=c"}));
+    EXPECT_EQ((lines{"n: 1 'a$b=c'"}), nodes({"-n=a$b=c"}));
+}
+
+TEST(CommandlineItem, MakesAnArrayOfSeveralFollowingArguments) {
+    EXPECT_EQ((lines{"n: 3 nil", "n.0: 1 '1'", "n.1: 1 '2'", "n.2: 1 '3'", "x: 1 ''"}),
+              nodes({"-n", "1", "2", "3", "-x"}));
+}
+
+TEST(CommandlineItem, StopsTheListAtAMinusButNotAtASlash) {
+    EXPECT_EQ((lines{"n: 1 ''", "x: 1 ''"}), nodes({"-n", "/x"}));
+    EXPECT_EQ((lines{"n: 3 nil", "n.0: 1 '1'", "n.1: 1 '/x'"}), nodes({"-n", "1", "/x"}));
+    EXPECT_EQ((lines{"n: 3 nil", "n.0: 1 '1'", "n.1: 1 '/x'", "y: 1 ''"}),
+              nodes({"-n", "1", "/x", "-y"}));
+    EXPECT_EQ((lines{"n: 3 nil", "n.0: 1 '1'", "n.1: 1 ''"}), nodes({"-n", "1", ""}));
+    EXPECT_EQ((lines{"5: 1 ''", "n: 1 ''"}), nodes({"-n", "-5"}));
+}
+
+TEST(CommandlineItem, TakesAnAbsolutePathBehindASeparatorOnly) {
+    EXPECT_EQ((lines{"cfg_file: 1 '/etc/x.cfg'"}), nodes({"-cfg_file=/etc/x.cfg"}));
+    EXPECT_EQ((lines{"cfg_file: 1 ''", "etc: 0 true", "etc.x: 0 true", "etc.x.cfg: 1 ''"}),
+              nodes({"-cfg_file", "/etc/x.cfg"}));
+}
+
+TEST(CommandlineItem, RepeatsThePieceInFrontOfABlank) {
+    EXPECT_EQ((lines{"k: 1 'aab'"}), nodes({"-k=a b"}));
+    EXPECT_EQ((lines{"k: 1 'aab'"}), nodes({"-k$a b"}));
+    EXPECT_EQ((lines{"k: 1 'aab'"}), nodes({"-k", "a b"}));
+    EXPECT_EQ((lines{"k: 1 'aa'"}), nodes({"-k=a   "}));
+    EXPECT_EQ((lines{"aab: 1 '1'"}), nodes({"-a b=1"}));
+    // The piece in front may be the sign that ended the key, or stand in an earlier argument.
+    EXPECT_EQ((lines{"k: 1 '=a'"}), nodes({"-k= a"}));
+    EXPECT_EQ((lines{"k: 1 '$a'"}), nodes({"-k$ a"}));
+    EXPECT_EQ((lines{"k: 1 'ka'"}), nodes({"-k", " a"}));
+    EXPECT_EQ((lines{"k: 3 nil", "k.0: 1 'a'", "k.1: 1 ',b'"}), nodes({"-k=a, b"}));
+    EXPECT_EQ((lines{"1x: 1 ''", "a: 1 '1'"}), nodes({"-a=1", "- x"}));
+    EXPECT_EQ((lines{"x: 1 ''"}), nodes({"- x"}));
+}
+
+TEST(CommandlineItem, KeepsTabsLineEndsAndCommentSigns) {
+    EXPECT_EQ((lines{"k: 1 'a\tb\nc\nd'"}), nodes({"-k=a\tb\nc\r\nd"}));
+    EXPECT_EQ((lines{"k: 1 'a#b//c*/d'"}), nodes({"-k=a#b//c*/d"}));
+    EXPECT_EQ((lines{"k: 1 'a b'"}), nodes({"-k=\"a b\""}));
+    EXPECT_EQ((lines{"k: 1 'a b'"}), nodes({"-k", "\"a b\""}));
+}
+
+TEST(CommandlineItem, ReportsWhatIsNoOptionAndGoesOn) {
+    const outcome one = load({"stray", "-a=1"});
+    EXPECT_EQ("Warning! unknown key:stray\nIgnoring key and continuing\n", one.output);
+    EXPECT_EQ((lines{"a: 1 '1'"}), one.nodes);
+    const outcome more = load({"-a=1", "x y", "", "-b"});
+    EXPECT_EQ("Warning! unknown key:x y\nIgnoring key and continuing\n"
+              "Warning! unknown key:\nIgnoring key and continuing\n",
+              more.output);
+    EXPECT_EQ((lines{"a: 1 '1'", "b: 1 ''"}), more.nodes);
+}
+
+TEST(CommandlineItem, TakesTheLastOfEqualKeys) {
+    EXPECT_EQ((lines{"a: 1 '2'"}), nodes({"-a=1", "-A=2"}));
+    // The elements of an array stay behind a plain value of the same key.
+    EXPECT_EQ((lines{"a: 1 'z'", "a.0: 1 'x'", "a.1: 1 'y'"}), nodes({"-a=x,y", "-a=z"}));
+}
+
+TEST(CommandlineItem, StartsEachListAnew) {
+    EXPECT_EQ((lines{"a: 3 nil", "a.0: 1 '1'", "a.1: 1 '2'", "b: 3 nil", "b.0: 1 '3'", "b.1: 1 '4'",
+                     "c: 1 '5'"}),
+              nodes({"-a=1,2", "-b", "3", "4", "-c=5"}));
+}
+
+TEST(CommandlineItem, UnloadsAndLoadsAgainThroughItsBase) {
+    const char* const arguments[] = {"tool", "-a=1", nullptr};
+    commandline_item item(2, arguments);
+    base_config_item& base = item;
+    EXPECT_TRUE(base.load(config_item_list()));
+    EXPECT_NE(nullptr, base.get_value("a"));
+    base.unload();
+    EXPECT_EQ(lines(), content(base));
+    EXPECT_TRUE(base.load());
+    EXPECT_NE(nullptr, base.get_value("application.name"));
+    EXPECT_TRUE(base.save());
+}
+
+TEST(CommandlineItem, ClonesWithItsTree) {
+    const char* const arguments[] = {"tool", "-a=1", nullptr};
+    commandline_item item(2, arguments);
+    item.load();
+    const rc_pointer<commandline_item> clone(item.clone());
+    EXPECT_TRUE(clone->allocated);
+    EXPECT_EQ(1u, clone->count);
+    EXPECT_EQ(content(item), content(*clone));
+    EXPECT_EQ(arguments, clone->get_argv());
+    EXPECT_EQ(2u, clone->get_argc());
+}
+
+}  // namespace

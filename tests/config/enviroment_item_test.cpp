@@ -1,0 +1,87 @@
+#include <tova/config/enviroment_item.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "config/listing.hpp"
+
+namespace {
+
+using config_support::content;
+using config_support::lines;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using TOVA_2_18::config::base_config_item;
+using TOVA_2_18::config::config_item_list;
+using TOVA_2_18::config::enviroment_item;
+using TOVA_2_18::memory::pointers::rc_pointer;
+
+TEST(EnviromentItem, IsNamedEnviroment) {
+    const char* const none[] = {nullptr};
+    enviroment_item item(none);
+    EXPECT_EQ("enviroment", item.get_id());
+    EXPECT_EQ(none, item.get_envp());
+    enviroment_item copy(item);
+    EXPECT_EQ("enviroment", copy.get_id());
+    EXPECT_EQ(none, copy.get_envp());
+}
+
+TEST(EnviromentItem, SetsAKeyForEachString) {
+    const char* const strings[] = {"HOME=/home/me", "A=b c", "QUOTED=\"b c\"", "EMPTY=", "NO_SIGN",
+                                   "PATH=/a:/b=",   "x.Y=1", "x/Z=2",          "A==1",   nullptr};
+    enviroment_item item(strings);
+    EXPECT_THAT(content(item), IsEmpty());
+    EXPECT_TRUE(item.load());
+    EXPECT_THAT(content(item),
+                ElementsAre("a: 1 'bc'", "a==1: 1 ''", "empty: 1 ''", "home: 1 '/home/me'",
+                            "no_sign: 1 ''", "path: 1 '/a:/b='", "quoted: 1 'b c'", "x: 0 true",
+                            "x.y: 1 '1'", "x.z: 1 '2'"));
+}
+
+TEST(EnviromentItem, KeepsCommentSignsAndLosesTabsAndFurtherLines) {
+    const char* const strings[] = {"A=x # y // z", "B=x\ty", "C=x\ny", "D\n=x", "=hidden", nullptr};
+    enviroment_item item(strings);
+    item.load();
+    EXPECT_THAT(content(item),
+                ElementsAre(": 1 'hidden'", "a: 1 'x#y//z'", "b: 1 'xy'", "c: 1 'x'", "d: 1 'x'"));
+}
+
+TEST(EnviromentItem, TakesTheLastOfEqualKeys) {
+    const char* const strings[] = {"KEY=1", "key=2", nullptr};
+    enviroment_item item(strings);
+    item.load();
+    EXPECT_THAT(content(item), ElementsAre("key: 1 '2'"));
+}
+
+TEST(EnviromentItem, LoadsNothingFromNull) {
+    enviroment_item item(nullptr);
+    EXPECT_TRUE(item.load());
+    EXPECT_THAT(content(item), IsEmpty());
+    EXPECT_EQ(nullptr, item.get_envp());
+}
+
+TEST(EnviromentItem, UnloadsAndLoadsAgain) {
+    const char* const strings[] = {"A=1", nullptr};
+    enviroment_item item(strings);
+    base_config_item& base = item;
+    EXPECT_TRUE(base.load(config_item_list()));
+    EXPECT_EQ((lines{"a: 1 '1'"}), content(item));
+    base.unload();
+    EXPECT_THAT(content(item), IsEmpty());
+    EXPECT_TRUE(base.load());
+    EXPECT_EQ((lines{"a: 1 '1'"}), content(item));
+    EXPECT_TRUE(base.save(config_item_list()));
+    EXPECT_TRUE(base.save());
+}
+
+TEST(EnviromentItem, ClonesWithItsTree) {
+    const char* const strings[] = {"A=1", nullptr};
+    enviroment_item item(strings);
+    item.load();
+    const rc_pointer<enviroment_item> clone(item.clone());
+    EXPECT_TRUE(clone->allocated);
+    EXPECT_EQ((lines{"a: 1 '1'"}), content(*clone));
+    EXPECT_EQ(strings, clone->get_envp());
+}
+
+}  // namespace

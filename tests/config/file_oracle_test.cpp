@@ -1,0 +1,121 @@
+// The file reader and writer beside a plain second implementation, on generated texts.
+#include <cstdio>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <tova/config/file_item.hpp>
+
+#include "config/cfg_oracle.hpp"
+#include "config/listing.hpp"
+#include "support/temporary_directory.hpp"
+
+namespace {
+
+using config_support::content;
+using config_support::lines;
+using config_support::ustring8;
+using TOVA_2_18::config::file_item;
+
+lines shown(const cfg_oracle::nodes& tree) {
+    lines result;
+    for (const cfg_oracle::entry& entry : cfg_oracle::list(tree)) {
+        const std::string word = std::to_string(entry.value.word) + " ";
+        result.push_back(entry.name + ": " + word +
+                         (entry.value.is_nil    ? "nil"
+                          : entry.value.is_step ? "true"
+                                                : "'" + entry.value.text + "'"));
+    }
+    return result;
+}
+
+// A text of random pieces. The pieces favour what a file is made of, and what stands in its way.
+std::string random_text(std::mt19937& random, const std::vector<std::string>& pieces) {
+    std::string text;
+    for (unsigned long left = random() % 40; left != 0; --left)
+        text += pieces[random() % pieces.size()];
+    return text;
+}
+
+class FileOracle : public ::testing::Test {
+protected:
+    // Whether both read the same nodes, and both write the same file from them.
+    void expect_equal(const std::string& text) {
+        SCOPED_TRACE(::testing::PrintToString(text));
+        const std::string path = directory.write("x.cfg", text);
+        file_item item(path);
+        item.load();
+        const cfg_oracle::nodes expected = cfg_oracle::read(text);
+        ASSERT_EQ(shown(expected), content(item));
+        // A new file each time: some file systems write a file to disk at once if it is replaced.
+        std::remove(path.c_str());
+        item.save();
+        ASSERT_EQ(cfg_oracle::write(expected), test_support::read_bytes(path));
+        std::remove(path.c_str());
+    }
+
+    test_support::temporary_directory directory;
+};
+
+TEST_F(FileOracle, AgreesOnFilesOfTheUsualForm) {
+    std::mt19937 random(1);
+    const std::vector<std::string> entries = {
+        "a=1\n",
+        "b = two words\n",
+        "c = \"two words\"\r\n",
+        "[s]\n",
+        "[t.u]\n",
+        "[]\n",
+        "k[]=x,y\n",
+        "k[] = x,\n  y # z\n",
+        "# note\n",
+        "// \"quoted\"\n",
+        "d = v // note\n",
+        "s.a=3\n",
+        "12=n\n",
+        "m[]=\n",
+        "[ab]\n",
+        "l[]=0,1,2,3,4,5,6,7,8,9,10,11\n",
+        "7[]=q\n",
+        "8=r\n",
+        "\n",
+        "e=\n",
+    };
+    for (int i = 0; i < 3000; ++i)
+        ASSERT_NO_FATAL_FAILURE(expect_equal(random_text(random, entries)));
+}
+
+TEST_F(FileOracle, AgreesOnTextsInDisorder) {
+    std::mt19937 random(2);
+    const std::vector<std::string> pieces = {"a",  "B",    "k",    "1",    "2",    "=",  "=",
+                                             "=",  "==",   "+=",   "[",    "]",    "[]", "[s]",
+                                             ".",  "/",    "\\",   "//",   "#",    "*/", "\"",
+                                             "\"", "\\\"", ",",    ",",    "\n",   "\n", "\r",
+                                             " ",  "  ",   "\t",   "\r\n", "k[]=", "*",  "\xC3\xA4",
+                                             "-",  ":",    "\x7F", "%",    "\xFF"};
+    for (int i = 0; i < 6000; ++i)
+        ASSERT_NO_FATAL_FAILURE(expect_equal(random_text(random, pieces)));
+}
+
+TEST_F(FileOracle, AgreesOnTextsOfAnyBytes) {
+    std::mt19937 random(3);
+    for (int i = 0; i < 2000; ++i) {
+        std::string text;
+        for (unsigned long left = random() % 60; left != 0; --left)
+            text += static_cast<char>(random() % 4 == 0 ? random() : "=\n[]\"#/,. "[random() % 10]);
+        ASSERT_NO_FATAL_FAILURE(expect_equal(text));
+    }
+}
+
+// Every cut of one text that holds a bit of all.
+TEST_F(FileOracle, AgreesOnEveryPrefixOfAFile) {
+    const std::string text = "# note \"a\nb\" c\r\ntop = 1\n[s.t]\r\nk[] = 1, \"2, 3\",\n  4 # e\n"
+                             "\"a b\" = c \"d\\\" e\" // f\n[u]\nx+=1\ny = [z]\n[]\nk[]=,\"\"\n"
+                             "l[]=5\nend";
+    for (std::size_t size = 0; size <= text.size(); ++size)
+        ASSERT_NO_FATAL_FAILURE(expect_equal(text.substr(0, size)));
+}
+
+}  // namespace

@@ -1,0 +1,28 @@
+// Makes a folder the working directory for a while.
+#pragma once
+
+#include <unistd.h>
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace config_support {
+
+class working_directory {
+public:
+    explicit working_directory(const std::string& path) {
+        char before[4096];
+        if (getcwd(before, sizeof before) != nullptr)
+            m_before = before;
+        EXPECT_EQ(0, chdir(path.c_str()));
+    }
+    ~working_directory() { EXPECT_EQ(0, chdir(m_before.c_str())); }
+    working_directory(const working_directory&) = delete;
+    working_directory& operator=(const working_directory&) = delete;
+
+private:
+    std::string m_before;
+};
+
+}  // namespace config_support
