@@ -1,0 +1,556 @@
+// A mixed record with a nested one, many behind one another, to bytes and back: compact encodings
+// beside `serialize_binary_buf` and plain copies in memory, texts beside `serialize_text_buf`. And
+// a labelled tree of 10,000 entries at a depth of 8. All encodings make one string of bytes in
+// memory and read the records back into the same structures; each is checked once before it is
+// measured.
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include <tova/serialization/labeled_text_buffer.hpp>
+#include <tova/serialization/serialize_binary_buf.hpp>
+#include <tova/serialization/serialize_text_buf.hpp>
+
+#ifdef HAVE_CEREAL
+#include <cereal/archives/binary.hpp>
+#include <cereal/archives/json.hpp>
+#include <cereal/types/string.hpp>
+#include <cereal/types/vector.hpp>
+#endif
+#ifdef HAVE_MSGPACK
+#include <msgpack.hpp>
+#endif
+#ifdef HAVE_BOOST_SERIALIZATION
+#include <boost/archive/binary_iarchive.hpp>
+#include <boost/archive/binary_oarchive.hpp>
+#include <boost/archive/text_iarchive.hpp>
+#include <boost/archive/text_oarchive.hpp>
+#include <boost/serialization/string.hpp>
+#include <boost/serialization/vector.hpp>
+#endif
+#ifdef HAVE_QT6
+#include <QByteArray>
+#include <QDataStream>
+#include <QIODevice>
+#include <QVariantMap>
+#endif
+
+namespace {
+
+using TOVA_2_18::serialization::labeled_serialize_buffer;
+using TOVA_2_18::serialization::labeled_text_buffer;
+using TOVA_2_18::serialization::serialize_binary_buf;
+using TOVA_2_18::serialization::serialize_buffer;
+using TOVA_2_18::serialization::serialize_text_buf;
+
+struct place {
+    std::int32_t id = 0;
+    double weight = 0;
+    std::string name;
+
+    bool operator==(const place& other) const {
+        return id == other.id && weight == other.weight && name == other.name;
+    }
+    template <typename Archive>
+    void serialize(Archive& archive) {
+        archive& id& weight& name;
+    }
+#ifdef HAVE_MSGPACK
+    MSGPACK_DEFINE(id, weight, name)
+#endif
+};
+
+struct record {
+    signed char i8 = 0;
+    std::int16_t i16 = 0;
+    std::int32_t i32 = 0;
+    std::int64_t i64 = 0;
+    unsigned char u8 = 0;
+    std::uint16_t u16 = 0;
+    std::uint32_t u32 = 0;
+    std::uint64_t u64 = 0;
+    float single = 0;
+    double real = 0;
+    std::string title;
+    std::string remark;
+    place where;
+
+    bool operator==(const record& other) const {
+        return i8 == other.i8 && i16 == other.i16 && i32 == other.i32 && i64 == other.i64 &&
+               u8 == other.u8 && u16 == other.u16 && u32 == other.u32 && u64 == other.u64 &&
+               single == other.single && real == other.real && title == other.title &&
+               remark == other.remark && where == other.where;
+    }
+    template <typename Archive>
+    void serialize(Archive& archive) {
+        archive& i8& i16& i32& i64& u8& u16& u32& u64& single& real& title& remark& where;
+    }
+#ifdef HAVE_MSGPACK
+    MSGPACK_DEFINE(i8, i16, i32, i64, u8, u16, u32, u64, single, real, title, remark, where)
+#endif
+};
+
+}  // namespace
+
+#ifdef HAVE_BOOST_SERIALIZATION
+namespace boost {
+namespace serialization {
+
+template <typename Archive>
+void serialize(Archive& archive, place& value, unsigned) {
+    value.serialize(archive);
+}
+
+template <typename Archive>
+void serialize(Archive& archive, record& value, unsigned) {
+    value.serialize(archive);
+}
+
+}  // namespace serialization
+}  // namespace boost
+#endif
+
+namespace {
+
+std::vector<record> make_records() {
+    std::vector<record> made(100);
+    int number = 0;
+    for (record& one : made) {
+        ++number;
+        one.i8 = static_cast<signed char>(-number);
+        one.i16 = static_cast<std::int16_t>(-100 * number);
+        one.i32 = 1000000 + number;
+        one.i64 = -5000000000l * number;
+        one.u8 = static_cast<unsigned char>(number);
+        one.u16 = static_cast<std::uint16_t>(500 * number);
+        one.u32 = 3000000000u + static_cast<unsigned>(number);
+        one.u64 = 10000000000000000000ul + static_cast<unsigned long>(number);
+        one.single = 0.25f * static_cast<float>(number);
+        one.real = 1.5 * number;
+        one.title = "record " + std::to_string(number);
+        one.remark = "a remark that is a good deal longer than any short string";
+        one.where.id = number;
+        one.where.weight = number + 0.125;
+        one.where.name = "place";
+    }
+    return made;
+}
+
+const std::vector<record>& records() {
+    static const std::vector<record> made = make_records();
+    return made;
+}
+
+// Six digits hold all our floating values.
+void append(serialize_buffer& buffer, const place& value) {
+    buffer.append_int32(value.id);
+    buffer.append_double(value.weight, 6);
+    buffer.append_string(value.name);
+}
+
+template <typename Buffer>
+std::string write_tova(const std::vector<record>& values) {
+    Buffer buffer;
+    buffer.append_uint32(static_cast<unsigned>(values.size()));
+    for (const record& value : values) {
+        buffer.append_int8(value.i8);
+        buffer.append_int16(value.i16);
+        buffer.append_int32(value.i32);
+        buffer.append_int64(value.i64);
+        buffer.append_uint8(value.u8);
+        buffer.append_uint16(value.u16);
+        buffer.append_uint32(value.u32);
+        buffer.append_uint64(value.u64);
+        buffer.append_float(value.single, 6);
+        buffer.append_double(value.real, 6);
+        buffer.append_string(value.title);
+        buffer.append_string(value.remark);
+        append(buffer, value.where);
+    }
+    return buffer.as_str();
+}
+
+template <typename Buffer>
+std::vector<record> read_tova(const std::string& bytes) {
+    const Buffer buffer(bytes);
+    std::vector<record> values(buffer.read_uint32());
+    for (record& value : values) {
+        value.i8 = buffer.read_int8();
+        value.i16 = buffer.read_int16();
+        value.i32 = buffer.read_int32();
+        value.i64 = buffer.read_int64();
+        value.u8 = buffer.read_uint8();
+        value.u16 = buffer.read_uint16();
+        value.u32 = buffer.read_uint32();
+        value.u64 = buffer.read_uint64();
+        value.single = buffer.read_float();
+        value.real = buffer.read_double();
+        value.title = buffer.read_string();
+        value.remark = buffer.read_string();
+        value.where.id = buffer.read_int32();
+        value.where.weight = buffer.read_double();
+        value.where.name = buffer.read_string();
+    }
+    return values;
+}
+
+// The least that can be done: the same bytes as `serialize_binary_buf`, by plain copies.
+class copier {
+public:
+    std::string bytes;
+
+    template <typename Value>
+    copier& operator&(const Value& value) {
+        bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
+        return *this;
+    }
+    copier& operator&(const std::string& text) {
+        *this& static_cast<std::uint32_t>(text.size());
+        bytes += text;
+        return *this;
+    }
+    copier& operator&(const place& value) {
+        const_cast<place&>(value).serialize(*this);
+        return *this;
+    }
+};
+
+class restorer {
+public:
+    explicit restorer(const std::string& bytes) : m_at(bytes.data()) {}
+
+    template <typename Value>
+    restorer& operator&(Value& value) {
+        std::memcpy(&value, m_at, sizeof value);
+        m_at += sizeof value;
+        return *this;
+    }
+    restorer& operator&(std::string& text) {
+        std::uint32_t length;
+        *this& length;
+        text.assign(m_at, length);
+        m_at += length;
+        return *this;
+    }
+    restorer& operator&(place& value) {
+        value.serialize(*this);
+        return *this;
+    }
+
+private:
+    const char* m_at;
+};
+
+std::string write_copies(const std::vector<record>& values) {
+    copier out;
+    out& static_cast<std::uint32_t>(values.size());
+    for (const record& value : values)
+        const_cast<record&>(value).serialize(out);
+    return out.bytes;
+}
+
+std::vector<record> read_copies(const std::string& bytes) {
+    restorer in(bytes);
+    std::uint32_t count;
+    in& count;
+    std::vector<record> values(count);
+    for (record& value : values)
+        value.serialize(in);
+    return values;
+}
+
+#ifdef HAVE_CEREAL
+template <typename Archive>
+std::string write_cereal(const std::vector<record>& values) {
+    std::ostringstream stream;
+    {
+        Archive archive(stream);
+        archive(values);
+    }
+    return stream.str();
+}
+
+template <typename Archive>
+std::vector<record> read_cereal(const std::string& bytes) {
+    std::istringstream stream(bytes);
+    Archive archive(stream);
+    std::vector<record> values;
+    archive(values);
+    return values;
+}
+#endif
+
+#ifdef HAVE_MSGPACK
+std::string write_msgpack(const std::vector<record>& values) {
+    msgpack::sbuffer buffer;
+    msgpack::pack(buffer, values);
+    return std::string(buffer.data(), buffer.size());
+}
+
+std::vector<record> read_msgpack(const std::string& bytes) {
+    std::vector<record> values;
+    msgpack::unpack(bytes.data(), bytes.size()).get().convert(values);
+    return values;
+}
+#endif
+
+#ifdef HAVE_BOOST_SERIALIZATION
+template <typename Archive>
+std::string write_boost(const std::vector<record>& values) {
+    std::ostringstream stream;
+    {
+        Archive archive(stream, boost::archive::no_header);
+        archive << values;
+    }
+    return stream.str();
+}
+
+template <typename Archive>
+std::vector<record> read_boost(const std::string& bytes) {
+    std::istringstream stream(bytes);
+    Archive archive(stream, boost::archive::no_header);
+    std::vector<record> values;
+    archive >> values;
+    return values;
+}
+#endif
+
+#ifdef HAVE_QT6
+QByteArray raw(const std::string& text) {
+    return QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+std::string text_of(const QByteArray& bytes) {
+    return std::string(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+}
+
+std::string write_qt(const std::vector<record>& values) {
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    stream << static_cast<quint32>(values.size());
+    for (const record& value : values) {
+        stream << static_cast<qint8>(value.i8) << value.i16 << value.i32
+               << static_cast<qint64>(value.i64) << static_cast<quint8>(value.u8) << value.u16
+               << value.u32 << static_cast<quint64>(value.u64);
+        stream << value.single << value.real << raw(value.title) << raw(value.remark)
+               << value.where.id << value.where.weight << raw(value.where.name);
+    }
+    return text_of(bytes);
+}
+
+std::vector<record> read_qt(const std::string& bytes) {
+    QDataStream stream(raw(bytes));
+    stream.setByteOrder(QDataStream::LittleEndian);
+    quint32 count;
+    stream >> count;
+    std::vector<record> values(count);
+    for (record& value : values) {
+        qint8 i8;
+        qint64 i64;
+        quint8 u8;
+        quint64 u64;
+        QByteArray title, remark, name;
+        stream >> i8 >> value.i16 >> value.i32 >> i64 >> u8 >> value.u16 >> value.u32 >> u64;
+        stream >> value.single >> value.real >> title >> remark >> value.where.id >>
+            value.where.weight >> name;
+        value.i8 = i8;
+        value.i64 = i64;
+        value.u8 = u8;
+        value.u64 = u64;
+        value.title = text_of(title);
+        value.remark = text_of(remark);
+        value.where.name = text_of(name);
+    }
+    return values;
+}
+#endif
+
+typedef std::string (*writer)(const std::vector<record>&);
+typedef std::vector<record> (*reader)(const std::string&);
+
+void bench_write(benchmark::State& state, writer write, reader read) {
+    if (!(read(write(records())) == records()))
+        state.SkipWithError("the records don't come back");
+    for (auto unused : state)
+        benchmark::DoNotOptimize(write(records()));
+}
+
+void bench_read(benchmark::State& state, writer write, reader read) {
+    const std::string bytes = write(records());
+    if (!(read(bytes) == records()))
+        state.SkipWithError("the records don't come back");
+    for (auto unused : state)
+        benchmark::DoNotOptimize(read(bytes));
+}
+
+void register_records(const std::string& encoding, const std::string& library, writer write,
+                      reader read) {
+    benchmark::RegisterBenchmark(("write/records as " + encoding + "/" + library).c_str(),
+                                 bench_write, write, read);
+    benchmark::RegisterBenchmark(("read/records as " + encoding + "/" + library).c_str(),
+                                 bench_read, write, read);
+}
+
+// 10,000 values: 8 levels, each group with 5 of its own and up to 4 groups, until they are used up.
+// Every library is filled by the same walk.
+template <typename Group>
+void fill(Group& group, int depth, int& left) {
+    for (int i = 0; i < 5 && left > 0; ++i, --left)
+        group.add("value" + std::to_string(i), "text of the value " + std::to_string(left));
+    for (int i = 0; i < 4 && left > 0 && depth > 1; ++i) {
+        group.nested("group" + std::to_string(i),
+                     [&](Group& inner) { fill(inner, depth - 1, left); });
+    }
+}
+
+class tova_group {
+public:
+    explicit tova_group(labeled_serialize_buffer& buffer) : m_buffer(&buffer) {}
+    void add(const std::string& label, const std::string& value) {
+        m_buffer->add_value(label, value);
+    }
+    template <typename Body>
+    void nested(const std::string& label, const Body& body) {
+        tova_group inner(*m_buffer->create_group(label));
+        body(inner);
+    }
+
+private:
+    labeled_serialize_buffer* m_buffer;
+};
+
+const int entry_count = 10000;
+const int levels = 8;
+
+labeled_text_buffer make_tree() {
+    labeled_text_buffer tree;
+    tova_group root(tree);
+    int left = entry_count;
+    fill(root, levels, left);
+    if (left != 0)
+        throw std::logic_error("the tree is too small");
+    return tree;
+}
+
+void build_tree(benchmark::State& state) {
+    for (auto unused : state)
+        benchmark::DoNotOptimize(make_tree());
+}
+
+void write_tree(benchmark::State& state) {
+    const labeled_text_buffer tree = make_tree();
+    for (auto unused : state)
+        benchmark::DoNotOptimize(tree.as_str().data());
+}
+
+void read_tree(benchmark::State& state) {
+    const std::string text = make_tree().as_str();
+    for (auto unused : state)
+        benchmark::DoNotOptimize(labeled_text_buffer(text));
+}
+
+void copy_tree(benchmark::State& state) {
+    const labeled_text_buffer tree = make_tree();
+    for (auto unused : state) {
+        labeled_text_buffer copy(tree);
+        benchmark::DoNotOptimize(&copy);
+    }
+}
+
+#ifdef HAVE_QT6
+class qt_group {
+public:
+    void add(const std::string& label, const std::string& value) {
+        map.insert(QString::fromStdString(label), QByteArray::fromStdString(value));
+    }
+    template <typename Body>
+    void nested(const std::string& label, const Body& body) {
+        qt_group inner;
+        body(inner);
+        map.insert(QString::fromStdString(label), inner.map);
+    }
+    QVariantMap map;
+};
+
+QVariantMap make_qt_tree() {
+    qt_group root;
+    int left = entry_count;
+    fill(root, levels, left);
+    return root.map;
+}
+
+QByteArray qt_bytes(const QVariantMap& map) {
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream << map;
+    return bytes;
+}
+
+void build_qt_tree(benchmark::State& state) {
+    for (auto unused : state)
+        benchmark::DoNotOptimize(make_qt_tree());
+}
+
+void write_qt_tree(benchmark::State& state) {
+    const QVariantMap map = make_qt_tree();
+    for (auto unused : state)
+        benchmark::DoNotOptimize(qt_bytes(map));
+}
+
+void read_qt_tree(benchmark::State& state) {
+    const QByteArray bytes = qt_bytes(make_qt_tree());
+    for (auto unused : state) {
+        QDataStream stream(bytes);
+        QVariantMap map;
+        stream >> map;
+        benchmark::DoNotOptimize(&map);
+    }
+}
+#endif
+
+bool register_all() {
+    register_records("bytes", "tova", write_tova<serialize_binary_buf>,
+                     read_tova<serialize_binary_buf>);
+    register_records("bytes", "memcpy", write_copies, read_copies);
+    register_records("text", "tova", write_tova<serialize_text_buf>, read_tova<serialize_text_buf>);
+#ifdef HAVE_CEREAL
+    register_records("bytes", "cereal", write_cereal<cereal::BinaryOutputArchive>,
+                     read_cereal<cereal::BinaryInputArchive>);
+    register_records("text", "cereal", write_cereal<cereal::JSONOutputArchive>,
+                     read_cereal<cereal::JSONInputArchive>);
+#endif
+#ifdef HAVE_MSGPACK
+    register_records("bytes", "msgpack", write_msgpack, read_msgpack);
+#endif
+#ifdef HAVE_BOOST_SERIALIZATION
+    register_records("bytes", "boost", write_boost<boost::archive::binary_oarchive>,
+                     read_boost<boost::archive::binary_iarchive>);
+    register_records("text", "boost", write_boost<boost::archive::text_oarchive>,
+                     read_boost<boost::archive::text_iarchive>);
+#endif
+    const auto in_us = [](const char* name, void (*body)(benchmark::State&)) {
+        benchmark::RegisterBenchmark(name, body)->Unit(benchmark::kMicrosecond);
+    };
+    in_us("build/tree of 10000/tova", build_tree);
+    in_us("write/tree of 10000/tova", write_tree);
+    in_us("read/tree of 10000/tova", read_tree);
+    in_us("copy/tree of 10000/tova", copy_tree);
+#ifdef HAVE_QT6
+    register_records("bytes", "qt", write_qt, read_qt);
+    in_us("build/tree of 10000/qt", build_qt_tree);
+    in_us("write/tree of 10000/qt", write_qt_tree);
+    in_us("read/tree of 10000/qt", read_qt_tree);
+#endif
+    return true;
+}
+
+const bool registered = register_all();
+
+}  // namespace
