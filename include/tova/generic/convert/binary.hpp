@@ -1,3 +1,11 @@
+/// Numbers to and from the bytes of a string: 2, 4 or 8 bytes, floating point as its IEEE 754 bit
+/// pattern. In `generic::convert` itself the least significant byte comes first, in its namespaces
+/// `little_endian` and `big_endian` the most significant one.
+///
+/// A writer returns a string of exactly the type's size. A reader of `const char*` reads the
+/// type's size and tests nothing; a reader of `const std::string&` answers 0 for a string shorter
+/// than its limit, which is the type's size unless told otherwise, and ignores bytes behind it.
+/// Apart from the writers' allocations nothing fails.
 #pragma once
 
 #include <string>
@@ -7,15 +15,6 @@
 namespace TOVA_2_18 {
 namespace generic {
 namespace convert {
-
-/// Numbers to and from the bytes of a string: 2, 4 or 8 bytes, floating point as its IEEE 754 bit
-/// pattern. Here the least significant byte comes first, in the namespaces `little_endian` and
-/// `big_endian` the most significant one.
-///
-/// A writer returns a string of exactly the type's size. A reader of `const char*` reads the
-/// type's size and tests nothing; a reader of `const std::string&` answers 0 for a string shorter
-/// than its limit, which is the type's size unless told otherwise, and ignores bytes behind it.
-/// Apart from the writers' allocations nothing fails.
 
 /// @name Least significant byte first
 /// @{

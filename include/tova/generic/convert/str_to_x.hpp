@@ -1,3 +1,7 @@
+/// Text to number. Bad digits are never an error: a parser gives what it has read, or 0.
+///
+/// The parsers keep no state. The integer parsers ask the C library's `isspace`, the floating ones
+/// and `str_to_bool` the global locale or the C library's `tolower`; nothing else decides.
 #pragma once
 
 #include <locale>
@@ -9,11 +13,6 @@
 namespace TOVA_2_18 {
 namespace generic {
 namespace convert {
-
-/// Text to number. Bad digits are never an error: a parser gives what it has read, or 0.
-///
-/// The parsers keep no state. The integer parsers ask the C library's `isspace`, the floating ones
-/// and `str_to_bool` the global locale or the C library's `tolower`; nothing else decides.
 
 /// Whether the number parsers skip this unit as a blank.
 ///
