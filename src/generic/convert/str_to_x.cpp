@@ -43,9 +43,11 @@ const unsigned unsigned_sign_line = 233;
     throw exceptions::underflow_error("Number value is to small", line, source_path, function);
 }
 
-// The C library's isspace, asked only for the values that its table holds.
+// The C library's isspace, asked only for the values that its table holds. A digit is a blank in no
+// locale, so the question is spared for it.
 inline bool is_blank(long value) {
-    return value >= -128 && value <= 255 && ::isspace(static_cast<int>(value)) != 0;
+    const bool digit = value >= '0' && value <= '9';
+    return !digit && value >= -128 && value <= 255 && ::isspace(static_cast<int>(value)) != 0;
 }
 
 // The value of a digit, or -1 for a unit that is none. Units count as the signed numbers that they
@@ -103,9 +105,9 @@ struct number_text {
 // Reads digits from the position on up to `limit`, the largest magnitude. Answers whether all of
 // them fit; the first unit has to be a digit. The test stands before each multiplication, so that
 // the value never wraps.
-template <typename Magnitude, typename Unit>
-bool read_digits(number_text<Unit>& from, long digit, long radix, Magnitude limit,
-                 Magnitude& value) {
+template <typename Magnitude, typename Unit, typename Radix>
+inline bool read_digits_of(number_text<Unit> from, long digit, Radix radix, Magnitude limit,
+                           Magnitude& value) {
     const Magnitude base = static_cast<Magnitude>(radix);
     const Magnitude cutoff = limit / base;
     const long cutlim = static_cast<long>(limit % base);
@@ -119,6 +121,17 @@ bool read_digits(number_text<Unit>& from, long digit, long radix, Magnitude limi
         digit = digit_value(from.unit(), radix);
     } while (digit >= 0);
     return true;
+}
+
+// The common radices as constants, for which no division is needed.
+template <typename Magnitude, typename Unit>
+bool read_digits(const number_text<Unit>& from, long digit, long radix, Magnitude limit,
+                 Magnitude& value) {
+    if (radix == 10)
+        return read_digits_of(from, digit, std::integral_constant<long, 10>(), limit, value);
+    if (radix == 16)
+        return read_digits_of(from, digit, std::integral_constant<long, 16>(), limit, value);
+    return read_digits_of(from, digit, radix, limit, value);
 }
 
 // Magnitudes are computed in the narrower of these types that holds them.
