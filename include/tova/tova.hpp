@@ -46,6 +46,7 @@
 
 // Parsers
 #include <tova/parser/xml_parser.hpp>
+#include <tova/parser/xml_stream_parser.hpp>
 #include <tova/parser/xml_token_stream.hpp>
 
 // Internationalisation

@@ -1,0 +1,201 @@
+/// The stream parser: an XML file that may still be growing, as a queue of nodes.
+#pragma once
+
+#include <cstddef>
+#include <exception>
+#include <fstream>
+#include <list>
+#include <set>
+#include <stack>
+#include <string>
+#include <utility>
+
+#include <tova/abi.hpp>
+#include <tova/strings/ustring.hpp>
+
+namespace TOVA_2_18 {
+namespace parser {
+
+/// Follows an XML file that another process may still write, and turns it, a piece at a time, into
+/// nodes that the application drains while parsing goes on.
+///
+/// A caller loops: `parse`, take what `node_queue_empty` does not deny with `node_queue_pop`, until
+/// the status is `end_of_document` or a fault. After a fault `recover` looks for the next element
+/// that the caller knows. docs/stream_parser.md shows the loop.
+///
+/// The open depth, given to the constructor, is the number of levels, counted from the root, whose
+/// elements are reported twice: at their start, with their attributes, and at their end. An element
+/// further down is reported once, as a whole, when it closes; a node for each element within it
+/// follows. An element named "include" is a whole node at every level.
+///
+/// The file is opened and closed again for each piece, and only what was added to it is read. Data
+/// that end within a construct are read again from the last construct that was complete. A file
+/// that shrinks gives no data until it has grown past the old place. Memory is bounded by a buffer
+/// of 65536 bytes and by a queue of about 100 nodes, unless a whole node holds more than that.
+/// Contract: a tag's name, an attribute, a run of text that does not fit into the buffer is never
+/// completed, and nothing behind it is read; `parse` then gives `no_error` for ever.
+///
+/// Malformed input is told by the status alone. What the file system throws while the file's links
+/// are looked at (`boost::filesystem::filesystem_error`) passes through every operation that reads:
+/// the constructor, `parse`, `recover` and `node_queue_pop`. A parser belongs to one thread at a
+/// time.
+class TOVA_API xml_stream_parser {
+public:
+    /// The status of a parser, and the type of a node. The numbers are part of the interface.
+    /// Statuses from 10 up are fatal: `parse` changes nothing any more.
+    enum error_type {
+        no_error = 0,             ///< Nothing to report. A node: a whole element, or an end.
+        out_of_data = 1,          ///< The data end within a construct. A node: a start.
+        not_recovered = 2,        ///< `recover` found none of its names.
+        end_of_document = 3,      ///< The root has closed. A node: the root's end.
+        mismatched_end_tag = 4,   ///< An end tag that fits no open element.
+        duplicate_attribute = 5,  ///< An attribute that the element already has.
+        syntax_error = 6,         ///< Whatever else is wrong; text of the root's own as well.
+        missing_quote = 7,        ///< An attribute value that does not begin with a quote.
+        missing_equals = 9,       ///< An attribute name that `=` does not follow at once.
+        internal_failure = 10,    ///< The file is a symbolic link, there is no root to recover
+                                  ///< in, or an exception such as `std::bad_alloc` came up.
+        open_failed = 11,         ///< The file cannot be opened.
+        not_xml = 12              ///< The file does not begin with an XML declaration.
+    };
+
+    /// One record of the queue.
+    struct TOVA_API node {
+        /// 0 for a whole element and for an end, 1 for a start, 3 for the end of the root.
+        error_type type;
+        /// Whether the node may leave the queue.
+        bool ready;
+        strings::ustring8 name;
+        /// The line, from 1, that the parser had counted up to. Contract: line feeds in text and in
+        /// attribute values do not count, so it is a lower bound.
+        unsigned int line;
+        /// The serial number of the element, from 1 in document order. In an end: the number of
+        /// open elements, with the one that ends.
+        unsigned long id;
+        /// The `id` of the enclosing element, 0 for the root and in every end.
+        unsigned long parent;
+        /// Names and values in document order.
+        std::list<std::pair<strings::ustring8, strings::ustring8>> attributes;
+        /// The last run of character data directly within the element, entities resolved and
+        /// whitespace in front of it taken off. Contract: a later run replaces an earlier one.
+        strings::ustring8 text;
+    };
+
+    /// Thrown where there is no node to give.
+    class TOVA_API EmptyNodeQueue : public std::exception {
+    public:
+        ~EmptyNodeQueue() TOVA_NOTHROW override;
+        /// "empty node queue".
+        const char* what() const TOVA_NOTHROW override;
+    };
+
+    /// Looks at the file without reading it: the status is then 0, 10 for a symbolic link, or 11.
+    /// The 16- and 32-bit forms convert the name to UTF-8.
+    xml_stream_parser(strings::ustring8 const& file, unsigned int open_depth);
+    xml_stream_parser(strings::ustring16 const& file, unsigned int open_depth);
+    xml_stream_parser(strings::ustring32 const& file, unsigned int open_depth);
+    xml_stream_parser(xml_stream_parser const&) = delete;
+    xml_stream_parser& operator=(xml_stream_parser const&) = delete;
+    ~xml_stream_parser() TOVA_NOTHROW;
+
+    /// Parses on, until the data end, the document ends, a fault is met, or the queue holds 100
+    /// nodes with two ready ones in front. Returns the status, which stays a part of the parser.
+    ///
+    /// Contract: nothing is parsed while the file holds fewer than 50 bytes. That gives status 1
+    /// once and 0 from then on. Data that end within a construct give 0 as well.
+    error_type& parse();
+
+    error_type& error();
+
+    /// Whether no node is ready to be taken. An element of an open level is ready when its start
+    /// tag is complete, a whole one when it has closed; each waits for those in front of it.
+    bool node_queue_empty() const;
+
+    /// The number of nodes that are ready to be taken.
+    unsigned int node_queue_size() const;
+
+    /// The next node. Raises `EmptyNodeQueue` if none is ready.
+    node& node_queue_front();
+
+    /// Takes the next node off the queue, and parses on if that was the last ready one and the
+    /// status is 0 or 1.
+    ///
+    /// What comes later for a start that was taken (its text) is dropped. Raises `EmptyNodeQueue`
+    /// if no node is ready. Contract: a first node that is not ready is lost by that.
+    node node_queue_pop();
+
+    /// The name of the root, empty until its start tag is met.
+    strings::ustring8& root();
+
+    /// The line counter, from 1.
+    unsigned int line();
+
+    /// The offset in the file, in bytes, up to which everything is parsed.
+    unsigned long parse_offset();
+
+    /// The length of the file at this moment, in bytes; 0 if it cannot be opened.
+    unsigned long file_length();
+
+    /// Looks for the next start tag of one of the names, and leaves it to the next `parse`.
+    ///
+    /// The queue is emptied; the open levels stay open. Returns status 0, 2 if the file holds no
+    /// such tag yet or `names` is empty, 10 if no root was seen. Contract: behind the end of the
+    /// document (status 3) a search that finds nothing never returns.
+    error_type& recover(std::list<strings::ustring8> const& names);
+    error_type& recover(std::list<std::string> const& names);
+
+private:
+    class __attribute__((visibility("hidden"))) run;  // the constructs under `parse_next`
+
+    void init(strings::ustring8 const& file);
+    unsigned long load();
+    void do_parse();
+    void parse_next();
+    bool queue_size_less_than(unsigned int count);
+    void skip_whitespace();
+    bool is_whitespace();
+    bool finish_comment();
+    void close_tag(std::list<node>::iterator position);
+    strings::ustring8 parse_name();
+    strings::ustring8 parse_entity();
+    strings::ustring8 parse_attrib_value();
+    void new_node(strings::ustring8 const& name, error_type type, bool ready);
+    void end_of_open_node(strings::ustring8 const& name, error_type type);
+
+    strings::ustring8 m_file_name;
+    std::ifstream m_file;  // open within `load` only
+    strings::ustring8 m_buffer;
+    strings::ustring8 m_root;
+    unsigned long m_file_position;  // the number of bytes read so far
+    unsigned long m_file_length;    // as last seen
+    // Places in the buffer. The cursor and the committed position may stand one byte behind the
+    // data, where a byte that has yet to come is passed over.
+    std::size_t m_cursor;
+    std::size_t m_committed;
+    std::size_t m_end;
+    std::size_t m_first;
+    std::size_t m_last;  // one past the last byte
+    bool m_in_tag;
+    bool m_expect_close;  // the `>` of an end tag is due
+    bool m_in_comment;
+    bool m_header_done;
+    bool m_finished;
+    bool m_usable;
+    bool m_empty_value;  // the last attribute value was there, but empty
+    bool m_start_waits;  // the last node becomes ready when its start tag is complete
+    unsigned int m_line;
+    unsigned int m_committed_line;
+    std::list<node> m_queue;
+    unsigned int m_open_depth;
+    // The open elements, innermost on top. The node of one that was taken off the queue is the
+    // queue's end; these are the outermost ones, as nodes leave in document order.
+    std::stack<std::pair<strings::ustring8, std::list<node>::iterator>> m_open_elements;
+    std::stack<strings::ustring8> m_open_names;  // those of open levels
+    unsigned long m_next_id;
+    std::stack<unsigned long> m_open_ids;
+    std::set<strings::ustring8> m_attribute_names;
+    error_type m_status;
+};
+
+}  // namespace parser
+}  // namespace TOVA_2_18
