@@ -26,6 +26,7 @@ using load_error = xmc_file_loader::load_error;
 using token = xmc_file_loader::token;
 using token_iterator = xmc_file_loader::token_iterator;
 
+const off_t largest_file = 0x7fffffff;  // bytes, the limit of `system::load_file`
 const char message_front[] = "xmc_file_loader::load_error - ";
 
 std::string quoted(const char* before, const ustring8& text, const char* after = "") {
@@ -208,15 +209,22 @@ void read_start_tag(token_iterator& cursor, const token_iterator& end, Take take
 
 void pass_over(const ustring8&) {}
 
-// The bytes of a file. One that cannot be read counts as empty, and then it is the XML header that
-// is found missing: a link, or a directory, whose size is whatever the file system says.
+// The text of a file: its bytes and, as a contract, a NUL byte behind them, so that the last token
+// of a file is often a text of that byte, and a text that is cut may be reported by it.
+//
+// A file that cannot be read counts as empty, and then it is the XML header that is found missing:
+// a link, or a directory, whose size is whatever the file system says.
 ustring8 load_text(const ustring8& file) {
     ustring8 text;
+    struct stat status;
+    if (::stat(file.c_str(), &status) == 0 && status.st_size < largest_file)
+        text.reserve(static_cast<std::size_t>(status.st_size) + 1);  // for all of it and the NUL
     try {
         system::load_file(file, text);
     } catch (const std::length_error&) {
         text.clear();
     }
+    text.push_back('\0');
     return text;
 }
 
@@ -281,9 +289,7 @@ public:
         if (is_being_read())
             return included_by_itself(file);
 
-        // Contract: a NUL byte is appended, so that the last token of a file is often a text of
-        // that byte, and a text that is cut may be reported by it.
-        const ustring8 text = load_text(file) + ustring8(1, '\0');
+        const ustring8 text = load_text(file);
         m_loader.m_base_directory = directory;
         return read_string(text, file);
     }
