@@ -14,6 +14,7 @@
 #include "debug/assertion.hpp"
 #include "support/child_process.hpp"
 #include "support/counting_function.hpp"
+#include "support/failing_allocation.hpp"
 
 namespace {
 
@@ -220,6 +221,25 @@ TEST_F(Assert, DoesNothingWithoutAHook) {
     EXPECT_TRUE(result.exited);
     EXPECT_EQ(21, result.exit_code);
     EXPECT_EQ("", result.output);
+}
+
+TEST_F(Assert, AllocatesNothingOfItsOwn) {
+    unsigned long before = test_support::allocations();
+    ____________________ASSERT____________________("e", "f", 1, "g");
+    _______________CONTEXT__ASSERT________________("e", "f", 1, "g", "%200d %s", 1, "context");
+    EXPECT_EQ(before, test_support::allocations());
+
+    class silent_hook : public hook_function {
+    public:
+        void invoke(const char*, const char*, unsigned int&) override {}
+        bool do_equal(const hook_function&) const override { return true; }
+        silent_hook* do_clone() const override { return new silent_hook; }
+    };
+    set_assert_hook(hook_delegate(silent_hook()));
+    before = test_support::allocations();
+    ____________________ASSERT____________________("e", "f", 1, "g");
+    _______________CONTEXT__ASSERT________________("e", "f", 1, "g", "%200d %s", 1, "context");
+    EXPECT_EQ(before, test_support::allocations());
 }
 
 TEST_F(Assert, DoesNothingNatively) {
