@@ -1,6 +1,7 @@
 // Eight bytes of text at a time, for the runs of ASCII that most text consists of.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -20,6 +21,13 @@ inline bool all_ascii(const unsigned char* eight_units) {
 
 inline bool all_ascii(const unsigned short* four_units) {
     return (load_word(four_units) & 0xFF80FF80FF80FF80u) == 0;
+}
+
+// The bytes among eight that begin a character, as far as their top two bits tell.
+inline std::size_t count_leads(const unsigned char* eight_bytes) {
+    const std::uint64_t word = load_word(eight_bytes);
+    const std::uint64_t continuations = word >> 7 & ~word >> 6 & 0x0101010101010101u;
+    return 8 - (continuations * 0x0101010101010101u >> 56);
 }
 
 // Four bytes, in the low half of `bytes`, spread to four 16-bit units.

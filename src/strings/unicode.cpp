@@ -1,5 +1,7 @@
 #include <tova/strings/unicode.hpp>
 
+#include <algorithm>
+
 #include "debug/assertion.hpp"
 #include "strings/ascii_run.hpp"
 #include "strings/utf8.hpp"
@@ -15,7 +17,8 @@ const unsigned int utf16_to_utf8_line = 226;   // published, as the line below
 const unsigned int utf8_to_utf16_line = 353;
 
 const unsigned short swapped_mark = 0xFFFE;  // the byte order mark in the other order
-const unsigned int unicode_end = 0x110000;   // the first value above Unicode
+const int unicode_end = 0x110000;            // the first value above Unicode
+const std::size_t block_size = 256;  // units of a source whose results are appended together
 const unsigned long failed = static_cast<unsigned long>(-1);
 
 const unsigned char* bytes_of(const ustring8& text) {
@@ -39,13 +42,36 @@ unsigned int combine(unsigned int high, unsigned int low) {
     return (high << 10) + low - 0x35FDC00;
 }
 
+// Reads the code point at unit `i` of a terminated text and steps over it. Answers false for an
+// unpaired surrogate; behind a high one at the end of the text stands the terminator.
+inline bool read_units(const unsigned short* units, std::size_t& i, unsigned int& point) {
+    point = units[i++];
+    if (!is_surrogate(static_cast<int>(point)))
+        return true;
+    if (is_low_surrogate(point) || !is_low_surrogate(units[i]))
+        return false;
+    point = combine(point, units[i++]);
+    return true;
+}
+
+// The characters of a good text; no more than those of a bad one, where stray bytes count as well.
+std::size_t count_leads(const unsigned char* bytes, std::size_t size) {
+    std::size_t count = 0;
+    std::size_t i = 0;
+    for (; size - i >= 8; i += 8)
+        count += detail::count_leads(bytes + i);
+    for (; i < size; ++i)
+        count += detail::is_continuation(bytes[i]) ? 0 : 1;
+    return count;
+}
+
 unsigned int fail(unsigned long& advance) {
     advance = failed;
     return '?';
 }
 
 // Writes the sequence of a value below 0x110000 and returns its length.
-std::size_t write_utf8(unsigned int value, char* to) {
+inline std::size_t write_utf8(unsigned int value, char* to) {
     if (value < 0x80) {
         to[0] = static_cast<char>(value);
         return 1;
@@ -89,11 +115,12 @@ unsigned int unichar(const char* text, unsigned long length, unsigned long index
     if (index >= length)
         return fail(advance);
     const unsigned char* bytes = reinterpret_cast<const unsigned char*>(text) + index;
-    const std::size_t taken = detail::sequence_length(bytes, length - index);
+    unsigned int point;
+    const std::size_t taken = detail::read_sequence(bytes, length - index, point);
     if (taken == 0)
         return fail(advance);
     advance = taken;
-    return detail::decode_sequence(bytes, taken);
+    return point;
 }
 
 unsigned int unichar(const unsigned short* text, unsigned long length, unsigned long index,
@@ -124,30 +151,27 @@ unsigned int unichar(const wchar_t* text, unsigned long length, unsigned long in
 ustring32 utf8_to_utf32(const ustring8& source) {
     const std::size_t size = source.size();
     const unsigned char* bytes = bytes_of(source);
-    detail::work_buffer<wchar_t> output(size);
-    wchar_t* units = output.units();
-    std::size_t k = 0;
+    ustring32 text;
+    text.reserve(count_leads(bytes, size));
+    wchar_t block[block_size + 8];
     for (std::size_t i = 0; i < size;) {
-        if (bytes[i] < 0x80) {
-            if (size - i >= 8 && detail::all_ascii(bytes + i)) {
-                detail::widen(bytes + i, units + k);
+        const std::size_t stop = std::min(size, i + block_size);
+        std::size_t k = 0;
+        while (i < stop) {
+            if (bytes[i] < 0x80 && size - i >= 8 && detail::all_ascii(bytes + i)) {
+                detail::widen(bytes + i, block + k);
                 i += 8;
                 k += 8;
-            } else {
-                units[k++] = bytes[i++];
+                continue;
             }
-            continue;
+            unsigned int point = '?';
+            const std::size_t taken = detail::read_sequence(bytes + i, size - i, point);
+            block[k++] = static_cast<wchar_t>(point);
+            i += taken == 0 ? 1 : taken;
         }
-        const std::size_t taken = detail::sequence_length(bytes + i, size - i);
-        if (taken == 0) {
-            units[k++] = L'?';
-            ++i;
-        } else {
-            units[k++] = static_cast<wchar_t>(detail::decode_sequence(bytes + i, taken));
-            i += taken;
-        }
+        text.append(block, k);
     }
-    return ustring32(units, k);
+    return text;
 }
 
 ustring16 utf8_to_utf16(const ustring8& source) {
@@ -169,23 +193,17 @@ ustring16 utf8_to_utf16(const ustring8& source) {
             }
             continue;
         }
-        switch (detail::sequence_length(bytes + i, length - i)) {
-        case 2:
-            units[k++] = static_cast<unsigned short>(detail::decode_sequence(bytes + i, 2));
-            i += 2;
-            break;
-        case 3:
-            units[k++] = static_cast<unsigned short>(detail::decode_sequence(bytes + i, 3));
-            i += 3;
-            break;
-        case 4:
+        unsigned int point;
+        const std::size_t taken = detail::read_sequence(bytes + i, length - i, point);
+        if (taken == 0)
+            return utf8_to_utf16("-1");
+        if (taken == 4) {
             write_pair(bytes + i, units + k);
             k += 2;
-            i += 4;
-            break;
-        default:
-            return utf8_to_utf16("-1");
+        } else {
+            units[k++] = static_cast<unsigned short>(point);
         }
+        i += taken;
     }
     debug::detail::check(k <= length, "k <= length", source_path, utf8_to_utf16_line,
                          "TOVA_2_18::strings::ustring16 "
@@ -218,17 +236,9 @@ ustring8 utf16_to_utf8(const ustring16& source) {
             }
             continue;
         }
-        if (is_high_surrogate(c)) {
-            ++i;
-            const unsigned int d = units[i];  // at the end of the text the terminator
-            if (!is_low_surrogate(d))
-                return "-1";
-            c = combine(c, d);
-        } else if (is_low_surrogate(c)) {
+        if (!read_units(units, i, c))
             return "-1";
-        }
         k += write_utf8(c, bytes + k);
-        ++i;
     }
     debug::detail::check(
         k <= output.size(), "k <= output.size()", source_path, utf16_to_utf8_line,
@@ -238,49 +248,53 @@ ustring8 utf16_to_utf8(const ustring16& source) {
 }
 
 ustring8 utf32_to_utf8(const ustring32& source) {
+    const std::size_t size = source.size();
     ustring8 text;
-    text.reserve(2 * source.size());
-    char gathered[512];
-    std::size_t k = 0;
-    for (const wchar_t unit : source) {
-        const int c = unit;
-        if (is_surrogate(c))
-            return "-1";
-        if (k > sizeof gathered - 4) {
-            text.append(gathered, k);
-            k = 0;
+    text.reserve(2 * size);
+    char block[4 * block_size];
+    for (std::size_t i = 0; i < size;) {
+        const std::size_t stop = std::min(size, i + block_size);
+        std::size_t k = 0;
+        for (; i < stop; ++i) {
+            const int c = source[i];
+            if (is_surrogate(c))
+                return "-1";
+            // Contract: a negative value counts as below 0x80 and gives its low byte; a value above
+            // Unicode is dropped without a trace, though a surrogate is refused.
+            if (c < 0x80)
+                block[k++] = static_cast<char>(c);
+            else if (c < unicode_end)
+                k += write_utf8(static_cast<unsigned int>(c), block + k);
         }
-        // Contract: a negative value counts as below 0x80 and gives its low byte; a value above
-        // Unicode is dropped without a trace, though a surrogate is refused.
-        if (c < 0x80)
-            gathered[k++] = static_cast<char>(c);
-        else if (static_cast<unsigned int>(c) < unicode_end)
-            k += write_utf8(static_cast<unsigned int>(c), gathered + k);
+        text.append(block, k);
     }
-    text.append(gathered, k);
     return text;
 }
 
 ustring16 utf32_to_utf16(const ustring32& source) {
-    detail::work_buffer<unsigned short> output(2 * source.size());
-    unsigned short* units = output.units();
-    std::size_t k = 0;
-    for (const wchar_t unit : source) {
-        const int c = unit;
-        // Contract: pairs begin at U+FFFF and no 0x10000 is taken off, so these pairs are not those
-        // of `utf8_to_utf16`: U+10000 is D840 DC00 here and D800 DC00 there.
-        if (c < 0xFFFF) {
-            if (is_surrogate(c))
+    const std::size_t size = source.size();
+    ustring16 text;
+    text.reserve(size);
+    unsigned short block[2 * block_size];
+    for (std::size_t i = 0; i < size;) {
+        const std::size_t stop = std::min(size, i + block_size);
+        std::size_t k = 0;
+        for (; i < stop; ++i) {
+            const int c = source[i];
+            if (is_surrogate(c) || c >= unicode_end)
                 return utf8_to_utf16("-1");
-            units[k++] = static_cast<unsigned short>(c);
-        } else if (static_cast<unsigned int>(c) >= unicode_end) {
-            return utf8_to_utf16("-1");
-        } else {
-            units[k++] = static_cast<unsigned short>((c >> 10) + 0xD800);
-            units[k++] = static_cast<unsigned short>((c & 0x3FF) + 0xDC00);
+            // Contract: pairs begin at U+FFFF and no 0x10000 is taken off, so these pairs are not
+            // those of `utf8_to_utf16`: U+10000 is D840 DC00 here and D800 DC00 there.
+            if (c < 0xFFFF) {
+                block[k++] = static_cast<unsigned short>(c);
+            } else {
+                block[k++] = static_cast<unsigned short>((c >> 10) + 0xD800);
+                block[k++] = static_cast<unsigned short>((c & 0x3FF) + 0xDC00);
+            }
         }
+        text.append(block, k);
     }
-    return ustring16(units, k);
+    return text;
 }
 
 ustring32 utf16_to_utf32(const ustring16& source) {
@@ -290,23 +304,21 @@ ustring32 utf16_to_utf32(const ustring16& source) {
 
     const std::size_t size = source.size();
     const unsigned short* units = source.data();
-    detail::work_buffer<wchar_t> output(size);
-    wchar_t* points = output.units();
-    std::size_t k = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        unsigned int c = units[i];
-        if (is_high_surrogate(c)) {
-            ++i;
-            const unsigned int d = units[i];  // at the end of the text the terminator
-            if (!is_low_surrogate(d))
+    ustring32 text;
+    text.reserve(size);
+    wchar_t block[block_size];
+    for (std::size_t i = 0; i < size;) {
+        const std::size_t stop = std::min(size, i + block_size);
+        std::size_t k = 0;
+        while (i < stop) {
+            unsigned int c;
+            if (!read_units(units, i, c))
                 return utf8_to_utf32("-1");
-            c = combine(c, d);
-        } else if (is_low_surrogate(c)) {
-            return utf8_to_utf32("-1");
+            block[k++] = static_cast<wchar_t>(c);
         }
-        points[k++] = static_cast<wchar_t>(c);
+        text.append(block, k);
     }
-    return ustring32(points, k);
+    return text;
 }
 
 unsigned long character_index(const ustring8& text, unsigned long character) {

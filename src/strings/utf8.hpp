@@ -24,36 +24,46 @@ inline std::size_t announced_length(unsigned int byte) {
     return 0;
 }
 
-// Bytes of the sequence that begins at `text`, of which `left` bytes remain, or 0 if there is no
-// complete one.
+// Reads the sequence that begins at `text`, of which `left` bytes remain, into `point`, and gives
+// its length; 0 if there is no complete one, and `point` is then left alone.
 //
 // Contract: overlong forms, encoded surrogates and values above U+10FFFF pass. Texts are walked by
 // this rule everywhere, so what one function steps over the others step over as well.
-inline std::size_t sequence_length(const unsigned char* text, std::size_t left) {
+inline std::size_t read_sequence(const unsigned char* text, std::size_t left, unsigned int& point) {
     if (left == 0)
         return 0;
-    const std::size_t length = announced_length(text[0]);
-    if (length > left)
-        return 0;
-    for (std::size_t i = 1; i < length; ++i)
-        if (!is_continuation(text[i]))
+    const unsigned int b = text[0];
+    if (b < 0x80) {
+        point = b;
+        return 1;
+    }
+    if ((b & 0xE0) == 0xC0) {
+        if (left < 2 || !is_continuation(text[1]))
             return 0;
-    return length;
+        point = ((b & 0x1F) << 6) + (text[1] & 0x3Fu);
+        return 2;
+    }
+    if ((b & 0xF0) == 0xE0) {
+        if (left < 3 || !is_continuation(text[1]) || !is_continuation(text[2]))
+            return 0;
+        point = ((b & 0x0F) << 12) + ((text[1] & 0x3Fu) << 6) + (text[2] & 0x3Fu);
+        return 3;
+    }
+    if ((b & 0xF8) == 0xF0) {
+        if (left < 4 || !is_continuation(text[1]) || !is_continuation(text[2]) ||
+            !is_continuation(text[3]))
+            return 0;
+        point = ((b & 0x07) << 18) + ((text[1] & 0x3Fu) << 12) + ((text[2] & 0x3Fu) << 6) +
+                (text[3] & 0x3Fu);
+        return 4;
+    }
+    return 0;
 }
 
-// The code point of the complete sequence of `length` bytes at `text`.
-inline unsigned int decode_sequence(const unsigned char* text, std::size_t length) {
-    switch (length) {
-    case 1:
-        return text[0];
-    case 2:
-        return ((text[0] & 0x1Fu) << 6) + (text[1] & 0x3Fu);
-    case 3:
-        return ((text[0] & 0x0Fu) << 12) + ((text[1] & 0x3Fu) << 6) + (text[2] & 0x3Fu);
-    default:
-        return ((text[0] & 0x07u) << 18) + ((text[1] & 0x3Fu) << 12) + ((text[2] & 0x3Fu) << 6) +
-               (text[3] & 0x3Fu);
-    }
+// The length alone.
+inline std::size_t sequence_length(const unsigned char* text, std::size_t left) {
+    unsigned int point;
+    return read_sequence(text, left, point);
 }
 
 }  // namespace detail
