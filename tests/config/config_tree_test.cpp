@@ -9,6 +9,7 @@
 #include "config/config_tree_access.hpp"
 #include "config/listing.hpp"
 #include "support/child_process.hpp"
+#include "support/failing_allocation.hpp"
 
 namespace {
 
@@ -486,6 +487,58 @@ TEST(DumpTree, IsWhatTheInserterWritesWhateverTheBaseOfTheStream) {
     std::ostringstream out;
     out << std::hex << std::showbase << tree;
     EXPECT_EQ("a : 31 12\n|\nend\n", out.str());
+}
+
+config_tree branching_tree() {
+    config_tree tree;
+    for (const char* key : {"a.b.c", "a.b.d.e", "a.f", "g", "h.i.j.k.l", "h.m"})
+        tree.set_node(key, variant("a value that needs memory of its own"), 0);
+    return tree;
+}
+
+TEST(ConfigTree, PassesOnAShortageOfMemoryWithoutALeak) {
+    config_tree tree = branching_tree();
+    const lines before = content(tree);
+    for (unsigned successes = 0;; ++successes) {
+        SCOPED_TRACE(successes);
+        ASSERT_LT(successes, 1000u);
+        const long live = test_support::live_allocations();
+        {
+            const test_support::failing_allocation shortage(successes);
+            try {
+                const config_tree copy(tree);
+                config_tree added;
+                added.set_node("x.y.z", variant("an old value of some length"), 0);
+                added = tree;
+                delete tree.clone();
+            } catch (const std::bad_alloc&) {
+            }
+            if (!shortage.failed())
+                break;
+        }
+        ASSERT_EQ(live, test_support::live_allocations());
+    }
+    EXPECT_EQ(before, content(tree));
+}
+
+TEST(ConfigTree, KeepsItsChildrenIfACopyFails) {
+    config_tree target;
+    target.set_node("kept", variant(1), 0);
+    const config_tree source = branching_tree();
+    const test_support::failing_allocation shortage(3);
+    EXPECT_THROW(target = source, std::bad_alloc);
+    EXPECT_NE(nullptr, target.get_node("kept"));
+    EXPECT_EQ(nullptr, target.get_node("a"));
+}
+
+TEST(ConfigTree, IsDestroyedWithoutAnyMemoryLeft) {
+    const long live = test_support::live_allocations();
+    for (unsigned successes = 0; successes < 8; ++successes) {
+        config_tree* const tree = new config_tree(branching_tree());
+        const test_support::failing_allocation shortage(successes);
+        delete tree;
+    }
+    EXPECT_EQ(live, test_support::live_allocations());
 }
 
 // A key of a million segments, walked, copied, assigned and destroyed on a small stack.
