@@ -44,6 +44,11 @@ for compiler in g++ clang++; do
     done
 done
 
+# The program in the README is a program.
+sed -n '/^```cpp$/,/^```$/p' "$source/../../README.md" | sed '1d;$d' >"$root/readme.cpp"
+g++ -std=c++14 "${warnings[@]}" "${flags[@]}" "$root/readme.cpp" "${libraries[@]}" \
+    -o "$root/readme"
+
 headers=0
 while read -r header; do
     echo "#include <$header>" >"$root/alone.cpp"
