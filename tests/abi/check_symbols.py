@@ -85,8 +85,10 @@ def listed():
 
 def implied(name, lists):
     """Whether a compiler makes this symbol for a listed one without being asked."""
-    for prefix, base in (("typeinfo name for ", "typeinfo for "), ("non-virtual thunk to ", ""),
-                         ("virtual thunk to ", ""), ("VTT for ", "vtable for ")):
+    if name.startswith("typeinfo name for TOVA_2_18::"):
+        return True
+    for prefix, base in (("non-virtual thunk to ", ""), ("virtual thunk to ", ""),
+                         ("VTT for ", "vtable for ")):
         if name.startswith(prefix):
             return base + name[len(prefix):] in lists
     return False
