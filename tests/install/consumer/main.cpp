@@ -13,8 +13,8 @@ int main(int argc, char** argv) {
                            "</catalog></xmc>";
 
     tova::i18n::message_catalogs catalogs;
-    tova::i18n::message_catalogs::result_type result = catalogs.load(
-        tova::strings::ustring8(file.c_str()), tova::strings::ustring8("en_GB"));
+    tova::i18n::message_catalogs::result_type result =
+        catalogs.load(tova::strings::ustring8(file.c_str()), tova::strings::ustring8("en_GB"));
     std::remove(file.c_str());
     if (result.type != 0) {
         std::cerr << result << "\n";
