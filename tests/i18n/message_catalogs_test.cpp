@@ -749,6 +749,33 @@ TEST_F(CatalogSet, LoadsADirectoryThatIsGivenAsAFileForAnEmptyFile) {
               seen(set.load_file(ustring8(files.path()), "en")));
 }
 
+TEST_F(CatalogSet, LooksForTheTextOfABadPath) {
+    const outcome fault(5, front + "Entity (file or directory) \"-1\" was not found on disk");
+    const ustring16 bad16(1, static_cast<unsigned short>(0xD800));
+    const ustring32 bad32(1, static_cast<wchar_t>(0xD800));
+    const ustring16 en16 = TOVA_2_18::strings::utf8_to_utf16("en");
+    EXPECT_EQ(fault, seen(set.load(bad16, en16)));
+    EXPECT_EQ(fault, seen(set.load(std::vector<ustring16>(1, bad16), en16)));
+    EXPECT_EQ(fault, seen(set.load(bad32, ustring32(L"en"))));
+    EXPECT_EQ(fault, seen(set.load(std::vector<ustring32>(1, bad32), ustring32(L"en"))));
+    EXPECT_EQ(fault, seen(set.load(std::vector<std::wstring>(1, bad32), ustring8("en"))));
+    EXPECT_EQ(fault,
+              seen(set.load(std::vector<std::wstring>(1, bad32), ustring8("en"), ustring8("c"))));
+}
+
+TEST_F(CatalogSet, TakesLiteralsAndStandardStrings) {
+    const std::string path = files.write("a", small_file("c", "k"));
+    EXPECT_EQ(0, set.load(path.c_str(), "en").type);
+    EXPECT_EQ(0, set.load(path, "en", "c").type);
+    EXPECT_EQ(0, set.load(std::vector<std::string>{path}, "en").type);
+    EXPECT_TRUE(set.has_catalog("c"));
+    EXPECT_TRUE(set.has_catalog("c", "en"));
+    EXPECT_EQ("x", set.message("c", std::string("k")).as_string(varg_list()));
+    EXPECT_EQ(1u, set.count("c"));
+    set.erase("c");
+    EXPECT_EQ(0u, set.count());
+}
+
 TEST(NilObjects, AreNilAndRenderAsNothing) {
     EXPECT_TRUE(message_catalogs::s_nil_catalog == nil);
     EXPECT_TRUE(message_catalogs::s_nil_message == nil);
