@@ -137,7 +137,8 @@ inline bool vanishes(kind what) {
     return what == kind::blank || what == kind::line_end;
 }
 
-// Comments are passed on the way and not taken out up front, since a key takes their signs for text.
+// Comments are passed on the way and not taken out up front, since a key takes their signs for
+// text.
 inline nodes read(const std::string& text) {
     const std::vector<piece> all = cut(text);
     nodes tree;
@@ -231,8 +232,8 @@ inline std::string quoted(const std::string& text) {
     return text.find_first_of(" \r\n\t") == std::string::npos ? text : "\"" + text + "\"";
 }
 
-// Whether a name reads as a number other than 0: blanks, a sign, a prefix that tells the base, and a
-// run of digits that are not all 0.
+// Whether a name reads as a number other than 0: blanks, a sign, a prefix that tells the base, and
+// a run of digits that are not all 0.
 inline bool reads_as_number(const std::string& text) {
     std::size_t i = text.find_first_not_of(" \t\n\v\f\r");
     if (i == std::string::npos)
