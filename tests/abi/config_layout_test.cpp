@@ -347,7 +347,8 @@ TEST(ConfigSlots, OfTheDispatchersOfTheLibraryStandInTheSameOrder) {
         EXPECT_FALSE(known());
         EXPECT_TRUE((call<bool, config_item_list&>(dispatcher, 5, items)));
         const std::unique_ptr<config_dispatch> clone(call<config_dispatch*>(dispatcher, 6));
-        EXPECT_EQ(typeid(*dispatcher), typeid(*clone));
+        const config_dispatch& cloned = *clone;
+        EXPECT_EQ(typeid(*dispatcher), typeid(cloned));
     }
 }
 

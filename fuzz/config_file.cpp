@@ -1,0 +1,72 @@
+// Reading and saving of configuration files, beside the plain second implementation of the tests.
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+
+#include <tova/config/file_item.hpp>
+
+#include "../tests/config/cfg_oracle.hpp"
+#include "../tests/config/listing.hpp"
+
+using TOVA_2_18::config::file_item;
+
+namespace {
+
+void require(bool holds) {
+    if (!holds)
+        std::abort();
+}
+
+config_support::lines shown(const cfg_oracle::nodes& tree) {
+    config_support::lines result;
+    for (const cfg_oracle::entry& entry : cfg_oracle::list(tree))
+        result.push_back(entry.name + ": " + std::to_string(entry.value.word) + " " +
+                         (entry.value.is_nil    ? "nil"
+                          : entry.value.is_step ? "true"
+                                                : "'" + entry.value.text + "'"));
+    return result;
+}
+
+// A name of a file in memory, where there is a folder for such.
+std::string file_name() {
+    const std::string folder = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
+    return folder + "/tova_fuzz_" + std::to_string(getpid()) + ".cfg";
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    const std::string name = file_name();
+    std::ofstream(name, std::ios::binary) << text;
+
+    file_item item(name);
+    item.load();
+    const cfg_oracle::nodes expected = cfg_oracle::read(text);
+    const config_support::lines nodes = config_support::content(item);
+    require(nodes == shown(expected));
+
+    // The second time sets the same keys again, and a copy holds them as well.
+    item.load();
+    require(config_support::content(item) == nodes);
+    file_item copy(item);
+    require(config_support::content(copy) == nodes);
+    std::ostringstream out;
+    copy.dump(out);
+
+    std::remove(name.c_str());
+    item.save();
+    std::ifstream saved(name, std::ios::binary);
+    require(std::string(std::istreambuf_iterator<char>(saved), std::istreambuf_iterator<char>()) ==
+            cfg_oracle::write(expected));
+    copy.unload();
+    copy.load();
+    std::remove(name.c_str());
+    return 0;
+}

@@ -1,0 +1,69 @@
+// An environment of strings with NUL bytes between them, and lookups of all that it sets through a
+// manager.
+#include <cstdint>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <tova/config/config_manager.hpp>
+#include <tova/config/enviroment_item.hpp>
+#include <tova/config/module_config_dispatch.hpp>
+#include <tova/config/user_item.hpp>
+
+#include "../tests/config/listing.hpp"
+
+using TOVA_2_18::config::base_config_item;
+using TOVA_2_18::config::config_manager;
+using TOVA_2_18::config::config_node_list;
+using TOVA_2_18::config::enviroment_item;
+using TOVA_2_18::config::module_config_dispatch;
+using TOVA_2_18::config::user_item;
+using TOVA_2_18::generic::varg_list;
+using TOVA_2_18::types::variant;
+
+namespace {
+
+void require(bool holds) {
+    if (!holds)
+        std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    std::vector<const char*> strings;
+    user_item line_by_line;
+    for (std::string::size_type begin = 0; begin < size;
+         begin += std::string(text.c_str() + begin).size() + 1) {
+        strings.push_back(text.c_str() + begin);
+        line_by_line.set(text.c_str() + begin, 0);
+    }
+    strings.push_back(nullptr);
+
+    config_manager manager;
+    manager.init(module_config_dispatch(varg_list(), strings.data()));
+    require(manager.load());
+    base_config_item& item = *manager.get_config_item("enviroment");
+    require(config_support::content(item) == config_support::content(line_by_line));
+
+    // Each value becomes an alias as well, in a weaker source: every walk ends.
+    base_config_item& aliases = *manager.get_config_item("user_item");
+    config_node_list nodes;
+    item.get_value_pair_array("", nodes, true);
+    for (const auto& node : nodes) {
+        aliases.set(node.first + "_", node.second.second, 4);
+        aliases.set(node.second.second.as_string(), variant(node.first + "_"), 4);
+    }
+    for (const auto& node : nodes) {
+        manager.get_value(node.first, variant());
+        manager.get_value(node.first + "_", variant());
+        manager.value_exist(node.second.second.as_string());
+    }
+    std::ostringstream out;
+    manager.dump(out);
+    require(manager.unload());
+    require(config_support::content(item).empty());
+    return 0;
+}
