@@ -62,6 +62,21 @@ bool is_symbolic_link(const ustring8& path) {
     return boost::filesystem::symlink_status(link).type() == boost::filesystem::symlink_file;
 }
 
+// Leaves the stream closed and in a good state, whatever comes between.
+class file_closer {
+public:
+    explicit file_closer(std::ifstream& file) : m_file(file) {}
+    ~file_closer() {
+        m_file.close();
+        m_file.clear();
+    }
+    file_closer(const file_closer&) = delete;
+    file_closer& operator=(const file_closer&) = delete;
+
+private:
+    std::ifstream& m_file;
+};
+
 // The elements of the stack from the outermost on, which the stack itself keeps to its heirs.
 struct open_elements_access : open_elements {
     static container_type& elements(open_elements& stack) {
@@ -495,10 +510,11 @@ void xml_stream_parser::init(ustring8 const& file) {
         m_status = internal_failure;
         return;
     }
-    m_file.open(m_file_name.c_str(), std::ios::in | std::ios::binary);
-    m_status = m_file.is_open() ? no_error : open_failed;
-    m_file.close();
-    m_file.clear();
+    {
+        const file_closer closer(m_file);
+        m_file.open(m_file_name.c_str(), std::ios::in | std::ios::binary);
+        m_status = m_file.is_open() ? no_error : open_failed;
+    }
 
     m_next_id = 1;
     m_open_ids.push(0);
@@ -511,9 +527,9 @@ unsigned long xml_stream_parser::load() {
         m_status = internal_failure;
         return 0;
     }
+    const file_closer closer(m_file);
     m_file.open(m_file_name.c_str(), std::ios::in | std::ios::binary);
     if (!m_file.is_open()) {
-        m_file.clear();
         m_status = open_failed;
         return 0;
     }
@@ -524,18 +540,15 @@ unsigned long xml_stream_parser::load() {
     m_file.seekg(0, std::ios::end);
     m_file_length = static_cast<unsigned long>(static_cast<std::streamoff>(m_file.tellg()));
     // A file that has become shorter has nothing new until it is longer than it was.
-    if (!m_file || m_file_length <= m_file_position) {
-        m_file.close();
-        m_file.clear();
+    if (!m_file || m_file_length <= m_file_position)
         return 0;
-    }
 
     const unsigned long delta = m_file_length - m_file_position;
     if (m_committed != m_first && delta > m_last - m_end) {
-        const std::size_t pending = m_end - std::min(m_committed, m_end);
-        std::memmove(&m_buffer[m_first], &m_buffer[m_end - pending], pending);
-        m_cursor = m_committed = m_committed - (m_end - pending);
-        m_end = m_first + pending;
+        const std::size_t begin = std::min(m_committed, m_end);
+        std::memmove(&m_buffer[m_first], &m_buffer[begin], m_end - begin);
+        m_cursor = m_committed = m_committed - begin;
+        m_end -= begin;
     }
     m_file.seekg(static_cast<std::streamoff>(m_file_position), std::ios::beg);
     m_file.read(&m_buffer[m_end],
@@ -543,8 +556,6 @@ unsigned long xml_stream_parser::load() {
     const auto count = static_cast<unsigned long>(m_file.gcount());
     m_end += count;
     m_file_position += count;
-    m_file.close();
-    m_file.clear();
     return count;
 }
 
