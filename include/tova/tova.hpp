@@ -32,8 +32,12 @@
 #include <tova/generic/argument.hpp>
 #include <tova/generic/convert/binary.hpp>
 #include <tova/generic/convert/str_to_x.hpp>
+#include <tova/generic/convert/units.hpp>
 #include <tova/generic/convert/x_to_str.hpp>
 #include <tova/generic/varg_list.hpp>
+#include <tova/types/absolute_unit.hpp>
+#include <tova/types/color.hpp>
+#include <tova/types/device_unit.hpp>
 #include <tova/types/radix.hpp>
 #include <tova/types/variant.hpp>
 #include <tova/types/variant_type.hpp>

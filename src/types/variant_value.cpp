@@ -1,6 +1,5 @@
 #include <tova/types/variant_value.hpp>
 
-#include <limits>
 #include <ostream>
 #include <sstream>
 #include <type_traits>
@@ -11,6 +10,7 @@
 #include <tova/strings/unicode.hpp>
 
 #include "generic/convert/truth_words.hpp"
+#include "types/truncate.hpp"
 
 namespace TOVA_2_18 {
 namespace types {
@@ -155,17 +155,9 @@ struct conversions<bool> {
 
 // --- Floating point ----------------------------------------------------------------------------
 
-// Truncates toward zero into a signed integer as the processor does: whatever does not fit, NaN
-// included, gives the least value. A plain cast has no defined result there. The least value
-// itself may fail the test, to the same result.
-template <typename Signed, typename T>
-Signed truncate(T value) {
-    const T limit = static_cast<T>(1UL << (8 * sizeof(Signed) - 1));
-    return value > -limit && value < limit ? static_cast<Signed>(value)
-                                           : std::numeric_limits<Signed>::min();
-}
+using detail::truncate;
 
-// The same into 64 unsigned bits, as compilers put it together of the signed truncation: below
+// A truncation into 64 unsigned bits, as compilers put it together of the signed truncation: below
 // 2 to the power 63, and for NaN, the signed result's bits; above, that of the value less this
 // power with the top bit exchanged. So -1.0 gives all bits, and 2 to the power 64 gives 0.
 template <typename T>

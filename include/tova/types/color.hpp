@@ -1,0 +1,74 @@
+/// A colour in one word.
+#pragma once
+
+#include <tova/abi.hpp>
+
+namespace TOVA_2_18 {
+namespace types {
+
+/// A colour in one 32-bit word: red, green, blue and alpha, 8 bits each.
+///
+/// The four bytes lie in memory in that order, so on our little-endian hosts the word reads
+/// 0xAABBGGRR. Alpha runs from 0 (transparent) to 255 (opaque). A plain value of 4 bytes. Never
+/// fails.
+class TOVA_API color_t {
+public:
+    /// Transparent black. Black on screen is `color_t(0, 0, 0)`.
+    color_t();
+    color_t(const color_t& source);
+    color_t(int word);
+    color_t(unsigned char red, unsigned char green, unsigned char blue, unsigned char alpha);
+
+    /// Opaque.
+    color_t(unsigned char red, unsigned char green, unsigned char blue);
+    ~color_t() TOVA_NOTHROW;
+
+    /// A colour from its word.
+    ///
+    /// Contract: `rgb(word)` takes alpha from the top byte, exactly as `rgba(word)` does. Words
+    /// are read back under either name, and `rgb(c.as_int32()) == c` holds for every colour.
+    static color_t rgba(const int& word);
+    static color_t rgb(const int& word);
+
+    /// A colour from its bytes; opaque without alpha.
+    static color_t rgba(unsigned char red, unsigned char green, unsigned char blue,
+                        unsigned char alpha);
+    static color_t rgb(unsigned char red, unsigned char green, unsigned char blue);
+
+    color_t& assign(const color_t& source);
+    color_t& operator=(const color_t& source);
+    color_t& assign(int word);
+    color_t& operator=(int word);
+
+    bool equal(const color_t& other) const;
+    bool operator==(const color_t& other) const;
+    bool operator!=(const color_t& other) const;
+
+    /// The parts. Each is offered for colours that may be changed and for those that may not.
+    unsigned char red();
+    unsigned char green();
+    unsigned char blue();
+    unsigned char alpha();
+    unsigned char red() const;
+    unsigned char green() const;
+    unsigned char blue() const;
+    unsigned char alpha() const;
+
+    /// Set a part and return the value given.
+    unsigned char red(unsigned char value);
+    unsigned char green(unsigned char value);
+    unsigned char blue(unsigned char value);
+    unsigned char alpha(unsigned char value);
+
+    int as_int32() const;  ///< The word.
+    int as_rgb() const;    ///< The word without alpha: its top byte is 0.
+
+private:
+    unsigned char m_red;
+    unsigned char m_green;
+    unsigned char m_blue;
+    unsigned char m_alpha;
+};
+
+}  // namespace types
+}  // namespace TOVA_2_18
