@@ -44,6 +44,11 @@
 #include <tova/types/variant_value.hpp>
 
 // System
+#include <tova/system/date_time/date.hpp>
+#include <tova/system/date_time/date_time.hpp>
+#include <tova/system/date_time/duration.hpp>
+#include <tova/system/date_time/time.hpp>
+#include <tova/system/date_time/timer.hpp>
 #include <tova/system/directories.hpp>
 #include <tova/system/files.hpp>
 #include <tova/system/io.hpp>
