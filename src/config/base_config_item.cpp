@@ -2,8 +2,7 @@
 
 #include <ostream>
 
-#include <tova/config/characters.hpp>
-
+#include "config/character_classes.hpp"
 #include "config/config_tree_access.hpp"
 
 namespace TOVA_2_18 {
@@ -28,10 +27,10 @@ ustring8::size_type closing_quote(const ustring8& text, ustring8::size_type star
     return at < text.size() ? at : text.size();
 }
 
-template <typename Class>
-ustring8::size_type end_of_run(const ustring8& text, ustring8::size_type start, Class is_in_class) {
+template <bool (*IsInClass)(char)>
+ustring8::size_type end_of_run(const ustring8& text, ustring8::size_type start) {
     ustring8::size_type at = start + 1;
-    while (at < text.size() && is_in_class(text[at]))
+    while (at < text.size() && IsInClass(text[at]))
         ++at;
     return at;
 }
@@ -194,11 +193,11 @@ config_token::tok_types base_config_item::get_token(const ustring8& text, unsign
 
     const char character = text[start];
     ustring8::size_type end;
-    if (isConfigSpace(character)) {
+    if (detail::is_blank(character)) {
         // Contract: the text stays that of the piece before. A command line shows it: a blank in a
         // value repeats what stands in front of it.
         token.type = config_token::T_SPACE;
-        end = end_of_run(text, start, isConfigSpace);
+        end = end_of_run<detail::is_blank>(text, start);
     } else if (character == '"') {
         const ustring8::size_type quote = closing_quote(text, start);
         token.type = config_token::T_STRING;
@@ -210,12 +209,12 @@ config_token::tok_types base_config_item::get_token(const ustring8& text, unsign
         end = start + special.size;
         if (special.size == 0) {
             end = start + 1;
-            if (isConfigDigit(character)) {
+            if (detail::is_digit(character)) {
                 token.type = config_token::T_NUM;
-                end = end_of_run(text, start, isConfigDigit);
-            } else if (isConfigAlpha(character)) {
+                end = end_of_run<detail::is_digit>(text, start);
+            } else if (detail::is_letter(character)) {
                 token.type = config_token::T_VAR;
-                end = end_of_run(text, start, isConfigAlpha);
+                end = end_of_run<detail::is_letter>(text, start);
             }
         }
         if (token.type == config_token::T_NEWLINE)

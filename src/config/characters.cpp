@@ -1,13 +1,14 @@
 #include <tova/config/characters.hpp>
 
-#include <cctype>
 #include <cstring>
+
+#include "config/character_classes.hpp"
 
 namespace TOVA_2_18 {
 namespace config {
 
 bool isConfigDotSlash(char character) {
-    return character == '.' || character == '/' || character == '\\';
+    return detail::is_separator(character);
 }
 
 bool isConfigWhite(char character) {
@@ -15,15 +16,15 @@ bool isConfigWhite(char character) {
 }
 
 bool isConfigSpace(char character) {
-    return character == ' ';
+    return detail::is_blank(character);
 }
 
-// The C library's classes take a `char` with its sign: their tables reach from -128 to 255.
 bool isConfigAlpha(char character) {
-    return std::isalpha(character) != 0;
+    return detail::is_letter(character);
 }
+
 bool isConfigDigit(char character) {
-    return std::isdigit(character) != 0;
+    return detail::is_digit(character);
 }
 
 bool isConfigDelim(char character) {

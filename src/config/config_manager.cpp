@@ -56,16 +56,17 @@ bool config_manager::save() {
 }
 
 types::variant config_manager::get_value(const ustring8& key, types::variant default_value) {
-    ustring8 current = key;
+    const ustring8* current = &key;
     std::set<ustring8> visited;
+    ustring8 target;
     for (config_item_list::const_iterator item = items.begin(); item != items.end();) {
-        const config_node* const node = (*item)->get_value(current);
+        const config_node* const node = (*item)->get_value(*current);
         if (node == nullptr) {
             ++item;
             continue;
         }
         if (is_array_head(*node)) {
-            const config_node* const first = (*item)->get_value(current + ".0");
+            const config_node* const first = (*item)->get_value(*current + ".0");
             return first == nullptr ? types::variant() : first->second;
         }
         if ((node->first & alias_bit) == 0)
@@ -73,11 +74,11 @@ types::variant config_manager::get_value(const ustring8& key, types::variant def
 
         // Contract: a circle ends with the value of the last alias in it, not with the default. The
         // keys are compared as they stand, so one written in other letters goes round once more.
-        visited.insert(current);
-        const ustring8 target = node->second.as_string();
+        visited.insert(*current);
+        target = node->second.as_string();
         if (visited.count(target) != 0)
             return node->second;
-        current = target;
+        current = &target;
         item = items.begin();
     }
     return default_value;

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <cctype>
-
-#include <tova/config/characters.hpp>
 #include <tova/strings/ustring.hpp>
+
+#include "config/character_classes.hpp"
 
 namespace TOVA_2_18 {
 namespace config {
@@ -15,11 +14,11 @@ inline strings::ustring8::size_type read_segment(const strings::ustring8& key,
                                                  strings::ustring8::size_type begin,
                                                  strings::ustring8& segment) {
     strings::ustring8::size_type end = begin;
-    while (end < key.size() && !isConfigDotSlash(key[end]))
+    while (end < key.size() && !is_separator(key[end]))
         ++end;
     segment.assign(key, begin, end - begin);
     for (char& character : segment)
-        character = static_cast<char>(std::tolower(character));
+        character = lower(character);
     return end;
 }
 

@@ -1,0 +1,372 @@
+// Configuration from disk, lookups by dotted keys, copies of a tree, and a command line.
+//
+// load: 10,000 entries in 100 sections, each library from a file in the form that it reads, to
+// where values can be asked for by key. lookup: keys of 1 to 6 segments. Ours go through a manager
+// with three sources, of which the second holds the key; so do those of Poco. The others look into
+// one tree or map. copy: the loaded 10,000 entries once more, independent of the first.
+// command_line: twenty options, eight of which have values.
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include <tova/config/commandline_item.hpp>
+#include <tova/config/config_manager.hpp>
+#include <tova/config/file_item.hpp>
+#include <tova/config/std_config_dispatch.hpp>
+
+#ifdef HAVE_BOOST_PROPERTY_TREE
+#include <boost/property_tree/ini_parser.hpp>
+#include <boost/property_tree/ptree.hpp>
+#endif
+#ifdef HAVE_CLI11
+#include <CLI/CLI.hpp>
+#endif
+#ifdef HAVE_INIH
+#include <ini.h>
+#endif
+#ifdef HAVE_POCO
+#include <Poco/Util/IniFileConfiguration.h>
+#include <Poco/Util/LayeredConfiguration.h>
+#include <Poco/Util/MapConfiguration.h>
+#endif
+#ifdef HAVE_QT6
+#include <QSettings>
+#include <QString>
+#include <QVariant>
+#include <fcntl.h>
+#include <sys/stat.h>
+#endif
+#ifdef HAVE_TOMLPLUSPLUS
+#include <toml++/toml.h>
+#endif
+
+namespace {
+
+using TOVA_2_18::config::commandline_item;
+using TOVA_2_18::config::config_manager;
+using TOVA_2_18::config::file_item;
+using TOVA_2_18::config::std_config_dispatch;
+using TOVA_2_18::strings::ustring8;
+using TOVA_2_18::types::variant;
+
+const int sections = 100;
+const int entries = 100;
+const int deepest = 6;
+
+// The files of the benchmark, removed at the end of the program.
+class scratch_files {
+public:
+    scratch_files() {
+        char name[] = "/tmp/bench_config_XXXXXX";
+        if (::mkdtemp(name) == nullptr)
+            std::abort();
+        m_folder = name;
+        std::ofstream ini(plain()), quoted(toml());
+        for (int s = 0; s < sections; ++s) {
+            ini << "[section" << s << "]\n";
+            quoted << "[section" << s << "]\n";
+            for (int e = 0; e < entries; ++e) {
+                ini << "key_" << e << "=value_" << s << '_' << e << '\n';
+                quoted << "key_" << e << " = \"value_" << s << '_' << e << "\"\n";
+            }
+        }
+    }
+    ~scratch_files() {
+        ::unlink(plain().c_str());
+        ::unlink(toml().c_str());
+        ::rmdir(m_folder.c_str());
+    }
+    std::string plain() const { return m_folder + "/plain.cfg"; }
+    std::string toml() const { return m_folder + "/quoted.toml"; }
+
+private:
+    std::string m_folder;
+};
+
+scratch_files& files() {
+    static scratch_files all;
+    return all;
+}
+
+// A key of some segments: "alpha", "alpha.beta" and so on.
+std::string key_of(int depth, char separator) {
+    const char* const names[] = {"alpha", "beta", "gamma", "delta", "epsilon", "zeta"};
+    std::string key;
+    for (int i = 0; i < depth; ++i)
+        key += (i == 0 ? "" : std::string(1, separator)) + names[i];
+    // Each depth ends in a name of its own, so that a value and a section never share a key.
+    return key + "_" + std::to_string(depth);
+}
+
+void load_tova(benchmark::State& state) {
+    const ustring8 name = files().plain();
+    for (auto _ : state) {
+        file_item item(name);
+        item.load();
+        if (item.get_value("section99.key_99") == nullptr)
+            state.SkipWithError("not loaded");
+    }
+}
+BENCHMARK(load_tova)->Name("load/10000_entries/tova");
+
+void lookup_tova(benchmark::State& state, int depth) {
+    const char* const arguments[] = {"tool", "-verbose", "-port=80", nullptr};
+    const char* const environment[] = {"HOME=/root", "LANG=C", nullptr};
+    config_manager manager;
+    manager.init(std_config_dispatch(3, arguments, environment, "", ""));
+    manager.load();
+    const auto file = manager.get_config_item("standard file");
+    for (int each = 1; each <= deepest; ++each)
+        file->set(key_of(each, '.'), variant("value"), 0);
+    const ustring8 key = key_of(depth, '.');
+    const variant none;
+    if (manager.get_value(key, none).as_string() != "value")
+        state.SkipWithError("not found");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(manager.get_value(key, none));
+}
+
+void copy_tova(benchmark::State& state) {
+    file_item item(files().plain());
+    item.load();
+    for (auto _ : state) {
+        const file_item copy(item);
+        benchmark::DoNotOptimize(&copy);
+    }
+}
+BENCHMARK(copy_tova)->Name("copy/10000_entries/tova");
+
+const std::vector<const char*>& command_line() {
+    static const std::vector<const char*> arguments = {
+        "tool", "-a",    "-b",     "-c",       "-d",    "-e",   "-f",     "-g",
+        "-h1",  "-i",    "-j",     "-k",       "-l",    "-m=1", "-n=two", "-o=3.5",
+        "-p=x", "-q=yy", "-r=zzz", "-s=a.b.c", "-t=99", nullptr};
+    return arguments;
+}
+
+void command_line_tova(benchmark::State& state) {
+    const auto& arguments = command_line();
+    for (auto _ : state) {
+        commandline_item item(static_cast<unsigned>(arguments.size() - 1), arguments.data());
+        item.load();
+        benchmark::DoNotOptimize(item.get_value("t"));
+    }
+}
+BENCHMARK(command_line_tova)->Name("command_line/20_options/tova");
+
+// One benchmark for each depth, named alike for each library.
+void register_lookups(const char* library, void (*function)(benchmark::State&, int)) {
+    for (int depth = 1; depth <= deepest; ++depth)
+        benchmark::RegisterBenchmark(
+            ("lookup/" + std::to_string(depth) + "_segments/" + library).c_str(),
+            [function, depth](benchmark::State& state) { function(state, depth); });
+}
+
+#ifdef HAVE_BOOST_PROPERTY_TREE
+using boost::property_tree::ptree;
+
+void load_boost(benchmark::State& state) {
+    for (auto _ : state) {
+        ptree tree;
+        boost::property_tree::read_ini(files().plain(), tree);
+        if (!tree.get_optional<std::string>("section99.key_99"))
+            state.SkipWithError("not loaded");
+    }
+}
+BENCHMARK(load_boost)->Name("load/10000_entries/boost_property_tree");
+
+void lookup_boost(benchmark::State& state, int depth) {
+    ptree tree;
+    for (int each = 1; each <= deepest; ++each)
+        tree.put(key_of(each, '.'), "value");
+    const std::string key = key_of(depth, '.');
+    for (auto _ : state)
+        benchmark::DoNotOptimize(tree.get<std::string>(key));
+}
+
+void copy_boost(benchmark::State& state) {
+    ptree tree;
+    boost::property_tree::read_ini(files().plain(), tree);
+    for (auto _ : state) {
+        const ptree copy(tree);
+        benchmark::DoNotOptimize(&copy);
+    }
+}
+BENCHMARK(copy_boost)->Name("copy/10000_entries/boost_property_tree");
+#endif
+
+#ifdef HAVE_CLI11
+void load_cli11(benchmark::State& state) {
+    for (auto _ : state) {
+        std::ifstream file(files().plain());
+        const std::vector<CLI::ConfigItem> items = CLI::ConfigINI().from_config(file);
+        if (items.size() < sections * entries)
+            state.SkipWithError("not loaded");
+    }
+}
+BENCHMARK(load_cli11)->Name("load/10000_entries/cli11");
+
+void command_line_cli11(benchmark::State& state) {
+    CLI::App app;
+    bool flags[12] = {};
+    std::string values[8];
+    for (int i = 0; i < 12; ++i)
+        app.add_flag(std::string("-") + "abcdefguijkl"[i], flags[i]);
+    for (int i = 0; i < 8; ++i)
+        app.add_option(std::string("-") + "mnopqrst"[i], values[i]);
+    std::vector<const char*> arguments = command_line();
+    arguments[8] = "-u";
+    arguments.pop_back();
+    for (auto _ : state) {
+        app.parse(static_cast<int>(arguments.size()), const_cast<char**>(arguments.data()));
+        benchmark::DoNotOptimize(values[7].data());
+    }
+}
+BENCHMARK(command_line_cli11)->Name("command_line/20_options/cli11");
+#endif
+
+#ifdef HAVE_INIH
+typedef std::map<std::string, std::string> flat_map;
+
+// As its C++ reader keeps values: one map of "section=name", in small letters.
+int keep(void* target, const char* section, const char* name, const char* value) {
+    std::string key = std::string(section) + "=" + name;
+    for (char& character : key)
+        character = static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
+    (*static_cast<flat_map*>(target))[key] = value;
+    return 1;
+}
+
+void load_inih(benchmark::State& state) {
+    for (auto _ : state) {
+        flat_map values;
+        ini_parse(files().plain().c_str(), keep, &values);
+        if (values.count("section99=key_99") == 0)
+            state.SkipWithError("not loaded");
+    }
+}
+BENCHMARK(load_inih)->Name("load/10000_entries/inih");
+#endif
+
+#ifdef HAVE_POCO
+using Poco::AutoPtr;
+using Poco::Util::IniFileConfiguration;
+using Poco::Util::LayeredConfiguration;
+using Poco::Util::MapConfiguration;
+
+void load_poco(benchmark::State& state) {
+    for (auto _ : state) {
+        const AutoPtr<IniFileConfiguration> configuration(
+            new IniFileConfiguration(files().plain()));
+        if (!configuration->hasProperty("section99.key_99"))
+            state.SkipWithError("not loaded");
+    }
+}
+BENCHMARK(load_poco)->Name("load/10000_entries/poco");
+
+void lookup_poco(benchmark::State& state, int depth) {
+    AutoPtr<MapConfiguration> line(new MapConfiguration), file(new MapConfiguration),
+        environment(new MapConfiguration);
+    line->setString("verbose", "");
+    line->setString("port", "80");
+    environment->setString("home", "/root");
+    for (int each = 1; each <= deepest; ++each)
+        file->setString(key_of(each, '.'), "value");
+    AutoPtr<LayeredConfiguration> all(new LayeredConfiguration);
+    all->add(line, 0);
+    all->add(file, 1);
+    all->add(environment, 2);
+    const std::string key = key_of(depth, '.');
+    for (auto _ : state)
+        benchmark::DoNotOptimize(all->getString(key));
+}
+#endif
+
+#ifdef HAVE_QT6
+// A file that did not change is not read a second time, so each turn gets another time of change.
+void touch(const std::string& path, long turn) {
+    const timespec times[2] = {{1000000000 + turn, 0}, {1000000000 + turn, 0}};
+    ::utimensat(AT_FDCWD, path.c_str(), times, 0);
+}
+
+void load_qt(benchmark::State& state) {
+    const QString name = QString::fromStdString(files().plain());
+    long turn = 0;
+    for (auto _ : state) {
+        touch(files().plain(), ++turn);
+        const QSettings settings(name, QSettings::IniFormat);
+        // It reads a section when its keys are first asked for.
+        if (settings.allKeys().size() < sections * entries)
+            state.SkipWithError("not loaded");
+    }
+}
+BENCHMARK(load_qt)->Name("load/10000_entries/qsettings");
+
+void lookup_qt(benchmark::State& state, int depth) {
+    QSettings settings(QString::fromStdString(files().plain() + ".unsaved"), QSettings::IniFormat);
+    for (int each = 1; each <= deepest; ++each)
+        settings.setValue(QString::fromStdString(key_of(each, '/')), QString("value"));
+    const QString key = QString::fromStdString(key_of(depth, '/'));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(settings.value(key));
+    settings.clear();
+    settings.sync();
+    ::unlink((files().plain() + ".unsaved").c_str());
+}
+#endif
+
+#ifdef HAVE_TOMLPLUSPLUS
+void load_toml(benchmark::State& state) {
+    for (auto _ : state) {
+        const toml::table table = toml::parse_file(files().toml());
+        if (!table.at_path("section99.key_99"))
+            state.SkipWithError("not loaded");
+    }
+}
+BENCHMARK(load_toml)->Name("load/10000_entries/tomlplusplus");
+
+void lookup_toml(benchmark::State& state, int depth) {
+    std::string text;
+    for (int each = 1; each <= deepest; ++each)
+        text += key_of(each, '.') + " = \"value\"\n";
+    const toml::table table = toml::parse(text);
+    const std::string key = key_of(depth, '.');
+    for (auto _ : state)
+        benchmark::DoNotOptimize(table.at_path(key).value<std::string>());
+}
+
+void copy_toml(benchmark::State& state) {
+    const toml::table table = toml::parse_file(files().toml());
+    for (auto _ : state) {
+        const toml::table copy(table);
+        benchmark::DoNotOptimize(&copy);
+    }
+}
+BENCHMARK(copy_toml)->Name("copy/10000_entries/tomlplusplus");
+#endif
+
+const bool lookups_are_registered = [] {
+    register_lookups("tova", lookup_tova);
+#ifdef HAVE_BOOST_PROPERTY_TREE
+    register_lookups("boost_property_tree", lookup_boost);
+#endif
+#ifdef HAVE_POCO
+    register_lookups("poco", lookup_poco);
+#endif
+#ifdef HAVE_QT6
+    register_lookups("qsettings", lookup_qt);
+#endif
+#ifdef HAVE_TOMLPLUSPLUS
+    register_lookups("tomlplusplus", lookup_toml);
+#endif
+    return true;
+}();
+
+}  // namespace
