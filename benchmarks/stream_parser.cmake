@@ -1,0 +1,12 @@
+find_package(EXPAT QUIET)
+find_package(LibXml2 QUIET)
+
+tova_add_benchmark(bench_stream_parser stream_parser.cpp)
+if(EXPAT_FOUND)
+  target_compile_definitions(bench_stream_parser PRIVATE HAVE_EXPAT)
+  target_link_libraries(bench_stream_parser PRIVATE EXPAT::EXPAT)
+endif()
+if(LibXml2_FOUND)
+  target_compile_definitions(bench_stream_parser PRIVATE HAVE_LIBXML2)
+  target_link_libraries(bench_stream_parser PRIVATE LibXml2::LibXml2)
+endif()
