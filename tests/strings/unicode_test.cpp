@@ -1,12 +1,14 @@
 #include <tova/strings/unicode.hpp>
 
 #include <csignal>
+#include <new>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "support/child_process.hpp"
+#include "support/failing_allocation.hpp"
 #include "support/widths.hpp"
 
 namespace {
@@ -65,6 +67,37 @@ TEST(UnicodeConversions, TheSwappedMarkIsACharacterBehindTheFirstUnit) {
 TEST(UnicodeConversions, ASourceThatSaysMinusOneCannotBeToldFromAFailure) {
     EXPECT_EQ(bad_16, utf8_to_utf16("-1"));
     EXPECT_EQ(utf8_to_utf16("\xFF"), utf8_to_utf16("-1"));
+}
+
+// Fails each allocation of a conversion in turn, until one run meets no failure.
+template <typename Conversion>
+void expect_clean_failures(Conversion convert) {
+    unsigned failures = 0;
+    for (bool met = true; met; failures += met ? 1 : 0) {
+        const long live = test_support::live_allocations();
+        const test_support::failing_allocation next(failures);
+        try {
+            convert();
+            EXPECT_FALSE(next.failed()) << "the shortage was hidden";
+            met = false;
+        } catch (const std::bad_alloc&) {
+            EXPECT_TRUE(next.failed());
+        }
+        EXPECT_EQ(live, test_support::live_allocations());
+    }
+    EXPECT_LT(0u, failures);
+}
+
+TEST(UnicodeConversions, AShortageOfMemoryRaisesAndLeavesNothingBehind) {
+    const ustring8 text8 = "\xF0\x9F\x98\x80" + ustring8(5000, 'a');
+    const ustring16 text16 = utf8_to_utf16(text8);
+    const ustring32 text32(5000, 0x1F600);
+    expect_clean_failures([&] { utf8_to_utf16(text8); });
+    expect_clean_failures([&] { utf8_to_utf32(text8); });
+    expect_clean_failures([&] { utf16_to_utf8(text16); });
+    expect_clean_failures([&] { utf16_to_utf32(text16); });
+    expect_clean_failures([&] { utf32_to_utf8(text32); });
+    expect_clean_failures([&] { utf32_to_utf16(text32); });
 }
 
 struct utf8_case {
