@@ -1,0 +1,84 @@
+// Runs the settings example as a user does, on a copy of its file.
+#include <cstdio>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/temporary_directory.hpp"
+
+namespace {
+
+using test_support::read_bytes;
+using test_support::temporary_directory;
+using ::testing::HasSubstr;
+
+class SettingsExample : public ::testing::Test {
+protected:
+    // What the program prints in the folder of the test, with nothing in its environment but what
+    // is given.
+    std::string run(const std::string& environment, const std::string& arguments) {
+        const std::string command = "cd '" + directory.path() + "' && env -i " + environment +
+                                    " '" TOVA_SETTINGS_PROGRAM "' " + arguments + " 2>&1";
+        FILE* const pipe = ::popen(command.c_str(), "r");
+        if (pipe == nullptr)
+            return "not started";
+        std::string output;
+        char piece[4096];
+        for (std::size_t size; (size = std::fread(piece, 1, sizeof piece, pipe)) != 0;)
+            output.append(piece, size);
+        EXPECT_EQ(0, ::pclose(pipe));
+        return output;
+    }
+    void give_file(const std::string& name) {
+        directory.write(name, read_bytes(TOVA_SETTINGS_FOLDER "/settings.cfg"));
+    }
+
+    temporary_directory directory;
+};
+
+TEST_F(SettingsExample, PrintsItsReportForEachLocale) {
+    for (const std::string locale : {"en", "de", "fr"}) {
+        SCOPED_TRACE(locale);
+        give_file("settings.cfg");
+        EXPECT_EQ(read_bytes(TOVA_TEST_DATA "/config/example_settings/" + locale + ".txt"),
+                  run("HOME=/home/mia LANG=" + locale + ".UTF-8", "-server.port=9090"));
+    }
+}
+
+TEST_F(SettingsExample, SavesItsCountInSections) {
+    give_file("settings.cfg");
+    EXPECT_THAT(run("", ""), HasSubstr("Run number 5 is kept in settings.cfg\n"));
+    EXPECT_THAT(run("", ""), HasSubstr("Run number 6 is kept in settings.cfg\n"));
+    EXPECT_EQ(read_bytes(TOVA_TEST_DATA "/config/example_settings/saved.cfg"),
+              read_bytes(directory.path("settings.cfg")));
+}
+
+TEST_F(SettingsExample, TakesTheFirstSourceOfEachSetting) {
+    give_file("settings.cfg");
+    const std::string output =
+        run("SERVER.HOST=env server.scheme=https", "-server.timeout=1 -port=7");
+    EXPECT_THAT(output, HasSubstr("server.host = localhost (from the file)\n"));
+    EXPECT_THAT(output, HasSubstr("server.port = 8080 (from the file)\n"));
+    EXPECT_THAT(output, HasSubstr("server.timeout = 1 (from the command line)\n"));
+    EXPECT_THAT(output, HasSubstr("server.scheme = https (from the environment)\n"));
+    EXPECT_THAT(output, HasSubstr("port is short for server.port, which is 7\n"));
+}
+
+TEST_F(SettingsExample, ReadsTheFileThatItIsTold) {
+    give_file("other.cfg");
+    const std::string output = run("", "-cfg_file=other.cfg");
+    EXPECT_THAT(output, HasSubstr("read from other.cfg\n"));
+    EXPECT_THAT(output, HasSubstr("server.port = 8080 (from the file)\n"));
+}
+
+TEST_F(SettingsExample, WorksWithoutAFile) {
+    const std::string output = run("", "stray");
+    EXPECT_THAT(output, HasSubstr("Warning! unknown key:stray\n"
+                                  "Ignoring key and continuing\n"
+                                  "Settings of settings.example, which found no file\n"));
+    EXPECT_THAT(output, HasSubstr("server.port = 80 (by default)\n"));
+    EXPECT_THAT(output, HasSubstr("Run number 1 is not kept anywhere\n"));
+}
+
+}  // namespace
