@@ -255,6 +255,10 @@ const int longest_number = buffer_size - 1;
 // More decimals never fit the buffer, and are not worked out.
 const int most_decimals = buffer_size;
 
+// In scientific notation a number has no more decimals than these, so those beyond are zeros. A
+// smaller limit would round where a cut text shows it.
+const int most_exact_decimals = 767;
+
 // So many decimals leave room for a sign, a digit, the point and a three-digit exponent.
 const int most_scientific_decimals = longest_number - 8;
 
@@ -266,7 +270,7 @@ struct printed_number {
 
 void print_scientific(printed_number& number, double value, int precision) {
     number.full_length = std::snprintf(number.text, sizeof number.text, "%.*e",
-                                       std::min(precision, most_decimals), value);
+                                       std::min(precision, most_exact_decimals), value);
     number.length = static_cast<int>(std::min<long>(number.full_length, longest_number));
 }
 

@@ -555,6 +555,21 @@ TEST(FormatDouble, GoesToScientificNotationWhereTheFieldIsTooSmallAndCutsToIt) {
     expect_doubles(double_text, cases);
 }
 
+TEST(FormatDouble, RoundsAtThePrecisionAndNotWhereItCuts) {
+    // The decimals from the 62nd on are 99961, 99980 and 99971: a cut shows none of them.
+    const double_case cases[] = {
+        {1.3836201640311788e-25, "precision|123|fieldsize|63",
+         "1.3836201640311787791706605234128684669197151085549972864116858"},
+        {4.476670650227862e-17, "precision|74|fieldsize|63",
+         "4.4766706502278616929622704796759722632930623693707505861283379"},
+        {-2.5248875796376554e-29, "precision|2147483647|fieldsize|63",
+         "-2.524887579637655399055609228502101158683664592390632889634254"},
+        {2.5248875796376554e-29, "precision|2147483647|fieldsize|63",
+         "2.5248875796376553990556092285021011586836645923906328896342547"},
+    };
+    expect_doubles(double_text, cases);
+}
+
 TEST(FormatDouble, LosesTheHundredsOfAThreeDigitExponent) {
     const double_case cases[] = {
         {1.5e123, "fieldsize|10", "  1.50e+23"},
