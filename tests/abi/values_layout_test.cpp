@@ -7,6 +7,7 @@
 #include <sstream>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -68,6 +69,32 @@ static_assert(!std::is_constructible<variant, const nil_t&>::value, "variant(nil
 static_assert(!std::is_constructible<variant, nil_t>::value, "variant(nil_t&)");
 static_assert(!std::is_constructible<variant, long long>::value, "no long long");
 static_assert(std::is_convertible<int, argument>::value, "argument from any value");
+
+// The operations that never throw say so.
+static_assert(noexcept(std::declval<const variant&>().equal(std::declval<const nil_t&>())), "");
+static_assert(noexcept(std::declval<const variant&>() == std::declval<const nil_t&>()), "");
+static_assert(noexcept(std::declval<const variant&>() != std::declval<const nil_t&>()), "");
+static_assert(std::is_nothrow_destructible<variant>::value, "~variant()");
+static_assert(std::is_nothrow_destructible<variant_type>::value, "~variant_type()");
+static_assert(noexcept(std::declval<variant_type&>().clone()), "clone()");
+static_assert(noexcept(std::declval<const variant_type&>().ostream(std::declval<std::ostream&>())),
+              "ostream()");
+static_assert(noexcept(std::declval<const variant_type&>().as_long_double()), "as_long_double()");
+
+// Two variants have no order and no equality.
+template <typename T, typename = void>
+struct compares : std::false_type {};
+template <typename T>
+struct compares<T, decltype(void(std::declval<const T&>() == std::declval<const T&>()))>
+    : std::true_type {};
+template <typename T, typename = void>
+struct is_ordered : std::false_type {};
+template <typename T>
+struct is_ordered<T, decltype(void(std::declval<const T&>() < std::declval<const T&>()))>
+    : std::true_type {};
+static_assert(compares<ustring8>::value && is_ordered<ustring8>::value, "the tests can tell");
+static_assert(!compares<variant>::value && !is_ordered<variant>::value, "variant");
+static_assert(!compares<argument>::value && !compares<varg_list>::value, "arguments");
 
 // --- Where fields and bases lie ----------------------------------------------------------------
 

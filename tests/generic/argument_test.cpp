@@ -1,15 +1,18 @@
 #include <tova/generic/argument.hpp>
 
+#include <sstream>
 #include <string>
 #include <typeinfo>
 
 #include <gtest/gtest.h>
 
+#include <tova/generic/varg_list.hpp>
 #include <tova/types/nil.hpp>
 
 namespace {
 
 using TOVA_2_18::generic::argument;
+using TOVA_2_18::generic::varg_list;
 using TOVA_2_18::strings::ustring16;
 using TOVA_2_18::strings::ustring8;
 using TOVA_2_18::types::nil;
@@ -73,6 +76,26 @@ TEST(Argument, CarriesNameAndValue) {
     const argument copy(made);
     EXPECT_EQ("name", copy.name());
     EXPECT_EQ(7, copy.value().as_int());
+}
+
+TEST(Argument, SharesTheBodyOfItsValueWithItsCopies) {
+    // The mark of a wide string holds the address of the stored value.
+    const auto printed = [](const argument& given) {
+        std::ostringstream stream;
+        stream << given.value();
+        return stream.str();
+    };
+    const variant value(std::wstring(L"shared"));
+    const argument made("name", value);
+    const argument copy(made);
+    argument assigned;
+    assigned = copy;
+    const varg_list list(assigned);
+    EXPECT_EQ(printed(value), printed(made));
+    EXPECT_EQ(printed(value), printed(copy));
+    EXPECT_EQ(printed(value), printed(assigned));
+    EXPECT_EQ(printed(value), printed(list[0]));
+    EXPECT_NE(printed(value), printed(variant(std::wstring(L"shared"))));
 }
 
 TEST(Argument, IsSomethingWithANameThoughItsValueIsNil) {

@@ -145,6 +145,35 @@ TEST(NilBody, SaysZero) {
     EXPECT_EQ("0", stream.str());
 }
 
+TEST(BoolBody, TakesNoOtherByteThanOneForANumber) {
+    const std::unique_ptr<variant_type> body(new variant_value_t<bool>(true));
+    auto* const byte = static_cast<volatile unsigned char*>(
+        static_cast<void*>(reinterpret_cast<char*>(body.get()) + sizeof(variant_type)));
+    ASSERT_EQ(1, *byte);
+    const auto expect_all = [&](int expected) {
+        EXPECT_EQ(expected, body->as_int());
+        EXPECT_EQ(expected, body->as_short());
+        EXPECT_EQ(expected, body->as_long());
+        EXPECT_EQ(expected, body->as_int8());
+        EXPECT_EQ(expected, body->as_int16());
+        EXPECT_EQ(expected, body->as_int32());
+        EXPECT_EQ(expected, body->as_int64());
+        EXPECT_EQ(expected, body->as_uint8());
+        EXPECT_EQ(expected, body->as_uint16());
+        EXPECT_EQ(static_cast<unsigned int>(expected), body->as_uint32());
+        EXPECT_EQ(static_cast<unsigned long>(expected), body->as_uint64());
+        EXPECT_EQ(expected, body->as_float());
+        EXPECT_EQ(expected, body->as_double());
+        EXPECT_EQ(expected, body->as_long_double());
+    };
+    expect_all(1);
+    for (int other : {0, 2, 3, 128, 255}) {
+        SCOPED_TRACE(other);
+        *byte = static_cast<unsigned char>(other);
+        expect_all(0);
+    }
+}
+
 TEST(WideStringBody, PrintsTheAddressOfItsValue) {
     const variant_value_t<std::wstring> body(L"text");
     std::ostringstream expected;

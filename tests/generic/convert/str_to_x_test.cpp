@@ -13,6 +13,7 @@
 
 #include <tova/exceptions/exceptions.hpp>
 
+#include "support/failing_allocation.hpp"
 #include "support/global_locale.hpp"
 #include "support/number_oracle.hpp"
 #include "support/widths.hpp"
@@ -308,6 +309,50 @@ TYPED_TEST(TextToInteger, TellsFaultsApartByTheirClass) {
     EXPECT_THROW(this->parse("str_to_int8", "-129", 10, true), exceptions::underflow_error);
     EXPECT_THROW(this->parse("str_to_uint8", "-1", 10, true), exceptions::underflow_error);
     EXPECT_THROW(this->parse("str_to_int8", "1", 37), exceptions::invalid_argument_value);
+}
+
+// The place that an exception carries: it has no accessor, but lies behind the table pointer.
+const exceptions::exception::state& place_of(const exceptions::exception& raised) {
+    return *reinterpret_cast<const exceptions::exception::state*>(
+        reinterpret_cast<const char*>(&raised) + sizeof(void*));
+}
+
+TYPED_TEST(TextToInteger, NamesTheInnerRoutineAsThePlaceOfAFault) {
+    for (const auto& with : all_parsers<typename TypeParam::value_type>()) {
+        SCOPED_TRACE(with.name);
+        const struct {
+            const char* input;
+            int base;
+        } cases[] = {{"99999999999999999999", 10},
+                     {"-99999999999999999999", 10},
+                     {"1", 1},
+                     {with.min < 0 ? "1" : "-1", with.min < 0 ? 37 : 10}};
+        for (const auto& c : cases) {
+            SCOPED_TRACE(c.input);
+            const auto source = text<TypeParam>(c.input);
+            try {
+                with.parse(source.c_str(), source.size(), radix(c.base), true);
+                ADD_FAILURE() << "nothing raised";
+            } catch (const exceptions::exception& raised) {
+                const auto& place = place_of(raised);
+                EXPECT_STREQ("generic/convert/str_to_x", place.file);
+                EXPECT_STREQ(with.min < 0 ? "strtointx" : "strtouintx", place.function);
+                EXPECT_LT(0u, place.line);
+            }
+        }
+    }
+}
+
+TYPED_TEST(TextToInteger, NeedsNoMemoryUnlessItRaises) {
+    const auto source = text<TypeParam>(" -99999999999999999999 and more");
+    const auto hexadecimal = text<TypeParam>("0x7F");
+    const auto parsers = all_parsers<typename TypeParam::value_type>();
+    const unsigned long before = test_support::allocations();
+    for (const auto& with : parsers) {
+        EXPECT_TRUE(with.min == with.parse(source.c_str(), source.size(), radix(0), false));
+        EXPECT_EQ(127, with.parse(hexadecimal.c_str(), hexadecimal.size(), radix(0), true));
+    }
+    EXPECT_EQ(before, test_support::allocations());
 }
 
 // --- The radix ---------------------------------------------------------------------------------

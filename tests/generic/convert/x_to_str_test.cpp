@@ -1,6 +1,8 @@
 #include <tova/generic/convert/x_to_str.hpp>
 
 #include <climits>
+#include <csignal>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -8,6 +10,8 @@
 
 #include <tova/generic/convert/str_to_x.hpp>
 
+#include "support/child_process.hpp"
+#include "support/failing_allocation.hpp"
 #include "support/global_locale.hpp"
 #include "support/number_oracle.hpp"
 #include "support/widths.hpp"
@@ -167,6 +171,30 @@ TYPED_TEST(IntegerToText, FitsALongInRadixTwoInto66Units) {
 TYPED_TEST(IntegerToText, IgnoresTheGlobalLocale) {
     const test_support::global_locale locale(test_support::comma_locale());
     EXPECT_EQ(text<TypeParam>("1234567"), (printed<TypeParam, int>(ltoa, 1234567, 10)));
+}
+
+TYPED_TEST(IntegerToText, NeedsNoMemory) {
+    typename TypeParam::value_type buffer[66];
+    const unsigned long before = test_support::allocations();
+    ltoa(INT_MIN, buffer, 2);
+    ultoa(UINT_MAX, buffer, 2);
+    lltoa(LONG_MIN, buffer, 2);
+    ulltoa(ULONG_MAX, buffer, 2);
+    EXPECT_EQ(before, test_support::allocations());
+}
+
+TYPED_TEST(IntegerToText, DividesByARadixOfZero) {
+    typename TypeParam::value_type buffer[66];
+    const std::function<void()> calls[] = {
+        [&] { ltoa(1, buffer, 0); }, [&] { ultoa(0, buffer, 0); }, [&] { lltoa(-1, buffer, 0); },
+        [&] { ulltoa(1, buffer, 0); }};
+    for (const auto& call : calls) {
+        const auto result = test_support::run_in_child(call);
+        EXPECT_FALSE(result.exited && result.exit_code == 0);
+        if (!result.exited && !test_support::under_sanitizer()) {
+            EXPECT_EQ(SIGFPE, result.signal);
+        }
+    }
 }
 
 TEST(ToStr, GivesTheCharacterOfAChar) {

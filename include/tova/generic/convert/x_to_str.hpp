@@ -31,8 +31,8 @@ TOVA_API void ulltoa(unsigned long value, unsigned short* buffer, unsigned int r
 TOVA_API void ulltoa(unsigned long value, wchar_t* buffer, unsigned int radix);
 /// @}
 
-/// What `value << ` writes to a standard string stream of the global C++ locale. Raises only what
-/// the insertion and allocations raise.
+/// What `stream << value` writes to a fresh string stream of the global C++ locale. Raises only
+/// what the insertion and allocations raise.
 template <typename T>
 strings::ustring8 to_str(const T& value) {
     std::stringstream stream;
