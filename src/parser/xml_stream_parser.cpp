@@ -671,13 +671,16 @@ void xml_stream_parser::close_tag(std::list<node>::iterator position) {
 ustring8 xml_stream_parser::parse_name() {
     run text(*this);
     skip_whitespace();
+    const char* const bytes = m_buffer.data();
     const std::size_t begin = m_cursor;
-    while (!text.at_end() && is_name_byte(text.byte()))
-        ++m_cursor;
+    std::size_t cursor = begin;
+    while (cursor < m_end && is_name_byte(bytes[cursor]))
+        ++cursor;
+    m_cursor = cursor;
     // A name that touches the end of the data may not be complete.
     if (text.at_end())
         return ustring8();
-    const ustring8 name(m_buffer.data() + begin, m_cursor - begin);
+    ustring8 name(bytes + begin, cursor - begin);
     // Contract: the cursor goes back one byte in any case; without a name it then stands in front
     // of the byte that is none, as far as the buffer reaches, and whitespace is skipped again.
     if (m_cursor != m_first)
@@ -757,7 +760,8 @@ ustring8 xml_stream_parser::parse_attrib_value() {
 }
 
 void xml_stream_parser::new_node(ustring8 const& name, error_type type, bool ready) {
-    node made = {};
+    m_queue.emplace_back();
+    node& made = m_queue.back();
     made.type = type;
     made.ready = ready;
     made.name = name;
@@ -765,20 +769,20 @@ void xml_stream_parser::new_node(ustring8 const& name, error_type type, bool rea
     made.id = m_next_id++;
     made.parent = m_open_ids.top();
     m_open_ids.push(made.id);
-    m_queue.push_back(std::move(made));
     m_open_elements.emplace(name, std::prev(m_queue.end()));
 }
 
 void xml_stream_parser::end_of_open_node(ustring8 const& name, error_type type) {
-    node made = {};
+    m_queue.emplace_back();
+    node& made = m_queue.back();
     made.type = type;
     made.ready = true;
     made.name = name;
     made.line = m_line;
     made.id = m_open_names.size();
+    made.parent = 0;
     if (m_open_ids.size() > 1)
         m_open_ids.pop();
-    m_queue.push_back(std::move(made));
 }
 
 bool xml_stream_parser::node_queue_empty() const {
