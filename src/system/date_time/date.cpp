@@ -164,7 +164,7 @@ date& date::operator-=(const date_duration& duration) {
     return minus_assign(duration);
 }
 
-// Contract: the number is compared with its sign. From the year 5879610 on numbers count as
+// Contract: the number is compared with its sign. From September 5879610 on numbers count as
 // negative, and no move back by 0 days or more is taken any longer.
 date& date::minus_assign(const date_duration& duration) {
     const unsigned number = pJulian_day_number();

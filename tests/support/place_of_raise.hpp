@@ -1,0 +1,37 @@
+// The place that an exception of the library carries, which no accessor tells.
+#pragma once
+
+#include <string>
+#include <typeinfo>
+
+#include <gtest/gtest.h>
+
+#include <tova/exceptions/exceptions.hpp>
+
+namespace test_support {
+
+inline const TOVA_2_18::exceptions::exception::state&
+place_of_raise(const TOVA_2_18::exceptions::exception& raised) {
+    return *reinterpret_cast<const TOVA_2_18::exceptions::exception::state*>(
+        reinterpret_cast<const char*>(&raised) + sizeof(void*));
+}
+
+// Whether `body` raises exactly this class, with this message from this place.
+template <typename Exception, typename Body>
+::testing::AssertionResult raises(const Body& body, const std::string& message, unsigned line,
+                                  const std::string& file, const std::string& function) {
+    try {
+        body();
+    } catch (const TOVA_2_18::exceptions::exception& raised) {
+        const auto& place = place_of_raise(raised);
+        if (typeid(raised) == typeid(Exception) && message == raised.get_message() &&
+            place.line == line && file == place.file && function == place.function)
+            return ::testing::AssertionSuccess();
+        return ::testing::AssertionFailure()
+               << "raised " << typeid(raised).name() << " \"" << raised.get_message() << "\" at "
+               << place.file << ":" << place.line << " in " << place.function;
+    }
+    return ::testing::AssertionFailure() << "nothing was raised";
+}
+
+}  // namespace test_support

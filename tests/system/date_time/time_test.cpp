@@ -1,0 +1,291 @@
+#include <tova/system/date_time/time.hpp>
+
+#include <limits>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <tova/exceptions/exceptions.hpp>
+
+#include "support/place_of_raise.hpp"
+
+namespace {
+
+using test_support::raises;
+using tova::exceptions::out_of_range;
+using tova::system::date_time::time;
+using tova::system::date_time::time_duration;
+
+namespace date_time = tova::system::date_time;
+
+const char source[] = "system/date_time/time";
+const unsigned largest = std::numeric_limits<unsigned>::max();
+const long a_day = 86400000;
+
+std::string told(const time& value) {
+    const auto digits = [](unsigned number, unsigned count) {
+        const std::string text = std::to_string(number);
+        return std::string(text.size() < count ? count - text.size() : 0, '0') + text;
+    };
+    return digits(value.hour(), 2) + ":" + digits(value.minute(), 2) + ":" +
+           digits(value.second(), 2) + "." + digits(value.millisecond(), 3);
+}
+
+time_duration milliseconds(long count) {
+    return time_duration(0, 0, 0, count);
+}
+
+template <typename Body>
+void expect_bad_hour(const Body& body) {
+    EXPECT_TRUE(raises<out_of_range>(body, "Hour value out of valid range", 51, source, "hour"));
+}
+
+template <typename Body>
+void expect_bad_minute(const Body& body) {
+    EXPECT_TRUE(
+        raises<out_of_range>(body, "Minute value out of valid range", 61, source, "minute"));
+}
+
+template <typename Body>
+void expect_bad_second(const Body& body) {
+    EXPECT_TRUE(
+        raises<out_of_range>(body, "Second value out of valid range", 71, source, "second"));
+}
+
+template <typename Body>
+void expect_bad_millisecond(const Body& body) {
+    EXPECT_TRUE(raises<out_of_range>(body, "Millisecond value out of valid range", 81, source,
+                                     "millisecond"));
+}
+
+TEST(Time, IsMidnightByDefault) {
+    EXPECT_EQ("00:00:00.000", told(time()));
+}
+
+TEST(Time, IsMadeFromItsFourFields) {
+    EXPECT_EQ("12:34:56.789", told(time(12, 34, 56, 789)));
+    EXPECT_EQ("23:59:59.999", told(time(23, 59, 59, 999)));
+}
+
+TEST(Time, ReportsTheFirstBadFieldInTheOrderOfTheFields) {
+    expect_bad_hour([] { time(24, 0, 0, 0); });
+    expect_bad_hour([] { time(24, 60, 60, 1000); });
+    expect_bad_minute([] { time(23, 60, 60, 1000); });
+    expect_bad_second([] { time(23, 59, 60, 1000); });
+    expect_bad_second([] { time(23, 59, 60, 0); });
+    expect_bad_millisecond([] { time(0, 0, 0, 1000); });
+}
+
+TEST(Time, TakesHoursBelow24) {
+    time value;
+    for (unsigned hour = 0; hour < 24; ++hour) {
+        EXPECT_EQ(hour, value.hour(hour));
+        EXPECT_EQ(hour, value.hour());
+    }
+    for (unsigned hour : {24u, 25u, 100u, 0x80000000u, largest}) {
+        SCOPED_TRACE(hour);
+        expect_bad_hour([&] { value.hour(hour); });
+        EXPECT_EQ(23u, value.hour());
+    }
+}
+
+TEST(Time, TakesMinutesBelow60) {
+    time value;
+    for (unsigned minute = 0; minute < 60; ++minute) {
+        EXPECT_EQ(minute, value.minute(minute));
+        EXPECT_EQ(minute, value.minute());
+    }
+    for (unsigned minute : {60u, 61u, 100u, 0x80000000u, largest}) {
+        SCOPED_TRACE(minute);
+        expect_bad_minute([&] { value.minute(minute); });
+        EXPECT_EQ(59u, value.minute());
+    }
+}
+
+TEST(Time, TakesSecondsBelow60AndNoLeapSecond) {
+    time value;
+    for (unsigned second = 0; second < 60; ++second) {
+        EXPECT_EQ(second, value.second(second));
+        EXPECT_EQ(second, value.second());
+    }
+    for (unsigned second : {60u, 61u, 100u, 0x80000000u, largest}) {
+        SCOPED_TRACE(second);
+        expect_bad_second([&] { value.second(second); });
+        EXPECT_EQ(59u, value.second());
+    }
+}
+
+TEST(Time, TakesMillisecondsBelow1000) {
+    time value;
+    for (unsigned millisecond = 0; millisecond < 1000; ++millisecond) {
+        EXPECT_EQ(millisecond, value.millisecond(millisecond));
+        EXPECT_EQ(millisecond, value.millisecond());
+    }
+    for (unsigned millisecond : {1000u, 1001u, 0x80000000u, largest}) {
+        SCOPED_TRACE(millisecond);
+        expect_bad_millisecond([&] { value.millisecond(millisecond); });
+        EXPECT_EQ(999u, value.millisecond());
+    }
+}
+
+TEST(Time, TellsWhichNumbersAreValid) {
+    const time value;
+    for (int number = -2; number < 1100; ++number) {
+        SCOPED_TRACE(number);
+        EXPECT_EQ(number >= 0 && number <= 23, value.is_valid_hour(number));
+        EXPECT_EQ(number >= 0 && number <= 59, value.is_valid_minute(number));
+        EXPECT_EQ(number >= 0 && number <= 59, value.is_valid_second(number));
+        EXPECT_EQ(number >= 0 && number <= 999, value.is_valid_millisecond(number));
+    }
+    for (int number : {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+        EXPECT_FALSE(value.is_valid_hour(number));
+        EXPECT_FALSE(value.is_valid_minute(number));
+        EXPECT_FALSE(value.is_valid_second(number));
+        EXPECT_FALSE(value.is_valid_millisecond(number));
+    }
+}
+
+TEST(Time, IsCopiedAndAssignedByAllForms) {
+    const time value(1, 2, 3, 4);
+    EXPECT_EQ("01:02:03.004", told(time(value)));
+    time assigned;
+    EXPECT_EQ(&assigned, &(assigned = value));
+    EXPECT_EQ("01:02:03.004", told(assigned));
+    time named;
+    EXPECT_EQ(&named, &named.assign(value));
+    EXPECT_EQ("01:02:03.004", told(named));
+}
+
+TEST(TimeSum, WrapsRoundMidnight) {
+    const struct {
+        time from;
+        long milliseconds;
+        const char* to;
+    } cases[] = {
+        {time(23, 59, 59, 999), 1, "00:00:00.000"},
+        {time(23, 30, 0, 0), 3600000, "00:30:00.000"},
+        {time(0, 0, 0, 0), 0, "00:00:00.000"},
+        {time(0, 0, 0, 0), -1, "23:59:59.999"},
+        {time(0, 0, 0, 0), a_day - 1, "23:59:59.999"},
+        {time(12, 0, 0, 0), a_day, "12:00:00.000"},
+        {time(12, 0, 0, 0), 1000 * a_day + 5, "12:00:00.005"},
+        {time(12, 0, 0, 0), -43200000, "00:00:00.000"},
+        {time(12, 0, 0, 0), -43200001, "23:59:59.999"},
+        {time(0, 0, 0, 0), 1 - a_day, "00:00:00.001"},
+        {time(12, 0, 0, 0), 1 - a_day - 43200000, "00:00:00.001"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << told(c.from) << " and " << c.milliseconds);
+        const time_duration duration = milliseconds(c.milliseconds);
+        const time_duration negated = milliseconds(-c.milliseconds);
+        time value(c.from);
+        EXPECT_EQ(&value, &(value += duration));
+        EXPECT_EQ(c.to, told(value));
+        value = c.from;
+        EXPECT_EQ(&value, &value.plus_assign(duration));
+        EXPECT_EQ(c.to, told(value));
+        value = c.from;
+        EXPECT_EQ(&value, &(value -= negated));
+        EXPECT_EQ(c.to, told(value));
+        value = c.from;
+        EXPECT_EQ(&value, &value.minus_assign(negated));
+        EXPECT_EQ(c.to, told(value));
+        EXPECT_EQ(c.to, told(c.from + duration));
+        EXPECT_EQ(c.to, told(duration + c.from));
+        EXPECT_EQ(c.to, told(c.from - negated));
+        EXPECT_EQ(c.to, told(date_time::plus(c.from, duration)));
+        EXPECT_EQ(c.to, told(date_time::plus(duration, c.from)));
+        EXPECT_EQ(c.to, told(date_time::minus(c.from, negated)));
+    }
+}
+
+// A day before midnight is where the remainder turns negative; whole days of it are still 0.
+TEST(TimeSum, RaisesAtTheFirstNegativePartAndKeepsThePartsBeforeIt) {
+    time hours(1, 2, 3, 4);
+    expect_bad_hour([&] { hours += milliseconds(-a_day - 3723004 - 3723004); });
+    EXPECT_EQ("01:02:03.004", told(hours));
+
+    time minutes(1, 2, 3, 4);
+    expect_bad_minute([&] { minutes += milliseconds(-a_day - 3723004 - 123004); });
+    EXPECT_EQ("00:02:03.004", told(minutes));
+
+    time seconds(1, 2, 3, 4);
+    expect_bad_second([&] { seconds += milliseconds(-a_day - 3723004 - 3004); });
+    EXPECT_EQ("00:00:03.004", told(seconds));
+
+    time parts(1, 2, 3, 4);
+    expect_bad_millisecond([&] { parts += milliseconds(-a_day - 3723004 - 4); });
+    EXPECT_EQ("00:00:00.004", told(parts));
+
+    time one(0, 0, 0, 0);
+    expect_bad_millisecond([&] { one += milliseconds(-a_day - 1); });
+
+    time day(0, 0, 0, 0);
+    day += milliseconds(-a_day);
+    EXPECT_EQ("00:00:00.000", told(day));
+    time days(1, 0, 0, 0);
+    days += milliseconds(-5 * a_day - 3600000);
+    EXPECT_EQ("00:00:00.000", told(days));
+}
+
+TEST(TimeDifference, RaisesWhereTheSumWithTheNegatedDurationDoes) {
+    time value(1, 2, 3, 4);
+    expect_bad_minute([&] { value -= milliseconds(a_day + 3723004 + 123004); });
+    EXPECT_EQ("00:02:03.004", told(value));
+    expect_bad_hour([] { time(1, 0, 0, 0) - time_duration(48, 0, 0, 0); });
+    expect_bad_hour([] { date_time::minus(time(1, 0, 0, 0), time_duration(48, 0, 0, 0)); });
+    expect_bad_hour([] { time(1, 0, 0, 0) + time_duration(-48, 0, 0, 0); });
+    expect_bad_hour([] { date_time::plus(time_duration(-48, 0, 0, 0), time(1, 0, 0, 0)); });
+}
+
+TEST(TimeSum, WrapsAt64Bits) {
+    time value;
+    value += milliseconds(std::numeric_limits<long>::max() - a_day);
+    EXPECT_EQ("07:12:55.807", told(value));
+    time over;
+    expect_bad_hour([&] { over += milliseconds(std::numeric_limits<long>::max()); });
+    time least;
+    // The least duration is its own negation.
+    expect_bad_hour([&] { least -= milliseconds(std::numeric_limits<long>::min()); });
+}
+
+// Every minute of a day against plain arithmetic.
+TEST(TimeSum, AgreesWithPlainArithmeticRoundTheDay) {
+    for (long start = 0; start < a_day; start += 613001) {
+        const time from = time() + milliseconds(start);
+        for (long move = -a_day; move <= a_day; move += 60000 * 7 + 333) {
+            const long end = ((start + move) % a_day + a_day) % a_day;
+            const time to = from + milliseconds(move);
+            ASSERT_EQ(end, to.hour() * 3600000L + to.minute() * 60000L + to.second() * 1000L +
+                               to.millisecond())
+                << start << " " << move;
+        }
+    }
+}
+
+TEST(TimeMinusTime, IsTheDurationBetweenTheTwo) {
+    const struct {
+        time left;
+        time right;
+        long milliseconds;
+    } cases[] = {
+        {time(1, 0, 0, 0), time(2, 30, 0, 0), -5400000},
+        {time(2, 30, 0, 0), time(1, 0, 0, 0), 5400000},
+        {time(0, 0, 0, 0), time(0, 0, 0, 5), -5},
+        {time(0, 0, 0, 0), time(23, 59, 59, 999), -86399999},
+        {time(23, 59, 59, 999), time(0, 0, 0, 0), 86399999},
+        {time(1, 0, 0, 0), time(0, 59, 59, 999), 1},
+        {time(9, 8, 7, 6), time(9, 8, 7, 6), 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << told(c.left) << " " << told(c.right));
+        EXPECT_EQ(c.milliseconds, (c.left - c.right).total_milliseconds());
+        EXPECT_EQ(c.milliseconds, date_time::minus(c.left, c.right).total_milliseconds());
+    }
+    const time_duration negative = time(1, 0, 0, 0) - time(2, 30, 0, 0);
+    EXPECT_EQ(-1, negative.hour());
+    EXPECT_EQ(-30, negative.minute());
+    EXPECT_TRUE(negative.is_negative());
+}
+
+}  // namespace
