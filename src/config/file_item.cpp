@@ -1,5 +1,7 @@
 #include <tova/config/file_item.hpp>
 
+#include <sys/stat.h>
+
 #include <fstream>
 #include <limits>
 #include <map>
@@ -12,6 +14,7 @@
 #include <tova/system/io.hpp>
 
 #include "config/config_tree_access.hpp"
+#include "system/file_status.hpp"
 
 namespace TOVA_2_18 {
 
@@ -30,14 +33,21 @@ const unsigned int word_of_step = 0;
 const unsigned int word_of_array = 3;
 const unsigned int array_head = 2;
 
-bool opens_for_reading(const ustring8& name) {
-    return std::ifstream(name.c_str(), std::ios::binary).is_open() &&
-           !system::io::is_directory(name);
+// To open a pipe would wait for its other end, which may never come.
+bool is_pipe(const ustring8& name) {
+    return system::detail::has_mode_bits(name, S_IFIFO);
 }
 
-// Whether the file is one whose whole content can be taken at once: it opens, its size is known, as
-// that of a pipe or a directory is not, and fits the 32 bits that the size passes through.
+bool opens_for_reading(const ustring8& name) {
+    return !is_pipe(name) && !system::io::is_directory(name) &&
+           std::ifstream(name.c_str(), std::ios::binary).is_open();
+}
+
+// Whether the file is one whose whole content can be taken at once: it opens, its size is known and
+// fits the 32 bits that the size passes through.
 bool can_be_taken(const ustring8& name) {
+    if (is_pipe(name))
+        return false;
     std::ifstream file(name.c_str(), std::ios::binary);
     if (!file.is_open())
         return false;
@@ -316,6 +326,8 @@ bool file_item::save() {
     config_node_list entries;
     tree.get_value_pair_array(ustring8(), entries, true, ustring8());
     const ustring8 text = section_writer(entries).write();
+    if (is_pipe(filename))
+        return true;
     try {
         system::store_file(filename, text);
     } catch (const std::runtime_error&) {

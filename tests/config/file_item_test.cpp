@@ -1,5 +1,6 @@
 #include <tova/config/file_item.hpp>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <string>
@@ -299,7 +300,9 @@ TEST(FileItem, LoadsNothingFromAFileThatCannotBeRead) {
     const temporary_directory directory;
     const std::string target = directory.write("target.cfg", "a=1\n");
     ASSERT_EQ(0, symlink(target.c_str(), directory.path("link.cfg").c_str()));
+    ASSERT_EQ(0, mkfifo(directory.path("pipe").c_str(), 0600));
     const std::string names[] = {"",
+                                 directory.path("pipe"),
                                  directory.path("missing.cfg"),
                                  directory.path("link.cfg"),
                                  directory.path(),
@@ -395,7 +398,9 @@ TEST_F(FileChoice, TakesALinkThatOpensAndThenReadsNothing) {
     EXPECT_EQ(lines(), content(item));
 }
 
-TEST_F(FileChoice, PassesOverADirectory) {
+TEST_F(FileChoice, PassesOverADirectoryAndAPipe) {
+    ASSERT_EQ(0, mkfifo(directory.path("pipe").c_str(), 0600));
+    add(("cfg_file=\"" + directory.path("pipe") + "\"").c_str());
     add(("cfg_file=\"" + directory.path() + "\"").c_str());
     add(("cfg_file=\"" + one + "\"").c_str());
     EXPECT_EQ(one, chosen(""));
@@ -596,7 +601,9 @@ TEST(FileItem, ReportsASaveThatCannotBeWrittenAsDone) {
     const std::string target = directory.write("target.cfg", "kept");
     ASSERT_EQ(0, symlink(target.c_str(), directory.path("link.cfg").c_str()));
     ASSERT_EQ(0, symlink("loop", directory.path("loop").c_str()));
+    ASSERT_EQ(0, mkfifo(directory.path("pipe").c_str(), 0600));
     const std::string names[] = {"",
+                                 directory.path("pipe"),
                                  directory.path("link.cfg"),
                                  directory.path(),
                                  directory.path("missing/x.cfg"),

@@ -22,8 +22,8 @@ public:
     ///
     /// The first of `items` whose key `cfg_file` names a file that opens for reading decides. If
     /// there is none and no name was given to the constructor, it is the first whose
-    /// `application.name.raw` with ".cfg" behind it names one. A directory is no file here. Always
-    /// true.
+    /// `application.name.raw` with ".cfg" behind it names one. A directory or a pipe is no file
+    /// here. Always true.
     virtual bool load(const config_item_list& items);
 
     /// As `load_file`. Always true.
@@ -45,7 +45,7 @@ public:
     strings::ustring8 get_filename();
 
     /// Adds the entries of the file to the tree. Without a name, or for a file that cannot be read,
-    /// that is a link or a directory, or has 2 GiB or more, nothing changes.
+    /// that is a link, a directory or a pipe, or has 2 GiB or more, nothing changes.
     void load_file();
 
     /// Moves `position` in `text` to the next line end, or to the end of the text.
