@@ -250,14 +250,10 @@ catalog_t* new_catalog() {
 class identity {
 public:
     identity() : m_is_known(false), m_device(0), m_number(0) {}
-    explicit identity(const ustring8& path) : identity() {
-        struct stat status;
-        if (::stat(path.c_str(), &status) == 0) {
-            m_is_known = true;
-            m_device = status.st_dev;
-            m_number = status.st_ino;
-        }
-    }
+
+    // A link at the end of the path is itself: it counts as empty, whatever it leads to.
+    static identity of_file(const ustring8& path) { return identity(path, ::lstat); }
+    static identity of_directory(const ustring8& path) { return identity(path, ::stat); }
 
     bool operator==(const identity& other) const {
         return m_is_known && other.m_is_known && m_device == other.m_device &&
@@ -265,6 +261,15 @@ public:
     }
 
 private:
+    identity(const ustring8& path, int (*ask)(const char*, struct stat*)) : identity() {
+        struct stat status;
+        if (ask(path.c_str(), &status) == 0) {
+            m_is_known = true;
+            m_device = status.st_dev;
+            m_number = status.st_ino;
+        }
+    }
+
     bool m_is_known;
     dev_t m_device;
     ino_t m_number;
@@ -284,8 +289,8 @@ public:
             return load_error(file_not_found, file);
 
         const ustring8 directory = directory_of(file);
-        m_file = identity(file);
-        m_directory = identity(directory);
+        m_file = identity::of_file(file);
+        m_directory = identity::of_directory(directory);
         if (is_being_read())
             return included_by_itself(file);
 

@@ -1199,6 +1199,20 @@ TEST_F(Include, TellsOfACircleOfFilesHoweverTheyAreSpelled) {
               load("a.xmc"));
 }
 
+TEST_F(Include, TakesALinkToItsOwnFileForEmptyLikeAnyOtherLink) {
+    files.write("a.xmc", xmc("<include file=\"link.xmc\"/>"));
+    ASSERT_EQ(0, ::symlink("a.xmc", files.path("link.xmc").c_str()));
+    EXPECT_EQ(outcome(4, front + "Valid XML header not found\n at line: \"0\"" +
+                             in_file("link.xmc") + in_file("a.xmc")),
+              load("a.xmc"));
+}
+
+TEST_F(Include, TellsOfACircleThroughALinkToADirectory) {
+    files.write("a.xmc", xmc("<include file=\"here/a.xmc\"/>"));
+    ASSERT_EQ(0, ::symlink(".", files.path("here").c_str()));
+    EXPECT_EQ(14, load("a.xmc").first);
+}
+
 TEST_F(Include, MayReadAFileTwice) {
     files.write("a.xmc", xmc("<include file=\"b.xmc\"/><include file=\"b.xmc\"/>"
                              "<include file=\"c.xmc\"/>"));
