@@ -18,6 +18,7 @@
 #include "support/temporary_directory.hpp"
 #include "support/widths.hpp"
 #include <tova/strings/unicode.hpp>
+#include <tova/system/directories.hpp>
 #include <tova/types/nil.hpp>
 
 namespace {
@@ -35,6 +36,7 @@ using TOVA_2_18::parser::xml_parser;
 using TOVA_2_18::strings::ustring16;
 using TOVA_2_18::strings::ustring32;
 using TOVA_2_18::strings::ustring8;
+using TOVA_2_18::system::list_directory;
 using TOVA_2_18::types::nil;
 
 using result_type = message_catalogs::result_type;
@@ -704,6 +706,52 @@ TEST_F(CatalogSet, IsLeftAsItWasByEveryPrefixOfAFile) {
     }
     EXPECT_EQ(0, set.load_file(file("b", whole), "en").type);
     EXPECT_EQ("after", rendered(set, "c", "k"));
+}
+
+// A scan goes in the order of the file system, which `list_directory` tells.
+TEST_F(CatalogSet, ReadsNothingBehindTheFaultThatEndsAScan) {
+    for (const char* name : {"a", "b", "c", "d", "e"})
+        file(std::string("d/") + name + ".xmc", small_file(name, "k"));
+    const std::vector<ustring8> entries = list_directory(files.path("d"));
+    ASSERT_EQ(5u, entries.size());
+    const auto name_of = [](const ustring8& entry) { return ustring8(1, entry[entry.size() - 5]); };
+    file(std::string("d/") + name_of(entries[2]) + ".xmc", xmc("<other/>"));
+
+    for (const bool is_one_named : {false, true}) {
+        message_catalogs fresh;
+        const ustring8 directory = files.path("d");
+        EXPECT_EQ(7, (is_one_named ? fresh.load_directory(directory, "en", "")
+                                   : fresh.load_directory(directory, "en"))
+                         .type);
+        for (std::size_t i = 0; i < entries.size(); ++i)
+            EXPECT_EQ(i < 2, fresh.has_catalog(name_of(entries[i]))) << i;
+    }
+}
+
+TEST_F(CatalogSet, KeepsTheOutcomeOfAFileAcrossOtherFilesOfAScan) {
+    const ustring8 catalog_file = file("d/a.xmc", small_file("c", "k"));
+    for (int i = 0; list_directory(files.path("d")).back() == catalog_file; ++i) {
+        ASSERT_GT(1000, i);
+        file("d/" + std::to_string(i) + ".txt", "text");
+    }
+    EXPECT_EQ(file_success, seen(set.load_directory(ustring8(files.path("d")), "en")));
+}
+
+TEST_F(CatalogSet, TakesTheOutcomeOfADirectoryInAScanForTheLast) {
+    const ustring8 catalog_file = file("d/a.xmc", small_file("c", "k"));
+    for (int i = 0; list_directory(files.path("d")).back() == catalog_file; ++i) {
+        ASSERT_GT(1000, i);
+        file("d/" + std::to_string(i) + "/readme.txt", "text");
+    }
+    EXPECT_EQ(plain_success, seen(set.load_directory(ustring8(files.path("d")), "en")));
+    EXPECT_TRUE(set.has_catalog(ustring8("c")));
+}
+
+TEST_F(CatalogSet, HasNoCatalogForAnEmptyLocaleThoughItHoldsTextsOfIt) {
+    set.load_file(file("a", xmc("<catalog name=\"c\"><msg name=\"k\">x</msg></catalog>")), "_");
+    EXPECT_EQ("x", rendered(set, "c", "k"));
+    EXPECT_TRUE(set.catalog(ustring8("c")).is_language_loaded(ustring8()));
+    EXPECT_FALSE(set.has_catalog(ustring8("c"), ustring8()));
 }
 
 TEST_F(CatalogSet, NamesAFaultFromTheInsideOutward) {

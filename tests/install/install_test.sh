@@ -44,10 +44,22 @@ for compiler in g++ clang++; do
     done
 done
 
-# The program in the README is a program.
+# The program in the README is a program, and prints what its catalog says.
 sed -n '/^```cpp$/,/^```$/p' "$source/../../README.md" | sed '1d;$d' >"$root/readme.cpp"
 g++ -std=c++14 "${warnings[@]}" "${flags[@]}" "$root/readme.cpp" "${libraries[@]}" \
     -o "$root/readme"
+mkdir "$root/catalogs"
+cat >"$root/catalogs/report.xmc" <<'EOT'
+<?xml version="1.0" encoding="UTF-8"?>
+<xmc version="1.1">
+  <catalog name="report" lang="en">
+    <msg name="upload"><arg name="user"/> sent <arg name="bytes" type="memory" precision="1"/>
+      <arg name="bytes" type="memory_unit" precision="1"/>.</msg>
+  </catalog>
+</xmc>
+EOT
+printed=$(cd "$root" && LD_LIBRARY_PATH=$library ./readme)
+[[ $printed == "Maria sent 1.5 MB." ]] || { echo "the README's program prints: $printed"; exit 1; }
 
 headers=0
 while read -r header; do

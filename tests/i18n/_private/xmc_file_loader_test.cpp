@@ -1137,6 +1137,15 @@ TEST_F(Include, StartsFromTheWorkingDirectoryForAPlainName) {
     ASSERT_EQ(0, ::chdir(previous));
 }
 
+TEST_F(Include, LeavesTheDirectoryOfAFileWithAFaultBehind) {
+    files.write("a.xmc", xmc("<include file=\"sub/b.xmc\"/>"));
+    files.write("sub/b.xmc", xmc("<other/>"));
+    EXPECT_EQ(6, load("a.xmc").first);
+    walk at = tokens_of("<include file=\"x.xmc\"/>");
+    EXPECT_EQ(outcome(3, front + "File \"" + files.path("sub/x.xmc") + "\" was not found on disk"),
+              thrown([&] { loader.parse_include(at.cursor, at.end); }));
+}
+
 TEST_F(Include, TakesBothSeparatorsForTheEndOfTheDirectory) {
     files.write("sub\\a.xmc", xmc("<include file=\"b.xmc\"/>"));
     EXPECT_EQ(outcome(3, front + "File \"" + files.path("sub\\b.xmc") + "\" was not found on disk" +
