@@ -872,6 +872,15 @@ TEST(StreamParserEntities, CommitSoThatAValueIsResumedAsAnAttribute) {
     EXPECT_EQ("1 r 1/0; status 6", read_on(parser));
 }
 
+TEST(StreamParserEntities, CommitTheLineAsWell) {
+    const growing_file file(declaration + "<r><a v=\n'one&amp;two");
+    xml_stream_parser parser(file.path(), 1);
+    EXPECT_EQ(0, parser.parse());
+    EXPECT_EQ(2u, parser.line());
+    EXPECT_EQ(6, parser.parse());
+    EXPECT_EQ(2u, parser.line());
+}
+
 TEST(StreamParserEntities, AreDroppedFromAValueThatEndsTooSoonBehindThem) {
     const struct {
         const char* value;  // with what stands behind it, up to the end of the data
@@ -1063,6 +1072,19 @@ TEST(StreamParserLines, CountOnceWhateverTheDataEndIn) {
             lines.push_back(parser.node_queue_pop().line);
         EXPECT_EQ((std::vector<unsigned>{3, 7, 12, 16}), lines);
     }
+}
+
+TEST(StreamParserLines, AreCommittedAtTheEndOfAResumedComment) {
+    const growing_file file(declaration + "<r><!--\n\nxxxx");
+    xml_stream_parser parser(file.path(), 1);
+    parser.parse();
+    file.append("\n--><a");
+    parser.parse();
+    EXPECT_EQ(4u, parser.line());
+    file.append("/></r>");
+    EXPECT_EQ(3, parser.parse());
+    parser.node_queue_pop();
+    EXPECT_EQ(4u, parser.node_queue_front().line);
 }
 
 TEST(StreamParserOffset, IsThePlaceOfTheLastConstructThatWasComplete) {
