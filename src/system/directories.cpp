@@ -21,8 +21,15 @@ namespace {
 
 const mode_t directory_mode = 0775;
 
-bool make_directory(const ustring8& path) {
-    return ::mkdir(path.c_str(), directory_mode) == 0;
+// Makes the part of the path in front of `position`, or all of it at `npos`. The path is cut for
+// the call and whole again behind it, so a path of many parts isn't copied for each of them.
+bool make_directory(ustring8& path, ustring8::size_type position) {
+    if (position == ustring8::npos)
+        return ::mkdir(path.c_str(), directory_mode) == 0;
+    path[position] = '\0';
+    const bool made = ::mkdir(path.c_str(), directory_mode) == 0;
+    path[position] = '/';
+    return made;
 }
 
 bool is_self_or_parent(const char* name) {
@@ -45,10 +52,11 @@ bool create_directory(const ustring8& path) {
     if (!path.empty() && (path[0] == '.' || path[0] == '/'))
         start = path.find('/') + 1;
 
+    ustring8 work(path);
     ustring8::size_type position = path.find('/', start);
-    bool made = make_directory(path.substr(0, position));
+    bool made = make_directory(work, position);
     while ((position = path.find('/', position + 1)) != ustring8::npos)
-        made = make_directory(path.substr(0, position));
+        made = make_directory(work, position);
     return made;
 }
 bool create_directory(const ustring16& path) {

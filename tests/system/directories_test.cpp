@@ -376,6 +376,18 @@ TEST_F(DirectoriesOfASystem, AreNamedMinusOneByABadPath) {
     });
 }
 
+TEST_F(DirectoriesOfASystem, AreTriedInTimeInProportionToThePath) {
+    // Copying the path for each of its parts would take minutes.
+    EXPECT_FALSE(create_directory(ustring8(500000, '/')));
+}
+
+TEST_F(DirectoriesOfASystem, EndTheirNamesAtANulByte) {
+    // The parts behind the byte name "a/b/" again, and the last of them decides the answer.
+    EXPECT_FALSE(create_directory(path("a/b/") + ustring8("\0c/d/", 5)));
+    EXPECT_TRUE(create_directory(path("a/b/") + ustring8("\0c/d/", 5)));
+    EXPECT_EQ(names({"a", "a/b"}), directories_below(directory.path()));
+}
+
 TEST_F(DirectoriesOfASystem, AreClosedAgainAfterAListing) {
     make("folder");
     expect_in_child([this] {
