@@ -1,7 +1,9 @@
 // A program that knows the library by declarations of its own. It includes no header of the library
 // and links against its symbols: names, layouts and slots must be what is declared here.
+#include <exception>
 #include <new>
 #include <string>
+#include <typeinfo>
 
 #include <gtest/gtest.h>
 
@@ -50,6 +52,24 @@ public:
     virtual ~out_of_range() throw();
 };
 
+class length_error : public logic_error {
+public:
+    length_error(const std::string& message, unsigned int line, const char* file,
+                 const char* function);
+    length_error(const std::string& message, const exception::state& where);
+    length_error(const length_error&);
+    virtual ~length_error() throw();
+};
+
+class invalid_argument_value : public logic_error {
+public:
+    invalid_argument_value(const std::string& message, unsigned int line, const char* file,
+                           const char* function);
+    invalid_argument_value(const std::string& message, const exception::state& where);
+    invalid_argument_value(const invalid_argument_value&);
+    virtual ~invalid_argument_value() throw();
+};
+
 class runtime_error : public exception {
 public:
     runtime_error(const std::string& message, unsigned int line, const char* file,
@@ -60,6 +80,33 @@ public:
     virtual const char* get_message() const;
 
     std::string message;
+};
+
+class empty_error : public runtime_error {
+public:
+    empty_error(const std::string& message, unsigned int line, const char* file,
+                const char* function);
+    empty_error(const std::string& message, const exception::state& where);
+    empty_error(const empty_error&);
+    virtual ~empty_error() throw();
+};
+
+class full_error : public runtime_error {
+public:
+    full_error(const std::string& message, unsigned int line, const char* file,
+               const char* function);
+    full_error(const std::string& message, const exception::state& where);
+    full_error(const full_error&);
+    virtual ~full_error() throw();
+};
+
+class overflow_error : public runtime_error {
+public:
+    overflow_error(const std::string& message, unsigned int line, const char* file,
+                   const char* function);
+    overflow_error(const std::string& message, const exception::state& where);
+    overflow_error(const overflow_error&);
+    virtual ~overflow_error() throw();
 };
 
 class underflow_error : public runtime_error {
@@ -84,9 +131,41 @@ namespace generic {
 
 namespace abilities {
 
+class alloc_detection_ability {
+public:
+    bool allocated;
+    alloc_detection_ability();
+    alloc_detection_ability(const alloc_detection_ability&);
+    alloc_detection_ability& operator=(const alloc_detection_ability&);
+    ~alloc_detection_ability() throw();
+};
+
+class reference_count_pointer_ability_b : public alloc_detection_ability {
+public:
+    unsigned int count;
+    reference_count_pointer_ability_b();
+    reference_count_pointer_ability_b(const reference_count_pointer_ability_b&);
+    reference_count_pointer_ability_b& operator=(const reference_count_pointer_ability_b&);
+    ~reference_count_pointer_ability_b() throw();
+};
+
+template <typename T>
+class reference_count_pointer_ability : public reference_count_pointer_ability_b {
+public:
+    reference_count_pointer_ability();
+    reference_count_pointer_ability(const reference_count_pointer_ability&);
+    reference_count_pointer_ability& operator=(const reference_count_pointer_ability&);
+    ~reference_count_pointer_ability() throw();
+};
+
 class clone_ability {
 public:
     virtual ~clone_ability() throw();
+};
+
+class create_ability {
+public:
+    virtual ~create_ability() throw();
 };
 
 }  // namespace abilities
@@ -99,6 +178,68 @@ public:
 };
 
 }  // namespace generic
+
+namespace memory {
+namespace pointers {
+
+template <typename T>
+class rc_pointer {
+public:
+    rc_pointer();
+    rc_pointer(T*);
+    rc_pointer(const rc_pointer&);
+    rc_pointer& operator=(const rc_pointer&);
+    rc_pointer& operator=(T*);
+    ~rc_pointer() throw();
+
+    T* object;
+};
+
+template <typename T>
+class shared_pointer {
+public:
+    shared_pointer();
+    shared_pointer(T*);
+    shared_pointer(const shared_pointer&);
+    shared_pointer& operator=(const shared_pointer&);
+    shared_pointer& operator=(T*);
+    ~shared_pointer() throw();
+
+    T* object;
+};
+
+}  // namespace pointers
+}  // namespace memory
+
+// Two counted classes, one of either order of bases. Their other slots aren't needed here.
+namespace types {
+
+class variant_type : public generic::abilities::reference_count_pointer_ability<variant_type>,
+                     public generic::abilities::clone_ability {
+public:
+    virtual ~variant_type() throw();
+};
+
+}  // namespace types
+
+namespace serialization {
+
+class serialize_buffer
+    : public generic::abilities::create_ability,
+      public generic::abilities::clone_ability,
+      public generic::abilities::reference_count_pointer_ability<serialize_buffer> {
+public:
+    virtual ~serialize_buffer() throw();
+};
+
+}  // namespace serialization
+
+namespace i18n {
+
+// Its fields aren't needed here either.
+class catalog_t : public generic::abilities::reference_count_pointer_ability<catalog_t> {};
+
+}  // namespace i18n
 
 namespace traits {
 
@@ -126,6 +267,29 @@ public:
     virtual void invoke(const char*, const char*, unsigned int&) = 0;
     virtual bool do_equal(const function_type_interface&) const = 0;
     virtual void* do_clone() const = 0;
+};
+
+template <typename Class, typename Signature>
+class member_function_t;
+
+template <typename Class>
+class member_function_t<Class, hook_signature> : public function_type_interface<hook_signature> {
+public:
+    typedef void (Class::*member_type)(const char*, const char*, unsigned int&);
+
+    member_function_t(Class* bound, member_type operation) : object(bound), member(operation) {}
+    virtual ~member_function_t() throw() {}
+    virtual void invoke(const char* expression, const char* file, unsigned int& line) {
+        (object->*member)(expression, file, line);
+    }
+    virtual bool do_equal(const function_type_interface<hook_signature>& other) const {
+        const auto* same = dynamic_cast<const member_function_t*>(&other);
+        return same != nullptr && same->object == object && same->member == member;
+    }
+    virtual void* do_clone() const { return new member_function_t(*this); }
+
+    Class* object;
+    member_type member;
 };
 
 template <>
@@ -223,6 +387,59 @@ TEST_F(Foreign, ExceptionsAreThrownByTheirForeignDeclaration) {
                  }));
 }
 
+template <typename Parent, typename Exception>
+void expect_exception_of_the_library() {
+    SCOPED_TRACE(typeid(Exception).name());
+    const std::string message(60, 'm');
+    const Exception source(message, 5, "file", "function");
+    const Exception copied(source);
+    EXPECT_EQ(message, source.message);
+    EXPECT_EQ(message, copied.message);
+    EXPECT_NE(source.message.data(), copied.message.data());
+    EXPECT_EQ(copied.message.c_str(), copied.get_message());
+    EXPECT_EQ(5u, copied.where.line);
+    EXPECT_STREQ("file", copied.where.file);
+    EXPECT_STREQ("function", copied.where.function);
+
+    const char* caught = "nothing";
+    try {
+        throw Exception(message, exceptions::exception::state(9, "other", "g"));
+    } catch (const std::exception&) {
+        caught = "a standard exception";
+    } catch (const exceptions::exception& raised) {
+        caught = "an exception of the library";
+        EXPECT_EQ(message, raised.get_message());
+        EXPECT_EQ(9u, raised.where.line);
+        EXPECT_EQ(typeid(Exception), typeid(raised));
+        EXPECT_NE(nullptr, dynamic_cast<const Parent*>(&raised));
+    }
+    EXPECT_STREQ("an exception of the library", caught);
+}
+
+TEST_F(Foreign, ExceptionsOfEveryClassAreMadeCopiedAndCaught) {
+    using namespace exceptions;
+    expect_exception_of_the_library<logic_error, logic_error>();
+    expect_exception_of_the_library<logic_error, out_of_range>();
+    expect_exception_of_the_library<logic_error, length_error>();
+    expect_exception_of_the_library<logic_error, invalid_argument_value>();
+    expect_exception_of_the_library<runtime_error, runtime_error>();
+    expect_exception_of_the_library<runtime_error, empty_error>();
+    expect_exception_of_the_library<runtime_error, full_error>();
+    expect_exception_of_the_library<runtime_error, overflow_error>();
+    expect_exception_of_the_library<runtime_error, underflow_error>();
+}
+
+TEST_F(Foreign, ExceptionsOfAnOwnClassAreCaughtAsTheRoot) {
+    class own_error : public exceptions::exception {
+    public:
+        own_error() : exception(3, "own", "f") {}
+        own_error(const own_error& source) : exception(source) {}
+        virtual const char* get_message() const { return "an own message"; }
+    };
+    EXPECT_STREQ("exception an own message",
+                 foreign_peer::catch_by_headers([] { throw own_error(); }));
+}
+
 TEST_F(Foreign, FunctionObjectsAreCalledThroughTheirSlots) {
     foreign_hook hook(1);
     unsigned int line = 7;
@@ -280,6 +497,117 @@ TEST_F(Foreign, HookIsInstalledCalledAndRemoved) {
     EXPECT_EQ("a@f:1 b : 3@f:2 end3 ", s_log);
     EXPECT_FALSE(debug::is_assert_hook_set());
     EXPECT_EQ(nullptr, g_assert_callback.function);
+}
+
+class listener {
+public:
+    void hear(const char* expression, const char*, unsigned int& line) {
+        s_log += std::string(expression) + ":" + std::to_string(line) + " ";
+    }
+    void ignore(const char*, const char*, unsigned int&) {}
+};
+
+TEST_F(Foreign, BindingsOfForeignClassesAreCalledAndCompared) {
+    typedef functor::member_function_t<listener, functor::hook_signature> binding;
+    listener target;
+    listener other;
+    hook_delegate delegate;
+    delegate = binding(&target, &listener::hear);
+    unsigned int line = 4;
+    delegate.invoke("called", "f", line);
+    EXPECT_EQ("called:4 ", s_log);
+
+    const hook_delegate copied(delegate);
+    EXPECT_NE(delegate.function, copied.function);
+    EXPECT_TRUE(foreign_peer::equal(delegate.function, copied.function));
+    const binding elsewhere(&other, &listener::hear);
+    const binding otherwise(&target, &listener::ignore);
+    EXPECT_FALSE(foreign_peer::equal(delegate.function, &elsewhere));
+    EXPECT_FALSE(foreign_peer::equal(delegate.function, &otherwise));
+    const foreign_hook of_another_class(1);
+    EXPECT_FALSE(foreign_peer::equal(delegate.function, &of_another_class));
+
+    s_log.clear();
+    debug::set_assert_hook(copied);
+    debug::_private::____________________ASSERT____________________("asserted", "f", 5, "g");
+    debug::set_assert_hook(hook_delegate());
+    EXPECT_EQ("asserted:5 ", s_log);
+    EXPECT_FALSE(debug::is_assert_hook_set());
+}
+
+template <typename Base>
+class counted : public Base {
+public:
+    virtual ~counted() throw() { s_log += "end "; }
+};
+
+template <typename Base>
+void expect_held_objects() {
+    typedef memory::pointers::rc_pointer<Base> holder;
+    s_log.clear();
+    {
+        counted<Base> item;
+        EXPECT_EQ(0u, item.count);
+        EXPECT_FALSE(item.allocated);
+        {
+            holder first(&item);
+            const holder second(first);
+            holder third;
+            EXPECT_EQ(nullptr, third.object);
+            third = second;
+            EXPECT_EQ(3u, item.count);
+            third = &item;
+            EXPECT_EQ(3u, item.count);
+            third = static_cast<Base*>(nullptr);
+            EXPECT_EQ(nullptr, third.object);
+            EXPECT_EQ(2u, item.count);
+        }
+        EXPECT_EQ(0u, item.count);
+        EXPECT_EQ("", s_log);
+
+        item.allocated = true;
+        item.count = 4;
+        counted<Base> other(item);
+        EXPECT_EQ(0u, other.count);
+        EXPECT_FALSE(other.allocated);
+        other = item;
+        EXPECT_EQ(0u, other.count);
+        EXPECT_FALSE(other.allocated);
+    }
+    s_log.clear();
+    {
+        counted<Base>* const first = new counted<Base>;
+        first->allocated = true;
+        holder owner(first);
+        { const holder second(owner); }
+        EXPECT_EQ("", s_log);
+        counted<Base>* const next = new counted<Base>;
+        next->allocated = true;
+        owner = next;
+        EXPECT_EQ("end ", s_log);
+    }
+    EXPECT_EQ("end end ", s_log);
+}
+
+TEST_F(Foreign, CountedObjectsAreHeldByTheLibrarysHolders) {
+    expect_held_objects<types::variant_type>();
+    expect_held_objects<serialization::serialize_buffer>();
+}
+
+TEST_F(Foreign, CatalogsAreHeldByTheLibrarysHolders) {
+    typedef memory::pointers::shared_pointer<i18n::catalog_t> holder;
+    i18n::catalog_t catalog;
+    {
+        const holder first(&catalog);
+        const holder second(first);
+        holder third;
+        third = second;
+        EXPECT_EQ(3u, catalog.count);
+        third = static_cast<i18n::catalog_t*>(nullptr);
+        third = &catalog;
+        EXPECT_EQ(3u, catalog.count);
+    }
+    EXPECT_EQ(0u, catalog.count);
 }
 
 TEST_F(Foreign, CloneInterfaceCanBeDerivedFrom) {
