@@ -15,7 +15,7 @@ namespace parser {
 ///
 /// The text is UTF-8 and is read in one pass; it begins with an XML declaration. The first fault
 /// ends the run and is given as a `parse_error`. Nothing is built, and nothing of the text is kept
-/// but the names of the elements that are open.
+/// but the names of the elements that are open and of the attributes since the last start tag.
 ///
 /// A parser belongs to one thread at a time, and the delegates are called on the thread that
 /// parses. They must not replace the delegate that is being called.
@@ -61,11 +61,13 @@ public:
 
     /// Parses a text, and gives kind 0 or the first fault.
     ///
-    /// The line counter starts at 0. It counts the line feeds between tags and within tags, not
-    /// those within character data, comments, CDATA sections and attribute values.
+    /// The line counter starts at 0. It counts the line feeds of whitespace that stands between or
+    /// within tags and of what `on_space` hears of, not those of the declaration, of pieces of
+    /// character data, comments, CDATA sections and attribute values.
     ///
     /// Contract: what a run that failed left open stays open for the next run, which then closes
-    /// it, may hold several roots, and gives kind 1 if anything is open at its end.
+    /// it, may hold several roots, and gives kind 1 if anything is open at its end. The attributes
+    /// since the last start tag stay known as well.
     ///
     /// Faults never leave as exceptions. Exceptions of delegates pass through.
     parse_error parse(strings::ustring8 const& text);

@@ -18,7 +18,8 @@ namespace system {
 ///
 /// Contract: a link is refused whatever it points at, as the last component of the path. Links in
 /// front of it are followed. Raises `boost::filesystem::filesystem_error` if that test itself fails
-/// for another reason than a missing file, as with a folder that may not be searched.
+/// for another reason than a missing file, as with a folder that may not be searched, and
+/// `std::length_error` for what has no size that can be told, such as most of /proc.
 TOVA_API int load_file(const strings::ustring8& path, strings::ustring8& content);
 TOVA_API int load_file(const strings::ustring16& path, strings::ustring8& content);
 TOVA_API int load_file(const strings::ustring32& path, strings::ustring8& content);
