@@ -1,12 +1,10 @@
 // docs/serialization.md shows these bytes and this code.
-#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <typeinfo>
-#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -15,39 +13,19 @@
 #include <tova/serialization/serialize_binary_buf.hpp>
 #include <tova/serialization/serialize_text_buf.hpp>
 
-#include "support/temporary_directory.hpp"
+#include "support/guide.hpp"
 
 namespace {
 
+using test_support::guide_blocks;
+using test_support::project_file;
 using tova::serialization::labeled_serialize_buffer;
 using tova::serialization::labeled_text_buffer;
 using tova::serialization::serialize_binary_buf;
 using tova::serialization::serialize_buffer;
 using tova::serialization::serialize_text_buf;
 
-std::string project_file(const std::string& name) {
-    const std::string data = TOVA_TEST_DATA;
-    return test_support::read_bytes(data.substr(0, data.rfind("/tests/")) + "/" + name);
-}
-
-// The fenced blocks of the guide in one language, each with the rest of its opening line.
-std::vector<std::pair<std::string, std::vector<std::string>>> blocks(const std::string& language) {
-    std::vector<std::pair<std::string, std::vector<std::string>>> found;
-    std::istringstream guide(project_file("docs/serialization.md"));
-    bool inside = false;
-    for (std::string line; std::getline(guide, line);) {
-        if (!inside && line.compare(0, 3 + language.size(), "```" + language) == 0) {
-            inside = true;
-            found.emplace_back(line.substr(std::min(line.size(), 4 + language.size())),
-                               std::vector<std::string>());
-        } else if (line.compare(0, 3, "```") == 0) {
-            inside = false;
-        } else if (inside) {
-            found.back().second.push_back(line);
-        }
-    }
-    return found;
-}
+const char guide[] = "docs/serialization.md";
 
 // The bytes in front of the remark, which two blanks set off.
 std::string bytes_of(const std::vector<std::string>& lines) {
@@ -129,7 +107,7 @@ std::map<std::string, std::string> examples() {
 TEST(SerializationGuide, ShowsTheBytesThatAreWritten) {
     const auto written = examples();
     std::map<std::string, std::string> shown;
-    for (const auto& block : blocks("bytes"))
+    for (const auto& block : guide_blocks(guide, "bytes"))
         shown[block.first] = bytes_of(block.second);
     EXPECT_EQ(written, shown);
     EXPECT_EQ(7u, shown.size());
@@ -173,7 +151,7 @@ TEST(SerializationGuide, ShowsCodeThatRuns) {
 TEST(SerializationGuide, ShowsTheCodeOfThisTest) {
     const std::string source = project_file("tests/serialization/guide_test.cpp");
     std::size_t position = source.find("ShowsCodeThatRuns");
-    const auto code = blocks("cpp");
+    const auto code = guide_blocks(guide, "cpp");
     EXPECT_EQ(4u, code.size());
     for (const auto& block : code) {
         for (const auto& line : block.second) {

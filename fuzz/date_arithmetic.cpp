@@ -1,0 +1,291 @@
+// Dates, times and durations moved by any sequence of steps, beside plain arithmetic on wider
+// numbers and a calendar of month lengths. Input: a byte for each step, followed by the four or
+// eight bytes of its number.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include <tova/exceptions/exceptions.hpp>
+#include <tova/system/date_time/date_time.hpp>
+
+#include "../tests/system/date_time/calendar_oracle.hpp"
+
+namespace {
+
+using namespace TOVA_2_18::system::date_time;
+using test_support::calendar_day;
+using TOVA_2_18::exceptions::out_of_range;
+
+__extension__ typedef __int128 wide;
+
+void require(bool holds) {
+    if (!holds)
+        std::abort();
+}
+
+// The low bits of a number, read with a sign.
+int wrapped_32(wide number) {
+    return static_cast<int>(static_cast<unsigned>(number));
+}
+
+long wrapped_64(wide number) {
+    return static_cast<long>(static_cast<unsigned long>(number));
+}
+
+// A date as three numbers, the day as it is stored.
+struct plain_date {
+    unsigned year = 0;
+    unsigned month = 0;
+    unsigned day = 0;
+
+    unsigned number() const { return test_support::number_of({year, month, day}); }
+
+    void set_number(unsigned value) {
+        const calendar_day reached = test_support::reached_by(value);
+        year = reached.year;
+        month = reached.month;
+        day = reached.day;
+    }
+
+    bool set_day(unsigned value) {
+        const bool valid = value - 1 < 31;
+        day = valid ? value : day;
+        return valid;
+    }
+
+    bool set_month(unsigned value) {
+        const bool valid = value - 1 < 12;
+        month = valid ? value : month;
+        return valid;
+    }
+
+    bool move(int days) {
+        set_number(number() + static_cast<unsigned>(days));
+        return true;
+    }
+
+    bool move_back(int days) {
+        if (wrapped_32(number()) <= days)
+            return false;
+        set_number(number() - static_cast<unsigned>(days));
+        return true;
+    }
+
+    unsigned told_day() const {
+        if (month == 0)
+            return 0;
+        const unsigned length = test_support::month_length(year, month);
+        return day < length ? day : length;
+    }
+};
+
+// A time as hour, minute, second and millisecond.
+struct plain_time {
+    unsigned fields[4] = {0, 0, 0, 0};
+
+    bool set(unsigned field, unsigned value) {
+        static const unsigned limits[] = {24, 60, 60, 1000};
+        const bool valid = value < limits[field];
+        fields[field] = valid ? value : fields[field];
+        return valid;
+    }
+
+    bool move(long milliseconds) {
+        const wide now = ((fields[0] * wide(60) + fields[1]) * 60 + fields[2]) * 1000 + fields[3];
+        wide rest = wrapped_64(wide(wrapped_64(now + milliseconds)) + 86400000) % 86400000;
+        const wide units[] = {3600000, 60000, 1000, 1};
+        for (unsigned field = 0; field < 4; ++field) {
+            const wide part = rest / units[field];
+            rest %= units[field];
+            if (part < 0)
+                return false;
+            fields[field] = static_cast<unsigned>(part);
+        }
+        return true;
+    }
+};
+
+struct plain_date_time {
+    plain_date date;
+    plain_time time;
+
+    bool move(long milliseconds, bool back) {
+        const long hours = milliseconds / 3600000;
+        if (hours / 24 != 0) {
+            const long rest = hours % 24;
+            if (rest <= 0)
+                return false;
+            date.day = static_cast<unsigned>(rest);
+            const int days = static_cast<int>(rest);
+            if (!(back ? date.move_back(days) : date.move(days)))
+                return false;
+        }
+        return time.move(back ? wrapped_64(-wide(milliseconds)) : milliseconds);
+    }
+};
+
+void compare(const date& ours, const plain_date& plain) {
+    require(ours.year() == plain.year && ours.month() == plain.month);
+    require(ours.day() == plain.told_day() && ours.get_days() == plain.told_day());
+    require(ours.is_day_constrained() == (plain.told_day() != plain.day));
+    require(ours.is_leap_year() == test_support::is_leap(plain.year));
+    require(ours.pJulian_day_number() == plain.number());
+}
+
+void compare(const time& ours, const plain_time& plain) {
+    require(ours.hour() == plain.fields[0] && ours.minute() == plain.fields[1]);
+    require(ours.second() == plain.fields[2] && ours.millisecond() == plain.fields[3]);
+}
+
+void compare(const time_duration& ours, long milliseconds) {
+    require(ours.total_milliseconds() == milliseconds);
+    require(ours.is_negative() == (milliseconds < 0));
+    require(ours.hour() == wrapped_32(milliseconds / 3600000));
+    const long seconds = milliseconds / 1000 % 3600;
+    require(ours.minute() == seconds / 60 && ours.second() == seconds % 60);
+    require(ours.millisecond() == milliseconds % 1000);
+}
+
+// Whether the step went through without `out_of_range`.
+template <typename Step>
+bool done(const Step& step) {
+    try {
+        step();
+        return true;
+    } catch (const out_of_range&) {
+        return false;
+    }
+}
+
+class bytes {
+public:
+    bytes(const std::uint8_t* data, std::size_t size) : m_data(data), m_left(size) {}
+
+    bool empty() const { return m_left == 0; }
+
+    // Missing bytes are 0.
+    template <typename Number>
+    Number next() {
+        Number number = 0;
+        const std::size_t taken = m_left < sizeof number ? m_left : sizeof number;
+        if (taken != 0)
+            std::memcpy(&number, m_data, taken);
+        m_data += taken;
+        m_left -= taken;
+        return number;
+    }
+
+private:
+    const std::uint8_t* m_data;
+    std::size_t m_left;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    bytes input(data, size);
+    date_time_t ours;
+    plain_date_time plain;
+    time_duration span;
+    long plain_span = 0;
+
+    while (!input.empty()) {
+        const unsigned step = input.next<std::uint8_t>() % 16;
+        if (step < 7) {
+            const unsigned number = input.next<std::uint32_t>();
+            switch (step) {
+            case 0:
+                require(done([&] { ours.day(number); }) == plain.date.set_day(number));
+                break;
+            case 1:
+                require(done([&] { ours.month(number); }) == plain.date.set_month(number));
+                break;
+            case 2:
+                plain.date.year = ours.year(number);
+                require(plain.date.year == number);
+                break;
+            case 3: {
+                date other(ours.date());
+                other.pJulian_day_number(number);
+                ours = other;
+                plain.date.set_number(number);
+                break;
+            }
+            case 4:
+            case 5: {
+                const date_duration days(static_cast<int>(number));
+                date other(ours.date());
+                const bool moved = done([&] { step == 4 ? other += days : other -= days; });
+                require(moved == (step == 4 ? plain.date.move(days.days())
+                                            : plain.date.move_back(days.days())));
+                ours = other;
+                break;
+            }
+            default: {
+                const date_time_t before(ours);
+                ours += date_duration(static_cast<int>(number));
+                ours -= date_duration(static_cast<int>(number));
+                require(std::memcmp(&before, &ours, sizeof ours) == 0);
+            }
+            }
+        } else if (step < 11) {
+            const unsigned number = input.next<std::uint32_t>();
+            const bool set = done([&] {
+                switch (step) {
+                case 7:
+                    ours.hour(number);
+                    break;
+                case 8:
+                    ours.minute(number);
+                    break;
+                case 9:
+                    ours.second(number);
+                    break;
+                default:
+                    ours.millisecond(number);
+                }
+            });
+            require(set == plain.time.set(step - 7, number));
+        } else {
+            const long number = input.next<std::int64_t>();
+            const time_duration move(0, 0, 0, number);
+            switch (step) {
+            case 11:
+            case 12: {
+                const bool back = step == 12;
+                require(done([&] { back ? ours -= move : ours += move; }) ==
+                        plain.move(number, back));
+                break;
+            }
+            case 13: {
+                time other;
+                plain_time plain_other = plain.time;
+                const bool moved = done([&] { other = ours.time() + move; });
+                require(moved == plain_other.move(number));
+                if (moved)
+                    compare(other, plain_other);
+                const time_duration between = ours.time() - time();
+                require((time() + between - ours.time()).total_milliseconds() == 0);
+                break;
+            }
+            case 14: {
+                const int fields[] = {static_cast<int>(number), static_cast<int>(number >> 16),
+                                      static_cast<int>(number >> 32)};
+                span += time_duration(fields[0], fields[1], fields[2], number);
+                const int sum = wrapped_32(fields[0] * wide(3600000) + fields[1] * wide(60000) +
+                                           fields[2] * wide(1000));
+                plain_span = wrapped_64(wide(plain_span) + wrapped_64(wide(sum) + number));
+                break;
+            }
+            default:
+                span -= move;
+                plain_span = wrapped_64(wide(plain_span) - number);
+            }
+        }
+        compare(ours.date(), plain.date);
+        compare(ours.time(), plain.time);
+        compare(span, plain_span);
+    }
+    return 0;
+}
