@@ -152,11 +152,7 @@ date& date::operator+=(const date_duration& duration) {
 // Contract: the date always goes by way of its number, also for a move by no days. That is what
 // makes a real date of a stored 31 February, and 1 March of a 29 February.
 date& date::plus_assign(const date_duration& duration) {
-    date moved;
-    moved.pJulian_day_number(pJulian_day_number() + static_cast<unsigned>(duration.days()));
-    day(moved.day());
-    month(moved.month());
-    year(moved.year());
+    pJulian_day_number(pJulian_day_number() + static_cast<unsigned>(duration.days()));
     return *this;
 }
 
@@ -171,11 +167,7 @@ date& date::minus_assign(const date_duration& duration) {
     if (static_cast<int>(number) <= duration.days())
         throw exceptions::out_of_range("date value out of valid range", minus_assign_line,
                                        source_path, "minus_assign");
-    date moved;
-    moved.pJulian_day_number(number - static_cast<unsigned>(duration.days()));
-    day(moved.day());
-    month(moved.month());
-    year(moved.year());
+    pJulian_day_number(number - static_cast<unsigned>(duration.days()));
     return *this;
 }
 

@@ -21,7 +21,10 @@ const unsigned minute_line = 61;
 const unsigned second_line = 71;
 const unsigned millisecond_line = 81;
 
-const long a_day = 86400000;
+const int a_day = 86400000;
+const int an_hour = 3600000;
+const int a_minute = 60000;
+const int a_second = 1000;
 
 }  // namespace
 
@@ -132,15 +135,18 @@ time& time::operator+=(const time_duration& duration) {
 // it is taken of. A negative part is refused by its setter when the parts in front of it are
 // already set.
 time& time::plus_assign(const time_duration& duration) {
-    time_duration moved(static_cast<int>(m_hour), static_cast<int>(m_minute),
-                        static_cast<int>(m_second), static_cast<long>(m_millisecond));
-    moved += duration;
-    moved += time_duration(0, 0, 0, a_day);
-    const time_duration parts(0, 0, 0, moved.total_milliseconds() % a_day);
-    hour(static_cast<unsigned>(parts.hour()));
-    minute(static_cast<unsigned>(parts.minute()));
-    second(static_cast<unsigned>(parts.second()));
-    millisecond(static_cast<unsigned>(parts.millisecond()));
+    const unsigned now =
+        m_hour * an_hour + m_minute * a_minute + m_second * a_second + m_millisecond;
+    // Durations of any length are added, so the sum wraps without a sign.
+    const unsigned long moved =
+        static_cast<unsigned long>(duration.total_milliseconds()) + now + a_day;
+    int rest = static_cast<int>(static_cast<long>(moved) % a_day);
+    hour(static_cast<unsigned>(rest / an_hour));
+    rest %= an_hour;
+    minute(static_cast<unsigned>(rest / a_minute));
+    rest %= a_minute;
+    second(static_cast<unsigned>(rest / a_second));
+    millisecond(static_cast<unsigned>(rest % a_second));
     return *this;
 }
 

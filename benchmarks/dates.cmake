@@ -1,0 +1,12 @@
+find_package(date QUIET CONFIG)
+
+tova_add_benchmark(bench_dates dates.cpp)
+include(CheckIncludeFileCXX)
+check_include_file_cxx(boost/date_time/gregorian/gregorian_types.hpp HAVE_BOOST_GREGORIAN)
+if(HAVE_BOOST_GREGORIAN)
+  target_compile_definitions(bench_dates PRIVATE HAVE_BOOST_GREGORIAN)
+endif()
+if(TARGET date::date)
+  target_compile_definitions(bench_dates PRIVATE HAVE_HINNANT)
+  target_link_libraries(bench_dates PRIVATE date::date)
+endif()

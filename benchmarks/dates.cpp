@@ -1,0 +1,277 @@
+// Dates from year, month and day to day numbers and back, moves by days, times of day and the
+// clock. Boost's date is a day number inside and ours three fields, so every operation starts and
+// ends with what a caller has: fields or a number. All libraries must agree on all dates before
+// they are measured; 29 February is no result among them.
+#include <chrono>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include <tova/system/date_time/date_time.hpp>
+
+#ifdef HAVE_BOOST_GREGORIAN
+#include <boost/date_time/gregorian/gregorian_types.hpp>
+#include <boost/date_time/posix_time/posix_time_types.hpp>
+#endif
+#ifdef HAVE_HINNANT
+#include <date/date.h>
+#endif
+
+namespace {
+
+struct fields {
+    unsigned year;
+    unsigned month;
+    unsigned day;
+};
+
+unsigned word_of(const fields& date) {
+    return date.year * 10000 + date.month * 100 + date.day;
+}
+
+// Day numbers count from 1 March of year 0, which is 1.
+const int number_of_1970 = 719469;
+
+namespace tova_dates {
+
+namespace date_time = TOVA_2_18::system::date_time;
+
+unsigned to_number(const fields& date) {
+    return date_time::date(date.day, date.month, date.year).pJulian_day_number();
+}
+
+fields told(const date_time::date& date) {
+    return {date.year(), date.month(), date.day()};
+}
+
+fields from_number(unsigned number) {
+    date_time::date date;
+    date.pJulian_day_number(number);
+    return told(date);
+}
+
+fields add(const fields& start, int days) {
+    date_time::date date(start.day, start.month, start.year);
+    date += date_time::date_duration(days);
+    return told(date);
+}
+
+unsigned time_of_day(unsigned start, int milliseconds) {
+    date_time::time time(start / 3600000, start / 60000 % 60, start / 1000 % 60, start % 1000);
+    time += date_time::time_duration(0, 0, 0, milliseconds);
+    return time.hour() * 3600000 + time.minute() * 60000 + time.second() * 1000 +
+           time.millisecond();
+}
+
+fields today() {
+    return told(date_time::date::UTC_date());
+}
+
+}  // namespace tova_dates
+
+#ifdef HAVE_BOOST_GREGORIAN
+namespace boost_dates {
+
+namespace gregorian = boost::gregorian;
+
+const long first_day = static_cast<long>(gregorian::date(1970, 1, 1).day_number()) - number_of_1970;
+
+gregorian::date made(const fields& date) {
+    return gregorian::date(static_cast<unsigned short>(date.year),
+                           static_cast<unsigned short>(date.month),
+                           static_cast<unsigned short>(date.day));
+}
+
+fields told(const gregorian::date& date) {
+    const auto parts = date.year_month_day();
+    return {parts.year, parts.month, parts.day};
+}
+
+unsigned to_number(const fields& date) {
+    return static_cast<unsigned>(static_cast<long>(made(date).day_number()) - first_day);
+}
+
+fields from_number(unsigned number) {
+    const auto parts = gregorian::gregorian_calendar::from_day_number(
+        static_cast<std::uint32_t>(first_day + number));
+    return {parts.year, parts.month, parts.day};
+}
+
+fields add(const fields& start, int days) {
+    gregorian::date date = made(start);
+    date += gregorian::days(days);
+    return told(date);
+}
+
+unsigned time_of_day(unsigned start, int milliseconds) {
+    using boost::posix_time::time_duration;
+    const long ticks_a_millisecond = time_duration::ticks_per_second() / 1000;
+    time_duration time(start / 3600000, start / 60000 % 60, start / 1000 % 60,
+                       start % 1000 * ticks_a_millisecond);
+    time += boost::posix_time::milliseconds(milliseconds);
+    if (time.is_negative())
+        time += boost::posix_time::hours(24);
+    if (time >= boost::posix_time::hours(24))
+        time -= boost::posix_time::hours(24);
+    return static_cast<unsigned>(time.hours() * 3600000 + time.minutes() * 60000 +
+                                 time.seconds() * 1000 +
+                                 time.fractional_seconds() / ticks_a_millisecond);
+}
+
+fields today() {
+    return told(gregorian::day_clock::universal_day());
+}
+
+}  // namespace boost_dates
+#endif
+
+#ifdef HAVE_HINNANT
+namespace hinnant_dates {
+
+date::sys_days made(const fields& value) {
+    return date::year(static_cast<int>(value.year)) / date::month(value.month) /
+           date::day(value.day);
+}
+
+fields told(const date::sys_days& day) {
+    const date::year_month_day parts(day);
+    return {static_cast<unsigned>(static_cast<int>(parts.year())),
+            static_cast<unsigned>(parts.month()), static_cast<unsigned>(parts.day())};
+}
+
+unsigned to_number(const fields& value) {
+    return static_cast<unsigned>(made(value).time_since_epoch().count() + number_of_1970);
+}
+
+fields from_number(unsigned number) {
+    return told(date::sys_days(date::days(static_cast<int>(number) - number_of_1970)));
+}
+
+fields add(const fields& start, int days) {
+    return told(made(start) + date::days(days));
+}
+
+unsigned time_of_day(unsigned start, int count) {
+    using std::chrono::milliseconds;
+    const milliseconds a_day = std::chrono::hours(24);
+    milliseconds time = std::chrono::hours(start / 3600000) +
+                        std::chrono::minutes(start / 60000 % 60) +
+                        std::chrono::seconds(start / 1000 % 60) + milliseconds(start % 1000);
+    time = (time + milliseconds(count) + a_day) % a_day;
+    const date::hh_mm_ss<milliseconds> parts(time);
+    return static_cast<unsigned>(parts.hours().count() * 3600000 + parts.minutes().count() * 60000 +
+                                 parts.seconds().count() * 1000 + parts.subseconds().count());
+}
+
+fields today() {
+    return told(date::floor<date::days>(std::chrono::system_clock::now()));
+}
+
+}  // namespace hinnant_dates
+#endif
+
+struct work {
+    fields date;
+    unsigned number;
+    int days;
+    fields moved;
+    unsigned milliseconds;
+    int move;
+};
+
+// Dates of the years 1600 to 2400, moves by up to a year, times of day and moves by up to a day.
+const std::vector<work>& all_work() {
+    static const std::vector<work> result = [] {
+        std::mt19937 random(1);
+        std::vector<work> made;
+        while (made.size() < 4096) {
+            work item;
+            item.number = 584389 + random() % 292194;
+            item.days = static_cast<int>(random() % 731) - 365;
+            item.date = tova_dates::from_number(item.number);
+            item.moved = tova_dates::from_number(item.number + static_cast<unsigned>(item.days));
+            item.milliseconds = random() % 86400000;
+            item.move = static_cast<int>(random() % 172800000) - 86400000;
+            // Numbers of a 29 February and the one behind it are one date with us.
+            const bool leaps =
+                tova_dates::to_number(item.date) != item.number ||
+                tova_dates::to_number(item.moved) != item.number + static_cast<unsigned>(item.days);
+            if (!leaps)
+                made.push_back(item);
+        }
+        return made;
+    }();
+    return result;
+}
+
+// One pass over all work for each iteration; `step` gives a number that must be `expected`.
+template <typename Step, typename Expected>
+void add_benchmark(const std::string& name, Step step, Expected expected) {
+    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+        const std::vector<work>& items = all_work();
+        for (const work& item : items) {
+            if (step(item) != expected(item)) {
+                state.SkipWithError("gives another date");
+                return;
+            }
+        }
+        for (auto _ : state) {
+            unsigned sum = 0;
+            for (const work& item : items)
+                sum += step(item);
+            benchmark::DoNotOptimize(sum);
+        }
+        state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * items.size()));
+    });
+}
+
+template <unsigned (*ToNumber)(const fields&), fields (*FromNumber)(unsigned),
+          fields (*Add)(const fields&, int), unsigned (*TimeOfDay)(unsigned, int),
+          fields (*Today)()>
+void register_library(const std::string& library) {
+    add_benchmark(
+        "number/of dates/" + library, [](const work& item) { return ToNumber(item.date); },
+        [](const work& item) { return item.number; });
+    add_benchmark(
+        "date/of numbers/" + library,
+        [](const work& item) { return word_of(FromNumber(item.number)); },
+        [](const work& item) { return word_of(item.date); });
+    add_benchmark(
+        "add/days/" + library, [](const work& item) { return word_of(Add(item.date, item.days)); },
+        [](const work& item) { return word_of(item.moved); });
+    add_benchmark(
+        "add/times of day/" + library,
+        [](const work& item) { return TimeOfDay(item.milliseconds, item.move); },
+        [](const work& item) {
+            const long moved = static_cast<long>(item.milliseconds) + item.move + 86400000;
+            return static_cast<unsigned>(moved % 86400000);
+        });
+    benchmark::RegisterBenchmark(("clock/today/" + library).c_str(), [](benchmark::State& state) {
+        for (auto _ : state) {
+            const fields today = Today();
+            benchmark::DoNotOptimize(&today);
+            benchmark::ClobberMemory();
+        }
+    });
+}
+
+bool register_all() {
+    register_library<tova_dates::to_number, tova_dates::from_number, tova_dates::add,
+                     tova_dates::time_of_day, tova_dates::today>("tova");
+#ifdef HAVE_BOOST_GREGORIAN
+    register_library<boost_dates::to_number, boost_dates::from_number, boost_dates::add,
+                     boost_dates::time_of_day, boost_dates::today>("boost");
+#endif
+#ifdef HAVE_HINNANT
+    register_library<hinnant_dates::to_number, hinnant_dates::from_number, hinnant_dates::add,
+                     hinnant_dates::time_of_day, hinnant_dates::today>("hinnant");
+#endif
+    return true;
+}
+
+const bool registered = register_all();
+
+}  // namespace
