@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/class_name.hpp"
+
 namespace {
 
 using tova::types::absolute_unit;
@@ -197,7 +199,7 @@ typedef ::testing::Types<basic_absolute_impl<1>, basic_absolute_impl<2>, basic_a
                          basic_absolute_impl<4>, basic_absolute_impl<5>, basic_absolute_impl<6>,
                          basic_absolute_impl<7>, basic_absolute_impl<8>>
     all_units;
-TYPED_TEST_SUITE(BasicAbsolute, all_units);
+TYPED_TEST_SUITE(BasicAbsolute, all_units, test_support::class_name);
 
 template <int N>
 const unit_row& row(const basic_absolute_impl<N>&) {
