@@ -1,8 +1,8 @@
 // Follows an XML log while another process writes it, and prints its entries as they come.
 //
-//     tova_example_follow                  writes a log itself, with a fault in it, and follows it
-//     tova_example_follow FILE [NAME ...]  follows FILE up to its end; after a fault it goes on at
-//                                          the next element of one of the names
+//     tova_example_tail                  writes a log itself, with a fault in it, and follows it
+//     tova_example_tail FILE [NAME ...]  follows FILE up to its end; after a fault it goes on at
+//                                        the next element of one of the names
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -86,7 +86,7 @@ void write_log(const std::string& path) {
 }
 
 int follow_a_log_of_our_own() {
-    char folder[] = "/tmp/tova_example_follow_XXXXXX";
+    char folder[] = "/tmp/tova_example_tail_XXXXXX";
     if (::mkdtemp(folder) == nullptr)
         return EXIT_FAILURE;
     const std::string path = std::string(folder) + "/log.xml";

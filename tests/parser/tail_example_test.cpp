@@ -35,7 +35,7 @@ run_result run_example(const std::string& arguments) {
     return result;
 }
 
-TEST(FollowExample, FollowsItsOwnLogAcrossAFault) {
+TEST(TailExample, FollowsItsOwnLogAcrossAFault) {
     const run_result result = run_example("");
     EXPECT_EQ(0, result.exit_code);
     EXPECT_EQ("begin log, host is one\n"
@@ -47,7 +47,7 @@ TEST(FollowExample, FollowsItsOwnLogAcrossAFault) {
               result.output);
 }
 
-TEST(FollowExample, FollowsAFileWhileItIsWritten) {
+TEST(TailExample, FollowsAFileWhileItIsWritten) {
     const test_support::temporary_directory directory;
     const std::string path = directory.write("log.xml", "");
     std::thread writer([&path] {
@@ -69,7 +69,7 @@ TEST(FollowExample, FollowsAFileWhileItIsWritten) {
               result.output);
 }
 
-TEST(FollowExample, GivesUpWhereThereIsNothingToFollow) {
+TEST(TailExample, GivesUpWhereThereIsNothingToFollow) {
     const test_support::temporary_directory directory;
     run_result result = run_example("'" + directory.path("missing.xml") + "'");
     EXPECT_EQ(1, result.exit_code);
