@@ -105,6 +105,13 @@ TEST(MessageLayout, CatalogsHoldMarkCountNameLocalesAndMessages) {
     EXPECT_EQ("app", field_at<ustring8>(&catalog, 8));
     EXPECT_EQ(1u, (field_at<std::set<ustring8>>(&catalog, 40).count("")));
     EXPECT_EQ(1u, (field_at<std::map<ustring8, message_t>>(&catalog, 88).count("a")));
+
+    // The set of locales is copied as it stands and emptied when a message is stored.
+    catalog_t target;
+    target.assign(catalog);
+    EXPECT_EQ(1u, (field_at<std::set<ustring8>>(&target, 40).size()));
+    target.message("b", message_t());
+    EXPECT_TRUE((field_at<std::set<ustring8>>(&target, 40).empty()));
 }
 
 }  // namespace

@@ -194,8 +194,9 @@ TEST(Catalog, MakesItsLocalesFromEachOfTheQueries) {
         EXPECT_EQ("en", *std::prev(end));
     }
     const catalog_t fresh(catalog);
-    ASSERT_TRUE(fresh.languages_begin() != fresh.languages_end());
-    EXPECT_EQ("en", *fresh.languages_begin());
+    const auto begin = fresh.languages_begin();
+    ASSERT_TRUE(begin != fresh.languages_end());
+    EXPECT_EQ("en", *begin);
 }
 
 TEST(Catalog, AddsToTheLocalesThatItHas) {
@@ -237,6 +238,15 @@ TEST(Catalog, CopiesNameLocalesAndMessagesButNoHolders) {
     EXPECT_EQ("app", copy.name());
     EXPECT_FALSE(copy.allocated);
     EXPECT_EQ(0u, copy.count);
+}
+
+TEST(Catalog, TakesOverTheLocalesOfTheOtherInPlaceOfItsOwn) {
+    catalog_t source, target;
+    source.message("a", message("text", "en"));
+    target.message("a", message("text", "fr"));
+    target.gen_lang_set();
+    target = source;
+    EXPECT_THAT(languages(target), ElementsAre("en"));
 }
 
 TEST(Catalog, StaysWhenAssignedToItself) {

@@ -301,8 +301,11 @@ TEST(FormatInt, ReadsTheFieldSizeAsACNumberCutTo32Bits) {
 
 TEST(FormatInt, LetsALaterPairOverrideAnEarlierOne) {
     const int_case cases[] = {
-        {8, "base|hex|base|oct", "o10"},         {255, "base|hex|base|dec", "255"},
-        {255, "fieldsize|1|fieldsize|3", "255"}, {255, "fieldsize|3|fieldsize|1", "-0"},
+        {8, "base|hex|base|oct", "o10"},
+        {255, "base|hex|base|dec", "255"},
+        {0xfffff, "base|hex|base|spaced_dec", "1 048 575"},
+        {255, "fieldsize|1|fieldsize|3", "255"},
+        {255, "fieldsize|3|fieldsize|1", "-0"},
         {255, "fieldsize|6|base|hex", "0x00ff"},
     };
     expect_ints(cases);
