@@ -45,8 +45,10 @@ converted convert(const std::string& to, const std::string& from, std::string in
         if (errno == EINVAL) {
             result.cut = true;
         } else {
-            ++read;
-            --left;
+            if (left > 0) {  // a refused character may be stepped over already
+                ++read;
+                --left;
+            }
             *write++ = '?';
             --room;
         }

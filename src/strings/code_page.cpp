@@ -1,5 +1,6 @@
 #include <tova/strings/code_page.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <iconv.h>
 #include <langinfo.h>
@@ -142,9 +143,13 @@ std::string convert(const char* to, const char* from, const std::string& text, c
         }
         case EILSEQ:
             if (output.room() == 0)
-                output.grow(input_left);
-            ++input;
-            --input_left;
+                output.grow(std::max<std::size_t>(input_left, 1));
+            // Some tables of iconv step over what they refuse (A2 E8 of CP949), so that at the end
+            // of the text no byte is left to skip. The mark still stands for the character.
+            if (input_left > 0) {
+                ++input;
+                --input_left;
+            }
             output.put('?');
             grown = false;
             break;

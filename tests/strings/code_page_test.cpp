@@ -369,6 +369,20 @@ TEST(CodePageDecode, ABadByteGivesOneMark) {
     }
 }
 
+// Among them are some that iconv has stepped over when it refuses them, such as A2 E8 of CP949.
+TEST(CodePageDecode, EveryPairOfBytesGivesAtMostFourCharacters) {
+    for (const int value : {932, 936, 949, 950}) {
+        const code_page page(number(value));
+        for (int pair = 0x8000; pair < 0x10000; ++pair) {
+            const std::string bytes = {static_cast<char>(pair >> 8), static_cast<char>(pair)};
+            const ustring32 text = page.as_utf32(bytes);
+            if (text.size() > 4)
+                ADD_FAILURE() << value << ": " << std::hex << pair << " gives " << text.size();
+        }
+    }
+    EXPECT_NE("", code_page(code_page::encoding_949).as_utf8("\xA2\xE8"));
+}
+
 TEST(CodePageDecode, ACutSequenceEndsTheTextOrAddsTwoNulBytes) {
     const code_page page(code_page::encoding_936);
     EXPECT_EQ(ustring8("ab"), page.as_utf8("ab\xD6")) << "with room";

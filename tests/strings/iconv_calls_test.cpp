@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <tova/exceptions/exceptions.hpp>
+#include <tova/strings/gh2.hpp>
 
 namespace {
 
@@ -23,6 +24,8 @@ struct {
     std::set<iconv_t> open;
     int open_error = 0;  // errno of a failing iconv_open
     int error = 0;       // errno of a failing iconv
+    // What iconv writes while it steps over the whole input, to refuse it then; null if it doesn't.
+    const char* stepped_over = nullptr;
     bool close_fails = false;
 } record;
 
@@ -61,6 +64,14 @@ extern "C" std::size_t iconv(iconv_t handle, char** input, std::size_t* left, ch
         errno = record.error;
         return static_cast<std::size_t>(-1);
     }
+    if (record.stepped_over != nullptr) {
+        *input += *left;
+        *left = 0;
+        for (const char* unit = record.stepped_over; *unit != '\0'; ++unit, --*room)
+            *(*output)++ = *unit;
+        errno = EILSEQ;
+        return static_cast<std::size_t>(-1);
+    }
     return next<function>("iconv")(handle, input, left, output, room);
 }
 
@@ -85,6 +96,7 @@ protected:
         record.calls.clear();
         record.open_error = 0;
         record.error = 0;
+        record.stepped_over = nullptr;
         record.close_fails = false;
     }
     void TearDown() override {
@@ -151,6 +163,17 @@ TEST_F(IconvCalls, ABadByteWithoutRoomFindsRoomForTwiceTheInputLeftFirst) {
         record.calls);
 }
 
+// Nothing is left to skip then, nor to take room for.
+TEST_F(IconvCalls, ACharacterRefusedBehindTheLastByteGivesOneMark) {
+    record.stepped_over = "";
+    EXPECT_EQ("?", latin.encode(ustring8("ab")));
+    EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "convert 2 into 2", "close"}), record.calls);
+    EXPECT_EQ("?", latin.as_utf8("ab"));
+    record.stepped_over = "xy";
+    EXPECT_EQ("xy?", latin.encode(ustring8("ab"))) << "without room";
+    EXPECT_EQ("xy?", latin.as_utf8("ab"));
+}
+
 TEST_F(IconvCalls, ACutSequenceEndsTheWalk) {
     EXPECT_EQ("ab", chinese.as_utf8("ab\xD6"));
     EXPECT_EQ((calls{"open UTF-8 GBK", "reset", "convert 3 into 3", "close"}), record.calls);
@@ -173,6 +196,13 @@ TEST_F(IconvCalls, APairThatIconvDoesNotKnowRaises) {
     EXPECT_EQ("convertions not supported", runtime_error_of([&] { latin.as_utf8("a"); }));
     EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "open ISO-8859-1 UTF-8", "open UTF-8 ISO-8859-1"}),
               record.calls);
+}
+
+TEST_F(IconvCalls, TheLocalesTextRaisesAsItsCodePageDoes) {
+    record.open_error = EINVAL;
+    EXPECT_EQ("convertions not supported", runtime_error_of([] { strings::gh2::to_ansi("a"); }));
+    EXPECT_EQ("convertions not supported", runtime_error_of([] { strings::gh2::from_ansi(""); }));
+    EXPECT_EQ((calls{"open ANSI_X3.4-1968 UTF-8", "open UTF-8 ANSI_X3.4-1968"}), record.calls);
 }
 
 TEST_F(IconvCalls, AnyOtherFailureToOpenRaises) {

@@ -16,7 +16,8 @@ namespace strings {
 /// locale's character set anew; nothing is cached, and threads may share an object.
 ///
 /// Characters that cannot be converted are no failure: they come out as "?", one for each byte
-/// skipped. A text that ends in the middle of a character ends in front of it.
+/// skipped. A text that ends in the middle of a character ends in front of it; if the output was
+/// just full there, two NUL bytes stand in its place.
 class TOVA_API code_page {
 public:
     /// The known code pages. The numbers are part of the interface.
