@@ -341,7 +341,7 @@ TYPED_TEST(ForeignSequence, WritesAndReadsEachTypeThroughTheSlots) {
     EXPECT_EQ(-0.25, buffer.read_double());
     EXPECT_EQ(bytes("a\001b"), buffer.read_string());
     const rc_pointer<serialize_buffer> nested(buffer.read_buffer());
-    EXPECT_TRUE(typeid(*nested.operator->()) == typeid(TypeParam));
+    EXPECT_NE(nullptr, dynamic_cast<TypeParam*>(nested.operator->()));
     EXPECT_EQ(bytes("7\001"), nested->as_str());
     EXPECT_TRUE(nested->allocated);
     EXPECT_EQ(1u, nested->count);
