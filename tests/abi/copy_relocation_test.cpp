@@ -1,12 +1,14 @@
 // Built as a program that is not position independent: the linker moves the library's data objects
 // into the program, and the library must use them there.
 #include <cstdint>
+#include <ctime>
 
 #include <gtest/gtest.h>
 
 #include <tova/debug/assert.hpp>
 #include <tova/generic/varg_list.hpp>
 #include <tova/i18n/message_catalogs.hpp>
+#include <tova/system/date_time/timer.hpp>
 #include <tova/types/nil.hpp>
 
 extern "C" char __executable_start;
@@ -54,6 +56,28 @@ TEST(CopyRelocation, LetsTheLibraryAnswerWithTheProgramsNilCatalogAndMessages) {
     EXPECT_EQ(&message_catalogs::s_nil_catalog, &set.catalog(name));
     EXPECT_EQ(&message_catalogs::s_nil_message, &set.message(name, name));
     EXPECT_EQ(&catalog_t::m_nil_message, &set.catalog(name).message(name));
+}
+
+TEST(CopyRelocation, LetsTheLibraryTakeOffTheOverheadThatTheProgramHolds) {
+    using namespace system::date_time;
+    EXPECT_TRUE(lies_in_this_program(&timer::m_overheadMicroseconds));
+    EXPECT_TRUE(lies_in_this_program(&sAutoTester));
+    const unsigned long measured = timer::m_overheadMicroseconds;
+    timer::m_overheadMicroseconds = 3600000000;
+    timer stopwatch;
+    stopwatch.start();
+    stopwatch.stop();
+    EXPECT_EQ(0u, stopwatch.elapsed());
+    timer::m_overheadMicroseconds = 0;
+    const timespec pause = {0, 2000000};
+    stopwatch.start();
+    nanosleep(&pause, nullptr);
+    stopwatch.stop();
+    EXPECT_LT(0u, stopwatch.elapsed());
+    timer::m_overheadMicroseconds = 3600000000;
+    auto_tester();
+    EXPECT_EQ(3600000000, timer::m_overheadMicroseconds);
+    timer::m_overheadMicroseconds = measured;
 }
 
 TEST(CopyRelocation, ShowsTheProgramsObjectToTheLibrary) {
