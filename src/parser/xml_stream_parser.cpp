@@ -328,9 +328,12 @@ private:
             throw mismatched_end_tag;
         // Contract: the name alone tells the root's end, so an element of an open level within it
         // that bears the same name ends the document, too.
-        m_parser.m_finished = name == m_parser.m_root;
-        m_parser.end_of_open_node(name, m_parser.m_finished ? end_of_document : no_error);
-        if (!m_parser.m_finished)
+        // Nothing takes it back: elements that follow in the root's own end tag may close, too.
+        const bool is_root = name == m_parser.m_root;
+        m_parser.end_of_open_node(name, is_root ? end_of_document : no_error);
+        if (is_root)
+            m_parser.m_finished = true;
+        else
             m_parser.m_status = no_error;
         // `<r/>` has left its name behind, but no element.
         if (!m_parser.m_open_elements.empty())

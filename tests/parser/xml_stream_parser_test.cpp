@@ -550,6 +550,18 @@ TEST(StreamParserTags, GiveStatus1ForTextBehindTheRootsName) {
     EXPECT_EQ("1 r 1/0; 3 r 1/0; status 6", read("<r></r x><"));
 }
 
+TEST(StreamParserTags, StayAtTheEndIfAnElementStandsInTheRootsEndTag) {
+    EXPECT_EQ("1 r 1/0; 3 r 1/0; 1 s 2/0; 0 s 1/0; status 3", read("<r></r<s></s>", 2));
+    EXPECT_EQ("1 r 1/0; 3 r 1/0; 1 s 2/0; 0 s 1/0; status 3", read("<r></r<s></s>>", 2));
+
+    // The document is over with the root's name, so the element is not looked at again.
+    const growing_file file(declaration + "<r></r<s></s ");
+    xml_stream_parser parser(file.path(), 2);
+    EXPECT_EQ("1 r 1/0; 3 r 1/0; 1 s 2/0; 0 s 1/0; status 0", read_on(parser));
+    file.append("><t/>");
+    EXPECT_EQ("status 0", read_on(parser));
+}
+
 // --- Names --------------------------------------------------------------------------------------
 
 TEST(StreamParserNames, HoldLettersDigitsUnderscoresAndHighBytes) {
