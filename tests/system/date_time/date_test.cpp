@@ -2,7 +2,6 @@
 
 #include <limits>
 #include <ostream>
-#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -445,18 +444,6 @@ TEST(DateSum, AndDifferenceGoADayOnAndADayBackIn800Years) {
         back -= date_duration(1);
         ASSERT_EQ(test_support::reached_by(number - 1), told(back)) << number;
     }
-}
-
-template <typename Left, typename Right, typename = void>
-struct has_equality : std::false_type {};
-template <typename Left, typename Right>
-struct has_equality<Left, Right,
-                    decltype(void(std::declval<const Left&>() == std::declval<const Right&>()))>
-    : std::true_type {};
-
-TEST(Date, HasNoComparison) {
-    EXPECT_FALSE((has_equality<date, date>::value));
-    EXPECT_TRUE((has_equality<calendar_day, calendar_day>::value));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <limits>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -264,6 +265,67 @@ TEST(DateTimeSum, TakesTheHoursOfTheLongestDurations) {
     EXPECT_EQ("14.3.2001 0:0:0.0", told(value));
     expect_bad_day([&] { value += milliseconds(std::numeric_limits<long>::min()); });
     expect_bad_day([&] { value -= milliseconds(std::numeric_limits<long>::min()); });
+}
+
+template <typename Left, typename Right, typename = void>
+struct has_equality : std::false_type {};
+template <typename Left, typename Right>
+struct has_equality<Left, Right,
+                    decltype(void(std::declval<const Left&>() == std::declval<const Right&>()))>
+    : std::true_type {};
+
+template <typename Left, typename Right, typename = void>
+struct has_order : std::false_type {};
+template <typename Left, typename Right>
+struct has_order<Left, Right,
+                 decltype(void(std::declval<const Left&>() < std::declval<const Right&>()))>
+    : std::true_type {};
+
+template <typename Left, typename Right, typename = void>
+struct has_sum : std::false_type {};
+template <typename Left, typename Right>
+struct has_sum<Left, Right,
+               decltype(void(std::declval<const Left&>() + std::declval<const Right&>()))>
+    : std::true_type {};
+
+template <typename Left, typename Right, typename = void>
+struct has_difference : std::false_type {};
+template <typename Left, typename Right>
+struct has_difference<Left, Right,
+                      decltype(void(std::declval<const Left&>() - std::declval<const Right&>()))>
+    : std::true_type {};
+
+template <typename Value>
+bool has_comparison() {
+    return has_equality<Value, Value>::value || has_order<Value, Value>::value;
+}
+
+TEST(DateTime, HasNoComparisonAndNeitherHaveItsFellows) {
+    EXPECT_FALSE(has_comparison<date>());
+    EXPECT_FALSE(has_comparison<time>());
+    EXPECT_FALSE(has_comparison<date_time_t>());
+    EXPECT_FALSE(has_comparison<date_duration>());
+    EXPECT_FALSE(has_comparison<time_duration>());
+    EXPECT_TRUE(has_comparison<int>());
+}
+
+TEST(DateTime, HasNoFreeSumOrDifferenceAndNeitherHasADate) {
+    EXPECT_FALSE((has_sum<date, date_duration>::value));
+    EXPECT_FALSE((has_sum<date_duration, date>::value));
+    EXPECT_FALSE((has_difference<date, date_duration>::value));
+    EXPECT_FALSE((has_difference<date, date>::value));
+    EXPECT_FALSE((has_sum<date_time_t, date_duration>::value));
+    EXPECT_FALSE((has_sum<date_time_t, time_duration>::value));
+    EXPECT_FALSE((has_sum<time_duration, date_time_t>::value));
+    EXPECT_FALSE((has_difference<date_time_t, date_duration>::value));
+    EXPECT_FALSE((has_difference<date_time_t, time_duration>::value));
+    EXPECT_FALSE((has_difference<date_time_t, date_time_t>::value));
+    EXPECT_TRUE((has_sum<time, time_duration>::value));
+    EXPECT_TRUE((has_sum<time_duration, time>::value));
+    EXPECT_TRUE((has_difference<time, time_duration>::value));
+    EXPECT_TRUE((has_difference<time, time>::value));
+    EXPECT_TRUE((has_sum<date_duration, date_duration>::value));
+    EXPECT_TRUE((has_difference<time_duration, time_duration>::value));
 }
 
 }  // namespace

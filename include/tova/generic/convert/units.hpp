@@ -18,8 +18,8 @@ TOVA_API types::device_unit to_device_unit(int length, types::device_unit::unit_
 
 /// A physical length on a device, cut toward zero: `as_md() * dpi / 100000`.
 ///
-/// Contract: the product wraps at 32 bits, from 223 inches at 96 dpi on. Longer lengths are
-/// converted in pieces.
+/// Contract: the product wraps at 32 bits. At 96 dpi that is between 223 and 224 inches; longer
+/// lengths are converted in pieces.
 TOVA_API types::device_unit to_device_unit(const types::absolute_unit& length, int dpi);
 
 /// The same for a length in a unit; a type that is no unit counts as md.
