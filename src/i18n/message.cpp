@@ -5,6 +5,8 @@
 #include "i18n/rendering.hpp"
 
 #include <algorithm>
+#include <iterator>
+#include <set>
 #include <utility>
 
 namespace TOVA_2_18 {
@@ -85,11 +87,20 @@ unsigned long message_t::size() const {
 }
 
 generic::varg_list message_t::arguments() const {
+    // What `push_back` of name and value gives, which would look through the whole list for each
+    // item. A name is given behind it; items without one are never taken for equal.
     generic::varg_list result;
-    const types::variant nil;
-    for (const message_item& item : m_items)
-        if (is_argument(item))
-            result.push_back(item.m_data, nil);
+    std::set<strings::ustring8> names;
+    const generic::argument unnamed;
+    for (const message_item& item : m_items) {
+        if (!is_argument(item))
+            continue;
+        const strings::ustring8& data = item.m_data;
+        if (data.empty() || names.insert(data).second) {
+            result.push_back(unnamed);
+            std::prev(result.end())->name(data);
+        }
+    }
     return result;
 }
 

@@ -197,6 +197,17 @@ TEST(Message, ListsItsArgumentsUnderTheWholeDataOfTheirItems) {
     EXPECT_EQ(0u, message_t("k", items{message_item("text")}).arguments().count());
 }
 
+TEST(Message, ListsManyArgumentsOnceEachAndInOrder) {
+    const int names = 50000;  // in quadratic time minutes
+    items parts;
+    for (int i = 0; i < 2 * names; ++i)
+        parts.push_back(item(3, "n" + std::to_string(i % names)));
+    const varg_list arguments = message_t("k", parts).arguments();
+    ASSERT_EQ(static_cast<unsigned long>(names), arguments.count());
+    for (int i = 0; i < names; ++i)
+        ASSERT_EQ("n" + std::to_string(i), arguments[static_cast<unsigned long>(i)].name());
+}
+
 TEST(Message, ListsEachArgumentWithoutANameAnew) {
     EXPECT_EQ(2u, message_t("k", items{item(1, ""), item(3, "")}).arguments().count());
 }
