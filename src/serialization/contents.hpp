@@ -18,10 +18,15 @@ inline void take_over_state(serialize_buffer& copy, const serialize_buffer& sour
     copy.allocated = source.allocated;
 }
 
-// A negative length is huge as a size, and the string refuses it.
-inline void replace(std::string& content, const char* text, int length) {
+// The message is published and so doesn't follow the installed standard library.
+inline void require_text(const char* text, int length) {
     if (text == nullptr && length != 0)
         throw std::logic_error("basic_string::_M_construct null not valid");
+}
+
+// A negative length is huge as a size, and the string refuses it.
+inline void replace(std::string& content, const char* text, int length) {
+    require_text(text, length);
     if (length == 0)
         content.clear();
     else

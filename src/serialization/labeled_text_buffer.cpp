@@ -330,9 +330,8 @@ labeled_serialize_buffer& labeled_text_buffer::assign(const std::string& text) {
 }
 
 labeled_serialize_buffer& labeled_text_buffer::assign(const char* text, int length) {
-    std::string bytes;
-    detail::replace(bytes, text, length);
-    return assign(bytes);
+    detail::require_text(text, length);
+    return assign(std::string(text, static_cast<std::size_t>(length)));
 }
 
 const std::string& labeled_text_buffer::as_str() const {

@@ -560,6 +560,36 @@ TEST(ForeignTree, IsCopiedAssignedAndOverlaidByItsOwnClass) {
     EXPECT_EQ("1\001a\0011\0015\0011\001n\0013\0011.5\001", copy.as_str());
 }
 
+TEST(ForeignTree, TouchesItsTextOnlyWhereItIsTold) {
+    const std::string content = bytes("1\001a\0011\0015\001");
+    labeled_text_buffer tree(content);
+    EXPECT_EQ(content, tree.text.text);
+    EXPECT_EQ(content.size(), tree.text.read_position);
+
+    tree.text.read_position = 3;
+    tree.add_value("b", 6);
+    EXPECT_EQ(content, tree.text.text);
+    EXPECT_EQ(content + bytes("1\001b\0011\0016\001"), tree.as_str());
+    EXPECT_EQ(3u, tree.text.read_position);
+
+    const labeled_text_buffer copy(tree);
+    EXPECT_EQ(tree.text.text, copy.text.text);
+    EXPECT_EQ(3u, copy.text.read_position);
+
+    labeled_text_buffer other;
+    tree.assign(other);
+    EXPECT_TRUE(tree.entries.empty());
+    EXPECT_EQ(copy.text.text, tree.text.text);
+    EXPECT_EQ(3u, tree.text.read_position);
+    tree.overlay(copy);
+    EXPECT_EQ(3u, tree.text.read_position);
+
+    // The rest of a text behind an empty label is not read.
+    tree.assign(bytes("0\001\0011\001a\001"));
+    EXPECT_TRUE(tree.entries.empty());
+    EXPECT_EQ(3u, tree.text.read_position);
+}
+
 // Notes the slots by which the library reaches a class that derives from its own.
 class noting_tree : public labeled_text_buffer {
 public:
