@@ -46,6 +46,10 @@ void copy_children(const config_tree& source, config_tree& target) {
         children_type& to = access::children(*pending.back().second);
         pending.pop_back();
         for (const children_type::value_type& entry : access::children(from)) {
+            if (!entry.second) {
+                to.insert(to.end(), entry);
+                continue;
+            }
             const config_tree& child = *entry.second;
             const bool is_leaf = access::children(child).empty();
             const tree_pointer copy = marked(is_leaf ? new config_tree(child) : new config_tree);
@@ -63,7 +67,7 @@ void copy_children(const config_tree& source, config_tree& target) {
 void detach_children(config_tree& tree, std::vector<tree_pointer>& parents) {
     children_type& children = access::children(tree);
     for (const children_type::value_type& entry : children)
-        if (entry.second->count == 1 && !access::children(*entry.second).empty())
+        if (entry.second && entry.second->count == 1 && !access::children(*entry.second).empty())
             parents.push_back(entry.second);
     children.clear();
 }
