@@ -1,5 +1,7 @@
 #include <tova/config/base_config_item.hpp>
 
+#include <algorithm>
+#include <limits>
 #include <ostream>
 
 #include "config/character_classes.hpp"
@@ -185,8 +187,11 @@ std::pair<ustring8, types::variant> base_config_item::make_key_value(const ustri
 
 config_token::tok_types base_config_item::get_token(const ustring8& text, unsigned int& position,
                                                     config_token& token) {
+    // What lies behind the last place that a position can tell is never reached: it must not wrap
+    // round to the front, as no reader would come to an end then.
+    const ustring8::size_type last_position = std::numeric_limits<unsigned int>::max();
     const ustring8::size_type start = position;
-    if (start >= text.size()) {
+    if (start >= std::min(text.size(), last_position)) {
         token.type = config_token::T_END;
         return config_token::T_END;
     }
@@ -223,7 +228,7 @@ config_token::tok_types base_config_item::get_token(const ustring8& text, unsign
             token.text.assign(text, start, end - start);
     }
     token.start = position;
-    position = static_cast<unsigned int>(end);
+    position = static_cast<unsigned int>(std::min(end, last_position));
     token.end = position;
     // Contract: the end of a C comment is stored under its own kind and returned as the beginning
     // of a comment. The readers here go by what is returned.

@@ -91,9 +91,9 @@ public:
     /// Reads the piece of `text` that begins at byte `position` into `token` and moves `position`
     /// behind it. Returns the kind, and `T_END` at or behind the end of the text.
     ///
-    /// Any text of less than 4 GiB tokenizes. The returned kind is that in the token, but for the
-    /// two characters of a comment's end in C: they return `T_FSFS` and are stored as
-    /// `T_COMMENT_END`.
+    /// Any text tokenizes; one of 4 GiB or more ends at position 4,294,967,295. The returned kind
+    /// is that in the token, but for the two characters of a comment's end in C: they return
+    /// `T_FSFS` and are stored as `T_COMMENT_END`.
     config_token::tok_types get_token(const strings::ustring8& text, unsigned int& position,
                                       config_token& token);
 
