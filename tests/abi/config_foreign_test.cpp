@@ -722,7 +722,6 @@ TEST(ForeignConfigDispatch, OfTheLibraryIsCalledThroughItsBase) {
         EXPECT_EQ(c.ids, ids);
         clone->load(items);
         clone->unload(items);
-        clone->save(items);
         delete clone;
 
         config_manager manager;
