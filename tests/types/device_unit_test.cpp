@@ -79,6 +79,9 @@ TEST(DeviceUnit, TellsItsValueInThreeTypes) {
     EXPECT_EQ(16777217, value.as_int32());
     EXPECT_EQ(16777216.0f, value.as_float());
     EXPECT_EQ(16777217.0, value.as_double());
+    EXPECT_EQ(-7.0f, device_unit(-7).as_float());
+    EXPECT_EQ(-7.0, device_unit(-7).as_double());
+    EXPECT_EQ(-2147483648.0f, device_unit(least).as_float());
     EXPECT_EQ(16777217, value.do_as_int32());
     EXPECT_EQ(16777216.0f, value.do_as_float());
     EXPECT_EQ(16777217.0, value.do_as_double());
