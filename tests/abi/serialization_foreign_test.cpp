@@ -576,6 +576,13 @@ TEST(ForeignTree, TouchesItsTextOnlyWhereItIsTold) {
     EXPECT_EQ(tree.text.text, copy.text.text);
     EXPECT_EQ(3u, copy.text.read_position);
 
+    labeled_text_buffer outer;
+    labeled_serialize_buffer* const group = outer.create_group("g");
+    group->add_value("a", 5);
+    group->as_str();
+    const labeled_text_buffer copied(outer);
+    EXPECT_EQ(content, copied.entries.find("g")->second.first.text.text);
+
     labeled_text_buffer other;
     tree.assign(other);
     EXPECT_TRUE(tree.entries.empty());

@@ -383,6 +383,13 @@ TEST(LabeledTextBuffer, ReadsWhatBrokenStringsMake) {
         {"a group whose text is cut", strings({"g ", "1\001a\0019\001b"}),
          strings({"g ", strings({"a", "b"})})},
         {"an unclosed length 0 for a label", "1\001a\0011\001b\0010", strings({"a", "b"})},
+        // The length brings the position to npos, where the payload is empty and the text at its
+        // end.
+        {"a label that ends at npos", "-5\001ab\001", strings({"ab\001", ""})},
+        {"one in a group", strings({"g ", "-5\001ab\001"}),
+         strings({"g ", strings({"ab\001", ""})})},
+        {"the label of a group that ends there", strings({"g ", "-5\001ab "}),
+         strings({"g ", strings({"ab", ""})})},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
