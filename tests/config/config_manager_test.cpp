@@ -309,6 +309,14 @@ TEST_F(ConfigManager, ListsBelowTheFirstNodeOfAnyKindAndMergesNothing) {
     EXPECT_THAT(below("", true), IsEmpty());
 }
 
+// The empty key is asked for as a child with the empty name, but lists the root.
+TEST_F(ConfigManager, ListsTheRootForTheEmptyKeyOnceThereIsANodeOfIt) {
+    item("b").set("s.x = 1", 0);
+    item("c").set("", variant("e"), 0);
+    item("c").set("t = 2", 0);
+    EXPECT_THAT(below("", true), ElementsAre("=e", "t=2"));
+}
+
 TEST_F(ConfigManager, FindsItemsByTheirExactNames) {
     EXPECT_EQ("b", manager.get_config_item("b")->get_id());
     EXPECT_FALSE(manager.get_config_item("B"));

@@ -99,6 +99,15 @@ TEST(ModuleConfigDispatch, LetsEarlierFilesWinAndTheProgramLose) {
     EXPECT_FALSE(manager.value_exist("b"));
 }
 
+TEST(ModuleConfigDispatch, HasTheFirstOfItsFilesUnderTheNameThatAllBear) {
+    config_manager manager;
+    manager.init(
+        module_config_dispatch(varg_list(argument("one.cfg"), argument("two.cfg")), nullptr));
+    const auto found = manager.get_config_item("standard file");
+    ASSERT_TRUE(static_cast<bool>(found));
+    EXPECT_EQ("one.cfg", dynamic_cast<file_item&>(*found).get_filename());
+}
+
 TEST(ModuleConfigDispatch, ClonesWithAllFields) {
     const std::unique_ptr<config_dispatch> clone(
         module_config_dispatch(varg_list(argument("one.cfg")), environment).clone());
