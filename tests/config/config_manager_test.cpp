@@ -2,6 +2,7 @@
 
 #include <sstream>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -365,6 +366,33 @@ TEST(ConfigManagerStandard, PrefersCommandLineToFileToEnvironment) {
     EXPECT_FALSE(manager.value_exist("a"));
     EXPECT_TRUE(manager.load());
     EXPECT_EQ("line", manager.get_value("a", variant()).as_string());
+}
+
+// The command line has "server.port" as a step to a longer key, and a step gives `true`.
+TEST(ConfigManagerStandard, HidesAValueBehindALongerKeyOfAStrongerSource) {
+    const test_support::temporary_directory directory;
+    const std::string path = directory.write("x.cfg", "[server]\nport=8080\nhost=a\n");
+    const char* const arguments[] = {"tool", "-server.port.admin=81", nullptr};
+    config_manager manager;
+    manager.init(std_config_dispatch(2, arguments, nullptr, path, ""));
+    manager.load();
+    EXPECT_TRUE(manager.get_value("server.port", variant()).type() == typeid(bool));
+    EXPECT_EQ("a", manager.get_value("server.host", variant()).as_string());
+}
+
+TEST(ConfigManagerStandard, FindsNoFileNamedByTheEnvironmentWhichIsReadBehindIt) {
+    const test_support::temporary_directory directory;
+    const config_support::working_directory here(directory.path());
+    directory.write("x.cfg", "a=named\n");
+    const char* const arguments[] = {"tool", nullptr};
+    const char* const environment[] = {"cfg_file=x.cfg", nullptr};
+    config_manager manager;
+    manager.init(std_config_dispatch(1, arguments, environment, "", ""));
+    manager.load();
+    EXPECT_EQ("none", manager.get_value("a", variant("none")).as_string());
+    // A second load without an unload finds it.
+    manager.load();
+    EXPECT_EQ("named", manager.get_value("a", variant("none")).as_string());
 }
 
 TEST(ConfigManagerStandard, SavesTheFile) {

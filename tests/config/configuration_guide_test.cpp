@@ -171,13 +171,13 @@ TEST(ConfigurationGuide, ShowsWhatTheSourcesReallyGive) {
             EXPECT_EQ(expected[each.kind], each.text);
         }
     }
-    EXPECT_LE(15, seen["cfg"]);
-    EXPECT_EQ(7, seen["shell"]);
+    EXPECT_LE(19, seen["cfg"]);
+    EXPECT_EQ(8, seen["shell"]);
     EXPECT_EQ(2, seen["shell name"]);
     EXPECT_EQ(1, seen["environment"]);
-    EXPECT_EQ(3, seen["saved"]);
+    EXPECT_EQ(4, seen["saved"]);
     EXPECT_EQ(1, seen["prints"]);
-    EXPECT_LE(24, seen["gives"]);
+    EXPECT_LE(28, seen["gives"]);
 }
 
 }  // namespace
