@@ -71,6 +71,15 @@ TEST(FileItem, IsAlwaysNamedStandardFile) {
     EXPECT_EQ(1u, clone->count);
 }
 
+TEST(FileItem, CopiesItsTree) {
+    file_item item("");
+    item.set("a = 1", 0);
+    const rc_pointer<base_config_item> clone(static_cast<const base_config_item&>(item).clone());
+    clone->set("a = 2", 0);
+    EXPECT_EQ((lines{"a: 1 '1'"}), content(item));
+    EXPECT_EQ((lines{"a: 1 '2'"}), content(*clone));
+}
+
 TEST(FileReader, ReadsEntriesAndSections) {
     const struct {
         const char* text;
