@@ -1,15 +1,19 @@
-// A command line of arguments with NUL bytes between them. The first is the program's name.
+// A command line of arguments with NUL bytes between them, beside the plain second implementation
+// of the tests. The first is the program's name.
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
 #include <tova/config/commandline_item.hpp>
 
+#include "../tests/config/line_oracle.hpp"
 #include "../tests/config/listing.hpp"
 
 using TOVA_2_18::config::commandline_item;
+using TOVA_2_18::types::variant;
 
 namespace {
 
@@ -41,6 +45,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(item.get_value("application.name") != nullptr);
     require(item.get_value("application.name.raw") != nullptr);
     const config_support::lines nodes = config_support::content(item);
+
+    // The same options behind a name without extension. Texts of its own type become as the others.
+    std::vector<const char*> renamed(arguments);
+    renamed[0] = "tool";
+    commandline_item plain(count, renamed.data());
+    plain.load();
+    for (const char* key : {"application.name", "application.name.raw"}) {
+        const variant value = plain.get_value(key)->second;
+        if (value.type() == typeid(std::string))
+            plain.set(key, variant(value.as_utf8()), 0);
+    }
+    cfg_oracle::nodes expected;
+    cfg_oracle::store(expected, "application.name", "tool");
+    cfg_oracle::store(expected, "application.name.raw", "");
+    line_oracle::read_options(expected, {renamed.begin(), renamed.end() - 1});
+    require(config_support::content(plain) == cfg_oracle::show(expected));
 
     // A count that is too high changes nothing, and neither does a copy.
     commandline_item counted(count + 1, arguments.data());

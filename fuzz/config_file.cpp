@@ -23,16 +23,6 @@ void require(bool holds) {
         std::abort();
 }
 
-config_support::lines shown(const cfg_oracle::nodes& tree) {
-    config_support::lines result;
-    for (const cfg_oracle::entry& entry : cfg_oracle::list(tree))
-        result.push_back(entry.name + ": " + std::to_string(entry.value.word) + " " +
-                         (entry.value.is_nil    ? "nil"
-                          : entry.value.is_step ? "true"
-                                                : "'" + entry.value.text + "'"));
-    return result;
-}
-
 // A name of a file in memory, where there is a folder for such.
 std::string file_name() {
     const std::string folder = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
@@ -50,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     item.load();
     const cfg_oracle::nodes expected = cfg_oracle::read(text);
     const config_support::lines nodes = config_support::content(item);
-    require(nodes == shown(expected));
+    require(nodes == cfg_oracle::show(expected));
 
     // The second time sets the same keys again, and a copy holds them as well.
     item.load();

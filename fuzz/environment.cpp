@@ -9,8 +9,8 @@
 #include <tova/config/config_manager.hpp>
 #include <tova/config/enviroment_item.hpp>
 #include <tova/config/module_config_dispatch.hpp>
-#include <tova/config/user_item.hpp>
 
+#include "../tests/config/line_oracle.hpp"
 #include "../tests/config/listing.hpp"
 
 using TOVA_2_18::config::base_config_item;
@@ -18,7 +18,6 @@ using TOVA_2_18::config::config_manager;
 using TOVA_2_18::config::config_node_list;
 using TOVA_2_18::config::enviroment_item;
 using TOVA_2_18::config::module_config_dispatch;
-using TOVA_2_18::config::user_item;
 using TOVA_2_18::generic::varg_list;
 using TOVA_2_18::types::variant;
 
@@ -34,11 +33,11 @@ void require(bool holds) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
     std::vector<const char*> strings;
-    user_item line_by_line;
+    cfg_oracle::nodes expected;
     for (std::string::size_type begin = 0; begin < size;
          begin += std::string(text.c_str() + begin).size() + 1) {
         strings.push_back(text.c_str() + begin);
-        line_by_line.set(text.c_str() + begin, 0);
+        line_oracle::read_line(expected, text.c_str() + begin);
     }
     strings.push_back(nullptr);
 
@@ -46,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     manager.init(module_config_dispatch(varg_list(), strings.data()));
     require(manager.load());
     base_config_item& item = *manager.get_config_item("enviroment");
-    require(config_support::content(item) == config_support::content(line_by_line));
+    require(config_support::content(item) == cfg_oracle::show(expected));
 
     // Each value becomes an alias as well, in a weaker source: every walk ends.
     base_config_item& aliases = *manager.get_config_item("user_item");

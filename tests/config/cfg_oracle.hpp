@@ -26,6 +26,7 @@ enum class kind { text, blank, line_end, comment, open, close, equals, comma };
 struct piece {
     kind what;
     std::string text;
+    bool quoted;
 };
 
 inline bool is_letter(char c) {
@@ -39,7 +40,7 @@ inline std::vector<piece> cut(const std::string& text) {
     std::vector<piece> pieces;
     std::size_t i = 0;
     const auto add = [&](kind what, std::size_t size) {
-        pieces.push_back(piece{what, text.substr(i, size)});
+        pieces.push_back(piece{what, text.substr(i, size), false});
         i += size;
     };
     while (i < text.size()) {
@@ -81,7 +82,7 @@ inline std::vector<piece> cut(const std::string& text) {
                 ++i;
             }
             ++i;
-            pieces.push_back(piece{kind::text, content});
+            pieces.push_back(piece{kind::text, content, true});
         } else if (is_letter(c)) {
             while (i + run < text.size() && is_letter(text[i + run]))
                 ++run;
@@ -226,6 +227,17 @@ inline std::vector<entry> list(const nodes& tree) {
         entries.push_back(entry{name, name.substr(name.rfind('.') + 1), each.second});
     }
     return entries;
+}
+
+// The entries in the form of `config_support::content`.
+inline std::vector<std::string> show(const nodes& tree) {
+    std::vector<std::string> lines;
+    for (const entry& each : list(tree))
+        lines.push_back(each.name + ": " + std::to_string(each.value.word) + " " +
+                        (each.value.is_nil    ? "nil"
+                         : each.value.is_step ? "true"
+                                              : "'" + each.value.text + "'"));
+    return lines;
 }
 
 inline std::string quoted(const std::string& text) {

@@ -15,21 +15,8 @@
 namespace {
 
 using config_support::content;
-using config_support::lines;
 using config_support::ustring8;
 using TOVA_2_18::config::file_item;
-
-lines shown(const cfg_oracle::nodes& tree) {
-    lines result;
-    for (const cfg_oracle::entry& entry : cfg_oracle::list(tree)) {
-        const std::string word = std::to_string(entry.value.word) + " ";
-        result.push_back(entry.name + ": " + word +
-                         (entry.value.is_nil    ? "nil"
-                          : entry.value.is_step ? "true"
-                                                : "'" + entry.value.text + "'"));
-    }
-    return result;
-}
 
 // A text of random pieces. The pieces favour what a file is made of, and what stands in its way.
 std::string random_text(std::mt19937& random, const std::vector<std::string>& pieces) {
@@ -48,7 +35,7 @@ protected:
         file_item item(path);
         item.load();
         const cfg_oracle::nodes expected = cfg_oracle::read(text);
-        ASSERT_EQ(shown(expected), content(item));
+        ASSERT_EQ(cfg_oracle::show(expected), content(item));
         // A new file each time: some file systems write a file to disk at once if it is replaced.
         std::remove(path.c_str());
         item.save();
