@@ -123,6 +123,10 @@ TEST(CommandlineItem, SetsNothingWithoutStrings) {
     commandline_item counted(2, none);
     EXPECT_TRUE(counted.load());
     EXPECT_EQ(lines(), content(counted));
+    const char* const unnamed[] = {nullptr, "-a=1", nullptr, "-b=2", nullptr};
+    commandline_item options(4, unnamed);
+    EXPECT_TRUE(options.load());
+    EXPECT_EQ((lines{"a: 1 '1'"}), content(options));
 }
 
 TEST(CommandlineItem, ReadsNoFurtherThanTheCount) {

@@ -12,7 +12,7 @@ namespace config {
 /// owned; they must outlive `load`.
 class TOVA_API commandline_item : public base_config_item {
 public:
-    /// `argv` may be null; a null string ends it early.
+    /// `argv` may be null. A null string ends it early, but as the first it only gives no name.
     commandline_item(unsigned int argc, const char* const* argv);
     commandline_item(const commandline_item& other);
     virtual ~commandline_item() TOVA_NOTHROW;
