@@ -49,13 +49,16 @@ int follow(const std::string& path, const std::list<std::string>& known) {
     xml_stream_parser parser(path, 1);
     for (;;) {
         parser.parse();
-        while (!parser.node_queue_empty())
-            print(parser.node_queue_pop());
+        while (!parser.node_queue_empty()) {
+            const xml_stream_parser::node one = parser.node_queue_pop();
+            print(one);
+            // The status of the end stays out if the data end at a blank in the last tag.
+            if (one.type == xml_stream_parser::end_of_document)
+                return EXIT_SUCCESS;
+        }
 
         // Taking a node may have parsed on, so the status counts that stands here now.
         const xml_stream_parser::error_type status = parser.error();
-        if (status == xml_stream_parser::end_of_document)
-            return EXIT_SUCCESS;
         const bool is_fault = status >= xml_stream_parser::mismatched_end_tag;
         if (is_fault)
             std::cout << "fault " << status << " in line " << parser.line() << std::endl;

@@ -69,6 +69,18 @@ TEST(TailExample, FollowsAFileWhileItIsWritten) {
               result.output);
 }
 
+TEST(TailExample, EndsWithTheRootsNameWhateverBecomesOfItsTag) {
+    const test_support::temporary_directory directory;
+    for (const std::string end : {"</log>", "</log ", "</log x>", "</log x><y"}) {
+        SCOPED_TRACE(end);
+        const std::string path = directory.write(
+            "log.xml", "<?xml version='1.0' encoding='UTF-8'?>\n<log><entry/>" + end);
+        const run_result result = run_example("'" + path + "' entry");
+        EXPECT_EQ(0, result.exit_code);
+        EXPECT_EQ("begin log\nentry in line 2\nend log\n", result.output);
+    }
+}
+
 TEST(TailExample, GivesUpWhereThereIsNothingToFollow) {
     const test_support::temporary_directory directory;
     run_result result = run_example("'" + directory.path("missing.xml") + "'");
