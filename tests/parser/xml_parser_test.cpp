@@ -1009,9 +1009,9 @@ const struct {
                                              "7"
                                              "555"
                                              "0"},
-    {"\xEF\xBB\xBF<?xml?>x", "44444444"
-                             "333"
-                             "0"},
+    {"\xEF\xBB\xBF<?xml?>x y", "44444444"
+                               "333"
+                               "000"},
 };
 
 TEST(XmlParserRuns, TellForEveryPrefixOfADocumentWhatItLacks) {
@@ -1146,6 +1146,7 @@ TEST(XmlParserDelegates, HearOfAnElementEndBeforeASlashPopsIt) {
     xml_parser parser;
     parser.on_element_end = throwing_handler(&target, &thrower::text_of);
     EXPECT_THROW(parser.parse("<?xml?><a/>"), std::runtime_error);
+    EXPECT_EQ((outcome{{}, 2, 0, "b"}), read(parser, "<?xml?></b>"));
     EXPECT_EQ((outcome{{"end a"}, 0, 0, ""}), read(parser, "<?xml?></a>"));
 
     parser.on_element_end = throwing_handler(&target, &thrower::text_of);
