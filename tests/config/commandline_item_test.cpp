@@ -208,6 +208,8 @@ TEST(CommandlineItem, LeavesCommasAloneBehindADollarAndInFollowingArguments) {
     EXPECT_EQ((lines{"n: 3 nil", "n.0: 1 'a,b'", "n.1: 1 'c'"}), nodes({"-n", "a,b", "c"}));
     EXPECT_EQ((lines{"n: 1 'a$b=c'"}), nodes({"-n$a$b=c"}));
     EXPECT_EQ((lines{"n: 1 'a$b=c'"}), nodes({"-n=a$b=c"}));
+    // In quotes a dollar is part of the key.
+    EXPECT_EQ((lines{"n$m: 1 '5'"}), nodes({"-n\"$\"m=5"}));
 }
 
 TEST(CommandlineItem, MakesAnArrayOfSeveralFollowingArguments) {

@@ -229,6 +229,8 @@ TEST(FileReader, ReadsArrays) {
         {"k[]x = a", {"k[]x: 1 'a'"}},
         {"[s]\nk[] = a,b", {"s: 0 true", "s.k: 3 nil", "s.k.0: 1 'a'", "s.k.1: 1 'b'"}},
         {"k[] = \"a, b\", c d", {"k: 3 nil", "k.0: 1 'a, b'", "k.1: 1 'cd'"}},
+        // Only a comma separates.
+        {"k[] = a_b;c'd%e\xC3\xA4", {"k: 3 nil", "k.0: 1 'a_b;c'd%e\xC3\xA4'"}},
         {"k[] = ,a", {"k: 3 nil", "k.0: 1 ''", "k.1: 1 'a'"}},
         {"k[] = a,,b", {"k: 3 nil", "k.0: 1 'a'", "k.1: 1 ''", "k.2: 1 'b'"}},
         // A line end behind a comma goes on, also with a comment between; behind an element it
