@@ -222,7 +222,7 @@ public:
             const ustring8 name = m_parser.parse_name();
             is_found = !name.empty() && std::find(names.begin(), names.end(), name) != names.end();
             // Contract: a name that the end of the data cuts is passed over, and so is the byte
-            // that stands in the place of a name.
+            // that stands in the place of a name behind blanks, be it a `<`.
             if (!at_end())
                 ++m_parser.m_cursor;
         }
