@@ -27,7 +27,7 @@ run() {
     runs=$((runs + 1))
 }
 
-cmake -S "$source/consumer" -B "$root/by_cmake" -DCMAKE_PREFIX_PATH="$root/prefix" >/dev/null
+cmake -G Ninja -S "$source/consumer" -B "$root/by_cmake" -DCMAKE_PREFIX_PATH="$root/prefix" >/dev/null
 cmake --build "$root/by_cmake" >/dev/null
 run "$root/by_cmake/consumer"
 
