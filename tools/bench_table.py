@@ -47,14 +47,14 @@ def run(program, repetitions, seconds, pattern):
 
 def table(times):
     """One Markdown table: a row an operation and case, a column a peer."""
-    groups = collections.OrderedDict()
+    groups = {}
     for name, time in times.items():
         head, _, library = name.rpartition("/")
         groups.setdefault(head, {})[library] = time
     peers = sorted({library for group in groups.values() for library in group} - {"tova"})
     lines = ["| operation | " + " | ".join(peers) + " |", "|---|" + "---:|" * len(peers)]
-    for head, group in groups.items():
-        if "tova" not in group:
+    for head, group in sorted(groups.items()):
+        if "tova" not in group or len(group) == 1:
             continue
         cells = [f"{group[peer] / group['tova']:.2f}" if peer in group else "" for peer in peers]
         lines.append(f"| {head} | " + " | ".join(cells) + " |")
