@@ -63,7 +63,7 @@ ustring8 file_named_by(const config_item_list& items, const ustring8& key,
         const config_node* const node = item->get_value(key);
         if (node == nullptr)
             continue;
-        const ustring8 name = node->second.as_string() + extension;
+        ustring8 name = node->second.as_string() + extension;
         if (opens_for_reading(name))
             return name;
     }

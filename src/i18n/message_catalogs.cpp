@@ -335,6 +335,7 @@ message_catalogs::result_type message_catalogs::load(const std::vector<std::wstr
                                                      const ustring8& locale,
                                                      const ustring8& catalog_id) {
     std::vector<ustring8> utf8_paths;
+    utf8_paths.reserve(paths.size());
     for (const std::wstring& path : paths)
         utf8_paths.push_back(strings::utf32_to_utf8(path));
     return load(utf8_paths, locale, catalog_id);

@@ -139,15 +139,15 @@ void labeled_text_buffer::tree::copy(const entry_map& from, entry_map& to) {
 // string, so a destructor needs no memory.
 void labeled_text_buffer::tree::remember(labeled_text_buffer& group,
                                          labeled_text_buffer* parent) TOVA_NOTHROW {
-    char bytes[sizeof parent];
-    std::memcpy(bytes, &parent, sizeof parent);
-    group.m_text.assign(bytes, sizeof parent);
+    char bytes[sizeof(void*)];
+    std::memcpy(bytes, &parent, sizeof bytes);
+    group.m_text.assign(bytes, sizeof bytes);
 }
 
 labeled_text_buffer*
 labeled_text_buffer::tree::remembered(const labeled_text_buffer& group) TOVA_NOTHROW {
     labeled_text_buffer* parent = nullptr;
-    std::memcpy(&parent, group.m_text.as_str().data(), sizeof parent);
+    std::memcpy(&parent, group.m_text.as_str().data(), sizeof(void*));
     return parent;
 }
 
@@ -287,7 +287,7 @@ labeled_text_buffer::labeled_text_buffer(const labeled_text_buffer& other)
 }
 
 labeled_text_buffer::labeled_text_buffer(const std::string& text) : m_entries(), m_text() {
-    assign(text);
+    labeled_text_buffer::assign(text);
 }
 
 labeled_text_buffer::~labeled_text_buffer() TOVA_NOTHROW {

@@ -62,7 +62,10 @@ public:
     }
 
 private:
-    static iconv_t closed() { return reinterpret_cast<iconv_t>(-1); }
+    // What iconv_open gives for no descriptor.
+    static iconv_t closed() {
+        return reinterpret_cast<iconv_t>(-1);  // NOLINT(performance-no-int-to-ptr)
+    }
 
     iconv_t m_handle;
 };

@@ -95,7 +95,7 @@ void move(const ustring32& target, const ustring32& source) {
 // Contract: the call is to this operation itself and ends with the stack. The copies live across
 // the call, which keeps a compiler from turning it into a loop.
 void mkdir(const ustring8& path) {
-    const ustring8 copy(path);
+    const ustring8 copy(path);  // NOLINT(performance-unnecessary-copy-initialization)
     mkdir(ustring8(copy.c_str()));
 }
 
