@@ -96,13 +96,13 @@ def implied(name, lists):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--library", type=pathlib.Path, required=True)
+    parser.add_argument("--object", type=pathlib.Path, required=True)
     parser.add_argument("--headers", type=pathlib.Path, required=True)
     parser.add_argument("--compiler", default="clang++")
     options = parser.parse_args()
 
-    mangled = exported(options.library, demangle=False)
-    plain = exported(options.library, demangle=True)
+    mangled = exported(options.object, demangle=False)
+    plain = exported(options.object, demangle=True)
     lists = listed()
     inline_allowed = {line.strip() for line in
                       (HERE / "inline_functions.txt").read_text().splitlines()

@@ -1374,7 +1374,7 @@ TEST(XmlParserRuns, ReportWhatAWellFormedDocumentWasWrittenFrom) {
     for (unsigned seed = 0; seed < 3000; ++seed) {
         const document_writer document(seed);
         ASSERT_EQ((outcome{document.events(), 0, 0, ""}), read(document.text()))
-            << "seed " << seed << ": " << document.text();
+            << "round " << seed << ": " << document.text();
         longest = std::max(longest, document.events().size());
     }
     EXPECT_GT(longest, 100u);
