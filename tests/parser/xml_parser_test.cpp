@@ -1371,10 +1371,10 @@ private:
 
 TEST(XmlParserRuns, ReportWhatAWellFormedDocumentWasWrittenFrom) {
     std::size_t longest = 0;
-    for (unsigned seed = 0; seed < 3000; ++seed) {
-        const document_writer document(seed);
+    for (unsigned round = 0; round < 3000; ++round) {
+        const document_writer document(round);
         ASSERT_EQ((outcome{document.events(), 0, 0, ""}), read(document.text()))
-            << "round " << seed << ": " << document.text();
+            << "round " << round << ": " << document.text();
         longest = std::max(longest, document.events().size());
     }
     EXPECT_GT(longest, 100u);
