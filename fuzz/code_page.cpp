@@ -1,28 +1,26 @@
 // Any bytes as text of each code page, in both directions: the result is that of one iconv run with
 // room for everything.
-#include <cerrno>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <iconv.h>
-#include <string>
-
 #include <tova/strings/code_page.hpp>
 #include <tova/strings/unicode.hpp>
 
+#include "require.hpp"
+
+#include <iconv.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
 namespace {
 
-using TOVA_2_18::strings::code_page;
-using TOVA_2_18::strings::ustring8;
+using fuzz_support::require;
+using tova::strings::code_page;
+using tova::strings::ustring8;
 
 const int pages[] = {1,     4,     932,   936,   949,   950,   1250,  1251,  1252,  1253,
                      1254,  1255,  1256,  1257,  1258,  20866, 21866, 28591, 28592, 28593,
                      28594, 28595, 28596, 28597, 28598, 28599, 28605, 125100};
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 struct converted {
     std::string text;

@@ -1,28 +1,20 @@
 // A command line of arguments with NUL bytes between them, beside the plain second implementation
 // of the tests. The first is the program's name.
+#include <tova/config/commandline_item.hpp>
+
+#include "../tests/config/line_oracle.hpp"
+#include "../tests/config/listing.hpp"
+#include "require.hpp"
+
 #include <cstdint>
-#include <cstdlib>
 #include <iostream>
 #include <string>
 #include <typeinfo>
 #include <vector>
 
-#include <tova/config/commandline_item.hpp>
-
-#include "../tests/config/line_oracle.hpp"
-#include "../tests/config/listing.hpp"
-
-using TOVA_2_18::config::commandline_item;
-using TOVA_2_18::types::variant;
-
-namespace {
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
-
-}  // namespace
+using fuzz_support::require;
+using tova::config::commandline_item;
+using tova::types::variant;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     std::cout.rdbuf(nullptr);  // the warnings

@@ -1,27 +1,23 @@
 // Reading and saving of configuration files, beside the plain second implementation of the tests.
+#include <tova/config/file_item.hpp>
+
+#include "../tests/config/cfg_oracle.hpp"
+#include "../tests/config/listing.hpp"
+#include "require.hpp"
+
 #include <unistd.h>
 
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <string>
 
-#include <tova/config/file_item.hpp>
-
-#include "../tests/config/cfg_oracle.hpp"
-#include "../tests/config/listing.hpp"
-
-using TOVA_2_18::config::file_item;
+using fuzz_support::require;
+using tova::config::file_item;
 
 namespace {
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 // A name of a file in memory, where there is a folder for such.
 std::string file_name() {

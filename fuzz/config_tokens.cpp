@@ -1,21 +1,18 @@
 // The tokenizer of the configuration: pieces follow one another without gap or overlap, and each
 // says what stands in the text.
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
 #include <tova/config/user_item.hpp>
 
-using TOVA_2_18::config::config_token;
-using TOVA_2_18::config::user_item;
-using TOVA_2_18::strings::ustring8;
+#include "require.hpp"
+
+#include <cstdint>
+#include <string>
+
+using fuzz_support::require;
+using tova::config::config_token;
+using tova::config::user_item;
+using tova::strings::ustring8;
 
 namespace {
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 // What the text of a piece must be, from the bytes that it covers and the text before it.
 std::string expected_text(const config_token& token, const std::string& bytes,

@@ -1,28 +1,24 @@
 // Dates, times and durations moved by any sequence of steps, beside plain arithmetic on wider
 // numbers and a calendar of month lengths. Input: a byte for each step, followed by the four or
 // eight bytes of its number.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/system/date_time/date_time.hpp>
 
 #include "../tests/system/date_time/calendar_oracle.hpp"
+#include "require.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 namespace {
 
-using namespace TOVA_2_18::system::date_time;
+using namespace tova::system::date_time;
+using fuzz_support::require;
 using test_support::calendar_day;
-using TOVA_2_18::exceptions::out_of_range;
+using tova::exceptions::out_of_range;
 
 __extension__ typedef __int128 wide;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 // The low bits of a number, read with a sign.
 int wrapped_32(wide number) {

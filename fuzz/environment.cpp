@@ -1,34 +1,26 @@
 // An environment of strings with NUL bytes between them, and lookups of all that it sets through a
 // manager.
-#include <cstdint>
-#include <cstdlib>
-#include <sstream>
-#include <string>
-#include <vector>
-
 #include <tova/config/config_manager.hpp>
 #include <tova/config/enviroment_item.hpp>
 #include <tova/config/module_config_dispatch.hpp>
 
 #include "../tests/config/line_oracle.hpp"
 #include "../tests/config/listing.hpp"
+#include "require.hpp"
 
-using TOVA_2_18::config::base_config_item;
-using TOVA_2_18::config::config_manager;
-using TOVA_2_18::config::config_node_list;
-using TOVA_2_18::config::enviroment_item;
-using TOVA_2_18::config::module_config_dispatch;
-using TOVA_2_18::generic::varg_list;
-using TOVA_2_18::types::variant;
+#include <cstdint>
+#include <sstream>
+#include <string>
+#include <vector>
 
-namespace {
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
-
-}  // namespace
+using fuzz_support::require;
+using tova::config::base_config_item;
+using tova::config::config_manager;
+using tova::config::config_node_list;
+using tova::config::enviroment_item;
+using tova::config::module_config_dispatch;
+using tova::generic::varg_list;
+using tova::types::variant;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);

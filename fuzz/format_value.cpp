@@ -1,29 +1,27 @@
 // Any item type, value and data through `format_value`: it ends, gives what the function behind the
 // type gives, and shows in a message as told. The first byte is the type, the second the kind of
 // the value, the next eight the value's bits; the rest is the item's data.
+#include <tova/i18n/format.hpp>
+#include <tova/i18n/message.hpp>
+#include <tova/strings/split.hpp>
+
+#include "require.hpp"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
-#include <tova/i18n/format.hpp>
-#include <tova/i18n/message.hpp>
-#include <tova/strings/split.hpp>
-
 namespace {
 
-namespace i18n = TOVA_2_18::i18n;
-namespace types = TOVA_2_18::types;
+namespace i18n = tova::i18n;
+namespace types = tova::types;
+using fuzz_support::require;
 using i18n::message_item;
-using TOVA_2_18::generic::argument;
-using TOVA_2_18::generic::varg_list;
-using TOVA_2_18::strings::ustring8;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
+using tova::generic::argument;
+using tova::generic::varg_list;
+using tova::strings::ustring8;
 
 // A field is as wide as it is told, up to gigabytes; those are left out.
 bool has_wide_field(const std::string& data) {
@@ -104,7 +102,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         separator == ustring8::npos ? ustring8() : ustring8(data, separator + 1);
     const ustring8 text = i18n::format_value(type, value, data);
     require(text == expected_text(type, value, format));
-    const bool odd = TOVA_2_18::strings::split_string(format, "\x01", 0).size() % 2 != 0;
+    const bool odd = tova::strings::split_string(format, "\x01", 0).size() % 2 != 0;
     if (is_formatted(type) && odd)
         require(text == "-0");
 

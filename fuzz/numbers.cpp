@@ -1,32 +1,28 @@
 // The integer parsers in all widths against a plain oracle, the floating ones against a stream, and
 // the printers against the parsers. Input: one byte for the radix, one for flags, the text.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <sstream>
-#include <string>
-#include <vector>
-
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/generic/convert/str_to_x.hpp>
 #include <tova/generic/convert/x_to_str.hpp>
 
 #include "../tests/support/number_oracle.hpp"
+#include "require.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace {
 
-using namespace TOVA_2_18::generic::convert;
-namespace exceptions = TOVA_2_18::exceptions;
+using namespace tova::generic::convert;
+namespace exceptions = tova::exceptions;
+using fuzz_support::require;
 using test_support::parse_outcome;
 using test_support::wide_int;
-using TOVA_2_18::strings::ustring8;
-using TOVA_2_18::types::radix_t;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
+using tova::strings::ustring8;
+using tova::types::radix_t;
 
 struct request {
     std::vector<long> units;  // with a terminator

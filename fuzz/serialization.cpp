@@ -1,24 +1,25 @@
 // The three readers: content and a sequence of reads, both from the input, against plain readers
 // that copy what they look at. Input: two bytes for the size of the content, the content, and a
 // byte for each call.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
-#include <stdexcept>
-#include <string>
-
 #include <tova/generic/convert/str_to_x.hpp>
 #include <tova/serialization/labeled_text_buffer.hpp>
 #include <tova/serialization/serialize_binary_buf.hpp>
 #include <tova/serialization/serialize_text_buf.hpp>
 
 #include "../tests/serialization/tree_model.hpp"
+#include "require.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <string>
 
 namespace {
 
-using namespace TOVA_2_18;
+using namespace tova;
+using fuzz_support::require;
 using serialization::labeled_serialize_buffer;
 using serialization::labeled_text_buffer;
 using serialization::serialize_binary_buf;
@@ -26,11 +27,6 @@ using serialization::serialize_buffer;
 using serialization::serialize_text_buf;
 using test_support::tree_model;
 using types::radix_t;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 // What a call answered, in a form that compares: a number's bytes, a string, a marker.
 typedef std::string answer;

@@ -4,27 +4,24 @@
 //
 // The input: a byte for the open depth, then pieces. A piece is a byte for what to do behind it, a
 // byte for its size, and so many bytes for the file; the last piece takes what is left.
+#include <tova/parser/xml_stream_parser.hpp>
+
+#include "require.hpp"
+
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
 #include <list>
 #include <string>
 
-#include <tova/parser/xml_stream_parser.hpp>
-
 namespace {
 
-using TOVA_2_18::parser::xml_stream_parser;
-using TOVA_2_18::strings::ustring8;
+using fuzz_support::require;
+using tova::parser::xml_stream_parser;
+using tova::strings::ustring8;
 using node = xml_stream_parser::node;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 // One file for the whole run, in memory where the system offers that.
 class growing_file {

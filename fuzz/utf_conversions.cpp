@@ -1,24 +1,20 @@
 // Any bytes as text of each width through the conversions, the decoders and the position helpers:
 // each answers as the plain oracle of the tests does.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-
 #include <tova/strings/gh2.hpp>
 #include <tova/strings/unicode.hpp>
 
 #include "../tests/strings/unicode_oracle.hpp"
+#include "require.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 namespace {
 
-using namespace TOVA_2_18::strings;
+using namespace tova::strings;
+using fuzz_support::require;
 using unicode_oracle::points;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 template <typename String>
 points values(const String& text) {

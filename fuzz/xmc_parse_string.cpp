@@ -1,32 +1,29 @@
 // Any text as an XMC file: the load ends in a kind with a finished report, gives the same outcome
 // again, leaves a set alone unless all of it was read, and what was read renders.
-#include <cstddef>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <map>
-#include <string>
+#include <tova/i18n/_private/xmc_file_loader.hpp>
+
+#include "require.hpp"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <tova/i18n/_private/xmc_file_loader.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <string>
 
 namespace {
 
-using TOVA_2_18::generic::varg_list;
-using TOVA_2_18::i18n::catalog_t;
-using TOVA_2_18::i18n::_private::xmc_file_loader;
-using TOVA_2_18::memory::pointers::shared_pointer;
-using TOVA_2_18::strings::ustring8;
+using fuzz_support::require;
+using tova::generic::varg_list;
+using tova::i18n::catalog_t;
+using tova::i18n::_private::xmc_file_loader;
+using tova::memory::pointers::shared_pointer;
+using tova::strings::ustring8;
 using catalogs = std::map<ustring8, shared_pointer<catalog_t>>;
 using load_error = xmc_file_loader::load_error;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 bool ends_with(const std::string& text, const std::string& end) {
     return text.size() >= end.size() &&

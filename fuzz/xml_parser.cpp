@@ -1,24 +1,21 @@
 // Any text through `xml_parser`: the run ends in a kind, is the same whatever stands behind the
 // range, and leaves a parser behind that takes the next text.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
 #include <tova/functor/member_function.hpp>
 #include <tova/parser/xml_parser.hpp>
 
+#include "require.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
 namespace {
 
-using TOVA_2_18::functor::member_function_t;
-using TOVA_2_18::parser::xml_parser;
-using TOVA_2_18::strings::ustring8;
+using fuzz_support::require;
+using tova::functor::member_function_t;
+using tova::parser::xml_parser;
+using tova::strings::ustring8;
 using parse_error = xml_parser::parse_error;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 // All events of a run in one text.
 class transcript {

@@ -1,22 +1,19 @@
 // Any text through `xml_token_stream`: attributes come in pairs behind their element's start, and
 // every start tag is ended once, at the latest by the event behind it.
+#include <tova/parser/xml_token_stream.hpp>
+
+#include "require.hpp"
+
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-
-#include <tova/parser/xml_token_stream.hpp>
 
 namespace {
 
-using TOVA_2_18::parser::xml_parser;
-using TOVA_2_18::parser::xml_token_stream;
-using TOVA_2_18::strings::ustring8;
+using fuzz_support::require;
+using tova::parser::xml_parser;
+using tova::parser::xml_token_stream;
+using tova::strings::ustring8;
 using token = xml_token_stream::token;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 void check(const xml_token_stream& stream) {
     bool tag_open = false;
