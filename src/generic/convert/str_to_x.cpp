@@ -1,7 +1,6 @@
 #include <tova/generic/convert/str_to_x.hpp>
 
 #include <algorithm>
-#include <cctype>
 #include <limits>
 #include <sstream>
 #include <string>
@@ -11,6 +10,7 @@
 #include <tova/strings/length.hpp>
 
 #include "generic/convert/truth_words.hpp"
+#include "strings/ctype.hpp"
 
 namespace TOVA_2_18 {
 namespace generic {
@@ -43,11 +43,10 @@ const unsigned unsigned_sign_line = 233;
     throw exceptions::underflow_error("Number value is to small", line, source_path, function);
 }
 
-// The C library's isspace, asked only for the values that its table holds. A digit is a blank in no
-// locale, so the question is spared for it.
-inline bool is_blank(long value) {
-    const bool digit = value >= '0' && value <= '9';
-    return !digit && value >= -128 && value <= 255 && ::isspace(static_cast<int>(value)) != 0;
+// Most strings begin with a digit, which is whitespace in no locale: the table isn't asked for it.
+template <typename Unit>
+inline bool is_whitespace(Unit unit) {
+    return !(unit >= '0' && unit <= '9') && strings::detail::is_space(unit);
 }
 
 // The value of a digit, or -1 for a unit that is none. Units count as the signed numbers that they
@@ -246,15 +245,15 @@ Result extract(const strings::ustring8& text, const std::locale& locale) {
 }  // namespace
 
 bool is_space(char unit) {
-    return is_blank(unit);
+    return is_whitespace(unit);
 }
 
 bool is_space(unsigned short unit) {
-    return is_blank(unit);
+    return is_whitespace(unit);
 }
 
 bool is_space(wchar_t unit) {
-    return is_blank(unit);
+    return is_whitespace(unit);
 }
 
 long str_to_long(const char* text, unsigned long length, radix_t::base radix, bool throw_on_range) {
