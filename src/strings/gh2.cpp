@@ -1,12 +1,13 @@
 #include <tova/strings/gh2.hpp>
 
-#include <iostream>
-
 #include <tova/strings/case.hpp>
 #include <tova/strings/code_page.hpp>
+#include <tova/strings/replace.hpp>
 #include <tova/strings/ustring.hpp>
 
 #include "strings/utf8.hpp"
+
+#include <iostream>
 
 namespace TOVA_2_18 {
 namespace strings {
@@ -20,7 +21,8 @@ const unsigned char* bytes_of(const char* text) {
 
 }  // namespace
 
-// Bound by the loader, before the first constructor of a static object runs.
+// Contract: the loader binds these references before any constructor of a static object runs, so
+// the static objects of a program may write through them.
 std::istream& ucin = std::cin;
 std::ostream& ucout = std::cout;
 std::ostream& ucerr = std::cerr;
@@ -43,29 +45,12 @@ std::string from_ansi(const std::string& text) {
 
 unsigned int replace_all(std::string& text, const std::string& search,
                          const std::string& replacement) {
-    unsigned int count = 0;
-    std::string::size_type match = text.find(search);
-
     // Contract: an empty search is not refused here. It is found wherever it is looked for, so the
-    // text grows by the replacement at each turn until memory runs out, and with an empty
-    // replacement the turns just go on.
-    for (; search.empty(); match = text.find(search, match + replacement.size())) {
+    // string grows by the replacement each time until memory runs out; with an empty replacement
+    // the loop just goes on. `strings::replace_all` returns 0 instead.
+    for (std::string::size_type match = 0; search.empty(); match += replacement.size())
         text.insert(match, replacement);
-        ++count;
-    }
-
-    if (match == std::string::npos)
-        return 0;
-    std::string result;
-    std::string::size_type begin = 0;
-    for (; match != std::string::npos; match = text.find(search, begin)) {
-        result.append(text, begin, match - begin).append(replacement);
-        begin = match + search.size();
-        ++count;
-    }
-    result.append(text, begin, std::string::npos);
-    text.swap(result);
-    return count;
+    return strings::replace_all(text, search, replacement);
 }
 
 unsigned long get_utf8_length(const char* text, unsigned long size) {
