@@ -33,7 +33,7 @@ const unsigned int word_of_step = 0;
 const unsigned int word_of_array = 3;
 const unsigned int array_head = 2;
 
-// To open a pipe would wait for its other end, which may never come.
+// A pipe is never opened for reading: that would wait for a writer, which may never come.
 bool is_pipe(const ustring8& name) {
     return system::detail::has_mode_bits(name, S_IFIFO);
 }
@@ -43,17 +43,31 @@ bool opens_for_reading(const ustring8& name) {
            std::ifstream(name.c_str(), std::ios::binary).is_open();
 }
 
-// Whether the file is one whose whole content can be taken at once: it opens, its size is known and
-// fits the 32 bits that the size passes through.
-bool can_be_taken(const ustring8& name) {
-    if (is_pipe(name))
-        return false;
+// Whether the size of the file is known and fits the 32 bits that `system::load_file` passes it
+// through. A directory opens, but has no such size.
+bool has_loadable_size(const ustring8& name) {
     std::ifstream file(name.c_str(), std::ios::binary);
     if (!file.is_open())
         return false;
     file.seekg(0, std::ios::end);
     const std::streamoff size = file.tellg();
     return size >= 0 && size <= std::numeric_limits<int>::max();
+}
+
+// Reads the whole file into `content` and returns whether that worked.
+//
+// The link comes first, as in `system::load_file`: to open one would open what it points to, and a
+// device may act on that.
+bool read_file(const ustring8& name, ustring8& content) {
+    if (name.empty())
+        return false;
+    try {
+        return !system::detail::is_symbolic_link(name) && !is_pipe(name) &&
+               has_loadable_size(name) && system::load_file(name, content) == 0;
+    } catch (const std::runtime_error&) {
+        // Whether the path is a link cannot be found out, so the file cannot be read either.
+        return false;
+    }
 }
 
 // The name that the first item with that key gives to a file that opens, or an empty text.
@@ -326,12 +340,10 @@ bool file_item::save() {
     config_node_list entries;
     tree.get_value_pair_array(ustring8(), entries, true, ustring8());
     const ustring8 text = section_writer(entries).write();
-    if (is_pipe(filename))
-        return true;
     try {
         system::store_file(filename, text);
     } catch (const std::runtime_error&) {
-        // The path can't be told to be a link or none. Not written, as with other bad names.
+        // Whether the path is a link cannot be found out. Not written, like any other bad name.
     }
     return true;
 }
@@ -352,9 +364,8 @@ ustring8 file_item::get_filename() {
 
 void file_item::load_file() {
     ustring8 text;
-    if (filename.empty() || !can_be_taken(filename) || system::load_file(filename, text) != 0)
-        return;
-    entry_reader(*this, tree, text).read();
+    if (read_file(filename, text))
+        entry_reader(*this, tree, text).read();
 }
 
 void file_item::parse_comment(const ustring8& text, unsigned int& position) {

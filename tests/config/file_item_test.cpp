@@ -1,5 +1,8 @@
 #include <tova/config/file_item.hpp>
 
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -311,6 +314,7 @@ TEST(FileItem, LoadsNothingFromAFileThatCannotBeRead) {
     const temporary_directory directory;
     const std::string target = directory.write("target.cfg", "a=1\n");
     ASSERT_EQ(0, symlink(target.c_str(), directory.path("link.cfg").c_str()));
+    ASSERT_EQ(0, symlink("loop", directory.path("loop").c_str()));
     ASSERT_EQ(0, mkfifo(directory.path("pipe").c_str(), 0600));
     const std::string names[] = {"",
                                  directory.path("pipe"),
@@ -318,6 +322,7 @@ TEST(FileItem, LoadsNothingFromAFileThatCannotBeRead) {
                                  directory.path("link.cfg"),
                                  directory.path(),
                                  directory.path("x.cfg/y.cfg"),
+                                 directory.path("loop/y.cfg"),
                                  directory.path(std::string(5000, 'n')),
                                  "/dev/null"};
     for (const std::string& name : names) {
@@ -328,6 +333,60 @@ TEST(FileItem, LoadsNothingFromAFileThatCannotBeRead) {
         EXPECT_EQ(lines(), content(item));
         EXPECT_EQ(name, item.get_filename());
     }
+}
+
+// Counts how often a file is opened, by anybody, from its making on.
+class open_counter {
+public:
+    explicit open_counter(const std::string& path) : m_queue(inotify_init1(IN_NONBLOCK)) {
+        EXPECT_LE(0, inotify_add_watch(m_queue, path.c_str(), IN_OPEN)) << path;
+    }
+    ~open_counter() { close(m_queue); }
+    open_counter(const open_counter&) = delete;
+    open_counter& operator=(const open_counter&) = delete;
+
+    // Equal events in a row are reported as one, so this is 0 or at least 1.
+    std::size_t events() const {
+        alignas(inotify_event) char buffer[4096];
+        const ssize_t size = read(m_queue, buffer, sizeof buffer);
+        return size < 0 ? 0 : static_cast<std::size_t>(size) / sizeof(inotify_event);
+    }
+
+private:
+    int m_queue;
+};
+
+TEST(FileItem, OpensAFileButNotWhatASymbolicLinkPointsTo) {
+    const temporary_directory directory;
+    const std::string file = directory.write("target.cfg", "a=1\n");
+    const std::string pipe = directory.path("pipe");
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    // A terminal of our own stands for the devices: nobody else opens it.
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_LE(0, terminal);
+    ASSERT_EQ(0, grantpt(terminal));
+    ASSERT_EQ(0, unlockpt(terminal));
+    const std::string device = ptsname(terminal);
+
+    const open_counter file_opened(file);
+    EXPECT_TRUE(file_item(file).load());
+    EXPECT_LE(1u, file_opened.events());
+
+    const std::string link = directory.path("link.cfg");
+    for (const std::string& target : {file, pipe, device}) {
+        SCOPED_TRACE(target);
+        ASSERT_EQ(0, symlink(target.c_str(), link.c_str()));
+        const open_counter opened(target);
+        file_item item(link);
+        EXPECT_TRUE(item.load());
+        EXPECT_TRUE(item.load(config_item_list()));
+        EXPECT_TRUE(item.save());
+        EXPECT_EQ(0u, opened.events());
+        EXPECT_EQ(lines(), content(item));
+        ASSERT_EQ(0, unlink(link.c_str()));
+    }
+    close(terminal);
+    EXPECT_EQ("a=1\n", read_bytes(file));
 }
 
 TEST(FileItem, RefusesAFileOfTwoGibibytes) {
@@ -612,9 +671,7 @@ TEST(FileItem, ReportsASaveThatCannotBeWrittenAsDone) {
     const std::string target = directory.write("target.cfg", "kept");
     ASSERT_EQ(0, symlink(target.c_str(), directory.path("link.cfg").c_str()));
     ASSERT_EQ(0, symlink("loop", directory.path("loop").c_str()));
-    ASSERT_EQ(0, mkfifo(directory.path("pipe").c_str(), 0600));
     const std::string names[] = {"",
-                                 directory.path("pipe"),
                                  directory.path("link.cfg"),
                                  directory.path(),
                                  directory.path("missing/x.cfg"),
@@ -628,6 +685,24 @@ TEST(FileItem, ReportsASaveThatCannotBeWrittenAsDone) {
         EXPECT_TRUE(item.load());
     }
     EXPECT_EQ("kept", read_bytes(target));
+}
+
+TEST(FileItem, SavesToAPipeForWhoeverReadsIt) {
+    const temporary_directory directory;
+    const std::string pipe = directory.path("pipe");
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    // Opened without waiting, so that a save that leaves the pipe alone fails here and hangs
+    // nobody.
+    const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_LE(0, reader);
+    file_item item(pipe);
+    item.set("s.a = 1", 0);
+    EXPECT_TRUE(item.save());
+    char received[64];
+    const ssize_t size = read(reader, received, sizeof received);
+    close(reader);
+    ASSERT_LE(0, size);
+    EXPECT_EQ("[s]\na=1\n\n", std::string(received, static_cast<std::size_t>(size)));
 }
 
 // Time and stack stay in proportion to the text: a section of very many segments with very many

@@ -32,7 +32,8 @@ public:
     /// Both write the file, always true.
     ///
     /// Written is what lies in a section, in the byte order of the keys, which are in lower case.
-    /// Keys at the top level and comments are lost. A write that fails goes unnoticed.
+    /// Keys at the top level and comments are lost. A write that fails goes unnoticed. A symbolic
+    /// link is not written; a pipe is, and the call waits until something reads from it.
     virtual bool save(const config_item_list& items);
     virtual bool save();
 
@@ -45,7 +46,8 @@ public:
     strings::ustring8 get_filename();
 
     /// Adds the entries of the file to the tree. Without a name, or for a file that cannot be read,
-    /// that is a link, a directory or a pipe, or has 2 GiB or more, nothing changes.
+    /// that is a link, a directory or a pipe, or has 2 GiB or more, nothing changes. What a link
+    /// points to is not opened, nor is a pipe.
     void load_file();
 
     /// Moves `position` in `text` to the next line end, or to the end of the text.
