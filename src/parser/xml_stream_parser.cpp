@@ -756,6 +756,10 @@ ustring8 xml_stream_parser::parse_attrib_value() {
             // Contract: an entity that needs more data drops the byte that it stopped at, and the
             // value goes on behind it.
             value += parse_entity();
+            // A character reference may have reached the end of the data. The byte there has yet
+            // to arrive, so it must not be stepped over.
+            if (text.at_end())
+                break;
             plain = m_cursor + 1;
         }
     }

@@ -1430,6 +1430,42 @@ TEST(StreamParserRecovery, PassesOverATagThatTheEndOfTheDataCuts) {
     }
 }
 
+TEST(StreamParserRecovery, LosesNoByteAfterAReferenceThatTheEndOfTheDataCuts) {
+    for (const std::string cut :
+         {"<a x='q&#x41", "<a x='&#65", "<a x=\"q&#1234567", "<a x='&amp;&#x4"}) {
+        SCOPED_TRACE(cut);
+        const growing_file file(declaration + "<root>" + cut);
+        xml_stream_parser parser(file.path(), 1);
+        EXPECT_EQ(0, parser.parse());
+        file.append("<b y='1'/></root>");
+        EXPECT_EQ(0, parser.recover(only("b")));
+        EXPECT_EQ("0 b 3/0 y=1; 3 root 1/0; status 3", read_on(parser));
+    }
+}
+
+TEST(StreamParserRecovery, StopsAtTheEndOfTheDataAfterAnyCut) {
+    const std::string body =
+        "<a x='q&#x41;&lt;&amp;&apos;' y=\"&#65;&nbsp;&quot;&gt;\" "
+        "z=''>one&#x41;&#65;&amp;&apos;two"
+        "<!-- c -->\n<![CDATA[&lt;]]>\n<c/ ><d >text</d\n></a><!-- d -->\n<e = '1'>";
+    for (std::size_t size = 0; size <= body.size(); ++size) {
+        SCOPED_TRACE(body.substr(0, size));
+        const growing_file file(declaration + "<root>" + body.substr(0, size));
+        {
+            xml_stream_parser parser(file.path(), 1);
+            parser.parse();
+            EXPECT_EQ(2, parser.recover(only("b")));
+            EXPECT_GE(parser.file_length(), parser.parse_offset());
+        }
+        xml_stream_parser parser(file.path(), 1);
+        parser.parse();
+        file.append("<b y='1'/></root>");
+        EXPECT_EQ(0, parser.recover(only("b")));
+        EXPECT_THAT(read_on(parser),
+                    testing::MatchesRegex("0 b [0-9]+/0 y=1; 3 root 1/0; status 3"));
+    }
+}
+
 TEST(StreamParserRecovery, ReadsOnThroughTheFile) {
     const growing_file file(declaration + "<r><b =/>" + repeated("<d>some text</d>\n", 20000) +
                             "<c/></r>");
