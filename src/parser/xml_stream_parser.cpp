@@ -508,6 +508,11 @@ void xml_stream_parser::init(ustring8 const& file) {
     m_last = m_buffer.size();
     m_cursor = m_committed = m_end = m_first;
 
+    // The id 0 of the top level is there whatever becomes of the file: a caller who resets the
+    // status after a failure parses with these stacks.
+    m_next_id = 1;
+    m_open_ids.push(0);
+
     m_file_name = file;
     if (is_symbolic_link(m_file_name)) {
         m_status = internal_failure;
@@ -518,9 +523,6 @@ void xml_stream_parser::init(ustring8 const& file) {
         m_file.open(m_file_name.c_str(), std::ios::in | std::ios::binary);
         m_status = m_file.is_open() ? no_error : open_failed;
     }
-
-    m_next_id = 1;
-    m_open_ids.push(0);
 }
 
 unsigned long xml_stream_parser::load() {

@@ -1,5 +1,7 @@
 // The layout of the stream parser: sizes, the offsets of all fields, and the slots of what it
 // throws.
+#include <unistd.h>
+
 #include <cstddef>
 #include <cstring>
 #include <exception>
@@ -137,6 +139,20 @@ TEST(StreamParserLayout, HasItsFieldsInOrder) {
     EXPECT_EQ(4u, part_at<std::stack<unsigned long>>(object, 888).size());
     EXPECT_EQ((std::set<ustring8>{"v"}), part_at<std::set<ustring8>>(object, 968));
     EXPECT_EQ(static_cast<const void*>(&parser.error()), static_cast<const char*>(object) + 1016);
+}
+
+TEST(StreamParserLayout, HasTheIdOfTheTopLevelWhateverTheFileIs) {
+    const test_support::temporary_directory directory;
+    directory.write("file.xml", declaration);
+    ASSERT_EQ(0, ::symlink("file.xml", directory.path("link.xml").c_str()));
+    for (const char* name : {"file.xml", "link.xml", "missing.xml"}) {
+        SCOPED_TRACE(name);
+        const xml_stream_parser parser(directory.path(name), 1);
+        const auto& ids = part_at<std::stack<unsigned long>>(&parser, 888);
+        ASSERT_EQ(1u, ids.size());
+        EXPECT_EQ(0u, ids.top());
+        EXPECT_EQ(1u, field_at<unsigned long>(&parser, 880));
+    }
 }
 
 TEST(StreamParserLayout, HasTheFlagsOfEndTagsAndCommentsWhereTheyBelong) {

@@ -154,6 +154,26 @@ TEST(StreamParserFile, GivesStatus10IfItIsASymbolicLink) {
     EXPECT_EQ(10, xml_stream_parser(link, 1).error()) << "also where it leads nowhere";
 }
 
+TEST(StreamParserFile, IsParsedIfTheStatusIsResetAfterTheLinkIsReplaced) {
+    const growing_file file(declaration + "<r><a></a></r>");
+    const std::string link = file.path() + ".link";
+    ASSERT_EQ(0, ::symlink(file.path().c_str(), link.c_str()));
+    xml_stream_parser parser(link, 1);
+    ASSERT_EQ(10, parser.error());
+    ASSERT_EQ(0, std::rename(file.path().c_str(), link.c_str()));
+    parser.error() = xml_stream_parser::no_error;
+    EXPECT_EQ("1 r 1/0; 0 a 2/1; 3 r 1/0; status 3", read_on(parser));
+}
+
+TEST(StreamParserFile, IsParsedIfTheStatusIsResetAfterTheFileIsCreated) {
+    const test_support::temporary_directory directory;
+    xml_stream_parser parser(directory.path("later.xml"), 1);
+    ASSERT_EQ(11, parser.error());
+    directory.write("later.xml", declaration + "<r><a></a></r>");
+    parser.error() = xml_stream_parser::no_error;
+    EXPECT_EQ("1 r 1/0; 0 a 2/1; 3 r 1/0; status 3", read_on(parser));
+}
+
 TEST(StreamParserFile, MayStandBehindALinkedFolder) {
     const growing_file file(declaration + "<r></r>");
     const test_support::temporary_directory directory;
