@@ -208,15 +208,17 @@ public:
         return ustring8(1, static_cast<char>(value));
     }
 
-    // Looks for the start tag of one of the names. Leaves the cursor on its `<`, or at the end of
-    // the data.
+    // Looks for the start tag of one of the names. Leaves the cursor on its `<`; if there is none,
+    // on a `<` that is the last byte of the data, or at the end of the data.
     bool find_start_tag(std::list<ustring8> const& names) {
         const unsigned int line = m_parser.m_line;  // what is passed over here does not count
         bool is_found = false;
         while (!is_found && skip_to_tag()) {
-            m_parser.m_committed = m_parser.m_cursor++;
-            if (at_end())
+            m_parser.m_committed = m_parser.m_cursor;
+            // What this `<` begins is known only when more data arrive.
+            if (remaining() == 1)
                 break;
+            ++m_parser.m_cursor;
             if (byte() == '/' || byte() == '!')
                 continue;
             const ustring8 name = m_parser.parse_name();

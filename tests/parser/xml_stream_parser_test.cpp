@@ -1436,8 +1436,43 @@ TEST(StreamParserRecovery, FailsUntilTheFileHoldsSuchAnElement) {
     EXPECT_EQ("0 c 3/0; 3 r 1/0; status 3", read_on(parser));
 }
 
-TEST(StreamParserRecovery, PassesOverATagThatTheEndOfTheDataCuts) {
-    for (const std::string cut : {"<", "<c", "< ", "<cc"}) {
+TEST(StreamParserRecovery, WaitsAtAnAngleThatEndsTheData) {
+    const growing_file file(declaration + "<r><b =/><");
+    xml_stream_parser parser(file.path(), 1);
+    EXPECT_EQ(6, parser.parse());
+    for (int call = 0; call != 2; ++call) {
+        EXPECT_EQ(2, parser.recover(only("c")));
+        EXPECT_EQ(64u, parser.parse_offset());
+    }
+    file.append("c n='1'/><c n='2'/></r>");
+    EXPECT_EQ(0, parser.recover(only("c")));
+    EXPECT_EQ("0 c 3/0 n=1; 0 c 4/0 n=2; 3 r 1/0; status 3", read_on(parser));
+}
+
+TEST(StreamParserRecovery, LooksAtAnAngleThatEndsTheDataOnceMoreArrive) {
+    const struct {
+        const char* rest;
+        const char* result;
+    } cases[] = {
+        {" c/></r>", "0 c 3/0; 3 r 1/0; status 3"},
+        {"/d><c/></r>", "0 c 3/0; 3 r 1/0; status 3"},
+        {"!-- d --><c/></r>", "0 c 3/0; 3 r 1/0; status 3"},
+        {"<c/></r>", "0 c 3/0; 3 r 1/0; status 3"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.rest);
+        const growing_file file(declaration + "<r><b =/><");
+        xml_stream_parser parser(file.path(), 1);
+        EXPECT_EQ(6, parser.parse());
+        EXPECT_EQ(2, parser.recover(only("c")));
+        file.append(c.rest);
+        EXPECT_EQ(0, parser.recover(only("c")));
+        EXPECT_EQ(c.result, read_on(parser));
+    }
+}
+
+TEST(StreamParserRecovery, PassesOverANameThatTheEndOfTheDataCuts) {
+    for (const std::string cut : {"<c", "< ", "<cc", "< c"}) {
         SCOPED_TRACE(cut);
         const growing_file file(declaration + "<r><b =/>" + cut);
         xml_stream_parser parser(file.path(), 1);
@@ -1447,6 +1482,23 @@ TEST(StreamParserRecovery, PassesOverATagThatTheEndOfTheDataCuts) {
         file.append(" n='1'/><c n='2'/></r>");
         EXPECT_EQ(0, parser.recover(only("c")));
         EXPECT_EQ("0 c 3/0 n=2; 3 r 1/0; status 3", read_on(parser));
+    }
+}
+
+// The file is complete, but the search sees 65536 bytes of it at a time.
+TEST(StreamParserRecovery, PassesOverANameThatTheEndOfTheBufferCuts) {
+    for (std::size_t inside = 0; inside != 8; ++inside) {
+        SCOPED_TRACE(inside);  // the bytes of the first tag that are within the first 65536
+        std::string document = declaration + "<r><b =/>";
+        document.resize(65536 - inside, ' ');
+        const growing_file file(document + "<item n='1'/><item n='2'/></r>");
+        xml_stream_parser parser(file.path(), 1);
+        EXPECT_EQ(6, parser.parse());
+        EXPECT_EQ(0, parser.recover(only("item")));
+        const bool is_cut = inside >= 2 && inside <= 5;
+        EXPECT_EQ(is_cut ? "0 item 3/0 n=2; 3 r 1/0; status 3"
+                         : "0 item 3/0 n=1; 0 item 4/0 n=2; 3 r 1/0; status 3",
+                  read_on(parser));
     }
 }
 

@@ -138,9 +138,14 @@ public:
 
     /// Looks for the next start tag of one of the names, and leaves it to the next `parse`.
     ///
-    /// The queue is emptied; the open levels stay open. Returns status 0, 2 if the file holds no
-    /// such tag yet or `names` is empty, 10 if no root was seen. Contract: behind the end of the
-    /// document (status 3) a search that finds nothing never returns.
+    /// Empties the queue; the open levels stay open. Returns status 0, status 2 if the file holds no
+    /// such tag yet or `names` is empty, status 10 if no root was seen. Call it again after status 2
+    /// when the file has grown.
+    ///
+    /// Contract: a name that the end of the data cuts is passed over, and its element is not found
+    /// when the rest arrives; a `<` that ends the data is kept and looked at again. A complete file
+    /// is searched in blocks of 65536 bytes, whose ends cut names in the same way. After the end of
+    /// the document (status 3) a search that finds nothing never returns.
     error_type& recover(std::list<strings::ustring8> const& names);
     error_type& recover(std::list<std::string> const& names);
 
