@@ -19,10 +19,21 @@ function(tova_add_test name)
   target_compile_options(${name} PRIVATE ${TOVA_WARNINGS})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/src)
   target_compile_definitions(${name} PRIVATE
-    TOVA_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data" TOVA_LIBRARY="$<TARGET_FILE:tova>")
+    TOVA_LIBRARY="$<TARGET_FILE:tova>")
   target_link_libraries(${name} PRIVATE tova::tova tova_test_support GTest::gmock GTest::gtest_main)
   add_test(NAME ${name} COMMAND ${name} --gtest_shuffle --gtest_brief=1)
   set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+endfunction()
+
+# tova_add_example_test(NAME): the test program NAME_example_test, from NAME_example_test.cpp in the
+# current folder. It runs the program of examples/NAME, if the examples are built.
+function(tova_add_example_test example)
+  if(TARGET tova_example_${example})
+    tova_add_test(${example}_example_test ${example}_example_test.cpp)
+    target_compile_definitions(${example}_example_test PRIVATE
+      TOVA_EXAMPLE_PROGRAM="$<TARGET_FILE:tova_example_${example}>")
+    add_dependencies(${example}_example_test tova_example_${example})
+  endif()
 endfunction()
 
 # tova_add_benchmark(NAME a.cpp ...): one Google Benchmark program.

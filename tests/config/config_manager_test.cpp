@@ -12,8 +12,8 @@
 
 #include "config/listing.hpp"
 #include "config/recording_item.hpp"
-#include "config/working_directory.hpp"
 #include "support/temporary_directory.hpp"
+#include "support/working_directory.hpp"
 
 namespace {
 
@@ -382,7 +382,7 @@ TEST(ConfigManagerStandard, HidesAValueBehindALongerKeyOfAStrongerSource) {
 
 TEST(ConfigManagerStandard, FindsNoFileNamedByTheEnvironmentWhichIsReadBehindIt) {
     const test_support::temporary_directory directory;
-    const config_support::working_directory here(directory.path());
+    const test_support::working_directory here(directory.path());
     directory.write("x.cfg", "a=named\n");
     const char* const arguments[] = {"tool", nullptr};
     const char* const environment[] = {"cfg_file=x.cfg", nullptr};
@@ -411,7 +411,7 @@ TEST(ConfigManagerStandard, TriesTheFileOfAnEmptyNameForAProgramWithoutADot) {
     const test_support::temporary_directory directory;
     directory.write(".cfg", "a=found\n");
     directory.write("tool.cfg", "a=other\n");
-    const config_support::working_directory here(directory.path());
+    const test_support::working_directory here(directory.path());
     const auto value_for = [](const char* program) {
         const char* const arguments[] = {program, nullptr};
         config_manager manager;

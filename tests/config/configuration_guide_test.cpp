@@ -1,11 +1,9 @@
 // Runs the examples of docs/configuration.md.
 //
 // A block of kind "cfg", "shell", "shell name" or "environment" is an input; the blocks "gives",
-// "saved" and "prints" behind it are what comes of it.
-#include <fstream>
+// "saved" and "prints" that follow it show its results.
 #include <iostream>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -16,6 +14,7 @@
 #include <tova/config/file_item.hpp>
 
 #include "config/listing.hpp"
+#include "support/guide.hpp"
 #include "support/temporary_directory.hpp"
 
 namespace {
@@ -23,44 +22,12 @@ namespace {
 using config_support::base_config_item;
 using config_support::config_node_list;
 using config_support::lines;
-using TOVA_2_18::config::commandline_item;
-using TOVA_2_18::config::enviroment_item;
-using TOVA_2_18::config::file_item;
+using test_support::lines_of;
+using tova::config::commandline_item;
+using tova::config::enviroment_item;
+using tova::config::file_item;
 
-struct block {
-    std::string kind;
-    std::string text;
-    int line;
-};
-
-std::vector<block> blocks_of(const std::string& path) {
-    std::ifstream file(path);
-    EXPECT_TRUE(file.is_open()) << path;
-    std::vector<block> blocks;
-    bool inside = false;
-    std::string line;
-    for (int number = 1; std::getline(file, line); ++number) {
-        if (line.compare(0, 3, "```") == 0) {
-            inside = !inside;
-            if (inside)
-                blocks.push_back(block{line.substr(3), "", number});
-        } else if (inside) {
-            blocks.back().text += line + "\n";
-        }
-    }
-    EXPECT_FALSE(inside) << "a block is left open";
-    return blocks;
-}
-
-lines lines_of(const std::string& text) {
-    std::istringstream stream(text);
-    lines result;
-    for (std::string line; std::getline(stream, line);)
-        result.push_back(line);
-    return result;
-}
-
-// The words of a command line, by the rules of a shell for blanks and quotes.
+// The words of a command line, split by the rules of a shell for spaces and quotes.
 lines words_of(const std::string& line) {
     lines words;
     bool inside = false;
@@ -92,7 +59,7 @@ std::string visible(const std::string& text) {
     return result;
 }
 
-// What a source holds, in the form of the guide.
+// The content of a source in the notation of the guide.
 std::string given(base_config_item& item, bool with_name) {
     config_node_list nodes;
     item.get_value_pair_array("", nodes, true);
@@ -117,7 +84,7 @@ std::string given(base_config_item& item, bool with_name) {
     return text;
 }
 
-// The results of one input by their kinds.
+// The results of one input, by the kind of block that shows them.
 typedef std::map<std::string, std::string> results;
 
 results run_file(const std::string& text) {
@@ -154,21 +121,22 @@ results run_environment(const std::string& text) {
     return {{"gives", given(item, false)}};
 }
 
-TEST(ConfigurationGuide, ShowsWhatTheSourcesReallyGive) {
+TEST(ConfigurationGuide, ShowsTheRealResultsOfEachSource) {
     std::map<std::string, int> seen;
     results expected;
-    for (const block& each : blocks_of(TOVA_TEST_DATA "/../../docs/configuration.md")) {
-        SCOPED_TRACE("line " + std::to_string(each.line));
-        ++seen[each.kind];
-        if (each.kind == "cfg") {
-            expected = run_file(each.text);
-        } else if (each.kind == "shell" || each.kind == "shell name") {
-            expected = run_shell(each.text, each.kind == "shell name");
-        } else if (each.kind == "environment") {
-            expected = run_environment(each.text);
+    for (const auto& block : test_support::guide_blocks("docs/configuration.md")) {
+        SCOPED_TRACE("line " + std::to_string(block.line));
+        const bool with_name = block.detail == "name";
+        ++seen[block.kind + (with_name ? " name" : "")];
+        if (block.kind == "cfg") {
+            expected = run_file(block.text);
+        } else if (block.kind == "shell") {
+            expected = run_shell(block.text, with_name);
+        } else if (block.kind == "environment") {
+            expected = run_environment(block.text);
         } else {
-            ASSERT_EQ(1u, expected.count(each.kind)) << each.kind;
-            EXPECT_EQ(expected[each.kind], each.text);
+            ASSERT_EQ(1u, expected.count(block.kind)) << block.kind;
+            EXPECT_EQ(expected[block.kind], block.text);
         }
     }
     EXPECT_LE(19, seen["cfg"]);

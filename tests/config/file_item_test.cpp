@@ -12,8 +12,8 @@
 #include <gtest/gtest.h>
 
 #include "config/listing.hpp"
-#include "config/working_directory.hpp"
 #include "support/temporary_directory.hpp"
+#include "support/working_directory.hpp"
 
 namespace {
 
@@ -477,7 +477,7 @@ TEST_F(FileChoice, PassesOverADirectoryAndAPipe) {
 }
 
 TEST_F(FileChoice, TakesValuesOfAnyTypeAsText) {
-    const config_support::working_directory here(directory.path());
+    const test_support::working_directory here(directory.path());
     directory.write("12", "a=3\n");
     add("");
     items.back()->set("cfg_file", variant(12), 0);

@@ -62,7 +62,8 @@ void drop_rights() {
     }
 }
 
-// A code that no child has which ends before its body does.
+// The exit code of a child whose body ran to its end without a failed check. A child that ends
+// early has another one.
 const int body_passed = 11;
 
 }  // namespace

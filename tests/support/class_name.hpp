@@ -1,4 +1,4 @@
-// Names the instances of a typed test after their class.
+// Names the instances of a typed test after their type argument.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// A function object for the tests of delegates: tells a log of its clones, calls and end.
+// A function object for the tests of delegates. It logs each clone, call and destruction.
 #pragma once
 
 #include <string>
@@ -12,9 +12,9 @@ class counting_function;
 
 template <typename... Arguments>
 class counting_function<void(Arguments...)>
-    : public TOVA_2_18::functor::function_type_interface<void(Arguments...)> {
+    : public tova::functor::function_type_interface<void(Arguments...)> {
 public:
-    typedef TOVA_2_18::functor::function_type_interface<void(Arguments...)> base;
+    typedef tova::functor::function_type_interface<void(Arguments...)> base;
 
     counting_function(std::string& log, const char* name) : m_log(&log), m_name(name) {}
     ~counting_function() TOVA_NOTHROW override { *m_log += "delete " + m_name + "; "; }

@@ -5,7 +5,7 @@
 
 namespace {
 
-long s_successes_left = -1;  // negative while no allocation is to fail
+long s_successes_left = -1;  // negative if no allocation is to fail
 bool s_failed = false;
 unsigned long s_allocations = 0;
 long s_live = 0;

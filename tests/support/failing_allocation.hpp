@@ -1,11 +1,11 @@
-// Lets a chosen allocation of the program fail, inside the library as well. A test program that
-// uses this lists ../support/failing_allocation.cpp among its sources: the file replaces operator
-// new.
+// Makes a chosen allocation of the program fail, inside the library as well. A test program that
+// uses this header lists ../support/failing_allocation.cpp among its sources, which replaces
+// operator new.
 #pragma once
 
 namespace test_support {
 
-// From its making to its end the allocation behind `successes` further ones fails, once.
+// While an object of this class exists, one allocation fails: the first after `successes` others.
 class failing_allocation {
 public:
     explicit failing_allocation(unsigned successes = 0);
@@ -13,14 +13,14 @@ public:
     failing_allocation(const failing_allocation&) = delete;
     failing_allocation& operator=(const failing_allocation&) = delete;
 
-    // Whether the failure was met.
+    // Whether that allocation was requested, and failed.
     bool failed() const;
 };
 
-// The number of allocations of the program so far.
+// The number of allocations that the program has made so far.
 unsigned long allocations();
 
-// The number of those that are not yet released; to be compared with an earlier number.
+// The number of allocations not yet released. Only the difference of two calls has a meaning.
 long live_allocations();
 
 }  // namespace test_support

@@ -1,4 +1,4 @@
-// Number punctuation for tests of what depends on the global C++ locale.
+// Number punctuation, for tests of operations that depend on the global C++ locale.
 #pragma once
 
 #include <locale>
@@ -6,7 +6,7 @@
 
 namespace test_support {
 
-// Punctuates numbers with the given point and separator between groups of three digits.
+// Writes numbers with the given decimal point and a separator between groups of three digits.
 template <typename Unit>
 class punctuation : public std::numpunct<Unit> {
 public:
@@ -22,13 +22,13 @@ private:
     Unit m_separator;
 };
 
-// The classic locale with other punctuation for narrow streams: 1.234.567,5.
+// The classic locale, except that narrow streams write 1.234.567,5.
 inline std::locale comma_locale() {
     return std::locale(std::locale::classic(), new punctuation<char>(',', '.'));
 }
 
-// Makes a locale the global one for the length of a test. Named in neither world, such a locale
-// leaves the C library's locale alone.
+// Makes a locale the global one for the duration of a test. A locale without a name, such as
+// `comma_locale()`, does not change the C library's locale.
 class global_locale {
 public:
     explicit global_locale(const std::locale& locale) : m_before(std::locale::global(locale)) {}

@@ -1,42 +1,35 @@
-// Reads the guides below docs/, so that tests hold what they show.
+// Reads the guides in docs/, so that tests can check the examples they show.
 #pragma once
 
-#include <algorithm>
-#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
-
-#include "support/temporary_directory.hpp"
 
 namespace test_support {
 
-// The bytes of a file, by its path from the top of the project.
-inline std::string project_file(const std::string& name) {
-    const std::string data = TOVA_TEST_DATA;
-    return read_bytes(data.substr(0, data.rfind("/tests/")) + "/" + name);
-}
+// The absolute path of a file of the project, from its path below the top folder.
+std::string project_path(const std::string& name);
 
-// The lines of a fenced block, and the rest of the line that opens it.
-typedef std::pair<std::string, std::vector<std::string>> guide_block;
+// A fenced block of a guide. The text after the opening fence is "KIND" or "KIND DETAIL".
+struct guide_block {
+    int line;  // of the opening fence, counted from 1
+    std::string kind;
+    std::string detail;
+    std::string text;  // all lines between the fences, each with its line end
+};
 
-// The fenced blocks of a guide in one language.
-inline std::vector<guide_block> guide_blocks(const std::string& name, const std::string& language) {
-    std::vector<guide_block> found;
-    std::istringstream guide(project_file(name));
-    bool inside = false;
-    for (std::string line; std::getline(guide, line);) {
-        if (!inside && line.compare(0, 3 + language.size(), "```" + language) == 0) {
-            inside = true;
-            found.emplace_back(line.substr(std::min(line.size(), 4 + language.size())),
-                               std::vector<std::string>());
-        } else if (line.compare(0, 3, "```") == 0) {
-            inside = false;
-        } else if (inside) {
-            found.back().second.push_back(line);
-        }
-    }
-    return found;
-}
+// All fenced blocks of a guide, in order. The running test fails if a fence is left open.
+std::vector<guide_block> guide_blocks(const std::string& guide);
+
+// The blocks of one kind only.
+std::vector<guide_block> guide_blocks(const std::string& guide, const std::string& kind);
+
+// The lines of a text, without their line ends.
+std::vector<std::string> lines_of(const std::string& text);
+
+// Fails the running test unless every line of the guide's "cpp" blocks appears in `source`, in the
+// same order, after the first occurrence of `start`. Both names are paths below the top folder. The
+// source indents the lines by four spaces; empty lines are skipped.
+void expect_code_of_guide(const std::string& guide, const std::string& source,
+                          const std::string& start);
 
 }  // namespace test_support

@@ -1,5 +1,5 @@
-// A plain oracle for the integer parsers: reads the whole number without a limit and clamps it
-// then.
+// A simple reference for the integer parsers: it reads the whole number first and clamps it to the
+// range of the type afterwards.
 #pragma once
 
 #include <cstddef>
@@ -29,7 +29,7 @@ inline std::string as_text(wide_int value) {
     return (value < 0 ? "-" : "") + digits;
 }
 
-// The number in a radix, digits in lower or upper case.
+// The number in a radix; `letter_a` is 'a' or 'A' and sets the case of the digits above 9.
 inline std::string as_text(wide_int value, int radix, char letter_a) {
     std::string digits;
     wide_int rest = value < 0 ? -value : value;
@@ -42,7 +42,7 @@ inline std::string as_text(wide_int value, int radix, char letter_a) {
     return (value < 0 ? "-" : "") + digits;
 }
 
-inline bool oracle_blank(long unit) {
+inline bool oracle_space(long unit) {
     return unit == ' ' || (unit >= '\t' && unit <= '\r');
 }
 
@@ -57,8 +57,9 @@ inline int oracle_digit(long unit, long radix) {
     return digit < radix ? digit : -1;
 }
 
-// What a parser for the range from `min` to `max` makes of `text`, which ends with a 0 unit that
-// `length` does not count. Radices are 0 and up.
+// The result of a parser for the range from `min` to `max`. `text` ends with a unit 0, which
+// `length` does not count. The radix is not negative; 0 means that the prefix of the number
+// decides.
 inline parse_outcome oracle_parse(const std::vector<long>& text, std::size_t length, long radix,
                                   bool throw_on_range, wide_int min, wide_int max) {
     const parse_outcome zero = {parse_outcome::number, 0};
@@ -68,7 +69,7 @@ inline parse_outcome oracle_parse(const std::vector<long>& text, std::size_t len
             ++length;
 
     std::size_t i = 0;
-    while (oracle_blank(text[i]))
+    while (oracle_space(text[i]))
         if (++i >= length)
             return zero;
     const bool negative = text[i] == '-';

@@ -1,4 +1,4 @@
-// The place that an exception of the library carries, which no accessor tells.
+// The source location that an exception of the library carries. It has no accessor for it.
 #pragma once
 
 #include <string>
@@ -10,19 +10,19 @@
 
 namespace test_support {
 
-inline const TOVA_2_18::exceptions::exception::state&
-place_of_raise(const TOVA_2_18::exceptions::exception& raised) {
-    return *reinterpret_cast<const TOVA_2_18::exceptions::exception::state*>(
+inline const tova::exceptions::exception::state&
+place_of_raise(const tova::exceptions::exception& raised) {
+    return *reinterpret_cast<const tova::exceptions::exception::state*>(
         reinterpret_cast<const char*>(&raised) + sizeof(void*));
 }
 
-// Whether `body` raises exactly this class, with this message from this place.
+// Whether `body` raises exactly this class, with this message and this source location.
 template <typename Exception, typename Body>
 ::testing::AssertionResult raises(const Body& body, const std::string& message, unsigned line,
                                   const std::string& file, const std::string& function) {
     try {
         body();
-    } catch (const TOVA_2_18::exceptions::exception& raised) {
+    } catch (const tova::exceptions::exception& raised) {
         const auto& place = place_of_raise(raised);
         if (typeid(raised) == typeid(Exception) && message == raised.get_message() &&
             place.line == line && file == place.file && function == place.function)

@@ -1,4 +1,4 @@
-// Looks at objects as a linker or a foreign compiler would: words, offsets and slots.
+// Reads objects as a linker or another compiler sees them: words, offsets and slots.
 #pragma once
 
 #include <cstddef>
@@ -6,8 +6,8 @@
 
 namespace test_support {
 
-// The pointer that lies `offset` bytes into some memory, whatever the compiler believes to know of
-// the memory (the life of an object in it may be over).
+// The pointer stored `offset` bytes into some memory. The compiler cannot see through this read, so
+// it also works after the lifetime of the object in that memory has ended.
 __attribute__((noinline)) inline void* pointer_at(const void* memory, std::size_t offset = 0) {
     asm volatile("" : : "r"(memory) : "memory");
     void* result;
@@ -15,23 +15,23 @@ __attribute__((noinline)) inline void* pointer_at(const void* memory, std::size_
     return result;
 }
 
-// Functions that call a slot by number carry this: the sanitizer of function types compares the
-// type of a pointer with the one of a member function, which has no spelling as a plain function.
+// Marks functions that call a slot by number. The function sanitizer compares the type of the
+// called pointer with the type of the member function, and no plain function type equals that.
 #ifdef __clang__
 #define TEST_CALLS_SLOTS __attribute__((no_sanitize("function")))
 #else
 #define TEST_CALLS_SLOTS
 #endif
 
-// The function in a slot of the table that the pointer at `offset` of an object leads to. A virtual
-// destructor takes two slots, the second one deletes.
+// The function in a slot of the virtual table that the pointer at `offset` in an object points to.
+// A virtual destructor has two slots; the second one also deletes the object.
 template <typename Function>
 Function* slot(const void* object, std::size_t number, std::size_t offset = 0) {
     return reinterpret_cast<Function*>(
         pointer_at(pointer_at(object, offset), number * sizeof(void*)));
 }
 
-// The distance of a base class in an object.
+// The offset of a base class in an object, in bytes.
 template <typename Base, typename Derived>
 std::ptrdiff_t base_offset(const Derived& object) {
     return reinterpret_cast<const char*>(static_cast<const Base*>(&object)) -

@@ -24,7 +24,7 @@ temporary_directory::temporary_directory() {
     const char* root = std::getenv("TMPDIR");
     std::string pattern = std::string(root != nullptr ? root : "/tmp") + "/tova_test_XXXXXX";
     if (::mkdtemp(&pattern[0]) == nullptr)
-        throw std::runtime_error("cannot make a temporary directory at " + pattern);
+        throw std::runtime_error("cannot create a temporary directory at " + pattern);
     m_path = pattern;
 }
 

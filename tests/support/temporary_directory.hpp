@@ -1,4 +1,4 @@
-// A private directory for the files of one test, removed with all it holds.
+// A private directory for the files of one test, removed with its content at the end.
 #pragma once
 
 #include <string>
@@ -14,17 +14,17 @@ public:
 
     const std::string& path() const { return m_path; }
 
-    // Path of an entry below the directory; nothing is made.
+    // The path of an entry below the directory. Creates nothing.
     std::string path(const std::string& name) const { return m_path + "/" + name; }
 
-    // Writes a file below the directory, making the folders on the way, and gives its path.
+    // Writes a file below the directory, creates the folders on its path, and returns that path.
     std::string write(const std::string& name, const std::string& bytes) const;
 
 private:
     std::string m_path;
 };
 
-// All bytes of a file; a missing file gives an empty text and fails the running test.
+// All bytes of a file. If it cannot be opened, the running test fails and the result is empty.
 std::string read_bytes(const std::string& path);
 
 }  // namespace test_support

@@ -1,4 +1,4 @@
-// The three string widths for typed tests: one test body runs for each.
+// The three string widths for typed tests: each test body runs once per width.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +11,8 @@
 
 namespace test_support {
 
-using all_widths = ::testing::Types<TOVA_2_18::strings::ustring8, TOVA_2_18::strings::ustring16,
-                                    TOVA_2_18::strings::ustring32>;
+using all_widths =
+    ::testing::Types<tova::strings::ustring8, tova::strings::ustring16, tova::strings::ustring32>;
 
 struct width_name {
     template <typename String>
@@ -21,9 +21,9 @@ struct width_name {
     }
 };
 
-// The three widths and the two standard strings, where operations are offered for those as well.
-using text_types = ::testing::Types<std::string, std::wstring, TOVA_2_18::strings::ustring8,
-                                    TOVA_2_18::strings::ustring16, TOVA_2_18::strings::ustring32>;
+// The three widths and the two standard strings, for operations that accept all five.
+using text_types = ::testing::Types<std::string, std::wstring, tova::strings::ustring8,
+                                    tova::strings::ustring16, tova::strings::ustring32>;
 
 struct text_type_name {
     template <typename String>
@@ -32,7 +32,7 @@ struct text_type_name {
     }
 };
 
-// An ASCII literal in the wanted width: one unit a character, embedded NULs kept.
+// An ASCII literal as a string of the given type, one unit per character. Embedded NULs are kept.
 template <typename String, std::size_t Size>
 String text(const char (&literal)[Size]) {
     String result;
@@ -41,8 +41,8 @@ String text(const char (&literal)[Size]) {
     return result;
 }
 
-// The same for an ASCII text of run-time length, up to its terminator. A template, so that it does
-// not compete for literals.
+// The same for ASCII characters up to their terminator. It is a template so that overload
+// resolution prefers the function above for literals.
 template <typename String, typename Pointer>
 typename std::enable_if<std::is_same<Pointer, const char*>::value, String>::type
 text(const Pointer& characters) {

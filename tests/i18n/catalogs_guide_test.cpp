@@ -1,69 +1,42 @@
 // Runs the examples of docs/catalogs.md: what the guide says about catalogs is what they do.
 //
-// A fenced block "xmc" is a catalog file, or a part of one that is completed here; "xmc file=NAME"
-// is a file for the examples behind it to include. It is followed by blocks "gives [LOCALE]", with
-// a line "[KEY:] ARGUMENTS -> TEXT" for each rendering, or by a block "fault" with the report.
-
+// A block "xmc" is a catalog file, or a part of one that is completed here; "xmc file=NAME" is a
+// file for the examples after it to include. A block "gives [LOCALE]" follows, with a line
+// "[KEY:] ARGUMENTS -> TEXT" for each rendering, or a block "fault" with the error report.
+#include <algorithm>
 #include <cstdlib>
-#include <fstream>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include <unistd.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <tova/i18n/message_catalogs.hpp>
 
+#include "support/guide.hpp"
 #include "support/temporary_directory.hpp"
+#include "support/working_directory.hpp"
 
 namespace {
 
-using TOVA_2_18::generic::varg_list;
-using TOVA_2_18::i18n::message_catalogs;
-using TOVA_2_18::strings::ustring8;
+using test_support::guide_block;
+using tova::generic::varg_list;
+using tova::i18n::message_catalogs;
+using tova::strings::ustring8;
 
-struct block {
-    int line;  // of its opening fence
-    std::string kind;
-    std::string detail;
-    std::string content;
-};
-
-std::vector<block> blocks_of(const std::string& guide) {
-    std::vector<block> blocks;
-    std::istringstream lines(guide);
-    std::string line;
-    bool is_inside = false;
-    for (int number = 1; std::getline(lines, line); ++number) {
-        const bool is_fence = line.compare(0, 3, "```") == 0;
-        if (is_fence && !is_inside) {
-            const auto blank = line.find(' ');
-            blocks.push_back({number, line.substr(3, blank - 3),
-                              blank == std::string::npos ? "" : line.substr(blank + 1), ""});
-        } else if (!is_fence && is_inside) {
-            blocks.back().content += line + "\n";
-        }
-        if (is_fence)
-            is_inside = !is_inside;
-    }
-    EXPECT_FALSE(is_inside) << "a fence is not closed";
-    return blocks;
-}
+const char guide[] = "docs/catalogs.md";
 
 bool begins_with(const std::string& text, const std::string& front) {
     return text.compare(0, front.size(), front) == 0;
 }
 
-// The file of an example that leaves out what stands around it.
+// The whole file of an example that shows only a part of one.
 std::string completed(std::string text) {
     if (begins_with(text, "<?xml"))
         return text;
     if (!begins_with(text, "<xmc")) {
-        text.pop_back();  // the line end that the fence needs
+        text.pop_back();  // the line end before the closing fence
         if (!begins_with(text, "<msg"))
             text = "<msg name=\"key\">" + text + "</msg>";
         text =
@@ -72,7 +45,7 @@ std::string completed(std::string text) {
     return "<?xml version=\"1.0\"?>\n" + text;
 }
 
-// A text in quotes with its escapes taken away, or the word as it is.
+// The content of a quoted string, its escapes resolved; any other word unchanged.
 std::string unquoted(const std::string& text) {
     if (text.size() < 2 || text.front() != '"' || text.back() != '"')
         return text;
@@ -86,7 +59,7 @@ std::string unquoted(const std::string& text) {
     return result;
 }
 
-// "a=1, b=0.5, c="x"" as an integer, a double and a text.
+// Reads a=1, b=0.5, c="x" as an integer, a double and a string.
 varg_list arguments_of(const std::string& text) {
     varg_list result;
     std::size_t at = 0;
@@ -106,18 +79,8 @@ varg_list arguments_of(const std::string& text) {
     return result;
 }
 
-class CatalogGuide : public ::testing::Test {
+class CatalogsGuide : public ::testing::Test {
 protected:
-    CatalogGuide()
-        : guide(test_support::read_bytes(TOVA_CATALOG_GUIDE)), blocks(blocks_of(guide)) {}
-
-    // Examples name their file "catalog.xmc", as it stands in reports: run in its folder.
-    void SetUp() override {
-        ASSERT_NE(nullptr, ::getcwd(previous, sizeof previous));
-        ASSERT_EQ(0, ::chdir(files.path().c_str()));
-    }
-    void TearDown() override { EXPECT_EQ(0, ::chdir(previous)); }
-
     void check_rendering(const message_catalogs& set, const std::string& line) {
         SCOPED_TRACE(line);
         const auto arrow = line.find("-> ");
@@ -137,60 +100,60 @@ protected:
         ++checks;
     }
 
-    void check_renderings(const block& expected) {
+    void check_renderings(const guide_block& expected) {
         message_catalogs set;
         const std::string locale = expected.detail.empty() ? "en" : expected.detail;
         const auto result = set.load(ustring8("catalog.xmc"), ustring8(locale));
         ASSERT_EQ(message_catalogs::no_error, result.type) << result.message;
-        std::istringstream lines(expected.content);
+        std::istringstream lines(expected.text);
         std::string line;
         while (std::getline(lines, line))
             check_rendering(set, line);
     }
 
-    void check_fault(const block& expected) {
+    void check_report(const guide_block& expected) {
         message_catalogs set;
         const auto result = set.load_file(ustring8("catalog.xmc"), "en");
-        EXPECT_EQ(expected.content, std::string(result.message) + "\n");
+        EXPECT_EQ(expected.text, std::string(result.message) + "\n");
         ++checks;
     }
 
-    const std::string guide;
-    const std::vector<block> blocks;
-    test_support::temporary_directory files;
-    char previous[4096];
+    const std::vector<guide_block> blocks = test_support::guide_blocks(guide);
+    const test_support::temporary_directory files;
+    // Error reports name the file of an example "catalog.xmc", without a folder.
+    const test_support::working_directory here{files.path()};
     int checks = 0;
 };
 
-TEST_F(CatalogGuide, GivesWhatItSays) {
+TEST_F(CatalogsGuide, ShowsTheRealResultsOfEachExample) {
     bool is_checked = true;
-    for (const block& b : blocks) {
+    for (const guide_block& b : blocks) {
         SCOPED_TRACE("the block at line " + std::to_string(b.line));
         if (b.kind == "xmc" && begins_with(b.detail, "file=")) {
-            files.write(b.detail.substr(5), b.content);
+            files.write(b.detail.substr(5), b.text);
         } else if (b.kind == "xmc") {
             EXPECT_TRUE(is_checked) << "the example before this one shows no result";
             is_checked = false;
-            files.write("catalog.xmc", completed(b.content));
+            files.write("catalog.xmc", completed(b.text));
         } else if (b.kind == "gives") {
             check_renderings(b);
             is_checked = true;
         } else if (b.kind == "fault") {
-            check_fault(b);
+            check_report(b);
             is_checked = true;
         } else {
             EXPECT_EQ("cpp", b.kind);
         }
     }
     EXPECT_TRUE(is_checked);
-    EXPECT_LT(70, checks) << "the guide lost examples, or they are not found any more";
+    EXPECT_LT(70, checks) << "the guide lost examples, or they are no longer found";
 }
 
-TEST_F(CatalogGuide, ShowsEveryElementAttributeTypeAndOptionInAnExample) {
+TEST_F(CatalogsGuide, ShowsEveryElementAttributeTypeAndOptionInAnExample) {
     std::string examples;
-    for (const block& b : blocks)
+    for (const guide_block& b : blocks)
         if (b.kind == "xmc")
-            examples += b.content;
+            examples += b.text;
     for (const char* piece : {"<xmc version=\"1.1\"",
                               "<catalog name=",
                               "lang=\".\"",
@@ -239,8 +202,9 @@ TEST_F(CatalogGuide, ShowsEveryElementAttributeTypeAndOptionInAnExample) {
         EXPECT_THAT(examples, ::testing::HasSubstr(piece));
 }
 
-// The wordings of reports, in the table that tells what to look for.
-TEST_F(CatalogGuide, KnowsTheReports) {
+// The table of error reports says what to look for after each of them.
+TEST_F(CatalogsGuide, ListsTheErrorReports) {
+    const std::string text = test_support::read_bytes(test_support::project_path(guide));
     for (const char* report : {"Valid XML header not found",
                                "No root element was found",
                                "Not XMC file, root element is not XMC but",
@@ -261,7 +225,7 @@ TEST_F(CatalogGuide, KnowsTheReports) {
                                "was not found on disk",
                                "No catalog was loaded in file",
                                "Unexpected parse error happen!"})
-        EXPECT_THAT(guide, ::testing::HasSubstr(report));
+        EXPECT_THAT(text, ::testing::HasSubstr(report));
 }
 
 }  // namespace

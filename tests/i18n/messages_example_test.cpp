@@ -1,39 +1,22 @@
 // Runs the message example as a user does.
-
-#include <sys/wait.h>
-
-#include <cstdio>
 #include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/guide.hpp"
+#include "support/program.hpp"
 #include "support/temporary_directory.hpp"
 
 namespace {
 
-struct run_result {
-    int exit_code;
-    std::string output;
-};
+using test_support::program_result;
 
-run_result run(const std::string& command) {
-    run_result result = {-1, ""};
-    FILE* const pipe = ::popen(command.c_str(), "r");
-    if (pipe == nullptr)
-        return result;
-    char piece[4096];
-    for (std::size_t size; (size = std::fread(piece, 1, sizeof piece, pipe)) != 0;)
-        result.output.append(piece, size);
-    const int status = ::pclose(pipe);
-    result.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
-}
-
-// From within the example's folder, so that no path of this machine stands in the output.
-run_result run_example(const std::string& environment, const std::string& arguments) {
-    return run("cd '" TOVA_EXAMPLE_FOLDER "' && env " + environment +
-               " '" TOVA_EXAMPLE_PROGRAM "' " + arguments + " 2>&1");
+// The program runs in the folder of the example, so that its output shows no path of this machine.
+program_result run_example(const std::string& environment, const std::string& arguments) {
+    return test_support::run_program("cd '" + test_support::project_path("examples/messages") +
+                                     "' && env " + environment + " '" TOVA_EXAMPLE_PROGRAM "' " +
+                                     arguments);
 }
 
 std::string first_line(const std::string& text) {
@@ -41,13 +24,13 @@ std::string first_line(const std::string& text) {
 }
 
 TEST(MessageExample, PrintsItsReportForEachLocale) {
-    // There is nothing in nl: what it prints comes from "en" and ".".
+    // No catalog has messages in nl: all of its output comes from "en" and ".".
     for (const std::string locale : {"en", "de", "de_AT", "fr", "ja", "nl"}) {
         SCOPED_TRACE(locale);
-        const run_result result = run_example("", locale + " .");
+        const program_result result = run_example("", locale + " .");
         EXPECT_EQ(0, result.exit_code);
         EXPECT_EQ(
-            test_support::read_bytes(TOVA_TEST_DATA "/i18n/example_messages/" + locale + ".txt"),
+            test_support::read_bytes(TOVA_TEST_DATA "/i18n/messages_example/" + locale + ".txt"),
             result.output);
     }
 }
@@ -69,7 +52,7 @@ TEST(MessageExample, TakesTheLocaleFromTheEnvironment) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.environment);
-        const run_result result = run_example(c.environment, "");
+        const program_result result = run_example(c.environment, "");
         EXPECT_EQ(0, result.exit_code);
         EXPECT_EQ(std::string("Messages for the locale ") + c.locale, first_line(result.output));
     }
@@ -90,7 +73,7 @@ TEST(MessageExample, FallsBackFromTheSpecialLocaleToTheGeneralOne) {
 }
 
 TEST(MessageExample, FailsWithAReasonInAFolderWithoutCatalogs) {
-    const run_result result = run_example("", "en /no/such/folder");
+    const program_result result = run_example("", "en /no/such/folder");
     EXPECT_EQ(1, result.exit_code);
     EXPECT_EQ("message_catalogs::result_type - Entity (file or directory) "
               "\"/no/such/folder/catalogs\" was not found on disk\n",

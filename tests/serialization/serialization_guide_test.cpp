@@ -1,4 +1,4 @@
-// docs/serialization.md shows these bytes and this code.
+// Checks the byte tables of docs/serialization.md and compiles and runs its code.
 #include <cstdlib>
 #include <map>
 #include <memory>
@@ -18,7 +18,7 @@
 namespace {
 
 using test_support::guide_blocks;
-using test_support::project_file;
+using test_support::lines_of;
 using tova::serialization::labeled_serialize_buffer;
 using tova::serialization::labeled_text_buffer;
 using tova::serialization::serialize_binary_buf;
@@ -27,10 +27,10 @@ using tova::serialization::serialize_text_buf;
 
 const char guide[] = "docs/serialization.md";
 
-// The bytes in front of the remark, which two blanks set off.
-std::string bytes_of(const std::vector<std::string>& lines) {
+// The bytes of a table. Two spaces separate the bytes of a line from its remark.
+std::string bytes_of(const std::string& table) {
     std::string bytes;
-    for (const auto& line : lines) {
+    for (const auto& line : lines_of(table)) {
         std::istringstream pairs(line.substr(0, line.find("  ")));
         for (std::string pair; pairs >> pair;)
             bytes += static_cast<char>(std::strtol(pair.c_str(), nullptr, 16));
@@ -108,7 +108,7 @@ TEST(SerializationGuide, ShowsTheBytesThatAreWritten) {
     const auto written = examples();
     std::map<std::string, std::string> shown;
     for (const auto& block : guide_blocks(guide, "bytes"))
-        shown[block.first] = bytes_of(block.second);
+        shown[block.detail] = bytes_of(block.text);
     EXPECT_EQ(written, shown);
     EXPECT_EQ(7u, shown.size());
 }
@@ -147,20 +147,10 @@ TEST(SerializationGuide, ShowsCodeThatRuns) {
     EXPECT_EQ(1, one);
 }
 
-// Each line of code in the guide stands in this file, in the same order.
 TEST(SerializationGuide, ShowsTheCodeOfThisTest) {
-    const std::string source = project_file("tests/serialization/guide_test.cpp");
-    std::size_t position = source.find("ShowsCodeThatRuns");
-    const auto code = guide_blocks(guide, "cpp");
-    EXPECT_EQ(4u, code.size());
-    for (const auto& block : code) {
-        for (const auto& line : block.second) {
-            if (line.empty())
-                continue;
-            position = source.find("    " + line + "\n", position);
-            ASSERT_NE(std::string::npos, position) << line;
-        }
-    }
+    EXPECT_EQ(4u, guide_blocks(guide, "cpp").size());
+    test_support::expect_code_of_guide(guide, "tests/serialization/serialization_guide_test.cpp",
+                                       "ShowsCodeThatRuns");
 }
 
 }  // namespace

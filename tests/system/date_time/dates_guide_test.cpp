@@ -1,4 +1,4 @@
-// docs/dates.md shows these steps and this code.
+// Runs the steps that docs/dates.md shows and compiles and runs its code.
 #include <regex>
 #include <string>
 
@@ -12,6 +12,7 @@
 namespace {
 
 using test_support::guide_blocks;
+using test_support::lines_of;
 using tova::exceptions::out_of_range;
 using tova::system::date_time::date;
 using tova::system::date_time::date_duration;
@@ -56,7 +57,7 @@ std::string told(const date_time_t& value) {
     return told(value.date()) + " " + told(value.time());
 }
 
-// What comes of one step: the value, or the message.
+// The result of one step: the new value, or the message of the exception.
 template <typename Value, typename Duration>
 std::string moved(Value value, const std::string& sign, const Duration& duration) {
     try {
@@ -67,7 +68,8 @@ std::string moved(Value value, const std::string& sign, const Duration& duration
     }
 }
 
-// The first half of a step, "VALUE += COUNT UNIT" or "VALUE", without needless blanks.
+// Runs the left half of a step, "VALUE += COUNT UNIT" or "VALUE" with single spaces, and returns
+// what its right half has to say.
 std::string outcome(const std::string& step) {
     std::smatch match;
     if (!std::regex_match(step, match, std::regex("(.*\\d) ([+-]=) (-?\\d+) (\\w+)")))
@@ -91,7 +93,7 @@ std::string outcome(const std::string& step) {
 TEST(DatesGuide, ShowsStepsThatHappen) {
     unsigned steps = 0;
     for (const auto& block : guide_blocks(guide, "steps")) {
-        for (const auto& line : block.second) {
+        for (const auto& line : lines_of(block.text)) {
             const std::string step = std::regex_replace(line, std::regex(" +"), " ");
             std::smatch match;
             ASSERT_TRUE(
@@ -142,18 +144,10 @@ TEST(DatesGuide, ShowsCodeThatRuns) {
     EXPECT_EQ("1.3.2001 00:15:00.000", told(moment));
 }
 
-// Each line of code in the guide stands in this file, in the same order.
 TEST(DatesGuide, ShowsTheCodeOfThisTest) {
-    const std::string source = test_support::project_file("tests/system/date_time/guide_test.cpp");
-    std::size_t position = source.find("ShowsCodeThatRuns");
-    const auto code = guide_blocks(guide, "cpp");
-    EXPECT_EQ(5u, code.size());
-    for (const auto& block : code) {
-        for (const auto& line : block.second) {
-            position = source.find("    " + line + "\n", position);
-            ASSERT_NE(std::string::npos, position) << line;
-        }
-    }
+    EXPECT_EQ(5u, guide_blocks(guide, "cpp").size());
+    test_support::expect_code_of_guide(guide, "tests/system/date_time/dates_guide_test.cpp",
+                                       "ShowsCodeThatRuns");
 }
 
 }  // namespace

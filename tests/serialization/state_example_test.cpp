@@ -1,7 +1,4 @@
 // Runs the state example as a user does.
-#include <sys/wait.h>
-
-#include <cstdio>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -10,41 +7,28 @@
 #include <tova/serialization/serialize_binary_buf.hpp>
 #include <tova/serialization/serialize_text_buf.hpp>
 
+#include "support/program.hpp"
 #include "support/temporary_directory.hpp"
 
 namespace {
 
+using test_support::program_result;
 using test_support::read_bytes;
 using test_support::temporary_directory;
 using tova::serialization::labeled_text_buffer;
 using tova::serialization::serialize_binary_buf;
 using tova::serialization::serialize_text_buf;
 
-struct run_result {
-    int exit_code;
-    std::string output;
-};
-
-run_result run(const std::string& folder, const std::string& arguments) {
-    run_result result = {-1, ""};
-    const std::string command =
-        "cd '" + folder + "' && '" TOVA_EXAMPLE_PROGRAM "' " + arguments + " 2>&1";
-    FILE* const pipe = ::popen(command.c_str(), "r");
-    if (pipe == nullptr)
-        return result;
-    char piece[4096];
-    for (std::size_t size; (size = std::fread(piece, 1, sizeof piece, pipe)) != 0;)
-        result.output.append(piece, size);
-    const int status = ::pclose(pipe);
-    result.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
+program_result run(const std::string& folder, const std::string& arguments) {
+    return test_support::run_program("cd '" + folder + "' && '" TOVA_EXAMPLE_PROGRAM "' " +
+                                     arguments);
 }
 
 TEST(StateExample, ShowsTheBytesOfEachEncodingAndWhatIsReadBack) {
     const temporary_directory directory;
-    const run_result result = run(directory.path(), "");
+    const program_result result = run(directory.path(), "");
     EXPECT_EQ(0, result.exit_code);
-    EXPECT_EQ(read_bytes(TOVA_TEST_DATA "/serialization/example_state.txt"), result.output);
+    EXPECT_EQ(read_bytes(TOVA_TEST_DATA "/serialization/state_example.txt"), result.output);
 }
 
 TEST(StateExample, LeavesAFileInEachEncoding) {
@@ -61,7 +45,7 @@ TEST(StateExample, LeavesAFileInEachEncoding) {
 }
 
 TEST(StateExample, FailsWithAReasonWhereNothingCanBeWritten) {
-    const run_result result = run("/", "/no/such/folder");
+    const program_result result = run("/", "/no/such/folder");
     EXPECT_EQ(1, result.exit_code);
     const std::string reason = "cannot write /no/such/folder/drawing.text\n";
     ASSERT_GE(result.output.size(), reason.size());

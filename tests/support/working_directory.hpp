@@ -1,4 +1,4 @@
-// Makes a folder the working directory for a while.
+// Changes the working directory for the duration of a test.
 #pragma once
 
 #include <unistd.h>
@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace config_support {
+namespace test_support {
 
 class working_directory {
 public:
@@ -25,4 +25,4 @@ private:
     std::string m_before;
 };
 
-}  // namespace config_support
+}  // namespace test_support

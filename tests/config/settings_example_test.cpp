@@ -1,10 +1,11 @@
 // Runs the settings example as a user does, on a copy of its file.
-#include <cstdio>
 #include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/guide.hpp"
+#include "support/program.hpp"
 #include "support/temporary_directory.hpp"
 
 namespace {
@@ -15,23 +16,18 @@ using ::testing::HasSubstr;
 
 class SettingsExample : public ::testing::Test {
 protected:
-    // What the program prints in the folder of the test, with nothing in its environment but what
-    // is given.
+    // What the program prints in the folder of the test, in an environment of nothing but the given
+    // variables.
     std::string run(const std::string& environment, const std::string& arguments) {
-        const std::string command = "cd '" + directory.path() + "' && env -i " + environment +
-                                    " '" TOVA_SETTINGS_PROGRAM "' " + arguments + " 2>&1";
-        FILE* const pipe = ::popen(command.c_str(), "r");
-        if (pipe == nullptr)
-            return "not started";
-        std::string output;
-        char piece[4096];
-        for (std::size_t size; (size = std::fread(piece, 1, sizeof piece, pipe)) != 0;)
-            output.append(piece, size);
-        EXPECT_EQ(0, ::pclose(pipe));
-        return output;
+        const auto result =
+            test_support::run_program("cd '" + directory.path() + "' && env -i " + environment +
+                                      " '" TOVA_EXAMPLE_PROGRAM "' " + arguments);
+        EXPECT_EQ(0, result.exit_code);
+        return result.output;
     }
     void give_file(const std::string& name) {
-        directory.write(name, read_bytes(TOVA_SETTINGS_FOLDER "/settings.cfg"));
+        directory.write(name,
+                        read_bytes(test_support::project_path("examples/settings/settings.cfg")));
     }
 
     temporary_directory directory;
@@ -41,7 +37,7 @@ TEST_F(SettingsExample, PrintsItsReportForEachLocale) {
     for (const std::string locale : {"en", "de", "fr"}) {
         SCOPED_TRACE(locale);
         give_file("settings.cfg");
-        EXPECT_EQ(read_bytes(TOVA_TEST_DATA "/config/example_settings/" + locale + ".txt"),
+        EXPECT_EQ(read_bytes(TOVA_TEST_DATA "/config/settings_example/" + locale + ".txt"),
                   run("HOME=/home/mia LANG=" + locale + ".UTF-8", "-server.port=9090"));
     }
 }
@@ -50,7 +46,7 @@ TEST_F(SettingsExample, SavesItsCountInSections) {
     give_file("settings.cfg");
     EXPECT_THAT(run("", ""), HasSubstr("Run number 5 is kept in settings.cfg\n"));
     EXPECT_THAT(run("", ""), HasSubstr("Run number 6 is kept in settings.cfg\n"));
-    EXPECT_EQ(read_bytes(TOVA_TEST_DATA "/config/example_settings/saved.cfg"),
+    EXPECT_EQ(read_bytes(TOVA_TEST_DATA "/config/settings_example/saved.cfg"),
               read_bytes(directory.path("settings.cfg")));
 }
 

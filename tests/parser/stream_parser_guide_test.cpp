@@ -1,0 +1,19 @@
+// Checks that docs/stream_parser.md shows the code of the example that follows a growing file.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/guide.hpp"
+#include "support/temporary_directory.hpp"
+
+namespace {
+
+TEST(StreamParserGuide, ShowsTheCodeOfTheExample) {
+    const std::string code =
+        test_support::read_bytes(test_support::project_path("examples/tail/main.cpp"));
+    const auto blocks = test_support::guide_blocks("docs/stream_parser.md", "cpp");
+    EXPECT_EQ(2u, blocks.size());
+    for (const auto& block : blocks)
+        EXPECT_THAT(code, ::testing::HasSubstr(block.text)) << "the block at line " << block.line;
+}
+
+}  // namespace
