@@ -9,25 +9,27 @@ namespace {
 
 const char invalid_text[] = "?invalid?";
 
-// What `name` gives and what an argument is looked up by.
+// The name that an argument is looked up by: the data up to the first separator.
 strings::ustring8 name_in(const strings::ustring8& data) {
     return strings::ustring8(data, 0, data.find(detail::data_separator));
 }
 
-// The value of the argument that the data names, or null.
+// The value of the argument that the data names, or null. Most items have no attributes, and then
+// the data is the name and no copy is made of it.
 const types::variant* find_value(const generic::varg_list& args, const strings::ustring8& data) {
     const auto separator = data.find(detail::data_separator);
     const auto found = separator == std::string::npos ? args.find(data) : args.find(name_in(data));
     return found == args.end() ? nullptr : &found->value();
 }
 
-// Appends the formatted value, or nothing if it reads like the mark of a faulty format string.
-bool append_good_value(std::string& text, message_item::type_t type, const types::variant& value,
-                       const strings::ustring8& data) {
+// Appends the formatted value. False, with nothing appended, for an invalid format string and for a
+// text that reads like the failure marker.
+bool append_valid_value(std::string& text, message_item::type_t type, const types::variant& value,
+                        const strings::ustring8& data) {
     const auto begin = text.size();
     if (!detail::append_value(text, type, value, data))
         return false;
-    if (text.compare(begin, std::string::npos, "-0") != 0)
+    if (text.compare(begin, std::string::npos, detail::failure_marker) != 0)
         return true;
     text.resize(begin);
     return false;
@@ -59,12 +61,12 @@ void append_item(std::string& text, message_item::type_t type, const strings::us
     case message_item::type_metric_unit:
     case message_item::type_duration:
         value = find_value(args, data);
-        if (value != nullptr && append_good_value(text, type, *value, data))
+        if (value != nullptr && append_valid_value(text, type, *value, data))
             return;
         break;
     default:
-        // Contract: the reserved types and all above the last one show as invalid, also when the
-        // argument is there.
+        // Contract: reserved types and numbers above the last type show as invalid even if the
+        // argument is present.
         break;
     }
     text += invalid_text;
@@ -72,21 +74,21 @@ void append_item(std::string& text, message_item::type_t type, const strings::us
 
 }  // namespace detail
 
-message_item::message_item(strings::ustring8 const& data) : m_data(data), m_type(type_text) {}
+message_item::message_item(const strings::ustring8& data) : m_data(data), m_type(type_text) {}
 
-message_item::message_item(strings::ustring8 const& data, type_t type)
+message_item::message_item(const strings::ustring8& data, type_t type)
     : m_data(data), m_type(type) {}
 
-message_item::message_item(message_item const& other)
+message_item::message_item(const message_item& other)
     : m_data(other.m_data), m_type(other.m_type) {}
 
 message_item::~message_item() TOVA_NOTHROW {}
 
-message_item& message_item::operator=(message_item const& other) {
+message_item& message_item::operator=(const message_item& other) {
     return assign(other);
 }
 
-message_item& message_item::assign(message_item const& other) {
+message_item& message_item::assign(const message_item& other) {
     m_data = other.m_data;
     m_type = other.m_type;
     return *this;
@@ -104,7 +106,7 @@ strings::ustring8 message_item::name() const {
     return name_in(m_data);
 }
 
-strings::ustring8 message_item::as_string(generic::varg_list const& args) const {
+strings::ustring8 message_item::as_string(const generic::varg_list& args) const {
     strings::ustring8 text;
     detail::append_item(text, m_type, m_data, args);
     return text;

@@ -1,27 +1,38 @@
-// What message items, messages and value formatting share: text is appended to a string of the
-// caller, so that a message is rendered without a temporary for each of its items.
+/// @file
+/// What message items, messages and value formatting share.
+///
+/// Everything appends to a string of the caller, so a message is rendered into one string without a
+/// temporary for each of its items. Free functions without state: any number of threads may render
+/// at once.
 #pragma once
-
-#include <string>
 
 #include <tova/generic/varg_list.hpp>
 #include <tova/i18n/message_item.hpp>
 #include <tova/strings/ustring.hpp>
 #include <tova/types/variant.hpp>
 
+#include <string>
+
 namespace TOVA_2_18 {
 namespace i18n {
 namespace detail {
 
-// Separates the name and the tokens of the format string within an item's data.
+/// Separates the name and the tokens of the format string in an item's data.
 const char data_separator = '\x01';
 
-// Appends what `format_value` gives. Answers false for a faulty format string; `text` then ends
-// where it ended before.
+/// What the published functions return for an invalid format string, and for an integer that
+/// doesn't fit its field.
+///
+/// Contract: a value whose text happens to be the same ("-0", from -0.3 without decimals) cannot be
+/// told from it, so an item shows both as "?invalid?".
+const char failure_marker[] = "-0";
+
+/// Appends the text that `format_value` returns. Where that is the failure marker by failure,
+/// nothing is appended and the result is false.
 bool append_value(std::string& text, message_item::type_t type, const types::variant& value,
                   const strings::ustring8& data);
 
-// Appends the text of an item, "?invalid?" included.
+/// Appends the text of an item, "?invalid?" included.
 void append_item(std::string& text, message_item::type_t type, const strings::ustring8& data,
                  const generic::varg_list& args);
 

@@ -1,0 +1,136 @@
+#include "i18n/append_number.hpp"
+
+#include <tova/generic/convert/x_to_str.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+namespace TOVA_2_18 {
+namespace i18n {
+namespace detail {
+
+namespace {
+
+// --- Floating-point numbers --------------------------------------------------------------------
+//
+// A number is printed into a fixed buffer without its field; the spaces of the field are appended
+// to the result directly, so the buffer limits only the number itself. A longer number loses
+// decimals, or turns to scientific notation (`print_fixed`).
+
+const int buffer_size = 64;
+const int longest_number = buffer_size - 1;
+
+// More decimals than this never fit the buffer, so they are not computed.
+const int most_decimals = buffer_size;
+
+// The exact value of a double has at most this many significant digits, so all decimals beyond it
+// are zeros. A smaller limit would round at a place that a cut to the field leaves visible.
+const int most_exact_decimals = 767;
+
+// This many decimals leave room for a sign, a digit, the point and a three-digit exponent.
+const int most_scientific_decimals = longest_number - 8;
+
+// What `printf` uses for a negative precision.
+const int default_decimals = 6;
+
+struct printed_number {
+    char text[buffer_size];
+    int length;        // characters in `text`
+    long full_length;  // characters of the number with all its decimals
+};
+
+enum class notation { fixed, scientific };
+
+// Every floating-point number becomes characters here. Returns the length that the number needs,
+// which may exceed the buffer. The decimal point is that of the C locale.
+int print(printed_number& number, notation form, double value, int decimals) {
+    const int needed = std::snprintf(number.text, sizeof number.text,
+                                     form == notation::fixed ? "%.*f" : "%.*e", decimals, value);
+    number.length = std::min(needed, longest_number);
+    return needed;
+}
+
+void print_scientific(printed_number& number, double value, int precision) {
+    number.full_length =
+        print(number, notation::scientific, value, std::min(precision, most_exact_decimals));
+}
+
+// A number that is too long for the buffer loses decimals. If its integer part alone is too long,
+// it is shown in scientific notation: cutting digits before the point would show another number.
+void print_fixed(printed_number& number, double value, int precision) {
+    const int decimals = std::min(precision, most_decimals);
+    const int needed = print(number, notation::fixed, value, decimals);
+    number.full_length = static_cast<long>(needed) + (precision - decimals);
+    if (needed <= longest_number)
+        return;
+
+    const int printed_decimals = decimals < 0 ? default_decimals : decimals;
+    const int remaining_decimals = printed_decimals - (needed - longest_number);
+    if (remaining_decimals >= 0)
+        print(number, notation::fixed, value, remaining_decimals);  // rounding may add a digit
+    else
+        print(number, notation::scientific, value,
+              std::min(printed_decimals, most_scientific_decimals));
+}
+
+// Contract: a three-digit exponent loses its hundreds, so every exponent has two digits: 1.50e+123
+// is shown as 1.50e+23. Text without an exponent ("inf", "nan") stays as it is.
+void drop_hundreds_of_exponent(printed_number& number) {
+    char* const end = number.text + number.length;
+    char* const exponent = std::find(number.text, end, 'e');
+    if (end - exponent <= 4)  // "e", a sign and two digits
+        return;
+    std::copy(exponent + 3, end, exponent + 2);
+    --number.length;
+}
+
+void append(std::string& text, const printed_number& number) {
+    text.append(number.text, static_cast<std::size_t>(number.length));
+}
+
+}  // namespace
+
+std::size_t write_digits(char (&buffer)[digit_buffer_size], long value, int radix) {
+    generic::convert::lltoa(value, buffer, static_cast<unsigned int>(radix));
+    return std::strlen(buffer);
+}
+
+void append_decimal(std::string& text, int value) {
+    char digits[digit_buffer_size];
+    text.append(digits, write_digits(digits, value, 10));
+}
+
+void append_decimal(std::string& text, unsigned long value) {
+    char digits[digit_buffer_size];
+    generic::convert::ulltoa(value, digits, 10);
+    text += digits;
+}
+
+void append_spaces(std::string& text, long count) {
+    if (count > 0)
+        text.append(static_cast<std::size_t>(count), ' ');
+}
+
+void append_double(std::string& text, double value, int precision, int field) {
+    const long width = field;  // its negation must not overflow
+    printed_number number;
+    print_fixed(number, value, precision);
+
+    if (width <= 0) {
+        append(text, number);
+        append_spaces(text, -width - number.length);
+        return;
+    }
+    if (number.full_length > width) {
+        print_scientific(number, value, precision);
+        drop_hundreds_of_exponent(number);
+        number.length = static_cast<int>(std::min<long>(number.length, width));
+    }
+    append_spaces(text, width - number.length);
+    append(text, number);
+}
+
+}  // namespace detail
+}  // namespace i18n
+}  // namespace TOVA_2_18
