@@ -326,9 +326,13 @@ private:
         auto& open_elements = m_parser.m_open_elements;
         if (open_elements.empty())
             m_reader.fail(parse_error::mismatched_end);
-        call(m_parser.on_element_end, open_elements.top());
+        // The handler may parse with this parser and close the element itself, so it gets a copy of
+        // the name, and there may be nothing left to pop.
+        m_name = open_elements.top();
+        call(m_parser.on_element_end, m_name);
         m_parser.m_in_tag = false;
-        open_elements.pop();
+        if (!open_elements.empty())
+            open_elements.pop();
         m_parser.m_attributes.clear();
     }
 

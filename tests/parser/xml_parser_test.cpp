@@ -1154,6 +1154,184 @@ TEST(XmlParserDelegates, HearOfAnElementEndBeforeASlashPopsIt) {
     EXPECT_EQ((outcome{{"start b", "end b"}, 0, 0, ""}), read(parser, "<?xml?><b/>"));
 }
 
+// Records events as `recorder` does. At the event called `event` it then parses `inner` with the
+// same parser, once, and either goes on or raises.
+class intruder {
+public:
+    intruder(xml_parser& parser, const std::string& event, const std::string& inner, bool raises)
+        : m_parser(parser), m_event(event), m_inner(inner), m_raises(raises) {
+        using text_handler = member_function_t<intruder, void(ustring8 const&)>;
+        using attribute_handler =
+            member_function_t<intruder, void(ustring8 const&, ustring8 const&)>;
+        parser.on_element_start = text_handler(this, &intruder::element_start);
+        parser.on_element_end = text_handler(this, &intruder::element_end);
+        parser.on_attribute = attribute_handler(this, &intruder::attribute);
+        parser.on_character = text_handler(this, &intruder::character);
+        parser.on_space = text_handler(this, &intruder::space);
+        parser.on_comment = text_handler(this, &intruder::comment);
+    }
+
+    void element_start(ustring8 const& name) { record("start", name, name); }
+    void element_end(ustring8 const& name) { record("end", name, name); }
+    void attribute(ustring8 const& name, ustring8 const& value) {
+        record("attribute", name, name + "=" + value);
+    }
+    void character(ustring8 const& text) { record("text", text, text); }
+    void space(ustring8 const& text) { record("space", text, text); }
+    void comment(ustring8 const& text) { record("comment", text, text); }
+
+    std::vector<std::string> events;
+
+private:
+    void record(const std::string& event, ustring8 const& handed_over, const std::string& text) {
+        events.push_back(event + " " + text);
+        if (event != m_event)
+            return;
+        m_event.clear();
+        const std::string before = handed_over;
+        if (!m_inner.empty()) {
+            events.push_back("(");
+            const auto result = m_parser.parse(ustring8(m_inner));
+            events.push_back(") kind " + std::to_string(result.type));
+        }
+        EXPECT_EQ(before, handed_over) << "the inner run changed the outer one's event";
+        if (m_raises)
+            throw std::runtime_error("from a handler");
+    }
+
+    xml_parser& m_parser;
+    std::string m_event;
+    std::string m_inner;
+    bool m_raises;
+};
+
+// Whatever a handler left behind, the parser takes the next document.
+void expect_usable(xml_parser& parser) {
+    recorder events(parser);
+    parser.parse("<?xml?><a b='c'> <!--d-->e</a>");
+    EXPECT_THAT(events.events, ::testing::Contains("start a"));
+}
+
+TEST(XmlParserDelegates, MayParseWithTheSameParser) {
+    // The inner run shares the open elements, the attribute set, the line counter and whether a tag
+    // is open; the outer run goes on with what the inner one left.
+    const struct {
+        const char* event;
+        const char* outer;
+        const char* inner;
+        outcome expected;
+    } cases[] = {
+        {"end",
+         "<?xml?><a/>",
+         "<?xml version='1.0'?></a>",
+         {{"start a", "end a", "(", "end a", ") kind 0"}, 0, 0, ""}},
+        {"end",
+         "<?xml?><a/>",
+         "<?xml?><b>",
+         {{"start a", "end a", "(", "start b", ") kind 1"}, 1, 0, ""}},
+        {"end",
+         "<?xml?><o><a/></o>",
+         "<?xml?></a></o>",
+         {{"start o", "start a", "end a", "(", "end a", "end o", ") kind 0", "end o"}, 0, 0, ""}},
+        {"end",
+         "<?xml?><a></a>",
+         "<?xml?><b/>",
+         {{"start a", "end a", "(", "start b", "end b", ") kind 0"}, 5, 0, ">"}},
+        {"start",
+         "<?xml?><a/>",
+         "<?xml?></a>",
+         {{"start a", "(", "end a", ") kind 0", "text />"}, 0, 0, ""}},
+        {"start",
+         "<?xml?><a b='1'/>",
+         "<?xml?><c></a",
+         {{"start a", "(", "start c", ") kind 2", "attribute b=1", "end c"}, 1, 0, ""}},
+        {"attribute",
+         "<?xml?><a b='1' c='2'/>",
+         "<?xml?></a>",
+         {{"start a", "attribute b=1", "(", "end a", ") kind 0", "space  ", "text c='2'/>"},
+          0,
+          0,
+          ""}},
+        {"attribute",
+         "<?xml?><a b='1' c='2'/>",
+         "<?xml?></a ",
+         {{"start a", "attribute b=1", "(", "end a", ") kind 0", "attribute c=2"}, 2, 0, ""}},
+        {"text",
+         "<?xml?><a>t</a>",
+         "<?xml?></a>",
+         {{"start a", "text t", "(", "end a", ") kind 0", "end a"}, 0, 0, ""}},
+        {"text",
+         "<?xml?><a><![CDATA[t]]></a>",
+         "<?xml?><b>",
+         {{"start a", "text t", "(", "start b", ") kind 1"}, 2, 0, "a"}},
+        {"space",
+         "<?xml?><a> <b/></a>",
+         "<?xml?></a>",
+         {{"start a", "space  ", "(", "end a", ") kind 0"}, 10, 0, ""}},
+        {"comment",
+         "<?xml?><a>\n\n<!--c--></b>",
+         "<?xml?>\n</a>",
+         {{"start a", "space \n\n", "comment \n\nc", "(", "end a", ") kind 0", "end b"}, 0, 0, ""}},
+        {"comment",
+         "<?xml?>\n\n\n<a><!--c-->>",
+         "<?xml?>\n>",
+         {{"start a", "comment c", "(", ") kind 5"}, 5, 1, ">"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.event) + " in " + c.outer + " parses " + c.inner);
+        xml_parser parser;
+        intruder handlers(parser, c.event, c.inner, false);
+        const parse_error result = parser.parse(c.outer);
+        EXPECT_EQ(c.expected, (outcome{handlers.events, result.type, result.line, result.text}));
+        expect_usable(parser);
+    }
+}
+
+TEST(XmlParserDelegates, MayParseWithTheSameParserAndRaiseAtEveryEvent) {
+    const char outer[] = "<?xml?><a_name_of_many_letters b='a value of many letters'> \n"
+                         "a text of many letters<!--a comment of many letters--><c/>"
+                         "</a_name_of_many_letters>";
+    const char* const inner[] = {
+        "",                                       // raises without parsing
+        "<?xml?>",                                // finds no root
+        "<?xml?></c></a_name_of_many_letters>",   // closes all, or one that is not open
+        "<?xml?></a_name_of_many_letters>",       // closes the outer element
+        "<?xml?></a_name_of_many_letters ",       // ends within a tag
+        "<?xml?><another_name_of_many_letters>",  // opens one more
+        "<?xml?><d e='f'/> <!--g-->\n<",          // ends in an error
+    };
+    for (const std::string event : {"start", "end", "attribute", "text", "space", "comment"}) {
+        for (const char* const text : inner) {
+            for (const bool raises : {false, true}) {
+                SCOPED_TRACE(event + " parses " + text + (raises ? " and raises" : ""));
+                xml_parser parser;
+                intruder handlers(parser, event, text, raises);
+                if (raises)
+                    EXPECT_THROW(parser.parse(outer), std::runtime_error);
+                else
+                    EXPECT_LE(parser.parse(outer).type, parse_error::data_after_root);
+                EXPECT_FALSE(handlers.events.empty());
+                expect_usable(parser);
+            }
+        }
+    }
+}
+
+TEST(XmlParserDelegates, MayRaiseOutOfARunWithinARun) {
+    xml_parser parser;
+    const intruder raising(parser, "end", "", true);
+    EXPECT_THROW(parser.parse("<?xml?><a/>"), std::runtime_error);
+    // `a` is still open, since its end was reported before it was closed.
+    EXPECT_EQ((outcome{{"end a"}, 0, 0, ""}), read(parser, "<?xml?></a>"));
+
+    // The handler of the inner run raises, so the exception crosses both runs.
+    const intruder outer(parser, "start", "<?xml?><!--x-->", false);
+    thrower target;
+    parser.on_comment = throwing_handler(&target, &thrower::text_of);
+    EXPECT_THROW(parser.parse("<?xml?><b>"), std::runtime_error);
+    EXPECT_EQ((outcome{{"end b"}, 0, 0, ""}), read(parser, "<?xml?></b>"));
+}
+
 // One grammar function over one text: what it gave or threw, and how far the cursor went.
 struct piece {
     std::string result;

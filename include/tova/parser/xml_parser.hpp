@@ -69,7 +69,11 @@ public:
     /// it, may hold several roots, and gives kind 1 if anything is open at its end. The attributes
     /// since the last start tag stay known as well.
     ///
-    /// Faults never leave as exceptions. Exceptions of delegates pass through.
+    /// A delegate may call `parse` on the same parser. The inner run shares the line counter, the
+    /// open elements, the attributes and whether a tag is open with the outer one, which goes on
+    /// from whatever the inner run left.
+    ///
+    /// Errors in the document never leave as exceptions. Exceptions of delegates pass through.
     parse_error parse(strings::ustring8 const& text);
     parse_error parse(strings::ustring8::const_iterator begin,
                       strings::ustring8::const_iterator end);
