@@ -7,26 +7,19 @@
 
 #include <tova/generic/convert/str_to_x.hpp>
 
+#include "strings/ascii.hpp"
+
 namespace TOVA_2_18 {
 namespace parser {
 
 namespace {
 
 using strings::ustring8;
+using strings::detail::is_ascii_digit;
+using strings::detail::is_ascii_letter;
+using strings::detail::is_white_space;
 using iterator = xml_parser::iterator;
 using parse_error = xml_parser::parse_error;
-
-bool is_blank(char byte) {
-    return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
-}
-
-bool is_ascii_letter(char byte) {
-    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
-}
-
-bool is_ascii_digit(char byte) {
-    return byte >= '0' && byte <= '9';
-}
 
 // Contract: names follow the C library's classes, so in a locale with an 8-bit character set its
 // letters may stand in names. ASCII letters and digits are answered without the call.
@@ -85,7 +78,7 @@ public:
     }
 
     void skip_whitespace() {
-        for (; m_cursor != m_end && is_blank(*m_cursor); ++m_cursor) {
+        for (; m_cursor != m_end && is_white_space(*m_cursor); ++m_cursor) {
             if (*m_cursor == '\n')
                 ++m_line;
         }
@@ -135,7 +128,7 @@ public:
                 into.append(piece, m_cursor);
                 into.push_back(take_reference());
                 piece = m_cursor + 1;
-            } else if (is_blank(*m_cursor) && is_blank(byte(1))) {
+            } else if (is_white_space(*m_cursor) && is_white_space(byte(1))) {
                 break;
             }
         }
@@ -427,7 +420,7 @@ ustring8 xml_parser::parse_whitespace(iterator& cursor, iterator& end) {
 }
 
 bool xml_parser::is_white_space(iterator const& cursor) const {
-    return is_blank(*cursor);
+    return strings::detail::is_white_space(*cursor);
 }
 
 ustring8 xml_parser::parse_name(iterator& cursor, iterator& end) {
