@@ -1,4 +1,14 @@
+/// @file
 /// Everything the library offers, in one include.
+///
+///     #include <tova/tova.hpp>
+///
+///     tova::generic::varg_list arguments;
+///     arguments.push_back("user", "Maria");
+///
+/// A program that uses one family can include that family's headers instead: each compiles alone.
+/// Two threads may work on different objects at the same time; where a class shares more than its
+/// objects show, its header says so.
 #pragma once
 
 #include <tova/abi.hpp>
