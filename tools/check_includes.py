@@ -10,7 +10,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 
-FOUNDATION_FOLDERS = {"exceptions", "debug", "memory", "functor", "traits"}
+FOUNDATION_FOLDERS = {"detail", "exceptions", "debug", "memory", "functor", "traits"}
 FOUNDATION_FILES = {"abi", "tova", "types/nil", "generic/abilities", "generic/clone_interface"}
 
 BELOW = {

@@ -1,13 +1,13 @@
 #include <tova/parser/xml_stream_parser.hpp>
 
+#include <tova/generic/convert/str_to_x.hpp>
+#include <tova/strings/unicode.hpp>
+
+#include "detail/symbolic_link.hpp"
+
 #include <algorithm>
 #include <cctype>
 #include <cstring>
-
-#include <boost/filesystem/operations.hpp>
-
-#include <tova/generic/convert/str_to_x.hpp>
-#include <tova/strings/unicode.hpp>
 
 namespace TOVA_2_18 {
 namespace parser {
@@ -55,11 +55,6 @@ bool is_name_byte(char byte) {
     if ((byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || is_digit(byte))
         return true;
     return byte == '_' || static_cast<signed char>(byte) < 0 || std::isalnum(byte) != 0;
-}
-
-bool is_symbolic_link(const ustring8& path) {
-    const boost::filesystem::path link(static_cast<const std::string&>(path));
-    return boost::filesystem::symlink_status(link).type() == boost::filesystem::symlink_file;
 }
 
 // Leaves the stream closed and in a good state, whatever comes between.
@@ -516,7 +511,7 @@ void xml_stream_parser::init(ustring8 const& file) {
     m_open_ids.push(0);
 
     m_file_name = file;
-    if (is_symbolic_link(m_file_name)) {
+    if (detail::is_symbolic_link(m_file_name)) {
         m_status = internal_failure;
         return;
     }
@@ -530,7 +525,7 @@ void xml_stream_parser::init(ustring8 const& file) {
 unsigned long xml_stream_parser::load() {
     if (m_finished)
         return 0;
-    if (is_symbolic_link(m_file_name)) {
+    if (detail::is_symbolic_link(m_file_name)) {
         m_status = internal_failure;
         return 0;
     }
