@@ -1,0 +1,50 @@
+// Runs the program that the README shows.
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/guide.hpp"
+#include "support/program.hpp"
+
+namespace {
+
+using test_support::program_result;
+
+program_result run_hello(const std::string& directory, const std::string& arguments) {
+    return test_support::run_program("cd '" + test_support::project_path(directory) +
+                                     "' && '" TOVA_EXAMPLES "/hello/tova_example_hello' " +
+                                     arguments);
+}
+
+TEST(HelloExample, RendersItsMessageInTheLanguageAskedFor) {
+    const struct {
+        const char* arguments;
+        const char* output;
+    } cases[] = {
+        {"", "Maria uploaded 48.3 GB in 1h 2m 5.50s.\n"},
+        {"de_AT", "Maria hat 48.3 GB in 1h 2m 5.50s hochgeladen.\n"},
+        {"it", "Maria uploaded 48.3 GB in 1h 2m 5.50s.\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments);
+        const program_result result = run_hello("examples/hello", c.arguments);
+        EXPECT_EQ(0, result.exit_code);
+        EXPECT_EQ(c.output, result.output);
+    }
+}
+
+TEST(HelloExample, SaysWhatIsMissingWithoutItsCatalogs) {
+    const program_result result = run_hello("examples", "");
+    EXPECT_EQ(1, result.exit_code);
+    EXPECT_THAT(result.output, ::testing::HasSubstr("\"catalogs\" was not found on disk"));
+}
+
+TEST(HelloExample, ExplainsItselfAndItsExitStatus) {
+    const program_result result = run_hello("examples/hello", "--help");
+    EXPECT_EQ(0, result.exit_code);
+    EXPECT_THAT(result.output, ::testing::StartsWith("usage: hello"));
+    EXPECT_THAT(result.output, ::testing::HasSubstr("Exit status: 0"));
+}
+
+}  // namespace

@@ -1,0 +1,74 @@
+// Runs every program of examples/tour as a user does and compares what it prints.
+#include <algorithm>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/guide.hpp"
+#include "support/program.hpp"
+#include "support/temporary_directory.hpp"
+
+namespace {
+
+using test_support::program_result;
+
+std::vector<std::string> tour() {
+    std::vector<std::string> names;
+    std::istringstream list(TOVA_TOUR);
+    for (std::string name; std::getline(list, name, ',');)
+        names.push_back(name);
+    return names;
+}
+
+class TourExample : public ::testing::TestWithParam<std::string> {
+protected:
+    // Each program runs in an empty directory of its own, with the environment of a bare process.
+    program_result run(const std::string& arguments) const {
+        return test_support::run_program("cd '" + m_directory.path() + "' && env -i '" +
+                                         TOVA_EXAMPLES "/tour/tova_example_tour_" + GetParam() +
+                                         "' " + arguments);
+    }
+
+    bool directory_is_empty() const {
+        return test_support::run_program("ls -A '" + m_directory.path() + "'").output.empty();
+    }
+
+private:
+    test_support::temporary_directory m_directory;
+};
+
+TEST_P(TourExample, PrintsWhatIsStoredForItAndLeavesNoFile) {
+    const program_result result = run("");
+    EXPECT_EQ(0, result.exit_code);
+    EXPECT_EQ(test_support::read_bytes(TOVA_TEST_DATA "/examples/" + GetParam() + ".txt"),
+              result.output);
+    EXPECT_TRUE(directory_is_empty());
+}
+
+TEST_P(TourExample, ExplainsItselfAndItsExitStatus) {
+    const program_result result = run("--help");
+    EXPECT_EQ(0, result.exit_code);
+    EXPECT_THAT(result.output, ::testing::StartsWith("usage: " + GetParam() + "\n"));
+    EXPECT_THAT(result.output, ::testing::HasSubstr("\nExit status: 0"));
+    EXPECT_TRUE(directory_is_empty());
+}
+
+TEST_P(TourExample, HasAtMostEightyLines) {
+    const std::string source = test_support::read_bytes(
+        test_support::project_path("examples/tour/" + GetParam() + ".cpp"));
+    EXPECT_LE(std::count(source.begin(), source.end(), '\n'), 80);
+}
+
+INSTANTIATE_TEST_SUITE_P(Programs, TourExample, ::testing::ValuesIn(tour()),
+                         [](const ::testing::TestParamInfo<std::string>& name) {
+                             return name.param;
+                         });
+
+TEST(TourExample, HasAtLeastTwentyPrograms) {
+    EXPECT_GE(tour().size(), 20u);
+}
+
+}  // namespace
