@@ -1,16 +1,41 @@
+// Strings to numbers. The integer parsers are written here; the floating ones leave the reading to
+// a standard stream.
+//
+// An integer is read in one pass, in these stages:
+//
+//   whitespace -> sign -> radix check -> prefix, if the radix is 0 -> first digit -> digits -> sign
+//
+// A `number_cursor` walks over the units. Each step that moves it returns whether units are left,
+// and a parser returns 0 as soon as a step says no before the first digit. From the first digit on
+// there is a number, and whatever ends it is ignored.
+//
+// Invariants: the position is below the length whenever a unit is read. The one exception is a
+// length of 0 in the unsigned parser, where the position starts at the length and the first unit is
+// read all the same. The magnitude read so far never exceeds the limit, so no multiplication wraps.
+//
+// `strtointx` and `strtouintx` are two functions on purpose. They share the stages up to the first
+// digit and the loop over the digits, and differ in everything around them:
+//
+//                          strtointx                      strtouintx
+//   length of 0            measured up to the terminator  taken as it is
+//   radix compared         signed                         unsigned
+//   limit of a negative    one more than the greatest     the greatest value; the sign is refused
+//                          value                          after the number was read
+//
+// Their names, the source path and the line numbers below travel in the exceptions.
 #include <tova/generic/convert/str_to_x.hpp>
-
-#include <algorithm>
-#include <limits>
-#include <sstream>
-#include <string>
-#include <type_traits>
 
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/strings/length.hpp>
 
 #include "generic/convert/truth_words.hpp"
 #include "strings/ctype.hpp"
+
+#include <algorithm>
+#include <limits>
+#include <sstream>
+#include <string>
+#include <type_traits>
 
 namespace TOVA_2_18 {
 namespace generic {
@@ -20,9 +45,12 @@ namespace {
 
 using types::radix_t;
 
-const char source_path[] = "generic/convert/str_to_x";
+const char source_path[] = "generic/convert/str_to_x";  // path below src/, no extension
 const char signed_parser[] = "strtointx";
 const char unsigned_parser[] = "strtouintx";
+
+// No line is published for these raises. The numbers are our own choice, and they stay when the
+// code moves, so that a number seen in a report names the same raise in every release.
 const unsigned signed_radix_line = 88;
 const unsigned signed_range_line = 131;
 const unsigned unsigned_radix_line = 178;
@@ -35,12 +63,11 @@ const unsigned unsigned_sign_line = 233;
         function);
 }
 
-[[noreturn]] void raise_too_large(unsigned line, const char* function) {
+// A number outside the range of the result.
+[[noreturn]] void raise_range(bool negative, unsigned line, const char* function) {
+    if (negative)
+        throw exceptions::underflow_error("Number value is to small", line, source_path, function);
     throw exceptions::overflow_error("Number value is to large", line, source_path, function);
-}
-
-[[noreturn]] void raise_too_small(unsigned line, const char* function) {
-    throw exceptions::underflow_error("Number value is to small", line, source_path, function);
 }
 
 // Most strings begin with a digit, which is whitespace in no locale: the table isn't asked for it.
@@ -49,9 +76,9 @@ inline bool is_whitespace(Unit unit) {
     return !(unit >= '0' && unit <= '9') && strings::detail::is_space(unit);
 }
 
-// The value of a digit, or -1 for a unit that is none. Units count as the signed numbers that they
-// are, whole, so that no byte from 0x80 up and no wide unit is mistaken for a digit. A negative
-// radix has no digits.
+// The value of a digit, or -1 for any other unit. The whole unit is compared, as a signed number,
+// so that neither a byte from 0x80 up nor a wide unit that ends like a digit is taken for one. A
+// negative radix has no digits.
 inline long digit_value(long unit, long radix) {
     if (unit >= '0' && unit < '0' + std::min(radix, 10L))
         return unit - '0';
@@ -62,32 +89,33 @@ inline long digit_value(long unit, long radix) {
     return -1;
 }
 
-// A walk over the text that is being parsed. The two parsers share these steps; what they do at
-// the limits stays with each of them.
+// A walk over the string that is being parsed, with the stages that both parsers share.
 template <typename Unit>
-struct number_text {
+struct number_cursor {
     const Unit* text;
     unsigned long length;
     unsigned long position;
 
     long unit() const { return static_cast<long>(text[position]); }
 
-    // Whether text is left behind the step. The position may pass a length of 0.
+    // Steps over one unit. With a length of 0 the position passes it, and nothing is left.
     bool advance() { return ++position < length; }
 
-    // Contract: the first unit is read before the length is looked at, so that a text without
-    // length still has it.
-    bool skip_blanks() {
-        while (is_space(text[position]))
+    // Steps over whitespace and one sign.
+    //
+    // Contract: the first unit is read before the length is tested, so a length of 0 still has one.
+    bool skip_to_number(bool& negative) {
+        while (is_whitespace(text[position]))
             if (!advance())
                 return false;
-        return true;
+        negative = unit() == '-';
+        return !(negative || unit() == '+') || advance();
     }
 
-    // Puts the radix that the text tells into `radix` and steps over the prefix.
+    // Steps over a prefix and sets `radix` to what it means.
     //
-    // Contract: a backslash opens a prefix as `0` does, so that "\x41" and "\101" read as
-    // character escapes. The `0` of an octal text is a prefix as well, so "08" holds no digit.
+    // Contract: a backslash opens a prefix as `0` does, so that "\x41" and "\101" read as character
+    // escapes. The `0` of an octal number is a prefix as well, so "08" has no digit.
     bool detect_radix(long& radix) {
         if (unit() != '0' && unit() != '\\') {
             radix = 10;
@@ -99,13 +127,20 @@ struct number_text {
         radix = letter == 'X' ? 16 : letter == 'B' ? 2 : 8;
         return radix == 8 || advance();
     }
+
+    // Moves to the first digit, over a prefix if the radix is 0.
+    bool find_first_digit(long& radix, long& digit) {
+        if (radix == radix_t::detect && !detect_radix(radix))
+            return false;
+        digit = digit_value(unit(), radix);
+        return digit >= 0;
+    }
 };
 
-// Reads digits from the position on up to `limit`, the largest magnitude. Answers whether all of
-// them fit; the first unit has to be a digit. The test stands before each multiplication, so that
-// the value never wraps.
+// Reads the digits from `digit` on, which is the one at the position. Returns whether their value
+// is at most `limit`. The test comes before each multiplication, so the value never wraps.
 template <typename Magnitude, typename Unit, typename Radix>
-inline bool read_digits_of(number_text<Unit> from, long digit, Radix radix, Magnitude limit,
+inline bool read_digits_of(number_cursor<Unit> from, long digit, Radix radix, Magnitude limit,
                            Magnitude& value) {
     const Magnitude base = static_cast<Magnitude>(radix);
     const Magnitude cutoff = limit / base;
@@ -122,9 +157,9 @@ inline bool read_digits_of(number_text<Unit> from, long digit, Radix radix, Magn
     return true;
 }
 
-// The common radices as constants, for which no division is needed.
+// The common radices as constants, which spares the divisions of the limits.
 template <typename Magnitude, typename Unit>
-bool read_digits(const number_text<Unit>& from, long digit, long radix, Magnitude limit,
+bool read_digits(const number_cursor<Unit>& from, long digit, long radix, Magnitude limit,
                  Magnitude& value) {
     if (radix == 10)
         return read_digits_of(from, digit, std::integral_constant<long, 10>(), limit, value);
@@ -141,87 +176,71 @@ using magnitude_of = typename std::conditional<sizeof(Result) <= sizeof(unsigned
 template <typename Result, typename Unit>
 Result strtointx(const Unit* text, unsigned long length, radix_t::base base, bool throw_on_range) {
     using magnitude = magnitude_of<Result>;
-    number_text<Unit> from = {text, length != 0 ? length : strings::string_length(text), 0};
+    number_cursor<Unit> from = {text, length != 0 ? length : strings::string_length(text), 0};
 
-    if (!from.skip_blanks())
-        return 0;
-    const long sign = from.unit();
-    if ((sign == '-' || sign == '+') && !from.advance())
+    bool negative;
+    if (!from.skip_to_number(negative))
         return 0;
 
-    // Contract: the radix is looked at behind blanks and sign, so a text of nothing else is 0 with
+    // Contract: the radix is checked after whitespace and sign, so a string of nothing else is 0 in
     // any radix. It is compared as a signed number here: a negative radix passes and has no digits.
     long radix = static_cast<long>(base);
-    if (radix == 1 || radix > 36)
+    if (radix == 1 || radix > radix_t::highest)
         raise_radix(signed_radix_line, signed_parser);
-    if (radix == 0 && !from.detect_radix(radix))
-        return 0;
 
-    const long digit = digit_value(from.unit(), radix);
-    if (digit < 0)
+    long digit;
+    if (!from.find_first_digit(radix, digit))
         return 0;
 
     // The magnitude of the least value is one more than the greatest value, hence unsigned.
-    const bool negative = sign == '-';
     const magnitude limit = static_cast<magnitude>(std::numeric_limits<Result>::max()) +
                             static_cast<magnitude>(negative);
     magnitude value;
     if (read_digits(from, digit, radix, limit, value))
         return static_cast<Result>(negative ? 0 - value : value);
 
-    if (throw_on_range) {
-        if (negative)
-            raise_too_small(signed_range_line, signed_parser);
-        raise_too_large(signed_range_line, signed_parser);
-    }
+    if (throw_on_range)
+        raise_range(negative, signed_range_line, signed_parser);
     return negative ? std::numeric_limits<Result>::min() : std::numeric_limits<Result>::max();
 }
 
 // Contract: a length of 0 is not measured here, unlike in the signed parser. The length is tested
-// behind each unit, so one digit is still read, while a blank, a sign or a prefix ends the text.
+// after each unit, so one digit is still read, while whitespace, a sign or a prefix gives 0.
 template <typename Result, typename Unit>
 Result strtouintx(const Unit* text, unsigned long length, radix_t::base base, bool throw_on_range) {
     using magnitude = magnitude_of<Result>;
-    number_text<Unit> from = {text, length, 0};
+    number_cursor<Unit> from = {text, length, 0};
 
-    if (!from.skip_blanks())
-        return 0;
-    const long sign = from.unit();
-    if ((sign == '-' || sign == '+') && !from.advance())
+    bool negative;
+    if (!from.skip_to_number(negative))
         return 0;
 
     // Contract: compared as an unsigned number, so a negative radix is invalid.
     long radix = static_cast<long>(base);
-    if (radix == 1 || static_cast<unsigned long>(radix) > 36)
+    if (radix == 1 || static_cast<unsigned long>(radix) > radix_t::highest)
         raise_radix(unsigned_radix_line, unsigned_parser);
-    if (radix == 0 && !from.detect_radix(radix))
+
+    long digit;
+    if (!from.find_first_digit(radix, digit))
         return 0;
 
-    const long digit = digit_value(from.unit(), radix);
-    if (digit < 0)
-        return 0;
-
-    const bool negative = sign == '-';
     magnitude value;
     if (!read_digits(from, digit, radix, magnitude{std::numeric_limits<Result>::max()}, value)) {
-        if (throw_on_range) {
-            if (negative)
-                raise_too_small(unsigned_range_line, unsigned_parser);
-            raise_too_large(unsigned_range_line, unsigned_parser);
-        }
+        if (throw_on_range)
+            raise_range(negative, unsigned_range_line, unsigned_parser);
         value = std::numeric_limits<Result>::max();
     }
 
-    // Contract: the sign is refused only here, behind the number, and "-0" is not refused.
+    // Contract: a minus is refused only here, after the number was read, and "-0" is accepted.
     if (!negative || value == 0)
         return static_cast<Result>(value);
     if (throw_on_range)
-        raise_too_small(unsigned_sign_line, unsigned_parser);
+        raise_range(negative, unsigned_sign_line, unsigned_parser);
     return 0;
 }
 
-// Contract: exactly what operator>> takes and gives. Out-of-range numbers are refused by the stream
-// and so give 0.0, unlike the integer parsers, which saturate.
+// Contract: exactly what operator>> accepts. The stream refuses a number out of range, which is
+// then 0.0; the integer parsers saturate instead.
 template <typename Result>
 Result extract(std::stringstream& stream) {
     Result value;
@@ -255,6 +274,8 @@ bool is_space(unsigned short unit) {
 bool is_space(wchar_t unit) {
     return is_whitespace(unit);
 }
+
+// --- Signed integers ---
 
 long str_to_long(const char* text, unsigned long length, radix_t::base radix, bool throw_on_range) {
     return strtointx<long>(text, length, radix, throw_on_range);
@@ -373,6 +394,8 @@ long str_to_int64(const wchar_t* text, unsigned long length, radix_t::base radix
     return strtointx<long>(text, length, radix, throw_on_range);
 }
 
+// --- Unsigned integers ---
+
 unsigned int str_to_unsigned(const char* text, unsigned long length, radix_t::base radix,
                              bool throw_on_range) {
     return strtouintx<unsigned int>(text, length, radix, throw_on_range);
@@ -447,6 +470,8 @@ unsigned long str_to_uint64(const wchar_t* text, unsigned long length, radix_t::
                             bool throw_on_range) {
     return strtouintx<unsigned long>(text, length, radix, throw_on_range);
 }
+
+// --- Booleans and floating point ---
 
 bool str_to_bool(const strings::ustring16& text) {
     return detail::is_truth_word(text.data(), text.size()) ||

@@ -1,5 +1,14 @@
 #include <tova/generic/convert/str_to_x.hpp>
 
+#include <tova/exceptions/exceptions.hpp>
+
+#include "support/failing_allocation.hpp"
+#include "support/global_locale.hpp"
+#include "support/number_oracle.hpp"
+#include "support/widths.hpp"
+
+#include <gtest/gtest.h>
+
 #include <climits>
 #include <cmath>
 #include <cstring>
@@ -9,19 +18,10 @@
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include <tova/exceptions/exceptions.hpp>
-
-#include "support/failing_allocation.hpp"
-#include "support/global_locale.hpp"
-#include "support/number_oracle.hpp"
-#include "support/widths.hpp"
-
 namespace {
 
-using namespace TOVA_2_18::generic::convert;
-namespace exceptions = TOVA_2_18::exceptions;
+using namespace tova::generic::convert;
+namespace exceptions = tova::exceptions;
 using test_support::as_text;
 using test_support::comma_locale;
 using test_support::global_locale;
@@ -29,10 +29,10 @@ using test_support::oracle_parse;
 using test_support::parse_outcome;
 using test_support::text;
 using test_support::wide_int;
-using TOVA_2_18::strings::ustring16;
-using TOVA_2_18::strings::ustring32;
-using TOVA_2_18::strings::ustring8;
-using TOVA_2_18::types::radix_t;
+using tova::strings::ustring16;
+using tova::strings::ustring32;
+using tova::strings::ustring8;
+using tova::types::radix_t;
 
 const char radix_message[] = "invalid radix value, values of 0, 2-36 are the only valid values";
 const char large_message[] = "Number value is to large";
@@ -57,7 +57,7 @@ wide_int call(const Unit* text, unsigned long length, radix_t::base base, bool t
     return Parse(text, length, base, throw_on_range);
 }
 
-// The limits are written out, not taken from the result type.
+// The limits are written out and not taken from the result type.
 template <typename Unit>
 std::vector<parser<Unit>> all_parsers() {
     const wide_int two = 2;
@@ -104,7 +104,7 @@ parse_outcome outcome_of(const parser<Unit>& with, const Unit* units, unsigned l
     }
 }
 
-// Compares one call with the oracle. Quiet while all is well, as the sweeps make many calls.
+// Compares one call with the oracle. Silent on success, because the sweeps make many calls.
 template <typename String>
 bool agrees(const parser<typename String::value_type>& with, const String& source,
             unsigned long length, int base, bool throw_on_range) {
@@ -127,7 +127,7 @@ bool agrees(const parser<typename String::value_type>& with, const String& sourc
 }
 
 template <typename String>
-class TextToInteger : public ::testing::Test {
+class StringToInteger : public ::testing::Test {
 public:
     static wide_int parse(const char* name, const char* characters, int base = 0,
                           bool throw_on_range = false) {
@@ -136,11 +136,11 @@ public:
                                                                   radix(base), throw_on_range);
     }
 };
-TYPED_TEST_SUITE(TextToInteger, test_support::all_widths, test_support::width_name);
+TYPED_TEST_SUITE(StringToInteger, test_support::all_widths, test_support::width_name);
 
 // --- Prefixes, signs and what ends a number ----------------------------------------------------
 
-TYPED_TEST(TextToInteger, ReadsPrefixesSignsAndDigits) {
+TYPED_TEST(StringToInteger, ReadsPrefixesSignsAndDigits) {
     const struct {
         const char* input;
         int base;
@@ -219,7 +219,7 @@ TYPED_TEST(TextToInteger, ReadsPrefixesSignsAndDigits) {
     }
 }
 
-TYPED_TEST(TextToInteger, SaturatesAtTheLimitsOfEachResult) {
+TYPED_TEST(StringToInteger, SaturatesAtTheLimitsOfEachResult) {
     const struct {
         const char* parser;
         const char* input;
@@ -273,7 +273,7 @@ TYPED_TEST(TextToInteger, SaturatesAtTheLimitsOfEachResult) {
     }
 }
 
-TYPED_TEST(TextToInteger, RaisesAtTheLimitsIfAsked) {
+TYPED_TEST(StringToInteger, RaisesAtTheLimitsIfAsked) {
     const struct {
         const char* parser;
         const char* input;
@@ -304,46 +304,56 @@ TYPED_TEST(TextToInteger, RaisesAtTheLimitsIfAsked) {
     }
 }
 
-TYPED_TEST(TextToInteger, TellsFaultsApartByTheirClass) {
+TYPED_TEST(StringToInteger, RaisesADifferentClassForEachError) {
     EXPECT_THROW(this->parse("str_to_int8", "128", 10, true), exceptions::overflow_error);
     EXPECT_THROW(this->parse("str_to_int8", "-129", 10, true), exceptions::underflow_error);
     EXPECT_THROW(this->parse("str_to_uint8", "-1", 10, true), exceptions::underflow_error);
     EXPECT_THROW(this->parse("str_to_int8", "1", 37), exceptions::invalid_argument_value);
 }
 
-// The place that an exception carries: it has no accessor, but lies behind the table pointer.
-const exceptions::exception::state& place_of(const exceptions::exception& raised) {
+// The location that an exception carries: it has no accessor, but follows the virtual table
+// pointer.
+const exceptions::exception::state& location_of(const exceptions::exception& raised) {
     return *reinterpret_cast<const exceptions::exception::state*>(
         reinterpret_cast<const char*>(&raised) + sizeof(void*));
 }
 
-TYPED_TEST(TextToInteger, NamesTheInnerRoutineAsThePlaceOfAFault) {
+TYPED_TEST(StringToInteger, RaisesFromTheSameLineOfTheInnerRoutineInEveryRelease) {
+    const struct {
+        const char* input;
+        int base;
+        unsigned signed_line;    // 0 if the signed parsers don't raise
+        unsigned unsigned_line;  // 0 if the unsigned parsers don't raise
+    } cases[] = {
+        {"1", 1, 88, 178},
+        {"1", 37, 88, 178},
+        {"", 37, 88, 178},
+        {"1", -1, 0, 178},
+        {"99999999999999999999", 10, 131, 219},
+        {"-99999999999999999999", 10, 131, 219},
+        {"-1", 10, 0, 233},
+    };
     for (const auto& with : all_parsers<typename TypeParam::value_type>()) {
-        SCOPED_TRACE(with.name);
-        const struct {
-            const char* input;
-            int base;
-        } cases[] = {{"99999999999999999999", 10},
-                     {"-99999999999999999999", 10},
-                     {"1", 1},
-                     {with.min < 0 ? "1" : "-1", with.min < 0 ? 37 : 10}};
         for (const auto& c : cases) {
-            SCOPED_TRACE(c.input);
+            SCOPED_TRACE(std::string(with.name) + " of " + c.input + " in radix " +
+                         std::to_string(c.base));
             const auto source = text<TypeParam>(c.input);
+            const bool is_signed = with.min < 0;
+            unsigned line = 0;
             try {
                 with.parse(source.c_str(), source.size(), radix(c.base), true);
-                ADD_FAILURE() << "nothing raised";
             } catch (const exceptions::exception& raised) {
-                const auto& place = place_of(raised);
-                EXPECT_STREQ("generic/convert/str_to_x", place.file);
-                EXPECT_STREQ(with.min < 0 ? "strtointx" : "strtouintx", place.function);
-                EXPECT_LT(0u, place.line);
+                const auto& location = location_of(raised);
+                EXPECT_STREQ("generic/convert/str_to_x", location.file);
+                EXPECT_STREQ(is_signed ? "strtointx" : "strtouintx", location.function);
+                line = location.line;
             }
+            EXPECT_EQ(is_signed ? c.signed_line : c.unsigned_line, line);
         }
     }
 }
 
-TYPED_TEST(TextToInteger, NeedsNoMemoryUnlessItRaises) {
+TYPED_TEST(StringToInteger, NeedsNoMemoryUnlessItRaises) {
     const auto source = text<TypeParam>(" -99999999999999999999 and more");
     const auto hexadecimal = text<TypeParam>("0x7F");
     const auto parsers = all_parsers<typename TypeParam::value_type>();
@@ -357,7 +367,7 @@ TYPED_TEST(TextToInteger, NeedsNoMemoryUnlessItRaises) {
 
 // --- The radix ---------------------------------------------------------------------------------
 
-TYPED_TEST(TextToInteger, RefusesTheRadixOnlyBehindBlanksAndSign) {
+TYPED_TEST(StringToInteger, ChecksTheRadixOnlyAfterWhitespaceAndSign) {
     for (const auto& with : all_parsers<typename TypeParam::value_type>()) {
         SCOPED_TRACE(with.name);
         for (int base : {1, 37, 38, 1000, INT_MAX}) {
@@ -378,7 +388,7 @@ TYPED_TEST(TextToInteger, RefusesTheRadixOnlyBehindBlanksAndSign) {
     }
 }
 
-TYPED_TEST(TextToInteger, FindsNoDigitsInANegativeRadixOfASignedParserAndRefusesItUnsigned) {
+TYPED_TEST(StringToInteger, HasNoDigitsInANegativeRadixIfSignedAndRaisesIfUnsigned) {
     for (const auto& with : all_parsers<typename TypeParam::value_type>()) {
         SCOPED_TRACE(with.name);
         for (int base : {-1, -2, -36, INT_MIN})
@@ -394,7 +404,7 @@ TYPED_TEST(TextToInteger, FindsNoDigitsInANegativeRadixOfASignedParserAndRefuses
     }
 }
 
-TYPED_TEST(TextToInteger, TakesEveryRadixFromTwoToThirtySix) {
+TYPED_TEST(StringToInteger, AcceptsEveryRadixFromTwoToThirtySix) {
     for (int base = 2; base <= 36; ++base) {
         SCOPED_TRACE(base);
         EXPECT_EQ(as_text(base), as_text(this->parse("str_to_int", "10", base)));
@@ -410,7 +420,7 @@ TYPED_TEST(TextToInteger, TakesEveryRadixFromTwoToThirtySix) {
 
 // --- The length --------------------------------------------------------------------------------
 
-TYPED_TEST(TextToInteger, MeasuresATextOfLengthZeroInTheSignedParsersOnly) {
+TYPED_TEST(StringToInteger, MeasuresAStringOfLengthZeroInTheSignedParsersOnly) {
     const struct {
         const char* input;
         const char* signed_value;
@@ -431,7 +441,7 @@ TYPED_TEST(TextToInteger, MeasuresATextOfLengthZeroInTheSignedParsersOnly) {
     }
 }
 
-TYPED_TEST(TextToInteger, ReadsNoFurtherThanTheLength) {
+TYPED_TEST(StringToInteger, ReadsNoFurtherThanTheLength) {
     const auto source = text<TypeParam>("  -123456");
     const struct {
         unsigned long length;
@@ -443,7 +453,7 @@ TYPED_TEST(TextToInteger, ReadsNoFurtherThanTheLength) {
     }
 }
 
-TYPED_TEST(TextToInteger, NeedsNoTerminatorBehindTheLength) {
+TYPED_TEST(StringToInteger, NeedsNoTerminatorAfterTheLength) {
     const typename TypeParam::value_type units[] = {'4', '2', '1', '9'};
     EXPECT_EQ(42, str_to_int(units, 2, radix_t::decimal, false));
     EXPECT_EQ(42u, str_to_unsigned(units, 2, radix_t::decimal, false));
@@ -452,7 +462,7 @@ TYPED_TEST(TextToInteger, NeedsNoTerminatorBehindTheLength) {
     EXPECT_EQ(421u, str_to_unsigned(exact.data(), 3, radix_t::decimal, false));
 }
 
-TYPED_TEST(TextToInteger, TakesANulForAUnitLikeAnyOther) {
+TYPED_TEST(StringToInteger, TreatsANulLikeAnyOtherUnit) {
     const auto source = text<TypeParam>("1\0002");
     EXPECT_EQ(1, str_to_int(source.c_str(), 3, radix_t::decimal, false));
     const auto front = text<TypeParam>("\00012");
@@ -461,7 +471,7 @@ TYPED_TEST(TextToInteger, TakesANulForAUnitLikeAnyOther) {
 
 // --- Sweeps against the oracle -----------------------------------------------------------------
 
-TYPED_TEST(TextToInteger, AgreesWithThePlainOracleOnAll8BitNumbersInEveryRadix) {
+TYPED_TEST(StringToInteger, AgreesWithThePlainOracleOnAll8BitNumbersInEveryRadix) {
     using unit = typename TypeParam::value_type;
     const parser<unit> both[] = {parser_of<unit>("str_to_int8"), parser_of<unit>("str_to_uint8")};
     for (int base = 2; base <= 36; ++base)
@@ -474,7 +484,7 @@ TYPED_TEST(TextToInteger, AgreesWithThePlainOracleOnAll8BitNumbersInEveryRadix) 
             }
 }
 
-TYPED_TEST(TextToInteger, AgreesWithThePlainOracleOnAll16BitNumbers) {
+TYPED_TEST(StringToInteger, AgreesWithThePlainOracleOnAll16BitNumbers) {
     using unit = typename TypeParam::value_type;
     const parser<unit> both[] = {parser_of<unit>("str_to_int16"), parser_of<unit>("str_to_uint16")};
     for (int base : {2, 10, 16, 36})
@@ -485,7 +495,7 @@ TYPED_TEST(TextToInteger, AgreesWithThePlainOracleOnAll16BitNumbers) {
         }
 }
 
-TYPED_TEST(TextToInteger, AgreesWithThePlainOracleAroundEveryLimitInEveryRadix) {
+TYPED_TEST(StringToInteger, AgreesWithThePlainOracleAroundEveryLimitInEveryRadix) {
     for (const auto& with : all_parsers<typename TypeParam::value_type>())
         for (int base = 2; base <= 36; ++base)
             for (wide_int limit : {with.min, with.max, -with.max, with.max * base, wide_int(0)})
@@ -497,7 +507,7 @@ TYPED_TEST(TextToInteger, AgreesWithThePlainOracleAroundEveryLimitInEveryRadix) 
                 }
 }
 
-TYPED_TEST(TextToInteger, AgreesWithThePlainOracleOnAllShortTexts) {
+TYPED_TEST(StringToInteger, AgreesWithThePlainOracleOnAllShortStrings) {
     using unit = typename TypeParam::value_type;
     const parser<unit> both[] = {parser_of<unit>("str_to_int8"), parser_of<unit>("str_to_uint8")};
     const char alphabet[] = {' ', '-', '+', '0', '1', '9', 'x', 'B', '\\', 'z', '\0', '\x80'};
@@ -514,7 +524,7 @@ TYPED_TEST(TextToInteger, AgreesWithThePlainOracleOnAllShortTexts) {
         }
 }
 
-TYPED_TEST(TextToInteger, KnowsNoDigitBeyondAscii) {
+TYPED_TEST(StringToInteger, HasNoDigitsOutsideAscii) {
     using unit = typename TypeParam::value_type;
     const long units[] = {0x80,   0xB2,   0xFF,   0x130,   0x131,   0x139, 0x161, 0x0660,
                           0xFF11, 0x8031, 0xD831, 0x10031, 0x1D7D8, -0x80, -0xCF, 0x7FFF0031};
@@ -526,13 +536,13 @@ TYPED_TEST(TextToInteger, KnowsNoDigitBeyondAscii) {
         const unit source[] = {cut, '1', 0};
         for (const auto& with : all_parsers<unit>())
             EXPECT_EQ("0", as_text(with.parse(source, 2, radix(36), true))) << with.name;
-        const unit behind[] = {'1', cut, 0};
+        const unit trailing[] = {'1', cut, 0};
         for (const auto& with : all_parsers<unit>())
-            EXPECT_EQ("1", as_text(with.parse(behind, 2, radix(36), true))) << with.name;
+            EXPECT_EQ("1", as_text(with.parse(trailing, 2, radix(36), true))) << with.name;
     }
 }
 
-TYPED_TEST(TextToInteger, SeesNoPrefixInAUnitThatOnlyEndsLikeOne) {
+TYPED_TEST(StringToInteger, IgnoresUnitsThatMatchAPrefixInTheirLowByteOnly) {
     using unit = typename TypeParam::value_type;
     if (sizeof(unit) == 1)
         return;
@@ -544,15 +554,15 @@ TYPED_TEST(TextToInteger, SeesNoPrefixInAUnitThatOnlyEndsLikeOne) {
     EXPECT_EQ(0, str_to_int(minus, 2, radix_t::detect, false));
 }
 
-TYPED_TEST(TextToInteger, NeverGoesThroughAStream) {
+TYPED_TEST(StringToInteger, IgnoresTheGlobalLocale) {
     const global_locale locale(comma_locale());
     EXPECT_EQ("1", as_text(this->parse("str_to_int", "1.234", 10)));
     EXPECT_EQ("1234", as_text(this->parse("str_to_int", "1234", 10)));
 }
 
-// --- Blanks ------------------------------------------------------------------------------------
+// --- Whitespace ---------------------------------------------------------------------------------
 
-TEST(IsSpace, HoldsForTheSixBlanksOfTheCLocaleAlone) {
+TEST(IsSpace, IsTrueForTheSixWhitespaceCharactersOfTheCLocaleOnly) {
     for (int value = -128; value <= 127; ++value)
         EXPECT_EQ(value == ' ' || (value >= '\t' && value <= '\r'),
                   is_space(static_cast<char>(value)))
@@ -567,14 +577,14 @@ TEST(IsSpace, HoldsForTheSixBlanksOfTheCLocaleAlone) {
             << value;
 }
 
-TEST(IsSpace, IsNoForUnitsFarOutsideTheCLibrarysTable) {
+TEST(IsSpace, IsFalseForUnitsOutsideTheCLibrarysTable) {
     for (int value : {INT_MIN, INT_MIN + 32, -129, 256, 256 + ' ', 0x3000, 0x2028, INT_MAX})
         EXPECT_FALSE(is_space(static_cast<wchar_t>(value))) << value;
 }
 
 // --- bool --------------------------------------------------------------------------------------
 
-TEST(StrToBool, KnowsThreeWordsAndNumbersOtherThanZero) {
+TEST(StrToBool, IsTrueForThreeWordsAndForNumbersOtherThanZero) {
     const struct {
         const char* input;
         bool value;
@@ -618,7 +628,7 @@ TEST(StrToBool, KnowsThreeWordsAndNumbersOtherThanZero) {
     }
 }
 
-TEST(StrToBool, TakesNoUnitForAnotherThatOnlyEndsLikeIt) {
+TEST(StrToBool, IgnoresUnitsThatMatchALetterInTheirLowByteOnly) {
     EXPECT_FALSE(str_to_bool(ustring16{'o', 0x16E}));
     EXPECT_FALSE(str_to_bool(ustring16{0x179, 'e', 's'}));
     EXPECT_FALSE(str_to_bool(ustring16{0xFF4F, 0xFF4E}));
@@ -671,9 +681,9 @@ TEST(StrToDouble, ReadsAsAStreamDoes) {
     }
 }
 
-TEST(StrToFloat, RoundsOnceAndRefusesWhatAFloatCannotHold) {
+TEST(StrToFloat, RoundsOnceAndReturnsZeroForWhatAFloatCannotHold) {
     EXPECT_EQ(1.5f, str_to_float("1.5abc"));
-    // Just above the middle of two neighbours; by way of a double it would come down to 1.
+    // Just above the midpoint of two floats; by way of a double it would round down to 1.
     EXPECT_EQ(1.00000012f, str_to_float("1.000000059604644775390626"));
     EXPECT_EQ(3.4028235e38f, str_to_float("3.4028235e38"));
     EXPECT_EQ(0.0f, str_to_float("3.5e38"));
@@ -682,7 +692,7 @@ TEST(StrToFloat, RoundsOnceAndRefusesWhatAFloatCannotHold) {
     EXPECT_EQ(2.5f, str_to_float("2.5", std::locale::classic()));
 }
 
-TEST(StrToLongDouble, KeepsTheWholePrecision) {
+TEST(StrToLongDouble, KeepsItsFullPrecision) {
     EXPECT_EQ(0.1L, str_to_long_double("0.1"));
     EXPECT_NE(static_cast<long double>(0.1), str_to_long_double("0.1"));
     EXPECT_EQ(1e400L, str_to_long_double("1e400"));
@@ -699,7 +709,7 @@ TEST(FloatingParsers, KeepTheSignOfZero) {
     EXPECT_FALSE(std::signbit(str_to_double("-1e999")));
 }
 
-TEST(FloatingParsers, EndAtAnEmbeddedNul) {
+TEST(FloatingParsers, StopAtAnEmbeddedNul) {
     EXPECT_EQ(1.5, str_to_double(ustring8("1.5\0007", 5)));
     EXPECT_EQ(0.0, str_to_double(ustring8("\0001.5", 4)));
 }
@@ -728,7 +738,7 @@ Result extracted(const std::string& source) {
     return stream.fail() ? Result() : value;
 }
 
-TEST(FloatingParsers, AgreeWithAStreamOnMadeUpTexts) {
+TEST(FloatingParsers, AgreeWithAStreamOnRandomStrings) {
     std::mt19937 random(20180218);
     const char alphabet[] = "0123456789.eE+-, x\tin";
     for (int round = 0; round < 20000; ++round) {
