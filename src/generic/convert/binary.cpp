@@ -1,3 +1,16 @@
+// Numbers to and from the bytes of a string.
+//
+// Two byte orders exist: that of the host, which is little-endian, and the swapped one, with the
+// most significant byte first. The four templates below, a writer and a reader for each order, do
+// all the work. The 67 functions after them only name a type and an order:
+//
+//   generic::convert                host order
+//   generic::convert::little_endian swapped
+//   generic::convert::big_endian    swapped
+//
+// The sets are published with gaps: some readers exist for `const char*` alone, some for
+// `const std::string&` alone, and `big_endian` reads no `float`. Each function is spelled out,
+// because its name is a symbol of the shared object; one set can't be an alias of another.
 #include <tova/generic/convert/binary.hpp>
 
 #include <algorithm>
@@ -22,9 +35,10 @@ Value from_host_bytes(const char* bytes) {
     return value;
 }
 
-// Bytes that are missing up to the size of the value read as 0.
+// 0 for a string shorter than the limit. Where the limit is below the size of the value, the
+// missing bytes read as 0, so that nothing past the end of the string is read.
 template <typename Value>
-Value from_host_bytes(const std::string& bytes, std::size_t limit) {
+Value from_host_bytes(const std::string& bytes, std::size_t limit = sizeof(Value)) {
     if (bytes.size() < limit)
         return Value();
     char all[sizeof(Value)] = {};
@@ -90,7 +104,7 @@ short bin_str_to_int16(const char* bytes) {
 }
 
 short bin_str_to_int16(const std::string& bytes) {
-    return from_host_bytes<short>(bytes, sizeof(short));
+    return from_host_bytes<short>(bytes);
 }
 
 int bin_str_to_int32(const char* bytes) {
@@ -98,7 +112,7 @@ int bin_str_to_int32(const char* bytes) {
 }
 
 int bin_str_to_int32(const std::string& bytes) {
-    return from_host_bytes<int>(bytes, sizeof(int));
+    return from_host_bytes<int>(bytes);
 }
 
 long bin_str_to_int64(const char* bytes) {
@@ -106,7 +120,7 @@ long bin_str_to_int64(const char* bytes) {
 }
 
 long bin_str_to_int64(const std::string& bytes) {
-    return from_host_bytes<long>(bytes, sizeof(long));
+    return from_host_bytes<long>(bytes);
 }
 
 unsigned short bin_str_to_uint16(const char* bytes) {
@@ -114,7 +128,7 @@ unsigned short bin_str_to_uint16(const char* bytes) {
 }
 
 unsigned short bin_str_to_uint16(const std::string& bytes) {
-    return from_host_bytes<unsigned short>(bytes, sizeof(unsigned short));
+    return from_host_bytes<unsigned short>(bytes);
 }
 
 unsigned int bin_str_to_uint32(const char* bytes) {
@@ -122,7 +136,7 @@ unsigned int bin_str_to_uint32(const char* bytes) {
 }
 
 unsigned int bin_str_to_uint32(const std::string& bytes) {
-    return from_host_bytes<unsigned int>(bytes, sizeof(unsigned int));
+    return from_host_bytes<unsigned int>(bytes);
 }
 
 unsigned long bin_str_to_uint64(const char* bytes) {
@@ -130,15 +144,15 @@ unsigned long bin_str_to_uint64(const char* bytes) {
 }
 
 unsigned long bin_str_to_uint64(const std::string& bytes) {
-    return from_host_bytes<unsigned long>(bytes, sizeof(unsigned long));
+    return from_host_bytes<unsigned long>(bytes);
 }
 
 float bin_str_to_float(const char* bytes) {
     return from_host_bytes<float>(bytes);
 }
 
-// Contract: the limits of the two floating forms stand crossed. A string of the four bytes of a
-// `float` reads as 0.0 in this form; its bytes are read through `const char*`.
+// Contract: this form and that of `double` have each other's limit. A string of the four bytes of a
+// `float` reads as 0.0 here; it is read through `const char*`.
 float bin_str_to_float(const std::string& bytes) {
     return from_host_bytes<float>(bytes, sizeof(double));
 }
@@ -147,12 +161,13 @@ double bin_str_to_double(const char* bytes) {
     return from_host_bytes<double>(bytes);
 }
 
-// Contract: four bytes are enough to be read, the counterpart of the limit of the `float` form.
+// Contract: four bytes are enough here, the counterpart of the limit of the `float` form.
 double bin_str_to_double(const std::string& bytes) {
     return from_host_bytes<double>(bytes, sizeof(float));
 }
 
-// Contract: both named sets swap and behave alike. Files and peers hold bytes written by either.
+// Contract: both named sets put the most significant byte first, whatever their names suggest.
+// Files and peers hold bytes written by either.
 
 namespace little_endian {
 

@@ -1,16 +1,24 @@
-/// Numbers to and from the bytes of a string: 2, 4 or 8 bytes, floating point as its IEEE 754 bit
-/// pattern. In `generic::convert` itself the least significant byte comes first, in its namespaces
-/// `little_endian` and `big_endian` the most significant one.
+/// @file
+/// Numbers to and from the bytes of a string: 2, 4 or 8 bytes, floating-point values as their IEEE
+/// 754 bit pattern.
 ///
-/// A writer returns a string of exactly the type's size. A reader of `const char*` reads the
-/// type's size and tests nothing; a reader of `const std::string&` answers 0 for a string shorter
-/// than its limit, which is the type's size unless told otherwise, and ignores bytes behind it.
-/// Apart from the writers' allocations nothing fails.
+/// The functions of `generic::convert` itself put the least significant byte first, those of
+/// `little_endian` and of `big_endian` both put the most significant byte first.
+///
+///     std::string record = tova::generic::convert::int32_to_bin_str(7);  // 07 00 00 00
+///     int number = tova::generic::convert::bin_str_to_int32(record);     // 7
+///
+/// A writer returns a string of exactly the type's size. A reader of `const char*` reads the type's
+/// size and checks nothing. A reader of `const std::string&` returns 0 for a string shorter than
+/// its limit, which is the type's size unless its comment says otherwise, and ignores the bytes
+/// after that size. The allocations of the writers may raise; nothing else fails.
+///
+/// These are pure functions; any number of threads may call them.
 #pragma once
 
-#include <string>
-
 #include <tova/abi.hpp>
+
+#include <string>
 
 namespace TOVA_2_18 {
 namespace generic {
@@ -40,15 +48,17 @@ TOVA_API unsigned int bin_str_to_uint32(const std::string& bytes);
 TOVA_API unsigned long bin_str_to_uint64(const char* bytes);
 TOVA_API unsigned long bin_str_to_uint64(const std::string& bytes);
 TOVA_API float bin_str_to_float(const char* bytes);
-/// The limit of this form is 8 bytes: the four bytes of a `float` alone give 0.0.
+/// The limit of this form is 8 bytes: the four bytes of a `float` alone read as 0.0.
 TOVA_API float bin_str_to_float(const std::string& bytes);
 TOVA_API double bin_str_to_double(const char* bytes);
-/// The limit of this form is 4 bytes; bytes that are missing up to the eighth read as 0.
+/// The limit of this form is 4 bytes. Missing bytes up to the eighth read as 0.
 TOVA_API double bin_str_to_double(const std::string& bytes);
 /// @}
 
-/// The most significant byte comes first, whatever the name suggests; the same as in `big_endian`.
-/// There is no `bin_str_to_int16(const char*)`.
+/// The most significant byte comes first, whatever the name suggests, exactly as in `big_endian`.
+///
+/// There is no `bin_str_to_int16(const char*)`. A call with a `const char*` converts it to a
+/// `std::string`, which ends at the first NUL byte; pass a string with its length.
 namespace little_endian {
 
 TOVA_API std::string int16_to_bin_str(const short& value);
