@@ -1,4 +1,9 @@
-// How the library's own sources assert: with a published place, which stays when the code moves.
+/// @file
+/// How the library's own sources assert: with a published location, which stays when code moves.
+///
+/// The macros of `debug/assert.hpp` would report the file and line of the day. Hooks see those, so
+/// the library passes the file, line and signature that are part of its interface instead. Threads:
+/// as in `debug/assert.hpp`.
 #pragma once
 
 #include <tova/debug/assert.hpp>
@@ -7,7 +12,7 @@ namespace TOVA_2_18 {
 namespace debug {
 namespace detail {
 
-// Reports `expression` to the assertion hook if the condition doesn't hold; goes on in any case.
+// Reports `expression` to the assertion hook if the condition is false, and returns in any case.
 // `function` is the full signature of the asserting operation.
 inline void check(bool condition, const char* expression, const char* source_path,
                   unsigned int line, const char* function) {

@@ -1,14 +1,16 @@
+// The 8-bit form of each operation does the work. The other two convert the path to UTF-8 before it
+// and the paths found back after it.
 #include <tova/system/directories.hpp>
-
-#include <cstring>
-#include <memory>
-
-#include <dirent.h>
-#include <sys/stat.h>
 
 #include <tova/strings/unicode.hpp>
 #include <tova/system/files.hpp>
 #include <tova/system/io.hpp>
+
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <cstring>
+#include <memory>
 
 namespace TOVA_2_18 {
 namespace system {
@@ -21,8 +23,8 @@ namespace {
 
 const mode_t directory_mode = 0775;
 
-// Makes the part of the path in front of `position`, or all of it at `npos`. The path is cut for
-// the call and whole again behind it, so a path of many parts isn't copied for each of them.
+// Creates the directory that the path names up to `position`, or as a whole at `npos`. The path is
+// cut for the call and restored after it, so that a path of many parts isn't copied for each.
 bool make_directory(ustring8& path, ustring8::size_type position) {
     if (position == ustring8::npos)
         return ::mkdir(path.c_str(), directory_mode) == 0;
@@ -46,8 +48,10 @@ bool create_directory(const ustring8& path) {
     if (io::exists(path) && io::is_directory(path))
         return true;
 
-    // Contract: `npos + 1` is 0, here and in the loop. A path from "." or "/" with no other "/"
-    // makes its directory, then tries the part in front of its first "/" and answers false for it.
+    // Contract: `npos + 1` is 0, here and in the loop. A path that begins with "." or "/" and has
+    // no other "/" is created as a whole, and then the loop starts over at the front and tries the
+    // part before the first "/". That part exists or is empty, so the result is false; only where
+    // the parent was missing at first ("..a/b") does the second attempt succeed.
     ustring8::size_type start = 0;
     if (!path.empty() && (path[0] == '.' || path[0] == '/'))
         start = path.find('/') + 1;
@@ -75,7 +79,8 @@ void get_directory_files(const ustring8& directory, std::vector<ustring8>& files
         else if (readable && io::is_directory(entry))
             subdirectories.push_back(entry);
     }
-    // Contract: the directory is closed by now, and its own files stand in front of all others.
+    // Contract: the directory is closed by now, so that a deep tree doesn't use up the descriptors,
+    // and its own files come before all others.
     for (const ustring8& subdirectory : subdirectories)
         get_directory_files(subdirectory, files);
 }

@@ -278,11 +278,11 @@ TEST_F(Assert, CutsTheComposedTextAt255Characters) {
     EXPECT_EQ("e : " + std::string(251, 'c'), record.expression);
 }
 
-TEST_F(Assert, GivesNoContextToAnExpressionThatLeavesNoRoom) {
+TEST_F(Assert, HasNoRoomForContextFromAnExpressionOf252CharactersOn) {
     listen();
     const struct {
         std::size_t length;
-        const char* behind;
+        const char* after;
     } cases[] = {
         {250, " : cc"}, {251, " : c"}, {252, " : "}, {253, " :"}, {254, " "}, {255, ""},
     };
@@ -291,7 +291,7 @@ TEST_F(Assert, GivesNoContextToAnExpressionThatLeavesNoRoom) {
         const std::string expression(c.length, 'e');
         _______________CONTEXT__ASSERT________________(expression.c_str(), "f", 1, "g", "%s",
                                                        "cccccccccc");
-        EXPECT_EQ(expression + c.behind, record.expression);
+        EXPECT_EQ(expression + c.after, record.expression);
     }
     for (std::size_t length : {256, 257, 1000}) {
         SCOPED_TRACE(length);
