@@ -9,7 +9,8 @@ namespace generic {
 
 namespace {
 
-// Written out here, so that the text is the same with every standard library.
+// Contract: the message is published, so it is written out here instead of left to the installed
+// standard library.
 void require_position(unsigned long position, unsigned long count) {
     if (position < count)
         return;
@@ -27,12 +28,16 @@ Iterator find_name(Iterator first, Iterator last, const strings::ustring8& name)
 
 }  // namespace
 
+// Built while the library is loaded. The library itself never copies it: a copy changes the count
+// of its body, and another thread may be doing the same.
 argument varg_list::nil_argument(types::nil);
 
 varg_list::varg_list() : m_arguments() {}
 
 varg_list::varg_list(const varg_list& other) : m_arguments(other.m_arguments) {}
 
+// Parameters that a caller leaves out are `nil_argument`, so they end the list by the same rule as
+// a nil that is passed. They are compared and never copied.
 varg_list::varg_list(const argument& a1, const argument& a2, const argument& a3, const argument& a4,
                      const argument& a5, const argument& a6, const argument& a7, const argument& a8,
                      const argument& a9, const argument& a10, const argument& a11,
@@ -85,7 +90,7 @@ const argument& varg_list::at(unsigned long position) const {
     return m_arguments[position];
 }
 
-// Contract: checked like `at`, unlike the operator of a vector.
+// Contract: checked like `at`, unlike the operator of `std::vector`.
 const argument& varg_list::operator[](unsigned long position) const {
     return at(position);
 }

@@ -1,14 +1,16 @@
 #include <tova/generic/varg_list.hpp>
 
-#include <new>
-#include <stdexcept>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include <tova/types/nil.hpp>
 
 #include "support/failing_allocation.hpp"
+#include "support/raw_memory.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <new>
+#include <stdexcept>
+#include <string>
 
 namespace {
 
@@ -31,7 +33,7 @@ std::string shown(const varg_list& list) {
     return result;
 }
 
-// Reads the nil argument before main.
+// Reads the nil argument before `main` begins.
 struct early_reader {
     bool was_nil = varg_list::nil_argument == nil;
     unsigned long count = varg_list(1, 2, 3).count();
@@ -165,6 +167,43 @@ TEST(VargListLookup, AnswersAnUnknownNameWithTheNilArgument) {
     EXPECT_EQ(&missing, &constant["c"]);
     EXPECT_EQ(&missing, &constant.at("c"));
     EXPECT_EQ("a=1", shown(list));
+}
+
+// The count of an argument's body, as `raw_memory.hpp` sees it: a variant is one pointer to a body,
+// which holds its count behind the pointer to its slots and the heap mark.
+unsigned int holders_of(const argument& shared) {
+    unsigned int count = 0;
+    std::memcpy(&count, static_cast<const char*>(test_support::pointer_at(&shared.value())) + 12,
+                sizeof count);
+    return count;
+}
+
+TEST(VargListLookup, SharesOneNilArgumentAmongAllListsOfTheProcess) {
+    const varg_list first(argument("a", 1));
+    const varg_list second(argument("b", 2));
+    const argument& missing = first.at("x");
+    EXPECT_EQ(&missing, &second.at("y"));
+    EXPECT_EQ(&missing, &second["y"]);
+
+    // A test leaves the count alone, a copy raises it: that is what two threads would race on.
+    EXPECT_EQ(1u, holders_of(missing));
+    EXPECT_TRUE(second["y"] == nil);
+    EXPECT_EQ(1u, holders_of(missing));
+    {
+        const argument copy(second["y"]);
+        const variant value(first["x"].value());
+        EXPECT_EQ(3u, holders_of(missing));
+    }
+    EXPECT_EQ(1u, holders_of(missing));
+}
+
+TEST(VargListLookup, NeverLeadsFromAFailedFindToTheNilArgument) {
+    varg_list list(argument("a", 1));
+    const varg_list& constant = list;
+    EXPECT_EQ(list.end(), list.find("x"));
+    EXPECT_EQ(constant.end(), constant.find("x"));
+    EXPECT_FALSE(list.has_argument("x"));
+    EXPECT_EQ(1u, holders_of(varg_list::nil_argument));
 }
 
 TEST(VargListLookup, FindsAnEmptyNameAtTheFirstUnnamedArgument) {
