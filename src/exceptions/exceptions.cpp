@@ -1,3 +1,7 @@
+// Every class of the tree has the same four operations: two constructors that differ in how the
+// location arrives, a copy constructor and a destructor. All of them are written out, since modules
+// link against each by name. Only three places do any work: `state` copies the location, and
+// `logic_error` and `runtime_error` each hold a message. The leaves pass their arguments on.
 #include <tova/exceptions/exceptions.hpp>
 
 namespace TOVA_2_18 {
@@ -5,9 +9,9 @@ namespace exceptions {
 
 namespace {
 
-// Contract: no bound is tested, see `exception::state`. What lies behind the terminator stays as it
-// was, so a record is written only as far as there is text in it.
-void copy_text(char* target, const char* source) {
+// Contract: no bounds check, see `exception::state`. Nothing is written past the terminator, so a
+// throw costs as many bytes as the location has and not the full 512.
+void copy_string(char* target, const char* source) {
     while (*source != '\0')
         *target++ = *source++;
     *target = '\0';
@@ -18,19 +22,21 @@ void copy_text(char* target, const char* source) {
 exception::state::state(unsigned int raise_line, const char* raise_file, const char* raise_function)
     : line(raise_line) {
     if (raise_file != nullptr)
-        copy_text(file, raise_file);
+        copy_string(file, raise_file);
     if (raise_function != nullptr)
-        copy_text(function, raise_function);
+        copy_string(function, raise_function);
 }
 
-// Contract: an empty source field isn't touched at all, unlike an empty text above, which is
-// written as a terminator.
+// Contract: a field that is empty in the source stays uninitialized here, although the constructor
+// above writes the terminator of an empty string.
 exception::state::state(const state& source) : line(source.line) {
     if (source.file[0] != '\0')
-        copy_text(file, source.file);
+        copy_string(file, source.file);
     if (source.function[0] != '\0')
-        copy_text(function, source.function);
+        copy_string(function, source.function);
 }
+
+// --- The root ------------------------------------------------------------------------------------
 
 exception::exception(unsigned int line, const char* file, const char* function)
     : m_state(line, file, function) {}
@@ -40,6 +46,9 @@ exception::exception(const exception::state& where) : m_state(where) {}
 exception::exception(const exception& source) : m_state(source.m_state) {}
 
 exception::~exception() TOVA_NOTHROW {}
+
+// --- logic_error and its leaves
+// -------------------------------------------------------------------
 
 logic_error::logic_error(const std::string& message, unsigned int line, const char* file,
                          const char* function)
@@ -92,6 +101,11 @@ invalid_argument_value::invalid_argument_value(const invalid_argument_value& sou
 
 invalid_argument_value::~invalid_argument_value() TOVA_NOTHROW {}
 
+// --- runtime_error and its leaves
+// ------------------------------------------------------------------
+
+// Contract: a twin of `logic_error` with a message of its own. The two share no base below the
+// root, so a handler for one never catches the other.
 runtime_error::runtime_error(const std::string& message, unsigned int line, const char* file,
                              const char* function)
     : exception(line, file, function), m_message(message) {}

@@ -1,11 +1,11 @@
 #include <tova/system/files.hpp>
 
-#include <algorithm>
-#include <fstream>
-
 #include <tova/strings/unicode.hpp>
 
 #include "system/file_status.hpp"
+
+#include <algorithm>
+#include <fstream>
 
 namespace TOVA_2_18 {
 namespace system {
@@ -19,7 +19,7 @@ namespace {
 const int success = 0;
 const int failure = 1;
 
-const mode_t owner_may_read = 0x100;
+const mode_t owner_may_read = 0x100;  // Contract: the owner's bit, whoever the caller is
 
 int load(const ustring8& path, std::string& content) {
     if (detail::is_symbolic_link(path))
@@ -28,11 +28,15 @@ int load(const ustring8& path, std::string& content) {
     if (!file.is_open())
         return failure;
 
+    // Contract: the size passes through a 32-bit `int`. A position of -1, which is what an
+    // unseekable file reports, or a size from 2 GiB on becomes a huge length that the string
+    // refuses.
     file.seekg(0, std::ios::end);
     const std::streamoff end = file.tellg();
     content.assign(static_cast<std::string::size_type>(static_cast<int>(end)), '\0');
     file.seekg(0, std::ios::beg);
-    // The content is shorter than the file only from 4 GiB on, where a file is out of range anyway.
+    // The content is shorter than the file from 4 GiB on only, where a file is out of range anyway;
+    // the read must not go past it.
     file.read(&content[0], std::min(end, static_cast<std::streamoff>(content.size())));
     file.close();
     return success;
@@ -66,7 +70,7 @@ int store_file(const ustring8& path, const ustring8& content) {
     std::ofstream file(path.c_str(), std::ios::binary);
     if (!file.is_open())
         return failure;
-    // Contract: the size passes through 32 bits, so a content of 2 GiB or more isn't written.
+    // Contract: the size passes through 32 bits, so content of 2 GiB or more isn't written.
     file.write(content.data(), static_cast<int>(content.size()));
     file.close();
     return success;

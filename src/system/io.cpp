@@ -1,13 +1,13 @@
 #include <tova/system/io.hpp>
 
-#include <cstdio>
+#include <tova/strings/unicode.hpp>
+
+#include "system/file_status.hpp"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <tova/strings/unicode.hpp>
-
-#include "system/file_status.hpp"
+#include <cstdio>
 
 namespace TOVA_2_18 {
 namespace system {
@@ -19,12 +19,12 @@ using strings::ustring8;
 
 namespace {
 
-// Contract: these are single bits of the file type and no whole types, so that more than one kind
-// of file has each.
+// Contract: these are single bits of the file type and not whole types, so more than one kind of
+// file has each: a socket (0xC000) has both, a block device (0x6000) has the second.
 const mode_t file_bit = 0x8000;
 const mode_t directory_bit = 0x4000;
 
-// Operations here report nothing, whatever the system says.
+// Contract: the operations report nothing, whatever the system says.
 void ignore(int) {}
 
 }  // namespace
@@ -92,8 +92,8 @@ void move(const ustring32& target, const ustring32& source) {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winfinite-recursion"
 
-// Contract: the call is to this operation itself and ends with the stack. The copies live across
-// the call, which keeps a compiler from turning it into a loop.
+// Contract: the operation calls itself, until the stack is exhausted. The copies live across the
+// call, which keeps a compiler from turning the recursion into a loop.
 void mkdir(const ustring8& path) {
     const ustring8 copy(path);  // NOLINT(performance-unnecessary-copy-initialization)
     mkdir(ustring8(copy.c_str()));

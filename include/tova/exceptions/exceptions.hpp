@@ -1,8 +1,22 @@
-/// The exceptions of the library.
+/// @file
+/// The exceptions that the library raises.
 ///
-/// They form a tree of their own: a handler for `std::exception` catches none of them. Each carries
-/// a message, read through `get_message()`, and the place where it was raised, which travels
-/// inside.
+/// They form a tree of their own, and none of them is a `std::exception`: a handler for
+/// `std::exception` catches none of them, and there is no `what()`. Catch `exceptions::exception`,
+/// or a class below it, and read `get_message()`:
+///
+///     try {
+///         due.day(32);
+///     } catch (const tova::exceptions::exception& error) {
+///         std::cerr << error.get_message() << '\n';  // day value out of valid range
+///     }
+///
+/// Some operations raise classes of the standard library instead (`std::out_of_range`,
+/// `std::bad_alloc`); their comments name them in full. A program that wants to catch everything
+/// needs a handler for each of the two roots.
+///
+/// Threads: an exception owns its message and its location, and a copy shares nothing with its
+/// source. Any number of threads may raise and catch exceptions at once.
 #pragma once
 
 #include <string>
@@ -12,22 +26,25 @@
 namespace TOVA_2_18 {
 namespace exceptions {
 
-/// The root of all exceptions of the library.
+/// The root of the tree: a message, and the source location of the raise.
+///
+/// The location travels with the exception for debuggers and has no accessor; handlers see the
+/// message alone.
 class TOVA_API exception {
 public:
-    /// Where an exception was raised.
+    /// The source location of a raise.
     ///
-    /// Contract: the texts are copied without a bound, up to their terminator. They are literals of
-    /// the source with at most 255 characters, and it is for the caller to see to that.
+    /// Contract: strings are copied up to their terminator without a bounds check. Pass literals
+    /// of at most 255 characters; a longer string overruns its array.
     struct TOVA_API state {
         unsigned int line;
         char file[256];
         char function[256];
 
-        /// A place; a null text leaves its field as the memory was.
+        /// Records a source location. A null argument leaves that array uninitialized.
         state(unsigned int line, const char* file, const char* function);
 
-        /// A copy; an empty text leaves its field as the memory was.
+        /// Copies a source location. An empty string leaves that array uninitialized.
         state(const state& source);
     };
 
@@ -36,46 +53,46 @@ public:
     exception(const exception& source);
     virtual ~exception() TOVA_NOTHROW;
 
-    /// The message, without the place. Valid as long as the exception object.
+    /// The message alone, without the location. The pointer is valid as long as the exception.
     virtual const char* get_message() const = 0;
 
 private:
     state m_state;
 };
 
-/// A fault in the use of an operation, which the caller could have avoided.
+/// An error in the use of an operation, which the caller could have avoided.
 class TOVA_API logic_error : public exception {
 public:
     logic_error(const std::string& message, unsigned int line, const char* file,
                 const char* function);
     logic_error(const std::string& message, const exceptions::exception::state& where);
     logic_error(const logic_error& source);
-    virtual ~logic_error() TOVA_NOTHROW;
+    ~logic_error() TOVA_NOTHROW override;
 
-    virtual const char* get_message() const;
+    const char* get_message() const override;
 
 private:
     std::string m_message;
 };
 
-/// A value lies outside of its valid range.
+/// A value is outside its valid range.
 class TOVA_API out_of_range : public logic_error {
 public:
     out_of_range(const std::string& message, unsigned int line, const char* file,
                  const char* function);
     out_of_range(const std::string& message, const exceptions::exception::state& where);
     out_of_range(const out_of_range& source);
-    virtual ~out_of_range() TOVA_NOTHROW;
+    ~out_of_range() TOVA_NOTHROW override;
 };
 
-/// A text or container has a length that is not allowed.
+/// A string or container has a length that is not allowed.
 class TOVA_API length_error : public logic_error {
 public:
     length_error(const std::string& message, unsigned int line, const char* file,
                  const char* function);
     length_error(const std::string& message, const exceptions::exception::state& where);
     length_error(const length_error& source);
-    virtual ~length_error() TOVA_NOTHROW;
+    ~length_error() TOVA_NOTHROW override;
 };
 
 /// An argument has a value that no operation accepts.
@@ -85,62 +102,62 @@ public:
                            const char* function);
     invalid_argument_value(const std::string& message, const exceptions::exception::state& where);
     invalid_argument_value(const invalid_argument_value& source);
-    virtual ~invalid_argument_value() TOVA_NOTHROW;
+    ~invalid_argument_value() TOVA_NOTHROW override;
 };
 
-/// A fault that shows only while the operation runs.
+/// An error that only shows while the operation runs.
 class TOVA_API runtime_error : public exception {
 public:
     runtime_error(const std::string& message, unsigned int line, const char* file,
                   const char* function);
     runtime_error(const std::string& message, const exceptions::exception::state& where);
     runtime_error(const runtime_error& source);
-    virtual ~runtime_error() TOVA_NOTHROW;
+    ~runtime_error() TOVA_NOTHROW override;
 
-    virtual const char* get_message() const;
+    const char* get_message() const override;
 
 private:
     std::string m_message;
 };
 
-/// Something is taken from where nothing is left.
+/// Something is taken from a container that is empty.
 class TOVA_API empty_error : public runtime_error {
 public:
     empty_error(const std::string& message, unsigned int line, const char* file,
                 const char* function);
     empty_error(const std::string& message, const exceptions::exception::state& where);
     empty_error(const empty_error& source);
-    virtual ~empty_error() TOVA_NOTHROW;
+    ~empty_error() TOVA_NOTHROW override;
 };
 
-/// Something is put where no room is left.
+/// Something is put into a container that is full.
 class TOVA_API full_error : public runtime_error {
 public:
     full_error(const std::string& message, unsigned int line, const char* file,
                const char* function);
     full_error(const std::string& message, const exceptions::exception::state& where);
     full_error(const full_error& source);
-    virtual ~full_error() TOVA_NOTHROW;
+    ~full_error() TOVA_NOTHROW override;
 };
 
-/// A result is above what its type can hold.
+/// A result is larger than its type can hold.
 class TOVA_API overflow_error : public runtime_error {
 public:
     overflow_error(const std::string& message, unsigned int line, const char* file,
                    const char* function);
     overflow_error(const std::string& message, const exceptions::exception::state& where);
     overflow_error(const overflow_error& source);
-    virtual ~overflow_error() TOVA_NOTHROW;
+    ~overflow_error() TOVA_NOTHROW override;
 };
 
-/// A result is below what its type can hold.
+/// A result is smaller than its type can hold.
 class TOVA_API underflow_error : public runtime_error {
 public:
     underflow_error(const std::string& message, unsigned int line, const char* file,
                     const char* function);
     underflow_error(const std::string& message, const exceptions::exception::state& where);
     underflow_error(const underflow_error& source);
-    virtual ~underflow_error() TOVA_NOTHROW;
+    ~underflow_error() TOVA_NOTHROW override;
 };
 
 }  // namespace exceptions

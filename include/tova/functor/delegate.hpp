@@ -1,16 +1,31 @@
-/// An owning callable that may be empty.
+/// @file
+/// Delegates: small callables that own what they call, and may be empty.
+///
+///     struct counter {
+///         void add(const tova::strings::ustring8& name) { names += name; }
+///         tova::strings::ustring8 names;
+///     };
+///     typedef void signature(const tova::strings::ustring8&);
+///
+///     counter target;  // not kept alive by the delegate
+///     tova::functor::delegate_t<signature> on_name(
+///         tova::functor::member_function_t<counter, signature>(&target, &counter::add));
+///     on_name.invoke("a");
+///
+/// Threads: a delegate belongs to one thread at a time. Copies share nothing, so each thread may
+/// have its own; what a bound member function refers to is shared by all of them.
 #pragma once
-
-#include <utility>
 
 #include <tova/abi.hpp>
 #include <tova/functor/function_type_interface.hpp>
 #include <tova/generic/abilities.hpp>
 
+#include <utility>
+
 namespace TOVA_2_18 {
 
 namespace strings {
-// Visible like its definition, where an attribute on a second declaration would warn.
+// Visible like its definition; an attribute on a second declaration would draw a warning there.
 #pragma GCC visibility push(default)
 class ustring8;
 #pragma GCC visibility pop
@@ -20,7 +35,7 @@ namespace functor {
 
 namespace _private {
 
-// A clone of a function object, through the base that promises one.
+// A clone of a function object, reached through the base that promises one.
 template <typename Function>
 Function* clone(const generic::abilities::clone_ability& source) {
     return dynamic_cast<const Function&>(source).do_clone();
@@ -31,8 +46,8 @@ Function* clone_held(const Function* source) {
     return source != nullptr ? clone<Function>(*source) : nullptr;
 }
 
-// The store is volatile, as a compiler may otherwise drop it in front of the end of a delegate's
-// life: a call that comes after the destructor of a static delegate has to find it empty.
+// The store is volatile because a compiler may otherwise drop it before the end of a delegate's
+// lifetime: a call that comes after the destructor of a static delegate has to find it empty.
 template <typename Function>
 void clear(Function*& function) TOVA_NOTHROW {
     delete function;
@@ -42,30 +57,29 @@ void clear(Function*& function) TOVA_NOTHROW {
 }  // namespace _private
 
 template <typename Signature>
-class TOVA_API delegate_t;  // clang takes the mark of the first declaration
+class TOVA_API delegate_t;  // clang takes the visibility of the first declaration
 
 /// Owns a clone of a function object of the signature, or nothing.
 ///
-/// Calling an empty delegate does nothing. Two delegates never share a function object. One pointer
-/// wide; a delegate belongs to one thread at a time. What a bound member function refers to isn't
-/// kept alive.
+/// Calling an empty delegate does nothing. Two delegates never share a function object. A delegate
+/// is one pointer wide, and doesn't keep alive what a bound member function refers to.
 template <typename Result, typename... Arguments>
 class TOVA_API delegate_t<Result(Arguments...)> {
 public:
     typedef function_type_interface<Result(Arguments...)> function_type;
 
-    /// Empty. Needs no code at load, so a delegate at namespace scope is empty from the start.
+    /// Empty. Runs no code at load, so a delegate at namespace scope is empty from the start.
     constexpr delegate_t() : m_function(nullptr) {}
 
-    /// Takes a clone of the function object.
+    /// Owns a clone of the function object. Raises what its `do_clone` raises.
     delegate_t(const function_type& function)
         : m_function(_private::clone<function_type>(function)) {}
     delegate_t(const delegate_t& source) : m_function(_private::clone_held(source.m_function)) {}
 
-    /// Deletes the held function object, is empty then, and takes a clone of the other.
+    /// Deletes the held function object, then takes a clone of the other.
     ///
-    /// Contract: the source is read last. A delegate that is assigned to itself is empty behind it,
-    /// and a throwing clone leaves it empty.
+    /// Contract: the source is read last. A delegate that is assigned to itself is empty
+    /// afterwards, and so is one whose new function object fails to clone.
     delegate_t& operator=(const function_type& function) {
         _private::clear(m_function);
         m_function = _private::clone<function_type>(function);
@@ -79,7 +93,7 @@ public:
 
     ~delegate_t() TOVA_NOTHROW { _private::clear(m_function); }
 
-    /// Calls the function object. If there is none, answers with `Result()`.
+    /// Calls the function object. Returns `Result()` if there is none.
     Result invoke(Arguments... arguments) {
         if (m_function == nullptr)
             return Result();
@@ -93,7 +107,7 @@ private:
     function_type* m_function;
 };
 
-// The signatures that the library uses itself are instantiated in it.
+// The library instantiates the signatures that it uses itself.
 extern template class function_type_interface<void(const strings::ustring8&)>;
 extern template class function_type_interface<void(const strings::ustring8&,
                                                    const strings::ustring8&)>;

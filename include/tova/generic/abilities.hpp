@@ -1,4 +1,20 @@
+/// @file
 /// Base classes by which a class declares what can be done with its objects.
+///
+/// A counted class, and a factory for it:
+///
+///     class item : public tova::generic::abilities::reference_count_pointer_ability<item> {
+///     public:
+///         virtual ~item() {}
+///         item* clone() const {
+///             item* const made = new item(*this);
+///             made->allocated = true;  // so that the last holder deletes it
+///             return made;
+///         }
+///     };
+///     tova::memory::pointers::rc_pointer<item> copy(item().clone());
+///
+/// Threads: count and mark are plain fields, so an object belongs to one thread at a time.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -7,10 +23,10 @@ namespace TOVA_2_18 {
 namespace generic {
 namespace abilities {
 
-/// The heap mark: whether the object was made on the heap by a factory (`clone`, `create`).
+/// The heap mark: whether a factory (`clone`, `create`) made the object on the heap.
 ///
-/// A factory sets `allocated` after `new`; a holder deletes marked objects alone. A copy is a new
-/// object without the mark, and assignment leaves the mark of either side as it is.
+/// A factory sets `allocated` after `new`, and holders delete only objects that have the mark. A
+/// copy is a new object without the mark; assignment leaves the marks of both sides alone.
 class TOVA_API alloc_detection_ability {
 public:
     bool allocated;
@@ -21,10 +37,9 @@ public:
     ~alloc_detection_ability() TOVA_NOTHROW;
 };
 
-/// The use count: the number of pointers of `memory::pointers` that hold the object.
+/// The reference count: the number of pointers of `memory::pointers` that hold the object.
 ///
-/// A plain number: an object and its holders belong to one thread at a time. A copy is a new object
-/// that nobody holds, and assignment leaves the count of either side as it is.
+/// A copy is a new object that nobody holds; assignment leaves the counts of both sides alone.
 class TOVA_API reference_count_pointer_ability_b : public alloc_detection_ability {
 public:
     unsigned int count;
@@ -35,7 +50,7 @@ public:
     ~reference_count_pointer_ability_b() TOVA_NOTHROW;
 };
 
-/// What a counted class `T` inherits, so that `rc_pointer<T>` or `shared_pointer<T>` can hold it.
+/// The base of a counted class `T`, so that `rc_pointer<T>` or `shared_pointer<T>` can hold it.
 template <typename T>
 class TOVA_API reference_count_pointer_ability : public reference_count_pointer_ability_b {
 public:
@@ -51,8 +66,8 @@ public:
 /// Marks a class that offers `clone() const`: a copy on the heap with `allocated` set and `count`
 /// 0.
 ///
-/// The operation itself stands in the class, with its own result type; through this base a helper
-/// reaches the class by a checked downcast.
+/// The class declares the operation itself, with a result type of its own. Code that only knows
+/// this base reaches the class by a checked downcast.
 class TOVA_API clone_ability {
 public:
     virtual ~clone_ability() TOVA_NOTHROW;

@@ -1,19 +1,28 @@
+/// @file
+/// A value with an optional name, as argument lists hold it.
+///
+///     const tova::generic::argument named("count", 3);
+///     const tova::generic::argument unnamed = "text";  // anything a variant is made from
+///     const int count = named.value().as_int();
+///
+/// Threads: copies share the body of the value, and its count is a plain number. An argument and
+/// all of its copies belong to one thread at a time.
 #pragma once
-
-#include <string>
 
 #include <tova/abi.hpp>
 #include <tova/strings/ustring.hpp>
 #include <tova/types/nil.hpp>
 #include <tova/types/variant.hpp>
 
+#include <string>
+
 namespace TOVA_2_18 {
 namespace generic {
 
-/// A value with an optional name, as argument lists hold it. An empty name means unnamed.
+/// A value with an optional name. An empty name means unnamed.
 ///
-/// Copies share the value's body, as copies of a `types::variant` do, under the same rule for
-/// threads. Operations raise what an allocation raises.
+/// Copies share the body of the value, as copies of a `types::variant` do. Raises only what an
+/// allocation raises.
 class TOVA_API argument {
 public:
     /// Unnamed, with a nil value.
@@ -25,7 +34,7 @@ public:
     /// Unnamed, with that value.
     argument(const types::variant& value);
 
-    /// Unnamed, with any value that a `types::variant` is made from.
+    /// Unnamed, with anything that a `types::variant` can be made from.
     template <typename T>
     argument(const T& value) : m_name(), m_value(value) {}
 
@@ -38,18 +47,18 @@ public:
 
     bool has_name() const;
 
-    /// Whether the argument is unnamed and its value is nil. A name alone makes it something.
+    /// Whether the argument is unnamed and its value is nil. A named nil is not nil.
     bool equal(const types::nil_t& nil_tag) const;
     bool operator==(const types::nil_t& nil_tag) const;
     bool operator!=(const types::nil_t& nil_tag) const;
 
     argument& assign(const strings::ustring8& name, const types::variant& value);
 
-    /// Replaces the value alone; the name stays.
+    /// Replaces the value; the name stays.
     argument& assign(const types::variant& value);
     argument& operator=(const types::variant& value);
 
-    /// Replaces name and value.
+    /// Replaces the name and the value.
     argument& assign(const argument& other);
     argument& operator=(const argument& other);
 

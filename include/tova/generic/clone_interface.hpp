@@ -1,4 +1,12 @@
-/// A ready-made base for classes that are cloned through one common slot.
+/// @file
+/// A ready-made base for classes that are cloned through one common virtual operation.
+///
+///     struct shape : tova::generic::clone_interface {
+///         shape* clone() const override { return new shape(*this); }
+///     };
+///     const std::unique_ptr<tova::generic::clone_interface> copy(shape().clone());
+///
+/// No class of the library derives from it. Threads: the base holds nothing.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -7,7 +15,7 @@
 namespace TOVA_2_18 {
 namespace generic {
 
-/// Objects that can be cloned without knowing their class.
+/// An object that can be cloned by code that doesn't know its class.
 class TOVA_API clone_interface : public abilities::clone_ability {
 public:
     clone_interface();

@@ -1,4 +1,17 @@
-/// Holders of objects that carry their own use count and heap mark.
+/// @file
+/// Holders of objects that carry their own reference count and heap mark.
+///
+/// A holder is one pointer wide: the count is a field of the object, so there is no control block
+/// and no second allocation. What the factories of the library return (`clone`, `create`) goes
+/// straight into one:
+///
+///     using tova::serialization::serialize_buffer;
+///     const tova::serialization::serialize_text_buf source("5\001");
+///     const tova::memory::pointers::rc_pointer<serialize_buffer> copy(source.clone());
+///     const int number = copy->read_int32();  // the copy is deleted with its last holder
+///
+/// Threads: counts are plain numbers. An object and all of its holders belong to one thread at a
+/// time; threads that share an object guard it, copies of its holders included.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -10,7 +23,8 @@ namespace pointers {
 
 namespace _private {
 
-// The count is reached through its own class: `T` may have an operation called `count`.
+// The rules of both holders. The count is reached through its own class, since `T` may have an
+// operation called `count`.
 typedef generic::abilities::reference_count_pointer_ability_b counted;
 
 template <typename T>
@@ -19,15 +33,15 @@ void hold(T* object) {
         ++static_cast<counted*>(object)->count;
 }
 
-// Stays a call of its own: inlined next to an automatic object, the delete that is never reached
-// for it draws a warning from compilers.
+// Never inlined: next to an automatic object, the delete that is never reached for it would draw a
+// warning from compilers.
 template <typename T>
 __attribute__((noinline)) void destroy(T* object) TOVA_NOTHROW {
     delete object;
 }
 
 // Contract: an object without the heap mark is never deleted here. An automatic object or a member
-// may be held for a while and outlives its holders.
+// may be given to a holder and outlives it.
 template <typename T>
 void release(T* object) TOVA_NOTHROW {
     if (object == nullptr)
@@ -38,15 +52,15 @@ void release(T* object) TOVA_NOTHROW {
         destroy(object);
 }
 
-// A holder that is destroyed reads as null from then on. The store is volatile, as a compiler may
-// otherwise drop it with the end of the holder's life.
+// A destroyed holder reads as null. The store is volatile because a compiler may otherwise drop it:
+// the lifetime of the holder ends right after it.
 template <typename T>
 void forget(T*& pointer) TOVA_NOTHROW {
     *const_cast<T* volatile*>(&pointer) = nullptr;
 }
 
 // Contract: the old object is released before the new one is counted. If the old object owns the
-// only reference to the new one, the caller keeps a holder of its own for the time.
+// only reference to the new one, the caller keeps another holder of it during the assignment.
 template <typename T>
 void assign(T*& pointer, T* object) {
     if (object == pointer)
@@ -61,10 +75,9 @@ void assign(T*& pointer, T* object) {
 /// Holds an object of a class with a virtual destructor that derives from
 /// `generic::abilities::reference_count_pointer_ability<T>`, or nothing.
 ///
-/// Each holder counts for one in the object. The last one to go deletes the object if its heap mark
-/// is set. One pointer wide; the count is a plain number, so an object and all its holders belong
-/// to one thread at a time. Of an explicit instantiation all operations are exported by the library
-/// that owns `T`.
+/// Each holder adds one to the count of the object. The last holder to let go deletes the object if
+/// its heap mark is set, and leaves it alone otherwise. No operation fails. The library that owns
+/// `T` instantiates the class explicitly and exports all of its operations.
 template <typename T>
 class TOVA_API rc_pointer {
 public:
@@ -75,7 +88,7 @@ public:
     rc_pointer(T* object) : m_object(object) { _private::hold(m_object); }
     rc_pointer(const rc_pointer& source) : m_object(source.m_object) { _private::hold(m_object); }
 
-    /// Lets go of the held object and then holds the other; the same object again is no change.
+    /// Lets go of the held object, then holds the other. Nothing changes if it is the same object.
     rc_pointer& operator=(const rc_pointer& source) {
         _private::assign(m_object, source.m_object);
         return *this;
@@ -94,7 +107,7 @@ public:
     T* operator->() const { return m_object; }
     T& operator*() const { return *m_object; }
 
-    /// The object or null. The result doesn't count as a holder.
+    /// The object, or null. The raw pointer doesn't count as a holder.
     T* get() const { return m_object; }
 
     /// Whether an object is held.
@@ -104,24 +117,23 @@ private:
     T* m_object;
 };
 
+// A second class, and no common base or alias: modules link against the operations of each class by
+// name. So each declares all of them, and what they do is written once, above.
+
 /// Holds an object of a class without virtual operations that derives from
 /// `generic::abilities::reference_count_pointer_ability<T>`, or nothing.
 ///
-/// The rules are those of `rc_pointer`; the last holder deletes a marked object as a plain `T`, so
-/// the object must not be of a derived class.
+/// The operations and rules are those of `rc_pointer`. The last holder deletes a marked object as a
+/// plain `T`, so the object must not be of a derived class.
 template <typename T>
 class TOVA_API shared_pointer {
 public:
-    /// Holds nothing.
     shared_pointer() : m_object(nullptr) {}
-
-    /// Holds `object`, which may be null.
     shared_pointer(T* object) : m_object(object) { _private::hold(m_object); }
     shared_pointer(const shared_pointer& source) : m_object(source.m_object) {
         _private::hold(m_object);
     }
 
-    /// Lets go of the held object and then holds the other; the same object again is no change.
     shared_pointer& operator=(const shared_pointer& source) {
         _private::assign(m_object, source.m_object);
         return *this;
@@ -136,14 +148,9 @@ public:
         _private::forget(m_object);
     }
 
-    /// The object. There is no null test: an empty holder must not be dereferenced.
     T* operator->() const { return m_object; }
     T& operator*() const { return *m_object; }
-
-    /// The object or null. The result doesn't count as a holder.
     T* get() const { return m_object; }
-
-    /// Whether an object is held.
     explicit operator bool() const { return m_object != nullptr; }
 
 private:

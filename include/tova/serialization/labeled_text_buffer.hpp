@@ -1,75 +1,89 @@
+/// @file
+/// A labeled tree whose encoded form is text.
+///
+///     tova::serialization::labeled_text_buffer defaults;
+///     defaults.create_group("pen")->add_value("width", 0.35);
+///     tova::serialization::labeled_text_buffer mine;
+///     mine.create_group("pen")->add_value("ink", "red");
+///
+///     tova::serialization::labeled_text_buffer all(defaults);
+///     all.overlay(mine);  // the group pen has both values
+///     const std::string text = all.as_str();
+///
+/// Threads: a tree, its groups and the values taken from it belong to one thread at a time, even
+/// for reading: `as_str` and `has_group` are const and encode the tree into a member.
 #pragma once
-
-#include <map>
-#include <string>
-#include <utility>
 
 #include <tova/abi.hpp>
 #include <tova/serialization/labeled_serialize_buffer.hpp>
 #include <tova/serialization/serialize_text_buf.hpp>
 #include <tova/types/variant.hpp>
 
+#include <map>
+#include <string>
+#include <utility>
+
 namespace TOVA_2_18 {
 namespace serialization {
 
-/// A labelled tree whose encoded form is text: strings of `serialize_text_buf`, in pairs of label
-/// and payload.
+/// A labeled tree that is encoded as the strings of a `serialize_text_buf`, in pairs of label and
+/// payload.
 ///
-/// Labels are ordered by their bytes. A label whose last byte is a space introduces a group in the
-/// text, so labels are stored without blanks (space, line feed, carriage return, tab) around them.
-/// In the text all values are strings: a number that was written comes back as a `std::string`
-/// variant. docs/serialization.md shows the bytes.
+/// Labels are ordered by their bytes. In the encoded form a space at the end of a label introduces
+/// a group; labels are therefore stored without surrounding whitespace (space, line feed, carriage
+/// return, tab). All values are encoded as strings: a number that was written comes back as a
+/// `std::string` variant. docs/serialization.md shows the bytes.
 ///
-/// Groups are held by value and may be nested to any depth. A copy is a deep copy of the tree in
-/// which the bodies of the values are shared.
+/// Groups are held by value and may be nested to any depth. A copy is a deep copy of the tree that
+/// shares the bodies of the values.
 class TOVA_API labeled_text_buffer : public labeled_serialize_buffer {
 public:
-    /// Empty.
-    labeled_text_buffer();
+    labeled_text_buffer();  ///< Empty.
 
-    /// A deep copy. It starts with `count` 0 and without the heap mark.
+    /// A deep copy, with `count` 0 and without the heap mark.
     labeled_text_buffer(const labeled_text_buffer& other);
 
     /// The tree that `assign(text)` reads.
     labeled_text_buffer(const std::string& text);
 
-    virtual ~labeled_text_buffer() TOVA_NOTHROW;
+    ~labeled_text_buffer() TOVA_NOTHROW override;
 
-    /// As `assign(other)`.
+    /// The same as `assign(other)`.
     labeled_text_buffer& operator=(const labeled_text_buffer& other);
 
-    /// Reads the encoded form of the other buffer, so that all its values arrive as strings. A
-    /// buffer assigned to itself through this form is read anew, too.
+    /// Reads the encoded form of the other buffer, so all values arrive as strings. A buffer that
+    /// is assigned to itself through this overload is encoded and read again, too.
     labeled_serialize_buffer& assign(const labeled_serialize_buffer& other) override;
 
-    /// Replaces the tree by the encoded one. Reading stops at an empty label.
+    /// Replaces the tree with an encoded one. Reading stops at an empty label, and what follows it
+    /// is lost.
     ///
-    /// Bad text gives what the strings in it make. Raises `std::out_of_range` for a length item
-    /// that isn't closed and for a length that reaches behind the end in front of another item.
+    /// Invalid text yields whatever strings can be read from it. Raises `std::out_of_range` for a
+    /// length item without its separator, and when another item is read after a length that goes
+    /// past the end.
     ///
-    /// Contract: a text that ends behind a label, with the payload missing, is read over and over
-    /// and the call never returns. Text that `as_str` wrote always holds whole pairs.
+    /// Contract: a text that ends after a label, without the payload, is read over and over, and
+    /// the call never returns. Text written by `as_str` always consists of whole pairs.
     labeled_serialize_buffer& assign(const std::string& text) override;
 
-    /// As `assign(std::string(text, length))`. Raises `std::logic_error` for a null pointer with a
-    /// length other than 0, and `std::length_error` for a negative length.
+    /// The same as `assign(std::string(text, length))`. Raises `std::logic_error` for a null
+    /// pointer with a length other than 0, and `std::length_error` for a negative length.
     labeled_serialize_buffer& assign(const char* text, int length) override;
 
-    /// The encoded tree, built anew at each call. The result is valid until the next call on the
-    /// same buffer or on one that holds it.
+    /// The encoded tree, built again by each call. The result is valid until the next call on this
+    /// buffer or on one that it is a group of.
     const std::string& as_str() const override;
 
-    /// Trims the label and sets its value; a group under the label stays. Returns true if the label
-    /// had a value that wasn't nil.
+    /// Trims the label and sets its value; a group under the label stays. Returns true if the value
+    /// before was not nil.
     bool add_value(const std::string& label, const types::variant& value) override;
 
-    /// Trims the label and gives it an empty group, in place of the one it may have had; a value
-    /// under the label stays. The result is valid as long as the label's entry.
+    /// Trims the label and gives it an empty group; a group it already had is emptied, and a value
+    /// under the label stays. The result is valid as long as the label is in the tree.
     labeled_serialize_buffer* create_group(const std::string& label) override;
 
-    /// Lookups take the label as it stands, untrimmed. Every label has a group that
-    /// `retrieve_group` finds; `has_group` asks whether there is anything in it, at the price of
-    /// encoding it.
+    /// Lookups don't trim the label. `has_group` returns whether the label has a group that is not
+    /// empty; it encodes the group to find out.
     bool has_label(const std::string& label) const override;
     bool has_value(const std::string& label) const override;
     bool has_group(const std::string& label) const override;
@@ -77,6 +91,8 @@ public:
     /// Whether there are no labels.
     bool is_empty() const override;
 
+    /// Contract: every label in the tree has a group, which is empty for a label with only a value.
+    /// `retrieve_group` returns null for an unknown label alone.
     types::variant retrieve_value(const std::string& label) const override;
     const labeled_serialize_buffer* retrieve_group(const std::string& label) const override;
     labeled_serialize_buffer* retrieve_group(const std::string& label) override;
@@ -84,20 +100,20 @@ public:
     labeled_serialize_buffer* create() const override;
     labeled_serialize_buffer* clone() const override;
 
-    /// Takes over a deep copy of the other tree. Values keep their types; a buffer assigned to
-    /// itself stays as it is.
+    /// Replaces the tree with a deep copy of the other one. Values keep their types. A buffer that
+    /// is assigned to itself stays as it is.
     virtual labeled_text_buffer& assign(const labeled_text_buffer& other);
 
-    /// Merges the other tree into this one, which loses no label.
+    /// Merges the other tree into this one. No label is removed.
     ///
-    /// A label that is missing here is copied. Otherwise a label of `other` without a group sets
-    /// the value here, even to nil; one with a group sets the value only if it has one, and its
-    /// group is merged into the group here.
+    /// An entry whose label is missing here is copied. Otherwise an entry of `other` with an empty
+    /// group replaces the value here, even by nil; an entry with a group replaces the value only if
+    /// its own is not nil, and its group is merged into the group here.
     void overlay(const labeled_text_buffer& other);
 
 private:
     typedef std::map<std::string, std::pair<labeled_text_buffer, types::variant>> entry_map;
-    // The walks over the tree, which is deeper than any stack.
+    // The walks over the tree. They are loops: a tree may be deeper than any stack.
     struct __attribute__((visibility("hidden"))) tree;
 
     entry_map m_entries;

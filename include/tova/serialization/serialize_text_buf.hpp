@@ -1,52 +1,48 @@
+/// @file
+/// The text encoding of `serialize_buffer`: readable, and the same on every host.
+///
+///     tova::serialization::serialize_text_buf buffer;
+///     buffer.append_int32(5);
+///     buffer.append_string("ab");
+///     // buffer.as_str() is "5\0012\001ab\001"
+///
+/// Threads: as for every `serialize_buffer`, one thread at a time, even for reading.
 #pragma once
-
-#include <cstddef>
-#include <string>
 
 #include <tova/abi.hpp>
 #include <tova/serialization/serialize_buffer.hpp>
 
+#include <cstddef>
+#include <string>
+
 namespace TOVA_2_18 {
 namespace serialization {
 
-/// The encoding as text: items that are each closed by the byte 0x01.
+/// A sequence of items, each of which ends with the byte 0x01.
 ///
-/// A number is its decimal digits, a string its length in bytes as a number item and then the bytes
-/// and a closing 0x01; a nested buffer is its content as a string. So strings may hold any byte.
-/// Integers never depend on a locale, floating values are written and read by standard streams
-/// under the global C++ locale. docs/serialization.md shows the bytes.
+/// A number is its decimal digits. A string is its length in bytes, as a number item, followed by
+/// the bytes and a closing 0x01, so it may hold any byte. A nested buffer is its content as a
+/// string. Integers don't depend on any locale; floating-point values are written and read by
+/// standard streams under the global C++ locale. docs/serialization.md shows the bytes.
 ///
-/// Bad content never raises by itself: an integer out of the range of its type saturates, and what
-/// is no number reads as 0, as does every number behind the end.
+/// Constructors, copies and `assign` are described in `serialize_buffer`. Invalid content never
+/// raises by itself: an integer out of the range of its type saturates, and a field that is not a
+/// number reads as 0, as does every number after the last item.
 class TOVA_API serialize_text_buf : public serialize_buffer {
 public:
-    /// Empty.
-    serialize_text_buf();
-
-    /// Encoded content, read from its start.
+    serialize_text_buf();  ///< Empty.
     serialize_text_buf(const std::string& text);
-
-    /// The content of any buffer, read from its start, or a copy with the read position.
-    ///
-    /// Contract: both take over `count` and `allocated` of the other buffer, unlike the copies of
-    /// other counted classes. A copy of a buffer that is held starts with that count.
     serialize_text_buf(const serialize_buffer& other);
     serialize_text_buf(const serialize_text_buf& other);
-
-    virtual ~serialize_text_buf() TOVA_NOTHROW;
-
-    /// Takes over content and read position; `count` and `allocated` stay.
+    ~serialize_text_buf() TOVA_NOTHROW override;
     serialize_text_buf& operator=(const serialize_text_buf& other);
 
-    /// Replaces the content and leaves the read position alone, so that a position behind the new
-    /// end makes the next read raise `std::out_of_range`; `reset_read` starts over. A buffer
-    /// assigned to itself stays as it is. Raises `std::logic_error` for a null pointer with a
-    /// length other than 0, and `std::length_error` for a negative length.
+    /// A read position past the end of the new content makes the next read raise
+    /// `std::out_of_range`.
     serialize_buffer& assign(const serialize_buffer& other) override;
     serialize_buffer& assign(const std::string& text) override;
     serialize_buffer& assign(const char* text, int length) override;
 
-    /// The buffer's own string: valid until the content changes.
     const std::string& as_str() const override;
 
     void append_int8(const signed char& value) override;
@@ -62,9 +58,9 @@ public:
     void append_string(const std::string& bytes) override;
     void append_buffer(const serialize_buffer& other) override;
 
-    /// The next item as a number: digits in decimal, or with a prefix as `str_to_int` takes it with
-    /// radix 0. Answers 0 for what is no number and behind the last item. Raises
-    /// `std::out_of_range` if the read position is behind the end of the content.
+    /// The next item as a number, parsed as `str_to_int32` does with radix 0: decimal digits, or
+    /// digits with a prefix. Returns 0 for a field that is not a number and after the last item.
+    /// Raises `std::out_of_range` if the read position is past the end of the content.
     signed char read_int8() const override;
     short read_int16() const override;
     int read_int32() const override;
@@ -76,13 +72,13 @@ public:
     float read_float() const override;
     double read_double() const override;
 
-    /// The next string or nested buffer: its length item, then as many bytes as the content has of
-    /// that length.
+    /// The next string or nested buffer: its length item, then that many bytes, or fewer if the
+    /// content ends before. `read_buffer` never returns null.
     ///
-    /// Contract: called when the last item has been read, both answer empty and begin again with
-    /// the first item. A reader that wants to stop asks `at_end` before each call. A length item
-    /// that isn't closed, or a read position behind the end, raises `std::out_of_range`; a negative
-    /// length moves backwards and gives the rest of the content. `read_buffer` is never null.
+    /// Contract: after the last item both return an empty result and start over, so that the next
+    /// read returns the first item again. Test `at_end` before each call. A length item without its
+    /// separator, or a read position past the end, raises `std::out_of_range`. A negative length
+    /// moves the position backwards and returns the rest of the content.
     std::string read_string() const override;
     serialize_buffer* read_buffer() const override;
 

@@ -1,7 +1,15 @@
-/// Single operations of the file system.
+/// @file
+/// Single operations on files and directories.
 ///
-/// A path of any width goes to the system as UTF-8; one with a bad sequence becomes the text "-1".
-/// Nothing here reports a failure. Tests follow links.
+///     using namespace tova;
+///     const strings::ustring8 old_name("state.new");
+///     if (system::io::is_file(old_name))
+///         system::io::move(strings::ustring8("state"), old_name);  // the target comes first
+///
+/// A path of any width goes to the system as UTF-8. A 16- or 32-bit path that is not valid becomes
+/// the name "-1". The tests follow links, and nothing here reports a failure.
+///
+/// Threads: nothing is shared and nothing is locked. Any number of threads may call these.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -11,40 +19,40 @@ namespace TOVA_2_18 {
 namespace system {
 namespace io {
 
-/// Whether the path leads to anything.
+/// Whether anything exists at the path.
 TOVA_API bool exists(const strings::ustring8& path);
 TOVA_API bool exists(const strings::ustring16& path);
 TOVA_API bool exists(const strings::ustring32& path);
 
-/// Whether the path leads to a file. Contract: one bit of the mode is tested, and a socket has it
+/// Whether the path names a file. Contract: a single bit of the mode is tested, and a socket has it
 /// as well.
 TOVA_API bool is_file(const strings::ustring8& path);
 TOVA_API bool is_file(const strings::ustring16& path);
 TOVA_API bool is_file(const strings::ustring32& path);
 
-/// Whether the path leads to a directory. Contract: one bit of the mode is tested, and block
+/// Whether the path names a directory. Contract: a single bit of the mode is tested, and block
 /// devices and sockets have it as well.
 TOVA_API bool is_directory(const strings::ustring8& path);
 TOVA_API bool is_directory(const strings::ustring16& path);
 TOVA_API bool is_directory(const strings::ustring32& path);
 
-/// Removes a file or a link, and a directory if it is empty.
+/// Removes a file, a link or an empty directory.
 TOVA_API void remove_file(const strings::ustring8& path);
 TOVA_API void remove_file(const strings::ustring16& path);
 TOVA_API void remove_file(const strings::ustring32& path);
 
-/// Removes an empty directory, and nothing else.
+/// Removes an empty directory and nothing else.
 TOVA_API void remove_dir(const strings::ustring8& path);
 TOVA_API void remove_dir(const strings::ustring16& path);
 TOVA_API void remove_dir(const strings::ustring32& path);
 
-/// Renames `source` to `target`, replacing a file of that name. The target stands first.
+/// Renames `source` to `target`, replacing a file of that name. The target comes first.
 TOVA_API void move(const strings::ustring8& target, const strings::ustring8& source);
 TOVA_API void move(const strings::ustring16& target, const strings::ustring16& source);
 TOVA_API void move(const strings::ustring32& target, const strings::ustring32& source);
 
-/// Contract: makes no directory and never returns; it calls itself until the stack is used up. The
-/// operation that makes directories is `create_directory`.
+/// Contract: creates no directory and never returns; it calls itself until the stack is exhausted.
+/// The operation that creates directories is `create_directory`.
 TOVA_API void mkdir(const strings::ustring8& path);
 TOVA_API void mkdir(const strings::ustring16& path);
 TOVA_API void mkdir(const strings::ustring32& path);

@@ -1,11 +1,18 @@
-/// The types of a function signature.
+/// @file
+/// The types of a function signature, at compile time.
+///
+///     typedef tova::traits::function_traits<bool(int, const char*)> traits;
+///     static_assert(std::is_same<traits::result_type, bool>::value, "");
+///     static_assert(traits::arity::value == 2, "");
+///
+/// Threads: there is nothing to share.
 #pragma once
+
+#include <tova/abi.hpp>
 
 #include <cstddef>
 #include <tuple>
 #include <type_traits>
-
-#include <tova/abi.hpp>
 
 namespace TOVA_2_18 {
 namespace traits {
@@ -19,7 +26,7 @@ class TOVA_API function_traits_helper<Result(Arguments...)> {
 public:
     typedef Result result_type;
 
-    /// The argument types in order, references kept.
+    /// The argument types in order, with their references.
     typedef std::tuple<Arguments...> argument_types;
 
     /// The number of arguments.
@@ -28,7 +35,7 @@ public:
 
 }  // namespace _private
 
-/// The types of the signature, such as `void (int)`, at compile time. Its objects are empty.
+/// The types of a signature such as `void (int)`. Objects of the class are empty.
 template <typename Signature>
 class TOVA_API function_traits : public _private::function_traits_helper<Signature> {};
 

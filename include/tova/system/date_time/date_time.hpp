@@ -1,4 +1,14 @@
+/// @file
 /// A day with a time of day.
+///
+///     namespace date_time = tova::system::date_time;
+///     date_time::date_time_t moment(date_time::date(5, 1, 2001), date_time::time(23, 30, 0, 0));
+///     moment += date_time::time_duration(1, 0, 0, 0);  // 5 January 2001, 00:30: the date stays
+///
+/// docs/dates.md shows how to move a moment along the calendar.
+///
+/// Threads: these are plain values. Only `local_date_time` and `UTC_date_time` are for one thread
+/// at a time, since the C library keeps the broken-down time in a static buffer.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -10,10 +20,10 @@ namespace TOVA_2_18 {
 namespace system {
 namespace date_time {
 
-/// A `date` and a `time` side by side, in no time zone.
+/// A `date` and a `time` side by side, without a time zone.
 ///
-/// The two parts are moved each by itself, and nothing is carried from one to the other: 23:30 and
-/// one hour is 00:30 of the same day.
+/// Nothing is carried from one part to the other: 23:30 plus one hour is 00:30 on the same day.
+/// There are no comparison operators.
 class TOVA_API date_time_t {
 public:
     /// A default date at midnight.
@@ -21,8 +31,8 @@ public:
     date_time_t(const date_time_t& source);
     date_time_t(const date_time::date& date, const date_time::time& time);
 
-    /// Now, both parts from one reading of the clock, in the time zone of the process or in UTC.
-    /// Not for several threads at once: the C library keeps the broken-down time in one place.
+    /// Now, in the time zone of the process or in UTC, from a single reading of the clock. One
+    /// thread at a time.
     static date_time_t local_date_time();
     static date_time_t UTC_date_time();
 
@@ -49,7 +59,7 @@ public:
     const date_time::date& date() const;
     const date_time::time& time() const;
 
-    /// Replace one part, or both.
+    /// Replace one part or both.
     date_time_t& assign(const date_time::date& date);
     date_time_t& operator=(const date_time::date& date);
     date_time_t& assign(const date_time::time& time);
@@ -58,22 +68,24 @@ public:
     date_time_t& assign(const date_time_t& source);
     date_time_t& operator=(const date_time_t& source);
 
-    /// Contract: a number of days leaves a date with a time as it is. Move a `date` and assign it.
+    /// Contract: days change nothing here, although they move a `date`. To move the date, move a
+    /// copy of `date()` and assign it. Never fails.
     date_time_t& operator+=(const date_duration& duration);
     date_time_t& plus_assign(const date_duration& duration);
     date_time_t& operator-=(const date_duration& duration);
     date_time_t& minus_assign(const date_duration& duration);
 
-    /// Moves the time, round midnight and without a carry to the date.
+    /// Moves the time of day. It wraps at midnight, without a carry to the date.
     ///
-    /// Contract: from 24 complete hours on, in either direction, the hours beyond whole days are
-    /// looked at: that number becomes the day of the month, and the date is then moved by as many
-    /// days. Where it is 0 or negative the day cannot be set, and `exceptions::out_of_range` is
-    /// raised with nothing changed. What is raised by a later step leaves the earlier ones done.
+    /// Contract: from 24 complete hours on, in either direction, the hours left over after whole
+    /// days become the day of the month, and the date then moves on by the same number of days. If
+    /// they are 0 or negative they are no valid day, and `exceptions::out_of_range` is raised with
+    /// nothing changed. If a later step raises, what the earlier ones changed stays.
     date_time_t& operator+=(const time_duration& duration);
     date_time_t& plus_assign(const time_duration& duration);
 
-    /// The same, with date and time moved back. The hours are those of the duration as it is given.
+    /// The same, but date and time move back. The sign of the hours is that of the duration as
+    /// given, so a negative duration of a day or more raises here, too.
     date_time_t& operator-=(const time_duration& duration);
     date_time_t& minus_assign(const time_duration& duration);
 

@@ -1,7 +1,15 @@
-/// Spans of time: whole days, and milliseconds.
+/// @file
+/// Durations: whole days, and milliseconds.
 ///
-/// Both are plain values of one signed number. No operation fails: a sum or difference that leaves
-/// the range of the number wraps.
+///     using namespace tova::system::date_time;
+///     const time_duration pause(0, 90, 0, 0);
+///     const int hours = pause.hour();              // 1
+///     const int minutes = pause.minute();          // 30
+///     const double in_hours = pause.total_hours();  // 1.5
+///
+/// No operation fails: a sum or difference beyond the range of the number wraps.
+///
+/// Threads: both classes are plain values of one signed number.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -38,15 +46,15 @@ public:
     time_duration();  ///< No time.
     time_duration(const time_duration& source);
 
-    /// The sum of the four, each of which may have either sign and any size.
+    /// The sum of the four arguments, each of which may be negative and of any size.
     ///
-    /// Contract: hours, minutes and seconds are summed up in 32 bits, so 597 hours already wrap.
-    /// Only `milliseconds` takes the whole range; long spans are given there, with zeros in front.
+    /// Contract: hours, minutes and seconds are added in 32 bits, so 597 hours already wrap. Only
+    /// `milliseconds` has the full range: pass a long duration there, after three zeros.
     time_duration(int hours, int minutes, int seconds, long milliseconds);
 
-    /// The parts of the duration, each cut toward zero and none positive in a negative duration.
-    /// The hours are all hours, not those of a day; minutes and seconds are below 60, and
-    /// milliseconds below 1000.
+    /// The parts of the duration, truncated toward zero; those of a negative duration are negative
+    /// or zero. `hour` counts all hours and doesn't stop at 24 (its low 32 bits); the magnitude of
+    /// minutes and seconds is below 60, and that of milliseconds below 1000.
     int hour() const;
     int minute() const;
     int second() const;
@@ -57,7 +65,7 @@ public:
     double total_minutes() const;
     double total_seconds() const;
 
-    /// The whole duration in one unit, cut toward zero.
+    /// The whole duration in one unit, truncated toward zero.
     long total_complete_hours() const;
     long total_complete_minutes() const;
     long total_complete_seconds() const;
@@ -76,6 +84,7 @@ private:
     long m_milliseconds;
 };
 
+/// Sums and differences. Each operator forwards to the function with the name.
 TOVA_API date_duration plus(const date_duration& left, const date_duration& right);
 TOVA_API date_duration minus(const date_duration& left, const date_duration& right);
 TOVA_API date_duration operator+(const date_duration& left, const date_duration& right);

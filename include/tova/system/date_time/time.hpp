@@ -1,4 +1,14 @@
+/// @file
 /// A time of day.
+///
+///     using tova::system::date_time::time;
+///     using tova::system::date_time::time_duration;
+///     time closing(23, 30, 0, 0);
+///     closing += time_duration(1, 0, 0, 0);                    // 00:30
+///     const time_duration since = closing - time(2, 0, 0, 0);  // -1 hour and -30 minutes
+///
+/// Threads: times are plain values. Only `local_time` and `UTC_time` are for one thread at a time,
+/// since the C library keeps the broken-down time in a static buffer.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -10,18 +20,17 @@ namespace date_time {
 
 /// A time of day in milliseconds, from 00:00:00.000 to 23:59:59.999.
 ///
-/// A plain value of four numbers, which belongs to no time zone and no day: arithmetic wraps round
-/// midnight and carries to nowhere.
+/// A plain value of four numbers, without a day and a time zone: arithmetic wraps at midnight and
+/// carries nothing anywhere. There are no comparison operators.
 class TOVA_API time {
 public:
     time();  ///< Midnight.
     time(const time& source);
 
-    /// Sets the four in this order. Raises `exceptions::out_of_range` as the setters do.
+    /// Sets the four fields, in this order. Raises `exceptions::out_of_range` as the setters do.
     time(unsigned int hour, unsigned int minute, unsigned int second, unsigned int millisecond);
 
-    /// The time now, in the time zone of the process or in UTC. Not for several threads at once:
-    /// the C library keeps the broken-down time in one place.
+    /// The time now, in the time zone of the process or in UTC. One thread at a time.
     static time local_time();
     static time UTC_time();
 
@@ -30,9 +39,9 @@ public:
     unsigned int second() const;
     unsigned int millisecond() const;
 
-    /// Store a value and return it: hours below 24, minutes and seconds below 60 (there is no leap
-    /// second), milliseconds below 1000. Raise `exceptions::out_of_range` for another value, and
-    /// keep the old one.
+    /// Store a value and return it: hours below 24, minutes and seconds below 60 (a leap second is
+    /// out of range), milliseconds below 1000. Raise `exceptions::out_of_range` for other values,
+    /// and keep the old one.
     unsigned int hour(unsigned int value);
     unsigned int minute(unsigned int value);
     unsigned int second(unsigned int value);
@@ -46,16 +55,16 @@ public:
     time& operator=(const time& source);
     time& assign(const time& source);
 
-    /// Moves the time, round midnight if need be.
+    /// Moves the time. It wraps at midnight.
     ///
-    /// Contract: one day is added before the remainder of a day is taken, and the remainder keeps
-    /// its sign. A move that leads to 24 hours or more before midnight therefore raises
-    /// `exceptions::out_of_range` unless it ends at midnight exactly: at the first negative part,
-    /// with the parts in front of it already stored.
+    /// Contract: one day is added, and then the remainder of whole days is taken, which keeps its
+    /// sign. A move that reaches back 24 hours or more before midnight therefore raises
+    /// `exceptions::out_of_range`, unless it ends at midnight exactly: the setter of the first
+    /// negative field raises it, and the fields before that one have their new values.
     time& operator+=(const time_duration& duration);
     time& plus_assign(const time_duration& duration);
 
-    /// Moves the time by the negated duration.
+    /// Moves the time by the negated duration, with the same wrap and the same exception.
     time& operator-=(const time_duration& duration);
     time& minus_assign(const time_duration& duration);
 

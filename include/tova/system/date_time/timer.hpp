@@ -1,4 +1,14 @@
-/// A stopwatch that knows what reading the clock costs.
+/// @file
+/// A stopwatch that subtracts the cost of reading the clock.
+///
+///     tova::system::date_time::timer stopwatch;
+///     stopwatch.start();
+///     work();
+///     stopwatch.stop();
+///     const unsigned long microseconds = stopwatch.elapsed();
+///
+/// Threads: a timer belongs to one thread at a time. The measured cost is written only while the
+/// library is loaded.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -7,19 +17,19 @@ namespace TOVA_2_18 {
 namespace system {
 namespace date_time {
 
-/// Adds up spans of time in microseconds, by the clock of the day.
+/// Adds up measured spans, in microseconds of the system's clock. Never fails.
 ///
-/// The cost of one reading of the clock is taken off each span, down to 0. One thread at a time.
-/// Never fails.
+/// Each span is shortened by the cost of one reading of the clock, down to 0. A span during which
+/// the clock was set back counts as 0.
 class TOVA_API timer {
 public:
-    /// What one reading of the clock costs in microseconds, measured while the library is loaded.
+    /// The cost of one reading of the clock in microseconds, measured while the library is loaded.
     /// Usually 0.
     static unsigned long m_overheadMicroseconds;
 
     timer();
-    void start();  ///< Begins a span; one that was begun before is forgotten.
-    void stop();   ///< Ends the span and adds it. Does nothing without a start.
+    void start();  ///< Begins a span, and forgets one that was not stopped.
+    void stop();   ///< Ends the span and adds it. Does nothing if none was started.
     void clear();  ///< Forgets all spans.
 
     /// The sum of all spans in microseconds.
@@ -30,13 +40,13 @@ private:
     unsigned long m_elapsed;
 };
 
-/// Measures `timer::m_overheadMicroseconds` when it is made, unless that is known already.
+/// Its constructor measures `timer::m_overheadMicroseconds`, unless that is already known (not 0).
 class TOVA_API auto_tester {
 public:
     auto_tester();
 };
 
-/// Made while the library is loaded.
+/// The object whose constructor measures the clock while the library is loaded.
 extern TOVA_API auto_tester sAutoTester;
 
 }  // namespace date_time
