@@ -27,8 +27,8 @@ const char data_separator = '\x01';
 /// told from it, so an item shows both as "?invalid?".
 const char failure_marker[] = "-0";
 
-/// Appends the text that `format_value` returns. Where that is the failure marker by failure,
-/// nothing is appended and the result is false.
+/// Appends the text that `format_value` returns. On failure nothing is appended and the result is
+/// false, so the caller decides what to show.
 bool append_value(std::string& text, message_item::type_t type, const types::variant& value,
                   const strings::ustring8& data);
 

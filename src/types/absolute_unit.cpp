@@ -1,18 +1,19 @@
 #include <tova/types/absolute_unit.hpp>
 
-#include <cmath>
-
 #include "types/truncate.hpp"
 
-// Contract: the conversions are evaluated from left to right as they stand, each step rounded to a
-// double. Lengths that were stored and read back compare equal by that, so this file is compiled
-// without fused operations and without reordering.
+#include <cmath>
+
+// Contract: the conversions are evaluated from left to right as written, and each step is rounded
+// to a double. Lengths that are stored and read back depend on the last bit, so this file is
+// compiled without fused operations and without reordering (src/types/CMakeLists.txt).
 
 namespace TOVA_2_18 {
 namespace types {
 
 namespace {
 
+// The length in a unit, from md. 0 for a type that is no unit: subclasses choose theirs freely.
 double length_of(double md, absolute_unit::unit_types unit) {
     switch (unit) {
     case absolute_unit::md:
@@ -35,6 +36,7 @@ double length_of(double md, absolute_unit::unit_types unit) {
     return 0.0;
 }
 
+// The inverse of length_of, up to rounding.
 double md_of(double length, absolute_unit::unit_types unit) {
     switch (unit) {
     case absolute_unit::md:
@@ -65,7 +67,7 @@ absolute_unit::absolute_unit(const absolute_unit& source) : m_value(source.m_val
 
 absolute_unit::absolute_unit(int value) : m_value(value) {}
 
-// Contract: only whole md are taken here, as from an int.
+// Contract: the fraction is dropped, as if an int were passed. `value(double)` keeps it.
 absolute_unit::absolute_unit(double value) : m_value(detail::truncate<int>(value)) {}
 
 absolute_unit& absolute_unit::operator=(const absolute_unit& source) {
@@ -124,6 +126,7 @@ double basic_absolute_impl<N>::do_as_double() const {
     return std::floor(value() * 100.0 + 0.5) / 100.0;
 }
 
+// One for each unit of absolute_unit::unit_types.
 template class basic_absolute_impl<1>;
 template class basic_absolute_impl<2>;
 template class basic_absolute_impl<3>;

@@ -21,14 +21,15 @@ color_t::color_t(unsigned char red, unsigned char green, unsigned char blue, uns
 color_t::color_t(unsigned char red, unsigned char green, unsigned char blue)
     : m_red(red), m_green(green), m_blue(blue), m_alpha(255) {}
 
-// Colours are passed by reference at machine level, as their copies and ends are calls.
+// The copy constructor and the destructor are calls, not trivial, so compilers pass a color by
+// reference at machine level. Callers depend on that.
 color_t::~color_t() TOVA_NOTHROW {}
 
 color_t color_t::rgba(const int& word) {
     return color_t(word);
 }
 
-// Contract: the top byte is kept as alpha and not forced to 255.
+// Contract: the top byte is alpha, as in `rgba`. It isn't forced to 255.
 color_t color_t::rgb(const int& word) {
     return color_t(word);
 }
@@ -54,6 +55,7 @@ color_t& color_t::operator=(const color_t& source) {
     return assign(source);
 }
 
+// The word is the four bytes in memory order, so the byte order of the host decides where red is.
 color_t& color_t::assign(int word) {
     unsigned char bytes[sizeof word];
     std::memcpy(bytes, &word, sizeof word);

@@ -19,6 +19,8 @@ device_unit::device_unit(const signed char& value) : m_value(value) {}
 
 device_unit::device_unit(const short& value) : m_value(value) {}
 
+// Contract: a long keeps its low 32 bits, while a floating-point value out of range becomes the
+// least int.
 device_unit::device_unit(const long& value) : m_value(static_cast<int>(value)) {}
 
 device_unit::device_unit(const unsigned char& value) : m_value(value) {}
@@ -45,6 +47,7 @@ device_unit& device_unit::operator=(const device_unit& source) {
     return assign(source);
 }
 
+// Compares the fields: two units of different subclasses are equal if they store the same number.
 bool device_unit::equal(const device_unit& other) const {
     return m_value == other.m_value;
 }

@@ -3,6 +3,7 @@
 namespace TOVA_2_18 {
 namespace types {
 
+// Not const: constructors such as `variant(nil_t&)` bind to it.
 nil_t nil;
 
 }  // namespace types

@@ -1,16 +1,16 @@
 #include <tova/types/variant.hpp>
 
+#include <tova/types/variant_value.hpp>
+
 #include <ostream>
 #include <utility>
-
-#include <tova/types/variant_value.hpp>
 
 namespace TOVA_2_18 {
 namespace types {
 
 namespace {
 
-// A body for a handle to hold. The value is complete before the body is made, so that a failure
+// Makes a body for a handle to hold. The value is copied before the body is allocated, so a failure
 // leaves nothing behind.
 template <typename T>
 variant_type* make_body(T value) {
@@ -21,7 +21,7 @@ variant_type* make_body(T value) {
 
 }  // namespace
 
-// Contract: each nil handle has a fresh body. There is none that all would share.
+// Contract: each nil handle has a new body; no global one is shared.
 variant::variant() : m_body(make_body(nil_t())) {}
 
 variant::variant(nil_t&) : m_body(make_body(nil_t())) {}
@@ -80,11 +80,13 @@ variant& variant::operator=(const variant& other) {
     return assign(other);
 }
 
+// The new body is allocated before the old one is released: a failure leaves the handle unchanged.
 variant& variant::operator=(const nil_t&) {
     m_body = make_body(nil_t());
     return *this;
 }
 
+// The comparison of `std::type_info` is the standard one, so a body of another module counts, too.
 bool variant::equal(const nil_t&) const TOVA_NOTHROW {
     return type() == typeid(nil_t);
 }
@@ -161,8 +163,8 @@ unsigned long variant::as_uint64() const {
     return m_body->as_uint64();
 }
 
-// Contract: these five narrow to the signed conversion of their width, though a wider or unsigned
-// one is there. A text of 4294967295 gives 2147483647 here.
+// Contract: these five go through the signed conversion of their width, although an unsigned one
+// exists. The string "4294967295" is 2147483647 here.
 int variant::as_signed() const {
     return m_body->as_int();
 }
@@ -183,7 +185,7 @@ unsigned short variant::as_ushort() const {
     return static_cast<unsigned short>(m_body->as_short());
 }
 
-// Contract: a nil handle has no text, whatever its body says.
+// Contract: a nil handle has an empty string, while its body says "0".
 strings::ustring8 variant::as_string() const {
     return equal(nil) ? strings::ustring8() : m_body->as_string();
 }

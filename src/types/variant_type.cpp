@@ -4,6 +4,7 @@ namespace TOVA_2_18 {
 
 namespace types {
 
+// Out of line: the vtable and the type information of the class are emitted here, once.
 variant_type::~variant_type() TOVA_NOTHROW {}
 
 }  // namespace types

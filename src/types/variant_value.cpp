@@ -1,16 +1,41 @@
+// The bodies of variants: eighteen types, each of which converts to every other.
+//
+//     variant::as_int               the handle forwards to a slot of its body
+//     variant_value_t<T>::as_int    the slots, written once for all types (end of this file)
+//     conversions<T>::number<int>   the rule for this type (the sections below)
+//
+// The slots share eight rules:
+//
+//     number<N>     the eleven integer slots       utf8      as_string, as_utf8, as_ustring
+//     floating<F>   the three floating slots       utf16     as_utf16
+//     boolean       as_bool                        utf32     as_utf32
+//     print         ostream                        wide      as_wstring
+//
+// and the types come in five families:
+//
+//                   numbers                        strings
+//     nil           0                              "0"
+//     integers      casts                          decimal digits, written in place in each width
+//     bool          0 or 1                         a string stream
+//     floating      truncated, or casts            a string stream, six significant digits
+//     strings       parsed, saturating             converted between the Unicode forms
+//
+// A body never changes after construction, so all rules are pure functions of the stored value.
+// Streams and floating parsers follow the global C++ locale; everything else ignores it.
 #include <tova/types/variant_value.hpp>
+
+#include <tova/generic/convert/str_to_x.hpp>
+#include <tova/generic/convert/x_to_str.hpp>
+#include <tova/strings/unicode.hpp>
+#include <tova/types/radix.hpp>
+
+#include "generic/convert/truth_words.hpp"
+#include "types/truncate.hpp"
 
 #include <ostream>
 #include <sstream>
 #include <type_traits>
 #include <utility>
-
-#include <tova/generic/convert/str_to_x.hpp>
-#include <tova/generic/convert/x_to_str.hpp>
-#include <tova/strings/unicode.hpp>
-
-#include "generic/convert/truth_words.hpp"
-#include "types/truncate.hpp"
 
 namespace TOVA_2_18 {
 namespace types {
@@ -22,16 +47,13 @@ using strings::ustring32;
 using strings::ustring8;
 namespace convert = generic::convert;
 
-// What a body of one kind of value answers. The slots of `variant_value_t` are spread over these:
-// `number` serves all integer slots, `floating` the three floating ones, `utf8` the slots
-// `as_string`, `as_utf8` and `as_ustring`.
 template <typename T>
 struct conversions;
 
 // --- Nil ---------------------------------------------------------------------------------------
 
-// Contract: the body says "0" where its handle says nothing. What prints or stores a body without
-// a handle relies on a text that reads back as a number.
+// Contract: the body says "0", while its handle has an empty string. Code that prints or stores a
+// body without a handle relies on a string that reads back as a number.
 template <>
 struct conversions<nil_t> {
     template <typename Number>
@@ -42,7 +64,7 @@ struct conversions<nil_t> {
     static Floating floating(const nil_t&) {
         return 0;
     }
-    static bool truth(const nil_t&) { return false; }
+    static bool boolean(const nil_t&) { return false; }
     static ustring8 utf8(const nil_t&) { return ustring8(1, '0'); }
     static ustring16 utf16(const nil_t&) { return ustring16(1, '0'); }
     static ustring32 utf32(const nil_t&) { return ustring32(1, L'0'); }
@@ -52,30 +74,32 @@ struct conversions<nil_t> {
 
 // --- Integers ----------------------------------------------------------------------------------
 
+// One name for the four writers, chosen by the type of the value.
 template <typename Unit>
 void write_decimal(int value, Unit* buffer) {
-    convert::ltoa(value, buffer, 10);
+    convert::ltoa(value, buffer, radix_t::decimal);
 }
 template <typename Unit>
 void write_decimal(long value, Unit* buffer) {
-    convert::lltoa(value, buffer, 10);
+    convert::lltoa(value, buffer, radix_t::decimal);
 }
 template <typename Unit>
 void write_decimal(unsigned int value, Unit* buffer) {
-    convert::ultoa(value, buffer, 10);
+    convert::ultoa(value, buffer, radix_t::decimal);
 }
 template <typename Unit>
 void write_decimal(unsigned long value, Unit* buffer) {
-    convert::ulltoa(value, buffer, 10);
+    convert::ulltoa(value, buffer, radix_t::decimal);
 }
 
-// The type in which an integer is printed: `signed char` and `short` as `int`, their unsigned
-// fellows as `unsigned int`.
+// The type in which an integer is written: types smaller than `long` as `int` or `unsigned int`.
 template <typename T>
-using printed_as = typename std::conditional<
+using written_as = typename std::conditional<
     sizeof(T) == sizeof(long), T,
     typename std::conditional<std::is_signed<T>::value, int, unsigned int>::type>::type;
 
+// Contract: numbers are cast without a range check. Narrower results keep the low bits, and
+// negative values become unsigned by two's complement.
 template <typename T>
 struct integer_conversions {
     template <typename Number>
@@ -86,21 +110,23 @@ struct integer_conversions {
     static Floating floating(T value) {
         return static_cast<Floating>(value);
     }
-    static bool truth(T value) { return value != 0; }
+    static bool boolean(T value) { return value != 0; }
 
     static ustring8 utf8(T value) { return decimal<ustring8>(value); }
     static ustring16 utf16(T value) { return decimal<ustring16>(value); }
     static ustring32 utf32(T value) { return decimal<ustring32>(value); }
     static std::wstring wide(T value) { return decimal<std::wstring>(value); }
 
-    // Contract: the stream takes the two `char` types for characters, while their text is digits.
+    // Contract: a stream takes `signed char` and `unsigned char` for characters, while their
+    // strings are digits.
     static void print(std::ostream& stream, T value) { stream << value; }
 
 private:
+    // No stream and no transcoding: the writer has a form for each width.
     template <typename String>
     static String decimal(T value) {
         typename String::value_type buffer[21];  // 20 digits, or a sign and 19, and the terminator
-        write_decimal(static_cast<printed_as<T>>(value), buffer);
+        write_decimal(static_cast<written_as<T>>(value), buffer);
         return String(buffer);
     }
 };
@@ -122,7 +148,7 @@ struct conversions<unsigned int> : integer_conversions<unsigned int> {};
 template <>
 struct conversions<unsigned long> : integer_conversions<unsigned long> {};
 
-// --- bool --------------------------------------------------------------------------------------
+// --- What goes through a stream: bool and floating-point values --------------------------------
 
 template <typename Stream, typename T>
 auto streamed(const T& value) -> decltype(Stream().str()) {
@@ -131,12 +157,19 @@ auto streamed(const T& value) -> decltype(Stream().str()) {
     return stream.str();
 }
 
+// The strings are those of a fresh stream in the global locale, so a floating-point value has six
+// significant digits, and a bool is "1" or "0". Printing uses the state of the caller's stream.
+template <typename T>
+struct stream_conversions {
+    static ustring8 utf8(const T& value) { return ustring8(streamed<std::stringstream>(value)); }
+    static ustring16 utf16(const T& value) { return strings::utf8_to_utf16(utf8(value)); }
+    static ustring32 utf32(const T& value) { return strings::utf8_to_utf32(utf8(value)); }
+    static std::wstring wide(const T& value) { return streamed<std::wstringstream>(value); }
+    static void print(std::ostream& stream, const T& value) { stream << value; }
+};
+
 template <>
-struct conversions<bool> {
-    // Contract: the stored byte counts, and no other byte than 1 is 1.
-    static int byte(const bool& value) {
-        return *reinterpret_cast<const unsigned char*>(&value) == 1 ? 1 : 0;
-    }
+struct conversions<bool> : stream_conversions<bool> {
     template <typename Number>
     static Number number(const bool& value) {
         return static_cast<Number>(byte(value));
@@ -145,63 +178,48 @@ struct conversions<bool> {
     static Floating floating(const bool& value) {
         return static_cast<Floating>(byte(value));
     }
-    static bool truth(const bool& value) { return value; }
-    static ustring8 utf8(const bool& value) { return ustring8(streamed<std::stringstream>(value)); }
-    static ustring16 utf16(const bool& value) { return strings::utf8_to_utf16(utf8(value)); }
-    static ustring32 utf32(const bool& value) { return strings::utf8_to_utf32(utf8(value)); }
-    static std::wstring wide(const bool& value) { return streamed<std::wstringstream>(value); }
-    static void print(std::ostream& stream, const bool& value) { stream << value; }
+    static bool boolean(const bool& value) { return value; }
+
+private:
+    // Contract: the stored byte decides, and only the byte 1 is 1.
+    static int byte(const bool& value) {
+        return *reinterpret_cast<const unsigned char*>(&value) == 1 ? 1 : 0;
+    }
 };
 
-// --- Floating point ----------------------------------------------------------------------------
-
-using detail::truncate;
-
-// A truncation into 64 unsigned bits, as compilers put it together of the signed truncation: below
-// 2 to the power 63, and for NaN, the signed result's bits; above, that of the value less this
-// power with the top bit exchanged. So -1.0 gives all bits, and 2 to the power 64 gives 0.
-template <typename T>
-unsigned long truncate_unsigned(T value) {
-    const unsigned long top_bit = 1UL << 63;
-    const T limit = static_cast<T>(top_bit);
-    if (value >= limit)
-        return static_cast<unsigned long>(truncate<long>(value - limit)) ^ top_bit;
-    return static_cast<unsigned long>(truncate<long>(value));
-}
-
-// Contract: results of 8 and 16 bits are the low bits of a truncation to 32 bits, and an unsigned
-// one of 32 bits is the low half of one to 64.
+// Contract: a floating-point value is truncated to the 32 bits of `int` and then cut to 8 or 16;
+// an unsigned result of 32 bits is the low half of a truncation to 64.
 template <typename Number>
 struct truncated {
     template <typename T>
     static Number of(T value) {
-        return static_cast<Number>(truncate<int>(value));
+        return static_cast<Number>(detail::truncate<int>(value));
     }
 };
 template <>
 struct truncated<unsigned int> {
     template <typename T>
     static unsigned int of(T value) {
-        return static_cast<unsigned int>(truncate<long>(value));
+        return static_cast<unsigned int>(detail::truncate<long>(value));
     }
 };
 template <>
 struct truncated<long> {
     template <typename T>
     static long of(T value) {
-        return truncate<long>(value);
+        return detail::truncate<long>(value);
     }
 };
 template <>
 struct truncated<unsigned long> {
     template <typename T>
     static unsigned long of(T value) {
-        return truncate_unsigned(value);
+        return detail::truncate_unsigned(value);
     }
 };
 
 template <typename T>
-struct floating_conversions {
+struct floating_conversions : stream_conversions<T> {
     template <typename Number>
     static Number number(T value) {
         return truncated<Number>::of(value);
@@ -210,18 +228,11 @@ struct floating_conversions {
     static Floating floating(T value) {
         return static_cast<Floating>(value);
     }
-    static bool truth(T value) { return value != T(0); }
+    static bool boolean(T value) { return value != T(0); }  // true for a NaN
 
-    // The precision and the format are those of a fresh stream: six digits.
-    static ustring8 utf8(T value) { return ustring8(streamed<std::stringstream>(value)); }
-    static ustring16 utf16(T value) { return strings::utf8_to_utf16(utf8(value)); }
-    static ustring32 utf32(T value) { return strings::utf8_to_utf32(utf8(value)); }
-
-    // Contract: the narrow text, decoded. It shows if the global locale punctuates narrow and wide
-    // numbers in different ways.
-    static std::wstring wide(T value) { return utf32(value); }
-
-    static void print(std::ostream& stream, T value) { stream << value; }
+    // Contract: the narrow string, decoded. The difference shows in a global locale that punctuates
+    // narrow and wide numbers differently.
+    static std::wstring wide(T value) { return stream_conversions<T>::utf32(value); }
 };
 
 template <>
@@ -229,15 +240,18 @@ struct conversions<float> : floating_conversions<float> {};
 template <>
 struct conversions<double> : floating_conversions<double> {};
 
-// Contract: a `long double` goes through a wide stream for its wide text, unlike its fellows.
+// Contract: a `long double` takes its wide string from a wide stream, unlike `float` and `double`.
 template <>
 struct conversions<long double> : floating_conversions<long double> {
-    static std::wstring wide(long double value) { return streamed<std::wstringstream>(value); }
+    static std::wstring wide(long double value) {
+        return stream_conversions<long double>::wide(value);
+    }
 };
 
-// --- Texts -------------------------------------------------------------------------------------
+// --- Strings -----------------------------------------------------------------------------------
 
-// One name for the parsers, chosen by the result type.
+// One name for the parsers, chosen by the type of the result. They detect the radix, saturate and
+// never throw.
 template <typename Unit>
 void parse(const Unit* text, unsigned long length, signed char& result) {
     result = convert::str_to_int8(text, length, radix_t::detect, false);
@@ -281,21 +295,6 @@ void parse(const ustring8& text, long double& result) {
     result = convert::str_to_long_double(text);
 }
 
-// Integers parse the units in place, whatever the width. A text that does not convert to UTF-8 may
-// so be 5 as an integer and -1.0 as a floating value.
-template <typename String>
-struct text_conversions {
-    template <typename Number>
-    static Number number(const String& text) {
-        Number result;
-        parse(text.c_str(), text.size(), result);
-        return result;
-    }
-    static bool truth(const String& text) {
-        return convert::detail::is_truth_word(text.data(), text.size()) || number<long>(text) != 0;
-    }
-};
-
 template <typename Floating>
 Floating parsed(const ustring8& text) {
     Floating result;
@@ -303,44 +302,58 @@ Floating parsed(const ustring8& text) {
     return result;
 }
 
-// Contract: prints as a C string, up to the first NUL; a `std::string` prints whole.
+// What all five string types do in the same way.
+//
+// Contract: integers are parsed from the code units, in every width, while floating-point values
+// are parsed from UTF-8. A string that doesn't convert to UTF-8 ("-1") may therefore be 5 as an
+// integer and -1.0 as a floating-point value.
+template <typename String>
+struct string_conversions {
+    template <typename Number>
+    static Number number(const String& text) {
+        Number result;
+        parse(text.c_str(), text.size(), result);
+        return result;
+    }
+    static bool boolean(const String& text) {
+        return convert::detail::is_truth_word(text.data(), text.size()) || number<long>(text) != 0;
+    }
+};
+
+// Contract: prints as a C string, up to the first NUL. Only a `std::string` prints whole.
 void print_up_to_nul(std::ostream& stream, const ustring8& text) {
     stream << text.c_str();
 }
 
-template <>
-struct conversions<ustring8> : text_conversions<ustring8> {
+template <typename String>
+struct utf8_conversions : string_conversions<String> {
     template <typename Floating>
-    static Floating floating(const ustring8& text) {
+    static Floating floating(const String& text) {
         return parsed<Floating>(text);
     }
-    static ustring8 utf8(const ustring8& text) { return text; }
-    static ustring16 utf16(const ustring8& text) { return strings::utf8_to_utf16(text); }
-    static ustring32 utf32(const ustring8& text) { return strings::utf8_to_utf32(text); }
-    static std::wstring wide(const ustring8& text) { return utf32(text); }
+    static ustring8 utf8(const String& text) { return ustring8(text); }
+    static ustring16 utf16(const String& text) { return strings::utf8_to_utf16(text); }
+    static ustring32 utf32(const String& text) { return strings::utf8_to_utf32(text); }
+    static std::wstring wide(const String& text) { return utf32(text); }
+};
+
+template <>
+struct conversions<ustring8> : utf8_conversions<ustring8> {
     static void print(std::ostream& stream, const ustring8& text) { print_up_to_nul(stream, text); }
 };
 
 template <>
-struct conversions<std::string> : text_conversions<std::string> {
-    template <typename Floating>
-    static Floating floating(const std::string& text) {
-        return parsed<Floating>(ustring8(text));
-    }
-    static ustring8 utf8(const std::string& text) { return ustring8(text); }
-    static ustring16 utf16(const std::string& text) { return strings::utf8_to_utf16(text); }
-    static ustring32 utf32(const std::string& text) { return strings::utf8_to_utf32(text); }
-    static std::wstring wide(const std::string& text) { return utf32(text); }
+struct conversions<std::string> : utf8_conversions<std::string> {
     static void print(std::ostream& stream, const std::string& text) { stream << text; }
 };
 
 template <>
-struct conversions<ustring16> : text_conversions<ustring16> {
+struct conversions<ustring16> : string_conversions<ustring16> {
     template <typename Floating>
     static Floating floating(const ustring16& text) {
         return parsed<Floating>(utf8(text));
     }
-    static bool truth(const ustring16& text) { return convert::str_to_bool(text); }
+    static bool boolean(const ustring16& text) { return convert::str_to_bool(text); }
     static ustring8 utf8(const ustring16& text) { return strings::utf16_to_utf8(text); }
     static ustring16 utf16(const ustring16& text) { return text; }
     static ustring32 utf32(const ustring16& text) { return strings::utf16_to_utf32(text); }
@@ -350,33 +363,28 @@ struct conversions<ustring16> : text_conversions<ustring16> {
     }
 };
 
-template <>
-struct conversions<ustring32> : text_conversions<ustring32> {
+template <typename String>
+struct utf32_conversions : string_conversions<String> {
     template <typename Floating>
-    static Floating floating(const ustring32& text) {
+    static Floating floating(const String& text) {
         return parsed<Floating>(utf8(text));
     }
-    static ustring8 utf8(const ustring32& text) { return strings::utf32_to_utf8(text); }
-    static ustring16 utf16(const ustring32& text) { return strings::utf32_to_utf16(text); }
-    static ustring32 utf32(const ustring32& text) { return text; }
-    static std::wstring wide(const ustring32& text) { return text; }
+    static ustring8 utf8(const String& text) { return strings::utf32_to_utf8(text); }
+    static ustring16 utf16(const String& text) { return strings::utf32_to_utf16(text); }
+    static ustring32 utf32(const String& text) { return ustring32(text); }
+    static std::wstring wide(const String& text) { return text; }
+};
+
+template <>
+struct conversions<ustring32> : utf32_conversions<ustring32> {
     static void print(std::ostream& stream, const ustring32& text) {
         print_up_to_nul(stream, utf8(text));
     }
 };
 
 template <>
-struct conversions<std::wstring> : text_conversions<std::wstring> {
-    template <typename Floating>
-    static Floating floating(const std::wstring& text) {
-        return parsed<Floating>(utf8(text));
-    }
-    static ustring8 utf8(const std::wstring& text) { return strings::utf32_to_utf8(text); }
-    static ustring16 utf16(const std::wstring& text) { return strings::utf32_to_utf16(text); }
-    static ustring32 utf32(const std::wstring& text) { return ustring32(text); }
-    static std::wstring wide(const std::wstring& text) { return text; }
-
-    // Contract: no narrow text here, but a mark for debugging with the address of the stored value.
+struct conversions<std::wstring> : utf32_conversions<std::wstring> {
+    // Contract: not the string, but a mark for debugging with the address of the stored value.
     static void print(std::ostream& stream, const std::wstring& text) {
         stream << "< " << typeid(std::wstring).name() << " instance at "
                << static_cast<const void*>(&text) << " >";
@@ -384,6 +392,8 @@ struct conversions<std::wstring> : text_conversions<std::wstring> {
 };
 
 }  // namespace
+
+// --- The slots ---------------------------------------------------------------------------------
 
 template <typename T>
 variant_value_t<T>::variant_value_t(T initial_value) : value(std::move(initial_value)) {}
@@ -401,6 +411,7 @@ const std::type_info& variant_value_t<T>::type() const TOVA_NOTHROW {
     return typeid(T);
 }
 
+// The copy starts with a count of 0: the base copies neither count nor heap mark.
 template <typename T>
 variant_type* variant_value_t<T>::clone() TOVA_NOTHROW {
     variant_value_t* const copy = new variant_value_t(*this);
@@ -471,7 +482,7 @@ unsigned long variant_value_t<T>::as_uint64() const TOVA_NOTHROW {
 
 template <typename T>
 bool variant_value_t<T>::as_bool() const TOVA_NOTHROW {
-    return conversions<T>::truth(value);
+    return conversions<T>::boolean(value);
 }
 
 template <typename T>
@@ -519,6 +530,7 @@ long double variant_value_t<T>::as_long_double() const TOVA_NOTHROW {
     return conversions<T>::template floating<long double>(value);
 }
 
+// The closed set of types that a variant holds.
 template class variant_value_t<nil_t>;
 template class variant_value_t<signed char>;
 template class variant_value_t<short>;
