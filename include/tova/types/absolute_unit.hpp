@@ -1,4 +1,11 @@
+/// @file
 /// Physical lengths in eight units.
+///
+///     const tova::types::basic_absolute_impl<tova::types::absolute_unit::inch> inches(2.0);
+///     const tova::types::basic_absolute_impl<tova::types::absolute_unit::millimetre> mm(inches);
+///     mm.value();  // 50.8
+///
+/// Lengths are plain values: reading one object from several threads is safe.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -6,16 +13,18 @@
 namespace TOVA_2_18 {
 namespace types {
 
-// The classes of lengths are values and are not deleted through a base: their destructors are not
-// virtual and take no slot.
+// Lengths are values and are not deleted through a base, so their destructors are not virtual and
+// have no slot.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
-/// A physical length. It is held in md, of which 100000 make an inch, as a `double`; the class of
-/// an object gives the unit in which the length is told. Plain values. Never fails.
+/// A physical length, stored as a `double` in md: 100000 md are one inch.
+///
+/// The class of an object decides in which unit `value`, `as_int32` and `as_double` express the
+/// length. A plain value. Never fails.
 class TOVA_API absolute_unit {
 public:
-    /// The units, with how many of them make an inch.
+    /// The units, with the number of them in an inch.
     enum unit_types : int {
         md = 1,          ///< 100000
         dot_300 = 2,     ///< 300
@@ -27,31 +36,37 @@ public:
         pixel_96 = 8     ///< 96
     };
 
-    absolute_unit();  ///< No length.
+    absolute_unit();  ///< 0 md.
     absolute_unit(const absolute_unit& source);
     absolute_unit(int value);  ///< In md.
 
-    /// In md, and only whole ones: `absolute_unit(1.75)` holds 1. `value` keeps fractions. What
-    /// doesn't fit into 32 bits, NaN too, gives the least `int`.
+    /// In md.
+    ///
+    /// Contract: the fraction is dropped, as if an `int` were passed: `absolute_unit(1.75)` holds
+    /// 1 md. `value` keeps fractions. A value that doesn't fit into 32 bits, NaN included, becomes
+    /// the least `int`.
     absolute_unit(double value);
 
-    /// Takes over the length; the unit stays that of the object.
+    /// Copies the length; the object keeps its unit.
     absolute_unit& operator=(const absolute_unit& source);
 
+    /// The results of the virtual operations of the same names.
     unit_types type() const;
     int as_int32() const;
     double as_double() const;
 
-    /// The length in md, cut toward zero. What doesn't fit into 32 bits gives the least `int`.
+    /// The length in md, truncated toward zero. A length that doesn't fit into 32 bits becomes the
+    /// least `int`.
     int as_md() const;
 
     /// The length in the unit of `type()`. 0 for a type that is no unit.
     double value() const;
 
-    /// Sets the length in the unit of `type()`, with its fraction, and returns the value given.
+    /// Sets the length in the unit of `type()`, fraction included, and returns the value given.
     /// Sets 0 for a type that is no unit.
     double value(double length);
 
+    /// The unit, and the length in that unit as a whole number and as a `double`.
     virtual unit_types do_type() const = 0;
     virtual int do_as_int32() const = 0;
     virtual double do_as_double() const = 0;
@@ -60,21 +75,21 @@ private:
     double m_value;
 };
 
-/// A length in the unit with the number `N`, one of `absolute_unit::unit_types`.
+/// A length in the unit number `N`, one of `absolute_unit::unit_types`.
 template <int N>
 class TOVA_API basic_absolute_impl : public absolute_unit {
 public:
     basic_absolute_impl();
     basic_absolute_impl(double length);                ///< In the unit of this class.
-    basic_absolute_impl(const absolute_unit& source);  ///< The same length, told in this unit.
+    basic_absolute_impl(const absolute_unit& source);  ///< The same length in this unit.
 
-    virtual unit_types do_type() const;
+    unit_types do_type() const override;
 
-    /// The length in the unit, rounded to a whole number; a half goes upward.
-    virtual int do_as_int32() const;
+    /// The length in the unit, rounded to a whole number; a half rounds up.
+    int do_as_int32() const override;
 
-    /// The length in the unit, rounded to two decimal places; a half goes upward.
-    virtual double do_as_double() const;
+    /// The length in the unit, rounded to two decimal places; a half rounds up.
+    double do_as_double() const override;
 };
 
 extern template class basic_absolute_impl<1>;

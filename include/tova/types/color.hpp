@@ -1,4 +1,11 @@
-/// A colour in one word.
+/// @file
+/// A color as four bytes in one 32-bit word.
+///
+///     const tova::types::color_t orange(255, 128, 0);  // opaque
+///     orange.as_rgb();                                 // 0x0080FF: red is the lowest byte
+///     orange.alpha();                                  // 255
+///
+/// Colors are plain values: reading one object from several threads is safe.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -6,45 +13,48 @@
 namespace TOVA_2_18 {
 namespace types {
 
-/// A colour in one 32-bit word: red, green, blue and alpha, 8 bits each.
+/// A color in one 32-bit word: red, green, blue and alpha, 8 bits each.
 ///
-/// The four bytes lie in memory in that order, so on our little-endian hosts the word reads
-/// 0xAABBGGRR. Alpha runs from 0 (transparent) to 255 (opaque). A plain value of 4 bytes. Never
-/// fails.
+/// The four bytes are stored in that order, so on little-endian hosts the word reads 0xAABBGGRR.
+/// Alpha runs from 0 (transparent) to 255 (opaque). A plain value of 4 bytes. Never fails.
 class TOVA_API color_t {
 public:
     /// Transparent black. Black on screen is `color_t(0, 0, 0)`.
     color_t();
     color_t(const color_t& source);
-    color_t(int word);
-    color_t(unsigned char red, unsigned char green, unsigned char blue, unsigned char alpha);
 
-    /// Opaque.
+    /// A color from its word, alpha included.
+    color_t(int word);
+
+    /// A color from its bytes; opaque without alpha.
+    color_t(unsigned char red, unsigned char green, unsigned char blue, unsigned char alpha);
     color_t(unsigned char red, unsigned char green, unsigned char blue);
     ~color_t() TOVA_NOTHROW;
 
-    /// A colour from its word.
+    /// A color from its word.
     ///
     /// Contract: `rgb(word)` takes alpha from the top byte, exactly as `rgba(word)` does. Words
-    /// are read back under either name, and `rgb(c.as_int32()) == c` holds for every colour.
+    /// are read back under either name, and `rgb(c.as_int32()) == c` holds for every color.
     static color_t rgba(const int& word);
     static color_t rgb(const int& word);
 
-    /// A colour from its bytes; opaque without alpha.
+    /// A color from its bytes; opaque without alpha.
     static color_t rgba(unsigned char red, unsigned char green, unsigned char blue,
                         unsigned char alpha);
     static color_t rgb(unsigned char red, unsigned char green, unsigned char blue);
 
+    /// Copies a color, or sets one from its word. Returns the object.
     color_t& assign(const color_t& source);
     color_t& operator=(const color_t& source);
     color_t& assign(int word);
     color_t& operator=(int word);
 
+    /// Compares all four bytes.
     bool equal(const color_t& other) const;
     bool operator==(const color_t& other) const;
     bool operator!=(const color_t& other) const;
 
-    /// The parts. Each is offered for colours that may be changed and for those that may not.
+    /// The value of one byte. Each getter exists in a const and a non-const form.
     unsigned char red();
     unsigned char green();
     unsigned char blue();
@@ -54,7 +64,7 @@ public:
     unsigned char blue() const;
     unsigned char alpha() const;
 
-    /// Set a part and return the value given.
+    /// Sets one byte and returns the value given.
     unsigned char red(unsigned char value);
     unsigned char green(unsigned char value);
     unsigned char blue(unsigned char value);

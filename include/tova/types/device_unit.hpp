@@ -1,4 +1,12 @@
-/// A length in the pixels of a device.
+/// @file
+/// A length in whole units of a device: pixels of a screen, dots of a printer.
+///
+///     const tova::types::device_unit width(640);
+///     const auto margin =
+///         tova::generic::convert::to_device_unit(1.0, tova::types::absolute_unit::inch, 96);
+///     margin.as_int32();  // 96
+///
+/// Lengths are plain values: reading one object from several threads is safe.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -6,24 +14,25 @@
 namespace TOVA_2_18 {
 namespace types {
 
-// The classes of lengths are values and are not deleted through a base: their destructors are not
-// virtual and take no slot.
+// Lengths are values and are not deleted through a base, so their destructors are not virtual and
+// have no slot.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
 /// A whole number of device units, such as the pixels of a screen or the dots of a printer.
 ///
-/// A plain value; how long a unit is depends on the device (`generic::convert::to_device_unit`).
-/// Never fails.
+/// The physical size of a unit depends on the device; `generic::convert` has the conversions, which
+/// take its resolution. A plain value. Never fails.
 class TOVA_API device_unit {
 public:
     enum unit_types : int { device = 1 };
 
-    device_unit();  ///< No length.
+    device_unit();  ///< 0 units.
     device_unit(const device_unit& source);
     device_unit(const int& value);
 
-    /// Cut toward zero. What doesn't fit into 32 bits, NaN too, gives the least `int`.
+    /// Truncated toward zero. A value that doesn't fit into 32 bits, NaN included, becomes the
+    /// least `int`.
     device_unit(const double& value);
     device_unit(const float& value);
 
@@ -34,20 +43,24 @@ public:
     device_unit(const unsigned short& value);
     device_unit(const unsigned long& value);  ///< The low 32 bits.
 
+    /// Sets the number of units and returns the object.
     device_unit& assign(int value);
     device_unit& operator=(int value);
     device_unit& assign(const device_unit& source);
     device_unit& operator=(const device_unit& source);
 
+    /// Compares the stored numbers, without asking the virtual operations.
     bool equal(const device_unit& other) const;
     bool operator==(const device_unit& other) const;
     bool operator!=(const device_unit& other) const;
 
+    /// The results of the virtual operations of the same names.
     unit_types type() const;
     int as_int32() const;
     float as_float() const;
     double as_double() const;
 
+    /// The unit, and the number of units in three types. `float` rounds beyond 24 bits.
     virtual unit_types do_type() const;
     virtual int do_as_int32() const;
     virtual float do_as_float() const;

@@ -1,4 +1,11 @@
-/// The tag of an absent value.
+/// @file
+/// The tag that means "no value" wherever another value could be passed.
+///
+///     tova::types::variant value(42);
+///     value = tova::types::nil;                 // empty again
+///     if (value == tova::types::nil) ...
+///
+/// The tag holds nothing, so any number of threads may use the one object.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -6,13 +13,12 @@
 namespace TOVA_2_18 {
 namespace types {
 
-/// An empty tag: it selects the overloads of other classes that mean "no value".
+/// An empty tag. It selects the overloads of other classes that mean "no value".
 class TOVA_API nil_t {};
 
-/// The one object of the tag, to pass wherever a `nil_t` is taken.
+/// The one object of the tag, to pass wherever a `nil_t` is expected.
 ///
-/// Contract: not const, since some constructors take a `nil_t&`. It holds nothing, so any number of
-/// threads may pass it at once.
+/// Contract: not const, since some constructors take a `nil_t&`.
 extern TOVA_API nil_t nil;
 
 }  // namespace types

@@ -1,3 +1,9 @@
+/// @file
+/// The radix of a number in text, as the parsers of `generic::convert` expect it.
+///
+///     str_to_int("ff", 2, tova::types::radix_t::hexadecimal, false);  // 255
+///
+/// Constants only; there is nothing for threads to share.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -5,12 +11,12 @@
 namespace TOVA_2_18 {
 namespace types {
 
-/// The scope of `radix_t::base`, which says to the number parsers how digits are read.
+/// The scope of the enumeration `base`, which tells a number parser how to read digits.
 struct radix_t {
-    /// A radix by its number. Every number from 2 to 36 is a radix, also those without a name here
+    /// A radix by its number. Every number from 2 to 36 is valid, including those without a name
     /// (`static_cast<radix_t::base>(7)`); 1 and numbers above 36 are invalid.
     enum base : int {
-        detect = 0,  ///< The text tells: 0x is 16, 0b is 2, a leading 0 or backslash is 8, else 10.
+        detect = 0,  ///< By prefix: 0x is 16, 0b is 2, a leading 0 or backslash is 8, otherwise 10.
         binary = 2,
         octal = 8,
         decimal = 10,

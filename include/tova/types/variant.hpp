@@ -1,8 +1,15 @@
+/// @file
+/// One value of any of eighteen types, which converts to all the others.
+///
+///     tova::types::variant value("0x10");
+///     value.as_int();     // 16
+///     value.as_bool();    // true
+///     value = tova::types::variant(2.5);
+///     value.as_string();  // "2.5"
+///
+/// Copies share one body through a count that is not atomic. Handles that share a body belong to
+/// one thread at a time; make a new variant from the value to hand it to another thread.
 #pragma once
-
-#include <iosfwd>
-#include <string>
-#include <typeinfo>
 
 #include <tova/abi.hpp>
 #include <tova/memory/pointers.hpp>
@@ -10,24 +17,28 @@
 #include <tova/types/nil.hpp>
 #include <tova/types/variant_type.hpp>
 
+#include <iosfwd>
+#include <string>
+#include <typeinfo>
+
 namespace TOVA_2_18 {
 namespace types {
 
-/// A value of one of eighteen types, or nil, that converts to each of the others.
+/// A value of one of eighteen types, nil among them, that converts to each of the others.
 ///
-/// A handle of one pointer. Copies share one body that never changes, so a copy costs an increment
-/// and no value is copied. The count is a plain integer: handles that share a body belong to one
-/// thread at a time. A moment without a body never exists; a nil handle has a nil body of its own.
+/// A variant is a handle of one pointer. Copies share one body, which never changes, so a copy
+/// costs an increment and the value isn't copied. Every handle has a body at all times; each nil
+/// handle has one of its own.
 ///
-/// Conversions never fail: numbers narrow as casts do, texts parse with saturation
-/// (`generic/convert/str_to_x.hpp`), numbers print in decimal. There is no comparison of two
-/// variants; the type is told by `type()`, as a `std::type_info`.
+/// Conversions never fail: numbers narrow as casts do, strings are parsed with saturation
+/// (`generic/convert/str_to_x.hpp`), numbers become decimal strings. `type()` returns the type of
+/// the value as a `std::type_info`. Two variants cannot be compared.
 ///
-/// Constructors and assignment of nil raise what an allocation raises. An exception inside of a
-/// conversion (out of memory) ends the process through `std::unexpected`.
+/// Constructors and the assignment of nil raise what an allocation raises. An exception inside a
+/// conversion (out of memory, for example) ends the process through `std::unexpected`.
 class TOVA_API variant {
 public:
-    /// Nil. `nil_t&` is not const: the tag object is `types::nil`.
+    /// Nil. The reference is not const: pass the object `types::nil`.
     variant();
     variant(nil_t& nil_tag);
 
@@ -45,8 +56,8 @@ public:
     variant(const double& value);
     variant(const long double& value);
 
-    /// A copy of a text. Pointers take a text up to its terminator and make the same bodies as
-    /// `ustring8`, `ustring16` and `ustring32`; a null pointer raises `std::logic_error`.
+    /// A copy of a string. Pointers refer to a string up to its terminator and make the same bodies
+    /// as `ustring8`, `ustring16` and `ustring32`. A null pointer raises `std::logic_error`.
     variant(const char* text);
     variant(const unsigned short* text);
     variant(const wchar_t* text);
@@ -61,11 +72,12 @@ public:
 
     ~variant() TOVA_NOTHROW;
 
-    /// Lets go of the body and shares that of `other`; a handle assigned to itself keeps its own.
+    /// Releases the body and shares that of `other`. A handle that is assigned to itself keeps its
+    /// body.
     variant& assign(const variant& other);
     variant& operator=(const variant& other);
 
-    /// Becomes nil, with a nil body of its own. Other handles of the old body keep it.
+    /// Becomes nil, with a new nil body. Other handles of the old body keep it.
     variant& operator=(const nil_t& nil_tag);
 
     /// Whether the value is nil.
@@ -76,6 +88,17 @@ public:
     /// The type of the value: one of the eighteen, `typeid(nil_t)` for nil.
     const std::type_info& type() const;
 
+    /// @name The value as a number
+    ///
+    /// Integers are cast without a range check. Floating-point values are truncated toward zero to
+    /// 32 bits, of which narrower results keep the low bits; `as_long`, `as_int64`, `as_uint32` and
+    /// `as_uint64` go through 64 bits. A value that doesn't fit, NaN included, becomes the least
+    /// `int` or `long` on the way. Strings are parsed, and saturate at the limits of the result.
+    /// Nil is 0.
+    ///
+    /// `as_bool` is true for a number other than 0, for NaN, and for the strings "yes", "on" and
+    /// "true" in any letter case; for any other string it is that of `as_long`.
+    /// @{
     bool as_bool() const;
     float as_float() const;
     double as_double() const;
@@ -91,17 +114,19 @@ public:
     unsigned short as_uint16() const;
     unsigned int as_uint32() const;
     unsigned long as_uint64() const;
+    /// @}
 
-    /// The value by way of the signed conversion of the same width, its bits read as unsigned. So a
-    /// text saturates at the signed limit here; `as_uint16`, `as_uint32` and `as_uint64` use the
-    /// whole unsigned range.
+    /// The signed conversion of the same width, with its bits read as unsigned.
+    ///
+    /// Contract: strings therefore saturate at the signed limit: "4294967295" is 2147483647 through
+    /// `as_uint`. `as_uint16`, `as_uint32` and `as_uint64` use the whole unsigned range.
     int as_signed() const;
     unsigned int as_unsigned() const;
     unsigned int as_uint() const;
     unsigned long as_ulong() const;
     unsigned short as_ushort() const;
 
-    /// The value as text; empty for nil. `as_string`, `as_utf8` and `as_ustring` are UTF-8.
+    /// The value as a string; empty for nil. `as_string`, `as_utf8` and `as_ustring` are UTF-8.
     strings::ustring8 as_string() const;
     std::wstring as_wstring() const;
     std::string as_ustring() const;
@@ -115,9 +140,12 @@ private:
     memory::pointers::rc_pointer<variant_type> m_body;
 };
 
-/// Inserts the value as its body prints it: nil as 0, `signed char` and `unsigned char` as one
-/// character, UTF-8, UTF-16 and UTF-32 texts up to their first NUL, a `std::string` whole, and for
-/// a `std::wstring` a mark with the type's run-time name and the value's address.
+/// Inserts the value and returns the stream.
+///
+/// Contract: the output differs from `as_string` for some types. Nil prints as 0, `signed char` and
+/// `unsigned char` as one character. A `ustring8`, `ustring16` or `ustring32` prints up to its
+/// first NUL, a `std::string` whole. A `std::wstring` prints as a mark with the type's run-time
+/// name and the address of the value.
 TOVA_API std::ostream& operator<<(std::ostream& stream, const variant& value);
 
 }  // namespace types

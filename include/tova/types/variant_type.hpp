@@ -1,43 +1,50 @@
+/// @file
+/// The interface of the body that a variant holds.
+///
+/// Programs use `variant`; this header is for code that is handed a body, or that calls one through
+/// its slots. Bodies are immutable except for their count, which is not atomic: the handles of one
+/// body belong to one thread at a time.
 #pragma once
-
-#include <iosfwd>
-#include <string>
-#include <typeinfo>
 
 #include <tova/abi.hpp>
 #include <tova/generic/abilities.hpp>
 #include <tova/memory/pointers.hpp>
 #include <tova/strings/ustring.hpp>
 
+#include <iosfwd>
+#include <string>
+#include <typeinfo>
+
 namespace TOVA_2_18 {
 namespace types {
 
-/// The body behind a `variant`: one value that answers every conversion.
+/// The body of a `variant`: one value with all its conversions.
 ///
-/// Bodies are counted, made on the heap and shared by the handles; a body never changes once it is
-/// made. The count is a plain integer, so handles of one body belong to one thread at a time.
+/// Bodies live on the heap, are counted and shared by their handles, and never change after
+/// construction.
 ///
-/// All operations have an empty exception specification: an exception that tries to leave one,
-/// `std::bad_alloc` say, ends the process through `std::unexpected`.
+/// All operations have an empty exception specification: an exception that tries to leave one, such
+/// as `std::bad_alloc`, ends the process through `std::unexpected`.
 class TOVA_API variant_type
     : public generic::abilities::reference_count_pointer_ability<variant_type>,
       public generic::abilities::clone_ability {
 public:
     virtual ~variant_type() TOVA_NOTHROW;
 
-    /// Whether the value converts to the other types.
+    /// Whether the value converts to the other types. True for all bodies of the library.
     virtual bool convertible() const TOVA_NOTHROW = 0;
 
     /// The type of the value, which is its identity.
     virtual const std::type_info& type() const TOVA_NOTHROW = 0;
 
-    /// A new body on the heap with a copy of the value, heap mark set and count 0. The caller gives
-    /// it to a holder or deletes it.
+    /// A new body on the heap with a copy of the value, with its heap mark set and a count of 0.
+    /// The caller hands it to a holder or deletes it.
     virtual variant_type* clone() TOVA_NOTHROW = 0;
 
     /// Inserts the value and returns the stream.
     virtual std::ostream& ostream(std::ostream& stream) const TOVA_NOTHROW = 0;
 
+    /// The conversions. `variant_value_t` describes what each stored type does.
     virtual int as_int() const TOVA_NOTHROW = 0;
     virtual short as_short() const TOVA_NOTHROW = 0;
     virtual long as_long() const TOVA_NOTHROW = 0;

@@ -1,59 +1,68 @@
+/// @file
+/// The eighteen types of body that a variant holds.
+///
+/// Programs use `variant`, which makes these bodies; this header lets other modules link against
+/// them. What `variant_type.hpp` says about threads applies.
 #pragma once
-
-#include <string>
 
 #include <tova/abi.hpp>
 #include <tova/strings/ustring.hpp>
 #include <tova/types/nil.hpp>
 #include <tova/types/variant_type.hpp>
 
+#include <string>
+
 namespace TOVA_2_18 {
 namespace types {
 
-/// The body that holds a value of type `T`, for the eighteen types listed below the class and no
-/// others.
+/// The body that holds a value of type `T`. The types are the eighteen listed below the class, and
+/// no others.
 ///
-/// Integers convert as a cast does; floating values truncate toward zero, by way of 32 bits for
-/// results up to 32 bits and by way of 64 bits for `as_long`, `as_int64` and `as_uint32`; texts
-/// parse with the saturating parsers of `generic::convert`, radix 0. Numbers print in decimal:
-/// integers and nil never through a stream, `bool` and floating values through a string stream of
-/// the global C++ locale. A nil body says 0, false and "0".
+/// As numbers, integers convert like a cast. Floating-point values are truncated toward zero:
+/// through 64 bits for `as_long`, `as_int64`, `as_uint32` and `as_uint64`, through 32 bits for the
+/// other results. Strings are parsed by the saturating parsers of `generic::convert` with radix 0.
+///
+/// As strings, integers are written in decimal without a stream, while `bool` and floating-point
+/// values go through a string stream in the global C++ locale.
+///
+/// Contract: a nil body is 0, false and "0". The empty string of a nil variant is made by its
+/// handle.
 template <typename T>
 class TOVA_API variant_value_t : public variant_type {
 public:
-    /// The heap mark is left to whoever makes the body with `new`.
+    /// The heap mark is left for the caller that makes the body with `new` to set.
     explicit variant_value_t(T initial_value);
 
-    virtual ~variant_value_t() TOVA_NOTHROW;
+    ~variant_value_t() TOVA_NOTHROW override;
 
-    virtual bool convertible() const TOVA_NOTHROW;
-    virtual const std::type_info& type() const TOVA_NOTHROW;
-    virtual variant_type* clone() TOVA_NOTHROW;
-    virtual std::ostream& ostream(std::ostream& stream) const TOVA_NOTHROW;
+    bool convertible() const TOVA_NOTHROW override;
+    const std::type_info& type() const TOVA_NOTHROW override;
+    variant_type* clone() TOVA_NOTHROW override;
+    std::ostream& ostream(std::ostream& stream) const TOVA_NOTHROW override;
 
-    virtual int as_int() const TOVA_NOTHROW;
-    virtual short as_short() const TOVA_NOTHROW;
-    virtual long as_long() const TOVA_NOTHROW;
-    virtual signed char as_int8() const TOVA_NOTHROW;
-    virtual short as_int16() const TOVA_NOTHROW;
-    virtual int as_int32() const TOVA_NOTHROW;
-    virtual long as_int64() const TOVA_NOTHROW;
-    virtual unsigned char as_uint8() const TOVA_NOTHROW;
-    virtual unsigned short as_uint16() const TOVA_NOTHROW;
-    virtual unsigned int as_uint32() const TOVA_NOTHROW;
-    virtual unsigned long as_uint64() const TOVA_NOTHROW;
-    virtual bool as_bool() const TOVA_NOTHROW;
+    int as_int() const TOVA_NOTHROW override;
+    short as_short() const TOVA_NOTHROW override;
+    long as_long() const TOVA_NOTHROW override;
+    signed char as_int8() const TOVA_NOTHROW override;
+    short as_int16() const TOVA_NOTHROW override;
+    int as_int32() const TOVA_NOTHROW override;
+    long as_int64() const TOVA_NOTHROW override;
+    unsigned char as_uint8() const TOVA_NOTHROW override;
+    unsigned short as_uint16() const TOVA_NOTHROW override;
+    unsigned int as_uint32() const TOVA_NOTHROW override;
+    unsigned long as_uint64() const TOVA_NOTHROW override;
+    bool as_bool() const TOVA_NOTHROW override;
 
-    virtual strings::ustring8 as_string() const TOVA_NOTHROW;
-    virtual std::wstring as_wstring() const TOVA_NOTHROW;
-    virtual std::string as_ustring() const TOVA_NOTHROW;
-    virtual strings::ustring8 as_utf8() const TOVA_NOTHROW;
-    virtual strings::ustring16 as_utf16() const TOVA_NOTHROW;
-    virtual strings::ustring32 as_utf32() const TOVA_NOTHROW;
+    strings::ustring8 as_string() const TOVA_NOTHROW override;
+    std::wstring as_wstring() const TOVA_NOTHROW override;
+    std::string as_ustring() const TOVA_NOTHROW override;
+    strings::ustring8 as_utf8() const TOVA_NOTHROW override;
+    strings::ustring16 as_utf16() const TOVA_NOTHROW override;
+    strings::ustring32 as_utf32() const TOVA_NOTHROW override;
 
-    virtual float as_float() const TOVA_NOTHROW;
-    virtual double as_double() const TOVA_NOTHROW;
-    virtual long double as_long_double() const TOVA_NOTHROW;
+    float as_float() const TOVA_NOTHROW override;
+    double as_double() const TOVA_NOTHROW override;
+    long double as_long_double() const TOVA_NOTHROW override;
 
     const T value;
 };
