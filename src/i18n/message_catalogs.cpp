@@ -1,20 +1,26 @@
 #include <tova/i18n/message_catalogs.hpp>
 
-#include <algorithm>
-#include <ostream>
-#include <string>
-#include <typeinfo>
-
-#include <tova/strings/case.hpp>
-#include <tova/strings/replace.hpp>
+#include "i18n/catalog_loading.hpp"
+#include "i18n/locale_list.hpp"
 #include <tova/strings/unicode.hpp>
-#include <tova/system/directories.hpp>
-#include <tova/system/io.hpp>
+
+#include <algorithm>
+#include <string>
+
+// The published operations of the catalog set. Loads go one way:
+//
+//     catalog_loading   find the files of a path, a list or a directory
+//     xmc_file_loader   read and interpret each file, merge it into the set
+//     load_result       report: the kind and the message that the caller gets
+//
+// Lookups search the map of catalogs and return one of the two static nil objects if they find
+// nothing. Loads alone add entries to the map, so none of its pointers is empty unless a caller
+// empties one through `begin()`.
 
 namespace TOVA_2_18 {
 namespace i18n {
 
-using _private::xmc_file_loader;
+using detail::catalog_loading;
 using strings::ustring16;
 using strings::ustring32;
 using strings::ustring8;
@@ -22,73 +28,9 @@ using strings::ustring8;
 catalog_t message_catalogs::s_nil_catalog;
 message_t message_catalogs::s_nil_message;
 
-message_catalogs::result_type::result_type(error_type kind, const ustring8& text)
-    : type(kind), message(format_message(kind, text)) {}
-
-message_catalogs::result_type::result_type(const xmc_file_loader::load_error& fault)
-    : type(no_error), message(format_message(fault)) {}
-
-message_catalogs::result_type::~result_type() TOVA_NOTHROW {}
-
-ustring8 message_catalogs::result_type::format_message(error_type kind, const ustring8& text) {
-    const std::string front = "message_catalogs::result_type - ";
-    switch (kind) {
-    case no_error:
-        return front + "No Error";
-    case no_catalog:
-        return front + "No catalog was loaded in file: \"" + text + "\"";
-    case file_not_found:
-        return front + "File \"" + text + "\" was not found on disk";
-    case directory_not_found:
-        return front + "Directory \"" + text + "\" was not found on disk";
-    case entity_not_found:
-        return front + "Entity (file or directory) \"" + text + "\" was not found on disk";
-    default:
-        break;
-    }
-    return std::string("unknown, or unhandle case happened! < ") + typeid(error_type).name() +
-           " value of " + std::to_string(static_cast<int>(kind)) + " > str data=" + text;
-}
-
-ustring8 message_catalogs::result_type::format_message(const xmc_file_loader::load_error& fault) {
-    const auto as = [&](error_type kind, const char* line) {
-        type = kind;
-        return "message_catalogs::result_type - " + (line + ("\n " + fault.message));
-    };
-    switch (fault.type) {
-    case xmc_file_loader::no_error:
-        return as(no_error, "No Error");
-    case xmc_file_loader::no_catalog:
-        return as(no_catalog, "No catalog was loaded");
-    case xmc_file_loader::no_default_locale:
-        return as(no_default_locale, "Default locale lookup not supported yet");
-    case xmc_file_loader::file_not_found:
-        return as(file_not_found, "File was not found on disk");
-    case xmc_file_loader::xml_error:
-        return as(xml_error, "XML parse error, XML file not well formed");
-    case xmc_file_loader::invalid_attribute:
-    case xmc_file_loader::invalid_element:
-    case xmc_file_loader::not_xmc:
-    case xmc_file_loader::bad_version:
-    case xmc_file_loader::br_not_closed:
-    case xmc_file_loader::msg_not_closed:
-    case xmc_file_loader::arg_not_closed:
-    case xmc_file_loader::include_not_closed:
-    case xmc_file_loader::catalog_not_closed:
-        return as(invalid_xmc, "XMC file is not valid");
-    case xmc_file_loader::unexpected:
-        return as(unexpected, "Unexpected error happened during loading");
-    }
-    return as(unexpected, "Unhandled case");
-}
-
-std::ostream& operator<<(std::ostream& stream, message_catalogs::result_type& result) {
-    return stream << static_cast<const std::string&>(result.message);
-}
-
 namespace {
 
-using result_type = message_catalogs::result_type;
+// The three widths behave alike: paths, names and locales go to the 8-bit forms as UTF-8.
 
 const ustring8& as_utf8(const ustring8& text) {
     return text;
@@ -102,76 +44,20 @@ ustring8 as_utf8(const ustring32& text) {
     return strings::utf32_to_utf8(text);
 }
 
-// Below, `wanted` is the locale, or the locale and the name of the one catalog to load.
-
-// A file with a fault changes nothing: its catalogs are merged only when all of it was read.
-template <typename... Wanted>
-result_type load_one_file(message_catalogs::catalog_map& catalogs,
-                          const std::map<ustring8, ustring8>& resolve, const ustring8& file,
-                          const Wanted&... wanted) {
-    xmc_file_loader loader;
-    const xmc_file_loader::load_error outcome = loader.parse(file, wanted...);
-    if (outcome.type == xmc_file_loader::no_error)
-        loader.combine_data(catalogs, resolve);
-    return result_type(outcome);
+ustring8 as_utf8(const std::string& text) {
+    return text;
 }
 
-bool is_catalog_file_name(const ustring8& path) {
-    const ustring8 name = strings::to_lower(path);
-    if (name.size() < 4)
-        return false;
-    const auto ending = name.size() - 4;
-    return name.compare(ending, 4, ".xmc") == 0 || name.compare(ending, 4, ".xml") == 0;
+ustring8 as_utf8(const std::wstring& text) {
+    return strings::utf32_to_utf8(text);
 }
 
-// Contract: the entries come in the order of the file system, and the outcome is that of the last
-// catalog file. A scan stops at the first fault, with what it read before it in the set.
-template <typename... Wanted>
-result_type scan_directory(message_catalogs& set, const ustring8& directory,
-                           const Wanted&... wanted) {
-    result_type result(message_catalogs::no_error, "");
-    for (const ustring8& entry : system::list_directory(directory)) {
-        if (system::io::is_file(entry)) {
-            if (is_catalog_file_name(entry))
-                result = set.load_file(entry, wanted...);
-        } else if (system::io::is_directory(entry)) {
-            result = set.load_directory(entry, wanted...);
-        }
-        if (result.type != message_catalogs::no_error)
-            break;
-    }
-    return result;
-}
-
-template <typename String, typename... Wanted>
-result_type load_entity(message_catalogs& set, const String& path, const Wanted&... wanted) {
-    if (system::io::is_file(path))
-        return set.load_file(path, wanted...);
-    if (system::io::is_directory(path))
-        return set.load_directory(path, wanted...);
-    return result_type(message_catalogs::entity_not_found, as_utf8(path));
-}
-
-template <typename... Wanted>
-result_type load_path(message_catalogs& set, const ustring8& path, const Wanted&... wanted) {
-    const result_type result = load_entity(set, path, wanted...);
-    // Contract: it is the whole set that must not be empty. A load that adds nothing to a set with
-    // catalogs of an earlier load is a success.
-    if (result.type == message_catalogs::no_error && set.count() == 0)
-        return result_type(message_catalogs::no_catalog, path);
-    return result;
-}
-
-// Contract: an empty set is no fault after a list, not even after an empty list.
-template <typename String, typename Element, typename... Wanted>
-result_type load_list(message_catalogs& set, const std::vector<Element>& paths,
-                      const Wanted&... wanted) {
-    result_type result(message_catalogs::no_error, "");
-    for (const Element& path : paths) {
-        result = load_entity(set, String(path), wanted...);
-        if (result.type != message_catalogs::no_error)
-            break;
-    }
+template <typename String>
+std::vector<ustring8> as_utf8(const std::vector<String>& texts) {
+    std::vector<ustring8> result;
+    result.reserve(texts.size());
+    for (const String& text : texts)
+        result.push_back(as_utf8(text));
     return result;
 }
 
@@ -220,7 +106,7 @@ void message_catalogs::set_resolve_container(const std::map<ustring8, ustring8>&
 }
 
 message_catalogs::result_type message_catalogs::load(const ustring8& path, const ustring8& locale) {
-    return load_path(*this, path, locale);
+    return catalog_loading(m_catalogs, m_resolve, locale).load(path);
 }
 
 message_catalogs::result_type message_catalogs::load(const ustring16& path,
@@ -235,7 +121,7 @@ message_catalogs::result_type message_catalogs::load(const ustring32& path,
 
 message_catalogs::result_type message_catalogs::load(const ustring8& path, const ustring8& locale,
                                                      const ustring8& catalog_id) {
-    return load_path(*this, path, locale, catalog_id);
+    return catalog_loading(m_catalogs, m_resolve, locale, catalog_id).load(path);
 }
 
 message_catalogs::result_type message_catalogs::load(const ustring16& path, const ustring16& locale,
@@ -248,116 +134,108 @@ message_catalogs::result_type message_catalogs::load(const ustring32& path, cons
     return load(as_utf8(path), as_utf8(locale), as_utf8(catalog_id));
 }
 
-// The lists of 16- and 32-bit paths keep their width down to the file system.
-
 message_catalogs::result_type message_catalogs::load(const std::vector<ustring8>& paths,
                                                      const ustring8& locale) {
-    return load_list<ustring8>(*this, paths, locale);
+    return catalog_loading(m_catalogs, m_resolve, locale).load(paths);
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<ustring16>& paths,
                                                      const ustring16& locale) {
-    return load_list<ustring16>(*this, paths, locale);
+    return load(as_utf8(paths), as_utf8(locale));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<ustring32>& paths,
                                                      const ustring32& locale) {
-    return load_list<ustring32>(*this, paths, locale);
+    return load(as_utf8(paths), as_utf8(locale));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<ustring8>& paths,
                                                      const ustring8& locale,
                                                      const ustring8& catalog_id) {
-    return load_list<ustring8>(*this, paths, locale, catalog_id);
+    return catalog_loading(m_catalogs, m_resolve, locale, catalog_id).load(paths);
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<ustring16>& paths,
                                                      const ustring16& locale,
                                                      const ustring16& catalog_id) {
-    return load_list<ustring16>(*this, paths, locale, catalog_id);
+    return load(as_utf8(paths), as_utf8(locale), as_utf8(catalog_id));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<ustring32>& paths,
                                                      const ustring32& locale,
                                                      const ustring32& catalog_id) {
-    return load_list<ustring32>(*this, paths, locale, catalog_id);
+    return load(as_utf8(paths), as_utf8(locale), as_utf8(catalog_id));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<std::string>& paths,
                                                      const ustring8& locale) {
-    return load_list<ustring8>(*this, paths, locale);
+    return load(as_utf8(paths), as_utf8(locale));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<std::string>& paths,
                                                      const ustring16& locale) {
-    return load(paths, as_utf8(locale));
+    return load(as_utf8(paths), as_utf8(locale));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<std::string>& paths,
                                                      const ustring32& locale) {
-    return load(paths, as_utf8(locale));
+    return load(as_utf8(paths), as_utf8(locale));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<std::string>& paths,
                                                      const ustring8& locale,
                                                      const ustring8& catalog_id) {
-    return load_list<ustring8>(*this, paths, locale, catalog_id);
+    return load(as_utf8(paths), as_utf8(locale), as_utf8(catalog_id));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<std::string>& paths,
                                                      const ustring16& locale,
                                                      const ustring16& catalog_id) {
-    return load(paths, as_utf8(locale), as_utf8(catalog_id));
+    return load(as_utf8(paths), as_utf8(locale), as_utf8(catalog_id));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<std::string>& paths,
                                                      const ustring32& locale,
                                                      const ustring32& catalog_id) {
-    return load(paths, as_utf8(locale), as_utf8(catalog_id));
+    return load(as_utf8(paths), as_utf8(locale), as_utf8(catalog_id));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<std::wstring>& paths,
                                                      const ustring8& locale) {
-    return load_list<ustring32>(*this, paths, strings::utf8_to_utf32(locale));
+    return load(as_utf8(paths), as_utf8(locale));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<std::wstring>& paths,
                                                      const ustring16& locale) {
-    return load(paths, as_utf8(locale));
+    return load(as_utf8(paths), as_utf8(locale));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<std::wstring>& paths,
                                                      const ustring32& locale) {
-    return load(paths, as_utf8(locale));
+    return load(as_utf8(paths), as_utf8(locale));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<std::wstring>& paths,
                                                      const ustring8& locale,
                                                      const ustring8& catalog_id) {
-    std::vector<ustring8> utf8_paths;
-    utf8_paths.reserve(paths.size());
-    for (const std::wstring& path : paths)
-        utf8_paths.push_back(strings::utf32_to_utf8(path));
-    return load(utf8_paths, locale, catalog_id);
+    return load(as_utf8(paths), as_utf8(locale), as_utf8(catalog_id));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<std::wstring>& paths,
                                                      const ustring16& locale,
                                                      const ustring16& catalog_id) {
-    return load(paths, as_utf8(locale), as_utf8(catalog_id));
+    return load(as_utf8(paths), as_utf8(locale), as_utf8(catalog_id));
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<std::wstring>& paths,
                                                      const ustring32& locale,
                                                      const ustring32& catalog_id) {
-    return load(paths, as_utf8(locale), as_utf8(catalog_id));
+    return load(as_utf8(paths), as_utf8(locale), as_utf8(catalog_id));
 }
 
 message_catalogs::result_type message_catalogs::load_directory(const ustring8& directory,
                                                                const ustring8& locale) {
-    if (!system::io::exists(directory))
-        return result_type(directory_not_found, directory);
-    return scan_directory(*this, directory, locale);
+    return catalog_loading(m_catalogs, m_resolve, locale).load_directory(directory);
 }
 
 message_catalogs::result_type message_catalogs::load_directory(const ustring16& directory,
@@ -373,7 +251,7 @@ message_catalogs::result_type message_catalogs::load_directory(const ustring32& 
 message_catalogs::result_type message_catalogs::load_directory(const ustring8& directory,
                                                                const ustring8& locale,
                                                                const ustring8& catalog_id) {
-    return scan_directory(*this, directory, locale, catalog_id);
+    return catalog_loading(m_catalogs, m_resolve, locale, catalog_id).load_directory(directory);
 }
 
 message_catalogs::result_type message_catalogs::load_directory(const ustring16& directory,
@@ -390,7 +268,7 @@ message_catalogs::result_type message_catalogs::load_directory(const ustring32& 
 
 message_catalogs::result_type message_catalogs::load_file(const ustring8& file,
                                                           const ustring8& locale) {
-    return load_one_file(m_catalogs, m_resolve, file, locale);
+    return catalog_loading(m_catalogs, m_resolve, locale).load_file(file);
 }
 
 message_catalogs::result_type message_catalogs::load_file(const ustring16& file,
@@ -406,7 +284,7 @@ message_catalogs::result_type message_catalogs::load_file(const ustring32& file,
 message_catalogs::result_type message_catalogs::load_file(const ustring8& file,
                                                           const ustring8& locale,
                                                           const ustring8& catalog_id) {
-    return load_one_file(m_catalogs, m_resolve, file, locale, catalog_id);
+    return catalog_loading(m_catalogs, m_resolve, locale, catalog_id).load_file(file);
 }
 
 message_catalogs::result_type message_catalogs::load_file(const ustring16& file,
@@ -436,11 +314,9 @@ bool message_catalogs::has_catalog(const ustring32& name) const {
 bool message_catalogs::has_catalog(const ustring8& name, const ustring8& locale) const {
     if (locale.empty())
         return false;
-    ustring8 wanted(locale);
-    if (wanted.size() != 1) {
-        strings::replace_all(wanted, ustring8("."), ustring8("_"));
-        strings::replace_all(wanted, ustring8("-"), ustring8("_"));
-    }
+    // Contract: the locales of a catalog are stored as its files write them, so one that was
+    // written with "-" or "." is never found, except for "." alone.
+    const ustring8 wanted = detail::normalized_locale(locale);
     const catalog_t& found = catalog(name);
     return std::find(found.languages_begin(), found.languages_end(), wanted) !=
            found.languages_end();

@@ -1,10 +1,18 @@
-/// The set of message catalogs that an application holds.
+/// @file
+/// The message catalogs of an application: load them for a locale, then look messages up by name.
+///
+///     tova::i18n::message_catalogs catalogs;
+///     const auto result = catalogs.load("/usr/share/app/catalogs", "de_AT");
+///     if (result.type != tova::i18n::message_catalogs::no_error)
+///         std::cerr << result.message << '\n';
+///     const tova::generic::varg_list values(tova::generic::argument("who", "Mia"));
+///     std::cout << catalogs.message("app", "hello").as_string(values);
+///
+/// The files are in the XMC format, which docs/catalogs.md describes. There are no locks: threads
+/// may look up messages of one set at the same time while no thread loads, erases or copies. The
+/// questions for locales (`has_catalog` with a locale, `catalog_t::is_language_loaded` and
+/// `catalog_t::languages_begin`) are writes, because they fill a cache in the catalog.
 #pragma once
-
-#include <iosfwd>
-#include <map>
-#include <string>
-#include <vector>
 
 #include <tova/abi.hpp>
 #include <tova/i18n/_private/xmc_file_loader.hpp>
@@ -14,23 +22,29 @@
 #include <tova/strings/ustring.hpp>
 #include <tova/types/nil.hpp>
 
+#include <iosfwd>
+#include <map>
+#include <string>
+#include <vector>
+
 namespace TOVA_2_18 {
 namespace i18n {
 
-/// A set of named catalogs, filled from XMC files for one wanted locale and asked for messages by
+/// A set of named catalogs, loaded from XMC files for one wanted locale. Messages are looked up by
 /// catalog name and key.
 ///
-/// The choice among locales is made by `load` and not at lookup, so a set holds one text for a key;
-/// a second locale takes a second set. Loading adds to the set: of two texts for one key the one
-/// whose locale weighs more for the locale wanted last stays, and of two equals the later.
+/// The locale is chosen by `load`, not at lookup: a set holds one translation of each message, and
+/// a second locale needs a second set. Loading adds to the set. If a key is already present, the
+/// message whose locale ranks higher for the most recently requested locale wins; on a tie, the
+/// newer one does.
 ///
-/// Names, keys, paths and locales come in any of the three string widths; the 16- and 32-bit forms
-/// convert to UTF-8 and behave alike. A reference from a lookup is valid as long as the catalog
+/// Names, keys, paths and locales may have any of the three string widths; the 16- and 32-bit forms
+/// convert to UTF-8 and behave the same. A reference from a lookup is valid as long as the catalog
 /// lives and no load replaces that entry.
 ///
-/// Loading reports by `result_type`, a lookup that finds nothing gives a shared nil object, and
-/// neither raises. A copy shares its catalogs with its source, so a set and its copies belong to
-/// one thread.
+/// Loading reports errors by its `result_type`, and a lookup that finds nothing returns a shared
+/// nil object; neither raises an exception. A copy shares its catalogs with the original, whose
+/// use counts are not atomic: a set and its copies belong to one thread.
 class TOVA_API message_catalogs {
 public:
     using catalog_map = std::map<strings::ustring8, memory::pointers::shared_pointer<catalog_t>>;
@@ -39,6 +53,21 @@ public:
     using message_iterator = std::map<strings::ustring8, message_t>::const_iterator;
 
     /// How a load ended. The numbers are stored and compared.
+    ///
+    /// `xmc_file_loader` has an enumeration of its own for the errors of one file, with more kinds
+    /// and other numbers from 4 on. Side by side:
+    ///
+    /// | Set | | Loader | |
+    /// |--:|---|--:|---|
+    /// | 0 | `no_error` | 0 | `no_error` |
+    /// | 1 | `no_catalog` | 1 | `no_catalog` |
+    /// | 2 | `no_default_locale` | 2 | `no_default_locale` |
+    /// | 3 | `file_not_found` | 3 | `file_not_found` |
+    /// | 4 | `directory_not_found` | | found by the set itself |
+    /// | 5 | `entity_not_found` | | found by the set itself |
+    /// | 6 | `xml_error` | 4 | `xml_error` |
+    /// | 7 | `invalid_xmc` | 5 to 13 | `invalid_attribute` to `catalog_not_closed` |
+    /// | 8 | `unexpected` | 14 | `unexpected`, and any other number |
     enum error_type : int {
         no_error = 0,
         no_catalog = 1,
@@ -51,25 +80,25 @@ public:
         unexpected = 8
     };
 
-    /// The outcome of a load: a kind and a finished text, which names the innermost fault first and
+    /// The outcome of a load: its kind and a message for the user, which names the error first and
     /// the file last.
     class TOVA_API result_type {
     public:
-        /// That kind, with the message of `format_message(kind, text)`.
+        /// An outcome of that kind, with the message of `format_message(kind, text)`.
         result_type(error_type kind, const strings::ustring8& text);
-        /// The outcome of one file: kind and message of `format_message(fault)`.
-        result_type(const _private::xmc_file_loader::load_error& fault);
+        /// The outcome of one file: kind and message of `format_message(error)`.
+        result_type(const _private::xmc_file_loader::load_error& error);
         result_type(const result_type&) = default;
         result_type& operator=(const result_type&) = default;
         ~result_type() TOVA_NOTHROW;
 
-        /// The line for a kind. Kinds that only a file can cause (2, 6, 7, 8),
-        /// and numbers outside the enumeration, give a line that begins with "unknown, or unhandle
-        /// case happened! ". Never fails.
+        /// The message for a kind; `text` is the path that it names. Kinds that only a file can
+        /// cause (2, 6, 7, 8), and numbers outside the enumeration, have a message that begins with
+        /// "unknown, or unhandle case happened! ". Never fails.
         strings::ustring8 format_message(error_type kind, const strings::ustring8& text);
-        /// A fixed line with the message of the fault below it. Sets `type` to the kind that stands
-        /// for the fault's.
-        strings::ustring8 format_message(const _private::xmc_file_loader::load_error& fault);
+        /// A fixed line, followed by the message of the error. Contract: also sets `type` to the
+        /// kind that belongs to the error's, as in the table above. Never fails.
+        strings::ustring8 format_message(const _private::xmc_file_loader::load_error& error);
 
         error_type type;
         strings::ustring8 message;
@@ -82,7 +111,7 @@ public:
 
     message_catalogs& operator=(const message_catalogs& other);
     message_catalogs& assign(const message_catalogs& other);
-    /// Drops all catalogs; the resolve container stays.
+    /// Removes all catalogs. The resolve container stays.
     message_catalogs& operator=(const types::nil_t&);
     message_catalogs& assign(const types::nil_t&);
 
@@ -96,13 +125,13 @@ public:
 
     /// Loads a file, or a directory with all directories below it.
     ///
-    /// Returns kind 5 for a path that is neither, kind 1 if all went well and the set is empty
-    /// nevertheless, else what `load_file` or `load_directory` gave.
+    /// Returns error 5 for a path that is neither, error 1 if the load succeeded but the whole set
+    /// is empty, and otherwise the outcome of `load_file` or `load_directory`.
     result_type load(const strings::ustring8& path, const strings::ustring8& locale);
     result_type load(const strings::ustring16& path, const strings::ustring16& locale);
     result_type load(const strings::ustring32& path, const strings::ustring32& locale);
-    /// The same for the catalog of that name alone. An empty name stands for all. An empty locale
-    /// is accepted here and leaves the locales "." and "en".
+    /// The same for the catalog of that name alone; an empty name means all catalogs. An empty
+    /// locale is accepted here, and the locales "." and "en" are read.
     result_type load(const strings::ustring8& path, const strings::ustring8& locale,
                      const strings::ustring8& catalog_id);
     result_type load(const strings::ustring16& path, const strings::ustring16& locale,
@@ -110,8 +139,8 @@ public:
     result_type load(const strings::ustring32& path, const strings::ustring32& locale,
                      const strings::ustring32& catalog_id);
 
-    /// Loads files and directories in order, up to the first that gives a kind other than 0. What
-    /// was loaded before it stays. Returns the last outcome, and kind 0 for an empty list.
+    /// Loads files and directories in order, up to the first error. What was loaded before it
+    /// stays. Returns the last outcome, and kind 0 for an empty list.
     result_type load(const std::vector<strings::ustring8>& paths, const strings::ustring8& locale);
     result_type load(const std::vector<strings::ustring16>& paths,
                      const strings::ustring16& locale);
@@ -143,9 +172,9 @@ public:
                      const strings::ustring32& catalog_id);
 
     /// Loads each file of a directory whose name ends in ".xmc" or ".xml", in any letter case, and
-    /// of each directory below it, in the order of the file system, up to the first fault. What was
-    /// loaded before it stays. Returns kind 4 for a missing directory, and kind 0 if there is no
-    /// such file.
+    /// those of each directory below it, in the order of the file system, up to the first error.
+    /// What was loaded before it stays. Returns error 4 for a missing directory, and kind 0 if
+    /// there is no such file.
     result_type load_directory(const strings::ustring8& directory, const strings::ustring8& locale);
     result_type load_directory(const strings::ustring16& directory,
                                const strings::ustring16& locale);
@@ -153,8 +182,8 @@ public:
                                const strings::ustring32& locale);
     /// The same for the catalog of that name alone.
     ///
-    /// Contract: a missing directory gives kind 0 here. Programs scan optional directories for one
-    /// catalog without asking first whether they are there.
+    /// Contract: returns kind 0 for a missing directory. Programs scan optional directories for one
+    /// catalog without testing first whether they exist.
     result_type load_directory(const strings::ustring8& directory, const strings::ustring8& locale,
                                const strings::ustring8& catalog_id);
     result_type load_directory(const strings::ustring16& directory,
@@ -164,8 +193,8 @@ public:
                                const strings::ustring32& locale,
                                const strings::ustring32& catalog_id);
 
-    /// Loads one file. A file with a fault leaves the set as it was. Returns kind 2 for an empty
-    /// locale.
+    /// Loads one file. An error leaves the set as it was. Returns error 2 for an empty locale,
+    /// error 3 for a missing file, and errors 1 and 6 to 8 for what is in it.
     result_type load_file(const strings::ustring8& file, const strings::ustring8& locale);
     result_type load_file(const strings::ustring16& file, const strings::ustring16& locale);
     result_type load_file(const strings::ustring32& file, const strings::ustring32& locale);
@@ -180,8 +209,9 @@ public:
     bool has_catalog(const strings::ustring8& name) const;
     bool has_catalog(const strings::ustring16& name) const;
     bool has_catalog(const strings::ustring32& name) const;
-    /// Whether the catalog holds a message that came from that locale, after "." and "-" in the
-    /// locale were made "_" (a locale of one byte is taken as it is). False for an empty locale.
+    /// Whether the catalog holds a message of that locale. Every "." and "-" in the locale is taken
+    /// as "_" first, unless it is one byte long. False for an empty locale. Contract: the locales
+    /// of the messages are not changed, so one that was written as "de-DE" is never found.
     bool has_catalog(const strings::ustring8& name, const strings::ustring8& locale) const;
     bool has_catalog(const strings::ustring16& name, const strings::ustring16& locale) const;
     bool has_catalog(const strings::ustring32& name, const strings::ustring32& locale) const;
@@ -195,7 +225,7 @@ public:
     bool has_message(const strings::ustring16& catalog, const strings::ustring16& key) const;
     bool has_message(const strings::ustring32& catalog, const strings::ustring32& key) const;
     /// The message; `s_nil_message` if the catalog is absent, and the nil message of `catalog_t` if
-    /// the key is. Both are equal to `types::nil` and render as an empty text.
+    /// the key is. Both are equal to `types::nil` and render as the empty string.
     const message_t& message(const strings::ustring8& catalog, const strings::ustring8& key) const;
     const message_t& message(const strings::ustring16& catalog,
                              const strings::ustring16& key) const;
@@ -226,13 +256,13 @@ public:
     message_iterator end(const strings::ustring16& name) const;
     message_iterator end(const strings::ustring32& name) const;
 
-    /// Drops all catalogs, or the one of that name, if any.
+    /// Removes all catalogs, or the one of that name, if any.
     void erase();
     void erase(const strings::ustring8& name);
     void erase(const strings::ustring16& name);
     void erase(const strings::ustring32& name);
 
-    /// What a failed lookup gives. Built while the library is loaded, and read-only.
+    /// What a failed lookup returns. Built while the library is loaded; nobody changes them.
     static catalog_t s_nil_catalog;
     static message_t s_nil_message;
 

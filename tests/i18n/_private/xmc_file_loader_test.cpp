@@ -435,13 +435,29 @@ TEST(ParseFile, NamesAMissingFileWithoutAFileLine) {
               seen(loader.parse("no/such.xmc", "en")));
 }
 
+TEST(ParseFile, ReturnsKindThreeForALinkThatLeadsNowhere) {
+    const temporary_directory files;
+    const std::string dangling = files.path("dangling.xmc");
+    const std::string circle = files.path("circle.xmc");
+    ASSERT_EQ(0, ::symlink("nowhere", dangling.c_str()));
+    ASSERT_EQ(0, ::symlink("circle.xmc", circle.c_str()));
+    for (const std::string& path : {dangling, circle, files.path("dangling.xmc/a.xmc")}) {
+        xmc_file_loader loader;
+        EXPECT_EQ(outcome(3, front + "File \"" + path + "\" was not found on disk"),
+                  seen(loader.parse(path, "en")));
+    }
+}
+
 TEST(ParseFile, TakesWhatCannotBeReadForEmpty) {
     const temporary_directory files;
     const std::string target = files.write("target.xmc", xmc(catalog("c", "en", "")));
     const std::string link = files.path("link.xmc");
     ASSERT_EQ(0, ::symlink(target.c_str(), link.c_str()));
     const std::string empty = files.write("empty.xmc", "");
-    for (const std::string& path : {link, empty, files.path(), std::string("/proc/self/status")}) {
+    const std::string folder_link = files.path("folder.xmc");
+    ASSERT_EQ(0, ::symlink(".", folder_link.c_str()));
+    for (const std::string& path :
+         {link, empty, files.path(), folder_link, std::string("/proc/self/status")}) {
         xmc_file_loader loader;
         EXPECT_EQ(outcome(4, front + "Valid XML header not found\n at line: \"0\"\n in file: \"" +
                                  path + "\""),

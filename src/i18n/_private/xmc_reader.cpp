@@ -1,0 +1,130 @@
+#include "i18n/_private/xmc_reader.hpp"
+
+#include "i18n/_private/xmc_grammar.hpp"
+#include <tova/parser/xml_token_stream.hpp>
+
+namespace TOVA_2_18 {
+namespace i18n {
+namespace detail {
+
+using _private::xmc_file_loader;
+using parser::xml_parser;
+using parser::xml_token_stream;
+using strings::ustring8;
+using load_error = xmc_reader::load_error;
+using token = token_cursor::token;
+
+namespace {
+
+load_error included_by_itself(const ustring8& path) {
+    load_error error(xmc_file_loader::unexpected, "");
+    error.message += "\n in an include of a file by itself: \"" + path + "\"";
+    return error;
+}
+
+load_error in_file(load_error error, const ustring8& path) {
+    error.append_error_stack(load_error::in_file, path);
+    return error;
+}
+
+// Contract: both separators count on every platform, and so does a drive letter, so that one
+// catalog serves programs on all of them. The name isn't empty.
+bool is_used_as_written(const ustring8& file) {
+    return file[0] == '/' || file[0] == '\\' || (file.size() >= 3 && file[1] == ':');
+}
+
+}  // namespace
+
+load_error xmc_reader::read_file(const ustring8& path) const {
+    const xmc_source source(path, m_source);
+    if (!source.exists())
+        return load_error(xmc_file_loader::file_not_found, path);
+    if (source.is_included_by_itself())
+        return included_by_itself(path);
+
+    const ustring8 bytes = source.read();
+    m_state.base_directory = source.directory();
+    return xmc_reader(m_state, &source).read_bytes(bytes, path);
+}
+
+load_error xmc_reader::read_bytes(const ustring8& bytes, const ustring8& path) const {
+    xml_token_stream stream;
+    const xml_parser::parse_error xml_error = stream.parse(bytes);
+    if (xml_error.type != xml_parser::parse_error::no_error)
+        return in_file(load_error(xmc_file_loader::xml_error, xml_error), path);
+
+    const xml_token_stream& tokens = stream;
+    token_cursor::iterator position = tokens.begin();
+    token_cursor cursor(position, tokens.end());
+    if (cursor.at_end())
+        return load_error(xmc_file_loader::unexpected, "Nothing of interest in the file.");
+    try {
+        return read_root(cursor, path);
+    } catch (const load_error& error) {
+        return in_file(error, path);
+    }
+}
+
+bool xmc_reader::is_catalog_wanted(const ustring8& name) const {
+    return m_state.catalog_id.empty() || name == m_state.catalog_id;
+}
+
+load_error xmc_reader::read_root(token_cursor& cursor, const ustring8& path) const {
+    skip_ignorable(cursor);
+    read_header(cursor);
+    skip_ignorable(cursor);
+
+    bool is_anything_read = false;
+    while (true) {
+        if (cursor.is_at(token::element_start, "catalog"))
+            keep_catalog(cursor);
+        else if (cursor.is_at(token::element_start, "include"))
+            follow_include(cursor);
+        else
+            break;
+        skip_ignorable(cursor);
+        is_anything_read = true;
+    }
+
+    // What follows the end of the root is not looked at.
+    if (!cursor.at_end() && !cursor.is_at(token::element_end, "xmc"))
+        throw load_error(xmc_file_loader::invalid_element, cursor.value());
+    // Contract: a catalog that was skipped counts as read. A root with nothing in it is valid, so
+    // its error is returned rather than thrown and gets no line for the file.
+    return is_anything_read ? load_error(xmc_file_loader::no_error, "")
+                            : load_error(xmc_file_loader::no_catalog, path);
+}
+
+void xmc_reader::keep_catalog(token_cursor& cursor) const {
+    const catalog_tag tag = read_catalog_tag(cursor);
+    const unsigned int weight =
+        is_catalog_wanted(tag.name) ? locale_weight(m_state.locales, tag.locale) : 0;
+    if (weight != 0)
+        read_messages(cursor, tag, [&](const message_t& message) {
+            keep_message(m_state.catalogs, m_state.locales, tag.name, message, weight);
+        });
+    else
+        skip_messages(cursor);
+    read_catalog_end(cursor, tag);
+}
+
+void xmc_reader::follow_include(token_cursor& cursor) const {
+    read_include(cursor, [this](const ustring8& name) { read_included_file(name); });
+}
+
+void xmc_reader::read_included_file(const ustring8& name) const {
+    if (name.empty())
+        throw load_error(xmc_file_loader::file_not_found, "");
+
+    // Contract: the base directory is restored only after a success. An error ends the whole load.
+    const ustring8 base_directory = m_state.base_directory;
+    const ustring8 path = is_used_as_written(name) ? name : base_directory + name;
+    const load_error result = read_file(path);
+    if (result.type != xmc_file_loader::no_error)
+        throw load_error(result);
+    m_state.base_directory = base_directory;
+}
+
+}  // namespace detail
+}  // namespace i18n
+}  // namespace TOVA_2_18

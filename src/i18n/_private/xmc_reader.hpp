@@ -1,0 +1,57 @@
+/// @file
+/// The way of one file through a load: read its bytes, interpret its tokens, keep its messages.
+///
+/// A reader lives on the stack while its file, and the files that it includes, are read. It belongs
+/// to one thread.
+#pragma once
+
+#include "i18n/_private/token_cursor.hpp"
+#include "i18n/_private/xmc_merge.hpp"
+#include "i18n/_private/xmc_source.hpp"
+#include "i18n/locale_list.hpp"
+#include <tova/i18n/_private/xmc_file_loader.hpp>
+#include <tova/strings/ustring.hpp>
+
+namespace TOVA_2_18 {
+namespace i18n {
+namespace detail {
+
+// The state of a load. Its loader holds it, and all files of the load share it.
+struct load_state {
+    const locale_list& locales;
+    read_catalogs& catalogs;
+    strings::ustring8& base_directory;    // of the file being read, with its final separator
+    const strings::ustring8& catalog_id;  // the only catalog to read; all of them if it is empty
+};
+
+class xmc_reader {
+public:
+    using load_error = _private::xmc_file_loader::load_error;
+
+    // A reader for the tokens of a file. The source is null if they don't come from disk.
+    explicit xmc_reader(const load_state& state, const xmc_source* source = nullptr)
+        : m_state(state), m_source(source) {}
+
+    // Reads another file from disk, which the source includes. Errors are returned.
+    load_error read_file(const strings::ustring8& path) const;
+
+    // Reads the bytes of the file; the path is only named in messages. Errors are returned.
+    load_error read_bytes(const strings::ustring8& bytes, const strings::ustring8& path) const;
+
+    // The children of the root, each from its start. Errors are thrown.
+    void keep_catalog(token_cursor& cursor) const;
+    void follow_include(token_cursor& cursor) const;
+
+    bool is_catalog_wanted(const strings::ustring8& name) const;
+
+private:
+    load_error read_root(token_cursor& cursor, const strings::ustring8& path) const;
+    void read_included_file(const strings::ustring8& name) const;
+
+    const load_state m_state;
+    const xmc_source* const m_source;
+};
+
+}  // namespace detail
+}  // namespace i18n
+}  // namespace TOVA_2_18

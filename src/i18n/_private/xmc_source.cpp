@@ -1,0 +1,75 @@
+#include "i18n/_private/xmc_source.hpp"
+
+#include <tova/system/files.hpp>
+
+#include <cstddef>
+#include <stdexcept>
+
+namespace TOVA_2_18 {
+namespace i18n {
+namespace detail {
+
+using strings::ustring8;
+
+namespace {
+
+const off_t largest_file = 0x7fffffff;  // bytes, the limit of `system::load_file`
+
+bool is_same(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+bool is_same_directory(const ustring8& a, const ustring8& b) {
+    struct stat status_a;
+    struct stat status_b;
+    return ::stat(a.c_str(), &status_a) == 0 && ::stat(b.c_str(), &status_b) == 0 &&
+           is_same(status_a, status_b);
+}
+
+}  // namespace
+
+xmc_source::xmc_source(const ustring8& path, const xmc_source* includer)
+    : m_path(path), m_includer(includer), m_status(), m_exists(false) {
+    if (::lstat(path.c_str(), &m_status) != 0)
+        return;
+    struct stat target;
+    m_exists = !S_ISLNK(m_status.st_mode) || ::stat(path.c_str(), &target) == 0;
+}
+
+// The same file in the same directory includes the same files again, without end. A file that is
+// linked into two directories is two files here, since its relative includes lead elsewhere. A
+// symbolic link is never found: it reads as empty and includes nothing.
+bool xmc_source::is_included_by_itself() const {
+    for (const xmc_source* outer = m_includer; outer != nullptr; outer = outer->m_includer)
+        if (is_same(m_status, outer->m_status) &&
+            is_same_directory(directory(), outer->directory()))
+            return true;
+    return false;
+}
+
+ustring8 xmc_source::directory() const {
+    const auto separator = m_path.find_last_of("\\/");
+    return separator == ustring8::npos ? ustring8("./") : ustring8(m_path, 0, separator + 1);
+}
+
+// Contract: the NUL byte is part of what is parsed, so that the last token of a file is often a
+// piece of text that holds it, and an XML error at the end may quote it.
+//
+// Contract: whether the file could be read is not looked at. A symbolic link, a directory or a file
+// without permission leaves the NUL byte alone, and it is the XML declaration that is missing then.
+ustring8 xmc_source::read() const {
+    ustring8 bytes;
+    if (m_status.st_size < largest_file)
+        bytes.reserve(static_cast<std::size_t>(m_status.st_size) + 1);  // the NUL byte fits, too
+    try {
+        system::load_file(m_path, bytes);
+    } catch (const std::length_error&) {
+        bytes.clear();  // a directory, or a device without a size
+    }
+    bytes.push_back('\0');
+    return bytes;
+}
+
+}  // namespace detail
+}  // namespace i18n
+}  // namespace TOVA_2_18
