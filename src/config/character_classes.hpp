@@ -1,3 +1,10 @@
+/// @file
+/// The character classes and the lowering that the tokenizer and the trees apply to every byte.
+///
+/// Letters, digits and lower case are those of the C library in the process's current locale. They
+/// are read from the library's tables, as its own macros do in C: a function call per byte would
+/// take most of the time of a lookup. The tables are indexed by a signed `char`; they reach from
+/// -128 to 255. Any thread may ask; one that changes the locale meanwhile changes the results.
 #pragma once
 
 #include <ctype.h>
@@ -6,15 +13,10 @@ namespace TOVA_2_18 {
 namespace config {
 namespace detail {
 
-// The character classes and the lowering that tokenizer and trees ask for each byte. `isalpha` and
-// its fellows are read from the C library's tables of the current locale, as its own macros do in
-// C: a call for each byte would take most of the time of a lookup. The tables are indexed by a
-// `char` with its sign, they reach from -128 to 255.
-
 inline bool is_separator(char character) {
     return character == '.' || character == '/' || character == '\\';
 }
-inline bool is_blank(char character) {
+inline bool is_space(char character) {
     return character == ' ';
 }
 inline bool is_letter(char character) {

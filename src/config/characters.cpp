@@ -1,8 +1,8 @@
 #include <tova/config/characters.hpp>
 
-#include <cstring>
-
 #include "config/character_classes.hpp"
+
+#include <cstring>
 
 namespace TOVA_2_18 {
 namespace config {
@@ -16,7 +16,7 @@ bool isConfigWhite(char character) {
 }
 
 bool isConfigSpace(char character) {
-    return detail::is_blank(character);
+    return detail::is_space(character);
 }
 
 bool isConfigAlpha(char character) {
@@ -28,7 +28,7 @@ bool isConfigDigit(char character) {
 }
 
 bool isConfigDelim(char character) {
-    // Contract: the search meets the terminator as well, so the byte 0 is a delimiter.
+    // Contract: the search also finds the terminator, so the byte 0 is a delimiter.
     return std::strchr(" +-*^/%=;(),<>~&|{}\n\t[]?$", character) != nullptr || character == '\r';
 }
 

@@ -1,11 +1,14 @@
 #include <tova/config/commandline_item.hpp>
 
+#include <tova/generic/varg_list.hpp>
+#include <tova/strings/split.hpp>
+
+#include "config/heap_mark.hpp"
+#include "config/node_flags.hpp"
+
 #include <iostream>
 #include <string>
 #include <vector>
-
-#include <tova/generic/varg_list.hpp>
-#include <tova/strings/split.hpp>
 
 namespace TOVA_2_18 {
 
@@ -17,11 +20,18 @@ namespace {
 
 typedef config_token::tok_types tok_types;
 
-// How the key of an option ends.
-enum class key_end { argument, separator, plain_value };
+// What ends the key of an option, and so where its values are.
+enum class key_end {
+    argument,     // the end of the argument: in the following arguments, if any
+    separator,    // `=`, `:` and the like: in the rest of this argument, commas separate them
+    plain_value,  // `$`: the rest of this argument is one value
+};
 
-// Reads the options of a command line into an item. One token serves for the whole run, as a blank
-// stands for the piece in front of it, wherever that was.
+// Reads the options of a command line into an item.
+//
+// It uses the copying form of the tokenizer and one token for the whole run: a token of spaces
+// keeps the text of the token before it, which may be from an earlier argument, and that text
+// becomes part of the key or value.
 class option_reader {
 public:
     option_reader(commandline_item& item, unsigned int argc, const char* const* argv)
@@ -47,8 +57,8 @@ private:
 
     tok_types next() { return m_item.get_token(m_text, m_position, m_token); }
 
-    static bool is_sign(tok_types type, const config_token& token, const char* sign) {
-        return type == config_token::T_NON_ALPHA_NUM && token.text == sign;
+    bool is_sign(tok_types type, const char* sign) const {
+        return type == config_token::T_NON_ALPHA_NUM && m_token.text == sign;
     }
 
     void read_option() {
@@ -57,7 +67,7 @@ private:
         ustring8 key;
         switch (read_key(key)) {
         case key_end::plain_value:
-            m_item.set(key, types::variant(rest_of_text()), 0);
+            m_item.set(key, types::variant(rest_of_text()), detail::no_flags);
             break;
         case key_end::separator:
             read_attached_values(key);
@@ -87,14 +97,14 @@ private:
                 key += m_token.text[0];
                 return key_end::separator;
             default:
-                if (is_sign(type, m_token, "$"))
+                if (is_sign(type, "$"))
                     return key_end::plain_value;
                 key += m_token.text;
             }
         }
     }
 
-    // All pieces of the text from the present position on.
+    // The text of all tokens from the current position on.
     ustring8 rest_of_text() {
         ustring8 value;
         while (next() != config_token::T_END)
@@ -113,7 +123,7 @@ private:
         generic::varg_list values;
         ustring8 value;
         for (tok_types type = next(); type != config_token::T_END; type = next()) {
-            if (is_sign(type, m_token, ",")) {
+            if (is_sign(type, ",")) {
                 values.push_back(generic::argument(types::variant(value)));
                 value.clear();
             } else {
@@ -126,14 +136,14 @@ private:
     // -k, -k a and -k a b
     void read_following_values(const ustring8& key) {
         if (!has_argument(m_index + 1) || begins_option(m_index + 1)) {
-            // Contract: a flag is stored by the line form, as a key with an empty text and the word
-            // 1. A quoted "=" in it divides it again.
-            m_item.set(key, 1);
+            // Contract: a flag is stored by the form of `set` that reads a line, so it gets the
+            // empty string and the flags word 1, and a "=" that was quoted splits it after all.
+            m_item.set(key, detail::value_bit);
             return;
         }
         generic::varg_list values;
         ustring8 value = whole_argument(++m_index);
-        // Contract: from the second value on "-" alone ends the list, "/" begins a value.
+        // Contract: from the second value on, only "-" ends the list. A "/" starts a value.
         while (has_argument(m_index + 1) && m_argv[m_index + 1][0] != '-') {
             values.push_back(generic::argument(types::variant(value)));
             value = whole_argument(++m_index);
@@ -141,10 +151,10 @@ private:
         store(key, values, value);
     }
 
-    // One value, or with others in front of it the last of an array.
+    // Stores a single value, or the array of `values` with `last` added.
     void store(const ustring8& key, generic::varg_list& values, const ustring8& last) {
         if (values.empty()) {
-            m_item.set(key, types::variant(last), 0);
+            m_item.set(key, types::variant(last), detail::no_flags);
             return;
         }
         values.push_back(generic::argument(types::variant(last)));
@@ -160,31 +170,32 @@ private:
     config_token m_token;
 };
 
+// Sets the three keys of the program's name.
 void set_name(commandline_item& item, const std::string& path) {
     const std::vector<std::string> folders = strings::split_string(path, std::string("/"), 0);
     const std::string name = folders.empty() ? std::string() : folders.back();
-    item.set("application.name", types::variant(name), 0);
+    item.set("application.name", types::variant(name), detail::no_flags);
 
-    // Contract: the pieces are joined without the dots between them, and a name that ends in its
-    // only dot has no extension, as splitting opens no field behind it.
+    // Contract: the pieces are joined without the dots between them. A name that ends in its only
+    // dot has no extension, because a separator at the end starts no further piece.
     const std::vector<std::string> pieces = strings::split_string(name, std::string("."), 0);
     if (pieces.size() > 1)
-        item.set("application.name.extention", types::variant(pieces.back()), 0);
+        item.set("application.name.extention", types::variant(pieces.back()), detail::no_flags);
     std::string raw;
     for (std::vector<std::string>::size_type i = 0; i + 1 < pieces.size(); ++i)
         raw += pieces[i];
-    item.set("application.name.raw", types::variant(raw), 0);
+    item.set("application.name.raw", types::variant(raw), detail::no_flags);
 }
 
 }  // namespace
 
 commandline_item::commandline_item(unsigned int size, const char* const* arguments)
-    : base_config_item(), argc(size), argv(arguments) {
+    : base_config_item(), m_argc(size), m_argv(arguments) {
     id = "command line";
 }
 
 commandline_item::commandline_item(const commandline_item& other)
-    : base_config_item(other), argc(other.argc), argv(other.argv) {
+    : base_config_item(other), m_argc(other.m_argc), m_argv(other.m_argv) {
     id = "command line";
 }
 
@@ -195,11 +206,11 @@ bool commandline_item::load(const config_item_list&) {
 }
 
 bool commandline_item::load() {
-    if (argv == nullptr)
+    if (m_argv == nullptr)
         return true;
-    if (argv[0] != nullptr)
-        set_name(*this, argv[0]);
-    option_reader(*this, argc, argv).read();
+    if (m_argv[0] != nullptr)
+        set_name(*this, m_argv[0]);
+    option_reader(*this, m_argc, m_argv).read();
     return true;
 }
 
@@ -208,17 +219,15 @@ void commandline_item::unload() {
 }
 
 commandline_item* commandline_item::clone() const {
-    commandline_item* const copy = new commandline_item(*this);
-    copy->allocated = true;
-    return copy;
+    return detail::with_heap_mark(new commandline_item(*this));
 }
 
 unsigned int commandline_item::get_argc() {
-    return argc;
+    return m_argc;
 }
 
 const char* const* commandline_item::get_argv() {
-    return argv;
+    return m_argv;
 }
 
 }  // namespace config

@@ -1,5 +1,7 @@
 #include <tova/config/config_manager.hpp>
 
+#include "config/node_flags.hpp"
+
 #include <ostream>
 #include <set>
 
@@ -9,49 +11,38 @@ using strings::ustring8;
 
 namespace config {
 
-namespace {
-
-const unsigned int array_bits = 3;
-const unsigned int alias_bit = 4;
-
-bool is_array_head(const config_node& node) {
-    return (node.first & array_bits) == array_bits;
-}
-
-}  // namespace
-
-config_manager::config_manager() : items(), dispatch(nullptr) {}
+config_manager::config_manager() : m_items(), m_dispatch(nullptr) {}
 
 config_manager::~config_manager() TOVA_NOTHROW {
-    delete dispatch;
+    delete m_dispatch;
 }
 
 bool config_manager::init(const config_dispatch& dispatcher) {
-    delete dispatch;
-    dispatch = nullptr;
-    items.clear();
-    dispatch = dispatcher.clone();
-    return dispatch->setup(items);
+    delete m_dispatch;
+    m_dispatch = nullptr;
+    m_items.clear();
+    m_dispatch = dispatcher.clone();
+    return m_dispatch->setup(m_items);
 }
 
 bool config_manager::load() {
-    if (dispatch == nullptr)
+    if (m_dispatch == nullptr)
         return false;
-    dispatch->load(items);
+    m_dispatch->load(m_items);
     return true;
 }
 
 bool config_manager::unload() {
-    if (dispatch == nullptr)
+    if (m_dispatch == nullptr)
         return false;
-    dispatch->unload(items);
+    m_dispatch->unload(m_items);
     return true;
 }
 
 bool config_manager::save() {
-    if (dispatch == nullptr)
+    if (m_dispatch == nullptr)
         return false;
-    dispatch->save(items);
+    m_dispatch->save(m_items);
     return true;
 }
 
@@ -59,27 +50,27 @@ types::variant config_manager::get_value(const ustring8& key, types::variant def
     const ustring8* current = &key;
     std::set<ustring8> visited;
     ustring8 target;
-    for (config_item_list::const_iterator item = items.begin(); item != items.end();) {
+    for (config_item_list::const_iterator item = m_items.begin(); item != m_items.end();) {
         const config_node* const node = (*item)->get_value(*current);
         if (node == nullptr) {
             ++item;
             continue;
         }
-        if (is_array_head(*node)) {
+        if (detail::is_array(*node)) {
             const config_node* const first = (*item)->get_value(*current + ".0");
             return first == nullptr ? types::variant() : first->second;
         }
-        if ((node->first & alias_bit) == 0)
+        if (!detail::is_alias(*node))
             return node->second;
 
-        // Contract: a circle ends with the value of the last alias in it, not with the default. The
-        // keys are compared as they stand, so one written in other letters goes round once more.
+        // Contract: a cycle ends with the value of its last alias, not with the default. Keys are
+        // compared as they are written, so one in other letters goes around once more.
         visited.insert(*current);
         target = node->second.as_string();
         if (visited.count(target) != 0)
             return node->second;
         current = &target;
-        item = items.begin();
+        item = m_items.begin();
     }
     return default_value;
 }
@@ -89,18 +80,18 @@ bool config_manager::value_exist(const ustring8& key) {
 }
 
 bool config_manager::is_array(const ustring8& key) {
-    for (const memory::pointers::rc_pointer<base_config_item>& item : items) {
+    for (const memory::pointers::rc_pointer<base_config_item>& item : m_items) {
         const config_node* const node = item->get_value(key);
-        if (node != nullptr && is_array_head(*node))
+        if (node != nullptr && detail::is_array(*node))
             return true;
     }
     return false;
 }
 
 void config_manager::get_array(const ustring8& key, std::vector<types::variant>& out) {
-    for (const memory::pointers::rc_pointer<base_config_item>& item : items) {
+    for (const memory::pointers::rc_pointer<base_config_item>& item : m_items) {
         const config_node* const node = item->get_value(key);
-        if (node == nullptr || !is_array_head(*node))
+        if (node == nullptr || !detail::is_array(*node))
             continue;
         config_node_list elements;
         item->get_array(key, elements);
@@ -113,7 +104,7 @@ void config_manager::get_array(const ustring8& key, std::vector<types::variant>&
 void config_manager::get_key_value_array(const ustring8& key,
                                          std::vector<std::pair<ustring8, types::variant>>& out,
                                          bool recursive) {
-    for (const memory::pointers::rc_pointer<base_config_item>& item : items) {
+    for (const memory::pointers::rc_pointer<base_config_item>& item : m_items) {
         if (item->get_value(key) == nullptr)
             continue;
         config_node_list nodes;
@@ -125,7 +116,7 @@ void config_manager::get_key_value_array(const ustring8& key,
 }
 
 memory::pointers::rc_pointer<base_config_item> config_manager::get_config_item(const ustring8& id) {
-    for (const memory::pointers::rc_pointer<base_config_item>& item : items)
+    for (const memory::pointers::rc_pointer<base_config_item>& item : m_items)
         if (item->get_id() == id)
             return item;
     return memory::pointers::rc_pointer<base_config_item>();
@@ -133,7 +124,7 @@ memory::pointers::rc_pointer<base_config_item> config_manager::get_config_item(c
 
 std::ostream& config_manager::dump(std::ostream& out) {
     out << "config_manager:\n";
-    for (const memory::pointers::rc_pointer<base_config_item>& item : items) {
+    for (const memory::pointers::rc_pointer<base_config_item>& item : m_items) {
         out << "\nconfig_item:\n";
         item->dump(out);
     }

@@ -1,12 +1,27 @@
+// A tree of nodes. Every node is a `config_tree` with two fields: its children by name, and a pair
+// of flags word and value. The sources store through tree_nodes.hpp, users through the class.
+//
+// A key is split into lowered segments (key_segments.hpp), and each segment is one lookup in the
+// children of the node before it. `find_node` stops at a missing child, `make_node` adds it.
+//
+// Invariants:
+//   - Names are lower case and hold no separator, so a path of names joined by "." is a key.
+//   - Children are on the heap with their heap mark set, so the map's pointers own them. Copies
+//     keep null pointers, which the map itself allows.
+//   - Nothing recurses. Copying, listing, dumping and destroying keep a list of what is left to do,
+//     so memory alone limits the depth of a tree, not the stack.
+//   - A copy that fails for lack of memory leaves the target's children as they were.
 #include <tova/config/config_tree.hpp>
-
-#include <new>
-#include <ostream>
 
 #include <tova/generic/convert/x_to_str.hpp>
 
-#include "config/config_tree_access.hpp"
+#include "config/heap_mark.hpp"
 #include "config/key_segments.hpp"
+#include "config/node_flags.hpp"
+#include "config/tree_nodes.hpp"
+
+#include <new>
+#include <ostream>
 
 namespace TOVA_2_18 {
 
@@ -16,70 +31,68 @@ namespace config {
 
 namespace {
 
-const unsigned int has_value = 1;
-const unsigned int is_array_head = 2;
-
 typedef memory::pointers::rc_pointer<config_tree> tree_pointer;
-typedef detail::config_tree_access access;
-typedef access::children_type children_type;
+typedef detail::tree_fields fields;
+typedef fields::children_type children_type;
 
-tree_pointer marked(config_tree* tree) {
-    tree->allocated = true;
-    return tree_pointer(tree);
+tree_pointer held(config_tree* tree) {
+    return tree_pointer(detail::with_heap_mark(tree));
 }
 
+// Returns the child of that name, which is added if it is missing.
 config_tree& child_named(config_tree& tree, const ustring8& name) {
-    children_type& children = access::children(tree);
+    children_type& children = fields::children(tree);
     children_type::iterator place = children.lower_bound(name);
     if (place == children.end() || children.key_comp()(name, place->first))
-        place = children.insert(place, children_type::value_type(name, marked(new config_tree)));
+        place = children.insert(place, children_type::value_type(name, held(new config_tree)));
     return *place->second;
 }
 
-// Depth is no limit: no walk below calls itself, each keeps its own list of what is left to do.
-
+// Adds copies of the children of `source` to `target`, which has none. A leaf is copied at once; a
+// parent is copied without its children and put on the list.
 void copy_children(const config_tree& source, config_tree& target) {
     std::vector<std::pair<const config_tree*, config_tree*>> pending;
     pending.emplace_back(&source, &target);
     while (!pending.empty()) {
         const config_tree& from = *pending.back().first;
-        children_type& to = access::children(*pending.back().second);
+        children_type& to = fields::children(*pending.back().second);
         pending.pop_back();
-        for (const children_type::value_type& entry : access::children(from)) {
+        for (const children_type::value_type& entry : fields::children(from)) {
             if (!entry.second) {
                 to.insert(to.end(), entry);
                 continue;
             }
             const config_tree& child = *entry.second;
-            const bool is_leaf = access::children(child).empty();
-            const tree_pointer copy = marked(is_leaf ? new config_tree(child) : new config_tree);
+            const bool is_leaf = fields::children(child).empty();
+            const tree_pointer copy = held(is_leaf ? new config_tree(child) : new config_tree);
             to.insert(to.end(), children_type::value_type(entry.first, copy));
             if (!is_leaf) {
-                access::node(*copy) = access::node(child);
+                fields::node(*copy) = fields::node(child);
                 pending.emplace_back(&child, copy.get());
             }
         }
     }
 }
 
-// Removes all children of a tree, but first adds those that are themselves parents, and that nobody
-// else holds, to `parents`.
+// Removes all children of a tree. Those that would be destroyed by this and have children
+// themselves are added to `parents` first, so that no destructor runs inside another.
 void detach_children(config_tree& tree, std::vector<tree_pointer>& parents) {
-    children_type& children = access::children(tree);
+    children_type& children = fields::children(tree);
     for (const children_type::value_type& entry : children)
-        if (entry.second && entry.second->count == 1 && !access::children(*entry.second).empty())
+        if (entry.second && entry.second->count == 1 && !fields::children(*entry.second).empty())
             parents.push_back(entry.second);
     children.clear();
 }
 
+// One level of a walk in the order of a listing: the children of one node that are left to visit.
 struct listing_level {
     children_type::const_iterator next;
     children_type::const_iterator end;
-    ustring8::size_type prefix_size;
+    ustring8::size_type prefix_size;  // bytes of the path to that node
 };
 
 listing_level level_of(const config_tree& tree, ustring8::size_type prefix_size) {
-    const children_type& children = access::children(tree);
+    const children_type& children = fields::children(tree);
     return listing_level{children.begin(), children.end(), prefix_size};
 }
 
@@ -94,13 +107,13 @@ void list_children(const config_tree& tree, config_node_list& out, bool recursiv
         const children_type::value_type& entry = *level.next;
         ++level.next;
         name.resize(level.prefix_size);
-        // Contract: an empty prefix brings no ".", so what lies below a child of the root with the
-        // empty name is listed as if it lay in the root.
+        // Contract: no "." follows an empty prefix, so nodes below a child of the root with the
+        // empty name are listed like children of the root.
         if (!name.empty())
             name += '.';
         name += entry.first;
         const config_tree& child = *entry.second;
-        out.emplace_back(name, access::node(child));
+        out.emplace_back(name, fields::node(child));
         if (recursive)
             levels.push_back(level_of(child, name.size()));
     }
@@ -115,22 +128,19 @@ void indent(std::ostream& out, long depth) {
 
 namespace detail {
 
-config_tree* config_tree_access::find(const config_tree& tree, const ustring8& key) {
+const config_tree* find_node(const config_tree& tree, const ustring8& key) {
     const config_tree* found = &tree;
-    config_tree* below = nullptr;
     key_segments segments(key);
     ustring8 segment;
-    while (segments.next(segment)) {
-        const children_type::const_iterator place = found->children.find(segment);
-        if (place == found->children.end())
-            return nullptr;
-        below = place->second.get();
-        found = below;
+    while (found != nullptr && segments.next(segment)) {
+        const children_type& children = fields::children(*found);
+        const children_type::const_iterator place = children.find(segment);
+        found = place == children.end() ? nullptr : place->second.get();
     }
-    return below;
+    return found;
 }
 
-config_tree& config_tree_access::make(config_tree& tree, const ustring8& key) {
+config_tree& make_node(config_tree& tree, const ustring8& key) {
     config_tree* made = &tree;
     key_segments segments(key);
     ustring8 segment;
@@ -139,35 +149,36 @@ config_tree& config_tree_access::make(config_tree& tree, const ustring8& key) {
     return *made;
 }
 
-void config_tree_access::set(config_tree& tree, const types::variant& value, unsigned int flags) {
-    tree.node.first = flags | has_value;
-    tree.node.second = value;
+void set_value(config_tree& node, const types::variant& value, unsigned int flags) {
+    config_node& stored = fields::node(node);
+    stored.first = flags | value_bit;
+    stored.second = value;
 }
 
-void config_tree_access::set_elements(config_tree& parent, const generic::varg_list& values,
-                                      const generic::varg_list& flags) {
+void set_elements(config_tree& parent, const generic::varg_list& values,
+                  const generic::varg_list& flags) {
     for (unsigned long i = 0; i < values.count(); ++i) {
         config_tree& element =
             child_named(parent, generic::convert::to_str(static_cast<unsigned int>(i)));
         const types::variant& value = values[i].value();
         if (flags.empty())
-            set(element, value, 0);
+            set_value(element, value, no_flags);
         else if (i < flags.count())
-            set(element, value, flags[i].value().as_uint32());
+            set_value(element, value, flags[i].value().as_uint32());
         else
-            // Contract: a list of flags that is too short turns the rest of the values to numbers.
-            set(element, types::variant(value.as_uint32()), 0);
+            // Contract: a list of flags that is too short turns the other values into numbers.
+            set_value(element, types::variant(value.as_uint32()), no_flags);
     }
 }
 
 }  // namespace detail
 
-config_tree::config_tree() : children(), node(0, types::variant(true)) {}
+config_tree::config_tree() : m_children(), m_node(0, types::variant(true)) {}
 
 config_tree::config_tree(const config_tree& other)
     : generic::abilities::reference_count_pointer_ability<config_tree>(other),
-      generic::abilities::clone_ability(other), children(), node(other.node) {
-    if (!other.children.empty())
+      generic::abilities::clone_ability(other), m_children(), m_node(other.m_node) {
+    if (!other.m_children.empty())
         copy_children(other, *this);
 }
 
@@ -181,34 +192,32 @@ config_tree::~config_tree() TOVA_NOTHROW {
             detach_children(*next, parents);
         }
     } catch (const std::bad_alloc&) {
-        // Without memory for the list the nodes that are left go one inside the other.
+        // Without memory for the list, the nodes that are left are destroyed by recursion.
     }
 }
 
 config_tree* config_tree::clone() const {
-    config_tree* const copy = new config_tree(*this);
-    copy->allocated = true;
-    return copy;
+    return detail::with_heap_mark(new config_tree(*this));
 }
 
 config_tree& config_tree::operator=(const config_tree& other) {
     if (this == &other)
         return *this;
-    node.first = other.node.first;
-    node.second = other.node.second;
-    // The copies are made before the old children go, as `other` may be one of these.
+    m_node.first = other.m_node.first;
+    m_node.second = other.m_node.second;
+    // The copies are made before the old children are removed, as `other` may be one of these.
     children_type copies;
-    copies = other.children;
-    children.swap(copies);
+    copies = other.m_children;
+    m_children.swap(copies);
     return *this;
 }
 
 void config_tree::erase() {
-    children.clear();
+    m_children.clear();
 }
 
 void config_tree::set_node(const ustring8& key, const types::variant& value, unsigned int flags) {
-    detail::config_tree_access::set(detail::config_tree_access::make(*this, key), value, flags);
+    detail::set_value(detail::make_node(*this, key), value, flags);
 }
 
 void config_tree::parse_string(const ustring8& key, ustring8& head, ustring8& tail) const {
@@ -220,20 +229,20 @@ void config_tree::parse_string(const ustring8& key, ustring8& head, ustring8& ta
 }
 
 const config_node* config_tree::get_node(const ustring8& key) const {
-    const config_tree* const found = detail::config_tree_access::find(*this, key);
-    return found == nullptr ? nullptr : &found->node;
+    const config_tree* const found = detail::find_node(*this, key);
+    return found == nullptr ? nullptr : &found->m_node;
 }
 
 void config_tree::get_array(const ustring8& key, config_node_list& out) {
-    const config_tree* const head = detail::config_tree_access::find(*this, key);
-    if (head == nullptr || (head->node.first & is_array_head) == 0)
+    const config_tree* const head = detail::find_node(*this, key);
+    if (head == nullptr || (head->m_node.first & detail::array_bit) == 0)
         return;
     for (unsigned int i = 0;; ++i) {
         const ustring8 name = generic::convert::to_str(i);
-        const children_type::const_iterator element = head->children.find(name);
-        if (element == head->children.end())
+        const children_type::const_iterator element = head->m_children.find(name);
+        if (element == head->m_children.end())
             return;
-        out.emplace_back(name, element->second->node);
+        out.emplace_back(name, element->second->m_node);
     }
 }
 
@@ -243,7 +252,7 @@ void config_tree::get_value_pair_array(const ustring8& key, config_node_list& ou
         list_children(*this, out, recursive, prefix);
         return;
     }
-    const config_tree* const found = detail::config_tree_access::find(*this, key);
+    const config_tree* const found = detail::find_node(*this, key);
     if (found != nullptr)
         list_children(*found, out, recursive, ustring8());
 }
@@ -262,13 +271,13 @@ std::ostream& config_tree::dump(std::ostream& out, int depth) {
         const config_tree& child = *level.next->second;
         out << level.next->first << " : ";
         ++level.next;
-        if (child.node.first != 0)
-            out << generic::convert::to_str(child.node.first) << ' '
-                << child.node.second.as_string() << '\n';
+        if (!detail::is_step(child.m_node))
+            out << generic::convert::to_str(child.m_node.first) << ' '
+                << child.m_node.second.as_string() << '\n';
         else
             out << "true\n";
         indent(out, steps);
-        if (child.children.empty()) {
+        if (child.m_children.empty()) {
             out << "|\n";
         } else {
             out << "|---------------\\\n";

@@ -1,15 +1,18 @@
 #include <tova/config/enviroment_item.hpp>
 
+#include "config/heap_mark.hpp"
+#include "config/node_flags.hpp"
+
 namespace TOVA_2_18 {
 namespace config {
 
 enviroment_item::enviroment_item(const char* const* environment)
-    : base_config_item(), envp(environment) {
+    : base_config_item(), m_envp(environment) {
     id = "enviroment";
 }
 
 enviroment_item::enviroment_item(const enviroment_item& other)
-    : base_config_item(other), envp(other.envp) {
+    : base_config_item(other), m_envp(other.m_envp) {
     id = "enviroment";
 }
 
@@ -20,10 +23,10 @@ bool enviroment_item::load(const config_item_list&) {
 }
 
 bool enviroment_item::load() {
-    if (envp == nullptr)
+    if (m_envp == nullptr)
         return true;
-    for (const char* const* entry = envp; *entry != nullptr; ++entry)
-        set(strings::ustring8(*entry), 0);
+    for (const char* const* entry = m_envp; *entry != nullptr; ++entry)
+        set(strings::ustring8(*entry), detail::no_flags);
     return true;
 }
 
@@ -32,13 +35,11 @@ void enviroment_item::unload() {
 }
 
 enviroment_item* enviroment_item::clone() const {
-    enviroment_item* const copy = new enviroment_item(*this);
-    copy->allocated = true;
-    return copy;
+    return detail::with_heap_mark(new enviroment_item(*this));
 }
 
 const char* const* enviroment_item::get_envp() {
-    return envp;
+    return m_envp;
 }
 
 }  // namespace config

@@ -1,3 +1,7 @@
+/// @file
+/// What both dispatchers do with a list of sources: add to it, and call every source in order.
+///
+/// Nothing here keeps state; a list and its sources belong to one thread at a time.
 #pragma once
 
 #include <tova/config/base_config_item.hpp>
@@ -6,26 +10,25 @@ namespace TOVA_2_18 {
 namespace config {
 namespace detail {
 
-// What the dispatchers of the library do with each source, in list order.
+// Appends a source that is on the heap and has its heap mark set.
+inline void append(config_item_list& items, base_config_item* item) {
+    items.push_back(memory::pointers::rc_pointer<base_config_item>(item));
+}
 
+// Each source gets the whole list, since a file looks up its name in the sources before it.
 inline void load_each(config_item_list& items) {
-    for (memory::pointers::rc_pointer<base_config_item>& item : items)
+    for (const memory::pointers::rc_pointer<base_config_item>& item : items)
         item->load(items);
 }
 
 inline void unload_each(config_item_list& items) {
-    for (memory::pointers::rc_pointer<base_config_item>& item : items)
+    for (const memory::pointers::rc_pointer<base_config_item>& item : items)
         item->unload();
 }
 
 inline void save_each(config_item_list& items) {
-    for (memory::pointers::rc_pointer<base_config_item>& item : items)
+    for (const memory::pointers::rc_pointer<base_config_item>& item : items)
         item->save(items);
-}
-
-// Gives the list a source that lies on the heap and bears its mark.
-inline void append(config_item_list& items, base_config_item* item) {
-    items.push_back(memory::pointers::rc_pointer<base_config_item>(item));
 }
 
 }  // namespace detail

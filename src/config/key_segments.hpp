@@ -1,3 +1,12 @@
+/// @file
+/// Splits a key into the lower-case names of the nodes on its path.
+///
+///     key_segments segments("Net/Port");
+///     ustring8 name;
+///     while (segments.next(name))
+///         ...  // "net", then "port"
+///
+/// An object belongs to one thread; the key that it walks may be shared while nobody changes it.
 #pragma once
 
 #include <tova/strings/ustring.hpp>
@@ -8,8 +17,8 @@ namespace TOVA_2_18 {
 namespace config {
 namespace detail {
 
-// Writes the segment of `key` that begins at `begin`, lowered, and gives the index of the separator
-// behind it, or the size of the key.
+// Writes the segment of `key` that starts at byte `begin`, lowered, to `segment`. Returns the index
+// of the separator after it, or the size of the key.
 inline strings::ustring8::size_type read_segment(const strings::ustring8& key,
                                                  strings::ustring8::size_type begin,
                                                  strings::ustring8& segment) {
@@ -27,10 +36,10 @@ class key_segments {
 public:
     explicit key_segments(const strings::ustring8& key) : m_key(key) {}
 
-    // Reads the next segment; false behind the last.
+    // Reads the next segment. Returns false after the last one.
     //
-    // Contract: every key has a first segment, the empty key too, and a separator at the very end
-    // opens none: "a" and "a." are one path, "a.." has an empty second segment.
+    // Contract: every key has a first segment, even the empty key, and a separator at the very end
+    // starts no further one: "a" and "a." are the same path, "a.." has an empty second segment.
     bool next(strings::ustring8& segment) {
         if (m_ended)
             return false;

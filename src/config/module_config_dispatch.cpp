@@ -4,6 +4,7 @@
 #include <tova/config/file_item.hpp>
 #include <tova/config/user_item.hpp>
 
+#include "config/heap_mark.hpp"
 #include "config/item_walks.hpp"
 
 namespace TOVA_2_18 {
@@ -11,20 +12,17 @@ namespace config {
 
 module_config_dispatch::module_config_dispatch(const generic::varg_list& files,
                                                const char* const* environment)
-    : config_dispatch(), envp(environment), names() {
+    : config_dispatch(), m_envp(environment), m_names() {
     for (const generic::argument& file : files)
-        names.push_back(file.value().as_string());
+        m_names.push_back(file.value().as_string());
 }
 
 module_config_dispatch::~module_config_dispatch() TOVA_NOTHROW {}
 
 bool module_config_dispatch::setup(config_item_list& items) const {
-    for (const std::string& name : names) {
-        file_item* const file = new file_item(name);
-        file->allocated = true;
-        detail::append(items, file);
-    }
-    detail::append(items, enviroment_item(envp).clone());
+    for (const std::string& name : m_names)
+        detail::append(items, detail::with_heap_mark(new file_item(name)));
+    detail::append(items, enviroment_item(m_envp).clone());
     detail::append(items, user_item().clone());
     return true;
 }

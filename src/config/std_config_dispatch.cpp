@@ -12,20 +12,20 @@ using strings::ustring8;
 
 namespace config {
 
-std_config_dispatch::std_config_dispatch() : config_dispatch(), filename(), second() {}
+std_config_dispatch::std_config_dispatch() : config_dispatch(), m_filename(), m_second() {}
 
 std_config_dispatch::std_config_dispatch(int count, const char* const* arguments,
                                          const char* const* environment, const ustring8& file,
                                          const ustring8& other)
-    : config_dispatch(), argv(arguments), envp(environment), argc(count), filename(file),
-      second(other) {}
+    : config_dispatch(), m_argv(arguments), m_envp(environment), m_argc(count), m_filename(file),
+      m_second(other) {}
 
 std_config_dispatch::~std_config_dispatch() TOVA_NOTHROW {}
 
 bool std_config_dispatch::setup(config_item_list& items) const {
-    const commandline_item command_line(static_cast<unsigned int>(argc), argv);
-    const enviroment_item environment(envp);
-    const file_item file(filename);
+    const commandline_item command_line(static_cast<unsigned int>(m_argc), m_argv);
+    const enviroment_item environment(m_envp);
+    const file_item file(m_filename);
     detail::append(items, command_line.clone());
     detail::append(items, file.clone());
     detail::append(items, environment.clone());

@@ -1,5 +1,7 @@
 #include <tova/config/user_item.hpp>
 
+#include "config/heap_mark.hpp"
+
 namespace TOVA_2_18 {
 namespace config {
 
@@ -7,7 +9,7 @@ user_item::user_item() : base_config_item() {
     id = "user item";
 }
 
-// Contract: a copy bears another name. The manager's list holds clones, and programs look for
+// Contract: a copy has another name. The list of a manager holds clones, and programs look for
 // "user_item" there.
 user_item::user_item(const user_item& other) : base_config_item(other) {
     id = "user_item";
@@ -16,9 +18,7 @@ user_item::user_item(const user_item& other) : base_config_item(other) {
 user_item::~user_item() TOVA_NOTHROW {}
 
 user_item* user_item::clone() const {
-    user_item* const copy = new user_item(*this);
-    copy->allocated = true;
-    return copy;
+    return detail::with_heap_mark(new user_item(*this));
 }
 
 }  // namespace config

@@ -16,7 +16,7 @@
 
 #include <tova/config/config.hpp>
 
-#include "config/config_tree_access.hpp"
+#include "config/tree_nodes.hpp"
 #include "support/raw_memory.hpp"
 #include "support/temporary_directory.hpp"
 
@@ -33,7 +33,7 @@ using TOVA_2_18::generic::abilities::reference_count_pointer_ability;
 using TOVA_2_18::memory::pointers::rc_pointer;
 using TOVA_2_18::strings::ustring8;
 using TOVA_2_18::types::variant;
-typedef detail::config_tree_access access;
+typedef detail::tree_fields fields;
 
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
@@ -124,8 +124,8 @@ TEST(ConfigLayout, HasATreesFieldsInOrder) {
     const char* const object = reinterpret_cast<const char*>(&tree);
     EXPECT_EQ(object + 8, reinterpret_cast<const char*>(&tree.allocated));
     EXPECT_EQ(object + 12, reinterpret_cast<const char*>(&tree.count));
-    EXPECT_EQ(object + 16, reinterpret_cast<const char*>(&access::children(tree)));
-    EXPECT_EQ(object + 64, reinterpret_cast<const char*>(&access::node(tree)));
+    EXPECT_EQ(object + 16, reinterpret_cast<const char*>(&fields::children(tree)));
+    EXPECT_EQ(object + 64, reinterpret_cast<const char*>(&fields::node(tree)));
     tree.set_node("a", variant(1), 0);
     EXPECT_EQ(1u, (part_at<std::map<ustring8, rc_pointer<config_tree>>>(&tree, 16).size()));
 }

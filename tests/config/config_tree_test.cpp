@@ -6,8 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "config/config_tree_access.hpp"
 #include "config/listing.hpp"
+#include "config/tree_nodes.hpp"
 #include "support/child_process.hpp"
 #include "support/failing_allocation.hpp"
 
@@ -25,10 +25,10 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using TOVA_2_18::memory::pointers::rc_pointer;
 
-typedef TOVA_2_18::config::detail::config_tree_access access;
+typedef tova::config::detail::tree_fields fields;
 
 config_tree* child(config_tree& tree, const char* name) {
-    return access::children(tree).at(name).get();
+    return fields::children(tree).at(name).get();
 }
 
 std::string shown(const config_tree& tree, const char* key) {
@@ -53,7 +53,7 @@ TEST(ConfigTree, IsMadeWithoutChildrenHoldersOrHeapMark) {
     EXPECT_THAT(content(tree), IsEmpty());
     EXPECT_EQ(0u, tree.count);
     EXPECT_FALSE(tree.allocated);
-    EXPECT_EQ("0 true", show(access::node(tree)));
+    EXPECT_EQ("0 true", show(fields::node(tree)));
 }
 
 TEST(ParseString, CutsTheFirstSegmentAndLowersIt) {
@@ -309,10 +309,10 @@ TEST(GetValuePairArray, AppendsAndTakesAPrefixOutOfTheListItself) {
 TEST(Erase, RemovesTheChildrenAndKeepsTheOwnNode) {
     config_tree tree;
     tree.set_node("a.b.c", variant(1), 0);
-    access::node(tree) = config_node(5, variant("own"));
+    fields::node(tree) = config_node(5, variant("own"));
     tree.erase();
     EXPECT_THAT(content(tree), IsEmpty());
-    EXPECT_EQ("5 'own'", show(access::node(tree)));
+    EXPECT_EQ("5 'own'", show(fields::node(tree)));
     tree.set_node("a", variant(2), 0);
     EXPECT_THAT(content(tree), ElementsAre("a: 1 '2' int"));
 }
@@ -340,11 +340,11 @@ TEST(ConfigTree, CopiesShareNoNodes) {
 
 TEST(ConfigTree, CopiesTheOwnNodeToo) {
     config_tree source;
-    access::node(source) = config_node(5, variant("own"));
+    fields::node(source) = config_node(5, variant("own"));
     config_tree copy(source), assigned;
     assigned = source;
-    EXPECT_EQ("5 'own'", show(access::node(copy)));
-    EXPECT_EQ("5 'own'", show(access::node(assigned)));
+    EXPECT_EQ("5 'own'", show(fields::node(copy)));
+    EXPECT_EQ("5 'own'", show(fields::node(assigned)));
 }
 
 TEST(ConfigTree, CopiesHaveNoHoldersAndNoHeapMark) {

@@ -31,8 +31,8 @@ public:
     const char* const* get_argv();
 
 private:
-    unsigned int argc;
-    const char* const* argv;
+    unsigned int m_argc;
+    const char* const* m_argv;
 };
 
 }  // namespace config

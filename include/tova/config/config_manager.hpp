@@ -69,8 +69,8 @@ public:
     std::ostream& dump(std::ostream& out);
 
 private:
-    config_item_list items;
-    config_dispatch* dispatch;
+    config_item_list m_items;
+    config_dispatch* m_dispatch;  // owned; null until `init`
 };
 
 /// As `dump`.

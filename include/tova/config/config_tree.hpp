@@ -15,7 +15,7 @@ namespace TOVA_2_18 {
 namespace config {
 
 namespace detail {
-struct config_tree_access;
+struct tree_fields;
 }
 
 /// A node as callers see it: its flags word and its value.
@@ -90,13 +90,13 @@ public:
     std::ostream& dump(std::ostream& out, int depth);
 
 private:
-    friend struct detail::config_tree_access;
+    friend struct detail::tree_fields;
 
     typedef _private::deep_copy_map<strings::ustring8, memory::pointers::rc_pointer<config_tree>>
         children_type;
 
-    children_type children;
-    config_node node;
+    children_type m_children;
+    config_node m_node;
 };
 
 /// As `dump` at depth 0.

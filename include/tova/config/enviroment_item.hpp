@@ -30,7 +30,7 @@ public:
     const char* const* get_envp();
 
 private:
-    const char* const* envp;
+    const char* const* m_envp;
 };
 
 }  // namespace config

@@ -56,7 +56,7 @@ public:
     void parse_comment(const strings::ustring8& text, unsigned int& position);
 
 private:
-    strings::ustring8 filename;
+    strings::ustring8 m_filename;
 };
 
 /// The text, between double quotes if it holds a blank, a carriage return, a tab or a line feed.

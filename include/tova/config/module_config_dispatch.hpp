@@ -32,8 +32,8 @@ public:
     virtual module_config_dispatch* clone() const;
 
 private:
-    const char* const* envp;
-    std::vector<std::string> names;
+    const char* const* m_envp;
+    std::vector<std::string> m_names;
 };
 
 }  // namespace config

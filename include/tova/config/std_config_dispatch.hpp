@@ -32,11 +32,11 @@ public:
     virtual std_config_dispatch* clone() const;
 
 private:
-    const char* const* argv;
-    const char* const* envp;
-    int argc;
-    strings::ustring8 filename;
-    strings::ustring8 second;
+    const char* const* m_argv;
+    const char* const* m_envp;
+    int m_argc;
+    strings::ustring8 m_filename;
+    strings::ustring8 m_second;  // nothing reads it
 };
 
 }  // namespace config

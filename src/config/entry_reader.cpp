@@ -1,0 +1,174 @@
+// The reader of configuration files. It takes one entry at a time until the text ends:
+//
+//     state    reads                                        goes on
+//     start    spaces, line ends and comments are skipped   `[`: header; the end: end;
+//                                                           any other token: key
+//     header   a section name up to `]`                     start
+//     key      a key up to a plain `=`                      empty: start; ends in `[]`: array;
+//                                                           otherwise: value
+//     value    up to the line end                           start
+//     array    elements up to the line end, but a line end  start
+//              after a comma is skipped
+//
+// The end of the text ends every state. Comments are recognized in the states start, value and
+// array only. Text is built by appending the tokens that count, so spaces outside of quotes vanish.
+//
+// Three things outlive an entry: the section's name with a "." after it, the section's node, which
+// is looked up when its first entry is stored, and the elements of an array that was dropped.
+#include "config/entry_reader.hpp"
+
+#include <tova/generic/varg_list.hpp>
+
+#include "config/node_flags.hpp"
+#include "config/token_scanner.hpp"
+#include "config/tree_nodes.hpp"
+
+namespace TOVA_2_18 {
+
+using strings::ustring8;
+
+namespace config {
+namespace detail {
+
+namespace {
+
+class entry_reader {
+public:
+    entry_reader(const ustring8& text, config_tree& tree)
+        : m_text(text), m_tree(tree), m_scanner(text) {}
+
+    void read() {
+        while (m_scanner.position() < m_text.size())
+            read_entry();
+    }
+
+private:
+    void read_entry() {
+        scanned_token token = m_scanner.next();
+        while (token.is_space_or_line_end() || token.is_comment_start()) {
+            if (token.is_comment_start())
+                m_scanner.skip_to_line_end();
+            token = m_scanner.next();
+        }
+        if (token.type == config_token::T_SBRACKET) {
+            read_header();
+            return;
+        }
+        ustring8 key = read_key(token);
+        if (key.empty())
+            return;
+        if (key.size() >= 2 && key.compare(key.size() - 2, 2, "[]") == 0) {
+            key.resize(key.size() - 2);
+            read_array(key);
+        } else {
+            read_value(key);
+        }
+    }
+
+    void read_header() {
+        m_prefix.clear();
+        for (scanned_token token = m_scanner.next();
+             token.type != config_token::T_EBRACKET && token.type != config_token::T_END;
+             token = m_scanner.next())
+            if (!token.is_space_or_line_end())
+                token.append_to(m_prefix, m_text);
+        if (!m_prefix.empty())
+            m_prefix += '.';
+        m_section = nullptr;
+    }
+
+    // Contract: no comment starts inside a key. "#" and "//" belong to the key, which runs over
+    // line ends up to the next plain "=".
+    ustring8 read_key(scanned_token token) {
+        ustring8 key;
+        for (; token.type != config_token::T_EQ && token.type != config_token::T_END;
+             token = m_scanner.next())
+            if (!token.is_space_or_line_end())
+                token.append_to(key, m_text);
+        return key;
+    }
+
+    void read_value(const ustring8& key) {
+        ustring8 value;
+        for (scanned_token token = m_scanner.next();
+             token.type != config_token::T_NEWLINE && token.type != config_token::T_END;
+             token = m_scanner.next()) {
+            if (token.is_comment_start())
+                m_scanner.skip_to_line_end();
+            else if (!token.is_space())
+                token.append_to(value, m_text);
+        }
+        if (!value.empty())
+            section().set_node(key, types::variant(value), no_flags);
+    }
+
+    void read_array(const ustring8& key) {
+        ustring8 value;
+        bool after_comma = false;
+        for (scanned_token token = m_scanner.next(); token.type != config_token::T_END;
+             token = m_scanner.next()) {
+            if (token.type == config_token::T_NEWLINE) {
+                if (!after_comma)
+                    break;
+            } else if (token.is_comment_start()) {
+                m_scanner.skip_to_line_end();
+            } else if (is_comma(token)) {
+                add_element(value);
+                value.clear();
+                after_comma = true;
+            } else if (!token.is_space()) {
+                token.append_to(value, m_text);
+                after_comma = false;
+            }
+        }
+        // Contract: an array whose last element is empty is dropped, but the elements before it
+        // stay on the list and come first in the next array of the file that is stored.
+        if (value.empty())
+            return;
+        add_element(value);
+        store_array(key);
+        m_elements.clear();
+    }
+
+    bool is_comma(const scanned_token& token) const {
+        return token.type == config_token::T_NON_ALPHA_NUM && m_text[token.text_begin] == ',';
+    }
+
+    void add_element(const ustring8& value) {
+        m_elements.push_back(generic::argument(types::variant(value)));
+    }
+
+    void store_array(const ustring8& key) {
+        config_tree& parent = section();
+        // The key may be empty, as in `"[]" = a`. Inside a section the full key is then the prefix,
+        // and its separator at the end starts no segment: the section itself is the array.
+        config_tree& head = key.empty() && !m_prefix.empty() ? parent : make_node(parent, key);
+        set_value(head, types::variant(), array_bit);
+        set_elements(make_node(parent, key + "."), m_elements, generic::varg_list());
+    }
+
+    // The node of the current section. Keys are stored below it rather than by prefix and key: as
+    // the prefix ends in a separator, both name the same node.
+    config_tree& section() {
+        if (m_section == nullptr)
+            m_section = m_prefix.empty() ? &m_tree : &make_node(m_tree, m_prefix);
+        return *m_section;
+    }
+
+    const ustring8& m_text;
+    config_tree& m_tree;
+    token_scanner m_scanner;
+    ustring8 m_prefix;                 // empty at the top level
+    config_tree* m_section = nullptr;  // null until the section's first entry is stored
+    generic::varg_list m_elements;
+};
+
+}  // namespace
+
+void read_entries(const ustring8& text, config_tree& tree) {
+    entry_reader(text, tree).read();
+}
+
+}  // namespace detail
+}  // namespace config
+}  // namespace TOVA_2_18

@@ -1,0 +1,19 @@
+/// @file
+/// Objects on the heap that counted pointers delete.
+#pragma once
+
+namespace TOVA_2_18 {
+namespace config {
+namespace detail {
+
+// Marks an object that was made by `new`: the last `rc_pointer` to it then deletes it. Returns the
+// object, whose count is still 0.
+template <typename Counted>
+Counted* with_heap_mark(Counted* object) {
+    object->allocated = true;
+    return object;
+}
+
+}  // namespace detail
+}  // namespace config
+}  // namespace TOVA_2_18

@@ -1,0 +1,44 @@
+/// @file
+/// The nodes of a `config_tree` as the sources of this folder see them.
+///
+/// A source that stores many entries under one node looks that node up once and then stores below
+/// it, so loading stays linear in the size of the text even if a section has very many segments.
+/// config_tree.cpp implements all of this. One thread at a time per tree.
+#pragma once
+
+#include <tova/config/config_tree.hpp>
+#include <tova/generic/varg_list.hpp>
+#include <tova/strings/ustring.hpp>
+
+namespace TOVA_2_18 {
+namespace config {
+namespace detail {
+
+// Opens the two private fields of a node to this folder. Every node is a `config_tree` itself.
+struct tree_fields {
+    typedef config_tree::children_type children_type;
+
+    static children_type& children(config_tree& tree) { return tree.m_children; }
+    static const children_type& children(const config_tree& tree) { return tree.m_children; }
+    static config_node& node(config_tree& tree) { return tree.m_node; }
+    static const config_node& node(const config_tree& tree) { return tree.m_node; }
+};
+
+// Returns the node that `key` names below `tree`, or null.
+const config_tree* find_node(const config_tree& tree, const strings::ustring8& key);
+
+// Returns the node that `key` names below `tree`. Nodes that are missing are added as steps, which
+// have the flags word 0 and the value `true`.
+config_tree& make_node(config_tree& tree, const strings::ustring8& key);
+
+// Replaces the value and the flags word of a node. The new word is `flags` with bit 0 added.
+void set_value(config_tree& node, const types::variant& value, unsigned int flags);
+
+// Stores the values as the children "0", "1", "2" and so on of `parent`. `flags` follows the rule
+// of `base_config_item::set_array`.
+void set_elements(config_tree& parent, const generic::varg_list& values,
+                  const generic::varg_list& flags);
+
+}  // namespace detail
+}  // namespace config
+}  // namespace TOVA_2_18
