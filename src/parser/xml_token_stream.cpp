@@ -3,9 +3,9 @@
 namespace TOVA_2_18 {
 namespace functor {
 
-template class member_function_t<parser::xml_token_stream, void(strings::ustring8 const&)>;
+template class member_function_t<parser::xml_token_stream, void(const strings::ustring8&)>;
 template class member_function_t<parser::xml_token_stream,
-                                 void(strings::ustring8 const&, strings::ustring8 const&)>;
+                                 void(const strings::ustring8&, const strings::ustring8&)>;
 
 }  // namespace functor
 
@@ -15,12 +15,12 @@ namespace {
 
 using strings::ustring8;
 using token = xml_token_stream::token;
-using text_handler = functor::member_function_t<xml_token_stream, void(ustring8 const&)>;
+using text_handler = functor::member_function_t<xml_token_stream, void(const ustring8&)>;
 using attribute_handler =
-    functor::member_function_t<xml_token_stream, void(ustring8 const&, ustring8 const&)>;
+    functor::member_function_t<xml_token_stream, void(const ustring8&, const ustring8&)>;
 
-// The parser does not report that a start tag is over, so the first event behind the attributes
-// brings the token along.
+// The parser does not report the end of a start tag, so the first event after the attributes adds
+// the token.
 void flush_start_tag(std::list<token>& tokens, bool tag_closed) {
     if (!tag_closed)
         tokens.emplace_back(token::start_tag_end, ustring8());
@@ -28,7 +28,7 @@ void flush_start_tag(std::list<token>& tokens, bool tag_closed) {
 
 }  // namespace
 
-xml_token_stream::token::token(token_type type, ustring8 const& value)
+xml_token_stream::token::token(token_type type, const ustring8& value)
     : m_type(type), m_value(value) {}
 
 xml_token_stream::token::~token() TOVA_NOTHROW {}
@@ -37,7 +37,7 @@ token::token_type xml_token_stream::token::type() const {
     return m_type;
 }
 
-ustring8 const& xml_token_stream::token::value() const {
+const ustring8& xml_token_stream::token::value() const {
     return m_value;
 }
 
@@ -52,14 +52,13 @@ xml_token_stream::xml_token_stream() : m_tag_closed(true) {
 
 xml_token_stream::~xml_token_stream() TOVA_NOTHROW {}
 
-xml_parser::parse_error xml_token_stream::parse(ustring8 const& text) {
+xml_parser::parse_error xml_token_stream::parse(const ustring8& text) {
     return parse(text.begin(), text.end());
 }
 
-xml_parser::parse_error xml_token_stream::parse(ustring8::const_iterator const& begin,
-                                                ustring8::const_iterator const& end) {
-    // Contract: what an earlier text left due is not made up for, so its last start tag stays
-    // without a start_tag_end.
+xml_parser::parse_error xml_token_stream::parse(const ustring8::const_iterator& begin,
+                                                const ustring8::const_iterator& end) {
+    // Contract: a start_tag_end that an earlier document left due is not added any more.
     m_tag_closed = true;
     return m_parser.parse(begin, end);
 }
@@ -84,36 +83,36 @@ unsigned long xml_token_stream::size() const {
     return m_tokens.size();
 }
 
-void xml_token_stream::on_element_start(ustring8 const& name) {
+void xml_token_stream::on_element_start(const ustring8& name) {
     flush_start_tag(m_tokens, m_tag_closed);
     m_tokens.emplace_back(token::element_start, name);
     m_tag_closed = false;
 }
 
-void xml_token_stream::on_element_end(ustring8 const& name) {
+void xml_token_stream::on_element_end(const ustring8& name) {
     flush_start_tag(m_tokens, m_tag_closed);
     m_tokens.emplace_back(token::element_end, name);
     m_tag_closed = true;
 }
 
-// Contract: neither attributes nor comments flush, and neither settles whether a start_tag_end is
-// due. A comment right behind a start tag therefore precedes that tag's start_tag_end.
-void xml_token_stream::on_attribute(ustring8 const& name, ustring8 const& value) {
+// Contract: attributes and comments neither add a start_tag_end nor change whether one is due. A
+// comment directly after a start tag therefore precedes that tag's start_tag_end.
+void xml_token_stream::on_attribute(const ustring8& name, const ustring8& value) {
     m_tokens.emplace_back(token::attribute_name, name);
     m_tokens.emplace_back(token::attribute_value, value);
 }
 
-void xml_token_stream::on_comment(ustring8 const& text) {
+void xml_token_stream::on_comment(const ustring8& text) {
     m_tokens.emplace_back(token::comment, text);
 }
 
-void xml_token_stream::on_space(ustring8 const& text) {
+void xml_token_stream::on_space(const ustring8& text) {
     flush_start_tag(m_tokens, m_tag_closed);
     m_tokens.emplace_back(token::space, text);
     m_tag_closed = true;
 }
 
-void xml_token_stream::on_character(ustring8 const& text) {
+void xml_token_stream::on_character(const ustring8& text) {
     flush_start_tag(m_tokens, m_tag_closed);
     m_tokens.emplace_back(token::character, text);
     m_tag_closed = true;
