@@ -1,16 +1,17 @@
 // The layout of the XML family: sizes, the offsets of all fields, and the slots of the bindings.
+#include <tova/parser/xml_parser.hpp>
+#include <tova/parser/xml_token_stream.hpp>
+
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <list>
 #include <set>
 #include <stack>
 #include <string>
 #include <type_traits>
-
-#include <gtest/gtest.h>
-
-#include <tova/parser/xml_parser.hpp>
-#include <tova/parser/xml_token_stream.hpp>
 
 namespace {
 
@@ -22,11 +23,11 @@ using TOVA_2_18::parser::xml_token_stream;
 using TOVA_2_18::strings::ustring8;
 using parse_error = xml_parser::parse_error;
 using token = xml_token_stream::token;
-using text_signature = void(ustring8 const&);
-using attribute_signature = void(ustring8 const&, ustring8 const&);
+using text_signature = void(const ustring8&);
+using attribute_signature = void(const ustring8&, const ustring8&);
 
-// Fields are reached through standard containers, so these classes have no standard layout; the
-// compilers that we build with give the offsets all the same.
+// Standard containers among the fields make these classes non-standard-layout types; the compilers
+// that we build with support offsetof for them all the same.
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
 static_assert(sizeof(parse_error::error_type) == 4, "kinds are 32 bits");
@@ -79,7 +80,7 @@ const Field& part_at(const void* object, std::size_t offset) {
     return *reinterpret_cast<const Field*>(static_cast<const char*>(object) + offset);
 }
 
-TEST(XmlLayout, HasTheStackTheSetTheLineAndTheFlagBehindTheDelegates) {
+TEST(XmlLayout, HasTheStackTheSetTheLineAndTheFlagAfterTheDelegates) {
     xml_parser parser;
     EXPECT_TRUE(part_at<std::stack<ustring8>>(&parser, 48).empty());
     EXPECT_TRUE(part_at<std::set<ustring8>>(&parser, 128).empty());
@@ -100,7 +101,7 @@ TEST(XmlLayout, HasTheStackTheSetTheLineAndTheFlagBehindTheDelegates) {
     EXPECT_EQ(0, field_at<unsigned char>(&parser, 180));
 }
 
-TEST(XmlLayout, HasATokensTypeInFrontOfItsValue) {
+TEST(XmlLayout, HasATokensTypeBeforeItsValue) {
     const token one(token::character, "text");
     EXPECT_EQ(7, field_at<int>(&one, 0));
     EXPECT_EQ("text", part_at<ustring8>(&one, 8));
@@ -139,7 +140,7 @@ void expect_common_slots(Binding& binding, const Binding& other) {
     interface* const copy = slot<clone>(&binding, 4)(&binding);
     EXPECT_TRUE(binding.do_equal(*copy));
     using destroy = void (*)(void*);
-    slot<destroy>(copy, 1)(copy);  // the form that frees the memory as well
+    slot<destroy>(copy, 1)(copy);  // the form that also frees the memory
 }
 
 TEST(XmlLayout, HasTheSlotsOfATextBindingInOrder) {

@@ -1,16 +1,16 @@
-// Which bytes make a name is told by the C library, in whatever locale the program has chosen.
+// The C library decides which bytes may occur in names, in whatever locale the program has chosen.
 //
-// This program puts its own classes in the place of the C library's: they are those of the C locale
-// with one letter more, as an 8-bit character set has.
+// This program replaces the C library's classes by its own: those of the C locale with one more
+// letter, as in an 8-bit character set.
 #include <tova/parser/xml_parser.hpp>
+
+#include <tova/functor/member_function.hpp>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include <tova/functor/member_function.hpp>
 
 namespace {
 
@@ -36,33 +36,33 @@ extern "C" int isalnum(int value) {
 
 namespace {
 
-using TOVA_2_18::parser::xml_parser;
-using TOVA_2_18::strings::ustring8;
+using tova::parser::xml_parser;
+using tova::strings::ustring8;
 using parse_error = xml_parser::parse_error;
 
 class names {
 public:
-    void add(ustring8 const& name) { all += name + " "; }
+    void add(const ustring8& name) { all += name + " "; }
     std::string all;
 };
 
-TEST(XmlCharacterClasses, MakeALetterOfTheLocaleAPartOfNames) {
+TEST(XmlCharacterClasses, AllowALetterOfTheLocaleInNames) {
     names starts;
     xml_parser parser;
     parser.on_element_start =
-        TOVA_2_18::functor::member_function_t<names, void(ustring8 const&)>(&starts, &names::add);
+        tova::functor::member_function_t<names, void(const ustring8&)>(&starts, &names::add);
     EXPECT_EQ(parse_error::no_error, parser.parse("<?xml?><\xE4><b\xE4_1/></\xE4>").type);
     EXPECT_EQ("\xE4 b\xE4_1 ", starts.all);
 
     const parse_error other = parser.parse("<?xml?><\xE5/>");
     EXPECT_EQ(parse_error::unexpected_character, other.type);
     EXPECT_EQ("\xE5", other.text);
-    const parse_error behind = parser.parse("<?xml?><a\xE5/>");
-    EXPECT_EQ(parse_error::unexpected_character, behind.type);
-    EXPECT_EQ("\xE5", behind.text);
+    const parse_error continued = parser.parse("<?xml?><a\xE5/>");
+    EXPECT_EQ(parse_error::unexpected_character, continued.type);
+    EXPECT_EQ("\xE5", continued.text);
 }
 
-TEST(XmlCharacterClasses, AreAskedForPlainCharacters) {
+TEST(XmlCharacterClasses, AreAskedWithTheSignOfAPlainChar) {
     asked.clear();
     xml_parser parser;
     for (int byte = 0; byte < 256; ++byte)

@@ -1,5 +1,10 @@
 #include <tova/parser/xml_parser.hpp>
 
+#include <tova/functor/member_function.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <initializer_list>
@@ -9,16 +14,11 @@
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <tova/functor/member_function.hpp>
-
 namespace {
 
-using TOVA_2_18::functor::member_function_t;
-using TOVA_2_18::parser::xml_parser;
-using TOVA_2_18::strings::ustring8;
+using tova::functor::member_function_t;
+using tova::parser::xml_parser;
+using tova::strings::ustring8;
 using parse_error = xml_parser::parse_error;
 using iterator = xml_parser::iterator;
 
@@ -30,13 +30,13 @@ std::string of_byte(int value) {
 
 const std::string nul_byte = of_byte(0);
 
-// Writes the events of a parser down, one line of text each, and leaves its delegates empty.
+// Records the events of a parser, one string each. The destructor leaves its delegates empty.
 class recorder {
 public:
     explicit recorder(xml_parser& parser) : m_parser(parser) {
-        using text_handler = member_function_t<recorder, void(ustring8 const&)>;
+        using text_handler = member_function_t<recorder, void(const ustring8&)>;
         using attribute_handler =
-            member_function_t<recorder, void(ustring8 const&, ustring8 const&)>;
+            member_function_t<recorder, void(const ustring8&, const ustring8&)>;
         parser.on_element_start = text_handler(this, &recorder::element_start);
         parser.on_element_end = text_handler(this, &recorder::element_end);
         parser.on_attribute = attribute_handler(this, &recorder::attribute);
@@ -58,14 +58,14 @@ public:
     recorder(const recorder&) = delete;
     recorder& operator=(const recorder&) = delete;
 
-    void element_start(ustring8 const& name) { events.push_back("start " + name); }
-    void element_end(ustring8 const& name) { events.push_back("end " + name); }
-    void attribute(ustring8 const& name, ustring8 const& value) {
+    void element_start(const ustring8& name) { events.push_back("start " + name); }
+    void element_end(const ustring8& name) { events.push_back("end " + name); }
+    void attribute(const ustring8& name, const ustring8& value) {
         events.push_back("attribute " + name + "=" + value);
     }
-    void character(ustring8 const& text) { events.push_back("text " + text); }
-    void space(ustring8 const& text) { events.push_back("space " + text); }
-    void comment(ustring8 const& text) { events.push_back("comment " + text); }
+    void character(const ustring8& text) { events.push_back("text " + text); }
+    void space(const ustring8& text) { events.push_back("space " + text); }
+    void comment(const ustring8& text) { events.push_back("comment " + text); }
 
     std::vector<std::string> events;
 
@@ -73,7 +73,7 @@ private:
     xml_parser& m_parser;
 };
 
-// All that a run tells: its events, and the three fields of its result.
+// All that a run produces: its events, and the three fields of its result.
 struct outcome {
     std::vector<std::string> events;
     int kind;
@@ -115,7 +115,7 @@ void expect_all(std::initializer_list<row> rows) {
     }
 }
 
-// The classes of the C locale, for the sweeps over all bytes.
+// The classes of the C locale, for the tests that run over all bytes.
 bool is_letter(int byte) {
     return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z');
 }
@@ -125,14 +125,14 @@ bool is_digit(int byte) {
 bool continues_name(int byte) {
     return is_letter(byte) || is_digit(byte) || byte == '_';
 }
-bool is_blank(int byte) {
+bool is_white_space_byte(int byte) {
     return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
 }
 unsigned lines_of(int byte) {
     return byte == '\n' ? 1 : 0;
 }
 
-// Puts each of the 256 bytes in the place of the '$' of a document, and compares with `expected`.
+// Replaces the '$' of a document by each of the 256 bytes and compares with `expected`.
 template <typename Expected>
 void expect_for_every_byte(const std::string& document, const Expected& expected) {
     const auto place = document.find('$');
@@ -158,14 +158,14 @@ TEST(XmlParseError, NumbersItsKindsFromNoErrorToDataAfterRoot) {
     EXPECT_EQ(10, parse_error::data_after_root);
 }
 
-TEST(XmlParseError, HoldsWhatItIsBuiltFromAndCopiesIt) {
-    const parse_error fault(parse_error::mismatched_end, 4294967295u, ustring8("name"));
-    parse_error copy(fault);
+TEST(XmlParseError, HoldsItsArgumentsAndIsCopied) {
+    const parse_error error(parse_error::mismatched_end, 4294967295u, ustring8("name"));
+    parse_error copy(error);
     EXPECT_EQ(parse_error::mismatched_end, copy.type);
     EXPECT_EQ(4294967295u, copy.line);
     EXPECT_EQ("name", copy.text);
     copy.text += "s";
-    EXPECT_EQ("name", fault.text);
+    EXPECT_EQ("name", error.text);
 
     copy = parse_error(parse_error::no_error, 7, ustring8());
     EXPECT_EQ(parse_error::no_error, copy.type);
@@ -173,7 +173,7 @@ TEST(XmlParseError, HoldsWhatItIsBuiltFromAndCopiesIt) {
     EXPECT_EQ("", copy.text);
 }
 
-TEST(XmlParser, CallsNoDelegateThatIsEmpty) {
+TEST(XmlParser, CallsNoEmptyDelegate) {
     xml_parser parser;
     EXPECT_TRUE(parser.on_element_start.is_empty());
     EXPECT_TRUE(parser.on_element_end.is_empty());
@@ -213,7 +213,7 @@ TEST(XmlParser, LetsDelegatesBeReplacedBetweenRuns) {
     EXPECT_THAT(first.events, ::testing::ElementsAre("start a", "end a"));
 }
 
-TEST(XmlParser, ParsesARangeOfALongerText) {
+TEST(XmlParser, ParsesARangeOfALongerString) {
     const ustring8 text = "garbage<?xml?><a/>>garbage";
     xml_parser parser;
     recorder events(parser);
@@ -221,7 +221,28 @@ TEST(XmlParser, ParsesARangeOfALongerText) {
     EXPECT_THAT(events.events, ::testing::ElementsAre("start a", "end a"));
 }
 
-TEST(XmlParserHeader, IsAskedForFirst) {
+// The list of the header, which says what ordinary XML is not read.
+TEST(XmlParser, RefusesMuchOfOrdinaryXml) {
+    expect_all({
+        {"<a/>", {{}, 4, 0, ""}},
+        {"<!-- comment --><?xml?><a/>", {{}, 4, 0, ""}},
+        {"<?xml?><!DOCTYPE a><a/>", {{}, 5, 0, "!"}},
+        {"<?xml?><?xml-stylesheet href='a.css'?><a/>", {{}, 5, 0, "?"}},
+        {"<?xml?><a-b/>", {{"start a"}, 5, 0, "-"}},
+        {"<?xml?><a.b/>", {{"start a"}, 5, 0, "."}},
+        {"<?xml?><x:a/>", {{"start x"}, 5, 0, ":"}},
+        {"<?xml?><_a/>", {{}, 5, 0, "_"}},
+        {"<?xml?><a data-b='1'/>", {{"start a"}, 8, 0, "data"}},
+        {"<?xml?><a b.c='1'/>", {{"start a"}, 8, 0, "b"}},
+        {"<?xml?><a xml:lang='de'/>", {{"start a"}, 8, 0, "xml"}},
+        {"<?xml?><a xmlns:b='u'/>", {{"start a"}, 8, 0, "xmlns"}},
+        {"<?xml?><a xmlns='u' xmlns:b='v'/>", {{"start a", "attribute xmlns=u"}, 9, 0, "xmlns"}},
+        {"<?xml?><\xC3\xA4/>", {{}, 5, 0, "\xC3"}},
+        {"<?xml?><a>&copy;</a>", {{"start a"}, 7, 0, ""}},
+    });
+}
+
+TEST(XmlParserHeader, MustComeFirst) {
     expect_all({
         {"", {{}, 4, 0, ""}},
         {"<", {{}, 4, 0, ""}},
@@ -233,7 +254,7 @@ TEST(XmlParserHeader, IsAskedForFirst) {
     });
 }
 
-TEST(XmlParserHeader, EndsWithTheFirstQuestionMarkBeforeAnAngle) {
+TEST(XmlParserHeader, EndsAtTheFirstQuestionMarkBeforeAnAngleBracket) {
     expect_all({
         {"<?xml?><a/>", {{"start a", "end a"}, 0, 0, ""}},
         {"<?xmlish?><a/>", {{"start a", "end a"}, 0, 0, ""}},
@@ -247,7 +268,7 @@ TEST(XmlParserHeader, EndsWithTheFirstQuestionMarkBeforeAnAngle) {
     });
 }
 
-TEST(XmlParserHeader, GivesNoRootWhereTheTextEndsWithinOrBehindIt) {
+TEST(XmlParserHeader, ReturnsNoRootIfTheDocumentEndsWithinOrAfterIt) {
     expect_all({
         {"<?xml", {{}, 3, 0, ""}},
         {"<?xml?", {{}, 3, 0, ""}},
@@ -259,7 +280,7 @@ TEST(XmlParserHeader, GivesNoRootWhereTheTextEndsWithinOrBehindIt) {
     });
 }
 
-TEST(XmlParserHeader, LeavesTheLastByteOfTheTextUnread) {
+TEST(XmlParserHeader, DoesNotLookAtTheLastByteOfTheDocument) {
     expect_all({
         {"<?xml>", {{}, 3, 0, ""}},
         {"<?xml <", {{}, 3, 0, ""}},
@@ -268,7 +289,7 @@ TEST(XmlParserHeader, LeavesTheLastByteOfTheTextUnread) {
     });
 }
 
-TEST(XmlParserHeader, MayHoldAnyByteButAngles) {
+TEST(XmlParserHeader, MayContainAnyByteButAngleBrackets) {
     expect_for_every_byte("<?xml$?><a/>", [](int byte) {
         if (byte == '<' || byte == '>')
             return outcome{{}, 4, 0, ""};
@@ -276,7 +297,7 @@ TEST(XmlParserHeader, MayHoldAnyByteButAngles) {
     });
 }
 
-TEST(XmlParserHeader, StepsOverThreeBytesIfTheFourthIsAnAngle) {
+TEST(XmlParserHeader, MayFollowAnyThreeBytes) {
     expect_all({
         {"\xEF\xBB\xBF<?xml?><a/>", {{"start a", "end a"}, 0, 0, ""}},
         {"abc<?xml?><a/>", {{"start a", "end a"}, 0, 0, ""}},
@@ -299,11 +320,11 @@ TEST(XmlParserHeader, StepsOverThreeBytesIfTheFourthIsAnAngle) {
     });
 }
 
-TEST(XmlParserHeader, IsFollowedByWhitespaceThatNobodyHearsOf) {
+TEST(XmlParserHeader, IsFollowedByWhitespaceThatIsNotReported) {
     EXPECT_EQ((outcome{{"start a", "end a", "space  "}, 0, 0, ""}), read("<?xml?> \n<a/> "));
 }
 
-TEST(XmlParserElements, MayBeMissingAltogether) {
+TEST(XmlParserElements, MayBeMissing) {
     expect_all({
         {"<?xml?><!--only-->", {{"comment only"}, 0, 0, ""}},
         {"<?xml?>text", {{"text text"}, 0, 0, ""}},
@@ -349,7 +370,7 @@ TEST(XmlParserElements, RefuseASecondRootBeforeItsNameIsRead) {
     });
 }
 
-TEST(XmlParserElements, EndUnderTheNameOfTheInnermostOpenOne) {
+TEST(XmlParserElements, EndWithTheNameOfTheInnermostOpenOne) {
     expect_all({
         {"<?xml?><a><b></b></a>", {{"start a", "start b", "end b", "end a"}, 0, 0, ""}},
         {"<?xml?><a><b></a></b>", {{"start a", "start b"}, 2, 0, "a"}},
@@ -360,7 +381,7 @@ TEST(XmlParserElements, EndUnderTheNameOfTheInnermostOpenOne) {
     });
 }
 
-TEST(XmlParserElements, AcceptAnEndTagWithNothingOpen) {
+TEST(XmlParserElements, AcceptAnEndTagWhileNothingIsOpen) {
     expect_all({
         {"<?xml?></a>", {{"end a"}, 0, 0, ""}},
         {"<?xml?><a/></b></c>", {{"start a", "end a", "end b", "end c"}, 0, 0, ""}},
@@ -385,7 +406,7 @@ TEST(XmlParserElements, EndWithASlashInTheirStartTag) {
     });
 }
 
-TEST(XmlParserElements, CloseTheOuterOneWithASlashInAnEndTag) {
+TEST(XmlParserElements, AreClosedByASlashInTheEndTagOfAnInnerOne) {
     expect_all({
         {"<?xml?><o><a></a/>", {{"start o", "start a", "end a", "end o"}, 0, 0, ""}},
         {"<?xml?><a></a/>", {{"start a", "end a"}, 2, 0, ""}},
@@ -394,7 +415,7 @@ TEST(XmlParserElements, CloseTheOuterOneWithASlashInAnEndTag) {
     });
 }
 
-TEST(XmlParserElements, PopBeforeTheEndOfTheTextIsNoticed) {
+TEST(XmlParserElements, CloseBeforeTheEndOfTheDocumentIsNoticed) {
     expect_all({
         {"<?xml?><a></a", {{"start a"}, 1, 0, ""}},
         {"<?xml?>\n<a>\n</a", {{"start a", "space \n"}, 1, 2, ""}},
@@ -403,11 +424,11 @@ TEST(XmlParserElements, PopBeforeTheEndOfTheTextIsNoticed) {
     });
     xml_parser parser;
     EXPECT_EQ(1, read(parser, "<?xml?><a></a").kind);
-    // Nothing is open any more, so a second root is refused in the next run.
+    // Nothing is open any more, so the next run refuses a second root.
     EXPECT_EQ((outcome{{"start b", "end b"}, 10, 0, ""}), read(parser, "<?xml?><b/><c/>"));
 }
 
-TEST(XmlParserElements, GiveUnexpectedEndAndLineZeroWhenLeftOpen) {
+TEST(XmlParserElements, ReturnUnexpectedEndAndLineZeroWhenLeftOpen) {
     expect_all({
         {"<?xml?><a>", {{"start a"}, 1, 0, ""}},
         {"<?xml?><a", {{"start a"}, 1, 0, ""}},
@@ -417,20 +438,20 @@ TEST(XmlParserElements, GiveUnexpectedEndAndLineZeroWhenLeftOpen) {
     });
 }
 
-TEST(XmlParserElements, StayOpenUntilTheAngleOfAnEndTag) {
+TEST(XmlParserElements, AllowWhitespaceAloneBeforeTheAngleBracketOfAnEndTag) {
     expect_all({
         {"<?xml?><a></a \t\r\n>", {{"start a", "end a"}, 0, 0, ""}},
         {"<?xml?><a></a<", {{"start a", "end a"}, 5, 0, "<"}},
         {"<?xml?><a></a\n\n<b>", {{"start a", "end a"}, 5, 2, "<"}},
     });
     expect_for_every_byte("<?xml?><a></a$>", [](int byte) {
-        if (is_blank(byte))
+        if (is_white_space_byte(byte))
             return outcome{{"start a", "end a"}, 0, 0, ""};
         if (continues_name(byte))
             return outcome{{"start a"}, 2, 0, "a" + of_byte(byte)};
         if (byte == '/')
             return outcome{{"start a", "end a"}, 2, 0, ""};
-        // Behind a first '>' the second one begins character data.
+        // After a first '>' the second one begins character data.
         return outcome{{"start a", "end a"}, 5, 0, of_byte(byte)};
     });
 }
@@ -466,11 +487,11 @@ TEST(XmlParserNames, BeginWithALetter) {
     });
 }
 
-TEST(XmlParserNames, GoOnWithLettersDigitsAndUnderscores) {
+TEST(XmlParserNames, ContinueWithLettersDigitsAndUnderscores) {
     expect_for_every_byte("<?xml?><a$/>", [](int byte) {
         if (continues_name(byte))
             return outcome{{"start a" + of_byte(byte), "end a" + of_byte(byte)}, 0, 0, ""};
-        if (is_blank(byte))
+        if (is_white_space_byte(byte))
             return outcome{{"start a", "end a"}, 0, 0, ""};
         if (byte == '>')
             return outcome{{"start a", "text />"}, 1, 0, ""};
@@ -479,7 +500,7 @@ TEST(XmlParserNames, GoOnWithLettersDigitsAndUnderscores) {
     EXPECT_EQ((outcome{{"start aZ9_0", "end aZ9_0"}, 0, 0, ""}), read("<?xml?><aZ9_0></aZ9_0>"));
 }
 
-TEST(XmlParserNames, EndAtColonsPointsAndDashes) {
+TEST(XmlParserNames, EndAtColonsDotsAndDashes) {
     expect_all({
         {"<?xml?><a xml:lang='de'/>", {{"start a"}, 8, 0, "xml"}},
         {"<?xml?><a b-c='1'/>", {{"start a"}, 8, 0, "b"}},
@@ -560,7 +581,7 @@ TEST(XmlParserAttributes, AreReportedBeforeAMissingClosingQuoteIs) {
     });
 }
 
-TEST(XmlParserAttributes, TakeAnyByteInTheirValueButTheQuoteAngleAndAmpersand) {
+TEST(XmlParserAttributes, MayContainAnyByteButTheQuoteAngleBracketAndAmpersand) {
     expect_for_every_byte("<?xml?><a b='$'/>", [](int byte) {
         switch (byte) {
         case '\'':
@@ -575,7 +596,7 @@ TEST(XmlParserAttributes, TakeAnyByteInTheirValueButTheQuoteAngleAndAmpersand) {
     });
 }
 
-TEST(XmlParserAttributes, StandOnceInATag) {
+TEST(XmlParserAttributes, MayAppearOnceInATag) {
     expect_all({
         {"<?xml?><a x=\"1\" x=\"2\">", {{"start a", "attribute x=1"}, 9, 0, "x"}},
         {"<?xml?><a x='1'\nlong_1='2'\nlong_1>",
@@ -587,7 +608,7 @@ TEST(XmlParserAttributes, StandOnceInATag) {
     });
 }
 
-TEST(XmlParserAttributes, StandInEndTagsTooAndShareTheSetOfTheLastStartTag) {
+TEST(XmlParserAttributes, MayAppearInEndTagsAndShareTheSetOfTheLastStartTag) {
     expect_all({
         {"<?xml?><a></a x='1'>", {{"start a", "end a", "attribute x=1"}, 0, 0, ""}},
         {"<?xml?><a x='1'></a x='2'>", {{"start a", "attribute x=1", "end a"}, 9, 0, "x"}},
@@ -612,7 +633,7 @@ TEST(XmlParserAttributes, MayBeMany) {
     EXPECT_EQ("b777", read(document + " b777=''").text);
 }
 
-TEST(XmlParserTags, RefuseAnAngleWithin) {
+TEST(XmlParserTags, RefuseAnAngleBracketWithin) {
     expect_all({
         {"<?xml?><a<b>", {{"start a"}, 5, 0, "<"}},
         {"<?xml?><a <b>", {{"start a"}, 5, 0, "<"}},
@@ -620,12 +641,12 @@ TEST(XmlParserTags, RefuseAnAngleWithin) {
     });
 }
 
-TEST(XmlParserTags, KeepTheirWhitespaceToThemselves) {
+TEST(XmlParserTags, DoNotReportTheirWhitespace) {
     EXPECT_EQ((outcome{{"start a", "attribute b=1", "end a"}, 0, 0, ""}),
               read("<?xml?><a \n  b='1' \n ></a \n >"));
 }
 
-TEST(XmlParserCharacterData, RefusesAnAngleAtItsBeginningOnly) {
+TEST(XmlParserCharacterData, RefusesAnAngleBracketOnlyAtItsBeginning) {
     expect_all({
         {"<?xml?><a>></a>", {{"start a"}, 5, 0, ">"}},
         {"<?xml?>>", {{}, 5, 0, ">"}},
@@ -635,7 +656,7 @@ TEST(XmlParserCharacterData, RefusesAnAngleAtItsBeginningOnly) {
         {"<?xml?><a>x  >y</a>", {{"start a", "text x", "space   "}, 5, 0, ">"}},
     });
     expect_for_every_byte("<?xml?><a>$</a>", [](int byte) {
-        if (is_blank(byte))
+        if (is_white_space_byte(byte))
             return outcome{{"start a", "space " + of_byte(byte), "end a"}, 0, 0, ""};
         if (byte == '<' || byte == '>')
             return outcome{{"start a"}, 5, 0, of_byte(byte)};
@@ -652,7 +673,7 @@ TEST(XmlParserCharacterData, RefusesAnAngleAtItsBeginningOnly) {
     });
 }
 
-TEST(XmlParserCharacterData, IsCutByTwoWhitespaceBytesInARow) {
+TEST(XmlParserCharacterData, IsSplitAtTwoWhitespaceBytesInARow) {
     expect_all({
         {"<?xml?><a>one  two</a>",
          {{"start a", "text one", "space   ", "text two", "end a"}, 0, 0, ""}},
@@ -681,7 +702,7 @@ TEST(XmlParserCharacterData, IsCutByTwoWhitespaceBytesInARow) {
     }
 }
 
-TEST(XmlParserCharacterData, TakesASlashLikeAnyOtherByte) {
+TEST(XmlParserCharacterData, MayContainSlashesAndQuotes) {
     expect_all({
         {"<?xml?><a>/b/</a>", {{"start a", "text /b/", "end a"}, 0, 0, ""}},
         {"<?xml?>/>", {{"text />"}, 0, 0, ""}},
@@ -724,7 +745,7 @@ TEST(XmlParserReferences, RefuseTheAmpersandOfAWordThatBeginsLikeAnEntity) {
     }
 }
 
-TEST(XmlParserReferences, GiveUnknownEntityForAnyOtherByteBehindTheAmpersand) {
+TEST(XmlParserReferences, ReturnUnknownEntityForAnyOtherByteAfterTheAmpersand) {
     expect_for_every_byte("<?xml?>&$;", [](int byte) {
         switch (byte) {
         case 'a':
@@ -748,7 +769,7 @@ TEST(XmlParserReferences, GiveUnknownEntityForAnyOtherByteBehindTheAmpersand) {
     });
 }
 
-TEST(XmlParserReferences, GiveOneByteForANumber) {
+TEST(XmlParserReferences, ProduceOneByteForANumber) {
     const char hexadecimal[] = "0123456789abcdef";
     for (int number = 0; number <= 300; ++number) {
         SCOPED_TRACE(number);
@@ -769,7 +790,7 @@ TEST(XmlParserReferences, GiveOneByteForANumber) {
     });
 }
 
-TEST(XmlParserReferences, TakeALeadingZeroOfADecimalNumberAsOctal) {
+TEST(XmlParserReferences, ReadADecimalNumberWithALeadingZeroAsOctal) {
     expect_all({
         {"<?xml?>&#0101;", {{"text A"}, 0, 0, ""}},
         {"<?xml?>&#0377;", {{"text \xFF"}, 0, 0, ""}},
@@ -782,7 +803,7 @@ TEST(XmlParserReferences, TakeALeadingZeroOfADecimalNumberAsOctal) {
     });
 }
 
-TEST(XmlParserReferences, GiveANulByteForANumberWithoutDigits) {
+TEST(XmlParserReferences, ProduceANulByteForANumberWithoutDigits) {
     expect_all({
         {"<?xml?>a&#;b", {{"text a" + nul_byte + "b"}, 0, 0, ""}},
         {"<?xml?>a&#x;b", {{"text a" + nul_byte + "b"}, 0, 0, ""}},
@@ -790,7 +811,7 @@ TEST(XmlParserReferences, GiveANulByteForANumberWithoutDigits) {
     });
 }
 
-TEST(XmlParserReferences, RefuseTheByteThatEndsANumberUnlessItIsASemicolon) {
+TEST(XmlParserReferences, RefuseTheByteAfterANumberUnlessItIsASemicolon) {
     expect_for_every_byte("<?xml?>&#1$;", [](int byte) {
         if (is_digit(byte))
             return outcome{{"text " + of_byte(10 + byte - '0')}, 0, 0, ""};
@@ -824,7 +845,7 @@ TEST(XmlParserReferences, RefuseTheByteThatEndsANumberUnlessItIsASemicolon) {
     });
 }
 
-TEST(XmlParserComments, ReportAllUpToTheirEnd) {
+TEST(XmlParserComments, AreReportedUpToTheirEnd) {
     expect_all({
         {"<?xml?><!--x-->", {{"comment x"}, 0, 0, ""}},
         {"<?xml?><!---->", {{"comment "}, 0, 0, ""}},
@@ -841,7 +862,7 @@ TEST(XmlParserComments, ReportAllUpToTheirEnd) {
     });
 }
 
-TEST(XmlParserComments, BeginWithTheWhitespaceInFrontOfThem) {
+TEST(XmlParserComments, BeginWithTheWhitespaceBeforeThem) {
     expect_all({
         {"<?xml?><a>\n  <!--x--></a>",
          {{"start a", "space \n  ", "comment \n  x", "end a"}, 0, 0, ""}},
@@ -855,7 +876,7 @@ TEST(XmlParserComments, BeginWithTheWhitespaceInFrontOfThem) {
     });
 }
 
-TEST(XmlParserComments, GiveUnexpectedEndAndTheLineWhenLeftOpen) {
+TEST(XmlParserComments, ReturnUnexpectedEndAndTheLineWhenLeftOpen) {
     expect_all({
         {"<?xml?><!--", {{}, 1, 0, ""}},
         {"<?xml?><!-->", {{}, 1, 0, ""}},
@@ -871,7 +892,7 @@ TEST(XmlParserComments, GiveUnexpectedEndAndTheLineWhenLeftOpen) {
     });
 }
 
-TEST(XmlParserSections, ReportTheirContentAsItStands) {
+TEST(XmlParserSections, AreReportedWithoutInterpretingTheirContent) {
     expect_all({
         {"<?xml?><a><![CDATA[x]]></a>", {{"start a", "text x", "end a"}, 0, 0, ""}},
         {"<?xml?><![CDATA[]]>", {{"text "}, 0, 0, ""}},
@@ -885,7 +906,7 @@ TEST(XmlParserSections, ReportTheirContentAsItStands) {
     });
 }
 
-TEST(XmlParserSections, BeginWithTheWhitespaceInFrontOfThem) {
+TEST(XmlParserSections, BeginWithTheWhitespaceBeforeThem) {
     expect_all({
         {"<?xml?><a> <![CDATA[x]]></a>", {{"start a", "space  ", "text  x", "end a"}, 0, 0, ""}},
         {"<?xml?>t\n\n<![CDATA[x]]>", {{"text t", "space \n\n", "text \n\nx"}, 0, 0, ""}},
@@ -893,7 +914,7 @@ TEST(XmlParserSections, BeginWithTheWhitespaceInFrontOfThem) {
     });
 }
 
-TEST(XmlParserSections, GiveUnexpectedEndAndTheLineWhenLeftOpen) {
+TEST(XmlParserSections, ReturnUnexpectedEndAndTheLineWhenLeftOpen) {
     expect_all({
         {"<?xml?><![CDATA[", {{}, 1, 0, ""}},
         {"<?xml?><![CDATA[>", {{}, 1, 0, ""}},
@@ -907,9 +928,9 @@ TEST(XmlParserSections, GiveUnexpectedEndAndTheLineWhenLeftOpen) {
     });
 }
 
-TEST(XmlParserLines, CountWhereWhitespaceIsTakenOnly) {
+TEST(XmlParserLines, CountOnlyInWhitespaceBetweenAndWithinTags) {
     expect_all({
-        // Behind the header, between tags, and within a tag.
+        // After the header, between tags, and within a tag.
         {"<?xml?>\n\n\n>", {{}, 5, 3, ">"}},
         {"<?xml?><a>\n<b>\n\n</b>\n>",
          {{"start a", "space \n", "start b", "space \n\n", "end b", "space \n"}, 5, 4, ">"}},
@@ -925,7 +946,7 @@ TEST(XmlParserLines, CountWhereWhitespaceIsTakenOnly) {
         {"<?xml?><!--\n\n--><:", {{"comment \n\n"}, 5, 0, ":"}},
         {"<?xml?><![CDATA[\n\n]]><:", {{"text \n\n"}, 5, 0, ":"}},
         {"<?xml?>&#10;&#10;<:", {{"text \n\n"}, 5, 0, ":"}},
-        // Carriage returns are no line feeds.
+        // Carriage returns do not count.
         {"<?xml?>\r\r\n\r<:", {{}, 5, 1, ":"}},
     });
 }
@@ -946,7 +967,7 @@ TEST(XmlParserRuns, StartOutsideOfAnyTag) {
 TEST(XmlParserRuns, KeepWhatAFailedOneLeftOpen) {
     xml_parser parser;
     EXPECT_EQ((outcome{{"start a", "start b"}, 1, 0, ""}), read(parser, "<?xml?><a><b>"));
-    // Both are still open: they allow several roots, and the text ends too soon.
+    // Both are still open, so several roots are allowed and the document ends too soon.
     EXPECT_EQ((outcome{{"start c", "end c", "start d", "end d"}, 1, 0, ""}),
               read(parser, "<?xml?><c/><d/>"));
     EXPECT_EQ((outcome{{}, 2, 0, "a"}), read(parser, "<?xml?></a>"));
@@ -954,7 +975,7 @@ TEST(XmlParserRuns, KeepWhatAFailedOneLeftOpen) {
     EXPECT_EQ((outcome{{"end a"}, 0, 0, ""}), read(parser, "<?xml?></a>"));
 }
 
-TEST(XmlParserRuns, KeepWhatAFailedOneLeftOpenEvenWithoutAHeader) {
+TEST(XmlParserRuns, KeepWhatAFailedOneLeftOpenEvenAfterADocumentWithoutAHeader) {
     xml_parser parser;
     EXPECT_EQ(1, read(parser, "<?xml?><a>").kind);
     EXPECT_EQ(4, read(parser, "").kind);
@@ -971,7 +992,7 @@ TEST(XmlParserRuns, KeepTheAttributesOfTheLastStartTag) {
     EXPECT_EQ((outcome{{"end b", "attribute x=2"}, 0, 0, ""}), read(parser, "<?xml?></b x='2'>"));
 }
 
-// A document, and for each of its prefixes from the empty one on the kind that it gives: a letter
+// A document, and the kind that each of its prefixes returns, from the empty one on: one digit
 // each, 'A' for 10.
 const struct {
     std::string document;
@@ -1014,7 +1035,7 @@ const struct {
                                "000"},
 };
 
-TEST(XmlParserRuns, TellForEveryPrefixOfADocumentWhatItLacks) {
+TEST(XmlParserRuns, ReturnTheDocumentedKindForEveryPrefix) {
     for (const auto& c : documents) {
         ASSERT_EQ(c.document.size() + 1, c.kinds.size());
         std::string kinds;
@@ -1024,7 +1045,7 @@ TEST(XmlParserRuns, TellForEveryPrefixOfADocumentWhatItLacks) {
     }
 }
 
-TEST(XmlParserRuns, ReadNothingBehindTheEndOfTheirRange) {
+TEST(XmlParserRuns, ReadNothingPastTheEndOfTheirRange) {
     for (const auto& c : documents) {
         for (std::size_t length = 0; length <= c.document.size(); ++length) {
             const outcome expected = read(c.document.substr(0, length));
@@ -1042,7 +1063,7 @@ TEST(XmlParserRuns, ReadNothingBehindTheEndOfTheirRange) {
     }
 }
 
-TEST(XmlParserRuns, EndInAKindWhateverByteIsExchanged) {
+TEST(XmlParserRuns, ReturnAValidKindWhateverByteIsReplaced) {
     for (const auto& c : documents) {
         for (std::size_t place = 0; place < c.document.size(); ++place) {
             for (int byte = 0; byte < 256; ++byte) {
@@ -1069,28 +1090,30 @@ TEST(XmlParserRuns, LeaveTheCursorWhereTheyEnded) {
     EXPECT_EQ(text.end(), cursor);
     EXPECT_EQ(text.end(), end);
 
-    const ustring8 faulty = "<?xml?><a:/>";
-    cursor = faulty.begin();
-    end = faulty.end();
+    const ustring8 invalid = "<?xml?><a:/>";
+    cursor = invalid.begin();
+    end = invalid.end();
     EXPECT_EQ(5, parser.do_parse(cursor, end).type);
     EXPECT_EQ(':', *cursor);
 }
 
-// A delegate's target that throws what it is told to.
+// The target of handlers that raise.
 class thrower {
 public:
-    void text_of(ustring8 const&) { throw std::runtime_error("from a delegate"); }
-    void attribute(ustring8 const&, ustring8 const&) {
+    void raise(const ustring8&) { throw std::runtime_error("from a delegate"); }
+    void attribute(const ustring8&, const ustring8&) {
         throw parse_error(parse_error::no_root, 77, "own");
     }
-    void fault(ustring8 const&) { throw parse_error(parse_error::no_header, 78, "own"); }
+    void raise_parse_error(const ustring8&) {
+        throw parse_error(parse_error::no_header, 78, "own");
+    }
 };
 
-using throwing_handler = member_function_t<thrower, void(ustring8 const&)>;
+using throwing_handler = member_function_t<thrower, void(const ustring8&)>;
 
-TEST(XmlParserDelegates, PassTheirExceptionsThroughTheParser) {
+TEST(XmlParserDelegates, MayRaiseThroughTheParser) {
     thrower target;
-    const throwing_handler handler(&target, &thrower::text_of);
+    const throwing_handler handler(&target, &thrower::raise);
     xml_parser parser;
     const char document[] = "<?xml?><a>t  <!--c--></a>";
     EXPECT_EQ(0, parser.parse(document).type);
@@ -1107,49 +1130,49 @@ TEST(XmlParserDelegates, PassTheirExceptionsThroughTheParser) {
     EXPECT_THROW(parser.parse(document), std::runtime_error);
 }
 
-TEST(XmlParserDelegates, PassAParseErrorOfTheirOwnThroughTheParserToo) {
+TEST(XmlParserDelegates, MayRaiseAParseErrorOfTheirOwn) {
     thrower target;
     xml_parser parser;
-    parser.on_attribute = member_function_t<thrower, void(ustring8 const&, ustring8 const&)>(
+    parser.on_attribute = member_function_t<thrower, void(const ustring8&, const ustring8&)>(
         &target, &thrower::attribute);
     try {
         parser.parse("<?xml?><a b='c'/>");
-        FAIL() << "nothing was thrown";
-    } catch (const parse_error& fault) {
-        EXPECT_EQ(parse_error::no_root, fault.type);
-        EXPECT_EQ(77u, fault.line);
-        EXPECT_EQ("own", fault.text);
+        FAIL() << "nothing was raised";
+    } catch (const parse_error& error) {
+        EXPECT_EQ(parse_error::no_root, error.type);
+        EXPECT_EQ(77u, error.line);
+        EXPECT_EQ("own", error.text);
     }
 
-    parser.on_comment = throwing_handler(&target, &thrower::fault);
+    parser.on_comment = throwing_handler(&target, &thrower::raise_parse_error);
     try {
         parser.parse("<?xml?><!--x-->");
-        FAIL() << "nothing was thrown";
-    } catch (const parse_error& fault) {
-        EXPECT_EQ(parse_error::no_header, fault.type);
-        EXPECT_EQ(78u, fault.line);
+        FAIL() << "nothing was raised";
+    } catch (const parse_error& error) {
+        EXPECT_EQ(parse_error::no_header, error.type);
+        EXPECT_EQ(78u, error.line);
     }
 }
 
-TEST(XmlParserDelegates, MayThrowAndTheParserGoesOnWithTheNextText) {
+TEST(XmlParserDelegates, MayRaiseAndLeaveTheParserUsable) {
     thrower target;
     xml_parser parser;
-    parser.on_element_start = throwing_handler(&target, &thrower::text_of);
+    parser.on_element_start = throwing_handler(&target, &thrower::raise);
     EXPECT_THROW(parser.parse("<?xml?><a>"), std::runtime_error);
-    // The element was open before its event.
+    // The element was opened before its event.
     EXPECT_EQ((outcome{{"start b", "end b", "end a"}, 0, 0, ""}),
               read(parser, "<?xml?><b></b></a>"));
 }
 
-TEST(XmlParserDelegates, HearOfAnElementEndBeforeASlashPopsIt) {
+TEST(XmlParserDelegates, ReceiveTheEndOfAnEmptyElementBeforeItIsClosed) {
     thrower target;
     xml_parser parser;
-    parser.on_element_end = throwing_handler(&target, &thrower::text_of);
+    parser.on_element_end = throwing_handler(&target, &thrower::raise);
     EXPECT_THROW(parser.parse("<?xml?><a/>"), std::runtime_error);
     EXPECT_EQ((outcome{{}, 2, 0, "b"}), read(parser, "<?xml?></b>"));
     EXPECT_EQ((outcome{{"end a"}, 0, 0, ""}), read(parser, "<?xml?></a>"));
 
-    parser.on_element_end = throwing_handler(&target, &thrower::text_of);
+    parser.on_element_end = throwing_handler(&target, &thrower::raise);
     EXPECT_THROW(parser.parse("<?xml?><a></a>"), std::runtime_error);
     EXPECT_EQ((outcome{{"start b", "end b"}, 0, 0, ""}), read(parser, "<?xml?><b/>"));
 }
@@ -1160,9 +1183,9 @@ class intruder {
 public:
     intruder(xml_parser& parser, const std::string& event, const std::string& inner, bool raises)
         : m_parser(parser), m_event(event), m_inner(inner), m_raises(raises) {
-        using text_handler = member_function_t<intruder, void(ustring8 const&)>;
+        using text_handler = member_function_t<intruder, void(const ustring8&)>;
         using attribute_handler =
-            member_function_t<intruder, void(ustring8 const&, ustring8 const&)>;
+            member_function_t<intruder, void(const ustring8&, const ustring8&)>;
         parser.on_element_start = text_handler(this, &intruder::element_start);
         parser.on_element_end = text_handler(this, &intruder::element_end);
         parser.on_attribute = attribute_handler(this, &intruder::attribute);
@@ -1171,19 +1194,19 @@ public:
         parser.on_comment = text_handler(this, &intruder::comment);
     }
 
-    void element_start(ustring8 const& name) { record("start", name, name); }
-    void element_end(ustring8 const& name) { record("end", name, name); }
-    void attribute(ustring8 const& name, ustring8 const& value) {
+    void element_start(const ustring8& name) { record("start", name, name); }
+    void element_end(const ustring8& name) { record("end", name, name); }
+    void attribute(const ustring8& name, const ustring8& value) {
         record("attribute", name, name + "=" + value);
     }
-    void character(ustring8 const& text) { record("text", text, text); }
-    void space(ustring8 const& text) { record("space", text, text); }
-    void comment(ustring8 const& text) { record("comment", text, text); }
+    void character(const ustring8& text) { record("text", text, text); }
+    void space(const ustring8& text) { record("space", text, text); }
+    void comment(const ustring8& text) { record("comment", text, text); }
 
     std::vector<std::string> events;
 
 private:
-    void record(const std::string& event, ustring8 const& handed_over, const std::string& text) {
+    void record(const std::string& event, const ustring8& handed_over, const std::string& text) {
         events.push_back(event + " " + text);
         if (event != m_event)
             return;
@@ -1327,12 +1350,12 @@ TEST(XmlParserDelegates, MayRaiseOutOfARunWithinARun) {
     // The handler of the inner run raises, so the exception crosses both runs.
     const intruder outer(parser, "start", "<?xml?><!--x-->", false);
     thrower target;
-    parser.on_comment = throwing_handler(&target, &thrower::text_of);
+    parser.on_comment = throwing_handler(&target, &thrower::raise);
     EXPECT_THROW(parser.parse("<?xml?><b>"), std::runtime_error);
     EXPECT_EQ((outcome{{"end b"}, 0, 0, ""}), read(parser, "<?xml?></b>"));
 }
 
-// One grammar function over one text: what it gave or threw, and how far the cursor went.
+// One grammar function over one string: what it returned or threw, and where it left the cursor.
 struct piece {
     std::string result;
     long cursor;
@@ -1360,8 +1383,8 @@ piece take(xml_parser& parser, grammar_function function, const std::string& byt
     try {
         const ustring8 result = (parser.*function)(cursor, end);
         return piece{result, cursor - text.begin(), 0, no_line, ""};
-    } catch (const parse_error& fault) {
-        return piece{"", cursor - text.begin(), fault.type, fault.line, fault.text};
+    } catch (const parse_error& error) {
+        return piece{"", cursor - text.begin(), error.type, error.line, error.text};
     }
 }
 
@@ -1394,7 +1417,7 @@ TEST(XmlParserGrammar, KnowsFourWhitespaceBytes) {
     }
 }
 
-TEST(XmlParserGrammar, TakesANameAndStaysOnItsLastByte) {
+TEST(XmlParserGrammar, TakesANameAndStopsOnItsLastByte) {
     EXPECT_EQ((piece{"a", 0, 0, 0, ""}), take(&xml_parser::parse_name, "a"));
     EXPECT_EQ((piece{"ab_1", 3, 0, 0, ""}), take(&xml_parser::parse_name, "ab_1"));
     EXPECT_EQ((piece{"ab_1", 3, 0, 0, ""}), take(&xml_parser::parse_name, "ab_1-c"));
@@ -1404,7 +1427,7 @@ TEST(XmlParserGrammar, TakesANameAndStaysOnItsLastByte) {
     EXPECT_EQ((piece{"", 0, 5, 0, nul_byte}), take(&xml_parser::parse_name, nul_byte));
 }
 
-TEST(XmlParserGrammar, TakesAReferenceAndStaysOnItsSemicolon) {
+TEST(XmlParserGrammar, TakesAReferenceAndStopsOnItsSemicolon) {
     EXPECT_EQ((piece{"&", 4, 0, 0, ""}), take(&xml_parser::parse_character, "&amp;x"));
     EXPECT_EQ((piece{"'", 5, 0, 0, ""}), take(&xml_parser::parse_character, "&apos;"));
     EXPECT_EQ((piece{">", 3, 0, 0, ""}), take(&xml_parser::parse_character, "&gt;"));
@@ -1422,7 +1445,7 @@ TEST(XmlParserGrammar, TakesAReferenceAndStaysOnItsSemicolon) {
     EXPECT_EQ((piece{"", 0, 7, 0, ""}), take(&xml_parser::parse_character, "&"));
 }
 
-TEST(XmlParserGrammar, TakesAValueAndStaysOnTheQuoteThatClosesIt) {
+TEST(XmlParserGrammar, TakesAValueAndStopsOnItsClosingQuote) {
     EXPECT_EQ((piece{"", 1, 0, 0, ""}), take(&xml_parser::parse_attrib_value, "''"));
     EXPECT_EQ((piece{"a\"b", 4, 0, 0, ""}), take(&xml_parser::parse_attrib_value, "'a\"b' c"));
     EXPECT_EQ((piece{"a'b", 4, 0, 0, ""}), take(&xml_parser::parse_attrib_value, "\"a'b\""));
@@ -1436,7 +1459,7 @@ TEST(XmlParserGrammar, TakesAValueAndStaysOnTheQuoteThatClosesIt) {
     EXPECT_EQ((piece{"", 0, 6, 0, ""}), take(&xml_parser::parse_attrib_value, ""));
 }
 
-// Writes a well-formed document at random, and next to it the events that it must give.
+// Writes a random well-formed document, and the events that it must produce.
 class document_writer {
 public:
     explicit document_writer(unsigned seed) : m_random(seed) {
@@ -1458,7 +1481,7 @@ private:
         return texts.begin()[below(static_cast<unsigned>(texts.size()))];
     }
 
-    std::string blanks(unsigned least) {
+    std::string whitespace(unsigned least) {
         std::string result;
         for (unsigned count = least + below(3); result.size() < count;)
             result += one_of({" ", "\t", "\r", "\n"});
@@ -1473,25 +1496,25 @@ private:
             if (below(3) != 0)
                 continue;
             const std::string quote = one_of({"'", "\""});
-            m_text += blanks(1) + attribute + blanks(0) + "=" + blanks(0) + quote;
+            m_text += whitespace(1) + attribute + whitespace(0) + "=" + whitespace(0) + quote;
             std::string value;
             for (unsigned pieces = below(4); pieces != 0; --pieces)
                 data(value, true);
             m_text += quote;
             m_events.push_back("attribute " + attribute + "=" + value);
         }
-        m_text += blanks(0);
+        m_text += whitespace(0);
         if (below(4) == 0) {
             m_text += "/>";
         } else {
             m_text += ">";
             content(depth + 1);
-            m_text += "</" + name + blanks(0) + ">";
+            m_text += "</" + name + whitespace(0) + ">";
         }
         m_events.push_back("end " + name);
     }
 
-    // A piece of text that neither begins nor ends with whitespace.
+    // A piece of text that neither begins nor ends with whitespace, unless it is quoted.
     void data(std::string& value, bool quoted) {
         const struct {
             const char* written;
@@ -1510,16 +1533,16 @@ private:
     }
 
     void content(int depth) {
-        bool behind_text = false;
+        bool after_text = false;
         for (unsigned items = below(depth < 6 ? 6 : 1); items != 0; --items) {
-            std::string space = blanks(0);
-            if (behind_text && space.size() == 1)
+            std::string space = whitespace(0);
+            if (after_text && space.size() == 1)
                 space += " ";
             m_text += space;
             if (!space.empty())
                 m_events.push_back("space " + space);
-            const bool may_be_text = !behind_text || !space.empty();
-            behind_text = false;
+            const bool may_be_text = !after_text || !space.empty();
+            after_text = false;
             switch (below(may_be_text ? 4 : 3)) {
             case 0:
                 element(depth);
@@ -1537,7 +1560,7 @@ private:
                 for (unsigned pieces = 1 + below(3); pieces != 0; --pieces)
                     data(value, false);
                 m_events.push_back("text " + value);
-                behind_text = true;
+                after_text = true;
             }
         }
     }
@@ -1558,17 +1581,17 @@ TEST(XmlParserRuns, ReportWhatAWellFormedDocumentWasWrittenFrom) {
     EXPECT_GT(longest, 100u);
 }
 
-TEST(XmlParserRuns, ReportWhatTheyHaveSeenOfACutDocument) {
+TEST(XmlParserRuns, ReportTheEventsOfATruncatedDocumentUpToItsEnd) {
     for (unsigned seed = 0; seed < 60; ++seed) {
         const document_writer document(seed);
         const auto& all = document.events();
         for (std::size_t length = 0; length < document.text().size(); ++length) {
             const outcome result = read(document.text().substr(0, length));
-            // Nothing is missed in front of the root, nor the '>' of its end tag.
+            // Only a document cut before its root or after its last event is accepted.
             if (result.kind == 0 && result.events != std::vector<std::string>{"comment head"}) {
                 ASSERT_EQ(all, result.events) << document.text().substr(0, length);
             }
-            // All events but the last one stand; that one may be cut off.
+            // All events but the last are those of the whole document; the last may be cut off.
             ASSERT_LE(result.events.size(), all.size());
             for (std::size_t i = 0; i + 1 < result.events.size(); ++i)
                 ASSERT_EQ(all[i], result.events[i]);

@@ -1,30 +1,32 @@
 #include <tova/parser/xml_token_stream.hpp>
 
+#include <tova/functor/member_function.hpp>
+
+#include "support/failing_allocation.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <initializer_list>
 #include <iterator>
+#include <list>
 #include <new>
 #include <string>
 #include <type_traits>
 #include <vector>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <tova/functor/member_function.hpp>
-
-#include "support/failing_allocation.hpp"
-
 namespace {
 
-using TOVA_2_18::functor::member_function_t;
-using TOVA_2_18::parser::xml_parser;
-using TOVA_2_18::parser::xml_token_stream;
-using TOVA_2_18::strings::ustring8;
+using tova::functor::member_function_t;
+using tova::parser::xml_parser;
+using tova::parser::xml_token_stream;
+using tova::strings::ustring8;
 using parse_error = xml_parser::parse_error;
 using token = xml_token_stream::token;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-// A token in a line: the name of its type, and its value behind it.
+// A token as one string: the name of its type, followed by its value.
 std::string line_of(const token& one) {
     const char* const names[] = {"element_start",   "element_end",   "attribute_name",
                                  "attribute_value", "start_tag_end", "comment",
@@ -86,33 +88,40 @@ TEST(XmlTokenStream, IsNotCopied) {
     EXPECT_FALSE(std::is_copy_assignable<xml_parser>::value);
 }
 
-TEST(XmlTokenStream, GivesTheEventsInOrder) {
+TEST(XmlTokenStream, KeepsTheEventsInOrder) {
     EXPECT_THAT(tokens_of("<?xml?><a x=\"1\"> <b/>text</a>"),
                 ElementsAre("element_start a", "attribute_name x", "attribute_value 1",
                             "start_tag_end", "space  ", "element_start b", "start_tag_end",
                             "element_end b", "character text", "element_end a"));
 }
 
+struct token_row {
+    const char* document;
+    std::vector<std::string> tokens;
+};
+
+void expect_tokens(std::initializer_list<token_row> rows) {
+    for (const auto& row : rows)
+        EXPECT_EQ(row.tokens, tokens_of(row.document)) << row.document;
+}
+
 TEST(XmlTokenStream, EndsEveryStartTagOnce) {
-    EXPECT_THAT(tokens_of("<?xml?><a/>"),
-                ElementsAre("element_start a", "start_tag_end", "element_end a"));
-    EXPECT_THAT(tokens_of("<?xml?><a></a>"),
-                ElementsAre("element_start a", "start_tag_end", "element_end a"));
-    EXPECT_THAT(tokens_of("<?xml?><a b='c' d=''/>"),
-                ElementsAre("element_start a", "attribute_name b", "attribute_value c",
-                            "attribute_name d", "attribute_value", "start_tag_end",
-                            "element_end a"));
-    EXPECT_THAT(tokens_of("<?xml?><a><b><c/></b></a>"),
-                ElementsAre("element_start a", "start_tag_end", "element_start b", "start_tag_end",
-                            "element_start c", "start_tag_end", "element_end c", "element_end b",
-                            "element_end a"));
-    EXPECT_THAT(tokens_of("<?xml?><a>x</a>"),
-                ElementsAre("element_start a", "start_tag_end", "character x", "element_end a"));
-    EXPECT_THAT(tokens_of("<?xml?><a><![CDATA[]]></a>"),
-                ElementsAre("element_start a", "start_tag_end", "character", "element_end a"));
-    EXPECT_THAT(tokens_of("<?xml?><a>x  y</a>"),
-                ElementsAre("element_start a", "start_tag_end", "character x", "space   ",
-                            "character y", "element_end a"));
+    expect_tokens({
+        {"<?xml?><a/>", {"element_start a", "start_tag_end", "element_end a"}},
+        {"<?xml?><a></a>", {"element_start a", "start_tag_end", "element_end a"}},
+        {"<?xml?><a b='c' d=''/>",
+         {"element_start a", "attribute_name b", "attribute_value c", "attribute_name d",
+          "attribute_value", "start_tag_end", "element_end a"}},
+        {"<?xml?><a><b><c/></b></a>",
+         {"element_start a", "start_tag_end", "element_start b", "start_tag_end", "element_start c",
+          "start_tag_end", "element_end c", "element_end b", "element_end a"}},
+        {"<?xml?><a>x</a>", {"element_start a", "start_tag_end", "character x", "element_end a"}},
+        {"<?xml?><a><![CDATA[]]></a>",
+         {"element_start a", "start_tag_end", "character", "element_end a"}},
+        {"<?xml?><a>x  y</a>",
+         {"element_start a", "start_tag_end", "character x", "space   ", "character y",
+          "element_end a"}},
+    });
 }
 
 TEST(XmlTokenStream, ResolvesReferencesInValuesAndText) {
@@ -121,15 +130,16 @@ TEST(XmlTokenStream, ResolvesReferencesInValuesAndText) {
                             "start_tag_end", "character &", "element_end a"));
 }
 
-TEST(XmlTokenStream, PutsACommentBehindAStartTagInFrontOfItsEnd) {
-    EXPECT_THAT(tokens_of("<?xml?><a><!--c--></a>"),
-                ElementsAre("element_start a", "comment c", "start_tag_end", "element_end a"));
-    EXPECT_THAT(tokens_of("<?xml?><a b='1'><!--c--><!--d-->x</a>"),
-                ElementsAre("element_start a", "attribute_name b", "attribute_value 1", "comment c",
-                            "comment d", "start_tag_end", "character x", "element_end a"));
-    EXPECT_THAT(
-        tokens_of("<?xml?><a> <!--c--></a>"),
-        ElementsAre("element_start a", "start_tag_end", "space  ", "comment  c", "element_end a"));
+TEST(XmlTokenStream, PutsACommentAfterAStartTagBeforeTheTokenOfItsEnd) {
+    expect_tokens({
+        {"<?xml?><a><!--c--></a>",
+         {"element_start a", "comment c", "start_tag_end", "element_end a"}},
+        {"<?xml?><a b='1'><!--c--><!--d-->x</a>",
+         {"element_start a", "attribute_name b", "attribute_value 1", "comment c", "comment d",
+          "start_tag_end", "character x", "element_end a"}},
+        {"<?xml?><a> <!--c--></a>",
+         {"element_start a", "start_tag_end", "space  ", "comment  c", "element_end a"}},
+    });
 }
 
 TEST(XmlTokenStream, KeepsCommentsAndWhitespaceOutsideOfTheRoot) {
@@ -138,37 +148,37 @@ TEST(XmlTokenStream, KeepsCommentsAndWhitespaceOutsideOfTheRoot) {
                             "element_end a", "space \n"));
 }
 
-TEST(XmlTokenStream, LeavesTheAttributesOfAnEndTagWithoutAnEnd) {
+TEST(XmlTokenStream, AddsNoStartTagEndAfterTheAttributesOfAnEndTag) {
     EXPECT_THAT(tokens_of("<?xml?><a></a x='1'>text"),
                 ElementsAre("element_start a", "start_tag_end", "element_end a", "attribute_name x",
                             "attribute_value 1", "character text"));
 }
 
-TEST(XmlTokenStream, GivesTheFaultAndKeepsTheTokensInFrontOfIt) {
+TEST(XmlTokenStream, ReturnsTheErrorAndKeepsTheTokensBeforeIt) {
     xml_token_stream stream;
-    const parse_error fault = stream.parse("<?xml?><a>\n<b c='1' c='2'/></a>");
-    EXPECT_EQ(parse_error::attribute_redefined, fault.type);
-    EXPECT_EQ(1u, fault.line);
-    EXPECT_EQ("c", fault.text);
+    const parse_error error = stream.parse("<?xml?><a>\n<b c='1' c='2'/></a>");
+    EXPECT_EQ(parse_error::attribute_redefined, error.type);
+    EXPECT_EQ(1u, error.line);
+    EXPECT_EQ("c", error.text);
     EXPECT_THAT(lines_of(stream),
                 ElementsAre("element_start a", "start_tag_end", "space \n", "element_start b",
                             "attribute_name c", "attribute_value 1"));
 }
 
-TEST(XmlTokenStream, MakesNothingOfAnEmptyText) {
+TEST(XmlTokenStream, MakesNoTokenOfAnEmptyDocument) {
     xml_token_stream stream;
     EXPECT_EQ(parse_error::no_header, stream.parse("").type);
     EXPECT_THAT(lines_of(stream), IsEmpty());
 }
 
-TEST(XmlTokenStream, MakesNoEndOfAStartTagThatEndsTheText) {
+TEST(XmlTokenStream, AddsNoStartTagEndIfTheDocumentEndsThere) {
     xml_token_stream stream;
     EXPECT_EQ(parse_error::unexpected_end, stream.parse("<?xml?><a x='1'>").type);
     EXPECT_THAT(lines_of(stream),
                 ElementsAre("element_start a", "attribute_name x", "attribute_value 1"));
 }
 
-TEST(XmlTokenStream, AppendsASecondText) {
+TEST(XmlTokenStream, AppendsASecondDocument) {
     xml_token_stream stream;
     EXPECT_EQ(parse_error::no_error, stream.parse("<?xml?><a/>").type);
     EXPECT_EQ(parse_error::no_error, stream.parse("<?xml?><b/>").type);
@@ -176,7 +186,7 @@ TEST(XmlTokenStream, AppendsASecondText) {
                                               "element_start b", "start_tag_end", "element_end b"));
 }
 
-TEST(XmlTokenStream, OwesNothingToAnEarlierTextThatEndedInAStartTag) {
+TEST(XmlTokenStream, ForgetsAStartTagThatAnEarlierDocumentLeftOpen) {
     xml_token_stream stream;
     EXPECT_EQ(parse_error::unexpected_end, stream.parse("<?xml?><a>").type);
     EXPECT_EQ(parse_error::no_error, stream.parse("<?xml?>text</a>").type);
@@ -184,7 +194,7 @@ TEST(XmlTokenStream, OwesNothingToAnEarlierTextThatEndedInAStartTag) {
                 ElementsAre("element_start a", "character text", "element_end a"));
 }
 
-TEST(XmlTokenStream, OwesNothingToAnEarlierTextEvenIfTheNextHasNoHeader) {
+TEST(XmlTokenStream, ForgetsItEvenIfTheNextDocumentHasNoHeader) {
     xml_token_stream stream;
     EXPECT_EQ(parse_error::unexpected_end, stream.parse("<?xml?><a>").type);
     EXPECT_EQ(parse_error::no_header, stream.parse("").type);
@@ -200,7 +210,7 @@ TEST(XmlTokenStream, ParsesARange) {
     EXPECT_EQ(parse_error::no_header, stream.parse(text.begin(), text.end()).type);
 }
 
-TEST(XmlTokenStream, IsWalkedByConstantAndOtherIterators) {
+TEST(XmlTokenStream, OffersConstantAndOtherIterators) {
     xml_token_stream stream;
     ASSERT_EQ(parse_error::no_error, stream.parse("<?xml?><a/>").type);
     const xml_token_stream& constant = stream;
@@ -215,8 +225,8 @@ TEST(XmlTokenStream, IsWalkedByConstantAndOtherIterators) {
     EXPECT_TRUE((std::is_same<unsigned long, decltype(constant.size())>::value));
 }
 
-// What each handler does in the two states that a stream can be in. The state behind it shows in
-// whether a space then brings a start_tag_end along.
+// What each handler does in the two states that a stream can be in. The state after the call shows
+// in whether a space then adds a start_tag_end.
 struct handler_row {
     const char* name;
     void (*call)(xml_token_stream&);
@@ -224,7 +234,7 @@ struct handler_row {
     std::vector<std::string> open;    // with one due
 };
 
-TEST(XmlTokenStream, FlushesAndSettlesByTheTableOfHandlers) {
+TEST(XmlTokenStream, EndsStartTagsByTheTableOfHandlers) {
     const handler_row rows[] = {
         {"on_element_start",
          [](xml_token_stream& stream) { stream.on_element_start("n"); },
@@ -275,7 +285,7 @@ TEST(XmlTokenStream, KeepsNulBytesAndBytesAboveAscii) {
     EXPECT_EQ(value, std::next(stream.begin(), 2)->value());
 }
 
-TEST(XmlTokenStream, HoldsATokenForEachOfManyElements) {
+TEST(XmlTokenStream, HoldsTheTokensOfManyElements) {
     std::string document = "<?xml?><r>";
     for (int i = 0; i < 100000; ++i)
         document += "<e/>";
@@ -284,13 +294,13 @@ TEST(XmlTokenStream, HoldsATokenForEachOfManyElements) {
     EXPECT_EQ(300003u, stream.size());
 }
 
-// A name, a value and texts that are too long for a string's own room.
+// A name, a value and pieces of text that do not fit into a string without an allocation.
 const char long_document[] =
     "<?xml?><a_name_of_many_letters an_attribute_of_many_letters='a value of many letters'>"
     "<!-- a comment of many letters --> a text of many letters                    &amp;<b/>"
     "</a_name_of_many_letters>";
 
-TEST(XmlTokenStream, LetsAFailedAllocationThroughAndLeavesNothingBehind) {
+TEST(XmlTokenStream, PassesAFailedAllocationOnAndLeaksNothing) {
     const ustring8 text(long_document);
     unsigned failures = 0;
     for (bool failed = true; failed; ++failures) {
@@ -310,7 +320,7 @@ TEST(XmlTokenStream, LetsAFailedAllocationThroughAndLeavesNothingBehind) {
     EXPECT_GT(failures, 20u);
 }
 
-TEST(XmlTokenStream, LeavesNothingBehindOfAnyPrefixOfADocument) {
+TEST(XmlTokenStream, LeaksNothingForAnyPrefixOfADocument) {
     const std::string document(long_document);
     for (std::size_t length = 0; length < document.size(); ++length) {
         const ustring8 text(document.substr(0, length));
@@ -323,10 +333,10 @@ TEST(XmlTokenStream, LeavesNothingBehindOfAnyPrefixOfADocument) {
     }
 }
 
-// The bindings that the library itself makes and exports.
-using text_handler = member_function_t<xml_token_stream, void(ustring8 const&)>;
+// The bindings that the library instantiates and exports.
+using text_handler = member_function_t<xml_token_stream, void(const ustring8&)>;
 using attribute_handler =
-    member_function_t<xml_token_stream, void(ustring8 const&, ustring8 const&)>;
+    member_function_t<xml_token_stream, void(const ustring8&, const ustring8&)>;
 
 TEST(XmlTokenStreamHandlers, AreCalledThroughTheirBindings) {
     xml_token_stream stream;
