@@ -1,5 +1,6 @@
 /// @file
-/// What every public header needs to declare the binary interface, and the limits of that interface.
+/// What every public header needs to declare the binary interface, and the limits of that
+/// interface.
 ///
 /// `libtova.so` exchanges standard strings, type information and exceptions with the programs that
 /// link it. A program that is compiled with another standard library or without those features
@@ -41,8 +42,8 @@
 /// The empty exception specification.
 ///
 /// The library is built as C++14, so an exception that tries to leave such an operation reaches
-/// `std::unexpected`. C++17 and later know only the `noexcept` spelling, which is the same interface
-/// to a linker.
+/// `std::unexpected`. C++17 and later know only the `noexcept` spelling, which is the same
+/// interface to a linker.
 #if __cplusplus >= 201703L
 #define TOVA_NOTHROW noexcept
 #else

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # install_test.sh BUILD_DIRECTORY: installs the built library into a private prefix and builds a
-# small program against it, out of tree: by find_package, and by pkg-config as C++14, 17, 20 and 23
-# with every compiler at hand. Every public header must also compile alone. No warning is let pass.
+# small program against it, out of tree: with find_package, and with pkg-config as C++14, 17, 20 and
+# 23 with g++ and clang++. Every public header must also compile alone. A warning is an error.
 set -euo pipefail
 build=$(realpath "$1")
 source=$(realpath "$(dirname "$0")")
@@ -31,6 +31,9 @@ cmake -G Ninja -S "$source/consumer" -B "$root/by_cmake" -DCMAKE_PREFIX_PATH="$r
 cmake --build "$root/by_cmake" >/dev/null
 run "$root/by_cmake/consumer"
 
+cmake -G Ninja -S "$source/versions" -B "$root/versions" -DCMAKE_PREFIX_PATH="$root/prefix" \
+    >"$root/log" 2>&1 || { cat "$root/log"; exit 1; }
+
 export PKG_CONFIG_PATH=$library/pkgconfig
 read -ra flags <<<"$(pkg-config --cflags tova)"
 read -ra libraries <<<"$(pkg-config --libs tova)"
@@ -44,7 +47,7 @@ for compiler in g++ clang++; do
     done
 done
 
-# The program in the README is a program, and prints what its catalog says.
+# The README's program compiles and prints the message of its catalog.
 sed -n '/^```cpp$/,/^```$/p' "$source/../../README.md" | sed '1d;$d' >"$root/readme.cpp"
 g++ -std=c++14 "${warnings[@]}" "${flags[@]}" "$root/readme.cpp" "${libraries[@]}" \
     -o "$root/readme"
