@@ -1,12 +1,32 @@
+// Code pages, converted by the C library's iconv. Both directions go through UTF-8 and run the same
+// loop, `convert`:
+//
+//   to_system_type -> iconv_open -> reset -> iconv, until no input is left -> iconv_close
+//
+// iconv converts as far as it can. If it stops before the end of the input, its errno selects the
+// next step:
+//
+//   E2BIG   the output is full                      make room, and go on
+//   EILSEQ  a character that the target lacks, or   skip one byte of input, write "?", and go on
+//           a byte that the source doesn't know
+//   EINVAL  the input ends within a character       drop the rest
+//   other   iconv is broken                         raise
+//
+// A `conversion` holds the state of the loop: the input not yet read, the output made so far, and
+// the room that iconv may fill next. Invariant: offset + room <= size of the output. The room can
+// be less than what the output has left, see `make_room`.
+//
+// iconv is called for all characters at once, ASCII included. A faster path for runs of ASCII would
+// go in front of the call in `conversion::run`.
 #include <tova/strings/code_page.hpp>
+
+#include <tova/exceptions/exceptions.hpp>
+#include <tova/strings/unicode.hpp>
 
 #include <algorithm>
 #include <cerrno>
 #include <iconv.h>
 #include <langinfo.h>
-
-#include <tova/exceptions/exceptions.hpp>
-#include <tova/strings/unicode.hpp>
 
 namespace TOVA_2_18 {
 namespace strings {
@@ -18,8 +38,43 @@ const unsigned int to_system_type_line = 589;    // published; it stays when the
 
 const std::size_t iconv_failed = static_cast<std::size_t>(-1);
 
-// The published places of one direction's faults.
-struct places {
+// The names that iconv knows the pages by. The three locale values are not here: their name is
+// asked for at each conversion.
+const struct {
+    code_page::encoding_type page;
+    const char* name;
+} page_names[] = {
+    {code_page::encoding_utf8, "UTF-8"},
+    {code_page::encoding_932, "WINDOWS-31J"},
+    {code_page::encoding_936, "GBK"},
+    {code_page::encoding_949, "CP949"},
+    {code_page::encoding_950, "BIG5"},
+    {code_page::encoding_1250, "CP1250"},
+    {code_page::encoding_1251, "CP1251"},
+    {code_page::encoding_1252, "CP1252"},
+    {code_page::encoding_1253, "CP1253"},
+    {code_page::encoding_1254, "CP1254"},
+    {code_page::encoding_1255, "CP1255"},
+    {code_page::encoding_1256, "CP1256"},
+    {code_page::encoding_1257, "CP1257"},
+    {code_page::encoding_1258, "CP1258"},
+    {code_page::encoding_20866, "KOI8-R"},
+    {code_page::encoding_21866, "KOI8-U"},
+    {code_page::encoding_28591, "ISO-8859-1"},
+    {code_page::encoding_28592, "ISO-8859-2"},
+    {code_page::encoding_28593, "ISO-8859-3"},
+    {code_page::encoding_28594, "ISO-8859-4"},
+    {code_page::encoding_28595, "ISO-8859-5"},
+    {code_page::encoding_28596, "ISO-8859-6"},
+    {code_page::encoding_28597, "ISO-8859-7"},
+    {code_page::encoding_28598, "ISO-8859-8"},
+    {code_page::encoding_28599, "ISO-8859-9"},
+    {code_page::encoding_28605, "ISO-8859-15"},
+    {code_page::encoding_125100, "ANSI_X3.4-1968"},
+};
+
+// The published locations of one direction's raises.
+struct locations {
     const char* function;
     unsigned int not_supported_line;
     unsigned int open_failed_line;
@@ -27,17 +82,17 @@ struct places {
     unsigned int close_failed_line;
 };
 
-const places encode_places = {"encode", 222, 225, 305, 316};
-const places as_utf8_places = {"as_utf8", 370, 373, 452, 463};
+const locations encode_locations = {"encode", 222, 225, 305, 316};
+const locations as_utf8_locations = {"as_utf8", 370, 373, 452, 463};
 
-[[noreturn]] void raise(const char* message, unsigned int line, const places& at) {
+[[noreturn]] void raise(const char* message, unsigned int line, const locations& at) {
     throw exceptions::runtime_error(message, line, source_path, at.function);
 }
 
 // An open iconv descriptor.
 class descriptor {
 public:
-    descriptor(const char* to, const char* from, const places& at)
+    descriptor(const char* to, const char* from, const locations& at)
         : m_handle(iconv_open(to, from)) {
         if (m_handle == closed()) {
             if (errno == EINVAL)
@@ -54,7 +109,7 @@ public:
 
     operator iconv_t() const { return m_handle; }
 
-    // Leaves the handle to nobody.
+    // Gives up the handle without closing it.
     iconv_t release() {
         const iconv_t handle = m_handle;
         m_handle = closed();
@@ -62,7 +117,7 @@ public:
     }
 
 private:
-    // What iconv_open gives for no descriptor.
+    // What iconv_open returns on failure.
     static iconv_t closed() {
         return reinterpret_cast<iconv_t>(-1);  // NOLINT(performance-no-int-to-ptr)
     }
@@ -70,105 +125,117 @@ private:
     iconv_t m_handle;
 };
 
-// The output of a conversion: a text, the offset up to which it is filled, and the room that iconv
-// may fill next, which can be less than what the text has left.
-class output_buffer {
+class conversion {
 public:
-    explicit output_buffer(std::size_t size) : m_text(size, '\0'), m_offset(0), m_room(size) {}
+    explicit conversion(const std::string& source)
+        : m_input(const_cast<char*>(source.data())),  // iconv doesn't write there
+          m_input_left(source.size()), m_output(source.size(), '\0'), m_offset(0),
+          m_room(source.size()), m_made_room(false), m_stood_still(false) {}
 
-    std::size_t room() const { return m_room; }
+    bool has_input() const { return m_input_left > 0; }
 
-    std::size_t convert(iconv_t handle, char*& input, std::size_t& input_left) {
-        char* position = &m_text[0] + m_offset;
-        const std::size_t result = iconv(handle, &input, &input_left, &position, &m_room);
-        m_offset = static_cast<std::size_t>(position - &m_text[0]);
-        return result;
+    // Converts as far as iconv can. Returns false if it stopped; errno then says why.
+    bool run(iconv_t handle) {
+        const std::size_t left_before = m_input_left;
+        const std::size_t room_before = m_room;
+        char* position = &m_output[0] + m_offset;
+        const std::size_t result = iconv(handle, &m_input, &m_input_left, &position, &m_room);
+        m_offset = static_cast<std::size_t>(position - &m_output[0]);
+        m_stood_still = m_input_left == left_before && m_room == room_before;
+        return result != iconv_failed;
     }
 
-    // Contract: the room becomes exactly twice the input left, also if the text has more. What a
-    // cut sequence at the end of the input gives depends on it.
-    void grow(std::size_t input_left) {
-        m_text.resize(m_text.size() + 2 * input_left);
-        m_room = 2 * input_left;
-    }
-
-    void use_all_room() { m_room = m_text.size() - m_offset; }
-
-    void put(char unit) {
-        m_text[m_offset++] = unit;
-        --m_room;
-    }
-
-    // The input ends in the middle of a sequence.
+    // Contract: the output grows by twice the input left, and the room becomes exactly that, even
+    // if the output has more. What a character cut by the end of the input gives depends on it.
     //
-    // Contract: with room left the text just ends here. Without room it gains two NUL bytes.
-    void end_in_sequence() {
+    // One case needs more: a last byte that becomes three would be offered two for ever. If room
+    // was made before and nothing could be converted since, all that the output has is room.
+    void make_room() {
+        const bool in_vain = m_made_room && m_stood_still;
+        grow(m_input_left);
+        if (in_vain)
+            m_room = m_output.size() - m_offset;
+        m_made_room = true;
+    }
+
+    // Writes "?" for the byte at the input.
+    //
+    // Contract: one "?" for each byte, so a character of three bytes that the target lacks gives
+    // three. A page that composes characters may still hold a letter; it comes out after the "?".
+    void replace_invalid_byte() {
+        // Some tables of iconv step over what they refuse (A2 E8 of CP949), so that at the end of
+        // the input no byte is left to skip. The "?" still replaces the character.
+        if (m_room == 0)
+            grow(std::max<std::size_t>(m_input_left, 1));
+        if (m_input_left > 0) {
+            ++m_input;
+            --m_input_left;
+        }
+        m_output[m_offset++] = '?';
+        --m_room;
+        m_made_room = false;
+    }
+
+    // The input ends within a character.
+    //
+    // Contract: with room left the output just ends here. Without room it gains two NUL bytes.
+    void end_within_character() {
         if (m_room == 0) {
-            m_text.resize(m_text.size() + 2);
+            m_output.resize(m_output.size() + 2);
             m_offset += 2;
         }
+        m_input_left = 0;
     }
 
-    std::string take() {
-        m_text.resize(m_offset);
-        return std::move(m_text);
+    std::string take_output() {
+        m_output.resize(m_offset);
+        return std::move(m_output);
     }
 
 private:
-    std::string m_text;
-    std::size_t m_offset;
-    std::size_t m_room;
+    void grow(std::size_t input_left) {
+        m_output.resize(m_output.size() + 2 * input_left);
+        m_room = 2 * input_left;
+    }
+
+    char* m_input;
+    std::size_t m_input_left;
+    std::string m_output;
+    std::size_t m_offset;  // bytes of the output made so far
+    std::size_t m_room;    // bytes that iconv may write next
+    bool m_made_room;      // since the last "?"
+    bool m_stood_still;    // the last run read and wrote nothing
 };
 
-std::string convert(const char* to, const char* from, const std::string& text, const places& at) {
+std::string convert(const char* to, const char* from, const std::string& source,
+                    const locations& at) {
     descriptor handle(to, from, at);
-    output_buffer output(text.size());
-    char* input = const_cast<char*>(text.data());  // iconv doesn't write there
-    std::size_t input_left = text.size();
-    bool grown = false;  // by the previous turn, and nothing converted since
+    conversion work(source);
 
     iconv(handle, nullptr, nullptr, nullptr, nullptr);
-    while (input_left > 0) {
-        const std::size_t left_before = input_left;
-        const std::size_t room_before = output.room();
-        if (output.convert(handle, input, input_left) != iconv_failed)
+    while (work.has_input()) {
+        if (work.run(handle))
             continue;
         switch (errno) {
-        case E2BIG: {
-            const bool stands_still =
-                grown && input_left == left_before && output.room() == room_before;
-            output.grow(input_left);
-            // A last byte can need three, for which twice the input left is never enough.
-            if (stands_still)
-                output.use_all_room();
-            grown = true;
+        case E2BIG:
+            work.make_room();
             break;
-        }
         case EILSEQ:
-            if (output.room() == 0)
-                output.grow(std::max<std::size_t>(input_left, 1));
-            // Some tables of iconv step over what they refuse (A2 E8 of CP949), so that at the end
-            // of the text no byte is left to skip. The mark still stands for the character.
-            if (input_left > 0) {
-                ++input;
-                --input_left;
-            }
-            output.put('?');
-            grown = false;
+            work.replace_invalid_byte();
             break;
         case EINVAL:
-            output.end_in_sequence();
-            input_left = 0;
+            work.end_within_character();
             break;
         default:
-            // Contract: the descriptor stays open, as its state is not known.
+            // Contract: the descriptor stays open, as its state is unknown.
             handle.release();
             raise("Unknown iconv error", at.unknown_error_line, at);
         }
     }
 
-    // No flush: a stateful code page keeps what it holds back.
-    std::string result = output.take();
+    // Contract: iconv is not flushed. A page that composes characters keeps a last letter to
+    // itself, and a stateful one its last shift sequence.
+    std::string result = work.take_output();
     if (iconv_close(handle.release()) != 0)
         raise("iconv failed to close", at.close_failed_line, at);
     return result;
@@ -227,7 +294,7 @@ code_page& code_page::assign(const encoding_type& value) {
 }
 
 bool code_page::equal(const types::nil_t&) const {
-    // Contract: nil is a number outside the enumeration here, though assigning nil sets 0. An
+    // Contract: nil means a number outside the enumeration here, although assigning nil sets 0. An
     // object that was assigned nil doesn't equal nil.
     return static_cast<int>(m_type) < 0;
 }
@@ -261,75 +328,18 @@ bool code_page::operator!=(const encoding_type& value) const {
 }
 
 std::string code_page::to_system_type(encoding_type value) const {
-    switch (value) {
-    case encoding_ansi:
-    case encoding_locale_2:
-    case encoding_locale_3:
+    if (value == encoding_ansi || value == encoding_locale_2 || value == encoding_locale_3)
         return nl_langinfo(CODESET);
-    case encoding_utf8:
-        return "UTF-8";
-    case encoding_932:
-        return "WINDOWS-31J";
-    case encoding_936:
-        return "GBK";
-    case encoding_949:
-        return "CP949";
-    case encoding_950:
-        return "BIG5";
-    case encoding_1250:
-        return "CP1250";
-    case encoding_1251:
-        return "CP1251";
-    case encoding_1252:
-        return "CP1252";
-    case encoding_1253:
-        return "CP1253";
-    case encoding_1254:
-        return "CP1254";
-    case encoding_1255:
-        return "CP1255";
-    case encoding_1256:
-        return "CP1256";
-    case encoding_1257:
-        return "CP1257";
-    case encoding_1258:
-        return "CP1258";
-    case encoding_20866:
-        return "KOI8-R";
-    case encoding_21866:
-        return "KOI8-U";
-    case encoding_28591:
-        return "ISO-8859-1";
-    case encoding_28592:
-        return "ISO-8859-2";
-    case encoding_28593:
-        return "ISO-8859-3";
-    case encoding_28594:
-        return "ISO-8859-4";
-    case encoding_28595:
-        return "ISO-8859-5";
-    case encoding_28596:
-        return "ISO-8859-6";
-    case encoding_28597:
-        return "ISO-8859-7";
-    case encoding_28598:
-        return "ISO-8859-8";
-    case encoding_28599:
-        return "ISO-8859-9";
-    case encoding_28605:
-        return "ISO-8859-15";
-    case encoding_125100:
-        return "ANSI_X3.4-1968";
-    case encoding_default:
-        break;
-    }
+    for (const auto& known : page_names)
+        if (known.page == value)
+            return known.name;
     throw exceptions::invalid_argument_value("Not valid code_page type", to_system_type_line,
                                              source_path, "to_system_type");
 }
 
 std::string code_page::encode(const ustring8& text) const {
     const std::string to = to_system_type(m_type);
-    return convert(to.c_str(), "UTF-8", text, encode_places);
+    return convert(to.c_str(), "UTF-8", text, encode_locations);
 }
 
 std::string code_page::encode(const ustring16& text) const {
@@ -342,7 +352,7 @@ std::string code_page::encode(const ustring32& text) const {
 
 ustring8 code_page::as_utf8(const std::string& text) const {
     const std::string from = to_system_type(m_type);
-    return convert("UTF-8", from.c_str(), text, as_utf8_places);
+    return convert("UTF-8", from.c_str(), text, as_utf8_locations);
 }
 
 ustring16 code_page::as_utf16(const std::string& text) const {

@@ -1,24 +1,23 @@
 #include <tova/strings/code_page.hpp>
 
-#include <clocale>
-#include <cstring>
-#include <langinfo.h>
-#include <string>
-#include <type_traits>
-
-#include <gtest/gtest.h>
-
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/strings/unicode.hpp>
 #include <tova/types/nil.hpp>
 
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <langinfo.h>
+#include <string>
+
 namespace {
 
-using namespace TOVA_2_18;
-using strings::code_page;
-using strings::ustring16;
-using strings::ustring32;
-using strings::ustring8;
+namespace exceptions = tova::exceptions;
+namespace types = tova::types;
+using tova::strings::code_page;
+using tova::strings::ustring16;
+using tova::strings::ustring32;
+using tova::strings::ustring8;
 
 code_page::encoding_type number(int value) {
     return static_cast<code_page::encoding_type>(value);
@@ -67,7 +66,7 @@ TEST(CodePageNames, EachKnownNumberHasItsName) {
     }
 }
 
-TEST(CodePageNames, TheLowNumbersStandForTheLocaleOfTheMoment) {
+TEST(CodePageNames, TheNumbersOneToThreeMeanTheCurrentLocale) {
     EXPECT_EQ(1, static_cast<int>(code_page::encoding_ansi));
     EXPECT_EQ(2, static_cast<int>(code_page::encoding_locale_2));
     EXPECT_EQ(3, static_cast<int>(code_page::encoding_locale_3));
@@ -126,7 +125,7 @@ TEST(CodePageNames, EveryNumberUpToTheGreatestIsKnownOrRaises) {
     EXPECT_EQ(30, known);
 }
 
-TEST(CodePageValue, IsTheNumberThatItWasGiven) {
+TEST(CodePageValue, HoldsTheNumberThatItWasGiven) {
     static_assert(sizeof(code_page::encoding_type) == 4, "32 bits");
     EXPECT_EQ(code_page::encoding_default, code_page().type());
     EXPECT_EQ(0, static_cast<int>(code_page::encoding_default));
@@ -136,7 +135,7 @@ TEST(CodePageValue, IsTheNumberThatItWasGiven) {
     EXPECT_EQ(code_page::encoding_932, code_page(source).type());
 }
 
-TEST(CodePageValue, ItsFieldIsSetThroughTypeAndReturned) {
+TEST(CodePageValue, SetsItsFieldThroughTypeAndReturnsIt) {
     code_page page;
     code_page::encoding_type& field = page.type();
     EXPECT_EQ(&field, &page.type(code_page::encoding_936));
@@ -196,7 +195,7 @@ TEST(CodePageValue, EqualsNilOnlyWithANegativeNumber) {
     EXPECT_FALSE(code_page(number(2147483647)) == types::nil);
 }
 
-TEST(CodePageConversion, AnEmptyTextGivesAnEmptyResultInEveryPage) {
+TEST(CodePageConversion, OfAnEmptyStringIsEmptyInEveryPage) {
     for (const auto& known : known_pages) {
         SCOPED_TRACE(known.name);
         const code_page page(known.encoding);
@@ -210,11 +209,11 @@ TEST(CodePageConversion, AnEmptyTextGivesAnEmptyResultInEveryPage) {
     }
 }
 
-TEST(CodePageConversion, AsciiPassesThroughEveryPage) {
+TEST(CodePageConversion, KeepsAsciiInEveryPage) {
     const std::string text = "Plain text, 123.\r\n";
     for (const auto& known : known_pages) {
         if (known.value == 1255 || known.value == 1258)
-            continue;  // these hold the last letter back, see below
+            continue;  // these lose the last letter, see below
         SCOPED_TRACE(known.name);
         const code_page page(known.encoding);
         EXPECT_EQ(text, page.encode(ustring8(text)));
@@ -254,7 +253,7 @@ const struct {
     {code_page::encoding_125100, "ASCII", "ASCII"},
 };
 
-TEST(CodePageConversion, KnownTextsGoBothWaysInEveryWidth) {
+TEST(CodePageConversion, GoesBothWaysInEveryWidth) {
     for (const auto& known : known_texts) {
         SCOPED_TRACE(static_cast<int>(known.encoding));
         const code_page page(known.encoding);
@@ -269,20 +268,20 @@ TEST(CodePageConversion, KnownTextsGoBothWaysInEveryWidth) {
     }
 }
 
-TEST(CodePageConversion, NulBytesAreCharacters) {
+TEST(CodePageConversion, TreatsNulBytesAsCharacters) {
     const code_page page(code_page::encoding_1252);
     EXPECT_EQ(std::string("a\0\xE9", 3), page.encode(ustring8("a\0\xC3\xA9", 4)));
     EXPECT_EQ(ustring8("a\0\xC3\xA9", 4), page.as_utf8(std::string("a\0\xE9", 3)));
 }
 
-TEST(CodePageConversion, ABadWideTextIsEncodedAsMinusOne) {
+TEST(CodePageConversion, EncodesAnInvalidWideStringAsMinusOne) {
     const code_page page(code_page::encoding_1252);
     EXPECT_EQ("-1", page.encode(ustring16{'a', 0xD800}));
     EXPECT_EQ("-1", page.encode(ustring32{'a', 0xD800}));
     EXPECT_EQ("ab", page.encode(ustring32{'a', 0x110000, 'b'}));
 }
 
-TEST(CodePageEncode, ACharacterThatThePageLacksGivesOneMarkAByte) {
+TEST(CodePageEncode, ReplacesEachByteOfACharacterThatThePageLacks) {
     const struct {
         code_page::encoding_type encoding;
         const char* utf8;
@@ -297,7 +296,7 @@ TEST(CodePageEncode, ACharacterThatThePageLacksGivesOneMarkAByte) {
         {code_page::encoding_28591, "\xC3\xA9\xC5\x82\xC3\xA9", "\xE9??\xE9"},
         {code_page::encoding_125100, "caf\xC3\xA9", "caf??"},
         {code_page::encoding_1252, "\xD0\x9F\xD1\x80", "????"},
-        // bytes that are no UTF-8 at all
+        // bytes that are not UTF-8
         {code_page::encoding_28591, "\xFF", "?"},
         {code_page::encoding_28591, "a\xFF\xFE z", "a?? z"},
         {code_page::encoding_28591, "\xC3(", "?("},
@@ -310,14 +309,14 @@ TEST(CodePageEncode, ACharacterThatThePageLacksGivesOneMarkAByte) {
     }
 }
 
-TEST(CodePageEncode, ATextThatEndsInALeadByteEndsInFrontOfIt) {
+TEST(CodePageEncode, DropsAnIncompleteCharacterAtTheEnd) {
     const code_page page(code_page::encoding_28591);
     EXPECT_EQ("abc", page.encode(ustring8("abc\xC3")));
     EXPECT_EQ("", page.encode(ustring8("\xC3")));
     EXPECT_EQ("abc", page.encode(ustring8("abc\xF0\x9F\x98")));
 }
 
-TEST(CodePageDecode, MoreRoomThanTheInputIsFound) {
+TEST(CodePageDecode, GrowsTheOutputBeyondTheSizeOfTheInput) {
     const code_page latin(code_page::encoding_28591);
     std::string bytes;
     std::string expected;
@@ -336,8 +335,8 @@ TEST(CodePageDecode, MoreRoomThanTheInputIsFound) {
     EXPECT_TRUE(long_expected == latin.as_utf8(long_bytes));
 }
 
-// A byte that makes three needs more than twice the input left when it is the last.
-TEST(CodePageDecode, ALastByteOfThreeIsFoundRoom) {
+// Twice the input left is two bytes here, which is never enough.
+TEST(CodePageDecode, MakesRoomForALastByteThatBecomesThree) {
     const code_page page(code_page::encoding_1252);
     EXPECT_EQ("\xE2\x82\xAC", page.as_utf8("\x80"));
     EXPECT_EQ("a\xE2\x82\xAC", page.as_utf8("a\x80"));
@@ -349,7 +348,7 @@ TEST(CodePageDecode, ALastByteOfThreeIsFoundRoom) {
     }
 }
 
-TEST(CodePageDecode, ABadByteGivesOneMark) {
+TEST(CodePageDecode, ReplacesEachInvalidByte) {
     const struct {
         code_page::encoding_type encoding;
         const char* bytes;
@@ -369,8 +368,8 @@ TEST(CodePageDecode, ABadByteGivesOneMark) {
     }
 }
 
-// Among them are some that iconv has stepped over when it refuses them, such as A2 E8 of CP949.
-TEST(CodePageDecode, EveryPairOfBytesGivesAtMostFourCharacters) {
+// Among them are some that iconv steps over although it refuses them, such as A2 E8 of CP949.
+TEST(CodePageDecode, MakesAtMostFourCharactersOfAnyPairOfBytes) {
     for (const int value : {932, 936, 949, 950}) {
         const code_page page(number(value));
         for (int pair = 0x8000; pair < 0x10000; ++pair) {
@@ -383,7 +382,7 @@ TEST(CodePageDecode, EveryPairOfBytesGivesAtMostFourCharacters) {
     EXPECT_NE("", code_page(code_page::encoding_949).as_utf8("\xA2\xE8"));
 }
 
-TEST(CodePageDecode, ACutSequenceEndsTheTextOrAddsTwoNulBytes) {
+TEST(CodePageDecode, EndsAtACutCharacterOrAppendsTwoNulBytes) {
     const code_page page(code_page::encoding_936);
     EXPECT_EQ(ustring8("ab"), page.as_utf8("ab\xD6")) << "with room";
     EXPECT_EQ(ustring8("\xE4\xB8\xAD\0\0", 5), page.as_utf8("\xD6\xD0\xD6")) << "without";
@@ -391,15 +390,26 @@ TEST(CodePageDecode, ACutSequenceEndsTheTextOrAddsTwoNulBytes) {
     EXPECT_EQ(ustring32({0x4E2D, 0, 0}), page.as_utf32("\xD6\xD0\xD6"));
 }
 
-// There is no flush at the end, so a page that composes letters and marks keeps the last letter.
-TEST(CodePageDecode, AComposingPageHoldsItsLastLetterBack) {
-    EXPECT_EQ("plai", code_page(code_page::encoding_1258).as_utf8("plain"));
-    EXPECT_EQ("plain.", code_page(code_page::encoding_1258).as_utf8("plain."));
-    EXPECT_EQ("\xD7\x90", code_page(code_page::encoding_1255).as_utf8("\xE0\xE1"));
-    EXPECT_EQ("\xD7\x90\xD7\x91 ", code_page(code_page::encoding_1255).as_utf8("\xE0\xE1 "));
+// Nothing is flushed at the end.
+TEST(CodePageDecode, LosesTheLastLetterInAComposingPage) {
+    const code_page vietnamese(code_page::encoding_1258);
+    const code_page hebrew(code_page::encoding_1255);
+    EXPECT_EQ("plai", vietnamese.as_utf8("plain"));
+    EXPECT_EQ("plain.", vietnamese.as_utf8("plain."));
+    EXPECT_EQ("\xD7\x90", hebrew.as_utf8("\xE0\xE1"));
+    EXPECT_EQ("\xD7\x90\xD7\x91 ", hebrew.as_utf8("\xE0\xE1 "));
 }
 
-TEST(CodePageRoundTrip, EveryByteOfTheOneBytePagesComesBackOrIsAMark) {
+TEST(CodePageDecode, WritesALetterHeldBackAfterTheMarkOfAnInvalidByte) {
+    const code_page vietnamese(code_page::encoding_1258);
+    EXPECT_EQ("?az.", vietnamese.as_utf8("a\x81z."));
+    EXPECT_EQ("a??b.", vietnamese.as_utf8("ab\x81\x81."));
+    EXPECT_EQ("?", vietnamese.as_utf8("a\x81"));
+    const code_page hebrew(code_page::encoding_1255);
+    EXPECT_EQ("?\xD7\x90\xD7\x91 ", hebrew.as_utf8("\xE0\xFF\xE1 "));
+}
+
+TEST(CodePageRoundTrip, KeepsOrReplacesEveryByteOfTheOneBytePages) {
     for (const auto& known : known_pages) {
         if (known.value < 1000 || known.value == 1255 || known.value == 1258)
             continue;

@@ -1,8 +1,14 @@
-// How the code pages use iconv: which calls, in which order, and what each failure of it raises.
+// How the code pages use iconv: which calls they make, in which order, and what each failure
+// raises.
 //
-// This program puts its own functions in the place of the C library's. They keep a record and pass
-// on, or fail as the test wishes.
+// This program replaces the C library's functions with its own, which record each call and pass it
+// on, or fail as the test asks.
 #include <tova/strings/code_page.hpp>
+
+#include <tova/exceptions/exceptions.hpp>
+#include <tova/strings/gh2.hpp>
+
+#include <gtest/gtest.h>
 
 #include <cerrno>
 #include <cstring>
@@ -12,11 +18,6 @@
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include <tova/exceptions/exceptions.hpp>
-#include <tova/strings/gh2.hpp>
-
 namespace {
 
 struct {
@@ -24,7 +25,8 @@ struct {
     std::set<iconv_t> open;
     int open_error = 0;  // errno of a failing iconv_open
     int error = 0;       // errno of a failing iconv
-    // What iconv writes while it steps over the whole input, to refuse it then; null if it doesn't.
+    // What iconv writes while it steps over the whole input before it refuses it; null if it
+    // doesn't.
     const char* stepped_over = nullptr;
     bool close_fails = false;
 } record;
@@ -84,9 +86,10 @@ extern "C" int iconv_close(iconv_t handle) {
 
 namespace {
 
-using namespace TOVA_2_18;
-using strings::code_page;
-using strings::ustring8;
+namespace exceptions = tova::exceptions;
+namespace gh2 = tova::strings::gh2;
+using tova::strings::code_page;
+using tova::strings::ustring8;
 
 typedef std::vector<std::string> calls;
 
@@ -110,7 +113,7 @@ protected:
     const code_page chinese{code_page::encoding_936};
 };
 
-TEST_F(IconvCalls, AnEmptyTextOpensResetsAndCloses) {
+TEST_F(IconvCalls, ForAnEmptyStringAreOpenResetAndClose) {
     EXPECT_EQ("", latin.encode(ustring8()));
     EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "close"}), record.calls);
     record.calls.clear();
@@ -118,12 +121,12 @@ TEST_F(IconvCalls, AnEmptyTextOpensResetsAndCloses) {
     EXPECT_EQ((calls{"open UTF-8 ISO-8859-1", "reset", "close"}), record.calls);
 }
 
-TEST_F(IconvCalls, APlainTextTakesOneCallAndNoFlush) {
+TEST_F(IconvCalls, ForPlainAsciiAreOneConversionAndNoFlush) {
     EXPECT_EQ("abc", latin.encode(ustring8("abc")));
     EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "convert 3 into 3", "close"}), record.calls);
 }
 
-TEST_F(IconvCalls, NothingIsCachedBetweenConversions) {
+TEST_F(IconvCalls, AreMadeAnewForEachConversion) {
     latin.as_utf8("a");
     latin.as_utf8("a");
     EXPECT_EQ((calls{"open UTF-8 ISO-8859-1", "reset", "convert 1 into 1", "close",
@@ -131,15 +134,15 @@ TEST_F(IconvCalls, NothingIsCachedBetweenConversions) {
               record.calls);
 }
 
-TEST_F(IconvCalls, FullOutputGetsRoomForTwiceTheInputLeft) {
+TEST_F(IconvCalls, OfferTwiceTheInputLeftAfterTheOutputWasFull) {
     EXPECT_EQ("\xC3\xA9\xC3\xA9\xC3\xA9", latin.as_utf8("\xE9\xE9\xE9"));
     EXPECT_EQ(
         (calls{"open UTF-8 ISO-8859-1", "reset", "convert 3 into 3", "convert 2 into 4", "close"}),
         record.calls);
 }
 
-// One byte of the old room was left, and is not counted.
-TEST_F(IconvCalls, TheRoomIsExactlyTwiceTheInputLeft) {
+// One byte of the old room was left; it is not offered again.
+TEST_F(IconvCalls, OfferExactlyTwiceTheInputLeft) {
     EXPECT_EQ("a\xE2\x82\xAC"
               "b",
               western.as_utf8("a\x80"
@@ -149,22 +152,22 @@ TEST_F(IconvCalls, TheRoomIsExactlyTwiceTheInputLeft) {
         record.calls);
 }
 
-TEST_F(IconvCalls, WithoutAnyProgressTheWholeGrownTextIsRoom) {
+TEST_F(IconvCalls, OfferAllTheRoomAfterATurnWithoutProgress) {
     EXPECT_EQ("\xE2\x82\xAC", western.as_utf8("\x80"));
     EXPECT_EQ((calls{"open UTF-8 CP1252", "reset", "convert 1 into 1", "convert 1 into 2",
                      "convert 1 into 5", "close"}),
               record.calls);
 }
 
-TEST_F(IconvCalls, ABadByteWithoutRoomFindsRoomForTwiceTheInputLeftFirst) {
+TEST_F(IconvCalls, OfferTwiceTheInputLeftForAnInvalidByteWithoutRoom) {
     EXPECT_EQ("\xE2\x82\xAC?\xE2\x82\xAC", western.as_utf8("\x80\x81\x80"));
     EXPECT_EQ(
         (calls{"open UTF-8 CP1252", "reset", "convert 3 into 3", "convert 1 into 3", "close"}),
         record.calls);
 }
 
-// Nothing is left to skip then, nor to take room for.
-TEST_F(IconvCalls, ACharacterRefusedBehindTheLastByteGivesOneMark) {
+// No byte is left to skip then, and none to make room for.
+TEST_F(IconvCalls, ThatRefuseACharacterAfterTheLastByteGiveOneMark) {
     record.stepped_over = "";
     EXPECT_EQ("?", latin.encode(ustring8("ab")));
     EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "convert 2 into 2", "close"}), record.calls);
@@ -174,7 +177,7 @@ TEST_F(IconvCalls, ACharacterRefusedBehindTheLastByteGivesOneMark) {
     EXPECT_EQ("xy?", latin.as_utf8("ab"));
 }
 
-TEST_F(IconvCalls, ACutSequenceEndsTheWalk) {
+TEST_F(IconvCalls, EndAtACutCharacter) {
     EXPECT_EQ("ab", chinese.as_utf8("ab\xD6"));
     EXPECT_EQ((calls{"open UTF-8 GBK", "reset", "convert 3 into 3", "close"}), record.calls);
 }
@@ -189,7 +192,7 @@ std::string runtime_error_of(Action action) {
     return "nothing was raised";
 }
 
-TEST_F(IconvCalls, APairThatIconvDoesNotKnowRaises) {
+TEST_F(IconvCalls, RaiseForAPairThatIconvDoesNotKnow) {
     record.open_error = EINVAL;
     EXPECT_EQ("convertions not supported", runtime_error_of([&] { latin.encode(ustring8("a")); }));
     EXPECT_EQ("convertions not supported", runtime_error_of([&] { latin.encode(ustring8()); }));
@@ -198,14 +201,14 @@ TEST_F(IconvCalls, APairThatIconvDoesNotKnowRaises) {
               record.calls);
 }
 
-TEST_F(IconvCalls, TheLocalesTextRaisesAsItsCodePageDoes) {
+TEST_F(IconvCalls, RaiseForTheLocaleAsForItsCodePage) {
     record.open_error = EINVAL;
-    EXPECT_EQ("convertions not supported", runtime_error_of([] { strings::gh2::to_ansi("a"); }));
-    EXPECT_EQ("convertions not supported", runtime_error_of([] { strings::gh2::from_ansi(""); }));
+    EXPECT_EQ("convertions not supported", runtime_error_of([] { gh2::to_ansi("a"); }));
+    EXPECT_EQ("convertions not supported", runtime_error_of([] { gh2::from_ansi(""); }));
     EXPECT_EQ((calls{"open ANSI_X3.4-1968 UTF-8", "open UTF-8 ANSI_X3.4-1968"}), record.calls);
 }
 
-TEST_F(IconvCalls, AnyOtherFailureToOpenRaises) {
+TEST_F(IconvCalls, RaiseForAnyOtherFailureToOpen) {
     for (const int error : {EMFILE, ENFILE, ENOMEM}) {
         record.open_error = error;
         EXPECT_EQ("Unknown failure on iconv open",
@@ -214,7 +217,7 @@ TEST_F(IconvCalls, AnyOtherFailureToOpenRaises) {
     }
 }
 
-TEST_F(IconvCalls, AnUnknownErrorRaisesAndLeavesTheDescriptorOpen) {
+TEST_F(IconvCalls, RaiseForAnUnknownErrorAndLeaveTheDescriptorOpen) {
     record.error = EBADF;
     EXPECT_EQ("Unknown iconv error", runtime_error_of([&] { latin.encode(ustring8("a")); }));
     EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "convert 1 into 1"}), record.calls);
@@ -224,57 +227,57 @@ TEST_F(IconvCalls, AnUnknownErrorRaisesAndLeavesTheDescriptorOpen) {
     EXPECT_EQ(2u, record.open.size());
 }
 
-TEST_F(IconvCalls, AFailingCloseRaises) {
+TEST_F(IconvCalls, RaiseForAFailureToClose) {
     record.close_fails = true;
     EXPECT_EQ("iconv failed to close", runtime_error_of([&] { latin.encode(ustring8("a")); }));
     EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "convert 1 into 1", "close"}), record.calls);
     EXPECT_EQ("iconv failed to close", runtime_error_of([&] { latin.as_utf8(""); }));
 }
 
-TEST_F(IconvCalls, ANumberWithoutANameOpensNothing) {
+TEST_F(IconvCalls, AreNotMadeForANumberWithoutAName) {
     EXPECT_THROW(code_page().encode(ustring8()), exceptions::invalid_argument_value);
     EXPECT_EQ(calls(), record.calls);
 }
 
-// The place of a raise travels inside the exception, in the record at its front.
-struct place {
+// The location of a raise is stored inside the exception, in the record after its table pointer.
+struct location {
     unsigned int line;
     char file[256];
     char function[256];
 };
 
 template <typename Exception, typename Action>
-std::string place_of(Action action) {
+std::string location_of(Action action) {
     try {
         action();
     } catch (const Exception& error) {
-        place where;
+        location where;
         std::memcpy(&where, reinterpret_cast<const char*>(&error) + sizeof(void*), sizeof where);
         return std::string(where.file) + ":" + std::to_string(where.line) + " " + where.function;
     }
     return "nothing was raised";
 }
 
-TEST_F(IconvCalls, EveryRaiseCarriesItsPublishedPlace) {
+TEST_F(IconvCalls, RaiseFromThePublishedLocations) {
     const auto encode = [&] { latin.encode(ustring8("a")); };
     const auto as_utf8 = [&] { latin.as_utf8("a"); };
     typedef exceptions::runtime_error error;
     EXPECT_EQ("strings/code_page:589 to_system_type",
-              place_of<exceptions::invalid_argument_value>([] { code_page().as_utf8(""); }));
+              location_of<exceptions::invalid_argument_value>([] { code_page().as_utf8(""); }));
     record.open_error = EINVAL;
-    EXPECT_EQ("strings/code_page:222 encode", place_of<error>(encode));
-    EXPECT_EQ("strings/code_page:370 as_utf8", place_of<error>(as_utf8));
+    EXPECT_EQ("strings/code_page:222 encode", location_of<error>(encode));
+    EXPECT_EQ("strings/code_page:370 as_utf8", location_of<error>(as_utf8));
     record.open_error = ENOMEM;
-    EXPECT_EQ("strings/code_page:225 encode", place_of<error>(encode));
-    EXPECT_EQ("strings/code_page:373 as_utf8", place_of<error>(as_utf8));
+    EXPECT_EQ("strings/code_page:225 encode", location_of<error>(encode));
+    EXPECT_EQ("strings/code_page:373 as_utf8", location_of<error>(as_utf8));
     record.open_error = 0;
     record.close_fails = true;
-    EXPECT_EQ("strings/code_page:316 encode", place_of<error>(encode));
-    EXPECT_EQ("strings/code_page:463 as_utf8", place_of<error>(as_utf8));
+    EXPECT_EQ("strings/code_page:316 encode", location_of<error>(encode));
+    EXPECT_EQ("strings/code_page:463 as_utf8", location_of<error>(as_utf8));
     record.close_fails = false;
     record.error = EBADF;
-    EXPECT_EQ("strings/code_page:305 encode", place_of<error>(encode));
-    EXPECT_EQ("strings/code_page:452 as_utf8", place_of<error>(as_utf8));
+    EXPECT_EQ("strings/code_page:305 encode", location_of<error>(encode));
+    EXPECT_EQ("strings/code_page:452 as_utf8", location_of<error>(as_utf8));
 }
 
 }  // namespace
