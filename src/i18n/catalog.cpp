@@ -11,18 +11,19 @@ template class generic::abilities::reference_count_pointer_ability<i18n::catalog
 
 namespace i18n {
 
-// The constructor only names `types::nil`, so it doesn't matter which of the two is built first.
+// The constructor binds `types::nil` to a reference and never reads it, so the order in which the
+// two static objects are built doesn't matter.
 message_t catalog_t::m_nil_message(types::nil);
 
 catalog_t::catalog_t() {}
 
-catalog_t::catalog_t(catalog_t const& other)
+catalog_t::catalog_t(const catalog_t& other)
     : generic::abilities::reference_count_pointer_ability<catalog_t>(other), m_name(other.m_name),
       m_languages(other.m_languages), m_messages(other.m_messages) {}
 
 catalog_t::~catalog_t() TOVA_NOTHROW {}
 
-void catalog_t::_name(strings::ustring8 const& value) {
+void catalog_t::_name(const strings::ustring8& value) {
     m_name = value;
 }
 
@@ -30,39 +31,40 @@ strings::ustring8 catalog_t::name() const {
     return m_name;
 }
 
-void catalog_t::message(strings::ustring8 const& key, message_t const& msg) {
+// An empty set of locales means "not built yet", so clearing it is all that a new message needs.
+void catalog_t::message(const strings::ustring8& key, const message_t& msg) {
     m_languages.clear();
     m_messages[key] = msg;
 }
 
-message_t const& catalog_t::message(strings::ustring8 const& key) const {
+const message_t& catalog_t::message(const strings::ustring8& key) const {
     const auto found = m_messages.find(key);
     return found == m_messages.end() ? m_nil_message : found->second;
 }
 
-message_t const& catalog_t::message(strings::ustring16 const& key) const {
+const message_t& catalog_t::message(const strings::ustring16& key) const {
     return message(strings::utf16_to_utf8(key));
 }
 
-message_t const& catalog_t::message(strings::ustring32 const& key) const {
+const message_t& catalog_t::message(const strings::ustring32& key) const {
     return message(strings::utf32_to_utf8(key));
 }
 
-bool catalog_t::has_message(strings::ustring8 const& key) const {
+bool catalog_t::has_message(const strings::ustring8& key) const {
     return m_messages.find(key) != m_messages.end();
 }
 
-bool catalog_t::has_message(strings::ustring16 const& key) const {
+bool catalog_t::has_message(const strings::ustring16& key) const {
     return has_message(strings::utf16_to_utf8(key));
 }
 
-bool catalog_t::has_message(strings::ustring32 const& key) const {
+bool catalog_t::has_message(const strings::ustring32& key) const {
     return has_message(strings::utf32_to_utf8(key));
 }
 
-bool catalog_t::is_language_loaded(strings::ustring8 const& locale) const {
-    // Contract: a locale of one byte gets no exception here, and the stored locales stay as they
-    // are. The catalog set has a test of its own that finds the locale ".".
+bool catalog_t::is_language_loaded(const strings::ustring8& locale) const {
+    // Contract: a locale of one byte is no exception here, and stored locales are not changed. The
+    // catalog set asks the same question by a rule of its own, which does find the locale ".".
     strings::ustring8 normalised = locale;
     std::replace(normalised.begin(), normalised.end(), '.', '_');
     std::replace(normalised.begin(), normalised.end(), '-', '_');
@@ -71,11 +73,11 @@ bool catalog_t::is_language_loaded(strings::ustring8 const& locale) const {
     return m_languages.find(normalised) != m_languages.end();
 }
 
-bool catalog_t::is_language_loaded(strings::ustring16 const& locale) const {
+bool catalog_t::is_language_loaded(const strings::ustring16& locale) const {
     return is_language_loaded(strings::utf16_to_utf8(locale));
 }
 
-bool catalog_t::is_language_loaded(strings::ustring32 const& locale) const {
+bool catalog_t::is_language_loaded(const strings::ustring32& locale) const {
     return is_language_loaded(strings::utf32_to_utf8(locale));
 }
 
@@ -103,16 +105,17 @@ catalog_t::language_iterator catalog_t::languages_end() const {
     return m_languages.end();
 }
 
+// In an empty catalog the set stays empty, so every query builds it again; that costs nothing.
 void catalog_t::gen_lang_set() const {
     for (const auto& entry : m_messages)
         m_languages.insert(entry.second._orginal_locale());
 }
 
-catalog_t& catalog_t::operator=(catalog_t const& other) {
+catalog_t& catalog_t::operator=(const catalog_t& other) {
     return assign(other);
 }
 
-catalog_t& catalog_t::assign(catalog_t const& other) {
+catalog_t& catalog_t::assign(const catalog_t& other) {
     if (this == &other)
         return *this;
     m_name = other.m_name;
@@ -121,26 +124,26 @@ catalog_t& catalog_t::assign(catalog_t const& other) {
     return *this;
 }
 
-catalog_t& catalog_t::operator=(types::nil_t const& nil) {
+catalog_t& catalog_t::operator=(const types::nil_t& nil) {
     return assign(nil);
 }
 
-catalog_t& catalog_t::assign(types::nil_t const&) {
+catalog_t& catalog_t::assign(const types::nil_t&) {
     m_name.clear();
     m_languages.clear();
     m_messages.clear();
     return *this;
 }
 
-bool catalog_t::operator==(types::nil_t const& nil) const {
+bool catalog_t::operator==(const types::nil_t& nil) const {
     return equal(nil);
 }
 
-bool catalog_t::operator!=(types::nil_t const& nil) const {
+bool catalog_t::operator!=(const types::nil_t& nil) const {
     return !equal(nil);
 }
 
-bool catalog_t::equal(types::nil_t const&) const {
+bool catalog_t::equal(const types::nil_t&) const {
     return m_name.empty() && m_messages.empty() && m_languages.empty();
 }
 

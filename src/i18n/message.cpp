@@ -14,7 +14,8 @@ namespace i18n {
 
 namespace {
 
-// Room for most arguments; a text that needs more grows as any string does.
+// Reserved for each argument, in bytes. It is enough for most; a longer result grows as any string
+// does.
 const std::size_t usual_argument_size = 24;
 
 bool is_argument(const message_item& item) {
@@ -27,26 +28,29 @@ message_t::message_t() {}
 
 message_t::message_t(types::nil_t&) {}
 
-message_t::message_t(strings::ustring8 const& name, std::vector<message_item> const& items)
+message_t::message_t(const strings::ustring8& name, const std::vector<message_item>& items)
     : m_name(name), m_items(items) {}
 
-message_t::message_t(strings::ustring8 const& name, std::vector<message_item> const& items,
-                     strings::ustring8 const& meta)
+message_t::message_t(const strings::ustring8& name, const std::vector<message_item>& items,
+                     const strings::ustring8& meta)
     : m_name(name), m_items(items), m_meta(meta) {}
 
-message_t::message_t(message_t const& other)
+message_t::message_t(const message_t& other)
     : m_name(other.m_name), m_items(other.m_items), m_orginal_locale(other.m_orginal_locale),
       m_meta(other.m_meta) {}
 
 message_t::~message_t() TOVA_NOTHROW {}
 
-std::string message_t::as_string(generic::varg_list const& args) const {
+std::string message_t::as_string(const generic::varg_list& args) const {
     return as_utf8(args);
 }
 
-// Contract: the number of arguments is not compared with the number of items. Too few of them show
-// as "?invalid?" at their places, and the rest of the text is still there.
-strings::ustring8 message_t::as_utf8(generic::varg_list const& args) const {
+// The items append to one string, which is reserved in advance: a usual message needs one
+// allocation.
+//
+// Contract: the numbers of arguments and items are not compared. A missing argument shows as
+// "?invalid?" in its place, and the rest of the message is rendered.
+strings::ustring8 message_t::as_utf8(const generic::varg_list& args) const {
     std::size_t size = 0;
     for (const message_item& item : m_items)
         size += is_argument(item) ? usual_argument_size : item.m_data.size();
@@ -58,19 +62,19 @@ strings::ustring8 message_t::as_utf8(generic::varg_list const& args) const {
     return text;
 }
 
-std::string message_t::as_ustring(generic::varg_list const& args) const {
+std::string message_t::as_ustring(const generic::varg_list& args) const {
     return as_utf8(args);
 }
 
-strings::ustring16 message_t::as_utf16(generic::varg_list const& args) const {
+strings::ustring16 message_t::as_utf16(const generic::varg_list& args) const {
     return strings::utf8_to_utf16(as_utf8(args));
 }
 
-strings::ustring32 message_t::as_utf32(generic::varg_list const& args) const {
+strings::ustring32 message_t::as_utf32(const generic::varg_list& args) const {
     return strings::utf8_to_utf32(as_utf8(args));
 }
 
-std::wstring message_t::as_wstring(generic::varg_list const& args) const {
+std::wstring message_t::as_wstring(const generic::varg_list& args) const {
     return as_utf32(args);
 }
 
@@ -87,8 +91,9 @@ unsigned long message_t::size() const {
 }
 
 generic::varg_list message_t::arguments() const {
-    // What `push_back` of name and value gives, which would look through the whole list for each
-    // item. A name is given behind it; items without one are never taken for equal.
+    // The same list as from `push_back` with name and value, in less than quadratic time: that one
+    // searches the whole list for each item. A set finds the repeated names instead, and the name
+    // is assigned to the entry afterwards. Entries without a name never count as repeated.
     generic::varg_list result;
     std::set<strings::ustring8> names;
     const generic::argument unnamed;
@@ -104,7 +109,7 @@ generic::varg_list message_t::arguments() const {
     return result;
 }
 
-bool message_t::has_valid_args(generic::varg_list const& args) const {
+bool message_t::has_valid_args(const generic::varg_list& args) const {
     if (m_items.empty() || args.count() < argument_count())
         return false;
     for (const message_item& item : m_items)
@@ -129,40 +134,40 @@ message_t::const_iterator message_t::end() const {
     return m_items.end();
 }
 
-strings::ustring8 const& message_t::name() const {
+const strings::ustring8& message_t::name() const {
     return m_name;
 }
 
-message_t& message_t::name(strings::ustring8 const& value) {
+message_t& message_t::name(const strings::ustring8& value) {
     m_name = value;
     return *this;
 }
 
-strings::ustring8 const& message_t::meta() const {
+const strings::ustring8& message_t::meta() const {
     return m_meta;
 }
 
-strings::ustring8& message_t::meta(strings::ustring8 const& value) {
+strings::ustring8& message_t::meta(const strings::ustring8& value) {
     m_meta = value;
     return m_meta;
 }
 
-strings::ustring8 const& message_t::_orginal_locale() const {
+const strings::ustring8& message_t::_orginal_locale() const {
     return m_orginal_locale;
 }
 
-strings::ustring8& message_t::_orginal_locale(strings::ustring8 const& value) {
+strings::ustring8& message_t::_orginal_locale(const strings::ustring8& value) {
     m_orginal_locale = value;
     return m_orginal_locale;
 }
 
-void message_t::resolve(std::map<strings::ustring8, strings::ustring8> const&) {}
+void message_t::resolve(const std::map<strings::ustring8, strings::ustring8>&) {}
 
-message_t& message_t::operator=(message_t const& other) {
+message_t& message_t::operator=(const message_t& other) {
     return assign(other);
 }
 
-message_t& message_t::assign(message_t const& other) {
+message_t& message_t::assign(const message_t& other) {
     if (this == &other)
         return *this;
     m_name = other.m_name;
@@ -172,22 +177,22 @@ message_t& message_t::assign(message_t const& other) {
     return *this;
 }
 
-message_t& message_t::operator=(types::nil_t const& nil) {
+message_t& message_t::operator=(const types::nil_t& nil) {
     return assign(nil);
 }
 
-message_t& message_t::assign(types::nil_t const&) {
+message_t& message_t::assign(const types::nil_t&) {
     m_items.clear();
     m_name.clear();
     m_meta.clear();
     return *this;
 }
 
-bool message_t::operator==(types::nil_t const& nil) const {
+bool message_t::operator==(const types::nil_t& nil) const {
     return equal(nil);
 }
 
-bool message_t::equal(types::nil_t const&) const {
+bool message_t::equal(const types::nil_t&) const {
     return m_items.empty() && m_name.empty() && m_meta.empty();
 }
 

@@ -1,8 +1,15 @@
+/// @file
 /// A catalog: a named map from key to message.
+///
+///     using namespace tova::i18n;
+///     catalog_t catalog;
+///     catalog.message("hello", message_t("hello", {message_item("Hello")}));
+///     catalog.message("hello").as_string(tova::generic::varg_list());  // "Hello"
+///     catalog.message("absent") == tova::types::nil;                   // true
+///
+/// Even const operations write a cache, and catalogs are shared through counts that aren't atomic:
+/// a catalog and everything that shares it belong to one thread at a time.
 #pragma once
-
-#include <map>
-#include <set>
 
 #include <tova/abi.hpp>
 #include <tova/generic/abilities.hpp>
@@ -11,53 +18,56 @@
 #include <tova/strings/ustring.hpp>
 #include <tova/types/nil.hpp>
 
+#include <map>
+#include <set>
+
 namespace TOVA_2_18 {
 namespace i18n {
 
 /// A catalog: a named map from key to message, in the byte order of the keys.
 ///
-/// Catalogs are shared through `memory::pointers::shared_pointer<catalog_t>`, by a count that is
-/// not atomic. The set of locales is a cache that const operations fill, so a catalog and all that
-/// share it belong to one thread at a time.
+/// Catalogs are shared through `memory::pointers::shared_pointer<catalog_t>`. The set of locales is
+/// a cache that const operations fill: it is built on demand and dropped when a message is stored.
 class TOVA_API catalog_t : public generic::abilities::reference_count_pointer_ability<catalog_t> {
 public:
     typedef std::map<strings::ustring8, message_t>::const_iterator const_iterator;
     typedef std::set<strings::ustring8>::const_iterator language_iterator;
 
-    /// An empty catalog without a name, neither held nor marked as made on the heap.
+    /// An empty catalog without a name, with a count of 0 and without the heap mark.
     catalog_t();
 
-    /// A copy of name, locales and messages that nobody holds yet.
-    catalog_t(catalog_t const& other);
+    /// Copies name, locales and messages. The copy has a count of 0 and no heap mark.
+    catalog_t(const catalog_t& other);
 
     ~catalog_t() TOVA_NOTHROW;
 
-    void _name(strings::ustring8 const& value);
+    void _name(const strings::ustring8& value);
     strings::ustring8 name() const;
 
-    /// Stores a message under a key, in place of one that the key had. The set of locales is
-    /// forgotten and made again when it is asked for.
-    void message(strings::ustring8 const& key, message_t const& msg);
+    /// Stores a message under a key and replaces the message that the key had. The set of locales
+    /// is dropped and built again on demand.
+    void message(const strings::ustring8& key, const message_t& msg);
 
-    /// The message of exactly that key, or `m_nil_message` when there is none. The reference holds
-    /// until the key's message is replaced or the catalog goes. Never fails.
-    message_t const& message(strings::ustring8 const& key) const;
-    message_t const& message(strings::ustring16 const& key) const;
-    message_t const& message(strings::ustring32 const& key) const;
+    /// The message of exactly that key, or `m_nil_message` if there is none. The reference is valid
+    /// until the key's message is replaced or the catalog is destroyed. Keys in UTF-16 and UTF-32
+    /// are converted to UTF-8. Never fails.
+    const message_t& message(const strings::ustring8& key) const;
+    const message_t& message(const strings::ustring16& key) const;
+    const message_t& message(const strings::ustring32& key) const;
 
-    /// Whether exactly that key is stored, be it with a nil message.
-    bool has_message(strings::ustring8 const& key) const;
-    bool has_message(strings::ustring16 const& key) const;
-    bool has_message(strings::ustring32 const& key) const;
+    /// Whether exactly that key is stored, even with a nil message.
+    bool has_message(const strings::ustring8& key) const;
+    bool has_message(const strings::ustring16& key) const;
+    bool has_message(const strings::ustring32& key) const;
 
     /// Whether a message of that locale is stored.
     ///
-    /// Contract: "." and "-" of the locale asked for are read as "_", and the stored ones are
-    /// taken as they stand. So en-US, en.US and en_US find a stored en_US, nothing finds a stored
-    /// en-US, and the locale "." isn't found here either.
-    bool is_language_loaded(strings::ustring8 const& locale) const;
-    bool is_language_loaded(strings::ustring16 const& locale) const;
-    bool is_language_loaded(strings::ustring32 const& locale) const;
+    /// Contract: "." and "-" in the requested locale count as "_", while stored locales are
+    /// compared as they are. So en-US, en.US and en_US find a stored en_US, but nothing finds a
+    /// stored en-US or a stored ".".
+    bool is_language_loaded(const strings::ustring8& locale) const;
+    bool is_language_loaded(const strings::ustring16& locale) const;
+    bool is_language_loaded(const strings::ustring32& locale) const;
 
     /// The number of messages.
     unsigned long size() const;
@@ -66,35 +76,35 @@ public:
     const_iterator begin() const;
     const_iterator end() const;
 
-    /// The locales of the messages, in byte order and each once. The empty text is a locale like
-    /// any other. Iterators hold until a message is stored or the catalog is assigned.
+    /// The locales of the messages, in byte order, each once. The empty string is a locale like any
+    /// other. Iterators are valid until a message is stored or the catalog is assigned.
     language_iterator languages_begin() const;
     language_iterator languages_end() const;
 
-    /// Adds the locale of every message to the set of locales, without clearing the set before.
+    /// Adds the locale of every message to the set of locales, without clearing the set first.
     void gen_lang_set() const;
 
-    /// Copies name, locales and messages; the count and the heap mark of both sides stay.
-    catalog_t& operator=(catalog_t const& other);
-    catalog_t& assign(catalog_t const& other);
+    /// Copies name, locales and messages. The counts and heap marks of both objects stay.
+    catalog_t& operator=(const catalog_t& other);
+    catalog_t& assign(const catalog_t& other);
 
     /// Empties name, locales and messages.
-    catalog_t& operator=(types::nil_t const& nil);
-    catalog_t& assign(types::nil_t const& nil);
+    catalog_t& operator=(const types::nil_t& nil);
+    catalog_t& assign(const types::nil_t& nil);
 
     /// Whether name, locales and messages are empty.
-    bool operator==(types::nil_t const& nil) const;
-    bool operator!=(types::nil_t const& nil) const;
-    bool equal(types::nil_t const& nil) const;
+    bool operator==(const types::nil_t& nil) const;
+    bool operator!=(const types::nil_t& nil) const;
+    bool equal(const types::nil_t& nil) const;
 
-    /// What a failed lookup gives, by reference: a nil message, which renders as the empty text.
-    /// Built while the library loads, from nothing that is built later, and never written: other
-    /// static objects may use it, but lookups belong behind the load of the library.
+    /// What a failed lookup returns, by reference: a nil message, which renders as the empty
+    /// string. It is built while the library is loaded and never written, so it can be used as soon
+    /// as the library is loaded.
     static message_t m_nil_message;
 
 private:
     strings::ustring8 m_name;
-    mutable std::set<strings::ustring8> m_languages;  // empty: not made yet
+    mutable std::set<strings::ustring8> m_languages;  // empty: not built yet
     std::map<strings::ustring8, message_t> m_messages;
 };
 

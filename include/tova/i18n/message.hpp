@@ -1,9 +1,16 @@
+/// @file
 /// A message: a named sequence of items, rendered from named arguments.
+///
+///     using namespace tova::i18n;
+///     const message_t copied("copied", {message_item("Copied "),
+///                                       message_item("n", message_item::type_int),
+///                                       message_item(" files.")});
+///     copied.as_string(tova::generic::varg_list(tova::generic::argument("n", 3)));
+///     // "Copied 3 files."
+///
+/// Messages are plain values: reading one object from several threads is safe, as long as the
+/// argument lists share no values.
 #pragma once
-
-#include <map>
-#include <string>
-#include <vector>
 
 #include <tova/abi.hpp>
 #include <tova/generic/varg_list.hpp>
@@ -11,17 +18,21 @@
 #include <tova/strings/ustring.hpp>
 #include <tova/types/nil.hpp>
 
+#include <map>
+#include <string>
+#include <vector>
+
 namespace TOVA_2_18 {
 namespace i18n {
 
-/// A message: its key, its items in the order of output, the locale that it came from and a meta
-/// text for translators and tools.
+/// A message: its key, its items in output order, the locale that it came from, and meta text for
+/// translators and tools.
 ///
-/// Rendering takes the arguments by name. An argument that is missing or can't be formatted shows
-/// as "?invalid?" at the place of its item, and the rest of the text is still produced. Arguments
-/// that no item names are ignored, and their order has no meaning.
+/// Arguments are found by name; their order has no meaning, and arguments that no item names are
+/// ignored. An argument that is missing or can't be formatted shows as "?invalid?" in place of its
+/// item, and the rest of the message is still rendered.
 ///
-/// A plain value: copies share nothing, and reading one object from several threads is safe.
+/// A plain value: copies share nothing.
 class TOVA_API message_t {
 public:
     typedef std::vector<message_item>::iterator iterator;
@@ -31,26 +42,28 @@ public:
     message_t();
     message_t(types::nil_t& nil);
 
-    /// A message without a locale; the third argument is the meta text.
-    message_t(strings::ustring8 const& name, std::vector<message_item> const& items);
-    message_t(strings::ustring8 const& name, std::vector<message_item> const& items,
-              strings::ustring8 const& meta);
+    /// A message without a locale. The third argument is the meta text.
+    message_t(const strings::ustring8& name, const std::vector<message_item>& items);
+    message_t(const strings::ustring8& name, const std::vector<message_item>& items,
+              const strings::ustring8& meta);
 
-    message_t(message_t const& other);
+    message_t(const message_t& other);
     ~message_t() TOVA_NOTHROW;
 
-    /// The rendered text. All forms carry the same text and differ in width alone: `as_utf16`,
-    /// `as_utf32` and `as_wstring` convert it from UTF-8, and so answer "-1" (16 bits) or "?" for
-    /// each bad byte (32 bits) when a literal or an argument isn't valid UTF-8. A message without
-    /// items gives the empty text. Raises nothing but the standard exceptions of exhausted memory.
-    std::string as_string(generic::varg_list const& args) const;
-    strings::ustring8 as_utf8(generic::varg_list const& args) const;
-    std::string as_ustring(generic::varg_list const& args) const;
-    strings::ustring16 as_utf16(generic::varg_list const& args) const;
-    strings::ustring32 as_utf32(generic::varg_list const& args) const;
-    std::wstring as_wstring(generic::varg_list const& args) const;
+    /// The rendered message; the empty string for a message without items.
+    ///
+    /// All forms return the same text in different widths. `as_utf16`, `as_utf32` and `as_wstring`
+    /// convert it from UTF-8. If a literal or an argument isn't valid UTF-8, the 16-bit form is
+    /// "-1" and the 32-bit forms have a "?" for each invalid byte. Raises only the standard
+    /// exceptions of exhausted memory.
+    std::string as_string(const generic::varg_list& args) const;
+    strings::ustring8 as_utf8(const generic::varg_list& args) const;
+    std::string as_ustring(const generic::varg_list& args) const;
+    strings::ustring16 as_utf16(const generic::varg_list& args) const;
+    strings::ustring32 as_utf32(const generic::varg_list& args) const;
+    std::wstring as_wstring(const generic::varg_list& args) const;
 
-    /// The number of argument items. Two items over one argument count twice.
+    /// The number of argument items. Two items that show one argument count twice.
     unsigned long argument_count() const;
 
     /// The number of items, literal ones included.
@@ -59,49 +72,50 @@ public:
 
     /// A list with one nil argument for each argument item, in order.
     ///
-    /// Contract: an entry bears the whole data of its item as its name, attribute pairs and their
+    /// Contract: the name of an entry is the whole data of its item, attribute pairs and their
     /// bytes 0x01 included, so that a tool sees how the argument is shown. Two items of equal data
-    /// give one entry, two items over one argument with unequal attributes give two.
+    /// make one entry; two items with the same argument but different attributes make two. Items
+    /// with empty data make one entry each.
     generic::varg_list arguments() const;
 
-    /// Whether a rendering from `args` finds every argument by name. The values aren't looked at.
+    /// Whether `args` has an argument for every name. The values aren't examined.
     ///
-    /// Contract: items are counted, not names, so two items over one argument need a list of two
-    /// arguments; and a message without items answers false, though it needs none.
-    bool has_valid_args(generic::varg_list const& args) const;
+    /// Contract: the list must be as long as the number of argument items, so two items that show
+    /// one argument need a list of two. A message without items is false, although it needs none.
+    bool has_valid_args(const generic::varg_list& args) const;
 
+    /// The items in output order. Iterators are valid until the message is assigned or destroyed.
     iterator begin();
     iterator end();
     const_iterator begin() const;
     const_iterator end() const;
 
     /// The key. The setter returns the message.
-    strings::ustring8 const& name() const;
-    message_t& name(strings::ustring8 const& value);
+    const strings::ustring8& name() const;
+    message_t& name(const strings::ustring8& value);
 
     /// The meta text. The setter returns the field.
-    strings::ustring8 const& meta() const;
-    strings::ustring8& meta(strings::ustring8 const& value);
+    const strings::ustring8& meta() const;
+    strings::ustring8& meta(const strings::ustring8& value);
 
-    /// The locale as the catalog file writes it; set by the loader. The setter returns the field.
-    strings::ustring8 const& _orginal_locale() const;
-    strings::ustring8& _orginal_locale(strings::ustring8 const& value);
+    /// The locale as written in the catalog file; set by the loader. The setter returns the field.
+    const strings::ustring8& _orginal_locale() const;
+    strings::ustring8& _orginal_locale(const strings::ustring8& value);
 
-    /// Accepted and ignored.
-    void resolve(std::map<strings::ustring8, strings::ustring8> const& names);
+    /// Does nothing; the argument is ignored.
+    void resolve(const std::map<strings::ustring8, strings::ustring8>& names);
 
-    message_t& operator=(message_t const& other);
-    message_t& assign(message_t const& other);
+    message_t& operator=(const message_t& other);
+    message_t& assign(const message_t& other);
 
     /// Empties key, items and meta text.
     ///
-    /// Contract: the locale stays, and the comparison with nil doesn't look at it. An emptied
-    /// message still tells where it came from, and a message that a file gives a locale only is
-    /// nil.
-    message_t& operator=(types::nil_t const& nil);
-    message_t& assign(types::nil_t const& nil);
-    bool operator==(types::nil_t const& nil) const;
-    bool equal(types::nil_t const& nil) const;
+    /// Contract: the locale stays, and the comparison with nil ignores it. An emptied message still
+    /// says where it came from, and a message with nothing but a locale is nil.
+    message_t& operator=(const types::nil_t& nil);
+    message_t& assign(const types::nil_t& nil);
+    bool operator==(const types::nil_t& nil) const;
+    bool equal(const types::nil_t& nil) const;
 
 private:
     strings::ustring8 m_name;
