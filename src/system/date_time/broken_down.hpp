@@ -1,24 +1,46 @@
-// What the C library makes of a moment.
+/// @file
+/// Reads the system's clock, and makes dates and times of what the C library breaks it down to.
+///
+/// Threads: `localtime` and `gmtime` keep their result in a static buffer of the C library, so what
+/// reads the clock is for one thread at a time.
 #pragma once
-
-#include <ctime>
 
 #include <tova/system/date_time/date.hpp>
 #include <tova/system/date_time/time.hpp>
+
+#include <sys/time.h>
+
+#include <ctime>
 
 namespace TOVA_2_18 {
 namespace system {
 namespace date_time {
 namespace detail {
 
-inline date date_of(const std::tm& moment) {
-    return date(static_cast<unsigned>(moment.tm_mday), static_cast<unsigned>(moment.tm_mon + 1),
-                static_cast<unsigned>(moment.tm_year + 1900));
+// `localtime` or `gmtime`: what decides whether a reading is local or UTC.
+typedef std::tm* break_down(const std::time_t* seconds);
+
+// One reading of the clock.
+struct moment {
+    std::tm fields;
+    long microseconds;  // of the second, below 1000000
+};
+
+inline moment read_clock(break_down* zone) {
+    timeval now;
+    ::gettimeofday(&now, nullptr);
+    return moment{*zone(&now.tv_sec), now.tv_usec};
 }
 
-inline time time_of(const std::tm& moment, long microseconds) {
-    return time(static_cast<unsigned>(moment.tm_hour), static_cast<unsigned>(moment.tm_min),
-                static_cast<unsigned>(moment.tm_sec), static_cast<unsigned>(microseconds / 1000));
+inline date date_of(const std::tm& fields) {
+    return date(static_cast<unsigned>(fields.tm_mday), static_cast<unsigned>(fields.tm_mon + 1),
+                static_cast<unsigned>(fields.tm_year + 1900));
+}
+
+inline time time_of(const moment& now) {
+    return time(static_cast<unsigned>(now.fields.tm_hour), static_cast<unsigned>(now.fields.tm_min),
+                static_cast<unsigned>(now.fields.tm_sec),
+                static_cast<unsigned>(now.microseconds / 1000));
 }
 
 }  // namespace detail

@@ -1,10 +1,17 @@
+// A date is three fields that the setters check one by one, and a day number for arithmetic:
+//
+// - `day`, `month` and `year` store what they accept. The day is not compared with the month here;
+//   `get_days` limits it when it is read.
+// - `pJulian_day_number()` counts days from 1 March of year 0. The year begins in March, so that
+// the
+//   leap day is the last day of a year and no month after it depends on it.
+// - `pJulian_day_number(n)` goes back. Sums and differences go through the number and back.
 #include <tova/system/date_time/date.hpp>
 
-#include <ctime>
-
-#include <tova/exceptions/exceptions.hpp>
-
 #include "system/date_time/broken_down.hpp"
+#include "system/date_time/range.hpp"
+
+#include <ctime>
 
 namespace TOVA_2_18 {
 namespace system {
@@ -12,7 +19,7 @@ namespace date_time {
 
 namespace {
 
-// Published with the exceptions; they stay when the code moves.
+// Published with the exceptions: they stay when the code moves.
 const char source_path[] = "system/date_time/date";
 const unsigned month_line = 58;
 const unsigned day_line = 68;
@@ -23,10 +30,10 @@ const unsigned days_in_100_years = 36524;
 const unsigned days_in_4_years = 1461;
 const unsigned days_in_a_year = 365;
 
-// A year that starts in March falls into pairs of months of 61 days each: 31 and 30 days, and in
-// the pairs 3 (September and October) and 4 (November and December) 30 and 31. July and August
-// have 62 days together, so one day is added from pair 3 on. The last pair is cut by the end of
-// the year.
+// A year that begins in March consists of pairs of months, numbered from 0, of 61 days each: 31 and
+// 30 days, or 30 and 31 in the pairs 3 (September and October) and 4 (November and December). July
+// and August have 62 days together, so one day is added from pair 3 on. The last pair (January and
+// February) is cut short by the end of the year.
 const unsigned days_in_a_pair = 61;
 const unsigned day_of_pair_3 = 184;
 
@@ -101,16 +108,14 @@ unsigned int date::get_days() const {
 }
 
 unsigned int date::day(unsigned int value) {
-    if (!is_valid_day(value))
-        throw exceptions::out_of_range("day value out of valid range", day_line, source_path,
-                                       "day");
+    detail::require(is_valid_day(value), "day value out of valid range", day_line, source_path,
+                    "day");
     return m_day = value;
 }
 
 unsigned int date::month(unsigned int value) {
-    if (!is_valid_month(value))
-        throw exceptions::out_of_range("month value out of valid range", month_line, source_path,
-                                       "month");
+    detail::require(is_valid_month(value), "month value out of valid range", month_line,
+                    source_path, "month");
     return m_month = value;
 }
 
@@ -149,8 +154,8 @@ date& date::operator+=(const date_duration& duration) {
     return plus_assign(duration);
 }
 
-// Contract: the date always goes by way of its number, also for a move by no days. That is what
-// makes a real date of a stored 31 February, and 1 March of a 29 February.
+// Contract: the date always goes through its number, even for a move by 0 days. That turns a stored
+// 31 February into a real date, and 29 February into 1 March.
 date& date::plus_assign(const date_duration& duration) {
     pJulian_day_number(pJulian_day_number() + static_cast<unsigned>(duration.days()));
     return *this;
@@ -160,23 +165,24 @@ date& date::operator-=(const date_duration& duration) {
     return minus_assign(duration);
 }
 
-// Contract: the number is compared with its sign. From September 5879610 on numbers count as
-// negative, and no move back by 0 days or more is taken any longer.
+// Contract: the number is compared as a signed one. From September 5879610 on numbers are negative
+// in this comparison, and every move back by 0 days or more raises.
 date& date::minus_assign(const date_duration& duration) {
     const unsigned number = pJulian_day_number();
-    if (static_cast<int>(number) <= duration.days())
-        throw exceptions::out_of_range("date value out of valid range", minus_assign_line,
-                                       source_path, "minus_assign");
+    detail::require(static_cast<int>(number) > duration.days(), "date value out of valid range",
+                    minus_assign_line, source_path, "minus_assign");
     pJulian_day_number(number - static_cast<unsigned>(duration.days()));
     return *this;
 }
 
+// All in unsigned arithmetic, which wraps: a default date, and January and February of year 0, lie
+// before day 1 and get the numbers that come before it modulo 2^32.
 unsigned int date::pJulian_day_number() const {
     unsigned years = m_year;
     unsigned from_march = m_month - 3;
     if (m_month < 3) {
         from_march += 12;
-        years -= 1;  // year 0 has the largest number before it
+        years -= 1;  // wraps to the largest year before year 0
     }
     const unsigned pair = from_march / 2;
     const unsigned first_month = from_march % 2 != 0 ? days_in_first_month(pair) : 0;
@@ -184,8 +190,8 @@ unsigned int date::pJulian_day_number() const {
            first_month + m_day;
 }
 
-// Contract: the counts of centuries and of single years are not held down to 3. The last day of
-// four years and of 400 years, a 29 February, thus begins a fifth one, on 1 March.
+// Contract: the counts of centuries and of single years are not limited to 3. The last day of a
+// cycle of 4 or 400 years, which is 29 February, therefore begins a year of its own, on 1 March.
 void date::pJulian_day_number(unsigned int number) {
     unsigned rest = number - 1;
     unsigned years = rest / days_in_400_years * 400;

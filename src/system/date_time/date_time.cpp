@@ -1,10 +1,8 @@
 #include <tova/system/date_time/date_time.hpp>
 
-#include <ctime>
-
-#include <sys/time.h>
-
 #include "system/date_time/broken_down.hpp"
+
+#include <ctime>
 
 namespace TOVA_2_18 {
 namespace system {
@@ -14,8 +12,24 @@ namespace {
 
 const long hours_a_day = 24;
 
-bool spans_a_day(long hours) {
+bool spans_a_day(const time_duration& duration) {
+    const long hours = duration.total_complete_hours();
     return hours >= hours_a_day || hours <= -hours_a_day;
+}
+
+// What a duration of a day or more does before the date moves.
+//
+// Contract: the hours left over after whole days are set as the day of the month, and are then the
+// number of days to move by. If they are 0 or negative, the setter raises before anything has
+// changed.
+date_duration set_day_to_hours(date_time_t& value, const time_duration& duration) {
+    const long hours = duration.total_complete_hours() % hours_a_day;
+    return date_duration(static_cast<int>(value.day(static_cast<unsigned>(hours))));
+}
+
+date_time_t read_now(detail::break_down* zone) {
+    const detail::moment now = detail::read_clock(zone);
+    return date_time_t(detail::date_of(now.fields), detail::time_of(now));
 }
 
 }  // namespace
@@ -29,17 +43,11 @@ date_time_t::date_time_t(const date_time::date& date, const date_time::time& tim
     : m_date(date), m_time(time) {}
 
 date_time_t date_time_t::local_date_time() {
-    timeval now;
-    ::gettimeofday(&now, nullptr);
-    const std::tm& moment = *::localtime(&now.tv_sec);
-    return date_time_t(detail::date_of(moment), detail::time_of(moment, now.tv_usec));
+    return read_now(::localtime);
 }
 
 date_time_t date_time_t::UTC_date_time() {
-    timeval now;
-    ::gettimeofday(&now, nullptr);
-    const std::tm& moment = *::gmtime(&now.tv_sec);
-    return date_time_t(detail::date_of(moment), detail::time_of(moment, now.tv_usec));
+    return read_now(::gmtime);
 }
 
 unsigned int date_time_t::year() const {
@@ -146,7 +154,7 @@ date_time_t& date_time_t::operator=(const date_time_t& source) {
     return assign(source);
 }
 
-// Contract: days move a date alone, and leave a date with a time as it is. All four forms do.
+// Contract: days move a `date` and never a date with a time. None of the four forms does anything.
 date_time_t& date_time_t::operator+=(const date_duration& duration) {
     return plus_assign(duration);
 }
@@ -167,14 +175,11 @@ date_time_t& date_time_t::operator+=(const time_duration& duration) {
     return plus_assign(duration);
 }
 
-// Contract: it is the hours beyond whole days that are set as the day of the month and then moved
-// by. A remainder of 0 or below is no day and raises, before anything is changed.
 date_time_t& date_time_t::plus_assign(const time_duration& duration) {
-    const long hours = duration.total_complete_hours();
-    if (spans_a_day(hours)) {
-        const unsigned days = day(static_cast<unsigned>(hours % hours_a_day));
-        m_date += date_duration(static_cast<int>(days));
-    }
+    // Below a day the date isn't touched: even a move by 0 days would make a stored 31 February
+    // real.
+    if (spans_a_day(duration))
+        m_date += set_day_to_hours(*this, duration);
     m_time += duration;
     return *this;
 }
@@ -183,14 +188,11 @@ date_time_t& date_time_t::operator-=(const time_duration& duration) {
     return minus_assign(duration);
 }
 
-// Contract: the hours are not negated here, so that a negative duration of a day or more raises as
-// it does in the sum.
+// Contract: the hours are not negated, so a negative duration of a day or more raises here as it
+// does in a sum.
 date_time_t& date_time_t::minus_assign(const time_duration& duration) {
-    const long hours = duration.total_complete_hours();
-    if (spans_a_day(hours)) {
-        const unsigned days = day(static_cast<unsigned>(hours % hours_a_day));
-        m_date -= date_duration(static_cast<int>(days));
-    }
+    if (spans_a_day(duration))
+        m_date -= set_day_to_hours(*this, duration);
     m_time -= duration;
     return *this;
 }

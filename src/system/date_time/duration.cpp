@@ -1,34 +1,33 @@
 #include <tova/system/date_time/duration.hpp>
 
+#include <type_traits>
+
 namespace TOVA_2_18 {
 namespace system {
 namespace date_time {
 
 namespace {
 
+// Milliseconds.
 const long an_hour = 3600000;
 const long a_minute = 60000;
 const long a_second = 1000;
 
-// Sums and differences wrap: they are formed without a sign and read with one again.
-int wrapping_sum(int left, int right) {
-    return static_cast<int>(static_cast<unsigned>(left) + static_cast<unsigned>(right));
+// Sums and differences wrap, which only unsigned arithmetic is defined to do.
+template <typename Number>
+Number wrapping_sum(Number left, Number right) {
+    typedef typename std::make_unsigned<Number>::type bits;
+    return static_cast<Number>(static_cast<bits>(left) + static_cast<bits>(right));
 }
 
-int wrapping_difference(int left, int right) {
-    return static_cast<int>(static_cast<unsigned>(left) - static_cast<unsigned>(right));
+template <typename Number>
+Number wrapping_difference(Number left, Number right) {
+    typedef typename std::make_unsigned<Number>::type bits;
+    return static_cast<Number>(static_cast<bits>(left) - static_cast<bits>(right));
 }
 
-long wrapping_sum(long left, long right) {
-    return static_cast<long>(static_cast<unsigned long>(left) + static_cast<unsigned long>(right));
-}
-
-long wrapping_difference(long left, long right) {
-    return static_cast<long>(static_cast<unsigned long>(left) - static_cast<unsigned long>(right));
-}
-
-// Contract: hours, minutes and seconds are summed up in 32 bits. Whoever has a full total gives it
-// as the milliseconds.
+// Contract: hours, minutes and seconds are added in 32 bits. A full total is passed as the
+// milliseconds, with zeros here.
 int fields_in_milliseconds(int hours, int minutes, int seconds) {
     return static_cast<int>(static_cast<unsigned>(hours) * 3600000u +
                             static_cast<unsigned>(minutes) * 60000u +
@@ -101,7 +100,7 @@ int time_duration::second() const {
 }
 
 int time_duration::millisecond() const {
-    return static_cast<int>(m_milliseconds % 1000);
+    return static_cast<int>(m_milliseconds % a_second);
 }
 
 double time_duration::total_hours() const {

@@ -1,12 +1,9 @@
 #include <tova/system/date_time/time.hpp>
 
-#include <ctime>
-
-#include <sys/time.h>
-
-#include <tova/exceptions/exceptions.hpp>
-
 #include "system/date_time/broken_down.hpp"
+#include "system/date_time/range.hpp"
+
+#include <ctime>
 
 namespace TOVA_2_18 {
 namespace system {
@@ -14,17 +11,14 @@ namespace date_time {
 
 namespace {
 
-// Published with the exceptions; they stay when the code moves.
+// Published with the exceptions: they stay when the code moves.
 const char source_path[] = "system/date_time/time";
 const unsigned hour_line = 51;
 const unsigned minute_line = 61;
 const unsigned second_line = 71;
 const unsigned millisecond_line = 81;
 
-const int a_day = 86400000;
-const int an_hour = 3600000;
-const int a_minute = 60000;
-const int a_second = 1000;
+const long a_day = 86400000;  // milliseconds
 
 }  // namespace
 
@@ -44,15 +38,11 @@ time::time(unsigned int new_hour, unsigned int new_minute, unsigned int new_seco
 }
 
 time time::local_time() {
-    timeval now;
-    ::gettimeofday(&now, nullptr);
-    return detail::time_of(*::localtime(&now.tv_sec), now.tv_usec);
+    return detail::time_of(detail::read_clock(::localtime));
 }
 
 time time::UTC_time() {
-    timeval now;
-    ::gettimeofday(&now, nullptr);
-    return detail::time_of(*::gmtime(&now.tv_sec), now.tv_usec);
+    return detail::time_of(detail::read_clock(::gmtime));
 }
 
 unsigned int time::hour() const {
@@ -71,31 +61,31 @@ unsigned int time::millisecond() const {
     return m_millisecond;
 }
 
+// The setters take unsigned values and the checks signed ones. A negative part of a duration
+// arrives here as a large unsigned number, and the cast makes it negative again, which no check
+// accepts.
 unsigned int time::hour(unsigned int value) {
-    if (!is_valid_hour(static_cast<int>(value)))
-        throw exceptions::out_of_range("Hour value out of valid range", hour_line, source_path,
-                                       "hour");
+    detail::require(is_valid_hour(static_cast<int>(value)), "Hour value out of valid range",
+                    hour_line, source_path, "hour");
     return m_hour = value;
 }
 
 unsigned int time::minute(unsigned int value) {
-    if (!is_valid_minute(static_cast<int>(value)))
-        throw exceptions::out_of_range("Minute value out of valid range", minute_line, source_path,
-                                       "minute");
+    detail::require(is_valid_minute(static_cast<int>(value)), "Minute value out of valid range",
+                    minute_line, source_path, "minute");
     return m_minute = value;
 }
 
 unsigned int time::second(unsigned int value) {
-    if (!is_valid_second(static_cast<int>(value)))
-        throw exceptions::out_of_range("Second value out of valid range", second_line, source_path,
-                                       "second");
+    detail::require(is_valid_second(static_cast<int>(value)), "Second value out of valid range",
+                    second_line, source_path, "second");
     return m_second = value;
 }
 
 unsigned int time::millisecond(unsigned int value) {
-    if (!is_valid_millisecond(static_cast<int>(value)))
-        throw exceptions::out_of_range("Millisecond value out of valid range", millisecond_line,
-                                       source_path, "millisecond");
+    detail::require(is_valid_millisecond(static_cast<int>(value)),
+                    "Millisecond value out of valid range", millisecond_line, source_path,
+                    "millisecond");
     return m_millisecond = value;
 }
 
@@ -131,22 +121,18 @@ time& time::operator+=(const time_duration& duration) {
     return plus_assign(duration);
 }
 
-// Contract: one day is added before the remainder is taken, and the remainder has the sign of what
-// it is taken of. A negative part is refused by its setter when the parts in front of it are
-// already set.
+// Contract: one day is added before the remainder is taken, and the remainder has the sign of its
+// dividend. If a part is negative, its setter raises, and the fields before it are already set.
 time& time::plus_assign(const time_duration& duration) {
-    const unsigned now =
-        m_hour * an_hour + m_minute * a_minute + m_second * a_second + m_millisecond;
-    // Durations of any length are added, so the sum wraps without a sign.
-    const unsigned long moved =
-        static_cast<unsigned long>(duration.total_milliseconds()) + now + a_day;
-    int rest = static_cast<int>(static_cast<long>(moved) % a_day);
-    hour(static_cast<unsigned>(rest / an_hour));
-    rest %= an_hour;
-    minute(static_cast<unsigned>(rest / a_minute));
-    rest %= a_minute;
-    second(static_cast<unsigned>(rest / a_second));
-    millisecond(static_cast<unsigned>(rest % a_second));
+    const time_duration now(static_cast<int>(m_hour), static_cast<int>(m_minute),
+                            static_cast<int>(m_second), static_cast<long>(m_millisecond));
+    // Durations of any length are added; their sums wrap at 64 bits.
+    const time_duration moved = now + duration + time_duration(0, 0, 0, a_day);
+    const time_duration rest(0, 0, 0, moved.total_milliseconds() % a_day);
+    hour(static_cast<unsigned>(rest.hour()));
+    minute(static_cast<unsigned>(rest.minute()));
+    second(static_cast<unsigned>(rest.second()));
+    millisecond(static_cast<unsigned>(rest.millisecond()));
     return *this;
 }
 
@@ -158,7 +144,7 @@ time& time::minus_assign(const time_duration& duration) {
     return plus_assign(time_duration() - duration);
 }
 
-// Each field is taken from its fellow, so that the differences are small numbers of either sign.
+// Field by field, so that the differences are small numbers of either sign.
 time_duration minus(const time& left, const time& right) {
     return time_duration(static_cast<int>(left.hour() - right.hour()),
                          static_cast<int>(left.minute() - right.minute()),

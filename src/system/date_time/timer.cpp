@@ -8,9 +8,6 @@ namespace date_time {
 
 namespace {
 
-// A span begins behind one reading of the clock and ends with the next: it holds the cost of one.
-const unsigned long readings_in_a_span = 1;
-
 unsigned long microseconds_now() {
     timeval now;
     ::gettimeofday(&now, nullptr);
@@ -18,11 +15,12 @@ unsigned long microseconds_now() {
            static_cast<unsigned long>(now.tv_usec);
 }
 
+// One sample: nothing happens between the two readings but their own cost.
 unsigned long measured_span(timer& stopwatch) {
     stopwatch.clear();
     stopwatch.start();
     stopwatch.stop();
-    return stopwatch.elapsed() / readings_in_a_span;
+    return stopwatch.elapsed();
 }
 
 }  // namespace
@@ -35,16 +33,16 @@ void timer::start() {
     m_start = microseconds_now();
 }
 
-// A clock at 0 cannot be told from a span that was not begun; such a span is not added.
+// A clock at 0 looks like a span that was never started, so such a span is not added. A span begins
+// after one reading of the clock and ends with the next: it includes the cost of one reading.
 void timer::stop() {
     if (m_start == 0)
         return;
-    const unsigned long overhead = readings_in_a_span * m_overheadMicroseconds;
     const unsigned long span = microseconds_now() - m_start;
-    // The clock may have been set back in between: the difference is one with a sign.
-    const long beyond = static_cast<long>(span - overhead);
-    if (beyond > 0)
-        m_elapsed += static_cast<unsigned long>(beyond);
+    // Signed: the span may be shorter than the overhead, and the clock may have been set back.
+    const long rest = static_cast<long>(span - m_overheadMicroseconds);
+    if (rest > 0)
+        m_elapsed += static_cast<unsigned long>(rest);
     m_start = 0;
 }
 
@@ -61,13 +59,13 @@ auto_tester::auto_tester() {
     if (timer::m_overheadMicroseconds != 0)
         return;
     timer stopwatch;
-    measured_span(stopwatch);  // the first reading is slow
+    measured_span(stopwatch);  // a warm-up: the first reading is slow
     const unsigned long first = measured_span(stopwatch);
     const unsigned long second = measured_span(stopwatch);
-    timer::m_overheadMicroseconds = (first + second) >> 1;
+    timer::m_overheadMicroseconds = (first + second) / 2;
 }
 
-// Made while the library is loaded, when the clock can be read and the overhead is still 0.
+// Constructed while the library is loaded, when the overhead is still 0.
 auto_tester sAutoTester;
 
 }  // namespace date_time

@@ -1,0 +1,25 @@
+/// @file
+/// The check that all setters of dates and times share.
+///
+/// Threads: nothing is shared.
+#pragma once
+
+#include <tova/exceptions/exceptions.hpp>
+
+namespace TOVA_2_18 {
+namespace system {
+namespace date_time {
+namespace detail {
+
+// Raises `exceptions::out_of_range` unless the condition holds. Message, line, path and function
+// are published: handlers compare them, and they stay when the code moves.
+inline void require(bool in_range, const char* message, unsigned int line, const char* source_path,
+                    const char* function) {
+    if (!in_range)
+        throw exceptions::out_of_range(message, line, source_path, function);
+}
+
+}  // namespace detail
+}  // namespace date_time
+}  // namespace system
+}  // namespace TOVA_2_18
