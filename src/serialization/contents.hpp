@@ -1,30 +1,34 @@
-// What the two encodings of `serialize_buffer` do alike.
+/// @file
+/// What the buffers have in common, whatever their encoding.
+///
+/// Threads: as for every buffer, one thread at a time.
 #pragma once
+
+#include <tova/serialization/serialize_buffer.hpp>
 
 #include <cstddef>
 #include <stdexcept>
 #include <string>
 
-#include <tova/serialization/serialize_buffer.hpp>
-
 namespace TOVA_2_18 {
 namespace serialization {
 namespace detail {
 
-// Contract: a copy of a buffer takes over the holders' count and the heap mark, where the base
-// class starts afresh.
+// Contract: a copy of a sequential buffer takes over the reference count and the heap mark, which
+// the base class has just set to 0 and false for it.
 inline void take_over_state(serialize_buffer& copy, const serialize_buffer& source) {
     copy.count = source.count;
     copy.allocated = source.allocated;
 }
 
-// The message is published and so doesn't follow the installed standard library.
+// Contract: the message is published, so it is written out here instead of left to the installed
+// standard library.
 inline void require_text(const char* text, int length) {
     if (text == nullptr && length != 0)
         throw std::logic_error("basic_string::_M_construct null not valid");
 }
 
-// A negative length is huge as a size, and the string refuses it.
+// A negative length becomes a huge size, which the string refuses with `std::length_error`.
 inline void replace(std::string& content, const char* text, int length) {
     require_text(text, length);
     if (length == 0)
@@ -33,7 +37,7 @@ inline void replace(std::string& content, const char* text, int length) {
         content.assign(text, static_cast<std::size_t>(length));
 }
 
-// Factories mark what they made; its receiver holds or deletes it.
+// Sets the heap mark of what a factory made. The caller holds or deletes it.
 template <typename Buffer>
 Buffer* marked(Buffer* made) {
     made->allocated = true;

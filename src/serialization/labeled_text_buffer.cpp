@@ -1,12 +1,29 @@
+// A tree is a map from label to a pair: a group, which is a buffer by value, and a value, which is
+// a variant. A label without a group has an empty one, and a label without a value has nil.
+//
+// The encoded form is a sequence of strings (text_items.hpp) in pairs of label and payload:
+//
+//     the entry has            written
+//     an empty group           label, value            (a nil value as an empty string)
+//     a group and a value      label, value; label + " ", encoded group
+//     a group and nil          label + " ", encoded group
+//
+// Groups are nested as deep as the caller or the text says, deeper than any stack. So nothing here
+// recurses: each walk over a tree is a loop that keeps its way down in a vector of steps.
+//
+// - `tree::copy` copies entries from the top down.
+// - `tree::dismantle` removes entries from the leaves up. It serves a destructor and must not
+//   allocate, so it keeps its way back up in the groups themselves.
+// - `tree::encode` writes from the end to the front: the length of a group's text precedes the
+// text,
+//   and is known once the text has been written. Each byte is written once, however deep it is.
+// - `tree::read` reads nested groups in place. Only the top level of `assign(text)` goes through
+// the
+//   virtual operations and the read position of the `m_text` member.
+// - `tree::overlay` merges one tree into another; either may be part of the other.
+//
+// `m_text` holds the result of `as_str` and the source of `assign(text)`, and nothing else.
 #include <tova/serialization/labeled_text_buffer.hpp>
-
-#include <algorithm>
-#include <cstddef>
-#include <cstring>
-#include <stdexcept>
-#include <tuple>
-#include <typeinfo>
-#include <vector>
 
 #include <tova/generic/convert/x_to_str.hpp>
 #include <tova/types/nil.hpp>
@@ -14,32 +31,40 @@
 #include "serialization/contents.hpp"
 #include "serialization/text_items.hpp"
 
+#include <cstddef>
+#include <cstring>
+#include <tuple>
+#include <typeinfo>
+#include <vector>
+
 namespace TOVA_2_18 {
 namespace serialization {
 
 namespace {
 
-const char group_mark = ' ';  // at the end of a label in the text
+const char group_mark = ' ';  // the last byte of a group's label in the encoded form
 
-// Contract: these four bytes and no others surround a label without being part of it.
+// Contract: these four bytes and no others are trimmed. `isspace` would also know \v and \f, and
+// would ask the locale.
 std::string trimmed(const std::string& label) {
-    const char blanks[] = " \n\r\t";
-    const std::size_t last = label.find_last_not_of(blanks);
+    const char whitespace[] = " \n\r\t";
+    const std::size_t last = label.find_last_not_of(whitespace);
     if (last == std::string::npos)
         return std::string();
-    const std::size_t first = label.find_first_not_of(blanks);
+    const std::size_t first = label.find_first_not_of(whitespace);
     return label.substr(first, last - first + 1);
 }
 
-// A text that grows at its front. The length of a group's text stands in front of it, so whoever
-// writes from the end has it at hand and writes each byte once, however deep the tree.
-class backward_text {
+// A string of items that grows at its front. The bytes written so far are at the end of `m_bytes`,
+// from `m_begin` on, with free room before them.
+class backward_writer {
 public:
-    explicit backward_text(std::size_t room) : m_bytes(room, '\0'), m_begin(room) {}
+    explicit backward_writer(std::size_t room) : m_bytes(room, '\0'), m_begin(room) {}
 
     std::size_t size() const { return m_bytes.size() - m_begin; }
-    std::string text() const { return m_bytes.substr(m_begin); }
+    std::string written() const { return m_bytes.substr(m_begin); }
 
+    // A string item, from its last byte to its first: separator, bytes, length field.
     void prepend_string(const std::string& bytes) {
         prepend_separator();
         prepend(bytes.data(), bytes.size());
@@ -47,7 +72,7 @@ public:
     }
 
     void prepend_length(std::size_t length) {
-        char digits[24];
+        char digits[24];  // 20 digits and a terminator at most
         generic::convert::ulltoa(length, digits, 10);
         prepend_separator();
         prepend(digits, std::strlen(digits));
@@ -63,6 +88,7 @@ private:
         m_bytes.replace(m_begin, count, bytes, count);
     }
 
+    // Doubles the room, so that all growing together takes time linear in the length of the text.
     void grow(std::size_t count) {
         std::string wider(m_bytes.size() * 2 + count, '\0');
         const std::size_t begin = wider.size() - size();
@@ -77,21 +103,22 @@ private:
 
 }  // namespace
 
-// Each walk keeps its way through the tree in a vector: groups are nested as deep as the text says.
+// The walks over a tree, as static members: they reach the private fields of other buffers.
 struct labeled_text_buffer::tree {
     typedef entry_map::mapped_type entry_type;
 
-    // The group of a label, emptied; the label is added with a nil value if it is new.
+    // Returns the group of a label, emptied. A new label is added with a nil value.
     static labeled_text_buffer& empty_group(entry_map& entries, const std::string& label) {
         const auto place = entries.lower_bound(label);
         if (place == entries.end() || place->first != label)
             return add(entries, place, label, types::variant()).first;
         labeled_text_buffer& group = place->second.first;
         group.m_entries.clear();
-        group.m_text = serialize_text_buf();
+        group.m_text = serialize_text_buf();  // the memory of its last encoding goes, too
         return group;
     }
 
+    // Adds an entry with an empty group, built in the map: a group has no cheap move.
     static entry_type& add(entry_map& entries, entry_map::const_iterator place,
                            const std::string& label, const types::variant& value) {
         return entries
@@ -112,7 +139,7 @@ private:
     static labeled_text_buffer* remembered(const labeled_text_buffer& group) TOVA_NOTHROW;
 };
 
-// `to` is empty.
+// Copies all entries, level by level, into a map that is empty.
 void labeled_text_buffer::tree::copy(const entry_map& from, entry_map& to) {
     struct step {
         const entry_map* from;
@@ -135,8 +162,8 @@ void labeled_text_buffer::tree::copy(const entry_map& from, entry_map& to) {
     }
 }
 
-// The way back up is kept in the text of a group that is about to go: eight bytes fit into every
-// string, so a destructor needs no memory.
+// Where `dismantle` came from, stored in the text of a group that is about to be destroyed. The
+// eight bytes of a pointer fit into every string without an allocation.
 void labeled_text_buffer::tree::remember(labeled_text_buffer& group,
                                          labeled_text_buffer* parent) TOVA_NOTHROW {
     char bytes[sizeof(void*)];
@@ -151,7 +178,8 @@ labeled_text_buffer::tree::remembered(const labeled_text_buffer& group) TOVA_NOT
     return parent;
 }
 
-// Removes all entries from the leaves up, so that no destructor of an entry meets a filled group.
+// Removes all entries from the leaves up, so that the destructor of an entry never finds a group
+// with entries, which would make it recurse.
 void labeled_text_buffer::tree::dismantle(labeled_text_buffer& root) TOVA_NOTHROW {
     labeled_text_buffer* current = &root;
     for (;;) {
@@ -174,17 +202,19 @@ std::string labeled_text_buffer::tree::encode(const labeled_text_buffer& root) {
     struct step {
         const labeled_text_buffer* group;
         entry_map::const_reverse_iterator next;
-        std::size_t size_behind;  // of the text that follows the group's own
+        std::size_t size_after;  // bytes written before this group, which follow it in the text
     };
-    backward_text out(root.m_text.as_str().size() + 256);
+    backward_writer out(root.m_text.as_str().size() + 256);
     std::vector<step> open(1, step{&root, root.m_entries.rbegin(), 0});
     for (;;) {
         step& current = open.back();
         if (current.next == current.group->m_entries.rend()) {
-            const std::size_t length = out.size() - current.size_behind;
+            // The group is complete. Its length and label precede it, and the value of the same
+            // label precedes both.
+            const std::size_t length = out.size() - current.size_after;
             open.pop_back();
             if (open.empty())
-                return out.text();
+                return out.written();
             out.prepend_length(length);
             const auto& entry = *open.back().next++;
             out.prepend_string(entry.first + group_mark);
@@ -201,14 +231,18 @@ std::string labeled_text_buffer::tree::encode(const labeled_text_buffer& root) {
             out.prepend_string(entry.first);
             ++current.next;
         } else {
+            // The payload's separator comes first; its bytes follow in steps of their own.
             out.prepend_separator();
             open.push_back(step{&group, group.m_entries.rbegin(), out.size()});
         }
     }
 }
 
-// What `assign(text)` does on a group that has just been created, and on those within it. The texts
-// of the groups lie within one another and are read where they lie.
+// What `assign(text)` does, for a group that has just been created and all groups inside it. The
+// text of each group is part of the text of the one around it and is read in place.
+//
+// Contract: a payload that is missing is read from the start of the group's text again, as in
+// `assign`, and the loop doesn't end.
 void labeled_text_buffer::tree::read(labeled_text_buffer& group, const std::string& text) {
     struct step {
         labeled_text_buffer* group;
@@ -247,8 +281,8 @@ void labeled_text_buffer::tree::overlay(labeled_text_buffer& root,
         entry_map::const_iterator next;
         entry_map::const_iterator end;
     };
-    // A step goes on to its next entry once the entry is done with, groups included: if one of the
-    // buffers holds the other, labels may be added on the way.
+    // A step advances only after its entry is merged completely, groups included. If one of the
+    // buffers is part of the other, the walk itself may add labels that it then comes to.
     std::vector<step> open(1, step{&root, other.m_entries.begin(), other.m_entries.end()});
     for (;;) {
         step& current = open.back();
@@ -266,7 +300,7 @@ void labeled_text_buffer::tree::overlay(labeled_text_buffer& root,
             ++current.next;
             continue;
         }
-        // Contract: a label without a group sets the value here, also to nil.
+        // Contract: an entry with an empty group replaces the value here, even by nil.
         const entry_map& group = source.second.first.m_entries;
         if (group.empty() || source.second.second != types::nil)
             found->second.second = source.second.second;
@@ -279,8 +313,8 @@ void labeled_text_buffer::tree::overlay(labeled_text_buffer& root,
 
 labeled_text_buffer::labeled_text_buffer() : m_entries(), m_text() {}
 
-// Contract: the base starts afresh here, with count 0 and no heap mark, unlike the copies of the
-// buffers of plain sequences.
+// Contract: a copy starts with count 0 and without the heap mark, unlike a copy of the sequential
+// buffers.
 labeled_text_buffer::labeled_text_buffer(const labeled_text_buffer& other)
     : labeled_serialize_buffer(other), m_entries(), m_text(other.m_text) {
     tree::copy(other.m_entries, m_entries);
@@ -298,13 +332,14 @@ labeled_text_buffer& labeled_text_buffer::operator=(const labeled_text_buffer& o
     return assign(other);
 }
 
-// Contract: no test for a buffer assigned to itself, whose values become strings by it.
+// Contract: no test for self-assignment: a buffer assigned to itself is encoded and read again,
+// which turns its values into strings.
 labeled_serialize_buffer& labeled_text_buffer::assign(const labeled_serialize_buffer& other) {
     return assign(other.as_str());
 }
 
-// Contract: a text that ends behind a label brings the read position back to 0 when the payload is
-// read, as `serialize_text_buf::read_string` tells, and the loop doesn't end.
+// Contract: in a text that ends after a label, reading the payload wraps the read position to 0, as
+// `serialize_text_buf::read_string` says, and the loop doesn't end.
 labeled_serialize_buffer& labeled_text_buffer::assign(const std::string& text) {
     m_text.assign(text);
     m_entries.clear();
@@ -319,8 +354,9 @@ labeled_serialize_buffer& labeled_text_buffer::assign(const std::string& text) {
         }
         labeled_serialize_buffer* const group = create_group(label);
         const std::string payload = m_text.read_string();
-        // A group of our own class is read in a loop; another class, which an override of
-        // `create_group` may bring, reads its text itself.
+        // Exactly this class: its virtual operations are known, so the whole group is read in a
+        // loop. Any other class, which an override of `create_group` may return, reads its text
+        // itself.
         if (typeid(*group) == typeid(labeled_text_buffer))
             tree::read(static_cast<labeled_text_buffer&>(*group), payload);
         else
@@ -400,8 +436,8 @@ labeled_serialize_buffer* labeled_text_buffer::clone() const {
 labeled_text_buffer& labeled_text_buffer::assign(const labeled_text_buffer& other) {
     if (&other == this)
         return *this;
-    // The other buffer may be a group of this one, or hold it: the copy is made before anything
-    // goes.
+    // The other buffer may be a group of this one, or the other way round: the copy is complete
+    // before anything is removed.
     entry_map copied;
     tree::copy(other.m_entries, copied);
     m_entries.swap(copied);

@@ -1,21 +1,25 @@
+// Values are appended as their bytes in host order, and decoded at the read position. `at_end` is
+// the only test that a read makes: the position may go past the end, and everything read from there
+// on is 0, empty or null. Where a value is cut off by the end of the content, the missing bytes are
+// 0; memory outside the content is never read.
 #include <tova/serialization/serialize_binary_buf.hpp>
-
-#include <algorithm>
-#include <cstring>
 
 #include <tova/generic/convert/binary.hpp>
 
 #include "serialization/contents.hpp"
+
+#include <algorithm>
+#include <cstring>
 
 namespace TOVA_2_18 {
 namespace serialization {
 
 namespace {
 
-const std::size_t length_size = 4;  // the length field of a string
+const std::size_t length_size = 4;  // bytes of the length field of a string
 
-// Contract: nothing tests that the type's bytes are there; those behind the end of the content
-// count as 0, and the read position goes past the end.
+// Contract: no test that all bytes of the type are there. Those past the end of the content count
+// as 0, and the read position goes past the end.
 template <typename Value>
 Value decode(const std::string& text, std::size_t position, Value (*reader)(const char*)) {
     const std::size_t left = text.size() - std::min(position, text.size());
@@ -27,7 +31,7 @@ Value decode(const std::string& text, std::size_t position, Value (*reader)(cons
     return reader(bytes);
 }
 
-// Contract: the only guard is `at_end`, asked through the virtual slot.
+// Contract: the only test is the virtual `at_end`, so a derived class decides where the end is.
 template <typename Value>
 Value read_fixed(const serialize_buffer& buffer, const std::string& text, std::size_t& position,
                  Value (*reader)(const char*)) {
@@ -42,8 +46,8 @@ unsigned char decode_byte(const char* byte) {
     return static_cast<unsigned char>(*byte);
 }
 
-// The bytes of a string or nested buffer. False at the end and when the length field was the last
-// thing in the content; the length is then not used any further.
+// Reads the bytes of a string or nested buffer. Returns false at the end, and if nothing follows
+// the length field; the length is not used then.
 bool read_bytes(const serialize_buffer& buffer, const std::string& text, std::size_t& position,
                 std::string& bytes) {
     if (buffer.at_end())
@@ -54,13 +58,13 @@ bool read_bytes(const serialize_buffer& buffer, const std::string& text, std::si
     if (buffer.at_end())
         return false;
     bytes = text.substr(position, length);
-    // Contract: the length of the field counts, not that of what was there.
+    // Contract: the position moves by the length field, not by the bytes that were there.
     position += length;
     return true;
 }
 
 void append_bytes(std::string& text, const std::string& bytes) {
-    // The bytes may be the content itself, which grows by the length in front of them.
+    // The bytes may be the content itself, which grows by its length field first.
     const std::size_t length = bytes.size();
     // Contract: the field keeps the low 32 bits of the size.
     text += generic::convert::uint32_to_bin_str(static_cast<unsigned int>(length));
@@ -92,7 +96,7 @@ serialize_binary_buf& serialize_binary_buf::operator=(const serialize_binary_buf
     return *this;
 }
 
-// Contract: no assignment touches the read position.
+// Contract: `assign` leaves the read position alone.
 serialize_buffer& serialize_binary_buf::assign(const serialize_buffer& other) {
     if (&other != this)
         m_text = other.as_str();
@@ -219,7 +223,7 @@ serialize_buffer* serialize_binary_buf::read_buffer() const {
 }
 
 bool serialize_binary_buf::at_end() const {
-    return m_read_position == std::string::npos || m_read_position >= m_text.size();
+    return m_read_position >= m_text.size();
 }
 
 void serialize_binary_buf::reset_read() const {

@@ -1,13 +1,24 @@
+// Writing appends items to one string; reading walks it with a position:
+//
+// - An item is a field and the separator 0x01. Integers are built in a stack buffer by the `ltoa`
+//   family, floating-point values by a stream. A string is a length field and its bytes.
+// - The read position is the index of the next field, or npos once a read found no separator. From
+//   npos every number is 0 and every string empty, until `reset_read`.
+// - Positions past the end come from wrong lengths and from `assign` with shorter content. They
+// raise
+//   in the next read, which leaves the position at npos.
+//
+// text_items.hpp has the steps of reading, shared with the parser of the labeled buffer.
 #include <tova/serialization/serialize_text_buf.hpp>
-
-#include <cstring>
-#include <sstream>
 
 #include <tova/generic/convert/str_to_x.hpp>
 #include <tova/generic/convert/x_to_str.hpp>
 
 #include "serialization/contents.hpp"
 #include "serialization/text_items.hpp"
+
+#include <cstring>
+#include <sstream>
 
 namespace TOVA_2_18 {
 namespace serialization {
@@ -17,7 +28,7 @@ namespace {
 const unsigned int radix = 10;
 const std::size_t digits_size = 24;  // sign, 20 digits, terminator
 
-// Closes the digits in the buffer, in place of their terminator, and appends them.
+// Replaces the terminator of the digits with the separator, and appends them.
 void append_digits(std::string& text, char (&digits)[digits_size]) {
     const std::size_t length = std::strlen(digits);
     digits[length] = detail::item_separator;
@@ -44,6 +55,7 @@ void append_unsigned64(std::string& text, unsigned long value) {
 
 template <typename Floating>
 void append_floating(std::string& text, Floating value, unsigned int precision) {
+    // Contract: a default stream, so the global C++ locale decides over point and grouping.
     std::stringstream stream;
     stream.precision(precision);
     stream << value;
@@ -52,7 +64,7 @@ void append_floating(std::string& text, Floating value, unsigned int precision) 
 }
 
 void append_bytes(std::string& text, const std::string& bytes) {
-    // The bytes may be the content itself, which grows by the length in front of them.
+    // The bytes may be the content itself, which grows by its length field first.
     const std::size_t length = bytes.size();
     append_unsigned64(text, length);
     text.append(bytes, 0, length);
@@ -63,15 +75,10 @@ detail::byte_run all_of(const std::string& text) {
     return detail::byte_run{text.data(), text.size()};
 }
 
-// An empty field is 0 without a look at the parser: the signed ones take a length of 0 for a text
-// up to its terminator.
 template <typename Number>
 Number read_integer(const std::string& text, std::size_t& position,
                     Number (*parse)(const char*, unsigned long, types::radix_t::base, bool)) {
-    const detail::byte_run field = detail::next_field(all_of(text), position);
-    if (field.length == 0)
-        return 0;
-    return parse(field.begin, field.length, types::radix_t::detect, false);
+    return detail::as_integer(detail::next_field(all_of(text), position), parse);
 }
 
 template <typename Number>
@@ -108,7 +115,7 @@ serialize_text_buf& serialize_text_buf::operator=(const serialize_text_buf& othe
     return *this;
 }
 
-// Contract: no assignment touches the read position, not even to bring it back into the content.
+// Contract: `assign` leaves the read position alone, even if it is past the end of the new content.
 serialize_buffer& serialize_text_buf::assign(const serialize_buffer& other) {
     if (&other != this)
         m_text = other.as_str();
@@ -188,7 +195,7 @@ short serialize_text_buf::read_int16() const {
 }
 
 int serialize_text_buf::read_int32() const {
-    return detail::as_int32(detail::next_field(all_of(m_text), m_read_position));
+    return read_integer<int>(m_text, m_read_position, generic::convert::str_to_int32);
 }
 
 long serialize_text_buf::read_int64() const {
@@ -219,9 +226,9 @@ double serialize_text_buf::read_double() const {
     return read_floating<double>(m_text, m_read_position, generic::convert::str_to_double);
 }
 
-// Contract: the length comes through the virtual slot, so a class that derives from this one and
-// reads its numbers in another way reads its strings with them. At the end of the content the
-// length is 0 with the position at npos, and the sum brings the position back to 0.
+// Contract: the length comes from the virtual `read_int32`, so a derived class that reads its
+// numbers differently reads the lengths of its strings with them. At the end of the content the
+// length is 0 and the position npos, and the addition in `next_bytes` wraps the position to 0.
 std::string serialize_text_buf::read_string() const {
     if (m_read_position == std::string::npos)
         return std::string();

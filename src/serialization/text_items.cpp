@@ -4,16 +4,14 @@
 #include <cstring>
 #include <stdexcept>
 
-#include <tova/generic/convert/str_to_x.hpp>
-
 namespace TOVA_2_18 {
 namespace serialization {
 namespace detail {
 
 namespace {
 
-// The message is the standard library's for a substring that begins behind the end; it is published
-// and so doesn't follow the installed version.
+// Contract: the message is that of `std::string::substr`. It is published, so it is written out
+// here instead of left to the installed standard library.
 void require_position(std::size_t position, std::size_t size) {
     if (position > size)
         throw std::out_of_range("basic_string::substr: __pos (which is " +
@@ -28,6 +26,8 @@ byte_run next_field(const byte_run& content, std::size_t& position) {
     if (start == std::string::npos)
         return byte_run{content.begin, 0};
 
+    // Contract: the position moves before it is checked, so a read that raises leaves the buffer at
+    // its end and the next read returns 0.
     const void* separator = nullptr;
     if (start < content.length)
         separator = std::memchr(content.begin + start, item_separator, content.length - start);
@@ -54,15 +54,9 @@ byte_run next_bytes(const byte_run& content, std::size_t& position, int length) 
 byte_run next_string(const byte_run& content, std::size_t& position) {
     if (position == std::string::npos)
         return byte_run{content.begin, 0};
-    const int length = as_int32(next_field(content, position));
+    const int length =
+        as_integer<int>(next_field(content, position), generic::convert::str_to_int32);
     return next_bytes(content, position, length);
-}
-
-int as_int32(const byte_run& field) {
-    // The parser takes a length of 0 for a text up to its terminator.
-    if (field.length == 0)
-        return 0;
-    return generic::convert::str_to_int32(field.begin, field.length, types::radix_t::detect, false);
 }
 
 }  // namespace detail

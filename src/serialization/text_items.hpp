@@ -1,19 +1,25 @@
-// The steps of reading text items, for the text buffer and for the labelled buffer's parser.
+/// @file
+/// Reading the items of the text encoding, one step at a time.
+///
+/// `serialize_text_buf` reads one item per call. The parser of the labeled buffer reads groups that
+/// are nested in the content of others, and works on them in place, as runs of bytes.
+///
+/// Threads: nothing is shared; the caller owns content and position.
 #pragma once
+
+#include <tova/generic/convert/str_to_x.hpp>
 
 #include <cstddef>
 #include <string>
-
-#include <tova/abi.hpp>
 
 namespace TOVA_2_18 {
 namespace serialization {
 namespace detail {
 
-// Closes each item of the text encoding.
+// The last byte of each item.
 const char item_separator = 0x01;
 
-// A run of bytes of a content, not a copy of them.
+// Part of a content, without a copy of its bytes.
 struct byte_run {
     const char* begin;
     std::size_t length;
@@ -21,27 +27,37 @@ struct byte_run {
     std::string as_string() const { return std::string(begin, length); }
 };
 
-// The field up to the next separator, and the position behind that separator; npos if there is
-// none. At npos the field is empty, which parses as 0. Raises `std::out_of_range` if the position
-// is behind the end, with the position at npos already.
+// Returns the field up to the next separator and moves the position past that separator, or to npos
+// if there is none. At npos the field is empty, which parses as 0. Raises `std::out_of_range` if
+// the position is past the end; the position is already npos then.
 byte_run next_field(const byte_run& content, std::size_t& position);
 
-// The bytes that a length field promises at the position, as far as the content has them, and the
-// position behind them and their separator.
+// Returns the bytes that a length field announces, as far as the content has them, and moves the
+// position past them and their separator.
 //
-// Contract: the separator is skipped by the sum, unseen, and the sum wraps: a position of npos (the
-// length field was not closed) and a length of 0 give position 0. Raises `std::out_of_range` if the
-// length isn't 0 and the position is behind the end, with the position moved already.
+// Contract: the separator is skipped by addition, without a look at it, and the sum wraps. From
+// npos (the length field had no separator) a length of 0 leads to position 0, which is why reading
+// a string at the end starts over. Raises `std::out_of_range` if the length isn't 0 and the
+// position is past the end; the position has already moved then.
 byte_run next_bytes(const byte_run& content, std::size_t& position, int length);
 
-// Both of the above: a string item.
+// Both of the above: reads a string item.
 byte_run next_string(const byte_run& content, std::size_t& position);
 
-// A field as the length of a string, or as any 32-bit number.
-int as_int32(const byte_run& field);
+// A field as a number, with the prefixes that the parser detects. An empty field is 0 and never
+// reaches the parser: to the signed ones a length of 0 means "up to the terminator", and a field
+// has none.
+template <typename Number>
+Number as_integer(const byte_run& field,
+                  Number (*parse)(const char*, unsigned long, types::radix_t::base, bool)) {
+    if (field.length == 0)
+        return 0;
+    return parse(field.begin, field.length, types::radix_t::detect, false);
+}
 
+// npos is past the end of every content.
 inline bool at_end(const byte_run& content, std::size_t position) {
-    return position == std::string::npos || position >= content.length;
+    return position >= content.length;
 }
 
 }  // namespace detail
