@@ -138,9 +138,9 @@ public:
 
     /// Looks for the next start tag of one of the names, and leaves it to the next `parse`.
     ///
-    /// Empties the queue; the open levels stay open. Returns status 0, status 2 if the file holds no
-    /// such tag yet or `names` is empty, status 10 if no root was seen. Call it again after status 2
-    /// when the file has grown.
+    /// Empties the queue; the open levels stay open. Returns status 0, status 2 if the file holds
+    /// no such tag yet or `names` is empty, status 10 if no root was seen. Call it again after
+    /// status 2 when the file has grown.
     ///
     /// Contract: a name that the end of the data cuts is passed over, and its element is not found
     /// when the rest arrives; a `<` that ends the data is kept and looked at again. A complete file
@@ -150,7 +150,7 @@ public:
     error_type& recover(std::list<std::string> const& names);
 
 private:
-    class __attribute__((visibility("hidden"))) run;  // the constructs under `parse_next`
+    class __attribute__((visibility("hidden"))) machine;  // what the operations forward to
 
     void init(strings::ustring8 const& file);
     unsigned long load();
@@ -173,13 +173,15 @@ private:
     strings::ustring8 m_root;
     unsigned long m_file_position;  // the number of bytes read so far
     unsigned long m_file_length;    // as last seen
-    // Places in the buffer. The cursor and the committed position may stand one byte behind the
-    // data, where a byte that has yet to come is passed over.
+    // Positions in the buffer, as offsets and not as pointers or iterators: they stay valid when
+    // the buffer's bytes move to its front, they subtract and compare with file positions, and the
+    // cursor and the committed position may be one past the end of the data, over a byte that has
+    // yet to arrive. As offsets the last two never change; they keep their place in the layout.
     std::size_t m_cursor;
     std::size_t m_committed;
     std::size_t m_end;
-    std::size_t m_first;
-    std::size_t m_last;  // one past the last byte
+    std::size_t m_first;  // 0
+    std::size_t m_last;   // one past the last byte, 65536
     bool m_in_tag;
     bool m_expect_close;  // the `>` of an end tag is due
     bool m_in_comment;

@@ -1,0 +1,70 @@
+#include "parser/stream_file.hpp"
+
+#include "detail/symbolic_link.hpp"
+
+#include <ios>
+
+namespace TOVA_2_18 {
+namespace parser {
+namespace detail {
+
+namespace {
+
+// Leaves the stream closed and in a good state, whatever happens in between. Opening allocates, so
+// the closer must exist before the stream is opened.
+class stream_closer {
+public:
+    explicit stream_closer(std::ifstream& stream) : m_stream(stream) {}
+    ~stream_closer() {
+        m_stream.close();
+        m_stream.clear();
+    }
+    stream_closer(const stream_closer&) = delete;
+    stream_closer& operator=(const stream_closer&) = delete;
+
+private:
+    std::ifstream& m_stream;
+};
+
+}  // namespace
+
+xml_stream_parser::error_type stream_file::check() {
+    if (TOVA_2_18::detail::is_symbolic_link(m_name))
+        return xml_stream_parser::internal_failure;
+    const stream_closer closer(m_stream);
+    m_stream.open(m_name.c_str(), std::ios::in | std::ios::binary);
+    return m_stream.is_open() ? xml_stream_parser::no_error : xml_stream_parser::open_failed;
+}
+
+unsigned long stream_file::load(stream_scanner& scanner, xml_stream_parser::error_type& status) {
+    if (TOVA_2_18::detail::is_symbolic_link(m_name)) {
+        status = xml_stream_parser::internal_failure;
+        return 0;
+    }
+    const stream_closer closer(m_stream);
+    m_stream.open(m_name.c_str(), std::ios::in | std::ios::binary);
+    if (!m_stream.is_open()) {
+        status = xml_stream_parser::open_failed;
+        return 0;
+    }
+    // Contract: this also resets the status 1 of data that end within a construct, whether or not
+    // there is anything new.
+    status = xml_stream_parser::no_error;
+
+    m_stream.seekg(0, std::ios::end);
+    m_length = static_cast<unsigned long>(static_cast<std::streamoff>(m_stream.tellg()));
+    // A file that has shrunk has nothing new until it is longer than it was.
+    if (!m_stream || m_length <= m_position)
+        return 0;
+
+    const unsigned long added = m_length - m_position;
+    scanner.make_room(added);
+    m_stream.seekg(static_cast<std::streamoff>(m_position), std::ios::beg);
+    const unsigned long count = scanner.fill(m_stream, added);
+    m_position += count;
+    return count;
+}
+
+}  // namespace detail
+}  // namespace parser
+}  // namespace TOVA_2_18

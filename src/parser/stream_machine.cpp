@@ -1,0 +1,391 @@
+// The state machine of the stream parser.
+//
+// The states of a whole parser, which `parse` looks at first, from the top down:
+//
+//     state     condition                 `parse`
+//     --------  ------------------------
+//     ----------------------------------------------------------- fatal     status from 10 up does
+//     nothing finished  finished                  does nothing lost      not usable sets status 2;
+//     only a `recover` that succeeds leads out header    not header_done           waits for 50
+//     bytes, takes the declaration, goes on as body body      otherwise                 takes
+//     constructs up to the end of the data
+//
+// In the body the byte at the cursor decides. The state is content or, with `in_tag`, a start tag:
+//
+//     byte           in content                            in a start tag
+//     -------------  ------------------------------------
+//     ------------------------------------------ space tab CR   is passed over is passed over line
+//     feed      is passed over and counted            is passed over and counted <  and /       end
+//     tag; sets expect_close            syntax_error (any <) <  and !       comment; sets
+//     in_comment <  and other   start tag; sets in_tag >              with expect_close: end of an
+//     end tag  end of the start tag; clears in_tag
+//                    (status 3 if finished);
+//                    without: syntax_error
+//     /              character data                        with >: closes the element, clears
+//     in_tag;
+//                                                          without: syntax_error
+//     other          character data                        attribute
+//
+// Three more flags refine this. `in_comment` outlives the end of the data: the next run first looks
+// for the end of the comment. `start_waits` says that the innermost node becomes ready when its
+// start tag is complete, or when an error ends it. `finished` is set by the name in the root's end
+// tag, and status 3 follows at its `>`.
+//
+// One turn of the loop takes one construct, steps over its last byte and commits. If the data end
+// within a construct, the turn stops without a commit, and the next run takes the construct from
+// its start again. Nodes and stacks change only when a construct (a tag's name, an attribute, a run
+// of text) is complete, so nothing is recorded twice. What is invalid arrives as an exception of
+// `error_type` and becomes the status in `parse_next`.
+//
+// `xml_parser` has similar states for a document in memory, but it reports events instead of
+// records, stops at the first error, knows CDATA sections, and accepts attributes in end tags. The
+// two share no code.
+#include "parser/stream_machine.hpp"
+
+#include <utility>
+
+namespace TOVA_2_18 {
+namespace parser {
+
+using strings::ustring8;
+
+namespace {
+
+// Nothing is parsed until the file holds so many bytes.
+const std::size_t least_document_size = 50;
+
+// `parse` and `node_queue_pop` do not go on with so many nodes in the queue; a start tag that comes
+// up meanwhile waits from one node more on.
+const std::size_t full_queue_size = 100;
+
+}  // namespace
+
+xml_stream_parser::machine::machine(xml_stream_parser& parser)
+    : m_scanner(parser.m_buffer, parser.m_cursor, parser.m_committed, parser.m_end, parser.m_line,
+                parser.m_committed_line),
+      m_nodes(parser.m_queue, parser.m_open_elements, parser.m_open_names, parser.m_next_id,
+              parser.m_open_ids, parser.m_attribute_names),
+      m_file(parser.m_file_name, parser.m_file, parser.m_file_position, parser.m_file_length),
+      m_open_depth(parser.m_open_depth), m_root(parser.m_root), m_in_tag(parser.m_in_tag),
+      m_expect_close(parser.m_expect_close), m_in_comment(parser.m_in_comment),
+      m_header_done(parser.m_header_done), m_finished(parser.m_finished), m_usable(parser.m_usable),
+      m_empty_value(parser.m_empty_value), m_start_waits(parser.m_start_waits),
+      m_status(parser.m_status) {}
+
+// --- The whole parser ---------------------------------------------------------------------------
+
+unsigned long xml_stream_parser::machine::load() {
+    return m_finished ? 0 : m_file.load(m_scanner, m_status);
+}
+
+void xml_stream_parser::machine::parse() {
+    if (m_status >= internal_failure || m_finished)
+        return;
+    if (!m_usable) {
+        m_status = not_recovered;
+        return;
+    }
+    m_status = no_error;
+    if (m_header_done || take_header())
+        do_parse();
+}
+
+// Contract: three bytes of any kind may precede the declaration, usually a byte order mark.
+bool xml_stream_parser::machine::take_header() {
+    if (load() == 0)
+        return false;
+    if (m_scanner.remaining() < least_document_size) {
+        m_status = out_of_data;
+        return false;
+    }
+    if (m_scanner.byte(3) == '<')
+        m_scanner.advance(3);
+    m_scanner.skip_whitespace();
+    if (m_scanner.remaining() <= 5 || !m_scanner.begins_with("<?xml")) {
+        m_status = not_xml;
+        return false;
+    }
+    m_scanner.skip_declaration();
+    m_header_done = true;
+    m_scanner.skip_whitespace();
+    m_scanner.commit();
+    return true;
+}
+
+void xml_stream_parser::machine::do_parse() {
+    while (!m_finished && !m_nodes.is_full(full_queue_size)) {
+        parse_next();
+        if (m_status > out_of_data || load() == 0)
+            return;
+    }
+}
+
+void xml_stream_parser::machine::parse_next() {
+    try {
+        take_constructs();
+    } catch (error_type error) {
+        m_status = error;
+        release_start();
+    } catch (...) {
+        m_status = internal_failure;
+        release_start();
+        throw;
+    }
+}
+
+xml_stream_parser::node xml_stream_parser::machine::node_queue_pop() {
+    if (m_nodes.is_empty())
+        throw EmptyNodeQueue();
+    node first = m_nodes.take_first();
+    // Contract: the node is gone, while `node_queue_front` leaves it in the queue.
+    if (!first.ready)
+        throw EmptyNodeQueue();
+    if (m_status <= out_of_data && !m_nodes.is_first_ready())
+        do_parse();
+    return first;
+}
+
+void xml_stream_parser::machine::recover(const std::list<ustring8>& names) {
+    if (m_root.empty()) {
+        m_status = internal_failure;
+        return;
+    }
+    if (names.empty()) {
+        m_status = not_recovered;
+        return;
+    }
+
+    m_nodes.keep_levels_only();
+    m_in_tag = m_expect_close = m_in_comment = m_start_waits = false;
+    m_usable = false;
+    while (!m_scanner.find_start_tag(names)) {
+        m_scanner.commit();
+        // Contract: after the end of the document nothing can be loaded, and the search never ends.
+        if (load() == 0 && m_status != end_of_document) {
+            m_status = not_recovered;
+            return;
+        }
+    }
+    m_status = no_error;
+    m_usable = true;
+}
+
+// --- One construct ------------------------------------------------------------------------------
+
+void xml_stream_parser::machine::take_constructs() {
+    m_scanner.return_to_commit();
+    // Contract: the result is ignored. While the end of the comment has yet to arrive, the last
+    // three bytes of the data are taken as if they were outside of it.
+    if (m_in_comment)
+        finish_comment();
+    while (!m_scanner.at_end() && take_construct()) {
+        m_scanner.advance(1);
+        m_scanner.commit();
+    }
+}
+
+bool xml_stream_parser::machine::take_construct() {
+    switch (m_scanner.byte()) {
+    case '\n':
+        m_scanner.count_line();
+        return true;
+    case ' ':
+    case '\t':
+    case '\r':
+        return true;
+    case '<':
+        if (m_in_tag)
+            throw syntax_error;
+        return take_markup();
+    case '>':
+        return m_in_tag ? take_end_of_start_tag() : take_end_of_end_tag();
+    case '/':
+        return m_in_tag ? take_end_of_empty_element() : take_character_data();
+    default:
+        return m_in_tag ? take_attribute() : take_character_data();
+    }
+}
+
+bool xml_stream_parser::machine::wait() {
+    m_status = out_of_data;
+    return false;
+}
+
+bool xml_stream_parser::machine::take_markup() {
+    if (m_scanner.remaining() < 2)
+        return wait();
+    switch (m_scanner.byte(1)) {
+    case '/':
+        return take_end_tag();
+    case '!':
+        return take_comment();
+    default:
+        return take_start_tag();
+    }
+}
+
+bool xml_stream_parser::machine::take_start_tag() {
+    if (m_nodes.is_full(full_queue_size + 1)) {
+        m_scanner.commit();
+        return false;
+    }
+
+    m_scanner.advance(1);
+    m_in_tag = true;
+    const ustring8 name = m_scanner.take_name();
+    if (name.empty()) {
+        if (!m_scanner.at_end())
+            throw syntax_error;
+        m_in_tag = false;
+        return wait();
+    }
+
+    const bool is_open_level = m_nodes.level_count() < m_open_depth && name != "include";
+    if (is_open_level) {
+        if (m_root.empty())
+            m_root = name;
+        m_nodes.open_level(name);
+    }
+    // A node that a consumer can take before its attributes are there would lose them, so it
+    // becomes ready at the end of the start tag, or when an error keeps that end from coming.
+    m_nodes.open(name, out_of_data, false, m_scanner.line());
+    m_start_waits = is_open_level;
+    m_nodes.forget_attribute_names();
+    return true;
+}
+
+bool xml_stream_parser::machine::take_attribute() {
+    ustring8 name = m_scanner.take_name();
+    if (name.empty()) {
+        if (!m_scanner.at_end())
+            throw syntax_error;
+        return wait();
+    }
+    m_scanner.advance(1);
+    if (m_scanner.at_end())
+        return wait();
+    // Contract: whitespace may follow the `=`, but not precede it.
+    if (m_scanner.byte() != '=')
+        throw missing_equals;
+    m_scanner.advance(1);
+    ustring8 value = parse_attrib_value();
+    if (value.empty() && !m_empty_value)
+        return wait();
+    if (!m_nodes.add_attribute(std::move(name), std::move(value)))
+        throw duplicate_attribute;
+    return true;
+}
+
+ustring8 xml_stream_parser::machine::parse_attrib_value() {
+    m_empty_value = false;
+    ustring8 value;
+    if (!m_scanner.take_value(value))
+        return ustring8();
+    m_empty_value = value.empty();
+    return value;
+}
+
+bool xml_stream_parser::machine::take_end_of_start_tag() {
+    m_in_tag = false;
+    release_start();
+    return true;
+}
+
+void xml_stream_parser::machine::release_start() {
+    if (m_start_waits)
+        m_nodes.make_innermost_ready();
+    m_start_waits = false;
+}
+
+// Contract: the name of an element at an open level stays on its stack, so the end tag around it
+// does not match any more.
+bool xml_stream_parser::machine::take_end_of_empty_element() {
+    m_scanner.advance(1);
+    if (m_scanner.at_end())
+        return false;
+    if (m_scanner.byte() != '>')
+        throw syntax_error;
+    if (m_nodes.open_count() == 0)
+        throw mismatched_end_tag;
+    m_in_tag = false;
+    m_start_waits = false;
+    m_nodes.close_innermost();
+    return true;
+}
+
+bool xml_stream_parser::machine::take_end_tag() {
+    m_scanner.advance(2);
+    const ustring8 name = m_scanner.take_name();
+    // Contract: `</>` is no error; the parser waits there.
+    if (name.empty())
+        return wait();
+    if (m_nodes.open_count() <= m_open_depth)
+        end_open_level(name);
+    else if (m_nodes.innermost_name() != name)
+        throw mismatched_end_tag;
+    else
+        m_nodes.close_innermost();
+    m_expect_close = true;
+    return true;
+}
+
+// Contract: the name alone identifies the root's end, so an element of that name at an open level
+// within the root ends the document, too. Nothing revokes it: elements within the root's own end
+// tag may still close.
+void xml_stream_parser::machine::end_open_level(const ustring8& name) {
+    if (m_nodes.level_count() == 0 || m_nodes.level_name() != name)
+        throw mismatched_end_tag;
+    const bool is_root = name == m_root;
+    m_nodes.append_end(name, is_root ? end_of_document : no_error, m_scanner.line());
+    if (is_root)
+        m_finished = true;
+    else
+        m_status = no_error;
+    m_nodes.close_level();
+}
+
+bool xml_stream_parser::machine::take_end_of_end_tag() {
+    if (!m_expect_close)
+        throw syntax_error;
+    m_expect_close = false;
+    if (!m_finished)
+        return true;
+    m_status = end_of_document;
+    return false;
+}
+
+// Contract: the byte right after a comment is lost, because the cursor is on it already, unless the
+// data ended within the comment. Markup that is no comment loses its `<` and is character data.
+bool xml_stream_parser::machine::take_comment() {
+    m_scanner.commit();
+    if (m_scanner.remaining() < 4)
+        return wait();
+    if (!m_scanner.begins_with("<!--"))
+        return true;
+    m_scanner.advance(4);
+    m_in_comment = true;
+    return finish_comment() || wait();
+}
+
+bool xml_stream_parser::machine::finish_comment() {
+    if (!m_scanner.skip_comment())
+        return false;
+    m_in_comment = false;
+    return true;
+}
+
+// Contract: line feeds in text do not count.
+bool xml_stream_parser::machine::take_character_data() {
+    ustring8 text;
+    if (!m_scanner.take_text(text))
+        return wait();
+    m_scanner.step_back();
+    // Contract: the root cannot hold character data of its own.
+    if (m_nodes.open_count() < 2)
+        throw syntax_error;
+    m_nodes.set_text(std::move(text));
+    return true;
+}
+
+}  // namespace parser
+}  // namespace TOVA_2_18

@@ -1,0 +1,383 @@
+// The scanner of the stream parser.
+//
+// The file is in three layers, from the bottom up:
+//
+//     byte loops      end_of_..., find...: positions only, nothing else is changed
+//     constructs      take_..., skip_...: they move the cursor, count lines and build strings
+//     search          find_start_tag, for `recover`
+//
+// State: cursor, committed position, end of data, line counter and committed line counter, all of
+// them fields of the parser object. A construct that meets the end of the data reports it (an empty
+// string or false) and leaves the cursor where it noticed, which `recover` goes on from; parsing
+// itself starts again at the committed position. A construct that meets invalid input throws an
+// `error_type` with the cursor on the byte in question.
+//
+// `xml_parser` has a scanner of its own, document_scanner.cpp, for a document that is complete in
+// memory. The two read much alike and share no code, because they differ in nearly every limit;
+// each loop below says in a line what the other does instead. What is one rule, byte classes and
+// numbers, is shared below both (strings/ascii.hpp, generic/convert).
+#include "parser/stream_scanner.hpp"
+
+#include <tova/generic/convert/str_to_x.hpp>
+#include <tova/types/radix.hpp>
+
+#include "strings/ascii.hpp"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+namespace TOVA_2_18 {
+namespace parser {
+namespace detail {
+
+using strings::ustring8;
+using strings::detail::is_ascii_digit;
+using strings::detail::is_ascii_hexadecimal_digit;
+using strings::detail::is_ascii_letter;
+using strings::detail::is_white_space;
+using types::radix_t;
+
+namespace {
+
+// With fewer bytes the scanner waits for more data: the shortest entity and a byte after it, and
+// the end of a comment and a byte after it.
+const std::size_t least_entity_size = 5;
+const std::size_t least_comment_size = 4;
+
+// Contract: every byte with the high bit set belongs to names, so that UTF-8 passes undecoded,
+// while
+// '-', '.' and ':' do not. The C library is asked only for the remaining ASCII bytes. In
+// `xml_parser` the locale alone decides over bytes with the high bit set.
+bool is_name_byte(char byte) {
+    if (is_ascii_letter(byte) || is_ascii_digit(byte) || byte == '_')
+        return true;
+    return static_cast<signed char>(byte) < 0 || std::isalnum(byte) != 0;
+}
+
+}  // namespace
+
+// --- Byte loops ---------------------------------------------------------------------------------
+
+// The same four bytes as in `xml_parser`, which hands the whitespace itself to its caller.
+std::size_t stream_scanner::end_of_whitespace(std::size_t begin, unsigned int& lines) const {
+    const char* const bytes = m_buffer.data();
+    std::size_t position = begin;
+    for (; position < m_end && is_white_space(bytes[position]); ++position)
+        lines += bytes[position] == '\n';
+    return position;
+}
+
+// `xml_parser` looks at the first byte of a name by a stricter rule; here all bytes are equal.
+std::size_t stream_scanner::end_of_name(std::size_t begin) const {
+    const char* const bytes = m_buffer.data();
+    std::size_t position = begin;
+    while (position < m_end && is_name_byte(bytes[position]))
+        ++position;
+    return position;
+}
+
+// `xml_parser` asks the C library what a digit is.
+std::size_t stream_scanner::end_of_digits(std::size_t begin, bool hexadecimal) const {
+    const auto is_digit = hexadecimal ? is_ascii_hexadecimal_digit : is_ascii_digit;
+    const char* const bytes = m_buffer.data();
+    std::size_t position = begin;
+    while (position < m_end && is_digit(bytes[position]))
+        ++position;
+    return position;
+}
+
+// Stops at the same three bytes as `xml_parser`: the quote, the '&' and the '<'.
+std::size_t stream_scanner::end_of_plain_value(std::size_t begin, char quote) const {
+    const char* const bytes = m_buffer.data();
+    std::size_t position = begin;
+    while (position < m_end && bytes[position] != quote && bytes[position] != '&' &&
+           bytes[position] != '<')
+        ++position;
+    return position;
+}
+
+// The first byte that is a '?' or precedes a '>'. `xml_parser` wants both, side by side, and
+// refuses a '<' or '>' before them.
+std::size_t stream_scanner::end_of_declaration(std::size_t begin) const {
+    const char* const bytes = m_buffer.data();
+    std::size_t position = begin;
+    while (position < m_end && bytes[position] != '?' &&
+           (position + 1 == m_end || bytes[position + 1] != '>'))
+        ++position;
+    return position;
+}
+
+// The first '-' before `end` that another '-' follows; that one may be at `end`. `xml_parser` looks
+// for the whole "-->", allows "--" before it, and counts no lines on the way.
+std::size_t stream_scanner::find_two_dashes(std::size_t begin, std::size_t end,
+                                            unsigned int& lines) const {
+    const char* const bytes = m_buffer.data();
+    std::size_t position = begin;
+    for (; position < end && (bytes[position] != '-' || bytes[position + 1] != '-'); ++position)
+        lines += bytes[position] == '\n';
+    return position;
+}
+
+std::size_t stream_scanner::find(char wanted, std::size_t begin, std::size_t end) const {
+    const char* const bytes = m_buffer.data();
+    const void* const found = std::memchr(bytes + begin, wanted, end - begin);
+    return found == nullptr ? end
+                            : static_cast<std::size_t>(static_cast<const char*>(found) - bytes);
+}
+
+// --- The buffer ---------------------------------------------------------------------------------
+
+bool stream_scanner::begins_with(const char* literal) const {
+    const std::size_t size = std::strlen(literal);
+    return remaining() >= size && std::memcmp(m_buffer.data() + m_cursor, literal, size) == 0;
+}
+
+// While the data fit, nothing is moved. A construct that fills the whole buffer from its front
+// cannot be completed and stays where it is.
+void stream_scanner::make_room(std::size_t needed) {
+    if (m_committed == 0 || needed <= m_buffer.size() - m_end)
+        return;
+    const std::size_t begin = std::min(m_committed, m_end);
+    std::memmove(&m_buffer[0], &m_buffer[begin], m_end - begin);
+    m_committed -= begin;
+    m_cursor = m_committed;
+    m_end -= begin;
+}
+
+std::size_t stream_scanner::fill(std::istream& source, std::size_t count) {
+    const std::size_t room = m_buffer.size() - m_end;
+    source.read(&m_buffer[m_end], static_cast<std::streamsize>(std::min(room, count)));
+    const auto added = static_cast<std::size_t>(source.gcount());
+    m_end += added;
+    return added;
+}
+
+// --- Whitespace and names -----------------------------------------------------------------------
+
+bool stream_scanner::is_at_whitespace() const {
+    return !at_end() && is_white_space(byte());
+}
+
+void stream_scanner::skip_whitespace() {
+    m_cursor = end_of_whitespace(m_cursor, m_line);
+}
+
+// Contract: the contents of the declaration are not looked at. The first `?` or `>` ends it; after
+// a
+// `?` one more byte is passed over, whatever it is and even if it has yet to arrive. A `>` right
+// after `<?xml` is not seen, because only the byte after the one looked at is compared with it.
+void stream_scanner::skip_declaration() {
+    m_cursor = end_of_declaration(m_cursor + std::strlen("<?xml"));
+    if (!at_end())
+        m_cursor += 2;
+}
+
+// Contract: the cursor goes back one byte in any case, as callers advance over the last byte of
+// what they took. Without a name it is then before the byte that is none, and whitespace there is
+// skipped and its line feeds counted a second time.
+ustring8 stream_scanner::take_name() {
+    skip_whitespace();
+    const std::size_t begin = m_cursor;
+    m_cursor = end_of_name(begin);
+    // A name that touches the end of the data may not be complete. In `xml_parser` it is.
+    if (at_end())
+        return ustring8();
+    ustring8 name(m_buffer.data() + begin, m_cursor - begin);
+    if (m_cursor != 0)
+        --m_cursor;
+    skip_whitespace();
+    return name;
+}
+
+// --- References ---------------------------------------------------------------------------------
+
+// Contract: a reference commits where it ends. If the data end later in the same text or value,
+// parsing is resumed at the `;`, without what precedes it. `xml_parser` has all data and never
+// waits; where a byte is missing there, the reference is invalid.
+ustring8 stream_scanner::take_reference() {
+    if (at_end() || byte() != '&')
+        throw xml_stream_parser::syntax_error;
+    if (remaining() < least_entity_size)
+        return ustring8();
+
+    ++m_cursor;
+    ustring8 result;
+    switch (byte()) {
+    case 'l':
+        result = take_entity("lt;", '<', 0);
+        break;
+    case 'g':
+        result = take_entity("gt;", '>', 0);
+        break;
+    case 'a':
+        result = take_entity_in_a();
+        break;
+    case 'q':
+        result = take_entity("quot;", '"', 6);
+        break;
+    case 'n':
+        result = take_entity("nbsp;", ' ', 6);
+        break;
+    case '#':
+        result = take_character_reference();
+        break;
+    default:
+        throw xml_stream_parser::syntax_error;
+    }
+    if (!result.empty())
+        commit();
+    return result;
+}
+
+// Takes an entity whose letters, from the cursor on, must be these, and stops on the last of them.
+// With fewer than `needed` bytes left, more data are needed.
+ustring8 stream_scanner::take_entity(const char* letters, char result, std::size_t needed) {
+    if (remaining() < needed)
+        return ustring8();
+    for (; *letters != '\0'; ++letters, ++m_cursor) {
+        if (at_end() || byte() != *letters)
+            throw xml_stream_parser::syntax_error;
+    }
+    --m_cursor;
+    return ustring8(1, result);
+}
+
+// `&amp;` or `&apos;`, with the `a` at the cursor. Contract: five bytes are needed to tell the two
+// apart, and five more from the second letter on to refuse a word that is neither.
+ustring8 stream_scanner::take_entity_in_a() {
+    if (remaining() < 5)
+        return ustring8();
+    ++m_cursor;
+    if (begins_with("mp;"))
+        return take_entity("mp;", '&', 0);
+    if (begins_with("pos;"))
+        return take_entity("pos;", '\'', 0);
+    if (remaining() < 5)
+        return ustring8();
+    throw xml_stream_parser::syntax_error;
+}
+
+// `&#65;` or `&#x41;`, with the `#` at the cursor.
+//
+// Contract: a reference is one byte and not a UTF-8 sequence. Numbers above 255 are the byte 255,
+// and a decimal number with a leading 0 is read as an octal one. Without digits the converter looks
+// at the `;` and finds no number, so `&#;` and `&#x;` are the byte NUL.
+ustring8 stream_scanner::take_character_reference() {
+    ++m_cursor;
+    const bool is_hexadecimal = byte() == 'x';
+    m_cursor += is_hexadecimal;
+    const std::size_t begin = m_cursor;
+    m_cursor = end_of_digits(begin, is_hexadecimal);
+    if (at_end())
+        return ustring8();
+    if (byte() != ';')
+        throw xml_stream_parser::syntax_error;
+    const unsigned char value = generic::convert::str_to_uint8(
+        m_buffer.data() + begin, m_cursor - begin,
+        is_hexadecimal ? radix_t::hexadecimal : radix_t::detect, false);
+    return ustring8(1, static_cast<char>(value));
+}
+
+// --- Values, text and comments ------------------------------------------------------------------
+
+// Where the end of the data cuts a value, `xml_parser` still reports the piece before it fails.
+bool stream_scanner::take_value(ustring8& value) {
+    skip_whitespace();
+    if (at_end())
+        return false;
+    const char quote = byte();
+    if (quote != '\'' && quote != '"')
+        throw xml_stream_parser::missing_quote;
+
+    ++m_cursor;
+    while (!at_end()) {
+        const std::size_t begin = m_cursor;
+        m_cursor = end_of_plain_value(begin, quote);
+        value.append(m_buffer, begin, m_cursor - begin);
+        if (at_end())
+            break;
+        if (byte() == quote)
+            return true;
+        if (byte() == '<')
+            throw xml_stream_parser::syntax_error;
+        // Contract: a reference that needs more data drops the byte that it stopped on, and the
+        // value goes on after it. At the end of the data there is no such byte yet.
+        value += take_reference();
+        if (!at_end())
+            ++m_cursor;
+    }
+    return false;
+}
+
+// `xml_parser` also ends a piece of text at two whitespace bytes and reports each piece; here a run
+// goes up to the next tag, and a reference is committed even if that tag has yet to arrive.
+bool stream_scanner::take_text(ustring8& text) {
+    const std::size_t tag = find('<', m_cursor, m_end);
+    while (m_cursor < tag) {
+        const std::size_t begin = m_cursor;
+        m_cursor = find('&', begin, tag);
+        text.append(m_buffer, begin, m_cursor - begin);
+        if (m_cursor == tag)
+            break;
+        const ustring8 result = take_reference();
+        if (result.empty())
+            return false;
+        text += result;
+        ++m_cursor;
+    }
+    return !at_end();
+}
+
+// Contract: two dashes that no `>` follows are an error, and three bytes are kept back until the
+// next one arrives. `xml_parser` reports the comment; here it is passed over.
+bool stream_scanner::skip_comment() {
+    if (remaining() >= least_comment_size) {
+        const std::size_t limit = m_end - (least_comment_size - 1);
+        m_cursor = find_two_dashes(m_cursor, limit, m_line);
+    }
+    const bool is_complete = remaining() >= least_comment_size;
+    if (is_complete) {
+        if (byte(2) != '>')
+            throw xml_stream_parser::syntax_error;
+        m_cursor += std::strlen("-->");
+    }
+    commit();
+    return is_complete;
+}
+
+// --- Search -------------------------------------------------------------------------------------
+
+// `xml_parser` stops at the first error and has no such search.
+//
+// Contract: line feeds on the way do not count. Tags are found in comments and values, too. A name
+// that the end of the data cuts is passed over; so is the byte after whitespace that is no name
+// byte, even if it is a `<`.
+bool stream_scanner::find_start_tag(const std::list<ustring8>& names) {
+    const unsigned int line = m_line;
+    bool is_found = false;
+    while (!is_found && !at_end()) {
+        m_cursor = find('<', m_cursor, m_end);
+        if (at_end())
+            break;
+        m_committed = m_cursor;
+        // What this `<` begins is known only when more data arrive.
+        if (remaining() == 1)
+            break;
+        ++m_cursor;
+        if (byte() == '/' || byte() == '!')
+            continue;
+        const ustring8 name = take_name();
+        is_found = !name.empty() && std::find(names.begin(), names.end(), name) != names.end();
+        if (!at_end())
+            ++m_cursor;
+    }
+    m_line = line;
+    if (is_found)
+        m_cursor = m_committed;
+    return is_found;
+}
+
+}  // namespace detail
+}  // namespace parser
+}  // namespace TOVA_2_18

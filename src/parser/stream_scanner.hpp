@@ -1,0 +1,143 @@
+/// @file
+/// The byte level of `xml_stream_parser`: whitespace, names, references, values, text and comments
+/// in the part of the file that is in the buffer.
+///
+/// The scanner knows nothing of nodes, tags or files. It works on a cursor, a committed position,
+/// an end and a line counter that belong to the parser object, and moves the cursor over what it
+/// takes:
+///
+///     scanner.advance(2);                        // over "</"
+///     const ustring8 name = scanner.take_name();
+///     if (name.empty())                          // the data end here, or there is no name
+///         return wait();
+///
+/// The data may end at any byte, because the file is still growing. What is taken is therefore kept
+/// only from `commit` on; `return_to_commit` starts the construct again. Invalid input throws
+/// `xml_stream_parser::error_type` with the cursor on the byte that is wrong.
+///
+/// Positions are offsets into the buffer. Both the cursor and the committed position are at most
+/// one past the end: the declaration may end in a byte that has yet to arrive. The cursor is at or
+/// after the committed position, except that a missing name leaves it one byte before.
+///
+/// A scanner is a view: it owns nothing and lives for one call. It belongs to one thread at a time.
+#pragma once
+
+#include <tova/parser/xml_stream_parser.hpp>
+#include <tova/strings/ustring.hpp>
+
+#include <cstddef>
+#include <istream>
+#include <list>
+
+namespace TOVA_2_18 {
+namespace parser {
+namespace detail {
+
+class stream_scanner {
+public:
+    stream_scanner(strings::ustring8& buffer, std::size_t& cursor, std::size_t& committed,
+                   std::size_t& end, unsigned int& line, unsigned int& committed_line)
+        : m_buffer(buffer), m_cursor(cursor), m_committed(committed), m_end(end), m_line(line),
+          m_committed_line(committed_line) {}
+
+    /// @name The cursor
+    /// @{
+    bool at_end() const { return m_cursor >= m_end; }
+    std::size_t remaining() const { return at_end() ? 0 : m_end - m_cursor; }
+    /// The byte `offset` bytes after the cursor; there must be as many.
+    char byte(std::size_t offset = 0) const { return m_buffer.data()[m_cursor + offset]; }
+    bool begins_with(const char* literal) const;
+    void advance(std::size_t count) { m_cursor += count; }
+    void step_back() { --m_cursor; }
+    unsigned int line() const { return m_line; }
+    void count_line() { ++m_line; }
+    /// @}
+
+    /// @name The committed position and its line
+    /// @{
+    void commit() {
+        m_committed = m_cursor;
+        m_committed_line = m_line;
+    }
+    void return_to_commit() {
+        m_cursor = m_committed;
+        m_line = m_committed_line;
+    }
+    /// @}
+
+    /// @name Adding data
+    /// @{
+    /// Moves the bytes from the committed position on to the front of the buffer, and the cursor to
+    /// the committed position, if `needed` bytes do not fit after the end of the data.
+    void make_room(std::size_t needed);
+    /// Reads up to `count` bytes to the end of the data, as far as there is room. Returns how many.
+    std::size_t fill(std::istream& source, std::size_t count);
+    /// @}
+
+    /// @name Constructs
+    /// Each function starts at the cursor and says where it leaves the cursor.
+    /// @{
+    bool is_at_whitespace() const;
+    /// Skips whitespace and counts its line feeds.
+    void skip_whitespace();
+
+    /// Skips the XML declaration, whose `<?xml` is at the cursor, up to the byte after its end or
+    /// the end of the data.
+    void skip_declaration();
+
+    /// Skips whitespace and takes a name.
+    ///
+    /// Stops on the name's last byte. Returns an empty string at the end of the data, which may
+    /// have cut the name, and also if there is no name; the cursor is then one byte before the byte
+    /// that is none, or on it if that is the first byte of the buffer or whitespace precedes it.
+    strings::ustring8 take_name();
+
+    /// Takes an entity or a character reference, stops on its `;`, commits there and returns its
+    /// one byte. Returns an empty string if more data are needed. Throws `syntax_error`.
+    strings::ustring8 take_reference();
+
+    /// Skips whitespace, takes a quoted value and stops on the closing quote. Returns false if the
+    /// data end first. Throws `missing_quote` and `syntax_error`.
+    bool take_value(strings::ustring8& value);
+
+    /// Takes text and stops on the `<` that ends it. Returns false if more data are needed. Throws
+    /// `syntax_error`.
+    bool take_text(strings::ustring8& text);
+
+    /// Skips the rest of a comment, stops after its `>` and commits there. Returns false if the
+    /// data end first, with the cursor committed before the last three bytes. Throws
+    /// `syntax_error`.
+    bool skip_comment();
+
+    /// Looks for the start tag of one of the names and counts no lines. Returns true with cursor
+    /// and committed position on its `<`. Returns false with the cursor at the end of the data, or
+    /// on the `<` that is the last byte of the data.
+    bool find_start_tag(const std::list<strings::ustring8>& names);
+    /// @}
+
+private:
+    // The loops over single bytes. They look at no byte from `end` on, change nothing but their
+    // results, and are the only ones of this parser, so that a vector form has one place to go.
+    std::size_t end_of_whitespace(std::size_t begin, unsigned int& lines) const;
+    std::size_t end_of_name(std::size_t begin) const;
+    std::size_t end_of_digits(std::size_t begin, bool hexadecimal) const;
+    std::size_t end_of_plain_value(std::size_t begin, char quote) const;
+    std::size_t end_of_declaration(std::size_t begin) const;
+    std::size_t find_two_dashes(std::size_t begin, std::size_t end, unsigned int& lines) const;
+    std::size_t find(char wanted, std::size_t begin, std::size_t end) const;
+
+    strings::ustring8 take_entity(const char* letters, char result, std::size_t needed);
+    strings::ustring8 take_entity_in_a();
+    strings::ustring8 take_character_reference();
+
+    strings::ustring8& m_buffer;
+    std::size_t& m_cursor;
+    std::size_t& m_committed;
+    std::size_t& m_end;
+    unsigned int& m_line;
+    unsigned int& m_committed_line;
+};
+
+}  // namespace detail
+}  // namespace parser
+}  // namespace TOVA_2_18
