@@ -395,6 +395,32 @@ TEST(ConfigManagerStandard, FindsNoFileNamedByTheEnvironmentWhichIsReadBehindIt)
     EXPECT_EQ("named", manager.get_value("a", variant("none")).as_string());
 }
 
+TEST(ConfigManagerStandard, LooksForTheFileInAllSourcesAtASecondLoad) {
+    const test_support::temporary_directory directory;
+    const std::string other = directory.write("other.cfg", "a=other\n");
+    const std::string given =
+        directory.write("given.cfg", "a=given\nb=given\ncfg_file=\"" + other + "\"\n");
+    config_manager manager;
+    manager.init(std_config_dispatch(0, nullptr, nullptr, given, ""));
+    const auto value = [&](const char* key) {
+        return manager.get_value(key, variant("none")).as_string();
+    };
+    manager.load();
+    EXPECT_EQ("given", value("a"));
+    // The first file names the second one, and what only the first one has stays.
+    manager.load();
+    EXPECT_EQ("other", value("a"));
+    EXPECT_EQ("given", value("b"));
+    // The name that was chosen outlives an unload, but not a second `init`.
+    manager.unload();
+    manager.load();
+    EXPECT_EQ("other", value("a"));
+    EXPECT_EQ("none", value("b"));
+    manager.init(std_config_dispatch(0, nullptr, nullptr, given, ""));
+    manager.load();
+    EXPECT_EQ("given", value("a"));
+}
+
 TEST(ConfigManagerStandard, SavesTheFile) {
     const test_support::temporary_directory directory;
     const std::string path = directory.write("x.cfg", "[s]\na=1 2\n");

@@ -1,3 +1,15 @@
+/// @file
+/// The settings of a program from all of its sources.
+///
+///     int main(int argc, char** argv, char** envp) {
+///         config_manager settings;
+///         settings.init(std_config_dispatch(argc, argv, envp, "tool.cfg", ""));
+///         settings.load();
+///         const int port = settings.get_value("server.port", 80).as_int();
+///     }
+///
+/// A manager and its sources belong to one thread at a time: nothing is locked, and lookups copy
+/// values whose counts of holders are not atomic.
 #pragma once
 
 #include <iosfwd>
@@ -14,58 +26,61 @@
 namespace TOVA_2_18 {
 namespace config {
 
-/// The front of the configuration: a list of sources, of which the first that knows a key wins.
+/// A list of sources. For every key the first source that has it wins.
 ///
-/// Make a dispatcher, hand it to `init`, call `load`, then ask. A missing file, key or value is no
-/// failure: lookups answer with the default or with nothing. Operations raise what an allocation
-/// raises. A manager belongs to one thread at a time.
+/// Pass a dispatcher to `init`, call `load`, then look up keys. Lookups never fail: for a missing
+/// file, key or value they return the default or nothing. Every operation can raise
+/// `std::bad_alloc`.
 class TOVA_API config_manager {
 public:
-    /// No sources and no dispatcher: lookups find nothing.
+    /// Has no sources and no dispatcher: lookups find nothing.
     config_manager();
     config_manager(const config_manager&) = delete;
     config_manager& operator=(const config_manager&) = delete;
     virtual ~config_manager() TOVA_NOTHROW;
 
-    /// Takes a clone of the dispatcher and has it set up the sources, which are empty then. An
-    /// earlier dispatcher and its sources go, with all that was loaded. Returns what `setup`
-    /// returns.
+    /// Keeps a clone of the dispatcher and lets it set up the sources, which are still empty. An
+    /// earlier dispatcher and its sources are destroyed, with everything that was loaded. Returns
+    /// what `setup` returns.
     bool init(const config_dispatch& dispatcher);
 
-    /// Has the dispatcher load, unload or save all sources. Answers false without a dispatcher and
-    /// true otherwise: the failure of one source doesn't show here.
+    /// Let the dispatcher load, unload or save all sources. Return false without a dispatcher and
+    /// true otherwise; that a source fails doesn't show here.
+    ///
+    /// A second `load` without `init` stores over what the first one found, and finds `cfg_file` in
+    /// every source, the file and the environment included: it may read another file than before.
     bool load();
     bool unload();
     bool save();
 
-    /// The value of the key in the first source that knows it, or `default_value`.
+    /// Returns the value of the key in the first source that has it, or `default_value`.
     ///
-    /// An array answers with its element "0", or nil if it has none. An alias is followed through
-    /// all sources, and a circle of aliases ends with the value of the last one. A section, that is
-    /// a key with only deeper keys below it, answers `true`.
+    /// For an array that is its element "0", or nil if there is none. An alias is followed through
+    /// all sources; a cycle of aliases ends with the value of the last one. For a section, which is
+    /// a key that has only longer keys below it, the value is `true`.
     types::variant get_value(const strings::ustring8& key, types::variant default_value);
 
-    /// Whether `get_value` gives anything but nil.
+    /// Whether `get_value` with a nil default returns anything but nil.
     bool value_exist(const strings::ustring8& key);
 
-    /// Whether any source has an array of that key.
+    /// Whether any source has an array under that key.
     bool is_array(const strings::ustring8& key);
 
-    /// Appends the values of the array in the first source that has an array of that key.
+    /// Appends the elements of the array in the first source that has an array under that key.
     void get_array(const strings::ustring8& key, std::vector<types::variant>& out);
 
-    /// Appends names and values below the key in the first source that has any node of that key;
-    /// nothing is merged across sources. Names and order are those of
+    /// Appends the names and values below the key in the first source that has any node of that
+    /// key. Nothing is merged across sources. Names and order are those of
     /// `config_tree::get_value_pair_array`.
     void get_key_value_array(const strings::ustring8& key,
                              std::vector<std::pair<strings::ustring8, types::variant>>& out,
                              bool recursive);
 
-    /// The first source of that name, or null: "command line", "standard file", "enviroment",
-    /// "user_item".
+    /// Returns the first source of that name, or null. The names are "command line", "standard
+    /// file", "enviroment" and "user_item".
     memory::pointers::rc_pointer<base_config_item> get_config_item(const strings::ustring8& id);
 
-    /// Writes all sources for people to read, and returns the stream.
+    /// Writes all sources in a form for people and returns the stream.
     std::ostream& dump(std::ostream& out);
 
 private:
@@ -73,7 +88,7 @@ private:
     config_dispatch* m_dispatch;  // owned; null until `init`
 };
 
-/// As `dump`.
+/// Calls `dump`.
 TOVA_API std::ostream& operator<<(std::ostream& out, config_manager& manager);
 
 }  // namespace config

@@ -1,3 +1,13 @@
+/// @file
+/// The source that reads and writes a `.cfg` file.
+///
+///     file_item file("tool.cfg");
+///     file.load();
+///     if (const config_node* port = file.get_value("server.port"))
+///         listen(port->second.as_int());
+///
+/// An item belongs to one thread at a time. Nothing guards a file that two items or two processes
+/// write at the same time.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -7,61 +17,73 @@
 namespace TOVA_2_18 {
 namespace config {
 
-/// A text file as a source of configuration, by custom with the extension ".cfg".
+/// A text file as a source of configuration; its extension is ".cfg" by convention.
 ///
-/// `docs/configuration.md` tells what the lines of such a file mean and what a save keeps. Every
-/// file gives some tree, and a file that cannot be read or written is no failure. All values are
-/// `ustring8` texts. The name of the source is "standard file", for each file alike.
+/// `docs/configuration.md` describes the syntax and what a save keeps. Any file is valid, and a
+/// file that cannot be read or written is not an error. All values are of type `ustring8`. Every
+/// file has the same source name, "standard file".
 class TOVA_API file_item : public base_config_item {
 public:
+    /// An empty name leaves the choice of the file to `load`. Nothing is opened yet.
     file_item(const strings::ustring8& filename);
+
+    /// Copies the tree and the file's name.
     file_item(const file_item& other);
     virtual ~file_item() TOVA_NOTHROW;
 
     /// Chooses the file and reads it.
     ///
-    /// The first of `items` whose key `cfg_file` names a file that opens for reading decides. If
-    /// there is none and no name was given to the constructor, it is the first whose
-    /// `application.name.raw` with ".cfg" behind it names one. A directory or a pipe is no file
-    /// here. Always true.
+    /// The file is the first one that the key `cfg_file` of any of `items` names and that can be
+    /// opened for reading. Without one, the name that the item has already stays. If that name is
+    /// empty, the file is the first one that a value of `application.name.raw` with ".cfg" appended
+    /// names and that can be opened. Directories and pipes are skipped. Returns true.
+    ///
+    /// On a second load all sources are filled, this one and the environment included, and so is
+    /// the name: `cfg_file` may then lead to another file than before.
     virtual bool load(const config_item_list& items);
 
-    /// As `load_file`. Always true.
+    /// Calls `load_file`. Returns true.
     virtual bool load();
 
-    /// Both write the file, always true.
+    /// Both replace the file by the sections of the tree and their entries, in byte order of the
+    /// lower-case keys. Keys at the top level, entries below other entries and comments are lost.
     ///
-    /// Written is what lies in a section, in the byte order of the keys, which are in lower case.
-    /// Keys at the top level and comments are lost. A write that fails goes unnoticed. A symbolic
-    /// link is not written; a pipe is, and the call waits until something reads from it.
+    /// Contract: an entry is written under every section whose name has as many bytes as that of
+    /// its own section. Sections with names of equal length therefore take each other's entries;
+    /// give them names of different lengths.
+    ///
+    /// A symbolic link is not written. A pipe is, and the call waits until something reads from it.
+    /// Returns true, also if nothing could be written.
     virtual bool save(const config_item_list& items);
     virtual bool save();
 
     /// Empties the tree; the name of the file stays.
     virtual void unload();
 
+    /// A copy on the heap with its heap mark set and count 0.
     virtual file_item* clone() const;
 
-    /// A copy of the file's name, empty if none was given or found.
+    /// A copy of the file's name. Empty if none was given or found.
     strings::ustring8 get_filename();
 
-    /// Adds the entries of the file to the tree. Without a name, or for a file that cannot be read,
-    /// that is a link, a directory or a pipe, or has 2 GiB or more, nothing changes. What a link
-    /// points to is not opened, nor is a pipe.
+    /// Adds the entries of the file to the tree. Nothing changes without a name, or if the file
+    /// cannot be read, is a link, a directory or a pipe, or has 2 GiB or more. Neither a pipe nor
+    /// the target of a link is opened.
     void load_file();
 
-    /// Moves `position` in `text` to the next line end, or to the end of the text.
+    /// Moves `position`, a byte index, to the next line end in `text`, or to the end of `text`.
     ///
-    /// The text is tokenized on the way, so a line end between double quotes doesn't count.
+    /// The bytes on the way are read as tokens, so a line end between double quotes doesn't count.
     void parse_comment(const strings::ustring8& text, unsigned int& position);
 
 private:
     strings::ustring8 m_filename;
 };
 
-/// The text, between double quotes if it holds a blank, a carriage return, a tab or a line feed.
+/// Returns the string, between double quotes if it contains a space, tab, carriage return or line
+/// feed.
 ///
-/// Nothing inside is escaped: a text with a double quote and a blank doesn't read back the same.
+/// Nothing inside is escaped: a string with a double quote and a space doesn't read back the same.
 TOVA_API strings::ustring8 quote_value(const strings::ustring8& text);
 
 }  // namespace config
