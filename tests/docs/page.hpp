@@ -1,0 +1,41 @@
+// What extract_page.py makes of a guide: its code blocks as functions, and its files.
+#pragma once
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iomanip>
+#include <iostream>
+#include <list>
+#include <map>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+#include <tova/tova.hpp>
+
+namespace docs_test {
+
+struct snippet {
+    int line;  // of the code in the page, counted from 1
+    void (*run)();
+    const char* output;  // what it prints to standard output and standard error
+    bool is_hazard;      // it must end by a signal, a limit or an exception
+};
+
+struct file {
+    const char* name;
+    const char* text;
+};
+
+extern const char* const page_name;
+extern const std::vector<snippet> snippets;
+extern const std::vector<file> files;
+
+}  // namespace docs_test

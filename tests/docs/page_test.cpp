@@ -1,0 +1,62 @@
+// Runs the code blocks of one guide, each in a process and a directory of its own, and compares
+// what they print with what the guide says.
+#include <gtest/gtest.h>
+
+#include "docs/page.hpp"
+#include "support/child_process.hpp"
+#include "support/temporary_directory.hpp"
+
+namespace {
+
+using docs_test::snippet;
+using test_support::child_result;
+
+child_result run(const snippet& code) {
+    const test_support::temporary_directory directory;
+    for (const docs_test::file& one : docs_test::files)
+        directory.write(one.name, one.text);
+
+    test_support::child_limits limits;
+    if (code.is_hazard) {
+        limits.cpu_seconds = 2;
+        limits.address_space_bytes = std::size_t(1) << 29;
+    }
+    const auto body = [&] {
+        if (chdir(directory.path().c_str()) != 0)
+            _exit(98);
+        code.run();
+        std::cout.flush();
+    };
+    return test_support::run_in_child(body, limits);
+}
+
+std::string place(const snippet& code) {
+    return std::string("docs/") + docs_test::page_name + ":" + std::to_string(code.line);
+}
+
+TEST(Page, PrintsWhatItSays) {
+    int checked = 0;
+    for (const snippet& code : docs_test::snippets) {
+        SCOPED_TRACE(place(code));
+        if (code.is_hazard)
+            continue;
+        const child_result result = run(code);
+        EXPECT_TRUE(result.exited);
+        EXPECT_EQ(0, result.exit_code);
+        EXPECT_EQ(code.output, result.output);
+        ++checked;
+    }
+    EXPECT_GT(checked, 0);
+}
+
+TEST(Page, MarksAsHazardsWhatDoesNotEndNormally) {
+    for (const snippet& code : docs_test::snippets) {
+        SCOPED_TRACE(place(code));
+        if (code.is_hazard) {
+            const child_result result = run(code);
+            EXPECT_FALSE(result.exited && result.exit_code == 0) << result.output;
+        }
+    }
+}
+
+}  // namespace
