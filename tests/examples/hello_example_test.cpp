@@ -6,6 +6,7 @@
 
 #include "support/guide.hpp"
 #include "support/program.hpp"
+#include "support/temporary_directory.hpp"
 
 namespace {
 
@@ -32,6 +33,18 @@ TEST(HelloExample, RendersItsMessageInTheLanguageAskedFor) {
         EXPECT_EQ(0, result.exit_code);
         EXPECT_EQ(c.output, result.output);
     }
+}
+
+TEST(HelloExample, IsTheProgramOfTheReadme) {
+    const std::string readme = test_support::read_bytes(test_support::project_path("README.md"));
+    for (const std::string name : {"main.cpp", "catalogs/report.xmc"}) {
+        const std::string source =
+            test_support::read_bytes(test_support::project_path("examples/hello/" + name));
+        EXPECT_THAT(readme, ::testing::HasSubstr("\n" + source + "```\n")) << name;
+    }
+    EXPECT_THAT(readme,
+                ::testing::HasSubstr("```output\n" + run_hello("examples/hello", "").output +
+                                     run_hello("examples/hello", "de_AT").output + "```\n"));
 }
 
 TEST(HelloExample, SaysWhatIsMissingWithoutItsCatalogs) {

@@ -47,22 +47,32 @@ for compiler in g++ clang++; do
     done
 done
 
-# The README's program compiles and prints the message of its catalog.
-sed -n '/^```cpp$/,/^```$/p' "$source/../../README.md" | sed '1d;$d' >"$root/readme.cpp"
+# The program and the catalog of the README, built against what is installed, print what it says.
+# block LANGUAGE: the first fenced block of that language.
+block() {
+    awk -v fence='```'"$1" '$0 == fence {on = 1; next} on && /^```/ {exit} on' \
+        "$source/../../README.md"
+}
+block cpp >"$root/readme.cpp"
 g++ -std=c++14 "${warnings[@]}" "${flags[@]}" "$root/readme.cpp" "${libraries[@]}" \
     -o "$root/readme"
 mkdir "$root/catalogs"
-cat >"$root/catalogs/report.xmc" <<'EOT'
-<?xml version="1.0" encoding="UTF-8"?>
-<xmc version="1.1">
-  <catalog name="report" lang="en">
-    <msg name="upload"><arg name="user"/> sent <arg name="bytes" type="memory" precision="1"/>
-      <arg name="bytes" type="memory_unit" precision="1"/>.</msg>
-  </catalog>
-</xmc>
-EOT
-printed=$(cd "$root" && LD_LIBRARY_PATH=$library ./readme)
-[[ $printed == "Maria sent 1.5 MB." ]] || { echo "the README's program prints: $printed"; exit 1; }
+block xml >"$root/catalogs/report.xmc"
+printed=$(cd "$root" && export LD_LIBRARY_PATH=$library && ./readme && ./readme de_AT)
+[[ $printed == "$(block output)" ]] || { echo "the README's program prints: $printed"; exit 1; }
+
+# The project that ./run new makes builds and runs at once.
+"$source/../../tools/new_project.sh" "$root/hello" >/dev/null
+cmake -G Ninja -S "$root/hello" -B "$root/hello/build" -DCMAKE_PREFIX_PATH="$root/prefix" >/dev/null
+cmake --build "$root/hello/build" >/dev/null
+printed=$(cd "$root/hello" && export LD_LIBRARY_PATH=$library &&
+    env -u LOCALE build/hello && build/hello -locale=de -user.name=Maria)
+expected=$'Hello, Mia!\nYou use 48.3 GB.\nHallo, Maria!\nSie belegen 48.3 GB.'
+[[ $printed == "$expected" ]] || { echo "the new project prints: $printed"; exit 1; }
+! "$source/../../tools/new_project.sh" "$root/hello" 2>/dev/null ||
+    { echo "an existing directory was taken for a new project"; exit 1; }
+! "$source/../../tools/new_project.sh" "$root/no-name" 2>/dev/null ||
+    { echo "a name that is no identifier was taken"; exit 1; }
 
 headers=0
 while read -r header; do
