@@ -2,22 +2,22 @@
 //
 // load: a file in five languages, of which the wanted one is kept with its fallbacks. The XML
 // libraries parse the same file and keep no messages; gettext maps a binary catalog of the wanted
-// language alone and looks up one text.
-// lookup: every text once, in an order that is not that of the file.
-#include <unistd.h>
+// language alone and looks up one message.
+// lookup: every message once, in another order than that of the file.
+#include <tova/i18n/message_catalogs.hpp>
+
+#include "scratch_folder.hpp"
+
+#include <benchmark/benchmark.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
-
-#include <benchmark/benchmark.h>
-
-#include <tova/i18n/message_catalogs.hpp>
 
 #ifdef HAVE_EXPAT
 #include <expat.h>
@@ -30,37 +30,19 @@
 #include <pugixml.hpp>
 #endif
 #ifdef HAVE_GETTEXT
+#include "gettext_catalog.hpp"
 #include <clocale>
 #include <libintl.h>
-#include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 namespace {
 
-using TOVA_2_18::i18n::message_catalogs;
-using TOVA_2_18::strings::ustring8;
+using tova::i18n::message_catalogs;
+using tova::strings::ustring8;
 
-// The folder of the generated files, removed at the end of the program.
-class scratch_folder {
-public:
-    scratch_folder() {
-        char name[] = "/tmp/bench_catalogs_XXXXXX";
-        if (::mkdtemp(name) == nullptr)
-            std::abort();
-        m_path = name;
-    }
-    ~scratch_folder() {
-        if (std::system(("rm -rf '" + m_path + "'").c_str()) != 0)
-            std::fprintf(stderr, "%s is left behind\n", m_path.c_str());
-    }
-    std::string operator/(const std::string& name) const { return m_path + "/" + name; }
-
-private:
-    std::string m_path;
-};
-
-const scratch_folder& scratch() {
-    static const scratch_folder folder;
+const bench_support::scratch_folder& scratch() {
+    static const bench_support::scratch_folder folder;
     return folder;
 }
 
@@ -186,54 +168,7 @@ void pugixml_load(benchmark::State& state, const catalog_file& file) {
 #endif
 
 #ifdef HAVE_GETTEXT
-// The binary form of a gettext catalog: a header of seven words, two tables of lengths and offsets,
-// the keys in order and the texts; without the optional hash table it is searched by halving, with
-// it by hashing, as msgfmt writes it.
-std::string mo_file(const std::map<std::string, std::string>& texts) {
-    const auto count = static_cast<std::uint32_t>(texts.size());
-    std::uint32_t slots = count * 4 / 3 | 1;
-    const auto is_prime = [](std::uint32_t n) {
-        for (std::uint32_t d = 3; d * d <= n; d += 2)
-            if (n % d == 0)
-                return false;
-        return true;
-    };
-    while (!is_prime(slots))
-        slots += 2;
-    const std::uint32_t keys_at = 28;
-    const std::uint32_t texts_at = keys_at + 8 * count;
-    const std::uint32_t hash_at = texts_at + 8 * count;
-    std::uint32_t at = hash_at + 4 * slots;
-    std::vector<std::uint32_t> words = {0x950412de, 0, count, keys_at, texts_at, slots, hash_at};
-    std::vector<std::uint32_t> hash(slots);
-    std::string strings;
-    for (const auto& entry : texts) {
-        words.push_back(static_cast<std::uint32_t>(entry.first.size()));
-        words.push_back(at + static_cast<std::uint32_t>(strings.size()));
-        strings.append(entry.first.c_str(), entry.first.size() + 1);
-
-        std::uint32_t value = 0;
-        for (const char c : entry.first) {
-            value = (value << 4) + static_cast<unsigned char>(c);
-            const std::uint32_t top = value & 0xf0000000u;
-            if (top != 0)
-                value = (value ^ (top >> 24)) ^ top;
-        }
-        std::uint32_t slot = value % slots;
-        while (hash[slot] != 0)
-            slot = (slot + 1 + value % (slots - 2)) % slots;
-        hash[slot] = static_cast<std::uint32_t>((words.size() - 7) / 2);
-    }
-    for (const auto& entry : texts) {
-        words.push_back(static_cast<std::uint32_t>(entry.second.size()));
-        words.push_back(at + static_cast<std::uint32_t>(strings.size()));
-        strings.append(entry.second.c_str(), entry.second.size() + 1);
-    }
-    words.insert(words.end(), hash.begin(), hash.end());
-    return std::string(reinterpret_cast<const char*>(words.data()), 4 * words.size()) + strings;
-}
-
-// Makes the catalog known under a folder that gettext has not seen yet, so that it is read again.
+// Binds a domain to a folder that gettext has not seen yet, so that it reads the catalog again.
 bool bind_gettext(const catalog_file& file, const char* domain) {
     static int number = 0;
     static std::map<std::string, std::string> bytes;
@@ -241,15 +176,12 @@ bool bind_gettext(const catalog_file& file, const char* domain) {
         // A process in the C locale translates nothing.
         if (std::setlocale(LC_ALL, "C.UTF-8") == nullptr || ::setenv("LANGUAGE", "de", 1) != 0)
             return false;
-        bytes[file.path] = mo_file(file.texts);
+        bytes[file.path] = bench_support::gettext_catalog(file.texts);
         std::ofstream(file.path + ".mo", std::ios::binary) << bytes[file.path];
     }
     const std::string folder = scratch() / std::to_string(++number);
-    ::mkdir(folder.c_str(), 0700);
-    ::mkdir((folder + "/de").c_str(), 0700);
-    ::mkdir((folder + "/de/LC_MESSAGES").c_str(), 0700);
-    return ::link((file.path + ".mo").c_str(),
-                  (folder + "/de/LC_MESSAGES/" + domain + ".mo").c_str()) == 0 &&
+    const std::string path = bench_support::make_gettext_folders(folder, "de", domain);
+    return ::link((file.path + ".mo").c_str(), path.c_str()) == 0 &&
            ::bindtextdomain(domain, folder.c_str()) != nullptr;
 }
 
@@ -291,8 +223,8 @@ void tova_lookup(benchmark::State& state, const catalog_file& file) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(file.keys.size()));
 }
 
-// A library that keeps what it loads for the life of the process gets a fixed number of iterations,
-// as it slows down with each.
+// gettext keeps what it loads until the process ends and slows down with each load, so it gets a
+// fixed number of iterations.
 void add(const std::string& operation, const std::string& library,
          void (*run)(benchmark::State&, const catalog_file&), int iterations = 0) {
     const auto unit = operation == "load" ? benchmark::kMillisecond : benchmark::kMicrosecond;

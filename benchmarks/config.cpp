@@ -1,25 +1,25 @@
 // Configuration from disk, lookups by dotted keys, copies of a tree, and a command line.
 //
-// load: 10,000 entries in 100 sections, each library from a file in the form that it reads, to
-// where values can be asked for by key. lookup: keys of 1 to 6 segments. Ours go through a manager
-// with three sources, of which the second holds the key; so do those of Poco. The others look into
-// one tree or map. copy: the loaded 10,000 entries once more, independent of the first.
-// command_line: twenty options, eight of which have values.
-#include <unistd.h>
+// load: 10,000 entries in 100 sections, each library from a file in the form that it reads, until
+// values can be looked up by key.
+// lookup: keys of 1 to 6 segments. Ours go through a manager with three sources, of which the
+// second has the key, and so do those of Poco. The others look into one tree or map. copy: the
+// 10,000 loaded entries once more, independent of the first. command_line: twenty options, eight of
+// them with values.
+#include <tova/config/commandline_item.hpp>
+#include <tova/config/config_manager.hpp>
+#include <tova/config/file_item.hpp>
+#include <tova/config/std_config_dispatch.hpp>
 
-#include <cstdlib>
+#include "scratch_folder.hpp"
+
+#include <benchmark/benchmark.h>
+
 #include <fstream>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <benchmark/benchmark.h>
-
-#include <tova/config/commandline_item.hpp>
-#include <tova/config/config_manager.hpp>
-#include <tova/config/file_item.hpp>
-#include <tova/config/std_config_dispatch.hpp>
 
 #ifdef HAVE_BOOST_PROPERTY_TREE
 #include <boost/property_tree/ini_parser.hpp>
@@ -29,6 +29,7 @@
 #include <CLI/CLI.hpp>
 #endif
 #ifdef HAVE_INIH
+#include <cctype>
 #include <ini.h>
 #endif
 #ifdef HAVE_POCO
@@ -42,6 +43,7 @@
 #include <QVariant>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #endif
 #ifdef HAVE_TOMLPLUSPLUS
 #include <toml++/toml.h>
@@ -49,25 +51,21 @@
 
 namespace {
 
-using TOVA_2_18::config::commandline_item;
-using TOVA_2_18::config::config_manager;
-using TOVA_2_18::config::file_item;
-using TOVA_2_18::config::std_config_dispatch;
-using TOVA_2_18::strings::ustring8;
-using TOVA_2_18::types::variant;
+using tova::config::commandline_item;
+using tova::config::config_manager;
+using tova::config::file_item;
+using tova::config::std_config_dispatch;
+using tova::strings::ustring8;
+using tova::types::variant;
 
 const int sections = 100;
 const int entries = 100;
 const int deepest = 6;
 
-// The files of the benchmark, removed at the end of the program.
+// One configuration in the two forms that the libraries read.
 class scratch_files {
 public:
     scratch_files() {
-        char name[] = "/tmp/bench_config_XXXXXX";
-        if (::mkdtemp(name) == nullptr)
-            std::abort();
-        m_folder = name;
         std::ofstream ini(plain()), quoted(toml());
         for (int s = 0; s < sections; ++s) {
             ini << "[section" << s << "]\n";
@@ -78,16 +76,11 @@ public:
             }
         }
     }
-    ~scratch_files() {
-        ::unlink(plain().c_str());
-        ::unlink(toml().c_str());
-        ::rmdir(m_folder.c_str());
-    }
-    std::string plain() const { return m_folder + "/plain.cfg"; }
-    std::string toml() const { return m_folder + "/quoted.toml"; }
+    std::string plain() const { return m_folder / "plain.cfg"; }
+    std::string toml() const { return m_folder / "quoted.toml"; }
 
 private:
-    std::string m_folder;
+    bench_support::scratch_folder m_folder;
 };
 
 scratch_files& files() {
@@ -101,7 +94,7 @@ std::string key_of(int depth, char separator) {
     std::string key;
     for (int i = 0; i < depth; ++i)
         key += (i == 0 ? "" : std::string(1, separator)) + names[i];
-    // Each depth ends in a name of its own, so that a value and a section never share a key.
+    // Each depth has its own last name, so that a value and a section never share a key.
     return key + "_" + std::to_string(depth);
 }
 
@@ -161,7 +154,7 @@ void command_line_tova(benchmark::State& state) {
 }
 BENCHMARK(command_line_tova)->Name("command_line/20_options/tova");
 
-// One benchmark for each depth, named alike for each library.
+// One benchmark for each depth, with the same names for each library.
 void register_lookups(const char* library, void (*function)(benchmark::State&, int)) {
     for (int depth = 1; depth <= deepest; ++depth)
         benchmark::RegisterBenchmark(
@@ -235,7 +228,7 @@ BENCHMARK(command_line_cli11)->Name("command_line/20_options/cli11");
 #ifdef HAVE_INIH
 typedef std::map<std::string, std::string> flat_map;
 
-// As its C++ reader keeps values: one map of "section=name", in small letters.
+// What its C++ reader does with a value: one map, with "section=name" in lower case as the key.
 int keep(void* target, const char* section, const char* name, const char* value) {
     std::string key = std::string(section) + "=" + name;
     for (char& character : key)
@@ -290,7 +283,7 @@ void lookup_poco(benchmark::State& state, int depth) {
 #endif
 
 #ifdef HAVE_QT6
-// A file that did not change is not read a second time, so each turn gets another time of change.
+// A file that has not changed is not read again, so each turn sets another modification time.
 void touch(const std::string& path, long turn) {
     const timespec times[2] = {{1000000000 + turn, 0}, {1000000000 + turn, 0}};
     ::utimensat(AT_FDCWD, path.c_str(), times, 0);
@@ -302,7 +295,7 @@ void load_qt(benchmark::State& state) {
     for (auto _ : state) {
         touch(files().plain(), ++turn);
         const QSettings settings(name, QSettings::IniFormat);
-        // It reads a section when its keys are first asked for.
+        // It reads a section only when its keys are first requested.
         if (settings.allKeys().size() < sections * entries)
             state.SkipWithError("not loaded");
     }

@@ -1,16 +1,18 @@
-// Dates from year, month and day to day numbers and back, moves by days, times of day and the
-// clock. Boost's date is a day number inside and ours three fields, so every operation starts and
-// ends with what a caller has: fields or a number. All libraries must agree on all dates before
-// they are measured; 29 February is no result among them.
+// Dates from year, month and day to day numbers and back, moves by days, times of day, and the
+// clock.
+//
+// Boost stores a day number and ours three fields, so every operation starts and ends with what a
+// caller has: fields or a number. All libraries must agree on all dates before they are measured;
+// 29 February does not occur among the results.
+#include <tova/system/date_time/date_time.hpp>
+
+#include <benchmark/benchmark.h>
+
 #include <chrono>
 #include <cstdint>
 #include <random>
 #include <string>
 #include <vector>
-
-#include <benchmark/benchmark.h>
-
-#include <tova/system/date_time/date_time.hpp>
 
 #ifdef HAVE_BOOST_GREGORIAN
 #include <boost/date_time/gregorian/gregorian_types.hpp>
@@ -32,12 +34,12 @@ unsigned word_of(const fields& date) {
     return date.year * 10000 + date.month * 100 + date.day;
 }
 
-// Day numbers count from 1 March of year 0, which is 1.
+// Day numbers count from 1 March of year 0, which is day 1.
 const int number_of_1970 = 719469;
 
 namespace tova_dates {
 
-namespace date_time = TOVA_2_18::system::date_time;
+namespace date_time = tova::system::date_time;
 
 unsigned to_number(const fields& date) {
     return date_time::date(date.day, date.month, date.year).pJulian_day_number();
@@ -195,7 +197,7 @@ const std::vector<work>& all_work() {
             item.moved = tova_dates::from_number(item.number + static_cast<unsigned>(item.days));
             item.milliseconds = random() % 86400000;
             item.move = static_cast<int>(random() % 172800000) - 86400000;
-            // Numbers of a 29 February and the one behind it are one date with us.
+            // The numbers of a 29 February and of the day after it are one date in ours.
             const bool leaps =
                 tova_dates::to_number(item.date) != item.number ||
                 tova_dates::to_number(item.moved) != item.number + static_cast<unsigned>(item.days);
@@ -207,14 +209,14 @@ const std::vector<work>& all_work() {
     return result;
 }
 
-// One pass over all work for each iteration; `step` gives a number that must be `expected`.
+// One pass over all work for each iteration; `step` must return what `expected` returns.
 template <typename Step, typename Expected>
 void add_benchmark(const std::string& name, Step step, Expected expected) {
     benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
         const std::vector<work>& items = all_work();
         for (const work& item : items) {
             if (step(item) != expected(item)) {
-                state.SkipWithError("gives another date");
+                state.SkipWithError("returns another date");
                 return;
             }
         }

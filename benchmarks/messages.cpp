@@ -1,11 +1,16 @@
-// A message with none, one and five arguments as text. `render` begins with the message in hand (a
-// parsed one where a library has that), `lookup_and_render` with a key in a catalog of a thousand
-// messages. Arguments are plain values for the peers and a list that was made before for us;
-// `collect_and_render` makes the list each time. Every text is compared with the others before it
+// A message with no, one and five arguments as a string.
+//
+// render: starts with the message at hand, already parsed where a library can do that.
+// lookup_and_render: starts with a key in a catalog of a thousand messages.
+// collect_and_render: includes making the argument list, which `render` makes only once.
+//
+// The peers get plain values as arguments. Every string is compared with the expected one before it
 // is measured.
-#include <algorithm>
+#include <tova/i18n/catalog.hpp>
+
+#include <benchmark/benchmark.h>
+
 #include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -15,10 +20,6 @@
 #include <utility>
 #include <vector>
 
-#include <benchmark/benchmark.h>
-
-#include <tova/i18n/catalog.hpp>
-
 #ifdef HAVE_FMT
 #include <fmt/format.h>
 #endif
@@ -26,10 +27,10 @@
 #include <boost/format.hpp>
 #endif
 #ifdef HAVE_GETTEXT
+#include "gettext_catalog.hpp"
+#include "scratch_folder.hpp"
 #include <clocale>
 #include <libintl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #endif
 #ifdef HAVE_QT6
 #include <QString>
@@ -37,19 +38,19 @@
 
 namespace {
 
-namespace i18n = TOVA_2_18::i18n;
+namespace i18n = tova::i18n;
 using i18n::message_item;
 using i18n::message_t;
-using TOVA_2_18::generic::argument;
-using TOVA_2_18::generic::varg_list;
-using TOVA_2_18::strings::ustring8;
+using tova::generic::argument;
+using tova::generic::varg_list;
+using tova::strings::ustring8;
 
 const char literal_text[] = "The connection was closed by the other side before all was sent.";
 const char one_text[] = "The catalog holds 12345 messages.";
 const char five_text[] =
     "User Grace Hopper copied 12345 files, flags 0x00ff, ratio 3.14, took 1.250 s.";
 
-// Values that the compiler can't see through.
+// Values that the compiler cannot know.
 struct values {
     std::string who = "Grace Hopper";
     int count = 12345;
@@ -164,7 +165,7 @@ void add_tova() {
 
 // Peers
 
-// Those that take plain values stand beside both ways of giving arguments.
+// A peer that takes plain values is compared with both ways of passing arguments.
 template <typename Render>
 void add_peer(const std::string& what, const std::string& library, const std::string& expected,
               Render render) {
@@ -231,7 +232,8 @@ void add_qt() {
         five("User %1 copied %2 files, flags 0x%3, ratio %4, took %5 s.");
     static const QString who("Grace Hopper");
     add_peer("literal", "QString", literal_text, [] {
-        return QString(literal.constData(), literal.size());  // a copy alone would share the text
+        return QString(literal.constData(),
+                       literal.size());  // a plain copy would share its characters
     });
     add_peer("one_argument", "QString", one_text, [] { return one.arg(arguments().count); });
     add_peer("five_arguments", "QString", five_text, [] {
@@ -246,62 +248,27 @@ void add_qt() {
 #endif
 
 #ifdef HAVE_GETTEXT
-// A compiled catalog: a header, the sorted keys, their texts. Keys of `messages` must be sorted.
-std::string compiled(const std::vector<std::pair<std::string, std::string>>& messages) {
-    const std::uint32_t count = static_cast<std::uint32_t>(messages.size());
-    std::string tables, texts;
-    const auto put = [](std::string& target, std::uint32_t number) {
-        target.append(reinterpret_cast<const char*>(&number), sizeof number);
-    };
-    const std::uint32_t keys_at = 28, texts_at = keys_at + 8 * count, begin = texts_at + 8 * count;
-    const auto put_text = [&](const std::string& text) {
-        put(tables, static_cast<std::uint32_t>(text.size()));
-        put(tables, begin + static_cast<std::uint32_t>(texts.size()));
-        texts.append(text.c_str(), text.size() + 1);
-    };
-    for (const auto& message : messages)
-        put_text(message.first);
-    for (const auto& message : messages)
-        put_text(message.second);
-
-    std::string file;
-    for (std::uint32_t number : {0x950412DEu, 0u, count, keys_at, texts_at, 0u, begin})
-        put(file, number);
-    return file + tables + texts;
-}
-
-// Installs the catalog in a directory of its own and makes it the current one.
+// Makes a catalog of the messages the current one.
 void use_catalog() {
-    std::vector<std::pair<std::string, std::string>> messages = {
+    std::map<std::string, std::string> messages = {
         {"", "Content-Type: text/plain; charset=UTF-8\n"},
         {"five", "User %s copied %d files, flags 0x%04x, ratio %.2f, took %.3f s."},
         {"literal", literal_text},
         {"one", "The catalog holds %d messages."}};
     for (std::size_t i = 3; i < catalog_size; ++i)
-        messages.push_back({filler_key(i), literal_text});
-    std::sort(messages.begin(), messages.end());
+        messages[filler_key(i)] = literal_text;
 
-    char directory[] = "/tmp/tova_bench_XXXXXX";
-    if (mkdtemp(directory) == nullptr)
-        std::exit(1);
-    const std::string root = directory;
-    const std::string locale = root + "/en", category = locale + "/LC_MESSAGES";
-    const std::string file = category + "/bench.mo";
-    mkdir(locale.c_str(), 0700);
-    mkdir(category.c_str(), 0700);
-    std::ofstream(file, std::ios::binary) << compiled(messages);
+    const bench_support::scratch_folder folder;
+    const std::string file = bench_support::make_gettext_folders(folder.path(), "en", "bench");
+    std::ofstream(file, std::ios::binary) << bench_support::gettext_catalog(messages);
     setenv("LANGUAGE", "en", 1);
     setlocale(LC_ALL, "C.UTF-8");
-    bindtextdomain("bench", directory);
+    bindtextdomain("bench", folder.path().c_str());
     textdomain("bench");
-    gettext("literal");  // loads the file, which can go then
-    unlink(file.c_str());
-    rmdir(category.c_str());
-    rmdir(locale.c_str());
-    rmdir(directory);
+    gettext("literal");  // loads the file, which is removed now
 }
 
-// One allocation for the result where it fits the buffer.
+// One allocation, for the result, which must fit the buffer.
 template <typename... Values>
 std::string printed(const char* format, Values... given) {
     char buffer[256];

@@ -1,6 +1,14 @@
-// Numbers to and from text. Each round goes through the same thousand numbers; a library's round
-// ends with a sum of values or lengths, so that none gets away without doing the work. Printing
-// ends in a buffer of the caller where a library can do that, else in its own string.
+// Numbers to strings and back.
+//
+// Each round processes the same thousand numbers and adds up the values or lengths, so that no
+// library can skip the work. Printing writes to a buffer of the caller where a library can do that,
+// otherwise to a string of its own.
+#include <tova/generic/convert/str_to_x.hpp>
+#include <tova/generic/convert/x_to_str.hpp>
+#include <tova/types/variant.hpp>
+
+#include <benchmark/benchmark.h>
+
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
@@ -10,12 +18,6 @@
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include <benchmark/benchmark.h>
-
-#include <tova/generic/convert/str_to_x.hpp>
-#include <tova/generic/convert/x_to_str.hpp>
-#include <tova/types/variant.hpp>
 
 #ifdef HAVE_FMT
 #include <fmt/format.h>
@@ -30,14 +32,12 @@
 
 namespace {
 
-namespace convert = TOVA_2_18::generic::convert;
-using TOVA_2_18::strings::ustring8;
-using TOVA_2_18::types::radix_t;
-using TOVA_2_18::types::variant;
+namespace convert = tova::generic::convert;
+using tova::strings::ustring8;
+using tova::types::radix_t;
+using tova::types::variant;
 
 const int count = 1000;
-
-// --- Inputs ------------------------------------------------------------------------------------
 
 // Numbers of 1 to `bits` bits, evenly spread over the lengths.
 std::vector<long> integers(int bits) {
@@ -49,7 +49,7 @@ std::vector<long> integers(int bits) {
     return made;
 }
 
-std::vector<ustring8> texts_of(const std::vector<long>& numbers, const char* format) {
+std::vector<ustring8> strings_of(const std::vector<long>& numbers, const char* format) {
     std::vector<ustring8> made;
     for (long number : numbers) {
         char text[32];
@@ -68,7 +68,7 @@ std::vector<double> floats(bool is_short) {
     return made;
 }
 
-std::vector<ustring8> texts_of(const std::vector<double>& numbers) {
+std::vector<ustring8> strings_of(const std::vector<double>& numbers) {
     std::vector<ustring8> made;
     for (double number : numbers) {
         char text[32];
@@ -85,8 +85,6 @@ std::vector<ustring8> texts_of(const std::vector<double>& numbers) {
     }
     return made;
 }
-
-// --- Rounds ------------------------------------------------------------------------------------
 
 // A round over all inputs; the results are added up.
 template <typename Input, typename Step>
@@ -134,7 +132,7 @@ void parse_integers(const char* name, const std::vector<ustring8>& texts, int ra
 void parse_wide_integers(const char* name, const std::vector<ustring8>& texts) {
     const std::string operation = std::string("parse_int_wide/") + name;
     std::vector<std::wstring> wide;
-    std::vector<TOVA_2_18::strings::ustring16> utf16;
+    std::vector<tova::strings::ustring16> utf16;
     for (const ustring8& text : texts) {
         wide.emplace_back(text.begin(), text.end());
         utf16.emplace_back(text.begin(), text.end());
@@ -144,7 +142,7 @@ void parse_wide_integers(const char* name, const std::vector<ustring8>& texts) {
     });
     round_of(operation + "32/wcstol", wide,
              [](const std::wstring& text) { return std::wcstol(text.c_str(), nullptr, 10); });
-    round_of(operation + "16/tova", utf16, [](const TOVA_2_18::strings::ustring16& text) {
+    round_of(operation + "16/tova", utf16, [](const tova::strings::ustring16& text) {
         return convert::str_to_long(text.data(), text.size(), radix_t::decimal, false);
     });
 #ifdef HAVE_QT6
@@ -226,8 +224,8 @@ void print_integers(const char* name, const std::vector<long>& numbers, int radi
 #endif
 }
 
-// Six digits in a string: what the text of a variant holds. The round takes in that the variant is
-// made, as it has no other way to a text.
+// Six digits in a string: what a variant converts to. The round includes making the variant, since
+// there is no other way to the string.
 void print_floats(const char* name, const std::vector<double>& numbers) {
     const std::string operation = std::string("print_double/") + name;
     round_of(operation + "/tova", numbers,
@@ -262,14 +260,14 @@ void print_floats(const char* name, const std::vector<double>& numbers) {
 const bool registered = [] {
     const auto all = integers(63);
     const auto small = integers(14);
-    const auto decimal = texts_of(all, "%ld");
+    const auto decimal = strings_of(all, "%ld");
     parse_integers("decimal", decimal, 10);
-    parse_integers("decimal_small", texts_of(small, "%ld"), 10);
+    parse_integers("decimal_small", strings_of(small, "%ld"), 10);
     parse_integers("detect", decimal, 0);
-    parse_integers("hexadecimal", texts_of(all, "%lx"), 16);
+    parse_integers("hexadecimal", strings_of(all, "%lx"), 16);
     parse_wide_integers("decimal", decimal);
-    parse_floats("short", texts_of(floats(true)));
-    parse_floats("long", texts_of(floats(false)));
+    parse_floats("short", strings_of(floats(true)));
+    parse_floats("long", strings_of(floats(false)));
     print_integers("decimal", all, 10);
     print_integers("decimal_small", small, 10);
     print_integers("hexadecimal", all, 16);

@@ -1,8 +1,17 @@
-// A mixed record with a nested one, many behind one another, to bytes and back: compact encodings
-// beside `serialize_binary_buf` and plain copies in memory, texts beside `serialize_text_buf`. And
-// a labelled tree of 10,000 entries at a depth of 8. All encodings make one string of bytes in
-// memory and read the records back into the same structures; each is checked once before it is
-// measured.
+// Records and trees to bytes and back.
+//
+// records: many records of mixed fields with a nested one. Compact encodings are compared with
+// `serialize_binary_buf` and with plain copies in memory, text encodings with `serialize_text_buf`.
+// tree: a labeled tree of 10,000 entries with a depth of 8.
+//
+// All encodings produce one string in memory and read the records back into the same structures.
+// Each is checked once before it is measured.
+#include <tova/serialization/labeled_text_buffer.hpp>
+#include <tova/serialization/serialize_binary_buf.hpp>
+#include <tova/serialization/serialize_text_buf.hpp>
+
+#include <benchmark/benchmark.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -10,12 +19,6 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-#include <benchmark/benchmark.h>
-
-#include <tova/serialization/labeled_text_buffer.hpp>
-#include <tova/serialization/serialize_binary_buf.hpp>
-#include <tova/serialization/serialize_text_buf.hpp>
 
 #ifdef HAVE_CEREAL
 #include <cereal/archives/binary.hpp>
@@ -43,11 +46,11 @@
 
 namespace {
 
-using TOVA_2_18::serialization::labeled_serialize_buffer;
-using TOVA_2_18::serialization::labeled_text_buffer;
-using TOVA_2_18::serialization::serialize_binary_buf;
-using TOVA_2_18::serialization::serialize_buffer;
-using TOVA_2_18::serialization::serialize_text_buf;
+using tova::serialization::labeled_serialize_buffer;
+using tova::serialization::labeled_text_buffer;
+using tova::serialization::serialize_binary_buf;
+using tova::serialization::serialize_buffer;
+using tova::serialization::serialize_text_buf;
 
 struct place {
     std::int32_t id = 0;
@@ -147,7 +150,7 @@ const std::vector<record>& records() {
     return made;
 }
 
-// Six digits hold all our floating values.
+// Six digits represent all our floating-point values exactly.
 void append(serialize_buffer& buffer, const place& value) {
     buffer.append_int32(value.id);
     buffer.append_double(value.weight, 6);
@@ -200,7 +203,7 @@ std::vector<record> read_tova(const std::string& bytes) {
     return values;
 }
 
-// The least that can be done: the same bytes as `serialize_binary_buf`, by plain copies.
+// The minimum: the same bytes as `serialize_binary_buf`, by plain copies.
 class copier {
 public:
     std::string bytes;
@@ -398,8 +401,8 @@ void register_records(const std::string& encoding, const std::string& library, w
                                  bench_read, write, read);
 }
 
-// 10,000 values: 8 levels, each group with 5 of its own and up to 4 groups, until they are used up.
-// Every library is filled by the same walk.
+// 10,000 values on 8 levels: each group gets 5 values and up to 4 groups, until all are placed.
+// Every library is filled in the same order.
 template <typename Group>
 void fill(Group& group, int depth, int& left) {
     for (int i = 0; i < 5 && left > 0; ++i, --left)

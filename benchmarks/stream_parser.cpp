@@ -1,16 +1,15 @@
-// A file of 100 MB, read from its beginning to its end a piece at a time. Every library counts the
-// elements and the bytes of values and text that it was told of, so that none gets away without
-// looking at them.
-#include <unistd.h>
+// A file of 100 MB, read from its beginning to its end one piece at a time. Every library counts
+// the elements and the bytes of values and text, so that none can skip them.
+#include <tova/parser/xml_stream_parser.hpp>
 
-#include <cstddef>
-#include <cstdlib>
-#include <fstream>
-#include <string>
+#include "scratch_folder.hpp"
+#include "xml_documents.hpp"
 
 #include <benchmark/benchmark.h>
 
-#include <tova/parser/xml_stream_parser.hpp>
+#include <cstddef>
+#include <fstream>
+#include <string>
 
 #ifdef HAVE_EXPAT
 #include <cstring>
@@ -22,33 +21,24 @@
 
 namespace {
 
-using TOVA_2_18::parser::xml_stream_parser;
+using tova::parser::xml_stream_parser;
+
+using bench_support::counts;
+using bench_support::document_piece;
 
 const std::size_t file_size = 100 << 20;
 
-// A file of the run, removed at its end.
+// A generated document in a file.
 class document {
 public:
-    template <typename Piece>
-    document(std::size_t elements_of_a_piece, const Piece& piece)
-        : m_path("/tmp/tova_bench_stream_parser_XXXXXX") {
-        const int descriptor = ::mkstemp(&m_path[0]);
-        if (descriptor == -1)
-            std::abort();
-        ::close(descriptor);
-        std::ofstream file(m_path, std::ios::binary);
-        file << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n";
-        for (std::size_t i = 0; m_size < file_size; ++i) {
-            const std::string text = piece(std::to_string(i));
-            file << text;
-            m_size += text.size();
-            m_elements += elements_of_a_piece;
-        }
-        file << "</root>\n";
+    document(const char* kind, const document_piece& piece) {
+        static const bench_support::scratch_folder folder;
+        const auto made = bench_support::generate_document(file_size, piece);
+        m_path = folder / kind;
+        m_size = made.text.size();
+        m_elements = made.elements;
+        std::ofstream(m_path, std::ios::binary) << made.text;
     }
-    ~document() { ::unlink(m_path.c_str()); }
-    document(const document&) = delete;
-    document& operator=(const document&) = delete;
 
     const std::string& path() const { return m_path; }
     std::size_t size() const { return m_size; }
@@ -56,65 +46,58 @@ public:
 
 private:
     std::string m_path;
-    std::size_t m_size = 0;
-    std::size_t m_elements = 1;
+    std::size_t m_size;
+    std::size_t m_elements;
 };
 
+std::string log_entry(const std::string& number) {
+    return "  <entry id=\"" + number +
+           "\" level='info' host=\"server.one\">connection from 10.0.0.1, user &quot;" + number +
+           "&quot; said hello</entry>\n";
+}
+
+std::string long_text(const std::string& number) {
+    std::string text = "<p>";
+    for (int i = 0; i < 40; ++i)
+        text += "Some words about number " + number + ", in \xC3\xA4hnlicher Form.\n";
+    return text + "</p>\n";
+}
+
+// The files are made when they are first needed.
 const document& log_file() {
-    static const document made(1, [](const std::string& number) {
-        return "  <entry id=\"" + number +
-               "\" level='info' host=\"server.one\">connection from 10.0.0.1, user &quot;" +
-               number + "&quot; said hello</entry>\n";
-    });
+    static const document made("log", {1, log_entry});
     return made;
 }
 
 const document& small_elements() {
-    static const document made(4, [](const std::string& number) {
-        return "  <item><id>" + number + "</id><on/><name>n" + number + "</name></item>\n";
-    });
+    static const document made("elements", bench_support::small_elements);
     return made;
 }
 
 const document& long_texts() {
-    static const document made(1, [](const std::string& number) {
-        std::string text = "<p>";
-        for (int i = 0; i < 40; ++i)
-            text += "Some words about number " + number + ", in \xC3\xA4hnlicher Form.\n";
-        return text + "</p>\n";
-    });
+    static const document made("text", {1, long_text});
     return made;
 }
 
-// What a library has told of a file.
-struct counts {
-    std::size_t elements = 0;
-    std::size_t bytes = 0;
-};
-
-void finish(benchmark::State& state, const document& source, const counts& told) {
-    if (told.elements != source.elements() * static_cast<std::size_t>(state.iterations()))
-        state.SkipWithError("wrong number of elements");
-    auto bytes = told.bytes;
-    benchmark::DoNotOptimize(bytes);
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(source.size()));
+void finish(benchmark::State& state, const document& source, const counts& reported) {
+    bench_support::finish(state, source.elements(), source.size(), reported);
 }
 
 void tova_nodes(benchmark::State& state, const document& source) {
-    counts told;
+    counts reported;
     for (auto _ : state) {
         xml_stream_parser parser(source.path(), 1);
         while (parser.parse() <= xml_stream_parser::out_of_data || !parser.node_queue_empty()) {
             while (!parser.node_queue_empty()) {
                 const xml_stream_parser::node one = parser.node_queue_pop();
-                told.elements += one.type != xml_stream_parser::end_of_document;
-                told.bytes += one.text.size();
+                reported.elements += one.type != xml_stream_parser::end_of_document;
+                reported.bytes += one.text.size();
                 for (const auto& attribute : one.attributes)
-                    told.bytes += attribute.second.size();
+                    reported.bytes += attribute.second.size();
             }
         }
     }
-    finish(state, source, told);
+    finish(state, source, reported);
 }
 
 #ifdef HAVE_EXPAT
@@ -130,10 +113,10 @@ void XMLCALL expat_text(void* user, const XML_Char*, int length) {
 }
 
 void expat_nodes(benchmark::State& state, const document& source) {
-    counts told;
+    counts reported;
     for (auto _ : state) {
         XML_Parser parser = XML_ParserCreate(nullptr);
-        XML_SetUserData(parser, &told);
+        XML_SetUserData(parser, &reported);
         XML_SetStartElementHandler(parser, expat_start);
         XML_SetCharacterDataHandler(parser, expat_text);
         std::ifstream file(source.path(), std::ios::binary);
@@ -146,25 +129,26 @@ void expat_nodes(benchmark::State& state, const document& source) {
         }
         XML_ParserFree(parser);
     }
-    finish(state, source, told);
+    finish(state, source, reported);
 }
 #endif
 
 #ifdef HAVE_LIBXML2
 void libxml2_nodes(benchmark::State& state, const document& source) {
-    counts told;
+    counts reported;
     for (auto _ : state) {
         xmlTextReaderPtr reader = xmlReaderForFile(source.path().c_str(), nullptr, 0);
         while (xmlTextReaderRead(reader) == 1) {
             switch (xmlTextReaderNodeType(reader)) {
             case XML_READER_TYPE_ELEMENT:
-                ++told.elements;
+                ++reported.elements;
                 while (xmlTextReaderMoveToNextAttribute(reader) == 1)
-                    told.bytes +=
+                    reported.bytes +=
                         static_cast<std::size_t>(xmlStrlen(xmlTextReaderConstValue(reader)));
                 break;
             case XML_READER_TYPE_TEXT:
-                told.bytes += static_cast<std::size_t>(xmlStrlen(xmlTextReaderConstValue(reader)));
+                reported.bytes +=
+                    static_cast<std::size_t>(xmlStrlen(xmlTextReaderConstValue(reader)));
                 break;
             default:
                 break;
@@ -172,7 +156,7 @@ void libxml2_nodes(benchmark::State& state, const document& source) {
         }
         xmlFreeTextReader(reader);
     }
-    finish(state, source, told);
+    finish(state, source, reported);
 }
 #endif
 

@@ -1,13 +1,13 @@
 // The six conversions between the three widths, on 64 KiB of text of several kinds. Every library
-// gives its own kind of string, made anew each time; what it gives has to have the length of ours.
-#include <cstddef>
-#include <functional>
-#include <string>
+// returns a new string of its own type, which must have the length of ours.
+#include <tova/strings/unicode.hpp>
 
 #include <benchmark/benchmark.h>
 #include <iconv.h>
 
-#include <tova/strings/unicode.hpp>
+#include <cstddef>
+#include <functional>
+#include <string>
 
 #ifdef HAVE_ICU
 #include <unicode/unistr.h>
@@ -23,7 +23,7 @@
 
 namespace {
 
-namespace strings = TOVA_2_18::strings;
+namespace strings = tova::strings;
 
 const std::size_t input_bytes = 64 * 1024;
 
@@ -47,7 +47,7 @@ const struct {
               "\u2014 \u6771\u4eac \u20ac 12,50 \U0001F680 <tag id='7'>and more</tag>\n"},
 };
 
-// As many sentences as give the wanted number of bytes in the width of `Source`.
+// Enough sentences for `input_bytes` bytes in the width of `Source`.
 template <typename Source>
 Source repeated(const Source& sentence) {
     Source text;
@@ -62,7 +62,7 @@ void add(const std::string& name, std::size_t bytes, result_size expected,
          const std::function<result_size()>& convert) {
     benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
         if (convert() != expected) {
-            state.SkipWithError("gives another text");
+            state.SkipWithError("returns another length");
             return;
         }
         for (auto _ : state)
@@ -71,7 +71,7 @@ void add(const std::string& name, std::size_t bytes, result_size expected,
     });
 }
 
-// iconv with a descriptor that stays open and a buffer for the worst case.
+// iconv with a descriptor that stays open, and a buffer for the worst case.
 class open_iconv {
 public:
     open_iconv(const char* to, const char* from) : m_handle(iconv_open(to, from)) {}

@@ -1,14 +1,14 @@
-// Values of no fixed type: made, copied, asked for another type. The peers convert by hand where
-// they have no conversion of their own, with the tools that their users take.
+// Values of no fixed type: construction, copies, conversions, and argument lists. Where a peer has
+// no conversion of its own, it converts by hand, with the functions that its users take.
+#include <tova/generic/varg_list.hpp>
+#include <tova/types/variant.hpp>
+
+#include <benchmark/benchmark.h>
+
 #include <any>
 #include <charconv>
 #include <string>
 #include <vector>
-
-#include <benchmark/benchmark.h>
-
-#include <tova/generic/varg_list.hpp>
-#include <tova/types/variant.hpp>
 
 #ifdef HAVE_QT6
 #include <QString>
@@ -22,10 +22,10 @@
 
 namespace {
 
-using TOVA_2_18::generic::argument;
-using TOVA_2_18::generic::varg_list;
-using TOVA_2_18::strings::ustring8;
-using TOVA_2_18::types::variant;
+using tova::generic::argument;
+using tova::generic::varg_list;
+using tova::strings::ustring8;
+using tova::types::variant;
 
 const int number = 1234567;
 const std::string short_text = "1234567";
@@ -48,7 +48,7 @@ void copy(benchmark::State& state, const Source& source) {
     }
 }
 
-// A vector of a hundred values copied whole: what an argument list costs.
+// Copies a vector of a hundred values: the cost of an argument list.
 template <typename Value, typename Source>
 void copy_many(benchmark::State& state, const Source& source) {
     const std::vector<Value> values(100, Value(source));
@@ -76,7 +76,7 @@ void register_library(const std::string& library, const Source& text, const Sour
     add("copy_100/long_text/", copy_many<Value, Source>, long_value);
 }
 
-// A step on one value, again and again.
+// Repeats a step on one value.
 template <typename Step>
 void register_step(const std::string& name, const Step& step) {
     benchmark::RegisterBenchmark(name.c_str(), [step](benchmark::State& state) {
@@ -87,7 +87,7 @@ void register_step(const std::string& name, const Step& step) {
     });
 }
 
-// What a user of a plain holder writes to read a text as a number, whatever is held.
+// What a user of a plain holder writes to read a string as a number.
 int to_int(const std::string& text) {
     int value = 0;
     std::from_chars(text.data(), text.data() + text.size(), value);

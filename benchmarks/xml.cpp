@@ -1,13 +1,18 @@
-// XML texts in memory: events (a callback or a pull for each) and tokens (all of the document
-// kept). Every library counts the elements and the bytes of values and text that it was told of, so
-// that none gets away without looking at them.
-#include <cstddef>
-#include <string>
+// XML documents in memory.
+//
+// events: one callback or one pulled token for each event.
+// tokens: the whole document kept, as a list of tokens or as a tree.
+//
+// Every library counts the elements and the bytes of values and text, so that none can skip them.
+#include <tova/functor/member_function.hpp>
+#include <tova/parser/xml_token_stream.hpp>
+
+#include "xml_documents.hpp"
 
 #include <benchmark/benchmark.h>
 
-#include <tova/functor/member_function.hpp>
-#include <tova/parser/xml_token_stream.hpp>
+#include <cstddef>
+#include <string>
 
 #ifdef HAVE_EXPAT
 #include <expat.h>
@@ -36,114 +41,88 @@
 
 namespace {
 
-using TOVA_2_18::functor::member_function_t;
-using TOVA_2_18::parser::xml_parser;
-using TOVA_2_18::parser::xml_token_stream;
-using TOVA_2_18::strings::ustring8;
+using tova::functor::member_function_t;
+using tova::parser::xml_parser;
+using tova::parser::xml_token_stream;
+using tova::strings::ustring8;
+
+using bench_support::counts;
+using bench_support::document_piece;
 
 const std::size_t document_size = 1 << 20;
 
 struct document {
+    document(const char* kind, const document_piece& piece) : name(kind) {
+        const auto made = bench_support::generate_document(document_size, piece);
+        text = made.text;
+        elements = made.elements;
+    }
+
     const char* name;
     ustring8 text;
     std::size_t elements;
 };
 
-template <typename Piece>
-document make(const char* name, std::size_t elements_of_a_piece, const Piece& piece) {
-    document made = {name, "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n", 1};
-    for (std::size_t i = 0; made.text.size() < document_size; ++i) {
-        made.text += piece(std::to_string(i));
-        made.elements += elements_of_a_piece;
-    }
-    made.text += "</root>\n";
-    return made;
+std::string element_of_attributes(const std::string& number) {
+    return "  <row id=\"" + number + "\" name='name " + number +
+           "' first='1' second=\"two &amp; more\" third='3.0' kind=\"long_value_of_a_kind\"/>\n";
 }
 
-const document& small_elements() {
-    static const document made = make("elements", 4, [](const std::string& number) {
-        return "  <item><id>" + number + "</id><on/><name>n" + number + "</name></item>\n";
-    });
-    return made;
+std::string element_of_text(const std::string& number) {
+    std::string text = "<p>";
+    for (int i = 0; i < 8; ++i)
+        text += "Some words about number " + number +
+                " &amp; &lt;its&gt; neighbours, in \xC3\xA4hnlicher \xE2\x82\xAC Form.\n";
+    return text + "</p>\n";
 }
 
-const document& attribute_heavy() {
-    static const document made = make("attributes", 1, [](const std::string& number) {
-        return "  <row id=\"" + number + "\" name='name " + number +
-               "' first='1' second=\"two &amp; more\" third='3.0' "
-               "kind=\"long_value_of_a_kind\"/>\n";
-    });
-    return made;
-}
-
-const document& text_heavy() {
-    static const document made = make("text", 1, [](const std::string& number) {
-        std::string text = "<p>";
-        for (int i = 0; i < 8; ++i)
-            text += "Some words about number " + number +
-                    " &amp; &lt;its&gt; neighbours, in \xC3\xA4hnlicher \xE2\x82\xAC Form.\n";
-        return text + "</p>\n";
-    });
-    return made;
-}
-
-// What a library has told of a document.
-struct counts {
-    std::size_t elements = 0;
-    std::size_t bytes = 0;
-};
-
-void finish(benchmark::State& state, const document& source, const counts& told) {
-    if (told.elements != source.elements * static_cast<std::size_t>(state.iterations()))
-        state.SkipWithError("wrong number of elements");
-    auto bytes = told.bytes;
-    benchmark::DoNotOptimize(bytes);
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(source.text.size()));
+void finish(benchmark::State& state, const document& source, const counts& reported) {
+    bench_support::finish(state, source.elements, source.text.size(), reported);
 }
 
 struct tova_counter : counts {
-    void element_start(ustring8 const&) { ++elements; }
-    void element_end(ustring8 const& name) { bytes += name.size(); }
-    void attribute(ustring8 const&, ustring8 const& value) { bytes += value.size(); }
-    void text(ustring8 const& value) { bytes += value.size(); }
+    void element_start(const ustring8&) { ++elements; }
+    void element_end(const ustring8& name) { bytes += name.size(); }
+    void attribute(const ustring8&, const ustring8& value) { bytes += value.size(); }
+    void text(const ustring8& value) { bytes += value.size(); }
 };
 
 void tova_events(benchmark::State& state, const document& source) {
-    using text_handler = member_function_t<tova_counter, void(ustring8 const&)>;
+    using text_handler = member_function_t<tova_counter, void(const ustring8&)>;
     using attribute_handler =
-        member_function_t<tova_counter, void(ustring8 const&, ustring8 const&)>;
-    tova_counter told;
+        member_function_t<tova_counter, void(const ustring8&, const ustring8&)>;
+    tova_counter reported;
     for (auto _ : state) {
         xml_parser parser;
-        parser.on_element_start = text_handler(&told, &tova_counter::element_start);
-        parser.on_element_end = text_handler(&told, &tova_counter::element_end);
-        parser.on_attribute = attribute_handler(&told, &tova_counter::attribute);
-        parser.on_character = text_handler(&told, &tova_counter::text);
-        parser.on_space = text_handler(&told, &tova_counter::text);
+        parser.on_element_start = text_handler(&reported, &tova_counter::element_start);
+        parser.on_element_end = text_handler(&reported, &tova_counter::element_end);
+        parser.on_attribute = attribute_handler(&reported, &tova_counter::attribute);
+        parser.on_character = text_handler(&reported, &tova_counter::text);
+        parser.on_space = text_handler(&reported, &tova_counter::text);
         benchmark::DoNotOptimize(parser.parse(source.text).type);
     }
-    finish(state, source, told);
+    finish(state, source, reported);
 }
 
 void tova_tokens(benchmark::State& state, const document& source) {
-    counts told;
+    counts reported;
     for (auto _ : state) {
         xml_token_stream stream;
         stream.parse(source.text);
         for (const auto& one : stream) {
-            told.elements += one.type() == xml_token_stream::token::element_start;
-            told.bytes += one.value().size();
+            reported.elements += one.type() == xml_token_stream::token::element_start;
+            reported.bytes += one.value().size();
         }
     }
-    finish(state, source, told);
+    finish(state, source, reported);
 }
 
 #ifdef HAVE_EXPAT
 void expat_events(benchmark::State& state, const document& source) {
-    counts told;
+    counts reported;
     for (auto _ : state) {
         XML_Parser parser = XML_ParserCreate(nullptr);
-        XML_SetUserData(parser, &told);
+        XML_SetUserData(parser, &reported);
         XML_SetElementHandler(
             parser,
             [](void* user, const XML_Char*, const XML_Char** attributes) {
@@ -159,7 +138,7 @@ void expat_events(benchmark::State& state, const document& source) {
         XML_Parse(parser, source.text.data(), static_cast<int>(source.text.size()), 1);
         XML_ParserFree(parser);
     }
-    finish(state, source, told);
+    finish(state, source, reported);
 }
 #endif
 
@@ -177,7 +156,7 @@ void libxml2_sax_text(void* user, const xmlChar*, int length) {
 }
 
 void libxml2_sax_events(benchmark::State& state, const document& source) {
-    counts told;
+    counts reported;
     xmlSAXHandler handler;
     std::memset(&handler, 0, sizeof handler);
     handler.initialized = XML_SAX2_MAGIC;
@@ -185,27 +164,28 @@ void libxml2_sax_events(benchmark::State& state, const document& source) {
     handler.characters = libxml2_sax_text;
     handler.ignorableWhitespace = libxml2_sax_text;
     for (auto _ : state)
-        xmlSAXUserParseMemory(&handler, &told, source.text.data(),
+        xmlSAXUserParseMemory(&handler, &reported, source.text.data(),
                               static_cast<int>(source.text.size()));
-    finish(state, source, told);
+    finish(state, source, reported);
 }
 
 void libxml2_reader_events(benchmark::State& state, const document& source) {
-    counts told;
+    counts reported;
     for (auto _ : state) {
         xmlTextReaderPtr reader = xmlReaderForMemory(
             source.text.data(), static_cast<int>(source.text.size()), nullptr, nullptr, 0);
         while (xmlTextReaderRead(reader) == 1) {
             switch (xmlTextReaderNodeType(reader)) {
             case XML_READER_TYPE_ELEMENT:
-                ++told.elements;
+                ++reported.elements;
                 while (xmlTextReaderMoveToNextAttribute(reader) == 1)
-                    told.bytes +=
+                    reported.bytes +=
                         static_cast<std::size_t>(xmlStrlen(xmlTextReaderConstValue(reader)));
                 break;
             case XML_READER_TYPE_TEXT:
             case XML_READER_TYPE_SIGNIFICANT_WHITESPACE:
-                told.bytes += static_cast<std::size_t>(xmlStrlen(xmlTextReaderConstValue(reader)));
+                reported.bytes +=
+                    static_cast<std::size_t>(xmlStrlen(xmlTextReaderConstValue(reader)));
                 break;
             default:
                 break;
@@ -213,68 +193,68 @@ void libxml2_reader_events(benchmark::State& state, const document& source) {
         }
         xmlFreeTextReader(reader);
     }
-    finish(state, source, told);
+    finish(state, source, reported);
 }
 
-void walk(const xmlNode* node, counts& told) {
+void walk(const xmlNode* node, counts& reported) {
     for (; node != nullptr; node = node->next) {
         if (node->type == XML_TEXT_NODE)
-            told.bytes += static_cast<std::size_t>(xmlStrlen(node->content));
+            reported.bytes += static_cast<std::size_t>(xmlStrlen(node->content));
         if (node->type != XML_ELEMENT_NODE)
             continue;
-        ++told.elements;
+        ++reported.elements;
         for (const xmlAttr* one = node->properties; one != nullptr; one = one->next)
-            walk(one->children, told);
-        walk(node->children, told);
+            walk(one->children, reported);
+        walk(node->children, reported);
     }
 }
 
 void libxml2_tree_tokens(benchmark::State& state, const document& source) {
-    counts told;
+    counts reported;
     for (auto _ : state) {
         xmlDocPtr tree = xmlReadMemory(source.text.data(), static_cast<int>(source.text.size()),
                                        nullptr, nullptr, 0);
-        walk(xmlDocGetRootElement(tree), told);
+        walk(xmlDocGetRootElement(tree), reported);
         xmlFreeDoc(tree);
     }
-    finish(state, source, told);
+    finish(state, source, reported);
 }
 #endif
 
 #ifdef HAVE_PUGIXML
-void walk(const pugi::xml_node& parent, counts& told) {
+void walk(const pugi::xml_node& parent, counts& reported) {
     for (const pugi::xml_node& node : parent) {
-        told.elements += node.type() == pugi::node_element;
-        told.bytes += std::char_traits<char>::length(node.value());
+        reported.elements += node.type() == pugi::node_element;
+        reported.bytes += std::char_traits<char>::length(node.value());
         for (const pugi::xml_attribute& one : node.attributes())
-            told.bytes += std::char_traits<char>::length(one.value());
-        walk(node, told);
+            reported.bytes += std::char_traits<char>::length(one.value());
+        walk(node, reported);
     }
 }
 
 void pugixml_tokens(benchmark::State& state, const document& source) {
-    counts told;
+    counts reported;
     for (auto _ : state) {
         pugi::xml_document tree;
         tree.load_buffer(source.text.data(), source.text.size(),
                          pugi::parse_default | pugi::parse_ws_pcdata);
-        walk(tree, told);
+        walk(tree, reported);
     }
-    finish(state, source, told);
+    finish(state, source, reported);
 }
 #endif
 
 #ifdef HAVE_QT6
 template <typename Keep>
-void read_with_qt6(const QByteArray& bytes, counts& told, const Keep& keep) {
+void read_with_qt6(const QByteArray& bytes, counts& reported, const Keep& keep) {
     QXmlStreamReader reader(bytes);
     while (!reader.atEnd()) {
         switch (reader.readNext()) {
         case QXmlStreamReader::StartElement:
-            ++told.elements;
+            ++reported.elements;
             keep(reader.tokenType(), reader.name());
             for (const QXmlStreamAttribute& one : reader.attributes()) {
-                told.bytes += static_cast<std::size_t>(one.value().size());
+                reported.bytes += static_cast<std::size_t>(one.value().size());
                 keep(reader.tokenType(), one.name());
                 keep(reader.tokenType(), one.value());
             }
@@ -283,7 +263,7 @@ void read_with_qt6(const QByteArray& bytes, counts& told, const Keep& keep) {
             keep(reader.tokenType(), reader.name());
             break;
         case QXmlStreamReader::Characters:
-            told.bytes += static_cast<std::size_t>(reader.text().size());
+            reported.bytes += static_cast<std::size_t>(reader.text().size());
             keep(reader.tokenType(), reader.text());
             break;
         default:
@@ -295,51 +275,51 @@ void read_with_qt6(const QByteArray& bytes, counts& told, const Keep& keep) {
 void qt6_events(benchmark::State& state, const document& source) {
     const auto bytes =
         QByteArray::fromRawData(source.text.data(), static_cast<qsizetype>(source.text.size()));
-    counts told;
+    counts reported;
     for (auto _ : state)
-        read_with_qt6(bytes, told, [](QXmlStreamReader::TokenType, QStringView) {});
-    finish(state, source, told);
+        read_with_qt6(bytes, reported, [](QXmlStreamReader::TokenType, QStringView) {});
+    finish(state, source, reported);
 }
 
 void qt6_tokens(benchmark::State& state, const document& source) {
     const auto bytes =
         QByteArray::fromRawData(source.text.data(), static_cast<qsizetype>(source.text.size()));
-    counts told;
+    counts reported;
     for (auto _ : state) {
         std::list<std::pair<QXmlStreamReader::TokenType, QString>> tokens;
-        read_with_qt6(bytes, told, [&](QXmlStreamReader::TokenType type, QStringView text) {
+        read_with_qt6(bytes, reported, [&](QXmlStreamReader::TokenType type, QStringView text) {
             tokens.emplace_back(type, text.toString());
         });
         benchmark::DoNotOptimize(tokens.size());
     }
-    finish(state, source, told);
+    finish(state, source, reported);
 }
 #endif
 
 #ifdef HAVE_BOOST_PROPERTY_TREE
-void walk(const boost::property_tree::ptree& parent, counts& told) {
+void walk(const boost::property_tree::ptree& parent, counts& reported) {
     for (const auto& child : parent) {
         const bool is_attributes = child.first == "<xmlattr>";
-        told.elements += !is_attributes;
-        told.bytes += child.second.data().size();
+        reported.elements += !is_attributes;
+        reported.bytes += child.second.data().size();
         if (is_attributes) {
             for (const auto& one : child.second)
-                told.bytes += one.second.data().size();
+                reported.bytes += one.second.data().size();
         } else {
-            walk(child.second, told);
+            walk(child.second, reported);
         }
     }
 }
 
 void property_tree_tokens(benchmark::State& state, const document& source) {
-    counts told;
+    counts reported;
     for (auto _ : state) {
         std::istringstream stream(source.text);
         boost::property_tree::ptree tree;
         boost::property_tree::read_xml(stream, tree);
-        walk(tree, told);
+        walk(tree, reported);
     }
-    finish(state, source, told);
+    finish(state, source, reported);
 }
 #endif
 
@@ -353,26 +333,29 @@ void add(const char* name, const document& source, const char* library, operatio
 }
 
 const bool added = [] {
-    for (const document* source : {&small_elements(), &attribute_heavy(), &text_heavy()}) {
-        add("events", *source, "tova", tova_events);
-        add("tokens", *source, "tova", tova_tokens);
+    static const document documents[] = {{"elements", bench_support::small_elements},
+                                         {"attributes", {1, element_of_attributes}},
+                                         {"text", {1, element_of_text}}};
+    for (const document& source : documents) {
+        add("events", source, "tova", tova_events);
+        add("tokens", source, "tova", tova_tokens);
 #ifdef HAVE_EXPAT
-        add("events", *source, "expat", expat_events);
+        add("events", source, "expat", expat_events);
 #endif
 #ifdef HAVE_LIBXML2
-        add("events", *source, "libxml2-sax", libxml2_sax_events);
-        add("events", *source, "libxml2-reader", libxml2_reader_events);
-        add("tokens", *source, "libxml2-tree", libxml2_tree_tokens);
+        add("events", source, "libxml2-sax", libxml2_sax_events);
+        add("events", source, "libxml2-reader", libxml2_reader_events);
+        add("tokens", source, "libxml2-tree", libxml2_tree_tokens);
 #endif
 #ifdef HAVE_PUGIXML
-        add("tokens", *source, "pugixml", pugixml_tokens);
+        add("tokens", source, "pugixml", pugixml_tokens);
 #endif
 #ifdef HAVE_QT6
-        add("events", *source, "qt6", qt6_events);
-        add("tokens", *source, "qt6", qt6_tokens);
+        add("events", source, "qt6", qt6_events);
+        add("tokens", source, "qt6", qt6_tokens);
 #endif
 #ifdef HAVE_BOOST_PROPERTY_TREE
-        add("tokens", *source, "boost-property-tree", property_tree_tokens);
+        add("tokens", source, "boost-property-tree", property_tree_tokens);
 #endif
     }
     return true;
