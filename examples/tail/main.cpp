@@ -1,8 +1,8 @@
-// Follows an XML log while another process writes it, and prints its entries as they come.
+// Follows an XML log while another process writes it, and prints its entries as they arrive.
 //
-//     tova_example_tail                  writes a log itself, with a fault in it, and follows it
-//     tova_example_tail FILE [NAME ...]  follows FILE up to its end; after a fault it goes on at
-//                                        the next element of one of the names
+//     tova_example_tail                  writes a log that contains an error, and follows it
+//     tova_example_tail FILE [NAME ...]  follows FILE up to its end; after an error it goes on at
+//                                        the next element that has one of the names
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -52,21 +52,21 @@ int follow(const std::string& path, const std::list<std::string>& known) {
         while (!parser.node_queue_empty()) {
             const xml_stream_parser::node one = parser.node_queue_pop();
             print(one);
-            // The status of the end stays out if the data end at a blank in the last tag.
+            // Don't wait for the status: it stays 0 if the data end after a space in the last tag.
             if (one.type == xml_stream_parser::end_of_document)
                 return EXIT_SUCCESS;
         }
 
-        // Taking a node may have parsed on, so the status counts that stands here now.
+        // Taking a node may have parsed on, so this is not always what `parse` returned.
         const xml_stream_parser::error_type status = parser.error();
-        const bool is_fault = status >= xml_stream_parser::mismatched_end_tag;
-        if (is_fault)
-            std::cout << "fault " << status << " in line " << parser.line() << std::endl;
-        if (status >= xml_stream_parser::internal_failure || (is_fault && known.empty()))
+        const bool is_error = status >= xml_stream_parser::mismatched_end_tag;
+        if (is_error)
+            std::cout << "error " << status << " in line " << parser.line() << std::endl;
+        if (status >= xml_stream_parser::internal_failure || (is_error && known.empty()))
             return EXIT_FAILURE;
 
-        // Status 2 is that of a search that has found nothing yet.
-        const bool is_lost = is_fault || status == xml_stream_parser::not_recovered;
+        // Status 2 means that an earlier search has found nothing yet.
+        const bool is_lost = is_error || status == xml_stream_parser::not_recovered;
         if (is_lost && parser.recover(known) == xml_stream_parser::no_error)
             continue;
         pause_for(20);
@@ -79,7 +79,7 @@ void write_log(const std::string& path) {
              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<log host='one'>\n",
              "  <entry level='info'>service star",
              "ted</entry>\n  <entry level='info'>listening on port 80</entry>\n",
-             "  <entry level='warning' level='error'>an attribute stands here twice</entry>\n",
+             "  <entry level='warning' level='error'>this attribute occurs twice</entry>\n",
              "  <entry level='info'>going on</entry>\n",
              "</log>\n",
          }) {
@@ -88,12 +88,12 @@ void write_log(const std::string& path) {
     }
 }
 
-int follow_a_log_of_our_own() {
+int follow_own_log() {
     char folder[] = "/tmp/tova_example_tail_XXXXXX";
     if (::mkdtemp(folder) == nullptr)
         return EXIT_FAILURE;
     const std::string path = std::string(folder) + "/log.xml";
-    std::ofstream(path, std::ios::binary).close();  // there must be a file to look at
+    std::ofstream(path, std::ios::binary).close();  // the parser wants an existing file
 
     const pid_t writer = ::fork();
     if (writer == 0) {
@@ -112,6 +112,6 @@ int follow_a_log_of_our_own() {
 
 int main(int count, char** arguments) {
     if (count < 2)
-        return follow_a_log_of_our_own();
+        return follow_own_log();
     return follow(arguments[1], std::list<std::string>(arguments + 2, arguments + count));
 }

@@ -23,7 +23,7 @@ TEST(TailExample, FollowsItsOwnLogPastAnError) {
     EXPECT_EQ("begin log, host is one\n"
               "entry in line 3, level is info: service started\n"
               "entry in line 4, level is info: listening on port 80\n"
-              "fault 5 in line 5\n"
+              "error 5 in line 5\n"
               "entry in line 5, level is info: going on\n"
               "end log\n",
               result.output);
@@ -67,21 +67,21 @@ TEST(TailExample, GivesUpIfThereIsNothingToFollow) {
     const test_support::temporary_directory directory;
     program_result result = run_example("'" + directory.path("missing.xml") + "'");
     EXPECT_EQ(1, result.exit_code);
-    EXPECT_EQ("fault 11 in line 1\n", result.output);
+    EXPECT_EQ("error 11 in line 1\n", result.output);
 
     const std::string text = directory.write("text.xml", std::string(60, 'x'));
     result = run_example("'" + text + "' entry");
     EXPECT_EQ(1, result.exit_code);
-    EXPECT_EQ("fault 12 in line 1\n", result.output);
+    EXPECT_EQ("error 12 in line 1\n", result.output);
 
     const std::string bad = directory.write(
         "bad.xml", "<?xml version='1.0' encoding='UTF-8'?><log><entry></log><entry/></log>");
     result = run_example("'" + bad + "'");
     EXPECT_EQ(1, result.exit_code);
-    EXPECT_EQ("begin log\nfault 4 in line 1\n", result.output);
+    EXPECT_EQ("begin log\nerror 4 in line 1\n", result.output);
     result = run_example("'" + bad + "' entry");
     EXPECT_EQ(0, result.exit_code);
-    EXPECT_EQ("begin log\nfault 4 in line 1\nentry in line 1\nend log\n", result.output);
+    EXPECT_EQ("begin log\nerror 4 in line 1\nentry in line 1\nend log\n", result.output);
 }
 
 }  // namespace
