@@ -1,3 +1,11 @@
+/// @file
+/// The command line of a program as a source.
+///
+///     commandline_item line(argc, argv);  // tool -server.port=80 -verbose
+///     line.load();
+///     line.get_value("server.port");      // "80"
+///
+/// An item belongs to one thread at a time. `load` writes to standard output.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -6,27 +14,31 @@
 namespace TOVA_2_18 {
 namespace config {
 
-/// The arguments of a program as a source of configuration, named "command line".
+/// The arguments of a program as a source of configuration. Its name is "command line".
 ///
-/// `docs/configuration.md` tells which arguments give which keys. The array and its strings are not
-/// owned; they must outlive `load`.
+/// `docs/configuration.md` describes which arguments give which keys. The array and its strings are
+/// not owned; they must outlive every `load`.
 class TOVA_API commandline_item : public base_config_item {
 public:
-    /// `argv` may be null. A null string ends it early, but as the first it only gives no name.
+    /// `argv` may be null. A null string in it ends the arguments early; if that is the first one,
+    /// which is the program's name, only the name is missing.
     commandline_item(unsigned int argc, const char* const* argv);
     commandline_item(const commandline_item& other);
-    virtual ~commandline_item() TOVA_NOTHROW;
+    ~commandline_item() TOVA_NOTHROW override;
 
-    /// Sets `application.name` and its fellows from the program's name, and a key for each option.
-    /// An argument that is no option is reported on standard output and passed over. Always true.
-    virtual bool load(const config_item_list& items);
-    virtual bool load();
+    /// Sets `application.name`, `application.name.extention` and `application.name.raw` from the
+    /// program's name, and a key for each option. An argument that is neither an option nor a value
+    /// is reported on standard output and ignored. Returns true.
+    bool load(const config_item_list& items) override;
+    bool load() override;
 
     /// Empties the tree.
-    virtual void unload();
+    void unload() override;
 
-    virtual commandline_item* clone() const;
+    /// A copy on the heap with its heap mark set and count 0.
+    commandline_item* clone() const override;
 
+    /// The count and the array that the constructor got.
     unsigned int get_argc();
     const char* const* get_argv();
 

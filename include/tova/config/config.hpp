@@ -1,4 +1,9 @@
-/// All of the configuration family.
+/// @file
+/// All of the configuration family: settings by dotted keys, from the command line, a file and the
+/// environment.
+///
+/// `config_manager.hpp` has the example that most readers want. Nothing in the family is locked: a
+/// manager, a source or a tree belongs to one thread at a time.
 #pragma once
 
 #include <tova/config/base_config_item.hpp>

@@ -1,3 +1,20 @@
+/// @file
+/// The strategy that tells a `config_manager` which sources there are.
+///
+/// To add a source to those of an application, derive from `std_config_dispatch`:
+///
+///     class sources : public std_config_dispatch {
+///     public:
+///         using std_config_dispatch::std_config_dispatch;
+///         bool setup(config_item_list& items) const override {
+///             std_config_dispatch::setup(items);
+///             items.push_back(registry_item().clone());
+///             return true;
+///         }
+///         sources* clone() const override { return new sources(*this); }
+///     };
+///
+/// Threads may share a dispatcher, as all of its operations are `const`, but not a list.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -7,15 +24,16 @@
 namespace TOVA_2_18 {
 namespace config {
 
-/// Decides for a `config_manager` which sources there are and how they are loaded and saved.
+/// Decides which sources a `config_manager` has and how they are loaded and saved. No data.
 class TOVA_API config_dispatch : public generic::abilities::clone_ability {
 public:
-    virtual ~config_dispatch() TOVA_NOTHROW;
+    ~config_dispatch() TOVA_NOTHROW override;
 
-    /// Appends the sources to the list, which is empty when the manager calls.
+    /// Appends the sources to the list, which is empty when a manager calls. The manager's `init`
+    /// returns the result, and nothing else uses it.
     virtual bool setup(config_item_list& items) const = 0;
 
-    /// Loads, unloads or saves every source.
+    /// Load, unload or save every source. A manager ignores the results.
     virtual bool load(config_item_list& items) const = 0;
     virtual bool unload(config_item_list& items) const = 0;
     virtual bool save(config_item_list& items) const = 0;

@@ -1,3 +1,12 @@
+/// @file
+/// The store of every source of configuration: values by dotted keys.
+///
+///     config_tree tree;
+///     tree.set_node("Server.Port", types::variant(80), 0);
+///     if (const config_node* port = tree.get_node("server/port"))
+///         listen(port->second.as_int());
+///
+/// A tree belongs to one thread at a time: nothing is locked, and counts of holders are not atomic.
 #pragma once
 
 #include <iosfwd>
@@ -20,73 +29,71 @@ struct tree_fields;
 
 /// A node as callers see it: its flags word and its value.
 ///
-/// Bit 0 (1): the node was given a value. Bit 1 (2): the node heads an array, whose elements are
-/// its children "0", "1", "2" and so on. Bit 2 (4): the node is an alias, its value names another
-/// key. A node that is only a step on the way to others has the word 0 and the value `true`.
+/// Bit 0 (1): the node was given a value. Bit 1 (2): the node is the head of an array, and its
+/// children "0", "1", "2" and so on are the elements. Bit 2 (4): the node is an alias, and its
+/// value is another key. A node that only exists as a step on a longer path has the word 0 and the
+/// value `true`.
 typedef std::pair<unsigned int, types::variant> config_node;
 
-/// Named nodes, as listings give them.
+/// Nodes with their names, as listings return them.
 typedef std::vector<std::pair<strings::ustring8, config_node>> config_node_list;
 
-/// The store behind every source of configuration: a tree of named nodes, each with a value and a
-/// word of flags.
+/// A tree of named nodes, each with a value and a flags word.
 ///
-/// A key is a path of segments with `.`, `/` or `\` between them. A segment may be empty. Segments
-/// are lowered byte by byte on their way in and out, so keys match without regard to case. A
-/// separator at the very end opens no further segment: `a.` is `a`, but `a..` is a child of `a`
-/// with the empty name. Every text is a key, the empty one too, which is a child with the empty
-/// name.
+/// A key is a path of segments separated by `.`, `/` or `\`. A segment may be empty. Every segment
+/// is lowered, byte by byte, so keys are case-insensitive. A separator at the very end starts no
+/// further segment: `a.` is `a`, but `a..` is a child of `a` with the empty name. Every string is a
+/// valid key; the empty string is a child with the empty name.
 ///
-/// A copy shares no node with its source, but the values, which never change, are shared as copies
-/// of a `types::variant` are. Depth is bounded by memory only. No lock: a tree belongs to one
-/// thread at a time. Operations raise what an allocation raises.
+/// A copy shares no node with its source. It shares the values, as copies of a `types::variant` do;
+/// they never change. Only memory limits the depth. Every operation can raise `std::bad_alloc`.
 class TOVA_API config_tree
     : public generic::abilities::reference_count_pointer_ability<config_tree>,
       public generic::abilities::clone_ability {
 public:
     /// A root without children.
     config_tree();
+
+    /// Copies all nodes. The copy has count 0 and no heap mark.
     config_tree(const config_tree& other);
-    virtual ~config_tree() TOVA_NOTHROW;
+    ~config_tree() TOVA_NOTHROW override;
 
     /// A copy on the heap with its heap mark set and count 0.
     config_tree* clone() const;
 
-    /// Takes copies of the nodes of `other`; a tree assigned to itself keeps its own. Holders and
-    /// heap mark stay.
+    /// Replaces the nodes by copies of those of `other`. Assignment to itself changes nothing. The
+    /// count and the heap mark stay.
     config_tree& operator=(const config_tree& other);
 
     /// Removes all children. The node's own flags and value stay.
     void erase();
 
-    /// Gives the node of that key a value and the word `flags` with bit 0 added. What the node held
-    /// is replaced, the older word too; its children stay. Nodes that are missing on the way are
-    /// made.
+    /// Sets the value of the node of that key, and its flags word to `flags` with bit 0 added. The
+    /// older value and word are replaced; the node's children stay. Missing nodes are added.
     void set_node(const strings::ustring8& key, const types::variant& value, unsigned int flags);
 
-    /// The first segment of `key` in lower case, and what follows the separator behind it as it
-    /// stands. Both outputs may not be `key` itself.
+    /// Splits off the first segment: `head` is that segment in lower case, `tail` is what follows
+    /// the separator after it, unchanged. Neither output may be `key` itself.
     void parse_string(const strings::ustring8& key, strings::ustring8& head,
                       strings::ustring8& tail) const;
 
-    /// The node of that key, or null. The pointer is good until the node is removed.
+    /// Returns the node of that key, or null. The pointer is valid until the node is removed.
     const config_node* get_node(const strings::ustring8& key) const;
 
-    /// Appends name and node of each element of the array of that key, from "0" up to the first gap
-    /// in the numbers. Appends nothing for a node that heads no array.
+    /// Appends the name and the node of each element of the array of that key, from "0" up to the
+    /// first missing number. Appends nothing if the node lacks bit 1.
     void get_array(const strings::ustring8& key, config_node_list& out);
 
-    /// Appends the children of the node of that key, or of this node for an empty key, in byte
-    /// order of their names, "10" before "9". With `recursive` each is followed by its own
-    /// children.
+    /// Appends the children of the node of that key, or of this node if the key is empty, in byte
+    /// order of their names: "10" comes before "9". If `recursive` is true, each child is followed
+    /// by its own children.
     ///
-    /// A name is the path from the listed node, with "." between. For an empty key `prefix` and a
-    /// "." stand in front of it, unless `prefix` is empty; any other key drops the prefix.
+    /// A name is the path from the listed node, joined by ".". For the empty key it starts with
+    /// `prefix` and a ".", unless `prefix` is empty. Any other key ignores the prefix.
     void get_value_pair_array(const strings::ustring8& key, config_node_list& out, bool recursive,
                               const strings::ustring8& prefix);
 
-    /// Writes the children as an indented tree for people to read, `depth` steps in, and returns
-    /// the stream.
+    /// Writes the children as a tree for people, indented by `depth` steps, and returns the stream.
     std::ostream& dump(std::ostream& out, int depth);
 
 private:
@@ -99,7 +106,7 @@ private:
     config_node m_node;
 };
 
-/// As `dump` at depth 0.
+/// Calls `dump` with depth 0.
 TOVA_API std::ostream& operator<<(std::ostream& out, config_tree& tree);
 
 }  // namespace config

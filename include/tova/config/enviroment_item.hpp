@@ -1,3 +1,11 @@
+/// @file
+/// The environment of a process as a source.
+///
+///     enviroment_item variables(environ);
+///     variables.load();
+///     variables.get_value("home");  // "/home/mia"
+///
+/// An item belongs to one thread at a time.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -6,27 +14,30 @@
 namespace TOVA_2_18 {
 namespace config {
 
-/// The environment of a process as a source of configuration, named "enviroment".
+/// The environment of a process as a source of configuration. Its name is "enviroment".
 ///
-/// Each string is read as a line `KEY=value` (see `base_config_item::make_key_value`): blanks and
-/// tabs outside of double quotes vanish, and a dot or slash in a variable's name makes a deeper
-/// key. The array and its strings are not owned; they must outlive `load`.
+/// Each string is read as a line `KEY=value` (see `base_config_item::make_key_value`): spaces and
+/// tabs outside of double quotes are dropped, and a dot, slash or backslash in a variable's name
+/// starts a new segment of the key. The array and its strings are not owned; they must outlive
+/// every `load`.
 class TOVA_API enviroment_item : public base_config_item {
 public:
-    /// `envp` ends with a null pointer, or is null itself.
+    /// `envp` ends with a null pointer, or is null itself, which is an empty environment.
     enviroment_item(const char* const* envp);
     enviroment_item(const enviroment_item& other);
-    virtual ~enviroment_item() TOVA_NOTHROW;
+    ~enviroment_item() TOVA_NOTHROW override;
 
-    /// Sets a key for each string. Always true.
-    virtual bool load(const config_item_list& items);
-    virtual bool load();
+    /// Sets a key for each string. Returns true.
+    bool load(const config_item_list& items) override;
+    bool load() override;
 
     /// Empties the tree.
-    virtual void unload();
+    void unload() override;
 
-    virtual enviroment_item* clone() const;
+    /// A copy on the heap with its heap mark set and count 0.
+    enviroment_item* clone() const override;
 
+    /// The array that the constructor got.
     const char* const* get_envp();
 
 private:

@@ -29,7 +29,7 @@ public:
 
     /// Copies the tree and the file's name.
     file_item(const file_item& other);
-    virtual ~file_item() TOVA_NOTHROW;
+    ~file_item() TOVA_NOTHROW override;
 
     /// Chooses the file and reads it.
     ///
@@ -40,10 +40,10 @@ public:
     ///
     /// On a second load all sources are filled, this one and the environment included, and so is
     /// the name: `cfg_file` may then lead to another file than before.
-    virtual bool load(const config_item_list& items);
+    bool load(const config_item_list& items) override;
 
     /// Calls `load_file`. Returns true.
-    virtual bool load();
+    bool load() override;
 
     /// Both replace the file by the sections of the tree and their entries, in byte order of the
     /// lower-case keys. Keys at the top level, entries below other entries and comments are lost.
@@ -54,14 +54,14 @@ public:
     ///
     /// A symbolic link is not written. A pipe is, and the call waits until something reads from it.
     /// Returns true, also if nothing could be written.
-    virtual bool save(const config_item_list& items);
-    virtual bool save();
+    bool save(const config_item_list& items) override;
+    bool save() override;
 
     /// Empties the tree; the name of the file stays.
-    virtual void unload();
+    void unload() override;
 
     /// A copy on the heap with its heap mark set and count 0.
-    virtual file_item* clone() const;
+    file_item* clone() const override;
 
     /// A copy of the file's name. Empty if none was given or found.
     strings::ustring8 get_filename();

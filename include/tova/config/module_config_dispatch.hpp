@@ -1,3 +1,12 @@
+/// @file
+/// The sources of a loadable module.
+///
+///     config_manager settings;
+///     settings.init(module_config_dispatch(varg_list(argument("module.cfg")), environ));
+///     settings.load();
+///     settings.get_config_item("user_item")->set("color", types::variant("red"), 0);
+///
+/// Threads may share a dispatcher that nobody assigns to.
 #pragma once
 
 #include <string>
@@ -12,24 +21,26 @@ namespace config {
 
 /// The sources of a loadable module: its files in order, then the environment, then a `user_item`.
 ///
-/// A value that the program sets in the `user_item` is thus the weakest of all. The item is found
-/// under the name "user_item".
+/// Every other source overrides what the program sets in the `user_item`, so that is the place for
+/// defaults. The item has the name "user_item".
 class TOVA_API module_config_dispatch : public config_dispatch {
 public:
-    /// `names` holds the names of the files. `envp` is not owned; it must outlive every load.
+    /// The values of `names`, as strings, are the names of the files. `envp` is not owned; it must
+    /// outlive every load.
     module_config_dispatch(const generic::varg_list& names, const char* const* envp);
-    virtual ~module_config_dispatch() TOVA_NOTHROW;
+    ~module_config_dispatch() TOVA_NOTHROW override;
 
-    /// Appends a `file_item` for each name, an `enviroment_item` and a `user_item`. Always true.
-    virtual bool setup(config_item_list& items) const;
+    /// Appends a `file_item` for each name, an `enviroment_item` and a `user_item`. Returns true.
+    bool setup(config_item_list& items) const override;
 
-    /// Each calls the operation of that name of each item in list order, and hands `load` and
-    /// `save` the whole list. Always true.
-    virtual bool load(config_item_list& items) const;
-    virtual bool unload(config_item_list& items) const;
-    virtual bool save(config_item_list& items) const;
+    /// Call the operation of the same name of each item, in list order. `load` and `save` of an
+    /// item get the whole list. Return true.
+    bool load(config_item_list& items) const override;
+    bool unload(config_item_list& items) const override;
+    bool save(config_item_list& items) const override;
 
-    virtual module_config_dispatch* clone() const;
+    /// A copy on the heap, owned by the caller.
+    module_config_dispatch* clone() const override;
 
 private:
     const char* const* m_envp;

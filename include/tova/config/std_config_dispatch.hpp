@@ -1,3 +1,11 @@
+/// @file
+/// The sources of an application.
+///
+///     config_manager settings;
+///     settings.init(std_config_dispatch(argc, argv, envp, "tool.cfg", ""));
+///     settings.load();
+///
+/// Threads may share a dispatcher that nobody assigns to.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -7,29 +15,30 @@
 namespace TOVA_2_18 {
 namespace config {
 
-/// The sources of an application: command line, then file, then environment.
+/// The sources of an application: the command line, then the file, then the environment.
 class TOVA_API std_config_dispatch : public config_dispatch {
 public:
-    /// Leaves count and arrays of the process unset: for an object that is assigned to before use.
+    /// Leaves `argc`, `argv` and `envp` uninitialized: assign another dispatcher before any use.
     std_config_dispatch();
 
-    /// The arrays are not owned; they must outlive every load. `filename` may be empty: the file is
-    /// then found by `cfg_file` or by the program's name (see `file_item::load`). `second` is kept
-    /// and copied, and nothing reads it.
+    /// The arrays are not owned; they must outlive every load. If `filename` is empty, the file is
+    /// found by `cfg_file` or by the program's name (see `file_item::load`). `second` is stored and
+    /// copied, but nothing reads it.
     std_config_dispatch(int argc, const char* const* argv, const char* const* envp,
                         const strings::ustring8& filename, const strings::ustring8& second);
-    virtual ~std_config_dispatch() TOVA_NOTHROW;
+    ~std_config_dispatch() TOVA_NOTHROW override;
 
-    /// Appends a `commandline_item`, a `file_item` and an `enviroment_item`. Always true.
-    virtual bool setup(config_item_list& items) const;
+    /// Appends a `commandline_item`, a `file_item` and an `enviroment_item`. Returns true.
+    bool setup(config_item_list& items) const override;
 
-    /// Each calls the operation of that name of each item in list order, and hands `load` and
-    /// `save` the whole list. Always true.
-    virtual bool load(config_item_list& items) const;
-    virtual bool unload(config_item_list& items) const;
-    virtual bool save(config_item_list& items) const;
+    /// Call the operation of the same name of each item, in list order. `load` and `save` of an
+    /// item get the whole list. Return true.
+    bool load(config_item_list& items) const override;
+    bool unload(config_item_list& items) const override;
+    bool save(config_item_list& items) const override;
 
-    virtual std_config_dispatch* clone() const;
+    /// A copy on the heap, owned by the caller.
+    std_config_dispatch* clone() const override;
 
 private:
     const char* const* m_argv;

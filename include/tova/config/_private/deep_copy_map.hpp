@@ -1,3 +1,6 @@
+/// @file
+/// The map type of a `config_tree`'s children. It is exported as part of the class's layout and not
+/// meant for users. One thread at a time per map.
 #pragma once
 
 #include <map>
@@ -11,9 +14,9 @@ namespace _private {
 template <typename Key, typename Pointer>
 class deep_copy_map;
 
-/// A map of counted objects whose assignment copies the objects, by their `clone()`.
+/// A map of counted objects whose assignment copies the objects through their `clone()`.
 ///
-/// In all else it is the standard map, its copy constructor included, which shares the objects.
+/// Everything else is as in the standard map; its copy constructor shares the objects.
 template <typename Key, typename Value>
 class deep_copy_map<Key, memory::pointers::rc_pointer<Value>>
     : public std::map<Key, memory::pointers::rc_pointer<Value>> {
@@ -24,8 +27,9 @@ public:
     deep_copy_map() : base_type() {}
     deep_copy_map(const deep_copy_map& source) : base_type(source) {}
 
-    /// Empties the map and then takes a copy of each object of `source`; null stays null. A map
-    /// assigned to itself is therefore empty.
+    /// Empties the map and then adds a copy of each object of `source`; null stays null.
+    ///
+    /// Contract: assignment to itself leaves the map empty, because it is emptied first.
     deep_copy_map& operator=(const deep_copy_map& source) {
         this->clear();
         for (typename base_type::const_iterator entry = source.begin(); entry != source.end();
