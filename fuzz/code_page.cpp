@@ -1,5 +1,7 @@
-// Any bytes as text of each code page, in both directions: the result is that of one iconv run with
-// room for everything.
+// `code_page`: any bytes in each code page, in both directions. The result is that of one iconv
+// call with room for everything.
+//
+// Input: one byte for the code page, then the text.
 #include <tova/strings/code_page.hpp>
 #include <tova/strings/unicode.hpp>
 
@@ -43,7 +45,7 @@ converted convert(const std::string& to, const std::string& from, std::string in
         if (errno == EINVAL) {
             result.cut = true;
         } else {
-            if (left > 0) {  // a refused character may be stepped over already
+            if (left > 0) {  // iconv may have passed the refused character already
                 ++read;
                 --left;
             }
@@ -56,11 +58,11 @@ converted convert(const std::string& to, const std::string& from, std::string in
     return result;
 }
 
-void check(const std::string& got, const converted& expected) {
-    if (got == expected.text)
+void check(const std::string& actual, const converted& expected) {
+    if (actual == expected.text)
         return;
-    // A cut sequence that met a full output ends in two NUL bytes.
-    require(expected.cut && got == expected.text + std::string(2, '\0'));
+    // A cut sequence that meets a full output ends in two NUL bytes.
+    require(expected.cut && actual == expected.text + std::string(2, '\0'));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-// A command line of arguments with NUL bytes between them, beside the plain second implementation
-// of the tests. The first is the program's name.
+// `commandline_item`: a command line, compared with the second implementation of the tests.
+//
+// Input: the arguments with NUL bytes between them, the first of which is the program's name.
 #include <tova/config/commandline_item.hpp>
 
 #include "../tests/config/line_oracle.hpp"
@@ -17,7 +18,7 @@ using tova::config::commandline_item;
 using tova::types::variant;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    std::cout.rdbuf(nullptr);  // the warnings
+    std::cout.rdbuf(nullptr);  // no warnings
     return 0;
 }
 
@@ -38,7 +39,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(item.get_value("application.name.raw") != nullptr);
     const config_support::lines nodes = config_support::content(item);
 
-    // The same options behind a name without extension. Texts of its own type become as the others.
+    // The same options after a program name without an extension. The two values that are stored as
+    // std::string are converted, so that they compare equal to the others.
     std::vector<const char*> renamed(arguments);
     renamed[0] = "tool";
     commandline_item plain(count, renamed.data());
@@ -54,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     line_oracle::read_options(expected, {renamed.begin(), renamed.end() - 1});
     require(config_support::content(plain) == cfg_oracle::show(expected));
 
-    // A count that is too high changes nothing, and neither does a copy.
+    // A count that is too high makes no difference, and neither does a copy.
     commandline_item counted(count + 1, arguments.data());
     counted.load();
     require(config_support::content(counted) == nodes);

@@ -1,4 +1,7 @@
-// Reading and saving of configuration files, beside the plain second implementation of the tests.
+// `file_item`: a configuration file read and saved, compared with the second implementation of the
+// tests.
+//
+// Input: the file.
 #include <tova/config/file_item.hpp>
 
 #include "../tests/config/cfg_oracle.hpp"
@@ -19,7 +22,7 @@ using tova::config::file_item;
 
 namespace {
 
-// A name of a file in memory, where there is a folder for such.
+// The name of a file, in memory where the system offers a folder for that.
 std::string file_name() {
     const std::string folder = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
     return folder + "/tova_fuzz_" + std::to_string(getpid()) + ".cfg";
@@ -38,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const config_support::lines nodes = config_support::content(item);
     require(nodes == cfg_oracle::show(expected));
 
-    // The second time sets the same keys again, and a copy holds them as well.
+    // Loading again sets the same keys, and a copy has them as well.
     item.load();
     require(config_support::content(item) == nodes);
     file_item copy(item);

@@ -1,5 +1,7 @@
-// The tokenizer of the configuration: pieces follow one another without gap or overlap, and each
-// says what stands in the text.
+// The tokenizer of the configuration: the tokens follow one another without gap or overlap, and
+// each has the text of its bytes. `make_key_value` and `set` take any line.
+//
+// Input: the text.
 #include <tova/config/user_item.hpp>
 
 #include "require.hpp"
@@ -14,7 +16,7 @@ using tova::strings::ustring8;
 
 namespace {
 
-// What the text of a piece must be, from the bytes that it covers and the text before it.
+// What the text of a token must be, from the bytes that it covers and the text of the token before.
 std::string expected_text(const config_token& token, const std::string& bytes,
                           const std::string& before) {
     switch (token.type) {

@@ -1,6 +1,7 @@
-// Dates, times and durations moved by any sequence of steps, beside plain arithmetic on wider
-// numbers and a calendar of month lengths. Input: a byte for each step, followed by the four or
-// eight bytes of its number.
+// Dates, times and durations, changed by any sequence of steps and compared with plain arithmetic
+// on wider numbers and a table of month lengths.
+//
+// Input: for each step one byte, followed by the four or eight bytes of its number.
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/system/date_time/date_time.hpp>
 
@@ -20,7 +21,7 @@ using tova::exceptions::out_of_range;
 
 __extension__ typedef __int128 wide;
 
-// The low bits of a number, read with a sign.
+// The low bits of a number as a signed one.
 int wrapped_32(wide number) {
     return static_cast<int>(static_cast<unsigned>(number));
 }
@@ -68,7 +69,7 @@ struct plain_date {
         return true;
     }
 
-    unsigned told_day() const {
+    unsigned visible_day() const {
         if (month == 0)
             return 0;
         const unsigned length = test_support::month_length(year, month);
@@ -123,8 +124,8 @@ struct plain_date_time {
 
 void compare(const date& ours, const plain_date& plain) {
     require(ours.year() == plain.year && ours.month() == plain.month);
-    require(ours.day() == plain.told_day() && ours.get_days() == plain.told_day());
-    require(ours.is_day_constrained() == (plain.told_day() != plain.day));
+    require(ours.day() == plain.visible_day() && ours.get_days() == plain.visible_day());
+    require(ours.is_day_constrained() == (plain.visible_day() != plain.day));
     require(ours.is_leap_year() == test_support::is_leap(plain.year));
     require(ours.pJulian_day_number() == plain.number());
 }
@@ -143,9 +144,9 @@ void compare(const time_duration& ours, long milliseconds) {
     require(ours.millisecond() == milliseconds % 1000);
 }
 
-// Whether the step went through without `out_of_range`.
+// Whether the step did not raise `out_of_range`.
 template <typename Step>
-bool done(const Step& step) {
+bool succeeds(const Step& step) {
     try {
         step();
         return true;
@@ -192,10 +193,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             const unsigned number = input.next<std::uint32_t>();
             switch (step) {
             case 0:
-                require(done([&] { ours.day(number); }) == plain.date.set_day(number));
+                require(succeeds([&] { ours.day(number); }) == plain.date.set_day(number));
                 break;
             case 1:
-                require(done([&] { ours.month(number); }) == plain.date.set_month(number));
+                require(succeeds([&] { ours.month(number); }) == plain.date.set_month(number));
                 break;
             case 2:
                 plain.date.year = ours.year(number);
@@ -212,7 +213,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             case 5: {
                 const date_duration days(static_cast<int>(number));
                 date other(ours.date());
-                const bool moved = done([&] { step == 4 ? other += days : other -= days; });
+                const bool moved = succeeds([&] { step == 4 ? other += days : other -= days; });
                 require(moved == (step == 4 ? plain.date.move(days.days())
                                             : plain.date.move_back(days.days())));
                 ours = other;
@@ -227,7 +228,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             }
         } else if (step < 11) {
             const unsigned number = input.next<std::uint32_t>();
-            const bool set = done([&] {
+            const bool set = succeeds([&] {
                 switch (step) {
                 case 7:
                     ours.hour(number);
@@ -250,14 +251,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             case 11:
             case 12: {
                 const bool back = step == 12;
-                require(done([&] { back ? ours -= move : ours += move; }) ==
+                require(succeeds([&] { back ? ours -= move : ours += move; }) ==
                         plain.move(number, back));
                 break;
             }
             case 13: {
                 time other;
                 plain_time plain_other = plain.time;
-                const bool moved = done([&] { other = ours.time() + move; });
+                const bool moved = succeeds([&] { other = ours.time() + move; });
                 require(moved == plain_other.move(number));
                 if (moved)
                     compare(other, plain_other);

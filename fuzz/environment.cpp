@@ -1,5 +1,7 @@
-// An environment of strings with NUL bytes between them, and lookups of all that it sets through a
-// manager.
+// `enviroment_item`: an environment, compared with the second implementation of the tests, and
+// lookups of all its keys through a manager.
+//
+// Input: the strings of the environment with NUL bytes between them.
 #include <tova/config/config_manager.hpp>
 #include <tova/config/enviroment_item.hpp>
 #include <tova/config/module_config_dispatch.hpp>
@@ -39,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     base_config_item& item = *manager.get_config_item("enviroment");
     require(config_support::content(item) == cfg_oracle::show(expected));
 
-    // Each value becomes an alias as well, in a weaker source: every walk ends.
+    // Each value also becomes an alias in a weaker source. Every lookup ends, even in a cycle.
     base_config_item& aliases = *manager.get_config_item("user_item");
     config_node_list nodes;
     item.get_value_pair_array("", nodes, true);

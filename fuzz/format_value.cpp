@@ -1,6 +1,8 @@
-// Any item type, value and data through `format_value`: it ends, gives what the function behind the
-// type gives, and shows in a message as told. The first byte is the type, the second the kind of
-// the value, the next eight the value's bits; the rest is the item's data.
+// `format_value`: any item type, value and data. It returns what the function for the type returns,
+// and a message shows the same.
+//
+// Input: one byte for the type, one for the kind of the value, eight for the value; the rest is the
+// item's data.
 #include <tova/i18n/format.hpp>
 #include <tova/i18n/message.hpp>
 #include <tova/strings/split.hpp>
@@ -23,7 +25,7 @@ using tova::generic::argument;
 using tova::generic::varg_list;
 using tova::strings::ustring8;
 
-// A field is as wide as it is told, up to gigabytes; those are left out.
+// Whether a field is so wide that its padding alone takes the time: widths go up to gigabytes.
 bool has_wide_field(const std::string& data) {
     for (std::size_t i = 0; i < data.size(); ++i) {
         const int size = static_cast<int>(std::atol(data.c_str() + i));
@@ -106,7 +108,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     if (is_formatted(type) && odd)
         require(text == "-0");
 
-    // In a message, with its name in front and a literal on each side.
+    // In a message, with a literal on each side.
     const message_item item(data, type);
     varg_list args;
     args.push_back(argument(item.name(), value));

@@ -1,5 +1,8 @@
-// The integer parsers in all widths against a plain oracle, the floating ones against a stream, and
-// the printers against the parsers. Input: one byte for the radix, one for flags, the text.
+// Text and number conversion: the integer parsers in all widths compared with the second
+// implementation of the tests, the floating-point ones with a stream, the printers with the
+// parsers.
+//
+// Input: one byte for the radix, one for flags, then the text.
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/generic/convert/str_to_x.hpp>
 #include <tova/generic/convert/x_to_str.hpp>
@@ -34,7 +37,7 @@ struct request {
 template <typename Unit, typename Result>
 void compare(Result (*parse)(const Unit*, unsigned long, radix_t::base, bool), wide_int min,
              wide_int max, const request& asked) {
-    // A buffer of just the size, so that a read behind it is noticed.
+    // A buffer of exactly this size, so that a read past its end is noticed.
     const std::vector<Unit> text(asked.units.begin(), asked.units.end());
     std::vector<long> seen(text.begin(), text.end());
     parse_outcome actual = {parse_outcome::number, 0};
@@ -78,7 +81,7 @@ void compare_with_stream(Value (*parse)(const ustring8&), const std::string& tex
     if (stream.fail())
         expected = 0;
     const Value actual = parse(text);
-    // Signs of zero count; the six padding bytes of a long double do not.
+    // The sign of zero counts; the six padding bytes of a long double do not.
     require(std::memcmp(&actual, &expected, sizeof(Value) > 10 ? 10 : sizeof(Value)) == 0);
 }
 

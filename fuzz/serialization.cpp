@@ -1,6 +1,6 @@
-// The three readers: content and a sequence of reads, both from the input, against plain readers
-// that copy what they look at. Input: two bytes for the size of the content, the content, and a
-// byte for each call.
+// The readers of the three encodings, compared with plain readers that copy what they look at.
+//
+// Input: two bytes for the size of the content, the content, and one byte for each call.
 #include <tova/generic/convert/str_to_x.hpp>
 #include <tova/serialization/labeled_text_buffer.hpp>
 #include <tova/serialization/serialize_binary_buf.hpp>
@@ -28,12 +28,12 @@ using serialization::serialize_text_buf;
 using test_support::tree_model;
 using types::radix_t;
 
-// What a call answered, in a form that compares: a number's bytes, a string, a marker.
-typedef std::string answer;
+// What a call returned, in a form that can be compared: the bytes of a number, a string, a marker.
+typedef std::string result;
 
 template <typename Number>
-answer of_number(Number value) {
-    return answer(reinterpret_cast<const char*>(&value), sizeof value);
+result of_number(Number value) {
+    return result(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
 const char raised[] = "raised";
@@ -61,14 +61,14 @@ public:
         return found;
     }
     template <typename Number>
-    answer number(Number (*parse)(const char*, unsigned long, radix_t::base, bool)) {
+    result number(Number (*parse)(const char*, unsigned long, radix_t::base, bool)) {
         const std::string digits = field();
         return of_number<Number>(
             digits.empty() ? Number()
                            : parse(digits.c_str(), digits.size(), radix_t::detect, false));
     }
     template <typename Number>
-    answer floating(Number (*parse)(const strings::ustring8&)) {
+    result floating(Number (*parse)(const strings::ustring8&)) {
         return of_number<Number>(parse(strings::ustring8(field())));
     }
     std::string string() {
@@ -85,7 +85,7 @@ public:
     }
 
     // One call by its number, in the order of the slots.
-    answer call(int number) {
+    result call(int number) {
         namespace convert = generic::convert;
         switch (number) {
         case 0:
@@ -118,7 +118,7 @@ private:
     std::size_t m_position;
 };
 
-// The binary encoding, out of a copy with zeros behind it.
+// The binary encoding, read from a copy with zeros after it.
 class plain_binary {
 public:
     explicit plain_binary(const std::string& text) : m_text(text), m_position(0) {}
@@ -128,25 +128,25 @@ public:
     void append(const std::string& text) { m_text += text; }
     void assign(const std::string& text) { m_text = text; }
 
-    answer fixed(std::size_t size) {
+    result fixed(std::size_t size) {
         if (at_end())
-            return answer(size, '\0');
-        const answer found = (m_text + std::string(8, '\0')).substr(m_position, size);
+            return result(size, '\0');
+        const result found = (m_text + std::string(8, '\0')).substr(m_position, size);
         m_position += size;
         return found;
     }
-    answer string(const char* at_the_end) {
+    result string(const char* at_the_end) {
         if (at_end())
             return at_the_end;
         std::uint32_t length;
         std::memcpy(&length, fixed(4).data(), 4);
         if (at_end())
             return at_the_end;
-        const answer found = m_text.substr(m_position, length);
+        const result found = m_text.substr(m_position, length);
         m_position += length;
         return found;
     }
-    answer call(int number) {
+    result call(int number) {
         const std::size_t sizes[] = {1, 2, 4, 8, 1, 2, 4, 8, 4, 8};
         return number < 10 ? fixed(sizes[number]) : string(number == 10 ? "" : null_buffer);
     }
@@ -156,7 +156,7 @@ private:
     std::size_t m_position;
 };
 
-answer call(const serialize_buffer& buffer, int number) {
+result call(const serialize_buffer& buffer, int number) {
     switch (number) {
     case 0:
         return of_number(buffer.read_int8());
@@ -182,13 +182,13 @@ answer call(const serialize_buffer& buffer, int number) {
         return buffer.read_string();
     default: {
         const std::unique_ptr<serialize_buffer> nested(buffer.read_buffer());
-        return nested == nullptr ? answer(null_buffer) : nested->as_str();
+        return nested == nullptr ? result(null_buffer) : nested->as_str();
     }
     }
 }
 
 template <typename Reader>
-answer guarded(Reader&& reader, int number) {
+result guarded(Reader&& reader, int number) {
     try {
         return reader(number);
     } catch (const std::out_of_range& error) {
@@ -230,7 +230,7 @@ void compare(const std::string& content, const std::string& calls) {
     }
 }
 
-// The tree against the recursive model; texts that a reader never leaves are left out.
+// The tree, compared with the recursive model. Content on which the reader never ends is left out.
 void compare_tree(const std::string& content) {
     tree_model model;
     const tree_model::outcome outcome = model.read(content);

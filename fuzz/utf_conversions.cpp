@@ -1,5 +1,7 @@
-// Any bytes as text of each width through the conversions, the decoders and the position helpers:
-// each answers as the plain oracle of the tests does.
+// The conversions between the three widths, the decoders and the position helpers: any bytes as a
+// string of each width, compared with the second implementation of the tests.
+//
+// Input: the bytes of the string.
 #include <tova/strings/gh2.hpp>
 #include <tova/strings/unicode.hpp>
 
@@ -21,7 +23,7 @@ points values(const String& text) {
     return points(text.begin(), text.end());
 }
 
-// The bytes as units, in host order; what does not fill a unit is left out.
+// The bytes as code units in host order. Bytes at the end that do not fill a unit are left out.
 template <typename String>
 String units_of(const std::uint8_t* data, std::size_t size) {
     String text(size / sizeof(typename String::value_type), 0);
@@ -53,7 +55,7 @@ void check_utf8(const ustring8& text) {
 }
 
 void check_utf16(ustring16 text) {
-    check_BOM_and_modify_swap(text);  // a leading 0xFFFE has no end
+    check_BOM_and_modify_swap(text);  // a leading 0xFFFE would recurse without end
     const points units = values(text);
     const unicode_oracle::answer decoded = unicode_oracle::utf16_to_utf32(units);
     require(values(utf16_to_utf32(text)) == decoded.values);
@@ -84,6 +86,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     check_utf8(text);
     check_utf16(units_of<ustring16>(data, size));
     check_utf32(units_of<ustring32>(data, size));
-    check_utf32(utf8_to_utf32(text));  // mostly good characters, unlike the line above
+    check_utf32(utf8_to_utf32(text));  // mostly valid characters, unlike in the line above
     return 0;
 }

@@ -1,5 +1,7 @@
-// Any text as an XMC file: the load ends in a kind with a finished report, gives the same outcome
-// again, leaves a set alone unless all of it was read, and what was read renders.
+// `xmc_file_loader`: any text as an XMC file. The load returns a kind with a complete message, and
+// returns the same when it is repeated. All messages that were read can be rendered.
+//
+// Input: the file.
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 
 #include "require.hpp"
@@ -30,14 +32,14 @@ bool ends_with(const std::string& text, const std::string& end) {
            text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-// Puts a file in place at once, as several fuzzers may run beside each other.
+// Replaces a file in one step, since several fuzzers may run at the same time.
 void put(const std::string& path, const std::string& content) {
     const std::string fresh = path + "." + std::to_string(::getpid());
     std::ofstream(fresh) << "<?xml?><xmc version='1.1'>" << content << "</xmc>";
     require(std::rename(fresh.c_str(), path.c_str()) == 0);
 }
 
-// A folder with what a text may include: a good file, a faulty one and a circle.
+// A folder with files to include: a valid one, an invalid one and a cycle of two.
 std::string folder_of_includes() {
     const std::string folder = "/tmp/tova_fuzz_xmc_" + std::to_string(::getuid()) + "/";
     ::mkdir(folder.c_str(), 0700);
@@ -51,12 +53,12 @@ std::string folder_of_includes() {
 
 load_error read(xmc_file_loader& loader, const std::string& folder, const ustring8& text) {
     loader.handle_language("de_AT");
-    // A file that reads nothing leaves its folder behind, as the one that includes start from.
+    // Relative includes start from the folder of the file that was loaded last.
     require(loader.parse_file(folder + "empty").type == xmc_file_loader::no_catalog);
     return loader.parse_string(text, "f");
 }
 
-// Whether a field may be so wide that its text alone fills the memory, which is as it should be.
+// Whether a field may be so wide that its padding alone fills the memory, as it is documented to.
 bool has_wide_field(const ustring8& text) {
     int digits = 0;
     for (const char c : text) {
@@ -92,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const std::string folder = folder_of_includes();
     const ustring8 text(reinterpret_cast<const char*>(data), size);
     if (text.find("/dev") != ustring8::npos || text.find("/proc") != ustring8::npos)
-        return 0;  // an include of a device may wait for ever
+        return 0;  // an include of a device may block for ever
 
     xmc_file_loader loader;
     const load_error outcome = read(loader, folder, text);
@@ -107,7 +109,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const load_error same = read(again, folder, text);
     require(same.type == outcome.type && same.message == outcome.message);
 
-    // What a faulty text read before its fault is in order, too.
+    // What was read before an error is consistent as well.
     catalogs loaded;
     const unsigned long stored = loader.combine_data(loaded, {});
     unsigned long count = 0;

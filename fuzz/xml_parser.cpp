@@ -1,5 +1,7 @@
-// Any text through `xml_parser`: the run ends in a kind, is the same whatever stands behind the
-// range, and leaves a parser behind that takes the next text.
+// `xml_parser`: any document. A run returns a valid kind, does not depend on the bytes after its
+// range, and leaves a parser that accepts the next document.
+//
+// Input: the document.
 #include <tova/functor/member_function.hpp>
 #include <tova/parser/xml_parser.hpp>
 
@@ -17,13 +19,13 @@ using tova::parser::xml_parser;
 using tova::strings::ustring8;
 using parse_error = xml_parser::parse_error;
 
-// All events of a run in one text.
+// All events of a run in one string.
 class transcript {
 public:
     explicit transcript(xml_parser& parser) {
-        using text_handler = member_function_t<transcript, void(ustring8 const&)>;
+        using text_handler = member_function_t<transcript, void(const ustring8&)>;
         using attribute_handler =
-            member_function_t<transcript, void(ustring8 const&, ustring8 const&)>;
+            member_function_t<transcript, void(const ustring8&, const ustring8&)>;
         parser.on_element_start = text_handler(this, &transcript::element_start);
         parser.on_element_end = text_handler(this, &transcript::element_end);
         parser.on_attribute = attribute_handler(this, &transcript::attribute);
@@ -32,12 +34,12 @@ public:
         parser.on_comment = text_handler(this, &transcript::comment);
     }
 
-    void element_start(ustring8 const& name) { add("start", name, name); }
-    void element_end(ustring8 const& name) { add("end", name, name); }
-    void attribute(ustring8 const& name, ustring8 const& value) { add("attribute", name, value); }
-    void character(ustring8 const& text) { add("text", "n", text); }
-    void comment(ustring8 const& text) { add("comment", "n", text); }
-    void space(ustring8 const& text) {
+    void element_start(const ustring8& name) { add("start", name, name); }
+    void element_end(const ustring8& name) { add("end", name, name); }
+    void attribute(const ustring8& name, const ustring8& value) { add("attribute", name, value); }
+    void character(const ustring8& text) { add("text", "n", text); }
+    void comment(const ustring8& text) { add("comment", "n", text); }
+    void space(const ustring8& text) {
         require(!text.empty() && text.find_first_not_of(" \t\r\n") == ustring8::npos);
         add("space", "n", text);
     }
@@ -45,7 +47,7 @@ public:
     std::string text;
 
 private:
-    void add(const char* kind, ustring8 const& name, ustring8 const& value) {
+    void add(const char* kind, const ustring8& name, const ustring8& value) {
         require(!name.empty());
         text += kind;
         text += ' ' + name + ' ' + std::to_string(value.size()) + ' ' + value + '\n';
@@ -69,13 +71,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const ustring8 text(reinterpret_cast<const char*>(data), size);
     xml_parser parser;
     const std::string result = result_of(parser, text.begin(), text.end());
-    for (const char* behind : {">", "/>", "='x'>", ";", "-->"}) {
-        const ustring8 longer = text + behind;
+    for (const char* after : {">", "/>", "='x'>", ";", "-->"}) {
+        const ustring8 longer = text + after;
         xml_parser another;
         require(result == result_of(another, longer.begin(),
                                     longer.begin() + static_cast<std::ptrdiff_t>(size)));
     }
-    // The same parser again, from whatever it kept, over the two halves of the text.
+    // The same parser again, with whatever it kept, on the two halves of the document.
     const auto middle = text.begin() + static_cast<std::ptrdiff_t>(size / 2);
     result_of(parser, text.begin(), middle);
     result_of(parser, middle, text.end());

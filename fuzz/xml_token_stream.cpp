@@ -1,5 +1,7 @@
-// Any text through `xml_token_stream`: attributes come in pairs behind their element's start, and
-// every start tag is ended once, at the latest by the event behind it.
+// `xml_token_stream`: any document. Attribute names and values alternate, and every start tag is
+// ended exactly once, at the latest before the next event.
+//
+// Input: the document.
 #include <tova/parser/xml_token_stream.hpp>
 
 #include "require.hpp"
