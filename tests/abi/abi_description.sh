@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# abi_description.sh check|update LIBRARY: compares the sizes, members, bases, slots and signatures
-# that the library's debug information describes with the stored description, or stores it anew. A
-# difference is a change of the binary interface: programs built before it no longer fit.
+# abi_description.sh check|update LIBRARY: compares the sizes, members, bases, slots and signatures in
+# the library's debug information with the stored description, or stores them anew. A difference is a
+# change of the binary interface: programs built before it no longer work.
 set -euo pipefail
 here=$(realpath "$(dirname "$0")")
 mode=$1
@@ -21,10 +21,10 @@ update)
 check)
     gunzip -c "$stored" >"$work/libtova.abi"
     abidiff --headers-dir2 "$headers" "$work/libtova.abi" "$library" || {
-        echo "the binary interface differs from tests/abi/libtova.abi.gz; if that is wanted:"
+        echo "the binary interface differs from tests/abi/libtova.abi.gz; if this is intended:"
         echo "    tests/abi/abi_description.sh update build/release/libtova.so"
         exit 1
     }
-    echo "the description is even"
+    echo "the binary interface equals its stored description"
     ;;
 esac

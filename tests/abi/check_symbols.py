@@ -1,14 +1,12 @@
 #!/usr/bin/env python3
-"""Holds the shared object's symbols to the headers and to the stored lists.
+"""Compares the symbols of the shared object with the headers and with the stored lists.
 
-Three comparisons, each of which must come out even:
  1. Headers to object: every function, member and object that a public header declares outside a
-    template is an exported symbol, and none has an inline body, save those that
-    inline_functions.txt names.
+    template is an exported symbol. None has an inline body, except those in inline_functions.txt.
  2. Lists to object: every line of symbols/*.txt is exported. The lists name what the interface
     promises, as `nm -DC` prints it.
- 3. Object to lists: every exported symbol stands in a list. What a compiler makes for a listed
-    class (typeinfo names, thunks) needs no line of its own.
+ 3. Object to lists: every exported symbol is in a list. What a compiler generates for a listed class
+    (typeinfo names, thunks) needs no line of its own.
 """
 import argparse
 import collections
@@ -32,7 +30,7 @@ def exported(library, demangle):
 
 
 def declared(headers, compiler):
-    """Mangled name -> (qualified name, whether it has a body) of all that the headers declare."""
+    """Maps each mangled name that the headers declare to (qualified name, whether it has a body)."""
     command = [compiler, "-std=c++14", "-fsyntax-only", "-w", f"-I{headers}", "-x", "c++",
                "-Xclang", "-ast-dump=json", "-Xclang", "-ast-dump-filter=TOVA_2_18",
                str(headers / "tova" / "tova.hpp")]
@@ -84,7 +82,7 @@ def listed():
 
 
 def implied(name, lists):
-    """Whether a compiler makes this symbol for a listed one without being asked."""
+    """Whether a compiler generates this symbol along with a listed one."""
     if name.startswith("typeinfo name for TOVA_2_18::"):
         return True
     for prefix, base in (("non-virtual thunk to ", ""), ("virtual thunk to ", ""),
@@ -107,27 +105,27 @@ def main():
     inline_allowed = {line.strip() for line in
                       (HERE / "inline_functions.txt").read_text().splitlines()
                       if line.strip() and not line.startswith("#")}
-    faults = []
+    problems = []
     names = declared(options.headers, options.compiler)
     inline_seen = set()
     for name, (qualified, has_body) in sorted(names.items(), key=lambda item: item[1]):
         if has_body:
             inline_seen.add(qualified)
             if qualified not in inline_allowed:
-                faults.append(f"inline in a header: {qualified}")
+                problems.append(f"inline in a header: {qualified}")
         elif name not in mangled:
-            faults.append(f"declared, not exported: {qualified} ({name})")
-    faults += [f"no such inline function: {name}" for name in sorted(inline_allowed - inline_seen)]
-    faults += [f"listed in {lists[name]}, not exported: {name}" for name in lists
+            problems.append(f"declared, not exported: {qualified} ({name})")
+    problems += [f"no such inline function: {name}" for name in sorted(inline_allowed - inline_seen)]
+    problems += [f"listed in {lists[name]}, not exported: {name}" for name in lists
                if name not in plain]
-    faults += [f"exported, in no list: {name}" for name in sorted(plain)
+    problems += [f"exported, in no list: {name}" for name in sorted(plain)
                if name not in lists and not implied(name, lists)]
 
-    if faults:
-        print("\n".join(faults))
+    if problems:
+        print("\n".join(problems))
     print(f"{len(names)} declared, {len(lists)} listed, {len(mangled)} exported symbols, "
-          f"{len(faults)} faults")
-    return 1 if faults or not names or not lists else 0
+          f"{len(problems)} problems")
+    return 1 if problems or not names or not lists else 0
 
 
 if __name__ == "__main__":

@@ -1,6 +1,13 @@
-// A program that knows the configuration by declarations of its own. It includes no header of the
-// library and links against its symbols: names, overloads, layouts and slots must be what is
-// declared here. Its own sources and its own dispatcher are called by the library's manager.
+// The configuration as a program sees it that has no header of the library. README.md says what
+// this checks. The library's manager calls sources and a dispatcher of this program.
+#include "abi/foreign/arguments.hpp"
+#include "abi/foreign/bodies.hpp"
+#include "abi/foreign/nil.hpp"
+#include "abi/foreign/strings.hpp"
+#include "abi/foreign/variant.hpp"
+
+#include <gtest/gtest.h>
+
 #include <list>
 #include <map>
 #include <sstream>
@@ -9,142 +16,7 @@
 #include <utility>
 #include <vector>
 
-#include <gtest/gtest.h>
-
 namespace TOVA_2_18 {
-
-namespace strings {
-
-class ustring8 : public std::string {
-public:
-    ustring8() {}
-    ustring8(const char* text) : std::string(text) {}
-    ustring8(const std::string& text) : std::string(text) {}
-};
-
-}  // namespace strings
-
-namespace generic {
-namespace abilities {
-
-// The templates of holders and counted objects are this program's own, down to their bodies.
-class alloc_detection_ability {
-public:
-    alloc_detection_ability() : allocated(false) {}
-    alloc_detection_ability(const alloc_detection_ability&) : allocated(false) {}
-    ~alloc_detection_ability() throw() {}
-
-    bool allocated;
-};
-
-class reference_count_pointer_ability_b : public alloc_detection_ability {
-public:
-    reference_count_pointer_ability_b() : count(0) {}
-    reference_count_pointer_ability_b(const reference_count_pointer_ability_b& other)
-        : alloc_detection_ability(other), count(0) {}
-    ~reference_count_pointer_ability_b() throw() {}
-
-    unsigned int count;
-};
-
-template <typename T>
-class reference_count_pointer_ability : public reference_count_pointer_ability_b {};
-
-class clone_ability {
-public:
-    virtual ~clone_ability() throw();
-};
-
-}  // namespace abilities
-}  // namespace generic
-
-namespace memory {
-namespace pointers {
-
-template <typename T>
-class rc_pointer {
-public:
-    rc_pointer() : object(nullptr) {}
-    rc_pointer(T* held) : object(held) { hold(); }
-    rc_pointer(const rc_pointer& other) : object(other.object) { hold(); }
-    rc_pointer& operator=(const rc_pointer& other) {
-        if (object != other.object) {
-            release();
-            object = other.object;
-            hold();
-        }
-        return *this;
-    }
-    ~rc_pointer() throw() { release(); }
-    T* operator->() const { return object; }
-    T& operator*() const { return *object; }
-
-    T* object;
-
-private:
-    void hold() {
-        if (object != nullptr)
-            ++object->count;
-    }
-    void release() {
-        if (object != nullptr && --object->count == 0 && object->allocated)
-            delete object;
-        object = nullptr;
-    }
-};
-
-}  // namespace pointers
-}  // namespace memory
-
-namespace types {
-
-class nil_t {};
-extern nil_t nil;
-
-class variant {
-public:
-    variant();
-    variant(nil_t&);
-    variant(const int&);
-    variant(const unsigned int&);
-    variant(bool);
-    variant(const char*);
-    variant(const strings::ustring8&);
-    variant(const variant&);
-    ~variant() throw();
-    variant& operator=(const variant&);
-    bool operator==(const nil_t&) const throw();
-    const std::type_info& type() const;
-    int as_int() const;
-    strings::ustring8 as_string() const;
-
-    void* body;
-};
-
-}  // namespace types
-
-namespace generic {
-
-class argument {
-public:
-    argument(const types::variant&);
-    argument(const argument&);
-
-    strings::ustring8 m_name;
-    types::variant m_value;
-};
-
-class varg_list {
-public:
-    varg_list();
-    varg_list(const varg_list&);
-    bool push_back(const argument&);
-    varg_list& operator=(const varg_list&);
-
-    std::vector<argument> arguments;
-};
-
-}  // namespace generic
 
 namespace config {
 
@@ -364,7 +236,7 @@ TEST(ForeignConfigCharacters, HaveTheirClasses) {
     EXPECT_FALSE(config::isConfigDelim('.'));
 }
 
-// A source of this program, in which each operation answers by itself and notes its call.
+// A source of this program. It overrides each operation and logs the call.
 class foreign_item : public base_config_item {
 public:
     foreign_item(const char* name, lines& noted) : calls(noted), answer(true) { id = name; }
@@ -452,7 +324,7 @@ TEST(ForeignConfigTree, HoldsNodesInItsFields) {
     EXPECT_EQ("5 v", shown(&below.children["b"]->children["c"]->node));
     EXPECT_EQ(&below.node, tree.get_node("a"));
 
-    // And nodes that this program makes are found by the library.
+    // The library also finds nodes that this program creates.
     config_tree* const made = new config_tree;
     made->allocated = true;
     made->node = config::node_type(3, variant());
@@ -541,7 +413,7 @@ TEST(ForeignConfigItem, IsFilledListedAndDumped) {
     EXPECT_EQ(once + once, stream.str());
 }
 
-TEST(ForeignConfigItem, FallsBackOnWhatTheLibraryDoes) {
+TEST(ForeignConfigItem, InheritsTheOperationsOfTheLibrary) {
     class quiet_item : public base_config_item {
     public:
         virtual quiet_item* clone() const { return new quiet_item(*this); }
@@ -560,7 +432,7 @@ TEST(ForeignConfigItem, FallsBackOnWhatTheLibraryDoes) {
 
 // --- Manager and dispatchers -------------------------------------------------------------------
 
-// A dispatcher of this program: two sources of its own.
+// A dispatcher of this program, with two sources of this program.
 class foreign_dispatch : public config_dispatch {
 public:
     explicit foreign_dispatch(lines& noted) : calls(noted) {}
@@ -734,7 +606,7 @@ TEST(ForeignConfigDispatch, OfTheLibraryIsCalledThroughItsBase) {
     }
 }
 
-// The library's dispatchers load sources of this program, through their slots.
+// The library's dispatchers load sources of this program through their slots.
 TEST(ForeignConfigDispatch, OfTheLibraryCallsSourcesOfThisProgram) {
     lines calls;
     foreign_item one("one", calls), two("two", calls);

@@ -1,15 +1,15 @@
-// Built as a program that is not position independent: the linker moves the library's data objects
-// into the program, and the library must use them there.
-#include <cstdint>
-#include <ctime>
-
-#include <gtest/gtest.h>
-
+// This program is not position independent, so the linker moves the library's data objects into it.
+// The library must then use them there.
 #include <tova/debug/assert.hpp>
 #include <tova/generic/varg_list.hpp>
 #include <tova/i18n/message_catalogs.hpp>
 #include <tova/system/date_time/timer.hpp>
 #include <tova/types/nil.hpp>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <ctime>
 
 extern "C" char __executable_start;
 extern "C" char _end;
@@ -41,12 +41,12 @@ TEST(CopyRelocation, MovesDataObjectsIntoTheProgram) {
     EXPECT_TRUE(lies_in_this_program(&generic::varg_list::nil_argument));
 }
 
-TEST(CopyRelocation, LetsTheLibraryAnswerWithTheProgramsNilArgument) {
+TEST(CopyRelocation, MakesTheLibraryReturnTheProgramsNilArgument) {
     EXPECT_EQ(&generic::varg_list::nil_argument, &generic::varg_list().at("unknown"));
     EXPECT_EQ(2u, generic::varg_list(1, 2).count());
 }
 
-TEST(CopyRelocation, LetsTheLibraryAnswerWithTheProgramsNilCatalogAndMessages) {
+TEST(CopyRelocation, MakesTheLibraryReturnTheProgramsNilCatalogAndMessages) {
     using namespace i18n;
     EXPECT_TRUE(lies_in_this_program(&message_catalogs::s_nil_catalog));
     EXPECT_TRUE(lies_in_this_program(&message_catalogs::s_nil_message));
@@ -58,7 +58,7 @@ TEST(CopyRelocation, LetsTheLibraryAnswerWithTheProgramsNilCatalogAndMessages) {
     EXPECT_EQ(&catalog_t::m_nil_message, &set.catalog(name).message(name));
 }
 
-TEST(CopyRelocation, LetsTheLibraryTakeOffTheOverheadThatTheProgramHolds) {
+TEST(CopyRelocation, MakesTheLibrarySubtractTheProgramsOverhead) {
     using namespace system::date_time;
     EXPECT_TRUE(lies_in_this_program(&timer::m_overheadMicroseconds));
     EXPECT_TRUE(lies_in_this_program(&sAutoTester));

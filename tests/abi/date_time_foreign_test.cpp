@@ -1,41 +1,12 @@
-// A program that knows dates, times and durations by declarations of its own. It includes no header
-// of the library and links against its symbols: names, overloads, results and layouts must be what
-// is declared here.
-#include <string>
+// Dates, times and durations as a program sees them that has no header of the library. README.md
+// says what this checks.
+#include "abi/foreign/exceptions.hpp"
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace TOVA_2_18 {
-
-namespace exceptions {
-
-class exception {
-public:
-    struct state {
-        unsigned int line;
-        char file[256];
-        char function[256];
-    };
-    virtual ~exception() throw();
-    virtual const char* get_message() const = 0;
-
-    state where;
-};
-
-class logic_error : public exception {
-public:
-    virtual ~logic_error() throw();
-    virtual const char* get_message() const;
-
-    std::string message;
-};
-
-class out_of_range : public logic_error {
-public:
-    virtual ~out_of_range() throw();
-};
-
-}  // namespace exceptions
 
 namespace system {
 namespace date_time {
@@ -199,7 +170,7 @@ public:
     static unsigned long m_overheadMicroseconds;
 };
 
-// A global object is known to the linker by its name alone, whatever its class is called.
+// A linker knows a global object by its name, whatever its class is called.
 class measures_the_clock {};
 extern measures_the_clock sAutoTester;
 
@@ -233,7 +204,7 @@ using TOVA_2_18::exceptions::out_of_range;
 const char date_file[] = "system/date_time/date";
 const char time_file[] = "system/date_time/time";
 
-// What a step raises, read from the fields of the exception; empty if it raises nothing.
+// The fields of the exception that a step raises, or an empty string if it raises none.
 template <typename Step>
 std::string raised_by(const Step& step) {
     try {
@@ -265,7 +236,7 @@ void expect_fields(const names::time& value, unsigned hour, unsigned minute, uns
     EXPECT_EQ(millisecond, value.m_millisecond);
 }
 
-TEST(ForeignDate, KeepsTheStoredDayAndTellsTheConstrainedOne) {
+TEST(ForeignDate, KeepsTheStoredDayAndReturnsTheConstrainedOne) {
     expect_fields(names::date(), 0, 0, 0);
     EXPECT_EQ(0u, names::date().day());
     names::date value(31, 2, 2001);
@@ -303,7 +274,7 @@ TEST(ForeignDate, MovesByItsNumber) {
     expect_fields(value, 2000, 3, 1);
 }
 
-TEST(ForeignDate, RaisesWithItsPlace) {
+TEST(ForeignDate, RaisesWithItsSourceLocation) {
     names::date value(1, 3, 0);
     EXPECT_EQ(range_error("day", 68, date_file, "day"), raised_by([&] { value.day(0); }));
     EXPECT_EQ(range_error("day", 68, date_file, "day"), raised_by([] { names::date(32, 0, 1); }));
@@ -336,7 +307,7 @@ TEST(ForeignTime, HoldsFourFields) {
     expect_fields(other, 1, 2, 3, 4);
 }
 
-TEST(ForeignTime, RaisesWithItsPlace) {
+TEST(ForeignTime, RaisesWithItsSourceLocation) {
     EXPECT_EQ(range_error("Hour", 51, time_file, "hour"),
               raised_by([] { names::time(24, 60, 60, 1000); }));
     EXPECT_EQ(range_error("Minute", 61, time_file, "minute"),
@@ -351,7 +322,7 @@ TEST(ForeignTime, RaisesWithItsPlace) {
     expect_fields(value, 0, 6, 7, 8);
 }
 
-TEST(ForeignTime, MovesRoundMidnight) {
+TEST(ForeignTime, WrapsAroundMidnight) {
     names::time value(23, 59, 59, 999);
     EXPECT_EQ(&value, &(value += time_duration(0, 0, 0, 1)));
     expect_fields(value, 0, 0, 0, 0);
@@ -480,7 +451,7 @@ TEST(ForeignDurations, AreOneNumber) {
     EXPECT_EQ(0, names::minus(span, second).m_total);
 }
 
-// The value of the clock itself is held elsewhere, with a clock that stands still.
+// date_time/clock_test.cpp checks the values, with a clock that does not move.
 TEST(ForeignClock, IsReadIntoValuesInRange) {
     for (const date_time_t& now :
          {date_time_t::local_date_time(), date_time_t::UTC_date_time(),
@@ -497,7 +468,7 @@ TEST(ForeignClock, IsReadIntoValuesInRange) {
     }
 }
 
-TEST(ForeignClock, HasItsObjectsUnderTheirNames) {
+TEST(ForeignClock, ExportsItsObjectsUnderTheirNames) {
     EXPECT_NE(nullptr, &sAutoTester);
     EXPECT_GT(1000000u, timer::m_overheadMicroseconds);
 }

@@ -1,6 +1,12 @@
-// A program that knows the serialize buffers by declarations of its own. It includes no header of
-// the library, links against its symbols, derives from its classes and is called through its slots:
-// names, overloads, layouts and slots must be what is declared here.
+// The serialize buffers as a program sees them that has no header of the library. README.md says
+// what this checks. The program also derives from the buffers, and the library calls its slots.
+#include "abi/foreign/abilities.hpp"
+#include "abi/foreign/nil.hpp"
+#include "abi/foreign/pointers.hpp"
+#include "abi/foreign/variant.hpp"
+
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -10,101 +16,7 @@
 #include <typeinfo>
 #include <utility>
 
-#include <gtest/gtest.h>
-
 namespace TOVA_2_18 {
-
-namespace generic {
-namespace abilities {
-
-class alloc_detection_ability {
-public:
-    alloc_detection_ability();
-    alloc_detection_ability(const alloc_detection_ability& source);
-    ~alloc_detection_ability() throw();
-
-    bool allocated;
-};
-
-class reference_count_pointer_ability_b : public alloc_detection_ability {
-public:
-    reference_count_pointer_ability_b();
-    reference_count_pointer_ability_b(const reference_count_pointer_ability_b& source);
-    ~reference_count_pointer_ability_b() throw();
-
-    unsigned int count;
-};
-
-template <typename T>
-class reference_count_pointer_ability : public reference_count_pointer_ability_b {
-public:
-    reference_count_pointer_ability();
-    reference_count_pointer_ability(const reference_count_pointer_ability& source);
-    ~reference_count_pointer_ability() throw();
-};
-
-class clone_ability {
-public:
-    virtual ~clone_ability() throw();
-};
-
-class create_ability {
-public:
-    virtual ~create_ability() throw();
-};
-
-}  // namespace abilities
-}  // namespace generic
-
-namespace memory {
-namespace pointers {
-
-template <typename T>
-class rc_pointer {
-public:
-    rc_pointer(T* object);
-    rc_pointer(const rc_pointer& source);
-    ~rc_pointer() throw();
-    T* operator->() const;
-
-private:
-    T* m_object;
-};
-
-}  // namespace pointers
-}  // namespace memory
-
-namespace strings {
-
-class ustring8 : public std::string {};
-
-}  // namespace strings
-
-namespace types {
-
-class nil_t {};
-extern nil_t nil;
-
-class variant {
-public:
-    variant();
-    variant(const int& value);
-    variant(const double& value);
-    variant(const char* text);
-    variant(const std::string& text);
-    variant(const variant& other);
-    ~variant() throw();
-    variant& operator=(const variant& other);
-    bool equal(const nil_t& tag) const throw();
-    const std::type_info& type() const;
-    int as_int() const;
-    std::string as_ustring() const;
-
-private:
-    void* m_body;
-};
-
-}  // namespace types
 
 namespace serialization {
 
@@ -148,7 +60,7 @@ public:
     virtual serialize_buffer* clone() const = 0;
 };
 
-// The two encodings differ in their name alone; a template would have other symbols.
+// The two encodings differ in their name only, but a template would have other symbols.
 class serialize_text_buf : public serialize_buffer {
 public:
     serialize_text_buf();
@@ -354,7 +266,7 @@ TYPED_TEST(ForeignSequence, WritesAndReadsEachTypeThroughTheSlots) {
     EXPECT_EQ(content, buffer.as_str());
 }
 
-TYPED_TEST(ForeignSequence, TakesPositionAndStateAsItsConstructorsTell) {
+TYPED_TEST(ForeignSequence, TakesPositionAndStateAsEachConstructorPromises) {
     TypeParam held(bytes("1\0012\001"));
     held.read_int16();
     EXPECT_EQ(2u, held.read_position);
@@ -387,7 +299,7 @@ TYPED_TEST(ForeignSequence, TakesPositionAndStateAsItsConstructorsTell) {
     EXPECT_EQ(2u, held.read_position);
 }
 
-TEST(ForeignSequence, KeepsThePositionThatOurFieldsGive) {
+TEST(ForeignSequence, ReadsFromAPositionThatThisProgramStores) {
     serialize_text_buf text(bytes("5\0016\001"));
     text.read_position = 2;
     EXPECT_EQ(6, text.read_int32());
@@ -406,7 +318,7 @@ TEST(ForeignSequence, KeepsThePositionThatOurFieldsGive) {
     EXPECT_EQ(10u, binary.read_position);
 }
 
-// Our own encoding: the values of two types as one letter, and nothing else.
+// An encoding of this program: each value becomes one letter that names its type.
 class letters : public serialize_buffer {
 public:
     explicit letters(const std::string& text = std::string()) : m_text(text) {}
@@ -462,7 +374,7 @@ private:
 
 int letters::s_destroyed = 0;
 
-TEST(ForeignSequence, OfOurOwnIsNestedInTheLibrarysAndHeldByItsPointers) {
+TEST(ForeignSequence, OfThisProgramIsNestedAndHeldByTheLibrary) {
     letters own("xyz");
     serialize_text_buf text;
     text.append_buffer(own);
@@ -485,7 +397,8 @@ TEST(ForeignSequence, OfOurOwnIsNestedInTheLibrarysAndHeldByItsPointers) {
     EXPECT_EQ(1, letters::s_destroyed);
 }
 
-// A class that derives from an encoding: the library asks `at_end` and `read_int32` through slots.
+// Classes derived from an encoding. The library calls `at_end` and `read_int32` through their
+// slots.
 class stopping_text : public serialize_text_buf {
 public:
     explicit stopping_text(const std::string& content) : serialize_text_buf(content) {}
@@ -498,7 +411,7 @@ public:
     bool at_end() const override { return read_position >= 4; }
 };
 
-TEST(ForeignSequence, AsksTheSlotsOfAClassThatDerivesFromIt) {
+TEST(ForeignSequence, CallsTheSlotsOfADerivedClass) {
     const stopping_text text(bytes("3\001abc\001"));
     EXPECT_EQ("ab", text.read_string());
     const stopping_binary binary(bytes("\x01\0\0\0x"));
@@ -560,7 +473,7 @@ TEST(ForeignTree, IsCopiedAssignedAndOverlaidByItsOwnClass) {
     EXPECT_EQ("1\001a\0011\0015\0011\001n\0013\0011.5\001", copy.as_str());
 }
 
-TEST(ForeignTree, TouchesItsTextOnlyWhereItIsTold) {
+TEST(ForeignTree, ChangesItsTextOnlyWhereItPromisesTo) {
     const std::string content = bytes("1\001a\0011\0015\001");
     labeled_text_buffer tree(content);
     EXPECT_EQ(content, tree.text.text);
@@ -591,13 +504,13 @@ TEST(ForeignTree, TouchesItsTextOnlyWhereItIsTold) {
     tree.overlay(copy);
     EXPECT_EQ(3u, tree.text.read_position);
 
-    // The rest of a text behind an empty label is not read.
+    // Nothing after an empty label is read.
     tree.assign(bytes("0\001\0011\001a\001"));
     EXPECT_TRUE(tree.entries.empty());
     EXPECT_EQ(3u, tree.text.read_position);
 }
 
-// Notes the slots by which the library reaches a class that derives from its own.
+// Logs the slots through which the library calls a derived class.
 class noting_tree : public labeled_text_buffer {
 public:
     using labeled_text_buffer::assign;
@@ -622,7 +535,7 @@ public:
     std::string calls;
 };
 
-TEST(ForeignTree, CallsTheSlotsOfAClassThatDerivesFromIt) {
+TEST(ForeignTree, CallsTheSlotsOfADerivedClass) {
     noting_tree noting;
     labeled_serialize_buffer& base = noting;
     const labeled_text_buffer source(
@@ -637,7 +550,7 @@ TEST(ForeignTree, CallsTheSlotsOfAClassThatDerivesFromIt) {
     EXPECT_EQ("t", noting.calls);
 }
 
-// A tree of our own, of which the library needs the text alone.
+// A tree of this program. The library needs only its text.
 class fixed_tree : public labeled_serialize_buffer {
 public:
     labeled_serialize_buffer& assign(const labeled_serialize_buffer& other) override {
@@ -667,7 +580,7 @@ private:
     std::string m_text;
 };
 
-TEST(ForeignTree, OfOurOwnIsReadByTheLibrary) {
+TEST(ForeignTree, OfThisProgramIsReadByTheLibrary) {
     fixed_tree own;
     own.assign(bytes("1\001a\0011\0015\001"));
     labeled_text_buffer tree;

@@ -1,9 +1,8 @@
-// A program that knows lengths and colours by declarations of its own. It includes no header of the
-// library and links against its symbols: names, overloads, layouts and slots must be what is
-// declared here.
-#include <cmath>
-
+// Lengths and colors as a program sees them that has no header of the library. README.md says what
+// this checks.
 #include <gtest/gtest.h>
+
+#include <cmath>
 
 namespace TOVA_2_18 {
 
@@ -145,8 +144,7 @@ using namespace TOVA_2_18::types;
 using TOVA_2_18::generic::convert::to_device_unit;
 using TOVA_2_18::generic::convert::to_md;
 
-// Calls of the objects of a base go through the table of the object. The compiler must not know
-// which class stands behind it.
+// Hides the class of an object from the compiler, so that a call goes through the virtual table.
 template <typename Base>
 const Base& unknown(const Base& object) {
     const Base* volatile hidden = &object;
@@ -182,7 +180,7 @@ TEST(ForeignDeviceUnit, IsAssignedAndCompared) {
     EXPECT_EQ(6.0, value.as_double());
 }
 
-TEST(ForeignDeviceUnit, AnswersThroughItsSlots) {
+TEST(ForeignDeviceUnit, ReturnsItsValueThroughItsSlots) {
     const device_unit value(16777217);
     EXPECT_EQ(1, unknown(value).do_type());
     EXPECT_EQ(16777217, unknown(value).do_as_int32());
@@ -214,7 +212,7 @@ private:
 };
 #pragma GCC diagnostic pop
 
-TEST(ForeignDeviceUnit, IsAskedThroughTheSlotsOfASubclass) {
+TEST(ForeignDeviceUnit, CallsTheSlotsOfASubclass) {
     own_device value;
     EXPECT_EQ(device_unit::of_a_subclass, value.type());
     EXPECT_EQ(150, value.as_int32());
@@ -225,7 +223,7 @@ TEST(ForeignDeviceUnit, IsAskedThroughTheSlotsOfASubclass) {
     EXPECT_TRUE(value == device_unit());
 }
 
-TEST(ForeignAbsoluteUnit, HoldsMdBehindItsTable) {
+TEST(ForeignAbsoluteUnit, StoresMdAfterItsTablePointer) {
     EXPECT_EQ(0.0, own_length(1).m_value);
     EXPECT_EQ(7.0, own_length(1, 7).m_value);
     EXPECT_EQ(1.0, own_length(1, 1.75).m_value);

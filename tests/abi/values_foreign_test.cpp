@@ -1,87 +1,19 @@
-// A program that knows numbers, variants and argument lists by declarations of its own. It includes
-// no header of the library and links against its symbols: names, overloads, layouts and slots must
-// be what is declared here.
+// Numbers, variants and argument lists as a program sees them that has no header of the library.
+// README.md says what this checks.
+#include "abi/foreign/arguments.hpp"
+#include "abi/foreign/exceptions.hpp"
+#include "abi/foreign/strings.hpp"
+#include "abi/foreign/variant.hpp"
+
+#include <gtest/gtest.h>
+
 #include <locale>
 #include <sstream>
 #include <string>
 #include <typeinfo>
 #include <vector>
 
-#include <gtest/gtest.h>
-
 namespace TOVA_2_18 {
-
-namespace exceptions {
-
-class exception {
-public:
-    struct state {
-        unsigned int line;
-        char file[256];
-        char function[256];
-    };
-    virtual ~exception() throw();
-    virtual const char* get_message() const = 0;
-
-    state where;
-};
-
-class logic_error : public exception {
-public:
-    virtual ~logic_error() throw();
-    virtual const char* get_message() const;
-
-    std::string message;
-};
-
-class invalid_argument_value : public logic_error {
-public:
-    virtual ~invalid_argument_value() throw();
-};
-
-class runtime_error : public exception {
-public:
-    virtual ~runtime_error() throw();
-    virtual const char* get_message() const;
-
-    std::string message;
-};
-
-class overflow_error : public runtime_error {
-public:
-    virtual ~overflow_error() throw();
-};
-
-class underflow_error : public runtime_error {
-public:
-    virtual ~underflow_error() throw();
-};
-
-}  // namespace exceptions
-
-namespace strings {
-
-class ustring8 : public std::string {
-public:
-    ustring8() {}
-    ustring8(const char* text);
-    ustring8(const std::string& text) : std::string(text) {}
-};
-
-class ustring16 : public std::basic_string<unsigned short> {
-public:
-    ustring16() {}
-    ustring16(std::size_t count, unsigned short unit)
-        : std::basic_string<unsigned short>(count, unit) {}
-};
-
-class ustring32 : public std::wstring {
-public:
-    ustring32() {}
-    ustring32(const wchar_t* text) : std::wstring(text) {}
-};
-
-}  // namespace strings
 
 namespace types {
 
@@ -89,51 +21,9 @@ struct radix_t {
     enum base { zero, one, two, last = 36 };
 };
 
-class nil_t {};
-extern nil_t nil;
-
-class variant_type;
-
 }  // namespace types
 
 namespace generic {
-
-namespace abilities {
-
-class alloc_detection_ability {
-public:
-    alloc_detection_ability();
-    ~alloc_detection_ability() throw();
-
-    bool allocated;
-};
-
-class reference_count_pointer_ability_b : public alloc_detection_ability {
-public:
-    reference_count_pointer_ability_b();
-    ~reference_count_pointer_ability_b() throw();
-
-    unsigned int count;
-};
-
-template <typename T>
-class reference_count_pointer_ability;
-
-template <>
-class reference_count_pointer_ability<types::variant_type>
-    : public reference_count_pointer_ability_b {
-public:
-    reference_count_pointer_ability();
-    ~reference_count_pointer_ability() throw();
-};
-
-class clone_ability {
-public:
-    virtual ~clone_ability() throw();
-};
-
-}  // namespace abilities
-
 namespace convert {
 
 typedef types::radix_t::base radix;
@@ -203,7 +93,7 @@ void ulltoa(unsigned long, char*, unsigned int);
 void ulltoa(unsigned long, unsigned short*, unsigned int);
 void ulltoa(unsigned long, wchar_t*, unsigned int);
 
-// No body here: what is called has to be an instantiation of the library.
+// No body: every call must find an instantiation that the library exports.
 template <typename T>
 strings::ustring8 to_str(const T&);
 strings::ustring8 to_str(unsigned int);
@@ -289,220 +179,6 @@ double bin_str_to_double(const char*);
 }  // namespace convert
 }  // namespace generic
 
-namespace types {
-
-class variant_type : public generic::abilities::reference_count_pointer_ability<variant_type>,
-                     public generic::abilities::clone_ability {
-public:
-    virtual ~variant_type() throw();
-    virtual bool convertible() const throw() = 0;
-    virtual const std::type_info& type() const throw() = 0;
-    virtual variant_type* clone() throw() = 0;
-    virtual std::ostream& ostream(std::ostream&) const throw() = 0;
-    virtual int as_int() const throw() = 0;
-    virtual short as_short() const throw() = 0;
-    virtual long as_long() const throw() = 0;
-    virtual signed char as_int8() const throw() = 0;
-    virtual short as_int16() const throw() = 0;
-    virtual int as_int32() const throw() = 0;
-    virtual long as_int64() const throw() = 0;
-    virtual unsigned char as_uint8() const throw() = 0;
-    virtual unsigned short as_uint16() const throw() = 0;
-    virtual unsigned int as_uint32() const throw() = 0;
-    virtual unsigned long as_uint64() const throw() = 0;
-    virtual bool as_bool() const throw() = 0;
-    virtual strings::ustring8 as_string() const throw() = 0;
-    virtual std::wstring as_wstring() const throw() = 0;
-    virtual std::string as_ustring() const throw() = 0;
-    virtual strings::ustring8 as_utf8() const throw() = 0;
-    virtual strings::ustring16 as_utf16() const throw() = 0;
-    virtual strings::ustring32 as_utf32() const throw() = 0;
-    virtual float as_float() const throw() = 0;
-    virtual double as_double() const throw() = 0;
-    virtual long double as_long_double() const throw() = 0;
-};
-
-}  // namespace types
-
-namespace memory {
-namespace pointers {
-
-template <typename T>
-class rc_pointer;
-
-template <>
-class rc_pointer<types::variant_type> {
-public:
-    rc_pointer();
-    rc_pointer(types::variant_type*);
-    rc_pointer(const rc_pointer&);
-    rc_pointer& operator=(const rc_pointer&);
-    rc_pointer& operator=(types::variant_type*);
-    ~rc_pointer() throw();
-    types::variant_type* operator->() const;
-    types::variant_type& operator*() const;
-
-    types::variant_type* object;
-};
-
-}  // namespace pointers
-}  // namespace memory
-
-namespace types {
-
-class variant {
-public:
-    variant();
-    variant(nil_t&);
-    variant(const signed char&);
-    variant(const short&);
-    variant(const int&);
-    variant(const long&);
-    variant(const unsigned char&);
-    variant(const unsigned short&);
-    variant(const unsigned int&);
-    variant(const unsigned long&);
-    variant(bool);
-    variant(const float&);
-    variant(const double&);
-    variant(const long double&);
-    variant(const char*);
-    variant(const unsigned short*);
-    variant(const wchar_t*);
-    variant(const strings::ustring8&);
-    variant(const strings::ustring16&);
-    variant(const strings::ustring32&);
-    variant(const std::string&);
-    variant(const std::wstring&);
-    variant(const variant&);
-    ~variant() throw();
-    variant& assign(const variant&);
-    variant& operator=(const variant&);
-    variant& operator=(const nil_t&);
-    bool equal(const nil_t&) const throw();
-    bool operator==(const nil_t&) const throw();
-    bool operator!=(const nil_t&) const throw();
-    const std::type_info& type() const;
-    bool as_bool() const;
-    float as_float() const;
-    double as_double() const;
-    long double as_long_double() const;
-    short as_short() const;
-    int as_int() const;
-    long as_long() const;
-    signed char as_int8() const;
-    short as_int16() const;
-    int as_int32() const;
-    long as_int64() const;
-    unsigned char as_uint8() const;
-    unsigned short as_uint16() const;
-    unsigned int as_uint32() const;
-    unsigned long as_uint64() const;
-    int as_signed() const;
-    unsigned int as_unsigned() const;
-    unsigned int as_uint() const;
-    unsigned long as_ulong() const;
-    unsigned short as_ushort() const;
-    strings::ustring8 as_string() const;
-    std::wstring as_wstring() const;
-    std::string as_ustring() const;
-    strings::ustring8 as_utf8() const;
-    strings::ustring16 as_utf16() const;
-    strings::ustring32 as_utf32() const;
-
-    memory::pointers::rc_pointer<variant_type> body;
-};
-
-std::ostream& operator<<(std::ostream&, const variant&);
-
-}  // namespace types
-
-namespace generic {
-
-class argument {
-public:
-    argument();
-    argument(const argument&);
-    argument(const types::variant&);
-    argument(const types::nil_t&);
-    argument(const strings::ustring8& name, const types::variant& value);
-    // No body here either.
-    template <typename T>
-    argument(const T&);
-    const strings::ustring8& name() const;
-    const strings::ustring8& name(const strings::ustring8&);
-    const types::variant& value() const;
-    const types::variant& value(const types::variant&);
-    bool has_name() const;
-    bool equal(const types::nil_t&) const;
-    bool operator==(const types::nil_t&) const;
-    bool operator!=(const types::nil_t&) const;
-    argument& assign(const strings::ustring8&, const types::variant&);
-    argument& assign(const types::variant&);
-    argument& operator=(const types::variant&);
-    argument& assign(const argument&);
-    argument& operator=(const argument&);
-
-    strings::ustring8 m_name;
-    types::variant m_value;
-};
-
-class varg_list {
-public:
-    typedef std::vector<argument>::iterator iterator;
-    typedef std::vector<argument>::const_iterator const_iterator;
-
-    static argument nil_argument;
-
-    varg_list();
-    varg_list(const varg_list&);
-    varg_list(const argument& a1, const argument& a2 = nil_argument,
-              const argument& a3 = nil_argument, const argument& a4 = nil_argument,
-              const argument& a5 = nil_argument, const argument& a6 = nil_argument,
-              const argument& a7 = nil_argument, const argument& a8 = nil_argument,
-              const argument& a9 = nil_argument, const argument& a10 = nil_argument,
-              const argument& a11 = nil_argument, const argument& a12 = nil_argument,
-              const argument& a13 = nil_argument, const argument& a14 = nil_argument,
-              const argument& a15 = nil_argument, const argument& a16 = nil_argument,
-              const argument& a17 = nil_argument, const argument& a18 = nil_argument,
-              const argument& a19 = nil_argument, const argument& a20 = nil_argument,
-              const argument& a21 = nil_argument, const argument& a22 = nil_argument,
-              const argument& a23 = nil_argument, const argument& a24 = nil_argument,
-              const argument& a25 = nil_argument, const argument& a26 = nil_argument);
-    bool push_back(const argument&);
-    bool push_back(const strings::ustring8& name, const types::variant& value);
-    bool has_argument(const strings::ustring8&) const;
-    const argument& at(const strings::ustring8&) const;
-    const argument& operator[](const strings::ustring8&) const;
-    const argument& at(unsigned long) const;
-    const argument& operator[](unsigned long) const;
-    argument& at(unsigned long);
-    argument& operator[](unsigned long);
-    iterator find(const strings::ustring8&);
-    const_iterator find(const strings::ustring8&) const;
-    iterator begin();
-    const_iterator begin() const;
-    iterator end();
-    const_iterator end() const;
-    unsigned long count() const;
-    bool empty() const;
-    bool equal(const types::nil_t&) const;
-    bool operator==(const types::nil_t&) const;
-    bool operator!=(const types::nil_t&) const;
-    void clear();
-    void erase();
-    void erase(const strings::ustring8&);
-    void erase(unsigned long);
-    void erase(iterator);
-    void erase(iterator, iterator);
-    varg_list& assign(const varg_list&);
-    varg_list& operator=(const varg_list&);
-
-    std::vector<argument> arguments;
-};
-
-}  // namespace generic
-
 }  // namespace TOVA_2_18
 
 namespace {
@@ -569,7 +245,7 @@ TYPED_TEST(ForeignNumbers, AreWritten) {
     EXPECT_EQ(this->text("18446744073709551615"), buffer);
 }
 
-// Class, message and place of what a call raises.
+// The class, message and source location of the exception that a call raises.
 template <typename Call>
 std::string raised_by(const Call& call) {
     const auto shown = [](const char* name, const exceptions::exception& raised) {
@@ -588,7 +264,7 @@ std::string raised_by(const Call& call) {
     }
 }
 
-TYPED_TEST(ForeignNumbers, RaiseWithTheirPlace) {
+TYPED_TEST(ForeignNumbers, RaiseWithTheirSourceLocation) {
     const auto parsed_as_signed = [this](const char* characters, int radix) {
         return raised_by([&] {
             const auto source = this->text(characters);
@@ -620,7 +296,7 @@ TYPED_TEST(ForeignNumbers, RaiseWithTheirPlace) {
     EXPECT_EQ("nothing", parsed_as_unsigned("-0", 0));
 }
 
-TEST(ForeignText, IsReadForTruthAndFloatingNumbers) {
+TEST(ForeignText, IsReadAsBooleanAndAsFloatingNumbers) {
     EXPECT_TRUE(convert::str_to_bool(ustring16(1, '7')));
     EXPECT_FALSE(convert::str_to_bool(ustring16(2, '0')));
     const std::locale& classic = std::locale::classic();
@@ -773,7 +449,7 @@ TEST(ForeignVariant, SharesAssignsAndBecomesNil) {
     EXPECT_EQ("0text", stream.str());
 }
 
-TEST(ForeignVariant, HasBodiesWhoseSlotsAnswer) {
+TEST(ForeignVariant, HasBodiesWhoseSlotsReturnTheValue) {
     const variant value("12abc");
     const variant_type& body = *value.body;
     EXPECT_TRUE(body.convertible());
@@ -794,7 +470,7 @@ TEST(ForeignVariant, HasBodiesWhoseSlotsAnswer) {
     EXPECT_EQ(1u, clone->count);
 }
 
-// A body of this program, whose operations tell themselves apart.
+// A body of this program. Each operation returns another number, so a wrong slot shows.
 class foreign_body : public variant_type {
 public:
     explicit foreign_body(int& ends) : m_ends(ends) { allocated = true; }
@@ -829,7 +505,7 @@ private:
     int& m_ends;
 };
 
-TEST(ForeignVariant, AnswersThroughTheSlotsOfABodyOfThisProgram) {
+TEST(ForeignVariant, ReadsThroughTheSlotsOfABodyOfThisProgram) {
     int ends = 0;
     {
         variant value;
@@ -859,7 +535,7 @@ TEST(ForeignVariant, AnswersThroughTheSlotsOfABodyOfThisProgram) {
         EXPECT_EQ(24.0f, copy.as_float());
         EXPECT_EQ(25.0, copy.as_double());
         EXPECT_EQ(26.0L, copy.as_long_double());
-        // The names without a slot of their own.
+        // These names have no slot of their own.
         EXPECT_EQ(-6, copy.as_signed());
         EXPECT_EQ(4294967290u, copy.as_unsigned());
         EXPECT_EQ(4294967290u, copy.as_uint());
