@@ -9,7 +9,8 @@
 ///     detail::is_ascii_letter('\xE4')   // false, whatever the locale
 ///
 /// A class that follows the locale is asked for by `strings/ctype.hpp` or by the C library's own
-/// functions. The functions read nothing but their argument, so any number of threads may call them.
+/// functions. The functions read nothing but their argument, so any number of threads may call
+/// them.
 #pragma once
 
 namespace TOVA_2_18 {

@@ -1,4 +1,11 @@
-// Eight bytes of text at a time, for the runs of ASCII that most text consists of.
+/// @file
+/// Eight bytes at a time, for the runs of ASCII that most strings consist of.
+///
+///     if (left >= 8 && detail::all_ascii(bytes))
+///         detail::widen(bytes, units);  // eight characters at once
+///
+/// The words are read in host order, least significant byte first. Pure functions; any number of
+/// threads may call them.
 #pragma once
 
 #include <cstddef>
@@ -23,20 +30,20 @@ inline bool all_ascii(const unsigned short* four_units) {
     return (load_word(four_units) & 0xFF80FF80FF80FF80u) == 0;
 }
 
-// The bytes among eight that begin a character, as far as their top two bits tell.
+// The bytes among eight whose top two bits are not those of a continuation.
 inline std::size_t count_leads(const unsigned char* eight_bytes) {
     const std::uint64_t word = load_word(eight_bytes);
     const std::uint64_t continuations = word >> 7 & ~word >> 6 & 0x0101010101010101u;
     return 8 - (continuations * 0x0101010101010101u >> 56);
 }
 
-// Four bytes, in the low half of `bytes`, spread to four 16-bit units.
+// Four bytes, in the low half of `bytes`, widened to four 16-bit units.
 inline std::uint64_t spread(std::uint64_t bytes) {
     bytes = (bytes | bytes << 16) & 0x0000FFFF0000FFFFu;
     return (bytes | bytes << 8) & 0x00FF00FF00FF00FFu;
 }
 
-// Eight units of ASCII to a wider unit. The hosts are little-endian.
+// Eight units of ASCII to a wider unit.
 inline void widen(const unsigned char* from, unsigned short* to) {
     const std::uint64_t bytes = load_word(from);
     const std::uint64_t units[2] = {spread(bytes & 0xFFFFFFFFu), spread(bytes >> 32)};

@@ -1,9 +1,29 @@
+// Conversions between the three widths, and the walks over characters.
+//
+// A conversion has three stages: check the first unit for the other byte order (UTF-16 sources
+// only), run a kernel over the units, and build the string. The kernels in unicode_kernels.cpp hold
+// the loops; this file decides where their output goes and what invalid input becomes:
+//
+//   from     to       output of the kernel             invalid input
+//   UTF-8    UTF-16   work buffer for the worst case   "-1"
+//   UTF-16   UTF-8    work buffer for the worst case   "-1"
+//   UTF-8    UTF-32   appended in blocks               "?" for each byte
+//   UTF-16   UTF-32   appended in blocks               "-1"
+//   UTF-32   UTF-8    appended in blocks               "-1", or dropped
+//   UTF-32   UTF-16   appended in blocks               "-1"
+//
+// What is valid is decided in utf8.hpp and utf16.hpp, and only by structure: a lead byte with its
+// continuations, a high surrogate with its low one. Overlong forms, encoded surrogates and values
+// above U+10FFFF pass. Conversions, `unichar`, `character_index` and `gh2::validate_utf8` all walk
+// by this one rule, so an offset that one of them found is a character for the others.
+//
+// "-1" replaces the whole result; a caller never sees a part of a string. Nothing here raises an
+// exception of the library.
 #include <tova/strings/unicode.hpp>
 
-#include <algorithm>
-
 #include "debug/assertion.hpp"
-#include "strings/ascii_run.hpp"
+#include "strings/unicode_kernels.hpp"
+#include "strings/utf16.hpp"
 #include "strings/utf8.hpp"
 #include "strings/work_buffer.hpp"
 
@@ -17,52 +37,10 @@ const unsigned int utf16_to_utf8_line = 226;   // published, as the line below
 const unsigned int utf8_to_utf16_line = 353;
 
 const unsigned short swapped_mark = 0xFFFE;  // the byte order mark in the other order
-const int unicode_end = 0x110000;            // the first value above Unicode
-const std::size_t block_size = 256;  // units of a source whose results are appended together
 const unsigned long failed = static_cast<unsigned long>(-1);
 
 const unsigned char* bytes_of(const ustring8& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
-}
-
-bool is_high_surrogate(unsigned int unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-bool is_low_surrogate(unsigned int unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
-
-bool is_surrogate(int value) {
-    return value >= 0xD800 && value <= 0xDFFF;
-}
-
-// The code point of a pair; 0x35FDC00 is (0xD800 << 10) + 0xDC00 - 0x10000.
-unsigned int combine(unsigned int high, unsigned int low) {
-    return (high << 10) + low - 0x35FDC00;
-}
-
-// Reads the code point at unit `i` of a terminated text and steps over it. Answers false for an
-// unpaired surrogate; behind a high one at the end of the text stands the terminator.
-inline bool read_units(const unsigned short* units, std::size_t& i, unsigned int& point) {
-    point = units[i++];
-    if (!is_surrogate(static_cast<int>(point)))
-        return true;
-    if (is_low_surrogate(point) || !is_low_surrogate(units[i]))
-        return false;
-    point = combine(point, units[i++]);
-    return true;
-}
-
-// The characters of a good text; no more than those of a bad one, where stray bytes count as well.
-std::size_t count_leads(const unsigned char* bytes, std::size_t size) {
-    std::size_t count = 0;
-    std::size_t i = 0;
-    for (; size - i >= 8; i += 8)
-        count += detail::count_leads(bytes + i);
-    for (; i < size; ++i)
-        count += detail::is_continuation(bytes[i]) ? 0 : 1;
-    return count;
 }
 
 unsigned int fail(unsigned long& advance) {
@@ -70,42 +48,20 @@ unsigned int fail(unsigned long& advance) {
     return '?';
 }
 
-// Writes the sequence of a value below 0x110000 and returns its length.
-inline std::size_t write_utf8(unsigned int value, char* to) {
-    if (value < 0x80) {
-        to[0] = static_cast<char>(value);
-        return 1;
+// Appends what a kernel makes of the source, a block at a time. Returns false if the kernel met an
+// invalid unit. `Widest` is the most units that one unit of the source becomes.
+template <std::size_t Widest, typename Result, typename Source, typename Unit>
+bool append_blocks(Result& result, const Source* source, std::size_t size,
+                   kernels::progress (*convert)(const Source*, std::size_t, Unit*)) {
+    Unit block[Widest * kernels::block_size + 8];
+    for (std::size_t i = 0; i < size;) {
+        const kernels::progress done = convert(source + i, size - i, block);
+        if (done.read == 0)
+            return false;
+        result.append(block, done.written);
+        i += done.read;
     }
-    if (value < 0x800) {
-        to[0] = static_cast<char>((value >> 6) | 0xC0);
-        to[1] = static_cast<char>((value & 0x3F) | 0x80);
-        return 2;
-    }
-    if (value < 0x10000) {
-        to[0] = static_cast<char>((value >> 12) | 0xE0);
-        to[1] = static_cast<char>(((value >> 6) & 0x3F) | 0x80);
-        to[2] = static_cast<char>((value & 0x3F) | 0x80);
-        return 3;
-    }
-    to[0] = static_cast<char>((value >> 18) | 0xF0);
-    to[1] = static_cast<char>(((value >> 12) & 0x3F) | 0x80);
-    to[2] = static_cast<char>(((value >> 6) & 0x3F) | 0x80);
-    to[3] = static_cast<char>((value & 0x3F) | 0x80);
-    return 4;
-}
-
-// Writes the two units of a complete four-byte sequence.
-//
-// Contract: the value isn't checked, so the unsigned terms wrap before they are cut to 16 bits. An
-// overlong F0 80 80 80 becomes D7C0 DC00, and F4 90 80 80, above Unicode, becomes DC00 DC00.
-void write_pair(const unsigned char* sequence, unsigned short* to) {
-    const unsigned int b = sequence[0];
-    const unsigned int c1 = sequence[1];
-    const unsigned int c2 = sequence[2];
-    const unsigned int c3 = sequence[3];
-    to[0] = static_cast<unsigned short>(((((b & 7) * 4) + ((c1 & 0x3F) >> 4) - 1) << 6) +
-                                        ((c1 & 0x0F) << 2) + ((c2 & 0x3F) >> 4) + 0xD800);
-    to[1] = static_cast<unsigned short>(((c2 & 0x0F) << 6) + (c3 & 0x3F) + 0xDC00);
+    return true;
 }
 
 }  // namespace
@@ -127,17 +83,12 @@ unsigned int unichar(const unsigned short* text, unsigned long length, unsigned 
                      unsigned long& advance) {
     if (index >= length)
         return fail(advance);
-    const unsigned int unit = text[index];
-    if (is_high_surrogate(unit)) {
-        if (length - index < 2 || !is_low_surrogate(text[index + 1]))
-            return fail(advance);
-        advance = 2;
-        return combine(unit, text[index + 1]);
-    }
-    if (is_low_surrogate(unit))
+    unsigned int point;
+    const std::size_t taken = detail::read_units(text + index, length - index, point);
+    if (taken == 0)
         return fail(advance);
-    advance = 1;
-    return unit;
+    advance = taken;
+    return point;
 }
 
 unsigned int unichar(const wchar_t* text, unsigned long length, unsigned long index,
@@ -149,175 +100,67 @@ unsigned int unichar(const wchar_t* text, unsigned long length, unsigned long in
 }
 
 ustring32 utf8_to_utf32(const ustring8& source) {
-    const std::size_t size = source.size();
-    const unsigned char* bytes = bytes_of(source);
     ustring32 text;
-    text.reserve(count_leads(bytes, size));
-    wchar_t block[block_size + 8];
-    for (std::size_t i = 0; i < size;) {
-        const std::size_t stop = std::min(size, i + block_size);
-        std::size_t k = 0;
-        while (i < stop) {
-            if (bytes[i] < 0x80 && size - i >= 8 && detail::all_ascii(bytes + i)) {
-                detail::widen(bytes + i, block + k);
-                i += 8;
-                k += 8;
-                continue;
-            }
-            unsigned int point = '?';
-            const std::size_t taken = detail::read_sequence(bytes + i, size - i, point);
-            block[k++] = static_cast<wchar_t>(point);
-            i += taken == 0 ? 1 : taken;
-        }
-        text.append(block, k);
-    }
+    text.reserve(kernels::count_characters(bytes_of(source), source.size()));
+    append_blocks<1>(text, bytes_of(source), source.size(), kernels::utf8_to_utf32);
     return text;
 }
 
 ustring16 utf8_to_utf16(const ustring8& source) {
     const std::size_t length = source.size();
-    const unsigned char* bytes = bytes_of(source);
     detail::work_buffer<unsigned short> output(length);
-    unsigned short* units = output.units();
-    std::size_t k = 0;
-    for (std::size_t i = 0; i < length;) {
-        const unsigned int b = bytes[i];
-        if (b < 0x80) {
-            if (length - i >= 8 && detail::all_ascii(bytes + i)) {
-                detail::widen(bytes + i, units + k);
-                i += 8;
-                k += 8;
-            } else {
-                units[k++] = static_cast<unsigned short>(b);
-                ++i;
-            }
-            continue;
-        }
-        unsigned int point;
-        const std::size_t taken = detail::read_sequence(bytes + i, length - i, point);
-        if (taken == 0)
-            return utf8_to_utf16("-1");
-        if (taken == 4) {
-            write_pair(bytes + i, units + k);
-            k += 2;
-        } else {
-            units[k++] = static_cast<unsigned short>(point);
-        }
-        i += taken;
-    }
+    const std::size_t k = kernels::utf8_to_utf16(bytes_of(source), length, output.units());
+    if (k == kernels::invalid)
+        return utf8_to_utf16("-1");
     debug::detail::check(k <= length, "k <= length", source_path, utf8_to_utf16_line,
                          "TOVA_2_18::strings::ustring16 "
                          "TOVA_2_18::strings::utf8_to_utf16(const TOVA_2_18::strings::ustring8 &)");
-    return ustring16(units, k);
+    return ustring16(output.units(), k);
 }
 
 ustring8 utf16_to_utf8(const ustring16& source) {
-    // Contract: the swap gives its argument back, so a text in the other byte order never arrives
-    // and the stack runs out. Callers bring such text into host order first. The first unit of an
-    // empty text is its terminator.
+    // Contract: the swap returns its argument, so a string in the other byte order never arrives
+    // and the stack runs out. Callers bring such a string into host order first. The first unit of
+    // an empty string is its terminator.
     if (source[0] == swapped_mark)
         return utf16_to_utf8(swap_string_bytes_order(source));
 
-    const std::size_t size = source.size();
-    const unsigned short* units = source.data();
-    detail::work_buffer<char> output(4 * size);
-    char* bytes = output.units();
-    std::size_t k = 0;
-    for (std::size_t i = 0; i < size;) {
-        unsigned int c = units[i];
-        if (c < 0x80) {
-            if (size - i >= 4 && detail::all_ascii(units + i)) {
-                detail::narrow(units + i, bytes + k);
-                i += 4;
-                k += 4;
-            } else {
-                bytes[k++] = static_cast<char>(c);
-                ++i;
-            }
-            continue;
-        }
-        if (!read_units(units, i, c))
-            return "-1";
-        k += write_utf8(c, bytes + k);
-    }
+    detail::work_buffer<char> output(4 * source.size());
+    const std::size_t k = kernels::utf16_to_utf8(source.data(), source.size(), output.units());
+    if (k == kernels::invalid)
+        return "-1";
     debug::detail::check(
         k <= output.size(), "k <= output.size()", source_path, utf16_to_utf8_line,
         "TOVA_2_18::strings::ustring8 "
         "TOVA_2_18::strings::utf16_to_utf8(const TOVA_2_18::strings::ustring16 &)");
-    return ustring8(bytes, k);
+    return ustring8(output.units(), k);
 }
 
 ustring8 utf32_to_utf8(const ustring32& source) {
-    const std::size_t size = source.size();
     ustring8 text;
-    text.reserve(2 * size);
-    char block[4 * block_size];
-    for (std::size_t i = 0; i < size;) {
-        const std::size_t stop = std::min(size, i + block_size);
-        std::size_t k = 0;
-        for (; i < stop; ++i) {
-            const int c = source[i];
-            if (is_surrogate(c))
-                return "-1";
-            // Contract: a negative value counts as below 0x80 and gives its low byte; a value above
-            // Unicode is dropped without a trace, though a surrogate is refused.
-            if (c < 0x80)
-                block[k++] = static_cast<char>(c);
-            else if (c < unicode_end)
-                k += write_utf8(static_cast<unsigned int>(c), block + k);
-        }
-        text.append(block, k);
-    }
+    text.reserve(2 * source.size());
+    if (!append_blocks<4>(text, source.data(), source.size(), kernels::utf32_to_utf8))
+        return "-1";
     return text;
 }
 
 ustring16 utf32_to_utf16(const ustring32& source) {
-    const std::size_t size = source.size();
     ustring16 text;
-    text.reserve(size);
-    unsigned short block[2 * block_size];
-    for (std::size_t i = 0; i < size;) {
-        const std::size_t stop = std::min(size, i + block_size);
-        std::size_t k = 0;
-        for (; i < stop; ++i) {
-            const int c = source[i];
-            if (is_surrogate(c) || c >= unicode_end)
-                return utf8_to_utf16("-1");
-            // Contract: pairs begin at U+FFFF and no 0x10000 is taken off, so these pairs are not
-            // those of `utf8_to_utf16`: U+10000 is D840 DC00 here and D800 DC00 there.
-            if (c < 0xFFFF) {
-                block[k++] = static_cast<unsigned short>(c);
-            } else {
-                block[k++] = static_cast<unsigned short>((c >> 10) + 0xD800);
-                block[k++] = static_cast<unsigned short>((c & 0x3FF) + 0xDC00);
-            }
-        }
-        text.append(block, k);
-    }
+    text.reserve(source.size());
+    if (!append_blocks<2>(text, source.data(), source.size(), kernels::utf32_to_utf16))
+        return utf8_to_utf16("-1");
     return text;
 }
 
 ustring32 utf16_to_utf32(const ustring16& source) {
-    // Contract: no end, as in `utf16_to_utf8`.
+    // Contract: endless recursion, as in `utf16_to_utf8`.
     if (source[0] == swapped_mark)
         return utf16_to_utf32(swap_string_bytes_order(source));
 
-    const std::size_t size = source.size();
-    const unsigned short* units = source.data();
     ustring32 text;
-    text.reserve(size);
-    wchar_t block[block_size];
-    for (std::size_t i = 0; i < size;) {
-        const std::size_t stop = std::min(size, i + block_size);
-        std::size_t k = 0;
-        while (i < stop) {
-            unsigned int c;
-            if (!read_units(units, i, c))
-                return utf8_to_utf32("-1");
-            block[k++] = static_cast<wchar_t>(c);
-        }
-        text.append(block, k);
-    }
+    text.reserve(source.size());
+    if (!append_blocks<1>(text, source.data(), source.size(), kernels::utf16_to_utf32))
+        return utf8_to_utf32("-1");
     return text;
 }
 
@@ -333,8 +176,8 @@ unsigned long character_index(const ustring8& text, unsigned long character) {
             return failed;
         offset += taken;
     }
-    // Contract: the walk goes on through the terminator. What is left to walk reads as 0 there, and
-    // each such byte is a character.
+    // Contract: the walk goes on past the terminator, where every byte reads as 0 and counts as a
+    // character. The rest of the walk is therefore one byte each, and nothing is read there.
     return offset + character;
 }
 
@@ -345,27 +188,27 @@ unsigned long character_index(const ustring16& text, unsigned long character) {
     const unsigned short* units = text.data();
     std::size_t offset = 0;
     for (; character > 0 && offset < size; --character) {
-        if (is_high_surrogate(units[offset])) {
-            if (!is_low_surrogate(units[offset + 1]))  // at the end of the text the terminator
+        if (detail::is_high_surrogate(units[offset])) {
+            if (!detail::is_low_surrogate(units[offset + 1]))  // at the end it is the terminator
                 return failed;
             offset += 2;
         } else {
-            // Contract: the first unit is asked here, not the one at the offset. A text that begins
-            // with a stray low surrogate has no characters behind number 0; one further on counts
-            // as a character.
-            if (is_low_surrogate(units[0]))
+            // Contract: the first unit is tested here, not the one at the offset. A string that
+            // begins with a stray low surrogate has no characters after number 0; a stray one
+            // further on counts as a character.
+            if (detail::is_low_surrogate(units[0]))
                 return failed;
             offset += 1;
         }
     }
-    return offset + character;  // through the terminator, as in the 8-bit form
+    return offset + character;  // past the terminator, as in the 8-bit form
 }
 
 ustring16 swap_string_bytes_order(const ustring16& source) {
     ustring16 swapped(source);
     modify_swap_string_bytes_order(swapped);
-    // Contract: the argument comes back unswapped; only the modify_ forms change bytes. The
-    // conversions above rest on it.
+    // Contract: returns its argument unswapped; only the modify_ forms change bytes. The
+    // conversions above depend on it.
     return source;
 }
 

@@ -1,4 +1,12 @@
-// What counts as a UTF-8 sequence in this library: its structure, and nothing else.
+/// @file
+/// What counts as a UTF-8 sequence in this library: its structure, and nothing else.
+///
+///     unsigned int point;
+///     detail::read_sequence(bytes, left, point);  // 3 and 0x20AC for E2 82 AC
+///
+/// A sequence is a lead byte and as many continuation bytes as the lead announces. All functions of
+/// the library that walk UTF-8 use this rule, so they agree on where each character ends. Pure
+/// functions; any number of threads may call them.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +19,7 @@ inline bool is_continuation(unsigned int byte) {
     return (byte & 0xC0) == 0x80;
 }
 
-// Bytes of the sequence that a first byte announces, or 0 for a byte that begins none.
+// The length of the sequence that a first byte announces, or 0 for a byte that begins none.
 inline std::size_t announced_length(unsigned int byte) {
     if (byte < 0x80)
         return 1;
@@ -24,11 +32,11 @@ inline std::size_t announced_length(unsigned int byte) {
     return 0;
 }
 
-// Reads the sequence that begins at `text`, of which `left` bytes remain, into `point`, and gives
-// its length; 0 if there is no complete one, and `point` is then left alone.
+// Reads the sequence that begins at `text`, of which `left` bytes remain, into `point`. Returns its
+// length, or 0 if there is no complete one; `point` is then unchanged.
 //
-// Contract: overlong forms, encoded surrogates and values above U+10FFFF pass. Texts are walked by
-// this rule everywhere, so what one function steps over the others step over as well.
+// Contract: overlong forms, encoded surrogates and values above U+10FFFF pass. A stricter rule here
+// would turn strings that programs have stored into "-1".
 inline std::size_t read_sequence(const unsigned char* text, std::size_t left, unsigned int& point) {
     if (left == 0)
         return 0;
@@ -64,6 +72,30 @@ inline std::size_t read_sequence(const unsigned char* text, std::size_t left, un
 inline std::size_t sequence_length(const unsigned char* text, std::size_t left) {
     unsigned int point;
     return read_sequence(text, left, point);
+}
+
+// Writes the sequence of a value below 0x110000 and returns its length.
+inline std::size_t write_sequence(unsigned int value, char* to) {
+    if (value < 0x80) {
+        to[0] = static_cast<char>(value);
+        return 1;
+    }
+    if (value < 0x800) {
+        to[0] = static_cast<char>((value >> 6) | 0xC0);
+        to[1] = static_cast<char>((value & 0x3F) | 0x80);
+        return 2;
+    }
+    if (value < 0x10000) {
+        to[0] = static_cast<char>((value >> 12) | 0xE0);
+        to[1] = static_cast<char>(((value >> 6) & 0x3F) | 0x80);
+        to[2] = static_cast<char>((value & 0x3F) | 0x80);
+        return 3;
+    }
+    to[0] = static_cast<char>((value >> 18) | 0xF0);
+    to[1] = static_cast<char>(((value >> 12) & 0x3F) | 0x80);
+    to[2] = static_cast<char>(((value >> 6) & 0x3F) | 0x80);
+    to[3] = static_cast<char>((value & 0x3F) | 0x80);
+    return 4;
 }
 
 }  // namespace detail

@@ -1,4 +1,10 @@
-// Room for the worst case of a conversion.
+/// @file
+/// Room for the worst case of a conversion.
+///
+///     detail::work_buffer<char> output(4 * size);
+///     std::size_t written = kernels::utf16_to_utf8(units, size, output.units());
+///
+/// A buffer lives for one conversion and belongs to the thread that runs it.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +14,8 @@ namespace TOVA_2_18 {
 namespace strings {
 namespace detail {
 
-// Units of a fixed number, made once and filled by index; short ones lie on the stack. The units
-// are not cleared, since only what was filled is copied out.
+// A fixed number of units, allocated once and filled by index. Small buffers are on the stack. The
+// units are not cleared, because only what was filled is copied out.
 template <typename Unit>
 class work_buffer {
 public:
