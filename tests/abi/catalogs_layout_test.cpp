@@ -1,16 +1,16 @@
-// The layout of the catalog loader and the catalog set: sizes, and the places of all fields.
+// The layout of the catalog loader and the catalog set: their sizes, and the offsets of all fields.
+#include <tova/i18n/message_catalogs.hpp>
+
+#include "i18n/catalog_text.hpp"
+#include "support/temporary_directory.hpp"
+
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <map>
 #include <string>
 #include <type_traits>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include <tova/i18n/message_catalogs.hpp>
-
-#include "i18n/catalog_text.hpp"
-#include "support/temporary_directory.hpp"
 
 namespace {
 
@@ -23,8 +23,8 @@ using TOVA_2_18::strings::ustring8;
 using load_error = xmc_file_loader::load_error;
 using result_type = message_catalogs::result_type;
 
-// Fields are reached through standard containers, so these classes have no standard layout; the
-// compilers that we build with give the offsets all the same.
+// These classes hold standard containers and so have no standard layout. The compilers that we
+// build with know the offsets of their fields all the same.
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
 static_assert(sizeof(xmc_file_loader::error_type) == 4, "kinds are 32 bits");
@@ -92,7 +92,7 @@ TEST(CatalogLayout, HasTheFieldsOfASetInOrder) {
     ASSERT_EQ(1u, resolve.size());
     EXPECT_EQ("b", std::string(resolve.at("a")));
 
-    // A copy has a resolve container of its own, and dropping all catalogs leaves it.
+    // A copy has a resolve container of its own, and removing all catalogs leaves it as it is.
     const message_catalogs copy(set);
     EXPECT_TRUE((field_at<std::map<ustring8, ustring8>>(copy, 48).empty()));
     message_catalogs assigned;

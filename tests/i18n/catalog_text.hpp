@@ -1,19 +1,18 @@
-// Texts of XMC files for tests, and what a loader made of them in a readable form.
+// Pieces of XMC files for tests, and what a loader read from them in a readable form.
 #pragma once
-
-#include <map>
-#include <string>
 
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 #include <tova/types/nil.hpp>
 
+#include <map>
+#include <string>
+
 namespace test_support {
 
-using loaded_catalogs =
-    std::map<TOVA_2_18::strings::ustring8,
-             TOVA_2_18::memory::pointers::shared_pointer<TOVA_2_18::i18n::catalog_t>>;
+using loaded_catalogs = std::map<tova::strings::ustring8,
+                                 tova::memory::pointers::shared_pointer<tova::i18n::catalog_t>>;
 
-// A whole file around what stands in its root.
+// A whole file around the content of its root.
 inline std::string xmc(const std::string& content) {
     return "<?xml version=\"1.0\"?><xmc version=\"1.1\">" + content + "</xmc>";
 }
@@ -28,7 +27,7 @@ inline std::string msg(const std::string& name, const std::string& content) {
 }
 
 // The items as "type:data", each in brackets, with the separator byte 0x01 shown as "|".
-inline std::string items_of(const TOVA_2_18::i18n::message_t& message) {
+inline std::string items_of(const tova::i18n::message_t& message) {
     std::string result;
     for (const auto& item : message) {
         result += "[" + std::to_string(static_cast<int>(item.type())) + ":" + item.data() + "]";
@@ -40,19 +39,19 @@ inline std::string items_of(const TOVA_2_18::i18n::message_t& message) {
 }
 
 // What a loader read, merged into an empty set.
-inline loaded_catalogs combined(TOVA_2_18::i18n::_private::xmc_file_loader& loader) {
+inline loaded_catalogs combined(tova::i18n::_private::xmc_file_loader& loader) {
     loaded_catalogs result;
     loader.combine_data(result, {});
     return result;
 }
 
-// The text of a message that needs no arguments; "(none)" if it is not there.
+// A message rendered without arguments; "(none)" if there is no such message.
 inline std::string text_of(const loaded_catalogs& catalogs, const std::string& catalog_name,
                            const std::string& key) {
     const auto entry = catalogs.find(catalog_name);
     if (entry == catalogs.end() || !entry->second->has_message(key))
         return "(none)";
-    return entry->second->message(key).as_string(TOVA_2_18::generic::varg_list());
+    return entry->second->message(key).as_string(tova::generic::varg_list());
 }
 
 }  // namespace test_support

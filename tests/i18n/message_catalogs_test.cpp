@@ -1,18 +1,5 @@
+// The catalog set: loads of files, directories and lists in all widths, lookups, copies.
 #include <tova/i18n/message_catalogs.hpp>
-
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
-#include <unistd.h>
-
-#include <cstring>
-#include <sstream>
-#include <string>
-#include <type_traits>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "i18n/catalog_text.hpp"
 #include "support/temporary_directory.hpp"
@@ -21,23 +8,34 @@
 #include <tova/system/directories.hpp>
 #include <tova/types/nil.hpp>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <string>
+#include <type_traits>
+#include <vector>
+
 namespace {
 
 using test_support::catalog;
 using test_support::msg;
 using test_support::temporary_directory;
 using test_support::xmc;
-using TOVA_2_18::generic::varg_list;
-using TOVA_2_18::i18n::catalog_t;
-using TOVA_2_18::i18n::message_catalogs;
-using TOVA_2_18::i18n::message_t;
-using TOVA_2_18::i18n::_private::xmc_file_loader;
-using TOVA_2_18::parser::xml_parser;
-using TOVA_2_18::strings::ustring16;
-using TOVA_2_18::strings::ustring32;
-using TOVA_2_18::strings::ustring8;
-using TOVA_2_18::system::list_directory;
-using TOVA_2_18::types::nil;
+using tova::generic::varg_list;
+using tova::i18n::catalog_t;
+using tova::i18n::message_catalogs;
+using tova::i18n::message_t;
+using tova::strings::ustring16;
+using tova::strings::ustring32;
+using tova::strings::ustring8;
+using tova::system::list_directory;
+using tova::types::nil;
 
 using result_type = message_catalogs::result_type;
 using outcome = std::pair<int, std::string>;
@@ -62,118 +60,21 @@ std::string small_file(const std::string& name, const std::string& key,
     return xmc(catalog(name, "en", msg(key, text)));
 }
 
-// ---- result_type
-
-TEST(ResultType, RendersEachKindThatNeedsNoFile) {
-    const struct {
-        message_catalogs::error_type kind;
-        const char* message;
-    } cases[] = {
-        {message_catalogs::no_error, "message_catalogs::result_type - No Error"},
-        {message_catalogs::no_catalog,
-         "message_catalogs::result_type - No catalog was loaded in file: \"T\""},
-        {message_catalogs::file_not_found,
-         "message_catalogs::result_type - File \"T\" was not found on disk"},
-        {message_catalogs::directory_not_found,
-         "message_catalogs::result_type - Directory \"T\" was not found on disk"},
-        {message_catalogs::entity_not_found,
-         "message_catalogs::result_type - Entity (file or directory) \"T\" was not found on disk"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(outcome(c.kind, c.message), seen(result_type(c.kind, "T")));
-}
-
-TEST(ResultType, RendersTheOtherKindsByTheirNumber) {
-    for (const int kind : {2, 6, 7, 8, 9, 15, -1})
-        EXPECT_EQ(outcome(kind, "unknown, or unhandle case happened! < "
-                                "N9TOVA_2_184i18n16message_catalogs10error_typeE value of " +
-                                    std::to_string(kind) + " > str data=T"),
-                  seen(result_type(static_cast<message_catalogs::error_type>(kind), "T")));
-}
-
-TEST(ResultType, NumbersItsKindsFromZeroToEight) {
-    EXPECT_EQ(0, message_catalogs::no_error);
-    EXPECT_EQ(1, message_catalogs::no_catalog);
-    EXPECT_EQ(2, message_catalogs::no_default_locale);
-    EXPECT_EQ(3, message_catalogs::file_not_found);
-    EXPECT_EQ(4, message_catalogs::directory_not_found);
-    EXPECT_EQ(5, message_catalogs::entity_not_found);
-    EXPECT_EQ(6, message_catalogs::xml_error);
-    EXPECT_EQ(7, message_catalogs::invalid_xmc);
-    EXPECT_EQ(8, message_catalogs::unexpected);
-    EXPECT_EQ(4u, sizeof(message_catalogs::error_type));
-}
-
-TEST(ResultType, MapsTheKindsOfTheLoaderAndKeepsItsMessage) {
-    const char* const invalid = "XMC file is not valid";
-    const struct {
-        int loader_kind;
-        int kind;
-        const char* line;
-    } cases[] = {
-        {0, 0, "No Error"},
-        {1, 1, "No catalog was loaded"},
-        {2, 2, "Default locale lookup not supported yet"},
-        {3, 3, "File was not found on disk"},
-        {4, 6, "XML parse error, XML file not well formed"},
-        {5, 7, invalid},
-        {6, 7, invalid},
-        {7, 7, invalid},
-        {8, 7, invalid},
-        {9, 7, invalid},
-        {10, 7, invalid},
-        {11, 7, invalid},
-        {12, 7, invalid},
-        {13, 7, invalid},
-        {14, 8, "Unexpected error happened during loading"},
-        {15, 8, "Unhandled case"},
-        {-1, 8, "Unhandled case"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.loader_kind);
-        xmc_file_loader::load_error fault(static_cast<xmc_file_loader::error_type>(c.loader_kind),
-                                          "T");
-        fault.message = "inner\n in file: \"f\"";
-        EXPECT_EQ(outcome(c.kind, front + c.line + "\n inner\n in file: \"f\""),
-                  seen(result_type(fault)));
-    }
-}
-
-TEST(ResultType, FormatsAgainAndSetsTheKindFromAFault) {
-    result_type result(message_catalogs::no_catalog, "a");
-    EXPECT_EQ(front + "Directory \"b\" was not found on disk",
-              std::string(result.format_message(message_catalogs::directory_not_found, "b")));
-    EXPECT_EQ(message_catalogs::no_catalog, result.type);
-    EXPECT_EQ(front + "XMC file is not valid\n " + loader_front + "Invalid element \"c\"",
-              std::string(result.format_message(
-                  xmc_file_loader::load_error(xmc_file_loader::invalid_element, "c"))));
-    EXPECT_EQ(message_catalogs::invalid_xmc, result.type);
-}
-
-TEST(ResultType, WritesItsMessageToAStream) {
-    result_type result(message_catalogs::entity_not_found, ustring8("a\0b", 3));
-    std::ostringstream stream;
-    stream << result << "|";
-    EXPECT_EQ(front + "Entity (file or directory) \"a" + std::string(1, '\0') +
-                  "b\" was not found on disk|",
-              stream.str());
-}
-
 // ---- all three widths
 
 template <typename String>
 class MessageCatalogs : public ::testing::Test {
 protected:
-    // Paths, names and texts of the tests are ASCII or UTF-8 as it stands in a path.
+    // A string of this width. Paths, names and messages of the tests are ASCII or UTF-8.
     static String s(const std::string& utf8) {
         return convert(utf8, static_cast<String*>(nullptr));
     }
     static ustring8 convert(const std::string& utf8, ustring8*) { return utf8; }
     static ustring16 convert(const std::string& utf8, ustring16*) {
-        return TOVA_2_18::strings::utf8_to_utf16(utf8);
+        return tova::strings::utf8_to_utf16(utf8);
     }
     static ustring32 convert(const std::string& utf8, ustring32*) {
-        return TOVA_2_18::strings::utf8_to_utf32(utf8);
+        return tova::strings::utf8_to_utf32(utf8);
     }
 
     std::string path(const std::string& name) const { return files.path(name); }
@@ -203,7 +104,7 @@ TYPED_TEST(MessageCatalogs, LoadsTheNamedCatalogOfAFile) {
     EXPECT_EQ(2u, this->set.count());
 }
 
-TYPED_TEST(MessageCatalogs, LoadsNothingForACatalogNameThatIsNotThere) {
+TYPED_TEST(MessageCatalogs, LoadsNothingForAnUnknownCatalogName) {
     const TypeParam file = this->s(this->files.write("a", small_file("c", "k")));
     EXPECT_EQ(file_success, seen(this->set.load_file(file, this->s("en"), this->s("z"))));
     EXPECT_TRUE(this->set == nil);
@@ -228,32 +129,32 @@ TYPED_TEST(MessageCatalogs, RefusesAnEmptyLocaleUnlessACatalogIsNamed) {
     EXPECT_FALSE(this->set.has_message(this->s("c"), this->s("l")));
 }
 
-TYPED_TEST(MessageCatalogs, FindsAMissingPathBeforeAnEmptyLocale) {
+TYPED_TEST(MessageCatalogs, ReportsAMissingPathBeforeAnEmptyLocale) {
     const TypeParam missing = this->s(this->path("missing"));
     EXPECT_EQ(5, this->set.load(missing, this->s("")).type);
     EXPECT_EQ(4, this->set.load_directory(missing, this->s("")).type);
     EXPECT_EQ(2, this->set.load_file(missing, this->s("")).type);
 }
 
-TYPED_TEST(MessageCatalogs, TellsOfAMissingFileInTwoLines) {
+TYPED_TEST(MessageCatalogs, ReportsAMissingFileInTwoLines) {
     EXPECT_EQ(outcome(3, front + "File was not found on disk\n " + loader_front + "File \"" +
                              this->path("no") + "\" was not found on disk"),
               seen(this->set.load_file(this->s(this->path("no")), this->s("en"))));
 }
 
-TYPED_TEST(MessageCatalogs, TellsOfAMissingDirectoryUnlessACatalogIsNamed) {
+TYPED_TEST(MessageCatalogs, ReportsAMissingDirectoryUnlessACatalogIsNamed) {
     const TypeParam missing = this->s(this->path("no"));
     EXPECT_EQ(outcome(4, front + "Directory \"" + this->path("no") + "\" was not found on disk"),
               seen(this->set.load_directory(missing, this->s("en"))));
     EXPECT_EQ(plain_success, seen(this->set.load_directory(missing, this->s("en"), this->s("c"))));
 }
 
-TYPED_TEST(MessageCatalogs, TellsOfAMissingEntity) {
+TYPED_TEST(MessageCatalogs, ReportsAMissingEntity) {
     const TypeParam missing = this->s(this->path("no"));
-    const outcome fault(5, front + "Entity (file or directory) \"" + this->path("no") +
+    const outcome error(5, front + "Entity (file or directory) \"" + this->path("no") +
                                "\" was not found on disk");
-    EXPECT_EQ(fault, seen(this->set.load(missing, this->s("en"))));
-    EXPECT_EQ(fault, seen(this->set.load(missing, this->s("en"), this->s("c"))));
+    EXPECT_EQ(error, seen(this->set.load(missing, this->s("en"))));
+    EXPECT_EQ(error, seen(this->set.load(missing, this->s("en"), this->s("c"))));
     EXPECT_EQ(5, this->set.load(this->s(""), this->s("en")).type);
 }
 
@@ -270,7 +171,7 @@ TYPED_TEST(MessageCatalogs, ScansADirectoryAtAnyDepth) {
     EXPECT_EQ("x", rendered(again, "b", "k"));
 }
 
-TYPED_TEST(MessageCatalogs, KnowsCatalogFilesByTheirNamesInAnyLetterCase) {
+TYPED_TEST(MessageCatalogs, RecognizesCatalogFilesByTheirExtensionInAnyCase) {
     const struct {
         const char* name;
         bool is_read;
@@ -298,7 +199,7 @@ TYPED_TEST(MessageCatalogs, EntersDirectoriesThatAreNamedLikeCatalogFiles) {
     EXPECT_EQ("x", rendered(this->set, "c", "k"));
 }
 
-TYPED_TEST(MessageCatalogs, GivesSuccessWithoutAFileLineForADirectoryWithoutCatalogFiles) {
+TYPED_TEST(MessageCatalogs, ReturnsPlainSuccessForADirectoryWithoutCatalogFiles) {
     this->files.write("d/readme.txt", "text");
     const TypeParam directory = this->s(this->path("d"));
     EXPECT_EQ(plain_success, seen(this->set.load_directory(directory, this->s("en"))));
@@ -308,7 +209,7 @@ TYPED_TEST(MessageCatalogs, GivesSuccessWithoutAFileLineForADirectoryWithoutCata
               seen(this->set.load(directory, this->s("en"), this->s("c"))));
 }
 
-TYPED_TEST(MessageCatalogs, AsksForAnEmptySetAsAWhole) {
+TYPED_TEST(MessageCatalogs, ReportsAnEmptySetButNotAnEmptyLoad) {
     this->files.write("a.xmc", small_file("c", "k"));
     this->files.write("d/readme.txt", "text");
     EXPECT_EQ(file_success, seen(this->set.load(this->s(this->path("a.xmc")), this->s("en"))));
@@ -317,15 +218,15 @@ TYPED_TEST(MessageCatalogs, AsksForAnEmptySetAsAWhole) {
     EXPECT_EQ(1, this->set.load(this->s(this->path("d")), this->s("en")).type);
 }
 
-TYPED_TEST(MessageCatalogs, TellsOfASkippedCatalogByTheEmptySetAlone) {
+TYPED_TEST(MessageCatalogs, ReportsASkippedCatalogOnlyIfTheSetIsEmpty) {
     const TypeParam file =
         this->s(this->files.write("a.xmc", xmc(catalog("c", "fr", msg("k", "x")))));
     EXPECT_EQ(file_success, seen(this->set.load_file(file, this->s("en"))));
     EXPECT_EQ(1, this->set.load(file, this->s("en")).type);
 }
 
-TYPED_TEST(MessageCatalogs, StopsAScanAtTheFirstFaultAndKeepsWhatWasLoaded) {
-    // Directories follow a file's fault nowhere: whatever the order, the faulty file ends the scan.
+TYPED_TEST(MessageCatalogs, StopsAScanAtTheFirstErrorAndKeepsWhatWasLoaded) {
+    // An invalid file ends the scan wherever it comes in the order.
     this->files.write("d/NOTES.XML", "<?xml?><notes/>");
     EXPECT_EQ(outcome(7, front + "XMC file is not valid\n " + loader_front +
                              "Not XMC file, root element is not XMC but \"notes\"" +
@@ -340,7 +241,7 @@ TYPED_TEST(MessageCatalogs, StopsAScanAtTheFirstFaultAndKeepsWhatWasLoaded) {
     EXPECT_EQ("x", rendered(this->set, "a", "k"));
 }
 
-TYPED_TEST(MessageCatalogs, StopsAScanAtAFaultInADirectoryBelow) {
+TYPED_TEST(MessageCatalogs, StopsAScanAtAnErrorInASubdirectory) {
     this->files.write("d/e/f/a.xmc", "");
     EXPECT_EQ(outcome(6, front + "XML parse error, XML file not well formed\n " + loader_front +
                              "Valid XML header not found\n at line: \"0\"" +
@@ -358,7 +259,7 @@ TYPED_TEST(MessageCatalogs, StopsAScanAtALinkToACatalogFile) {
               seen(this->set.load_directory(this->s(this->path("d")), this->s("en"))));
 }
 
-TYPED_TEST(MessageCatalogs, FollowsALinkToADirectoryAndPassesOverADanglingOne) {
+TYPED_TEST(MessageCatalogs, FollowsALinkToADirectoryAndSkipsADanglingOne) {
     this->files.write("target/a.xmc", small_file("c", "k"));
     this->files.write("d/readme.txt", "text");
     ASSERT_EQ(0, ::symlink("../target", this->path("d/link").c_str()));
@@ -367,20 +268,20 @@ TYPED_TEST(MessageCatalogs, FollowsALinkToADirectoryAndPassesOverADanglingOne) {
     EXPECT_EQ("x", rendered(this->set, "c", "k"));
 }
 
-TYPED_TEST(MessageCatalogs, WritesTheDirectoryOfAScanWithItsSeparatorDoubled) {
+TYPED_TEST(MessageCatalogs, DoublesTheSeparatorOfADirectoryThatEndsInOne) {
     this->files.write("d/a.xmc", "");
     EXPECT_THAT(seen(this->set.load_directory(this->s(this->path("d/")), this->s("en"))).second,
                 ::testing::EndsWith(this->in_file("d//a.xmc")));
 }
 
-TYPED_TEST(MessageCatalogs, LoadsAListInOrderAndGivesTheLastOutcome) {
+TYPED_TEST(MessageCatalogs, LoadsAListInOrderAndReturnsTheLastOutcome) {
     this->files.write("a", small_file("a", "k", "1"));
     this->files.write("b", small_file("a", "k", "2"));
     this->files.write("d/readme.txt", "text");
     const std::vector<TypeParam> paths{this->s(this->path("a")), this->s(this->path("b")),
                                        this->s(this->path("d"))};
     EXPECT_EQ(plain_success, seen(this->set.load(paths, this->s("en"))));
-    EXPECT_EQ("2", rendered(this->set, "a", "k")) << "of two equals the later stays";
+    EXPECT_EQ("2", rendered(this->set, "a", "k")) << "of two equals the later one stays";
 
     message_catalogs named;
     EXPECT_EQ(plain_success, seen(named.load(paths, this->s("en"), this->s("a"))));
@@ -388,22 +289,22 @@ TYPED_TEST(MessageCatalogs, LoadsAListInOrderAndGivesTheLastOutcome) {
     EXPECT_EQ(plain_success, seen(named.load(paths, this->s("en"), this->s("z"))));
 }
 
-TYPED_TEST(MessageCatalogs, StopsAListAtAPathThatIsNotThere) {
+TYPED_TEST(MessageCatalogs, StopsAListAtAMissingPath) {
     this->files.write("a", small_file("a", "k"));
     this->files.write("b", small_file("b", "k"));
     const std::vector<TypeParam> paths{this->s(this->path("a")), this->s(this->path("no")),
                                        this->s(this->path("b"))};
-    const outcome fault(5, front + "Entity (file or directory) \"" + this->path("no") +
+    const outcome error(5, front + "Entity (file or directory) \"" + this->path("no") +
                                "\" was not found on disk");
-    EXPECT_EQ(fault, seen(this->set.load(paths, this->s("en"))));
+    EXPECT_EQ(error, seen(this->set.load(paths, this->s("en"))));
     EXPECT_TRUE(this->set.has_catalog(this->s("a")));
     EXPECT_FALSE(this->set.has_catalog(this->s("b")));
 
     message_catalogs named;
-    EXPECT_EQ(fault, seen(named.load(paths, this->s("en"), this->s("a"))));
+    EXPECT_EQ(error, seen(named.load(paths, this->s("en"), this->s("a"))));
 }
 
-TYPED_TEST(MessageCatalogs, GivesSuccessForAListThatLoadsNothing) {
+TYPED_TEST(MessageCatalogs, ReturnsSuccessForAListThatLoadsNothing) {
     EXPECT_EQ(plain_success, seen(this->set.load(std::vector<TypeParam>(), this->s("en"))));
     EXPECT_EQ(plain_success, seen(this->set.load(std::vector<TypeParam>(), this->s(""))));
     this->files.write("d/readme.txt", "text");
@@ -418,7 +319,7 @@ TYPED_TEST(MessageCatalogs, LoadsListsOfStandardStrings) {
     const std::vector<std::string> narrow{this->path("a"), this->path("d")};
     std::vector<std::wstring> wide;
     for (const std::string& path : narrow)
-        wide.push_back(TOVA_2_18::strings::utf8_to_utf32(path));
+        wide.push_back(tova::strings::utf8_to_utf32(path));
 
     message_catalogs sets[4];
     EXPECT_EQ(file_success, seen(sets[0].load(narrow, this->s("en"))));
@@ -432,16 +333,16 @@ TYPED_TEST(MessageCatalogs, LoadsListsOfStandardStrings) {
     }
 }
 
-TYPED_TEST(MessageCatalogs, TellsOfMissingPathsInListsOfStandardStrings) {
+TYPED_TEST(MessageCatalogs, ReportsMissingPathsInListsOfStandardStrings) {
     const std::string missing = this->path("\xC3\xA4");
     const std::vector<std::string> narrow{missing};
-    const std::vector<std::wstring> wide{TOVA_2_18::strings::utf8_to_utf32(missing)};
-    const outcome fault(5, front + "Entity (file or directory) \"" + missing +
+    const std::vector<std::wstring> wide{tova::strings::utf8_to_utf32(missing)};
+    const outcome error(5, front + "Entity (file or directory) \"" + missing +
                                "\" was not found on disk");
-    EXPECT_EQ(fault, seen(this->set.load(narrow, this->s("en"))));
-    EXPECT_EQ(fault, seen(this->set.load(wide, this->s("en"))));
-    EXPECT_EQ(fault, seen(this->set.load(narrow, this->s("en"), this->s("c"))));
-    EXPECT_EQ(fault, seen(this->set.load(wide, this->s("en"), this->s("c"))));
+    EXPECT_EQ(error, seen(this->set.load(narrow, this->s("en"))));
+    EXPECT_EQ(error, seen(this->set.load(wide, this->s("en"))));
+    EXPECT_EQ(error, seen(this->set.load(narrow, this->s("en"), this->s("c"))));
+    EXPECT_EQ(error, seen(this->set.load(wide, this->s("en"), this->s("c"))));
     EXPECT_EQ(plain_success, seen(this->set.load(std::vector<std::string>(), this->s("en"))));
     EXPECT_EQ(plain_success, seen(this->set.load(std::vector<std::wstring>(), this->s("en"))));
 }
@@ -458,7 +359,7 @@ TYPED_TEST(MessageCatalogs, ReadsForTheWantedLocale) {
     }
 }
 
-TYPED_TEST(MessageCatalogs, TakesNamesAndKeysOfAnyScript) {
+TYPED_TEST(MessageCatalogs, AcceptsNamesAndKeysInAnyScript) {
     const std::string name = "k\xC3\xA4se\xE2\x82\xAC";
     const TypeParam file = this->s(this->files.write(
         "\xE6\x97\xA5.xmc", xmc(catalog(name, "en", msg("\xF0\x9F\x98\x80", "x")))));
@@ -479,7 +380,7 @@ TYPED_TEST(MessageCatalogs, FindsCatalogsAndMessagesByExactName) {
     EXPECT_EQ("Key", std::string(this->set.message(this->s("App"), this->s("Key")).name()));
 }
 
-TYPED_TEST(MessageCatalogs, GivesTwoNilObjectsForAnAbsentCatalogAndAnAbsentKey) {
+TYPED_TEST(MessageCatalogs, ReturnsDifferentNilObjectsForAnAbsentCatalogAndAnAbsentKey) {
     this->set.load_file(ustring8(this->files.write("a", small_file("c", "k"))), "en");
     const message_t& no_catalog = this->set.message(this->s("z"), this->s("k"));
     const message_t& no_key = this->set.message(this->s("c"), this->s("z"));
@@ -517,7 +418,7 @@ TYPED_TEST(MessageCatalogs, CountsCatalogsAndTheirMessages) {
     EXPECT_EQ(0u, this->set.size(this->s("z")));
 }
 
-TYPED_TEST(MessageCatalogs, WalksTheMessagesOfACatalogInTheOrderOfTheirKeys) {
+TYPED_TEST(MessageCatalogs, IteratesOverMessagesInTheByteOrderOfTheirKeys) {
     this->set.load_file(
         ustring8(this->files.write(
             "a", xmc(catalog("c", "en", msg("b", "1") + msg("a", "2") + msg("B", "3"))))),
@@ -538,7 +439,7 @@ TYPED_TEST(MessageCatalogs, ErasesOneCatalog) {
     EXPECT_TRUE(this->set == nil);
 }
 
-TYPED_TEST(MessageCatalogs, KnowsTheLocalesThatACatalogHoldsTextsOf) {
+TYPED_TEST(MessageCatalogs, KnowsTheLocalesOfTheMessagesInACatalog) {
     this->set.load_file(
         ustring8(this->files.write(
             "a", xmc(catalog("c", "de_DE", msg("a", "1")) + catalog("c", ".", msg("b", "2")) +
@@ -556,8 +457,8 @@ TYPED_TEST(MessageCatalogs, KnowsTheLocalesThatACatalogHoldsTextsOf) {
         {"_", false},
         {"", false},
         {"de", false},
-        {"en", false},  // its one text lost
-                        // against another
+        {"en", false},  // its one message lost
+                        // to a heavier one
         {"de_AT", false},
         {"DE_DE", false},
     };
@@ -565,7 +466,7 @@ TYPED_TEST(MessageCatalogs, KnowsTheLocalesThatACatalogHoldsTextsOf) {
         EXPECT_EQ(c.is_held, this->set.has_catalog(this->s("c"), this->s(c.locale))) << c.locale;
     EXPECT_FALSE(this->set.has_catalog(this->s("z"), this->s("de_DE")));
     EXPECT_FALSE(this->set.catalog(this->s("c")).is_language_loaded(this->s(".")))
-        << "the catalog itself asks for \"_\"";
+        << "the catalog itself looks for \"_\"";
 }
 
 TYPED_TEST(MessageCatalogs, NeverFindsAStoredLocaleWithAHyphen) {
@@ -615,7 +516,7 @@ TEST_F(CatalogSet, SharesItsCatalogsWithItsCopies) {
     EXPECT_EQ(&set.catalog(ustring8("c")), &named.catalog(ustring8("c")));
     EXPECT_EQ(4u, set.catalog(ustring8("c")).count);
 
-    // What a load adds to a shared catalog, all of them see; a new catalog is the copy's own.
+    // All of them see what a load adds to a shared catalog. A new catalog is the copy's own.
     copy.load_file(file("b", xmc(catalog("c", "en", msg("k", "2") + msg("l", "3")) +
                                  catalog("d", "en", msg("k", "4")))),
                    "en");
@@ -636,7 +537,7 @@ TEST_F(CatalogSet, SurvivesAssignmentToItself) {
     EXPECT_EQ(1u, set.catalog(ustring8("c")).count);
 }
 
-TEST_F(CatalogSet, WalksItsCatalogsInTheOrderOfTheirNames) {
+TEST_F(CatalogSet, IteratesOverCatalogsInTheByteOrderOfTheirNames) {
     set.load_file(
         file("a", xmc(catalog("b", "en", msg("k", "1")) + catalog("a", "en", msg("k", "2")))),
         "en");
@@ -652,7 +553,7 @@ TEST_F(CatalogSet, WalksItsCatalogsInTheOrderOfTheirNames) {
                   "");
 }
 
-TEST_F(CatalogSet, TakesAResolveContainerThatChangesNothing) {
+TEST_F(CatalogSet, IgnoresTheResolveContainer) {
     set.load_file(file("a", small_file("c", "k", "a")), "en");
     set.set_resolve_container({{"a", "b"}, {"c", "d"}, {"k", "l"}});
     set.load_file(file("b", small_file("c", "l", "a")), "en");
@@ -664,7 +565,7 @@ TEST_F(CatalogSet, TakesAResolveContainerThatChangesNothing) {
     EXPECT_EQ("a", rendered(set, "c", "l"));
 }
 
-TEST_F(CatalogSet, WeighsStoredTextsByTheListOfTheNewLoad) {
+TEST_F(CatalogSet, RanksStoredMessagesByTheLocaleOfTheNewLoad) {
     set.load_file(file("a", xmc(catalog("c", "de", msg("k", "deutsch")))), "de");
     set.load_file(file("b", xmc(catalog("c", "en", msg("k", "english")))), "de");
     EXPECT_EQ("deutsch", rendered(set, "c", "k"));
@@ -672,7 +573,7 @@ TEST_F(CatalogSet, WeighsStoredTextsByTheListOfTheNewLoad) {
     EXPECT_EQ("neutral", rendered(set, "c", "k"));
 }
 
-TEST_F(CatalogSet, IsLeftAsItWasByAFaultyFile) {
+TEST_F(CatalogSet, IsUnchangedByAnInvalidFile) {
     set.load_file(file("a", small_file("c", "k", "before")), "en");
     const std::string good = catalog("c", "en", msg("k", "after") + msg("l", "new")) +
                              catalog("d", "en", msg("k", "new"));
@@ -694,7 +595,7 @@ TEST_F(CatalogSet, IsLeftAsItWasByAFaultyFile) {
     }
 }
 
-TEST_F(CatalogSet, IsLeftAsItWasByEveryPrefixOfAFile) {
+TEST_F(CatalogSet, IsUnchangedByEveryPrefixOfAFile) {
     set.load_file(file("a", small_file("c", "k", "before")), "en");
     const std::string whole =
         xmc(catalog("c", "en", msg("k", "after")) + catalog("d", "en", msg("k", "x")));
@@ -708,8 +609,8 @@ TEST_F(CatalogSet, IsLeftAsItWasByEveryPrefixOfAFile) {
     EXPECT_EQ("after", rendered(set, "c", "k"));
 }
 
-// A scan goes in the order of the file system, which `list_directory` tells.
-TEST_F(CatalogSet, ReadsNothingBehindTheFaultThatEndsAScan) {
+// A scan goes in the order of the file system, which is that of `list_directory`.
+TEST_F(CatalogSet, ReadsNothingAfterTheErrorThatEndsAScan) {
     for (const char* name : {"a", "b", "c", "d", "e"})
         file(std::string("d/") + name + ".xmc", small_file(name, "k"));
     const std::vector<ustring8> entries = list_directory(files.path("d"));
@@ -728,7 +629,7 @@ TEST_F(CatalogSet, ReadsNothingBehindTheFaultThatEndsAScan) {
     }
 }
 
-TEST_F(CatalogSet, KeepsTheOutcomeOfAFileAcrossOtherFilesOfAScan) {
+TEST_F(CatalogSet, OtherFilesOfAScanDoNotChangeTheOutcome) {
     const ustring8 catalog_file = file("d/a.xmc", small_file("c", "k"));
     for (int i = 0; list_directory(files.path("d")).back() == catalog_file; ++i) {
         ASSERT_GT(1000, i);
@@ -737,7 +638,7 @@ TEST_F(CatalogSet, KeepsTheOutcomeOfAFileAcrossOtherFilesOfAScan) {
     EXPECT_EQ(file_success, seen(set.load_directory(ustring8(files.path("d")), "en")));
 }
 
-TEST_F(CatalogSet, TakesTheOutcomeOfADirectoryInAScanForTheLast) {
+TEST_F(CatalogSet, ASubdirectoryWithoutCatalogsResetsTheOutcome) {
     const ustring8 catalog_file = file("d/a.xmc", small_file("c", "k"));
     for (int i = 0; list_directory(files.path("d")).back() == catalog_file; ++i) {
         ASSERT_GT(1000, i);
@@ -747,14 +648,14 @@ TEST_F(CatalogSet, TakesTheOutcomeOfADirectoryInAScanForTheLast) {
     EXPECT_TRUE(set.has_catalog(ustring8("c")));
 }
 
-TEST_F(CatalogSet, HasNoCatalogForAnEmptyLocaleThoughItHoldsTextsOfIt) {
+TEST_F(CatalogSet, HasNoCatalogForTheEmptyLocaleEvenIfItHoldsItsMessages) {
     set.load_file(file("a", xmc("<catalog name=\"c\"><msg name=\"k\">x</msg></catalog>")), "_");
     EXPECT_EQ("x", rendered(set, "c", "k"));
     EXPECT_TRUE(set.catalog(ustring8("c")).is_language_loaded(ustring8()));
     EXPECT_FALSE(set.has_catalog(ustring8("c"), ustring8()));
 }
 
-TEST_F(CatalogSet, NamesAFaultFromTheInsideOutward) {
+TEST_F(CatalogSet, ReportsAnErrorFromTheInsideOutward) {
     file("b.part", "<?xml?>\n<xmc version=\"1.1\">\n<catalog name=\"c\" lang=\"en\">\n"
                    "<msg name=\"k\">a & b</msg></catalog></xmc>");
     const ustring8 outer = file("a.xmc", xmc("<include file=\"b.part\"/>"));
@@ -766,7 +667,7 @@ TEST_F(CatalogSet, NamesAFaultFromTheInsideOutward) {
               seen(set.load(outer, "en")));
 }
 
-TEST_F(CatalogSet, TellsOfAFileThatIncludesItself) {
+TEST_F(CatalogSet, ReportsAFileThatIncludesItself) {
     const ustring8 path = file("a.xmc", xmc("<include file=\"a.xmc\"/>"));
     EXPECT_EQ(outcome(8, front + "Unexpected error happened during loading\n " + loader_front +
                              "Unexpected parse error happen!\n in an include of a file by itself: "
@@ -775,7 +676,7 @@ TEST_F(CatalogSet, TellsOfAFileThatIncludesItself) {
               seen(set.load(path, "en")));
 }
 
-TEST_F(CatalogSet, TakesASocketForAFile) {
+TEST_F(CatalogSet, TreatsASocketAsAFile) {
     const std::string path = files.path("s");
     const int descriptor = ::socket(AF_UNIX, SOCK_STREAM, 0);
     sockaddr_un address = {};
@@ -790,28 +691,28 @@ TEST_F(CatalogSet, TakesASocketForAFile) {
     ::close(descriptor);
 }
 
-TEST_F(CatalogSet, LoadsADirectoryThatIsGivenAsAFileForAnEmptyFile) {
+TEST_F(CatalogSet, TreatsADirectoryGivenAsAFileAsEmpty) {
     EXPECT_EQ(outcome(6, front + "XML parse error, XML file not well formed\n " + loader_front +
                              "Valid XML header not found\n at line: \"0\"\n in file: \"" +
                              files.path() + "\""),
               seen(set.load_file(ustring8(files.path()), "en")));
 }
 
-TEST_F(CatalogSet, LooksForTheTextOfABadPath) {
-    const outcome fault(5, front + "Entity (file or directory) \"-1\" was not found on disk");
+TEST_F(CatalogSet, LooksForAFileNamedMinusOneIfThePathIsInvalid) {
+    const outcome error(5, front + "Entity (file or directory) \"-1\" was not found on disk");
     const ustring16 bad16(1, static_cast<unsigned short>(0xD800));
     const ustring32 bad32(1, static_cast<wchar_t>(0xD800));
-    const ustring16 en16 = TOVA_2_18::strings::utf8_to_utf16("en");
-    EXPECT_EQ(fault, seen(set.load(bad16, en16)));
-    EXPECT_EQ(fault, seen(set.load(std::vector<ustring16>(1, bad16), en16)));
-    EXPECT_EQ(fault, seen(set.load(bad32, ustring32(L"en"))));
-    EXPECT_EQ(fault, seen(set.load(std::vector<ustring32>(1, bad32), ustring32(L"en"))));
-    EXPECT_EQ(fault, seen(set.load(std::vector<std::wstring>(1, bad32), ustring8("en"))));
-    EXPECT_EQ(fault,
+    const ustring16 en16 = tova::strings::utf8_to_utf16("en");
+    EXPECT_EQ(error, seen(set.load(bad16, en16)));
+    EXPECT_EQ(error, seen(set.load(std::vector<ustring16>(1, bad16), en16)));
+    EXPECT_EQ(error, seen(set.load(bad32, ustring32(L"en"))));
+    EXPECT_EQ(error, seen(set.load(std::vector<ustring32>(1, bad32), ustring32(L"en"))));
+    EXPECT_EQ(error, seen(set.load(std::vector<std::wstring>(1, bad32), ustring8("en"))));
+    EXPECT_EQ(error,
               seen(set.load(std::vector<std::wstring>(1, bad32), ustring8("en"), ustring8("c"))));
 }
 
-TEST_F(CatalogSet, TakesLiteralsAndStandardStrings) {
+TEST_F(CatalogSet, AcceptsLiteralsAndStandardStrings) {
     const std::string path = files.write("a", small_file("c", "k"));
     EXPECT_EQ(0, set.load(path.c_str(), "en").type);
     EXPECT_EQ(0, set.load(path, "en", "c").type);
@@ -824,7 +725,7 @@ TEST_F(CatalogSet, TakesLiteralsAndStandardStrings) {
     EXPECT_EQ(0u, set.count());
 }
 
-TEST(NilObjects, AreNilAndRenderAsNothing) {
+TEST(NilObjects, AreNilAndRenderAsTheEmptyString) {
     EXPECT_TRUE(message_catalogs::s_nil_catalog == nil);
     EXPECT_TRUE(message_catalogs::s_nil_message == nil);
     EXPECT_EQ(0u, message_catalogs::s_nil_catalog.size());
