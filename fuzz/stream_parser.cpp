@@ -1,9 +1,9 @@
-// A file that grows by pieces of the fuzzer's choice, followed by a parser of the fuzzer's choice
-// of depth: any status is one of the table, the nodes that come out are sound, nothing is read
-// twice.
+// A parser follows a file that grows. The fuzzer chooses the open depth, the pieces and the calls
+// after each piece. Checked: every status is a known one, the nodes are well formed, the offset
+// never goes back and stays inside the file.
 //
-// The input: a byte for the open depth, then pieces. A piece is a byte for what to do behind it, a
-// byte for its size, and so many bytes for the file; the last piece takes what is left.
+// The input is a byte for the open depth and then pieces. A piece is a byte for the calls after it,
+// a byte for its size, and that many bytes for the file; the last piece takes what is left.
 #include <tova/parser/xml_stream_parser.hpp>
 
 #include "require.hpp"
@@ -23,7 +23,7 @@ using tova::parser::xml_stream_parser;
 using tova::strings::ustring8;
 using node = xml_stream_parser::node;
 
-// One file for the whole run, in memory where the system offers that.
+// One file for the whole run, in memory if the system offers that.
 class growing_file {
 public:
     growing_file() {
@@ -63,7 +63,7 @@ public:
         check_queue();
     }
 
-    // Also where nothing is ready.
+    // Even if nothing is ready.
     void take_one() {
         const bool is_empty = m_parser.node_queue_empty();
         bool has_thrown = false;
@@ -76,8 +76,11 @@ public:
         check_queue();
     }
 
+    // A caller may do that, even after a fatal status.
+    void reset_status() { m_parser.error() = xml_stream_parser::no_error; }
+
     void recover(const std::string& name) {
-        // Behind the end of a document a search that fails goes on for ever.
+        // After the end of a document a search that finds nothing never returns.
         if (m_parser.error() == xml_stream_parser::end_of_document)
             return;
         const std::list<ustring8> names = {"a", "r", name};
@@ -128,7 +131,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::size_t length = bytes.size() < 2 ? 0 : static_cast<unsigned char>(bytes[1]);
         const std::string piece = bytes.size() < 2 ? "" : bytes.substr(2, length);
         bytes.erase(0, 2 + piece.size());
-        // Now and then a piece that moves what follows across the buffer's end.
+        // Some pieces move what follows across the end of the buffer.
         if ((what & 0xE0) == 0xE0)
             file.append(std::string(65536 - 64 * (what & 0x0F), what & 0x10 ? ' ' : 'x'));
         file.append(piece);
@@ -140,6 +143,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             parser.take_one();
         if (what & 0x08)
             parser.recover(piece.substr(0, 3));
+        if ((what & 0x30) == 0x30)
+            parser.reset_status();
     }
     parser.parse();
     parser.take_all();

@@ -4,6 +4,8 @@
 //     tova_example_tail FILE [NAME ...]  follows FILE up to its end; after an error it goes on at
 //                                        the next element that has one of the names
 
+#include <tova/tova.hpp>
+
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,8 +17,6 @@
 #include <list>
 #include <string>
 #include <thread>
-
-#include <tova/tova.hpp>
 
 using tova::parser::xml_stream_parser;
 

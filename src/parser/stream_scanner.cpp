@@ -77,7 +77,7 @@ std::size_t stream_scanner::end_of_name(std::size_t begin) const {
     return position;
 }
 
-// `xml_parser` asks the C library what a digit is.
+// The same digits as in `xml_parser`, where a document that ends after them is an error.
 std::size_t stream_scanner::end_of_digits(std::size_t begin, bool hexadecimal) const {
     const auto is_digit = hexadecimal ? is_ascii_hexadecimal_digit : is_ascii_digit;
     const char* const bytes = m_buffer.data();

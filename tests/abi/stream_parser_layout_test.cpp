@@ -1,5 +1,11 @@
-// The layout of the stream parser: sizes, the offsets of all fields, and the slots of what it
-// throws.
+// The layout of the stream parser: sizes, the offsets of all fields, and the virtual slots of the
+// exception that it throws.
+#include <tova/parser/xml_stream_parser.hpp>
+
+#include "support/temporary_directory.hpp"
+
+#include <gtest/gtest.h>
+
 #include <unistd.h>
 
 #include <cstddef>
@@ -13,12 +19,6 @@
 #include <type_traits>
 #include <utility>
 
-#include <gtest/gtest.h>
-
-#include <tova/parser/xml_stream_parser.hpp>
-
-#include "support/temporary_directory.hpp"
-
 namespace {
 
 using TOVA_2_18::parser::xml_stream_parser;
@@ -28,8 +28,8 @@ using node = xml_stream_parser::node;
 using attribute_list = std::list<std::pair<ustring8, ustring8>>;
 using open_elements = std::stack<std::pair<ustring8, std::list<node>::iterator>>;
 
-// Fields are reached through standard containers, so these classes have no standard layout; the
-// compilers that we build with give the offsets all the same.
+// The classes contain standard containers, so they have no standard layout; the compilers that we
+// build with support `offsetof` for them all the same.
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
 static_assert(sizeof(error_type) == 4, "statuses are 32 bits");
@@ -112,7 +112,7 @@ TEST(StreamParserLayout, HasItsFieldsInOrder) {
     EXPECT_EQ(document.size(), field_at<unsigned long>(object, 616));      // the file position
     EXPECT_EQ(document.size(), field_at<unsigned long>(object, 624));      // the file length
     EXPECT_EQ(document.size(), field_at<unsigned long>(object, 632));      // the cursor
-    EXPECT_EQ(document.size() - 4, field_at<unsigned long>(object, 640));  // what is committed
+    EXPECT_EQ(document.size() - 4, field_at<unsigned long>(object, 640));  // the committed position
     EXPECT_EQ(document.size(), field_at<unsigned long>(object, 648));      // the end of the data
     EXPECT_EQ(0u, field_at<unsigned long>(object, 656));
     EXPECT_EQ(65536u, field_at<unsigned long>(object, 664));
@@ -155,7 +155,7 @@ TEST(StreamParserLayout, HasTheIdOfTheTopLevelWhateverTheFileIs) {
     }
 }
 
-TEST(StreamParserLayout, HasTheFlagsOfEndTagsAndCommentsWhereTheyBelong) {
+TEST(StreamParserLayout, HasItsFlagsInOrder) {
     const test_support::temporary_directory directory;
     const auto flags = [&directory](const std::string& body) {
         xml_stream_parser parser(directory.write("file.xml", declaration + body), 1);
@@ -173,13 +173,13 @@ TEST(StreamParserLayout, HasTheFlagsOfEndTagsAndCommentsWhereTheyBelong) {
 }
 
 TEST(StreamParserLayout, HasTheSlotsOfItsExceptionInOrder) {
-    // The two forms of the destructor, and what.
+    // The two destructors, then `what`.
     auto* const empty = new xml_stream_parser::EmptyNodeQueue;
     const void* const table = field_at<const void*>(empty, 0);
     using what = const char* (*)(const void*);
     EXPECT_STREQ("empty node queue", field_at<what>(table, 2 * sizeof(void*))(empty));
     using destroy = void (*)(void*);
-    field_at<destroy>(table, sizeof(void*))(empty);  // the form that frees the memory as well
+    field_at<destroy>(table, sizeof(void*))(empty);  // the deleting destructor
 }
 
 }  // namespace
