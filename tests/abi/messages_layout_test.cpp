@@ -1,19 +1,19 @@
-// Sizes, offsets and bases of the message classes, as callers have compiled them in.
-#include <cstddef>
-#include <map>
-#include <set>
-#include <string>
-#include <type_traits>
-#include <vector>
-
-#include <gtest/gtest.h>
-
+// Sizes, offsets and bases of the message classes, as compiled callers expect them.
 #include <tova/i18n/catalog.hpp>
 #include <tova/i18n/format.hpp>
 #include <tova/i18n/message.hpp>
 #include <tova/i18n/message_item.hpp>
 
 #include "support/raw_memory.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string>
+#include <type_traits>
+#include <vector>
 
 namespace {
 
@@ -39,7 +39,7 @@ static_assert(!std::is_polymorphic<catalog_t>::value, "catalog_t");
 static_assert(std::is_base_of<counted, catalog_t>::value, "catalog_t");
 static_assert(sizeof(memory::pointers::shared_pointer<catalog_t>) == 8, "shared_pointer");
 
-// Results are no part of a symbol.
+// Result types are not part of a mangled name, so the list of symbols does not check them.
 static_assert(std::is_same<ustring8, decltype(std::declval<const message_item&>().data())>::value,
               "a copy");
 static_assert(std::is_same<std::string, decltype(std::declval<const message_t&>().as_string(
@@ -75,13 +75,13 @@ const Field& field_at(const void* object, std::size_t offset) {
     return *reinterpret_cast<const Field*>(static_cast<const char*>(object) + offset);
 }
 
-TEST(MessageLayout, ItemsHoldTheirDataAndThenTheirType) {
+TEST(MessageLayout, ItemsStoreTheirDataBeforeTheirType) {
     const message_item item("data", message_item::type_metric);
     EXPECT_EQ("data", field_at<ustring8>(&item, 0));
     EXPECT_EQ(9u, field_at<unsigned int>(&item, 32));
 }
 
-TEST(MessageLayout, MessagesHoldKeyItemsLocaleAndMetaText) {
+TEST(MessageLayout, MessagesStoreKeyItemsLocaleAndMetaText) {
     message_t message("key", std::vector<message_item>{message_item("a"), message_item("b")},
                       "meta");
     message._orginal_locale("de");
@@ -92,7 +92,7 @@ TEST(MessageLayout, MessagesHoldKeyItemsLocaleAndMetaText) {
     EXPECT_EQ(static_cast<void*>(&message), &message.name("other"));
 }
 
-TEST(MessageLayout, CatalogsHoldMarkCountNameLocalesAndMessages) {
+TEST(MessageLayout, CatalogsStoreMarkCountNameLocalesAndMessages) {
     catalog_t catalog;
     catalog._name("app");
     catalog.message("a", message_t());
@@ -106,7 +106,7 @@ TEST(MessageLayout, CatalogsHoldMarkCountNameLocalesAndMessages) {
     EXPECT_EQ(1u, (field_at<std::set<ustring8>>(&catalog, 40).count("")));
     EXPECT_EQ(1u, (field_at<std::map<ustring8, message_t>>(&catalog, 88).count("a")));
 
-    // The set of locales is copied as it stands and emptied when a message is stored.
+    // The set of locales is copied unchanged, and cleared when a message is stored.
     catalog_t target;
     target.assign(catalog);
     EXPECT_EQ(1u, (field_at<std::set<ustring8>>(&target, 40).size()));

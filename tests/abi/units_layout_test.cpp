@@ -1,16 +1,16 @@
-// Sizes, offsets and slots of lengths and colours, as callers have compiled them in.
-#include <cstddef>
-#include <cstring>
-#include <type_traits>
-
-#include <gtest/gtest.h>
-
+// Sizes, offsets and slots of lengths and colors, as compiled callers expect them.
 #include <tova/generic/convert/units.hpp>
 #include <tova/types/absolute_unit.hpp>
 #include <tova/types/color.hpp>
 #include <tova/types/device_unit.hpp>
 
 #include "support/raw_memory.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstring>
+#include <type_traits>
 
 namespace {
 
@@ -37,31 +37,32 @@ static_assert(std::is_base_of<absolute_unit, basic_absolute_impl<3>>::value, "")
 static_assert(!std::is_polymorphic<color_t>::value, "");
 static_assert(std::is_standard_layout<color_t>::value, "");
 
-// Passed by reference at machine level, since copy or destruction is a call.
+// Passed by reference at machine level, because copying or destroying them is a call.
 static_assert(!std::is_trivially_copy_constructible<device_unit>::value, "");
 static_assert(!std::is_trivially_copy_constructible<basic_absolute_impl<1>>::value, "");
 static_assert(!std::is_trivially_copy_constructible<color_t>::value, "");
 static_assert(!std::is_trivially_destructible<color_t>::value, "");
 
-// --- Result types, which are no part of a symbol -------------------------------------------------
+// --- Result types, which are not part of a mangled name
+// -------------------------------------------
 
 template <typename Result, typename Class>
-constexpr bool gives(Result (Class::*)() const) {
+constexpr bool returns(Result (Class::*)() const) {
     return true;
 }
 
-static_assert(gives<device_unit::unit_types>(&device_unit::type), "");
-static_assert(gives<int>(&device_unit::as_int32), "");
-static_assert(gives<float>(&device_unit::as_float), "");
-static_assert(gives<double>(&device_unit::as_double), "");
-static_assert(gives<absolute_unit::unit_types>(&absolute_unit::type), "");
-static_assert(gives<int>(&absolute_unit::as_int32), "");
-static_assert(gives<double>(&absolute_unit::as_double), "");
-static_assert(gives<int>(&absolute_unit::as_md), "");
-static_assert(gives<double, absolute_unit>(&absolute_unit::value), "");
-static_assert(gives<int>(&color_t::as_int32), "");
-static_assert(gives<int>(&color_t::as_rgb), "");
-static_assert(gives<unsigned char, color_t>(&color_t::alpha), "");
+static_assert(returns<device_unit::unit_types>(&device_unit::type), "");
+static_assert(returns<int>(&device_unit::as_int32), "");
+static_assert(returns<float>(&device_unit::as_float), "");
+static_assert(returns<double>(&device_unit::as_double), "");
+static_assert(returns<absolute_unit::unit_types>(&absolute_unit::type), "");
+static_assert(returns<int>(&absolute_unit::as_int32), "");
+static_assert(returns<double>(&absolute_unit::as_double), "");
+static_assert(returns<int>(&absolute_unit::as_md), "");
+static_assert(returns<double, absolute_unit>(&absolute_unit::value), "");
+static_assert(returns<int>(&color_t::as_int32), "");
+static_assert(returns<int>(&color_t::as_rgb), "");
+static_assert(returns<unsigned char, color_t>(&color_t::alpha), "");
 static_assert(std::is_same<device_unit, decltype(to_device_unit(1, device_unit::device))>::value,
               "");
 static_assert(
@@ -76,7 +77,7 @@ Field field_at(const void* object, std::size_t offset) {
     return field;
 }
 
-TEST(UnitsLayout, ALengthStandsBehindThePointerToTheSlots) {
+TEST(UnitsLayout, ALengthFollowsThePointerToTheSlots) {
     const device_unit device(-7);
     EXPECT_EQ(-7, field_at<int>(&device, 8));
     const basic_absolute_impl<5> inch(1.5);
@@ -84,7 +85,7 @@ TEST(UnitsLayout, ALengthStandsBehindThePointerToTheSlots) {
     EXPECT_EQ(150000.0, field_at<double>(&inch, 8));
 }
 
-TEST(UnitsLayout, AColourIsRedGreenBlueAndAlpha) {
+TEST(UnitsLayout, AColorIsRedGreenBlueAndAlpha) {
     const color_t color(1, 2, 3, 4);
     EXPECT_EQ(0, std::memcmp(&color, "\1\2\3\4", 4));
 }
@@ -97,7 +98,7 @@ TEST_CALLS_SLOTS Result call(const void* object, std::size_t number) {
     return slot<Result(const void*)>(object, number)(object);
 }
 
-TEST(UnitsSlots, OfADeviceLengthStandInTheirOrder) {
+TEST(UnitsSlots, OfADeviceLengthAreInOrder) {
     const device_unit device(16777217);
     EXPECT_EQ(1, call<int>(&device, 0));
     EXPECT_EQ(16777217, call<int>(&device, 1));
@@ -113,7 +114,7 @@ void expect_slots(double length, int whole, double hundredths) {
     EXPECT_EQ(hundredths, call<double>(&value, 2));
 }
 
-TEST(UnitsSlots, OfAPhysicalLengthStandInTheirOrder) {
+TEST(UnitsSlots, OfAPhysicalLengthAreInOrder) {
     expect_slots<1>(1.754, 2, 1.75);
     expect_slots<2>(2.754, 3, 2.75);
     expect_slots<3>(3.754, 4, 3.75);

@@ -1,17 +1,5 @@
-// Sizes, offsets, bases and slots of the variant and the argument lists, as callers have compiled
-// them in.
-#include <dlfcn.h>
-
-#include <cstring>
-#include <memory>
-#include <sstream>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
+// Sizes, offsets, bases and slots of the variant and the argument lists, as compiled callers expect
+// them.
 #include <tova/generic/convert/binary.hpp>
 #include <tova/generic/varg_list.hpp>
 #include <tova/types/nil.hpp>
@@ -20,6 +8,17 @@
 #include <tova/types/variant_value.hpp>
 
 #include "support/raw_memory.hpp"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -58,19 +57,19 @@ static_assert(!std::is_polymorphic<argument>::value, "argument");
 static_assert(sizeof(varg_list) == 24 && alignof(varg_list) == 8, "varg_list");
 static_assert(!std::is_polymorphic<varg_list>::value, "varg_list");
 
-// Passed by reference at machine level, since copy and destruction are not trivial.
+// Passed by reference at machine level, because copying and destroying them is not trivial.
 static_assert(!std::is_trivially_copyable<variant>::value, "variant");
 static_assert(!std::is_trivially_copyable<argument>::value, "argument");
 static_assert(!std::is_trivially_copyable<varg_list>::value, "varg_list");
 
-// What a variant is made from, and what it is not made from.
+// What a variant can be made from, and what it cannot.
 static_assert(std::is_constructible<variant, nil_t&>::value, "variant(nil_t&)");
 static_assert(!std::is_constructible<variant, const nil_t&>::value, "variant(nil_t&)");
 static_assert(!std::is_constructible<variant, nil_t>::value, "variant(nil_t&)");
 static_assert(!std::is_constructible<variant, long long>::value, "no long long");
 static_assert(std::is_convertible<int, argument>::value, "argument from any value");
 
-// The operations that never throw say so.
+// The operations that never throw are declared so.
 static_assert(noexcept(std::declval<const variant&>().equal(std::declval<const nil_t&>())), "");
 static_assert(noexcept(std::declval<const variant&>() == std::declval<const nil_t&>()), "");
 static_assert(noexcept(std::declval<const variant&>() != std::declval<const nil_t&>()), "");
@@ -81,7 +80,7 @@ static_assert(noexcept(std::declval<const variant_type&>().ostream(std::declval<
               "ostream()");
 static_assert(noexcept(std::declval<const variant_type&>().as_long_double()), "as_long_double()");
 
-// Two variants have no order and no equality.
+// Two variants can neither be ordered nor compared.
 template <typename T, typename = void>
 struct compares : std::false_type {};
 template <typename T>
@@ -96,9 +95,9 @@ static_assert(compares<ustring8>::value && is_ordered<ustring8>::value, "the tes
 static_assert(!compares<variant>::value && !is_ordered<variant>::value, "variant");
 static_assert(!compares<argument>::value && !compares<varg_list>::value, "arguments");
 
-// --- Where fields and bases lie ----------------------------------------------------------------
+// --- Offsets of fields and bases ---------------------------------------------------------------
 
-TEST(VariantLayout, HoldsItsBodyAlone) {
+TEST(VariantLayout, HoldsNothingButItsBody) {
     const variant value(7);
     const auto* const body = static_cast<const variant_type*>(pointer_at(&value));
     EXPECT_EQ(1u, body->count);
@@ -109,7 +108,7 @@ TEST(VariantLayout, HoldsItsBodyAlone) {
     EXPECT_EQ(2u, body->count);
 }
 
-TEST(VariantLayout, HasAnotherNilBodyForEachHandle) {
+TEST(VariantLayout, HasItsOwnNilBodyInEachHandle) {
     variant first;
     const variant second;
     EXPECT_NE(pointer_at(&first), pointer_at(&second));
@@ -119,7 +118,7 @@ TEST(VariantLayout, HasAnotherNilBodyForEachHandle) {
     EXPECT_NE(pointer_at(&first), pointer_at(&third));
 }
 
-TEST(VariantBodyLayout, HasTheTablePointerThenMarkCountAndValue) {
+TEST(VariantBodyLayout, StoresTablePointerMarkCountAndValue) {
     const variant_value_t<int> body(0x12345678);
     const char* const object = reinterpret_cast<const char*>(&body);
     EXPECT_EQ(0, base_offset<clone_ability>(body));
@@ -129,7 +128,7 @@ TEST(VariantBodyLayout, HasTheTablePointerThenMarkCountAndValue) {
     EXPECT_EQ(object + 16, reinterpret_cast<const char*>(&body.value));
 }
 
-TEST(ArgumentLayout, HasTheNameInFrontOfTheValue) {
+TEST(ArgumentLayout, StoresTheNameBeforeTheValue) {
     const argument made("name", 7);
     const char* const object = reinterpret_cast<const char*>(&made);
     EXPECT_EQ(object, reinterpret_cast<const char*>(&made.name()));
@@ -147,7 +146,7 @@ TEST(VargListLayout, IsAVectorOfArguments) {
 
 // --- The slots of a body -----------------------------------------------------------------------
 
-// A body whose operations tell their own number.
+// A body whose operations return the number of their own slot.
 class numbered_body : public variant_type {
 public:
     ~numbered_body() TOVA_NOTHROW override { ++s_destroyed; }
@@ -181,9 +180,8 @@ public:
 };
 int numbered_body::s_destroyed = 0;
 
-// The same interface as a program declares it that has no header of the library: only the order of
-// the slots counts. The objects of the two are never the same for a compiler, so calls go by slot
-// number.
+// Calls by slot number, as a program does that declares the interface without the library's
+// headers: only the order of the slots matters.
 struct by_slot {
     template <typename Result>
     TEST_CALLS_SLOTS static Result call(const void* body, std::size_t number) {
@@ -197,7 +195,7 @@ struct by_slot {
     }
 };
 
-TEST(VariantBodySlots, StandInOrder) {
+TEST(VariantBodySlots, AreInOrder) {
     const numbered_body body;
     EXPECT_TRUE(by_slot::call<bool>(&body, 2));
     EXPECT_TRUE(typeid(numbered_body) == by_slot::call<const std::type_info&>(&body, 3));
@@ -246,8 +244,8 @@ TEST(VariantBodySlots, AreReachedThroughTheBaseOfAnotherModulesBody) {
     EXPECT_EQ(26.0L, base.as_long_double());
 }
 
-// The slots of the library's own bodies, by number.
-TEST(VariantBodySlots, StandInTheSameOrderInEveryBody) {
+// The same for the library's own bodies.
+TEST(VariantBodySlots, AreInTheSameOrderInEveryBody) {
     const variant bodies[] = {variant(static_cast<signed char>(42)),
                               variant(static_cast<short>(42)),
                               variant(42),
@@ -300,7 +298,7 @@ TEST(ByteStringReaders, LackFiveForms) {
     ASSERT_NE(nullptr, library) << dlerror();
     const std::string scope = "_ZN9TOVA_2_187generic7convert";
     const std::string text = "ERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE";
-    // The names are right: these do exist.
+    // The spelling of the names is right, since these exist.
     EXPECT_NE(nullptr, dlsym(library, (scope + "16bin_str_to_floatEPKc").c_str()));
     EXPECT_NE(nullptr,
               dlsym(library, (scope + "13little_endian17bin_str_to_uint16" + text).c_str()));

@@ -3,24 +3,23 @@
 #include "i18n/message_text.hpp"
 #include "support/widths.hpp"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <string>
 #include <type_traits>
 #include <vector>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-namespace i18n = TOVA_2_18::i18n;
-namespace types = TOVA_2_18::types;
-using i18n::catalog_t;
-using i18n::message_item;
-using i18n::message_t;
-using testing::ElementsAre;
-using TOVA_2_18::generic::varg_list;
-using TOVA_2_18::memory::pointers::shared_pointer;
-using TOVA_2_18::strings::ustring8;
-
 namespace {
+
+namespace types = tova::types;
+using namespace tova::strings;
+using testing::ElementsAre;
+using tova::generic::varg_list;
+using tova::i18n::catalog_t;
+using tova::i18n::message_item;
+using tova::i18n::message_t;
+using tova::memory::pointers::shared_pointer;
 
 message_t message(const char* text, const char* locale = "") {
     message_t result("k", std::vector<message_item>{message_item(text)});
@@ -36,7 +35,7 @@ std::vector<std::string> languages(const catalog_t& catalog) {
     return std::vector<std::string>(catalog.languages_begin(), catalog.languages_end());
 }
 
-TEST(Catalog, BeginsEmptyUnmarkedAndUnheld) {
+TEST(Catalog, IsEmptyByDefaultWithoutHeapMarkOrHolders) {
     const catalog_t catalog;
     EXPECT_EQ("", catalog.name());
     EXPECT_EQ(0u, catalog.size());
@@ -47,7 +46,7 @@ TEST(Catalog, BeginsEmptyUnmarkedAndUnheld) {
     EXPECT_TRUE(catalog == types::nil);
 }
 
-TEST(Catalog, KeepsItsName) {
+TEST(Catalog, ReturnsACopyOfItsName) {
     catalog_t catalog;
     catalog._name("app");
     EXPECT_EQ("app", catalog.name());
@@ -57,7 +56,7 @@ TEST(Catalog, KeepsItsName) {
     static_assert(!std::is_reference<decltype(catalog.name())>::value, "the name is a copy");
 }
 
-TEST(Catalog, ReplacesTheMessageOfAKeyInItsPlace) {
+TEST(Catalog, ReplacesTheMessageOfAKeyInPlace) {
     catalog_t catalog;
     catalog.message("a", message("first"));
     const message_t* place = &catalog.message("a");
@@ -114,8 +113,8 @@ TYPED_TEST(CatalogLookup, ReadsDotAndDashOfALocaleAsUnderscore) {
 TEST(Catalog, FindsKeysOutsideAsciiInEveryWidth) {
     catalog_t catalog;
     catalog.message("\xE2\x82\xAC\xF0\x9F\x98\x80", message("text", "\xE2\x82\xAC_a"));
-    const TOVA_2_18::strings::ustring16 key16{0x20AC, 0xD83D, 0xDE00}, locale16{0x20AC, '-', 'a'};
-    const TOVA_2_18::strings::ustring32 key32{0x20AC, 0x1F600}, locale32{0x20AC, '.', 'a'};
+    const ustring16 key16{0x20AC, 0xD83D, 0xDE00}, locale16{0x20AC, '-', 'a'};
+    const ustring32 key32{0x20AC, 0x1F600}, locale32{0x20AC, '.', 'a'};
     EXPECT_TRUE(catalog.has_message(key16));
     EXPECT_TRUE(catalog.has_message(key32));
     EXPECT_EQ("text", text_of(catalog.message(key16)));
@@ -124,11 +123,11 @@ TEST(Catalog, FindsKeysOutsideAsciiInEveryWidth) {
     EXPECT_TRUE(catalog.is_language_loaded(locale32));
 }
 
-TEST(Catalog, TurnsAKeyThatIsNotUnicodeIntoItsFailureText) {
+TEST(Catalog, LooksUpAnInvalidKeyByTheFailureStringOfItsConversion) {
     catalog_t catalog;
     catalog.message("-1", message("text"));
-    EXPECT_TRUE(catalog.has_message(TOVA_2_18::strings::ustring16{0xD800}));
-    EXPECT_TRUE(catalog.has_message(TOVA_2_18::strings::ustring32{0xD800}));
+    EXPECT_TRUE(catalog.has_message(ustring16{0xD800}));
+    EXPECT_TRUE(catalog.has_message(ustring32{0xD800}));
 }
 
 TEST(Catalog, DoesNotFindALocaleThatIsStoredWithDotOrDash) {
@@ -142,7 +141,7 @@ TEST(Catalog, DoesNotFindALocaleThatIsStoredWithDotOrDash) {
         EXPECT_TRUE(catalog.is_language_loaded(ustring8(locale))) << locale;
 }
 
-TEST(Catalog, GivesTheNilMessageForWhatIsAbsent) {
+TEST(Catalog, ReturnsTheNilMessageForAnAbsentKey) {
     const catalog_t catalog;
     const message_t& absent = catalog.message("a");
     EXPECT_EQ(&catalog_t::m_nil_message, &absent);
@@ -151,7 +150,7 @@ TEST(Catalog, GivesTheNilMessageForWhatIsAbsent) {
     EXPECT_EQ("", absent._orginal_locale());
 }
 
-TEST(Catalog, HasAMessageThatIsNil) {
+TEST(Catalog, HasAMessageEvenIfItIsNil) {
     catalog_t catalog;
     catalog.message("", message_t());
     EXPECT_TRUE(catalog.has_message(""));
@@ -160,7 +159,7 @@ TEST(Catalog, HasAMessageThatIsNil) {
     EXPECT_TRUE(catalog != types::nil);
 }
 
-TEST(Catalog, ListsTheLocalesOfItsMessagesOnceEachTheEmptyOneIncluded) {
+TEST(Catalog, ListsEachLocaleOnceIncludingTheEmptyOne) {
     catalog_t catalog;
     catalog.message("a", message("text", "en"));
     catalog.message("b", message("text", "de"));
@@ -172,7 +171,7 @@ TEST(Catalog, ListsTheLocalesOfItsMessagesOnceEachTheEmptyOneIncluded) {
     EXPECT_FALSE(catalog.is_language_loaded(ustring8("fr")));
 }
 
-TEST(Catalog, ForgetsItsLocalesWhenAMessageIsStored) {
+TEST(Catalog, DropsItsLocalesWhenAMessageIsStored) {
     catalog_t catalog;
     catalog.message("a", message("text", "en"));
     EXPECT_THAT(languages(catalog), ElementsAre("en"));
@@ -181,7 +180,7 @@ TEST(Catalog, ForgetsItsLocalesWhenAMessageIsStored) {
     EXPECT_FALSE(catalog.is_language_loaded(ustring8("en")));
 }
 
-TEST(Catalog, MakesItsLocalesFromEachOfTheQueries) {
+TEST(Catalog, BuildsItsLocalesInEveryQuery) {
     catalog_t catalog;
     catalog.message("a", message("text", "en"));
     {
@@ -199,12 +198,12 @@ TEST(Catalog, MakesItsLocalesFromEachOfTheQueries) {
     EXPECT_EQ("en", *begin);
 }
 
-TEST(Catalog, AddsToTheLocalesThatItHas) {
+TEST(Catalog, AddsToTheLocalesItAlreadyHas) {
     const catalog_t catalog;
     catalog.gen_lang_set();
     EXPECT_TRUE(catalog == types::nil);
 
-    // Locales are a cache: a copy of one that was filled goes with the messages.
+    // The cache of locales is copied with the messages.
     catalog_t source;
     source.message("a", message("text", "en"));
     source.gen_lang_set();
@@ -215,7 +214,7 @@ TEST(Catalog, AddsToTheLocalesThatItHas) {
     EXPECT_THAT(languages(target), ElementsAre("en"));
 }
 
-TEST(Catalog, CopiesNameLocalesAndMessagesButNoHolders) {
+TEST(Catalog, CopiesNameLocalesAndMessagesButNeitherCountNorHeapMark) {
     shared_pointer<catalog_t> source(new catalog_t);
     source->allocated = true;
     source->_name("app");
@@ -223,7 +222,7 @@ TEST(Catalog, CopiesNameLocalesAndMessagesButNoHolders) {
 
     catalog_t target;
     target.message("b", message("other"));
-    catalog_t* volatile const place = &target;  // a compiler that saw through it warns of a delete
+    catalog_t* volatile const place = &target;  // otherwise compilers warn of a delete
     shared_pointer<catalog_t> first(place), second(place);
     EXPECT_EQ(&target, &(target = *source));
     EXPECT_EQ("app", target.name());
@@ -240,7 +239,7 @@ TEST(Catalog, CopiesNameLocalesAndMessagesButNoHolders) {
     EXPECT_EQ(0u, copy.count);
 }
 
-TEST(Catalog, TakesOverTheLocalesOfTheOtherInPlaceOfItsOwn) {
+TEST(Catalog, ReplacesItsLocalesByThoseOfTheSource) {
     catalog_t source, target;
     source.message("a", message("text", "en"));
     target.message("a", message("text", "fr"));
@@ -249,7 +248,7 @@ TEST(Catalog, TakesOverTheLocalesOfTheOtherInPlaceOfItsOwn) {
     EXPECT_THAT(languages(target), ElementsAre("en"));
 }
 
-TEST(Catalog, StaysWhenAssignedToItself) {
+TEST(Catalog, IsUnchangedBySelfAssignment) {
     catalog_t catalog;
     catalog._name("app");
     catalog.message("a", message("text", "en"));
@@ -285,7 +284,7 @@ TEST(Catalog, IsNilWithoutNameAndMessages) {
     EXPECT_FALSE(catalog_t() != types::nil);
 }
 
-TEST(Catalog, GoesWithItsLastHolderIfItIsMarked) {
+TEST(Catalog, IsDeletedByItsLastHolderIfItHasTheHeapMark) {
     catalog_t* const raw = new catalog_t;
     raw->allocated = true;
     shared_pointer<catalog_t> first(raw);
@@ -296,6 +295,6 @@ TEST(Catalog, GoesWithItsLastHolderIfItIsMarked) {
     }
     EXPECT_EQ(1u, first->count);
     EXPECT_EQ("text", text_of(first->message("a")));
-}  // a leak or a second delete shows under the address sanitizer
+}  // the address sanitizer reports a leak or a second delete
 
 }  // namespace

@@ -1,6 +1,10 @@
 #include <tova/i18n/format.hpp>
 
+#include <tova/types/nil.hpp>
+
 #include "i18n/message_text.hpp"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -13,25 +17,14 @@
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include <tova/types/nil.hpp>
-
-namespace i18n = TOVA_2_18::i18n;
-namespace types = TOVA_2_18::types;
-using i18n::format_value;
-using i18n::message_item;
-using i18n::_private::format_double;
-using i18n::_private::format_duration;
-using i18n::_private::format_int;
-using i18n::_private::format_memory;
-using i18n::_private::format_metric;
-using i18n::_private::mem_prefix_index;
-using i18n::_private::thousands;
-using test_support::with_separators;
-using TOVA_2_18::strings::ustring8;
-
 namespace {
+
+using namespace tova::i18n::_private;
+using test_support::with_separators;
+using tova::i18n::format_value;
+using tova::i18n::message_item;
+using tova::strings::ustring8;
+using tova::types::variant;
 
 std::string int_text(long value, const char* format) {
     return format_int(value, with_separators(format));
@@ -45,14 +38,14 @@ std::string duration_text(double seconds, const char* format) {
     return format_duration(seconds, with_separators(format));
 }
 
-// The number and the unit with a "/" between them: "1.5/KB". A fault reads "-0/".
-std::string memory_text(const types::variant& value, const char* format) {
+// The number and the unit with a "/" between them: "1.5/KB". A failure is "-0/".
+std::string memory_text(const variant& value, const char* format) {
     ustring8 unit("left over");
     const ustring8 number = format_memory(value, with_separators(format), unit);
     return number + "/" + unit;
 }
 
-std::string metric_text(const types::variant& value, const char* format) {
+std::string metric_text(const variant& value, const char* format) {
     ustring8 unit("left over");
     const ustring8 number = format_metric(value, with_separators(format), unit);
     return number + "/" + unit;
@@ -87,13 +80,13 @@ void expect_doubles(std::string (*render)(double, const char*), const double_cas
 }
 
 struct value_case {
-    types::variant value;
+    variant value;
     const char* format;
     const char* text;
 };
 
 template <std::size_t Size>
-void expect_values(std::string (*render)(const types::variant&, const char*),
+void expect_values(std::string (*render)(const variant&, const char*),
                    const value_case (&cases)[Size]) {
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.value.as_string()) + " " + c.format);
@@ -101,7 +94,7 @@ void expect_values(std::string (*render)(const types::variant&, const char*),
     }
 }
 
-// The prefixes of a word from so many characters up to the whole.
+// The prefixes of a word, from the shortest one wanted to the whole word.
 std::vector<std::string> prefixes(const std::string& word, std::size_t shortest = 0) {
     std::vector<std::string> result;
     for (std::size_t size = shortest; size <= word.size(); ++size)
@@ -112,7 +105,7 @@ std::vector<std::string> prefixes(const std::string& word, std::size_t shortest 
 const long least = LONG_MIN;
 const long most = LONG_MAX;
 
-// Integers
+// --- Integers -------------------------------------------------------------------------------
 
 TEST(FormatInt, WritesPlainDecimalWithoutOptions) {
     const int_case cases[] = {
@@ -149,7 +142,7 @@ TEST(FormatInt, GroupsTheDigitsOfASpacedDecimalFromTheRight) {
     expect_ints(cases);
 }
 
-TEST(FormatInt, FillsHexadecimalToGroupsOfFourDigits) {
+TEST(FormatInt, PadsHexadecimalToGroupsOfFourDigits) {
     const int_case cases[] = {
         {0, "base|hex", "0x0000"},
         {1, "base|hex", "0x0001"},
@@ -180,7 +173,7 @@ TEST(FormatInt, ShowsNegativeHexadecimalAsAComplementWithRoomForTheSign) {
     expect_ints(cases);
 }
 
-TEST(FormatInt, KeepsTheSignWhereTheComplementLeaves64Bits) {
+TEST(FormatInt, KeepsTheMinusSignWhenTheComplementNeedsMoreThan64Bits) {
     const std::string zeros61(61, '0');
     const std::string ones61(61, '1');
     EXPECT_EQ("0x-800000000001", int_text(-0x800000000001L, "base|hex"));
@@ -188,7 +181,7 @@ TEST(FormatInt, KeepsTheSignWhereTheComplementLeaves64Bits) {
     EXPECT_EQ("o-1000000000000000000000", int_text(least, "base|oct"));
     EXPECT_EQ("-1000" + zeros61.substr(1) + "b", int_text(least, "base|bin"));
     EXPECT_EQ("-10" + zeros61 + "b", int_text(-(1L << 62), "base|bin"));
-    // The last ones that stay within.
+    // The last ones that fit.
     EXPECT_EQ("1" + zeros61 + "b", int_text(-(1L << 61), "base|bin"));
     EXPECT_EQ("10" + ones61 + "b", int_text(-(1L << 61) - 1, "base|bin"));
     EXPECT_EQ("o40000000000000000000", int_text(-(1L << 59), "base|oct"));
@@ -200,7 +193,7 @@ TEST(FormatInt, KeepsTheSignWhereTheComplementLeaves64Bits) {
     EXPECT_EQ("-101b", int_text(-5, "base|bin|fieldsize|2000000000"));
 }
 
-TEST(FormatInt, MarksOctalWithALetterAndNeverFillsItWithoutAField) {
+TEST(FormatInt, MarksOctalWithALetterAndPadsItOnlyToAField) {
     const int_case cases[] = {
         {0, "base|oct", "o0"},
         {7, "base|oct", "o7"},
@@ -225,7 +218,7 @@ TEST(FormatInt, MarksBinaryWithALetterAtTheEnd) {
     expect_ints(cases);
 }
 
-TEST(FormatInt, TakesTheFieldOfADecimalAsALimitAndNeverPads) {
+TEST(FormatInt, TreatsTheFieldOfADecimalAsALimitAndNeverPads) {
     const int_case cases[] = {
         {12345, "fieldsize|0", "12345"},
         {12345, "fieldsize|1", "-0"},
@@ -245,7 +238,7 @@ TEST(FormatInt, TakesTheFieldOfADecimalAsALimitAndNeverPads) {
     expect_ints(cases);
 }
 
-TEST(FormatInt, FillsTheFieldOfOtherBasesWithZerosBehindTheMark) {
+TEST(FormatInt, PadsOtherBasesWithZerosAfterThePrefix) {
     const int_case cases[] = {
         {255, "base|hex|fieldsize|3", "-0"},       {255, "base|hex|fieldsize|4", "0xff"},
         {255, "base|hex|fieldsize|5", "0x0ff"},    {255, "base|hex|fieldsize|6", "0x00ff"},
@@ -259,7 +252,7 @@ TEST(FormatInt, FillsTheFieldOfOtherBasesWithZerosBehindTheMark) {
     EXPECT_EQ("0x" + std::string(96, '0') + "ff", int_text(255, "base|hex|fieldsize|100"));
 }
 
-TEST(FormatInt, GivesAComplementTheDigitsOfItsFieldAndNoZeros) {
+TEST(FormatInt, ExtendsAComplementToItsFieldAndAddsNoZeros) {
     const int_case cases[] = {
         {-1, "base|hex|fieldsize|2", "-0"},          {-1, "base|hex|fieldsize|3", "0xf"},
         {-1, "base|hex|fieldsize|10", "0xffffffff"}, {-200, "base|hex|fieldsize|3", "-0"},
@@ -282,7 +275,7 @@ TEST(FormatInt, FailsForEveryNegativeField) {
     expect_ints(cases);
 }
 
-TEST(FormatInt, ReadsTheFieldSizeAsACNumberCutTo32Bits) {
+TEST(FormatInt, ReadsTheFieldSizeLikeAtolAndCutsItTo32Bits) {
     const int_case cases[] = {
         {123, "fieldsize|abc", "123"},
         {123, "fieldsize|2x", "-0"},
@@ -323,7 +316,7 @@ TEST(FormatInt, KeepsThePrefixLengthOfAnEarlierBase) {
     expect_ints(cases);
 }
 
-TEST(FormatInt, KeepsTheGroupsOfAnEarlierSpacedBase) {
+TEST(FormatInt, KeepsTheGroupingOfAnEarlierSpacedBase) {
     const int_case cases[] = {
         {1234567, "base|spaced_dec|base|dec", "1 234 567"},
         {255, "base|spaced_dec|base|hex", "0x00ff"},
@@ -335,7 +328,7 @@ TEST(FormatInt, KeepsTheGroupsOfAnEarlierSpacedBase) {
     expect_ints(cases);
 }
 
-TEST(FormatInt, TakesEveryPrefixOfAKeyAndOfAWord) {
+TEST(FormatInt, AcceptsEveryPrefixOfAKeyAndOfAWord) {
     for (const auto& key : prefixes("base"))
         EXPECT_EQ("0x00ff", int_text(255, (key + "|hex").c_str())) << key;
     for (const auto& key : prefixes("fieldsize", 1))
@@ -344,7 +337,7 @@ TEST(FormatInt, TakesEveryPrefixOfAKeyAndOfAWord) {
     const struct {
         const char* word;
         const char* text;
-        std::size_t shortest;  // below that an earlier word wins
+        std::size_t shortest;  // a shorter prefix means an earlier word
     } words[] = {
         {"dec", "4095", 0},   {"default", "4095", 0}, {"spaced_dec", "4 095", 1},
         {"hex", "0x0fff", 1}, {"oct", "o7777", 1},    {"bin", "111111111111b", 1},
@@ -355,7 +348,7 @@ TEST(FormatInt, TakesEveryPrefixOfAKeyAndOfAWord) {
     }
 }
 
-TEST(FormatInt, AnswersTheMarkerForUnknownKeysAndWords) {
+TEST(FormatInt, ReturnsTheMarkerForUnknownKeysAndWords) {
     const char* const formats[] = {"x|1",         "bases|dec", "Base|dec",     "BASE|dec",
                                    "ase|dec",     " base|dec", "fields|1|x|1", "fieldsizes|1",
                                    "precision|2", "base|hexa", "base|HEX",     "base|decimal",
@@ -366,7 +359,7 @@ TEST(FormatInt, AnswersTheMarkerForUnknownKeysAndWords) {
     EXPECT_EQ("-0", format_int(255, with_separators(std::string("base\0|hex", 9))));
 }
 
-TEST(FormatInt, AnswersTheMarkerForAnOddNumberOfTokens) {
+TEST(FormatInt, ReturnsTheMarkerForAnOddNumberOfTokens) {
     const int_case cases[] = {
         {255, "base", "-0"},
         {255, "base|", "-0"},  // an empty tail is no token
@@ -379,7 +372,7 @@ TEST(FormatInt, AnswersTheMarkerForAnOddNumberOfTokens) {
     expect_ints(cases);
 }
 
-TEST(FormatInt, CountsEmptyTokensWithinTheList) {
+TEST(FormatInt, CountsEmptyTokensInTheList) {
     const int_case cases[] = {
         {255, "||", "255"},  // an empty key is base, an empty value dec
         {255, "||||", "255"},
@@ -390,7 +383,7 @@ TEST(FormatInt, CountsEmptyTokensWithinTheList) {
     expect_ints(cases);
 }
 
-// The complement digit by digit: every digit is turned over, then one is added.
+// The complement digit by digit: subtract every digit from the highest one, then add 1.
 std::string plain_complement(unsigned long magnitude, int base, int field, int prefix_length) {
     std::vector<int> digits;
     for (unsigned long rest = magnitude; rest != 0; rest /= static_cast<unsigned long>(base))
@@ -401,7 +394,7 @@ std::string plain_complement(unsigned long magnitude, int base, int field, int p
             digits.push_back(0);
     };
     if (field == 0) {
-        // The top digit shows the sign if the number is at most half of the power.
+        // There is room for the sign if the number is at most half of the power.
         bool too_large = digits.back() > base / 2;
         if (digits.back() == base / 2)
             for (std::size_t i = 0; i + 1 < digits.size(); ++i)
@@ -459,7 +452,7 @@ std::string plain_int(long value, int base, int field) {
     return base == 16 ? "0x" + digits : base == 8 ? "o" + digits : digits + "b";
 }
 
-TEST(FormatInt, AgreesWithDigitWiseComplementsForSmallNumbersInEveryBaseAndField) {
+TEST(FormatInt, AgreesWithDigitByDigitComplementsForSmallNumbersInEveryBaseAndField) {
     const struct {
         int base;
         const char* word;
@@ -474,11 +467,11 @@ TEST(FormatInt, AgreesWithDigitWiseComplementsForSmallNumbersInEveryBaseAndField
         }
 }
 
-TEST(FormatInt, AgreesWithDigitWiseComplementsAroundThePowersOfTwo) {
+TEST(FormatInt, AgreesWithDigitByDigitComplementsAroundThePowersOfTwo) {
     const struct {
         int base;
         const char* format;
-        int last_shift;  // beyond it the complement leaves 64 bits
+        int last_shift;  // a higher one makes a complement of more than 64 bits
     } bases[] = {{2, "base|bin", 60}, {8, "base|oct", 58}, {16, "base|hex", 46}};
     for (const auto& b : bases)
         for (int shift = 0; shift <= b.last_shift; ++shift)
@@ -489,7 +482,7 @@ TEST(FormatInt, AgreesWithDigitWiseComplementsAroundThePowersOfTwo) {
             }
 }
 
-// Floating-point numbers
+// --- Floating-point numbers -----------------------------------------------------------------
 
 TEST(FormatDouble, WritesTwoDecimalsWithoutOptions) {
     const double_case cases[] = {
@@ -504,7 +497,7 @@ TEST(FormatDouble, WritesTwoDecimalsWithoutOptions) {
     expect_doubles(double_text, cases);
 }
 
-TEST(FormatDouble, WritesTheDecimalsOfThePrecision) {
+TEST(FormatDouble, WritesAsManyDecimalsAsThePrecisionSays) {
     const double_case cases[] = {
         {3.14159, "p|4", "3.1416"},
         {3.14159, "precision|4", "3.1416"},
@@ -522,12 +515,12 @@ TEST(FormatDouble, WritesTheDecimalsOfThePrecision) {
     expect_doubles(double_text, cases);
 }
 
-TEST(FormatDouble, TakesANegativePrecisionForSixDecimals) {
+TEST(FormatDouble, WritesSixDecimalsForANegativePrecision) {
     EXPECT_EQ("3.141590", double_text(3.14159, "precision|-1"));
     EXPECT_EQ("3.141590", double_text(3.14159, "precision|-2147483648"));
 }
 
-TEST(FormatDouble, AlignsToTheRightOfAPositiveFieldAndToTheLeftOfANegativeOne) {
+TEST(FormatDouble, AlignsRightInAPositiveFieldAndLeftInANegativeOne) {
     const double_case cases[] = {
         {1234.5, "fieldsize|10", "   1234.50"},  {1234.5, "fieldsize|8", " 1234.50"},
         {1234.5, "fieldsize|7", "1234.50"},      {-1234.5, "fieldsize|8", "-1234.50"},
@@ -540,7 +533,7 @@ TEST(FormatDouble, AlignsToTheRightOfAPositiveFieldAndToTheLeftOfANegativeOne) {
     EXPECT_EQ("3.14" + std::string(96, ' '), double_text(3.14159, "fieldsize|-100"));
 }
 
-TEST(FormatDouble, GoesToScientificNotationWhereTheFieldIsTooSmallAndCutsToIt) {
+TEST(FormatDouble, SwitchesToScientificNotationInASmallFieldAndCutsToIt) {
     const double_case cases[] = {
         {1234.5, "fieldsize|6", "1.23e+"},
         {1234.5, "fieldsize|1", "1"},
@@ -558,8 +551,8 @@ TEST(FormatDouble, GoesToScientificNotationWhereTheFieldIsTooSmallAndCutsToIt) {
     expect_doubles(double_text, cases);
 }
 
-TEST(FormatDouble, RoundsAtThePrecisionAndNotWhereItCuts) {
-    // The decimals from the 62nd on are 99961, 99980 and 99971: a cut shows none of them.
+TEST(FormatDouble, RoundsAtThePrecisionAndNotAtTheCut) {
+    // The decimals from the 62nd on are 99961, 99980 and 99971. The cut hides all of them.
     const double_case cases[] = {
         {1.3836201640311788e-25, "precision|123|fieldsize|63",
          "1.3836201640311787791706605234128684669197151085549972864116858"},
@@ -573,7 +566,7 @@ TEST(FormatDouble, RoundsAtThePrecisionAndNotWhereItCuts) {
     expect_doubles(double_text, cases);
 }
 
-TEST(FormatDouble, LosesTheHundredsOfAThreeDigitExponent) {
+TEST(FormatDouble, DropsTheHundredsOfAThreeDigitExponent) {
     const double_case cases[] = {
         {1.5e123, "fieldsize|10", "  1.50e+23"},
         {1.5e123, "fieldsize|9", " 1.50e+23"},
@@ -589,7 +582,7 @@ TEST(FormatDouble, LosesTheHundredsOfAThreeDigitExponent) {
     expect_doubles(double_text, cases);
 }
 
-TEST(FormatDouble, KeepsATextWithoutAnExponentAndCutsItToTheField) {
+TEST(FormatDouble, CutsInfinityAndNotANumberToTheField) {
     const double infinity = std::numeric_limits<double>::infinity();
     const double_case cases[] = {
         {infinity, "", "inf"},
@@ -602,9 +595,9 @@ TEST(FormatDouble, KeepsATextWithoutAnExponentAndCutsItToTheField) {
     expect_doubles(double_text, cases);
 }
 
-TEST(FormatDouble, ShortensANumberOfMoreThan63CharactersWithoutChangingItsSize) {
+TEST(FormatDouble, ShortensANumberOfMoreThan63CharactersButKeepsItsMagnitude) {
     const double_case cases[] = {
-        // 61 digits in front of the point: one decimal is left of two.
+        // 61 digits before the point: one of two decimals remains.
         {std::ldexp(1.0, 200), "",
          "1606938044258990275541962092341162602522202993782792835301376.0"},
         {std::ldexp(1.0, 204), "",
@@ -629,14 +622,14 @@ TEST(FormatDouble, ShortensANumberOfMoreThan63CharactersWithoutChangingItsSize) 
     EXPECT_EQ(30u, double_text(DBL_MAX, "precision|2000000000|fieldsize|30").size());
 }
 
-TEST(FormatDouble, TakesEveryPrefixOfItsKeys) {
+TEST(FormatDouble, AcceptsEveryPrefixOfItsKeys) {
     for (const auto& key : prefixes("precision"))
         EXPECT_EQ("3.142", double_text(3.14159, (key + "|3").c_str())) << key;
     for (const auto& key : prefixes("fieldsize", 1))
         EXPECT_EQ("  3.14", double_text(3.14159, (key + "|6").c_str())) << key;
 }
 
-TEST(FormatDouble, AnswersTheMarkerForFaultyFormats) {
+TEST(FormatDouble, ReturnsTheMarkerForInvalidFormats) {
     const char* const formats[] = {"precision", "precision|",     "|",       "precision|1|f",
                                    "base|dec",  "Precision|1",    "prec1|1", "fieldsizes|1",
                                    "x|1",       "precision|2|x|1"};
@@ -650,7 +643,7 @@ TEST(FormatDouble, LeavesErrnoAlone) {
     EXPECT_EQ(0, errno);
 }
 
-// The rules in plain printf, for numbers and fields that stay within the buffer.
+// The rules in plain printf, for numbers and fields that fit the buffer.
 std::string plain_double(double value, int precision, int field) {
     char text[64];
     if (field == 0) {
@@ -679,7 +672,7 @@ TEST(FormatDouble, AgreesWithPlainPrintfForEveryFieldAndPrecision) {
         for (int precision = 0; precision <= 12; ++precision)
             for (int field = -30; field <= 40; ++field) {
                 if (std::fabs(value) > 1e41 && field <= 0)
-                    continue;  // longer than the buffer
+                    continue;  // too long for the buffer
                 const std::string format = "precision|" + std::to_string(precision) +
                                            "|fieldsize|" + std::to_string(field);
                 ASSERT_EQ(plain_double(value, precision, field), double_text(value, format.c_str()))
@@ -687,7 +680,7 @@ TEST(FormatDouble, AgreesWithPlainPrintfForEveryFieldAndPrecision) {
             }
 }
 
-// Durations
+// --- Durations ------------------------------------------------------------------------------
 
 TEST(FormatDuration, BeginsWithTheLargestUnitThatIsNotZero) {
     const double_case cases[] = {
@@ -709,7 +702,7 @@ TEST(FormatDuration, BeginsWithTheLargestUnitThatIsNotZero) {
     expect_doubles(duration_text, cases);
 }
 
-TEST(FormatDuration, ShortensItsWords) {
+TEST(FormatDuration, UsesShortUnitsInTheShortForm) {
     const double_case cases[] = {
         {0, "short_form|true", "0.00s"},
         {60, "short_form|true", "1m 0.00s"},
@@ -720,12 +713,12 @@ TEST(FormatDuration, ShortensItsWords) {
     expect_doubles(duration_text, cases);
 }
 
-TEST(FormatDuration, DoesNotTakeBackTheShortForm) {
+TEST(FormatDuration, KeepsTheShortFormOnceItIsSet) {
     EXPECT_EQ("1m 0.00s", duration_text(60, "short_form|true|short_form|false"));
     EXPECT_EQ("1m 0.00s", duration_text(60, "short_form|false|short_form|true"));
 }
 
-TEST(FormatDuration, HandsThePrecisionOnToTheSeconds) {
+TEST(FormatDuration, AppliesThePrecisionToTheSeconds) {
     const double_case cases[] = {
         {61.256, "precision|0", "1 min 1 sec"},
         {61.256, "precision|1", "1 min 1.3 sec"},
@@ -761,7 +754,7 @@ TEST(FormatDuration, CutsTheDaysTo32Bits) {
     EXPECT_EQ("1 dy 0 hr 0 min 0.00 sec", duration_text(86400.0 * 4294967297, ""));
 }
 
-TEST(FormatDuration, SurvivesWhatNoIntegerHolds) {
+TEST(FormatDuration, SurvivesValuesThatNoIntegerCanHold) {
     const double values[] = {1e19,
                              -1e19,
                              1e300,
@@ -775,7 +768,7 @@ TEST(FormatDuration, SurvivesWhatNoIntegerHolds) {
     }
 }
 
-TEST(FormatDuration, TakesEveryPrefixOfKeysAndWords) {
+TEST(FormatDuration, AcceptsEveryPrefixOfKeysAndWords) {
     for (const auto& key : prefixes("precision"))
         EXPECT_EQ("1.5 sec", duration_text(1.5, (key + "|1").c_str())) << key;
     for (const auto& key : prefixes("short_form", 1))
@@ -786,7 +779,7 @@ TEST(FormatDuration, TakesEveryPrefixOfKeysAndWords) {
         EXPECT_EQ("1.50 sec", duration_text(1.5, ("s|" + word).c_str())) << word;
 }
 
-TEST(FormatDuration, AnswersTheMarkerForFaultyFormats) {
+TEST(FormatDuration, ReturnsTheMarkerForInvalidFormats) {
     const char* const formats[] = {
         "precision",        "precision|",  "short_form|", "short_form|yes", "short_form|True",
         "short_form|trues", "fieldsize|3", "x|1",         "p|1|s"};
@@ -812,9 +805,9 @@ TEST(FormatDuration, AgreesWithIntegerArithmeticForEverySecondOfThreeDays) {
     }
 }
 
-// Memory sizes
+// --- Memory sizes ---------------------------------------------------------------------------
 
-TEST(FormatMemory, ScalesByStepsOf1000AndCutsTheRest) {
+TEST(FormatMemory, ScalesInStepsOf1000AndDropsTheRemainder) {
     const value_case cases[] = {
         {0, "", "0/B"},
         {1, "", "1/B"},
@@ -835,7 +828,7 @@ TEST(FormatMemory, ScalesByStepsOf1000AndCutsTheRest) {
         {1000000000000000000, "", "1/EB"},
         {18446744073709551615UL, "", "18/EB"},
         {-1, "", "18/EB"},
-        {types::variant(), "", "0/B"},
+        {variant(), "", "0/B"},
         {"1500", "", "1/KB"},
         {"no number", "", "0/B"},
         {1999.9, "", "1/KB"},
@@ -865,7 +858,7 @@ TEST(FormatMemory, StopsAtTheLastUnit) {
     expect_values(memory_text, cases);
 }
 
-TEST(FormatMemory, CountsFromItsBaseUnit) {
+TEST(FormatMemory, StartsAtItsBaseUnit) {
     const char* const units[] = {"B", "KB", "MB", "GB", "TB", "PB", "EB", "ZB", "YB"};
     for (int i = 0; i <= 8; ++i) {
         const std::string format = std::string("base_unit|") + units[i];
@@ -896,8 +889,8 @@ TEST(FormatMemory, ShowsTheTargetUnitWhateverTheSize) {
     expect_values(memory_text, cases);
 }
 
-TEST(FormatMemory, WrapsAt64BitsOnTheWayDown) {
-    // 10 to the 24 modulo 2 to the 64
+TEST(FormatMemory, WrapsAt64BitsWhenItMultiplies) {
+    // 10 to the power 24, modulo 2 to the power 64
     EXPECT_EQ("2003764205206896640/B", memory_text(1, "base_unit|YB|target_unit|B"));
 }
 
@@ -921,7 +914,7 @@ TEST(FormatMemory, HasNoWordForAnyUnit) {
         EXPECT_EQ("-0/", memory_text(5000, format)) << format;
 }
 
-TEST(FormatMemory, TakesTheFieldForDecimalsAlone) {
+TEST(FormatMemory, AppliesTheFieldOnlyToDecimals) {
     const value_case cases[] = {
         {12345, "fieldsize|1", "12/KB"},
         {12345, "fieldsize|10|precision|2", "     12.35/KB"},
@@ -931,7 +924,7 @@ TEST(FormatMemory, TakesTheFieldForDecimalsAlone) {
     expect_values(memory_text, cases);
 }
 
-TEST(FormatMemory, ReadsASemicolonInTheTextsAsASeparator) {
+TEST(FormatMemory, ReadsASemicolonInAValueAsASeparator) {
     const value_case cases[] = {
         {1536, "precision|1;precision;3", "1.536/KB"},
         {1536, "fieldsize|8;precision;3|precision|1", "   1.536/KB"},
@@ -949,7 +942,7 @@ TEST(FormatMemory, KeepsTheUnitWhenANumberOnlyReadsLikeTheMarker) {
     EXPECT_EQ("-0/B", memory_text(-0.3, "precision|1;precision;0"));
 }
 
-TEST(FormatMemory, TakesEveryPrefixOfItsKeys) {
+TEST(FormatMemory, AcceptsEveryPrefixOfItsKeys) {
     const struct {
         const char* key;
         const char* value;
@@ -963,7 +956,7 @@ TEST(FormatMemory, TakesEveryPrefixOfItsKeys) {
             EXPECT_EQ(k.text, memory_text(5000, (key + "|" + k.value).c_str())) << key;
 }
 
-TEST(FormatMemory, AnswersTheMarkerAndNoUnitForFaultyFormats) {
+TEST(FormatMemory, ReturnsTheMarkerAndNoUnitForInvalidFormats) {
     const char* const formats[] = {"target_unit", "target_unit|",     "|",   "short_form|true",
                                    "any|any",     "default|x",        "x|1", "precision|1|f",
                                    "Target|B",    "base_unit|KB|base"};
@@ -971,13 +964,13 @@ TEST(FormatMemory, AnswersTheMarkerAndNoUnitForFaultyFormats) {
         EXPECT_EQ("-0/", memory_text(5000, format)) << format;
 }
 
-TEST(FormatMemory, EmptiesTheUnitBeforeItReadsTheFormat) {
+TEST(FormatMemory, ClearsTheUnitBeforeItReadsTheFormat) {
     ustring8 both = with_separators("target_unit|B");
     EXPECT_EQ("5", format_memory(5000, both, both));
     EXPECT_EQ("KB", both);
 }
 
-TEST(MemPrefixIndex, KnowsEveryPairOfBytesAndReadsNoMore) {
+TEST(MemPrefixIndex, ReadsTwoBytesAndIgnoresTheRest) {
     const std::string known = "KMGTPEZY";
     for (int first = 0; first < 256; ++first)
         for (int second = 0; second < 256; ++second) {
@@ -992,7 +985,7 @@ TEST(MemPrefixIndex, KnowsEveryPairOfBytesAndReadsNoMore) {
         }
 }
 
-TEST(MemPrefixIndex, KnowsOneSingleByte) {
+TEST(MemPrefixIndex, KnowsOnlyOneSingleByte) {
     for (int byte = 0; byte < 256; ++byte)
         EXPECT_EQ(byte == 'B' ? 0 : -1, mem_prefix_index(ustring8(1, static_cast<char>(byte))));
     EXPECT_EQ(-1, mem_prefix_index(""));
@@ -1004,7 +997,7 @@ TEST(MemPrefixIndex, NumbersTheUnits) {
         EXPECT_EQ(i, mem_prefix_index(units[i]));
 }
 
-// Metric quantities
+// --- Metric quantities ----------------------------------------------------------------------
 
 const struct {
     int power;
@@ -1025,13 +1018,13 @@ TEST(FormatMetric, ScalesUpToTeraWithThreeDecimals) {
         {999999, "", "999.999/k"}, {1000000, "", "1.000/M"},
         {1e9, "", "1.000/G"},      {1e12, "", "1.000/T"},
         {1e15, "", "1000.000/T"},  {5e15, "", "5000.000/T"},
-        {-1500, "", "-1500.000/"}, {types::variant(), "", "0.000/"},
+        {-1500, "", "-1500.000/"}, {variant(), "", "0.000/"},
         {"1500", "", "1.500/k"},   {std::numeric_limits<double>::infinity(), "", "inf/T"},
     };
     expect_values(metric_text, cases);
 }
 
-TEST(FormatMetric, CountsFromItsBaseUnitAndShowsEverySymbolAndName) {
+TEST(FormatMetric, StartsAtItsBaseUnitAndShowsEverySymbolAndName) {
     for (const auto& row : metric_table) {
         const std::string format = std::string("base_unit|") + (row.power ? row.symbol : "base");
         EXPECT_EQ(std::string("1.000/") + row.symbol, metric_text(1, format.c_str()));
@@ -1066,7 +1059,7 @@ TEST(FormatMetric, ShowsTheTargetUnitWhateverTheSize) {
     expect_values(metric_text, cases);
 }
 
-TEST(FormatMetric, CountsInIntegersForPrecision0) {
+TEST(FormatMetric, UsesIntegersForPrecision0) {
     const value_case cases[] = {
         {0, "precision|0", "0/"},
         {999, "precision|0", "999/"},
@@ -1093,7 +1086,7 @@ TEST(FormatMetric, ScalesIntegersAsSignedAndPrintsThemAsUnsigned) {
     expect_values(metric_text, cases);
 }
 
-TEST(FormatMetric, TakesBackTheShortForm) {
+TEST(FormatMetric, LetsALaterShortFormOverrideAnEarlierOne) {
     EXPECT_EQ("1.500/kilo", metric_text(1500, "short_form|false"));
     EXPECT_EQ("1.500/k", metric_text(1500, "short_form|true"));
     EXPECT_EQ("1.500/kilo", metric_text(1500, "short_form|true|short_form|false"));
@@ -1101,7 +1094,7 @@ TEST(FormatMetric, TakesBackTheShortForm) {
     EXPECT_EQ("-0/", metric_text(1500, "short_form|no"));
 }
 
-TEST(FormatMetric, PassesItsTextsThroughTheSemicolonFormat) {
+TEST(FormatMetric, ReadsASemicolonInAValueAsASeparator) {
     const value_case cases[] = {
         {1500, "fieldsize|8", "   1.500/k"},
         {1500, "precision|1", "1.5/k"},
@@ -1114,7 +1107,7 @@ TEST(FormatMetric, PassesItsTextsThroughTheSemicolonFormat) {
     expect_values(metric_text, cases);
 }
 
-TEST(FormatMetric, TakesEveryPrefixOfItsKeysAndTheEmptyOneAsBaseUnit) {
+TEST(FormatMetric, AcceptsEveryPrefixOfItsKeysAndTheEmptyOneAsBaseUnit) {
     const struct {
         const char* key;
         const char* value;
@@ -1133,7 +1126,7 @@ TEST(FormatMetric, TakesEveryPrefixOfItsKeysAndTheEmptyOneAsBaseUnit) {
     EXPECT_EQ("1.5/k", metric_text(1500, "short_form|false|short_form||precision|1"));
 }
 
-TEST(FormatMetric, AnswersTheMarkerAndNoUnitForFaultyFormats) {
+TEST(FormatMetric, ReturnsTheMarkerAndNoUnitForInvalidFormats) {
     const char* const formats[] = {"base_unit",      "base_unit|",    "|",     "base_unit|kilo",
                                    "base_unit|K",    "base_unit|any", "x|1",   "target_unit|kilo",
                                    "target_unit|mm", "base_unit|KB",  "Base|k"};
@@ -1141,7 +1134,7 @@ TEST(FormatMetric, AnswersTheMarkerAndNoUnitForFaultyFormats) {
         EXPECT_EQ("-0/", metric_text(1500, format)) << format;
 }
 
-TEST(FormatMetric, EmptiesTheUnitBeforeItReadsTheFormat) {
+TEST(FormatMetric, ClearsTheUnitBeforeItReadsTheFormat) {
     ustring8 both = with_separators("target_unit|m");
     EXPECT_EQ("1.500", format_metric(1500, both, both));
     EXPECT_EQ("k", both);
@@ -1185,12 +1178,12 @@ TEST(Thousands, KnowsEveryByteAndEveryPairOfBytes) {
     }
 }
 
-// The single entry
+// --- The entry point ------------------------------------------------------------------------
 
-TEST(FormatValue, ChoosesByTypeAndReadsTheFormatBehindTheName) {
+TEST(FormatValue, ChoosesByTypeAndReadsTheFormatAfterTheName) {
     const struct {
         unsigned int type;
-        types::variant value;
+        variant value;
         const char* data;
         const char* text;
     } cases[] = {

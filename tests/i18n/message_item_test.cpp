@@ -2,24 +2,20 @@
 
 #include "i18n/message_text.hpp"
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <utility>
 
-#include <gtest/gtest.h>
-
-namespace i18n = TOVA_2_18::i18n;
-namespace types = TOVA_2_18::types;
-using i18n::message_item;
-using test_support::with_separators;
-using TOVA_2_18::generic::argument;
-using TOVA_2_18::generic::varg_list;
-using TOVA_2_18::strings::ustring8;
-
 namespace {
 
-message_item item(unsigned int type, const std::string& data) {
-    return message_item(with_separators(data), static_cast<message_item::type_t>(type));
-}
+using test_support::item;
+using test_support::with_separators;
+using tova::generic::argument;
+using tova::generic::varg_list;
+using tova::i18n::message_item;
+using tova::strings::ustring8;
+using tova::types::variant;
 
 TEST(MessageItem, NumbersItsTypes) {
     const std::pair<message_item::type_t, unsigned int> numbers[] = {
@@ -35,7 +31,7 @@ TEST(MessageItem, NumbersItsTypes) {
     static_assert(sizeof(message_item::type_t) == 4, "the enumeration has 32 bits");
 }
 
-TEST(MessageItem, IsLiteralTextWhenMadeFromATextAlone) {
+TEST(MessageItem, IsLiteralWhenMadeFromAStringAlone) {
     const message_item literal("Hello");
     EXPECT_EQ(message_item::type_text, literal.type());
     EXPECT_EQ("Hello", literal.data());
@@ -64,7 +60,7 @@ TEST(MessageItem, IsNamedByItsDataUpToTheFirstSeparator) {
     }
 }
 
-TEST(MessageItem, KeepsBytesOfEveryKindInItsData) {
+TEST(MessageItem, KeepsEveryByteOfItsData) {
     const ustring8 data(std::string("a\0b\x01"
                                     "c\xff",
                                     6));
@@ -103,7 +99,7 @@ TEST(MessageItem, ShowsAnArgumentByTheRuleOfItsType) {
         {1, "i", "255"},
         {1, "d", "3.14159"},
         {1, "s", "text"},
-        {1, "s|base|hex", "text"},  // attributes mean nothing here
+        {1, "s|base|hex", "text"},  // attributes are ignored here
         {1, "s|odd", "text"},
         {3, "i", "255"},
         {3, "i|base|hex", "0x00ff"},
@@ -139,7 +135,7 @@ TEST(MessageItem, ShowsAMissingArgumentAsInvalid) {
             EXPECT_EQ("?invalid?", item(type, data).as_string(args)) << type << " " << data;
 }
 
-TEST(MessageItem, ShowsAFaultyFormatAsInvalid) {
+TEST(MessageItem, ShowsAnInvalidFormatAsInvalid) {
     const varg_list args(argument("n", 255));
     const struct {
         unsigned int type;
@@ -170,29 +166,29 @@ TEST(MessageItem, ShowsANumberThatReadsLikeTheMarkerAsInvalid) {
     EXPECT_EQ("-0 sec", item(11, "n|precision||short_form|false").as_string(args));
 }
 
-TEST(MessageItem, ShowsANamedNilAsEmptyTextAndAsTheNumber0) {
-    const varg_list args(argument("n", types::variant()));
+TEST(MessageItem, ShowsANamedNilAsAnEmptyStringAndAsTheNumber0) {
+    const varg_list args(argument("n", variant()));
     EXPECT_EQ("", item(1, "n").as_string(args));
     EXPECT_EQ("0", item(3, "n").as_string(args));
     EXPECT_EQ("0.00", item(4, "n").as_string(args));
     EXPECT_EQ("0.00 sec", item(11, "n").as_string(args));
 }
 
-TEST(MessageItem, TakesTheFirstArgumentOfAName) {
+TEST(MessageItem, UsesTheFirstArgumentOfAName) {
     varg_list args(argument("n", 1), argument("m", 2));
     args[1].name("n");
     EXPECT_EQ("1", item(1, "n").as_string(args));
     EXPECT_EQ("1", item(3, "n").as_string(args));
 }
 
-TEST(MessageItem, FindsTheFirstUnnamedArgumentWithoutAName) {
-    const varg_list args(argument("n", 1), argument(types::variant(255)));
+TEST(MessageItem, FindsTheFirstUnnamedArgumentByTheEmptyName) {
+    const varg_list args(argument("n", 1), argument(variant(255)));
     EXPECT_EQ("255", item(1, "").as_string(args));
     EXPECT_EQ("0x00ff", item(3, "|base|hex").as_string(args));
     EXPECT_EQ("?invalid?", item(1, "").as_string(varg_list(argument("n", 1))));
 }
 
-TEST(MessageItem, FindsAnArgumentOfALongName) {
+TEST(MessageItem, FindsAnArgumentByALongName) {
     const std::string name(100, 'n');
     const varg_list args(argument(ustring8(name), 255));
     EXPECT_EQ("0x00ff", item(3, name + "|base|hex").as_string(args));

@@ -3,31 +3,25 @@
 #include "i18n/message_text.hpp"
 #include "support/failing_allocation.hpp"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <map>
 #include <new>
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-namespace i18n = TOVA_2_18::i18n;
-namespace types = TOVA_2_18::types;
-using i18n::message_item;
-using i18n::message_t;
-using test_support::with_separators;
-using testing::ElementsAre;
-using TOVA_2_18::generic::argument;
-using TOVA_2_18::generic::varg_list;
-using TOVA_2_18::strings::ustring16;
-using TOVA_2_18::strings::ustring32;
-using TOVA_2_18::strings::ustring8;
-
 namespace {
 
-message_item item(unsigned int type, const std::string& data) {
-    return message_item(with_separators(data), static_cast<message_item::type_t>(type));
-}
+namespace types = tova::types;
+using namespace tova::strings;
+using test_support::item;
+using test_support::with_separators;
+using testing::ElementsAre;
+using tova::generic::argument;
+using tova::generic::varg_list;
+using tova::i18n::message_item;
+using tova::i18n::message_t;
 
 typedef std::vector<message_item> items;
 
@@ -39,7 +33,7 @@ message_t sample() {
                      "for the log");
 }
 
-TEST(Message, IsEmptyWhenMadeFromNothingOrNil) {
+TEST(Message, IsEmptyByDefaultAndFromNil) {
     const message_t made, nil(types::nil);
     for (const message_t* message : {&made, &nil}) {
         EXPECT_EQ("", message->name());
@@ -52,7 +46,7 @@ TEST(Message, IsEmptyWhenMadeFromNothingOrNil) {
     }
 }
 
-TEST(Message, TakesKeyAndItemsAndAsTheThirdTheMetaText) {
+TEST(Message, IsMadeFromKeyItemsAndMetaText) {
     const message_t two("key", items{message_item("a")});
     EXPECT_EQ("key", two.name());
     EXPECT_EQ(1u, two.count());
@@ -64,7 +58,7 @@ TEST(Message, TakesKeyAndItemsAndAsTheThirdTheMetaText) {
     EXPECT_EQ("", three._orginal_locale());
 }
 
-TEST(Message, JoinsTheTextsOfItsItemsInOrder) {
+TEST(Message, RendersItsItemsInOrder) {
     EXPECT_EQ("Size: 0x00ff of files.",
               sample().as_string(varg_list(argument("what", "files"), argument("n", 255))));
     EXPECT_EQ("ab",
@@ -73,7 +67,7 @@ TEST(Message, JoinsTheTextsOfItsItemsInOrder) {
                         .as_string(varg_list()));
 }
 
-TEST(Message, ShowsWhatIsMissingInItsPlaceAndTheRestAround) {
+TEST(Message, ShowsInvalidInPlaceOfAnItemAndRendersTheRest) {
     EXPECT_EQ("Size: ?invalid? of ?invalid?.", sample().as_string(varg_list()));
     EXPECT_EQ("Size: ?invalid? of files.",
               sample().as_string(varg_list(argument("what", "files"))));
@@ -87,7 +81,7 @@ TEST(Message, ShowsWhatIsMissingInItsPlaceAndTheRestAround) {
                   .as_string(varg_list(argument("n", 1), argument("d", -0.3))));
 }
 
-TEST(Message, IgnoresPositionsUnnamedArgumentsAndThoseThatNoItemNames) {
+TEST(Message, IgnoresPositionsAndUnnamedAndUnusedArguments) {
     const varg_list args(argument(types::variant("unnamed")), argument("x", 1), argument("n", 16),
                          argument("what", "it"));
     EXPECT_EQ("Size: 0x0010 of it.", sample().as_string(args));
@@ -96,7 +90,7 @@ TEST(Message, IgnoresPositionsUnnamedArgumentsAndThoseThatNoItemNames) {
         sample().as_string(varg_list(argument(types::variant(1)), argument(types::variant(2)))));
 }
 
-TEST(Message, ShowsNumberAndUnitByTwoItemsOverOneArgument) {
+TEST(Message, ShowsNumberAndUnitOfOneArgumentByTwoItems) {
     const message_t message("k", items{item(7, "m|precision|1"), message_item(" "),
                                        item(8, "m|precision|1"), message_item(", "), item(9, "q"),
                                        message_item(" "), item(10, "q")});
@@ -104,8 +98,8 @@ TEST(Message, ShowsNumberAndUnitByTwoItemsOverOneArgument) {
               message.as_string(varg_list(argument("m", 1536), argument("q", 2500000))));
 }
 
-TEST(Message, GivesTheSameTextInEveryWidth) {
-    // a, e with acute, the euro sign, a face
+TEST(Message, RendersTheSameTextInEveryWidth) {
+    // One to four bytes: a, e with acute, the euro sign, an emoji.
     const ustring8 bytes("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
     const message_t message("k", items{item(1, "x"), message_item("\xC3\xA9")});
     const varg_list args(argument("x", bytes));
@@ -118,7 +112,7 @@ TEST(Message, GivesTheSameTextInEveryWidth) {
     EXPECT_EQ(L"a\xE9\x20AC\x1F600\xE9", message.as_wstring(args));
 }
 
-TEST(Message, ConvertsTextThatIsNotUtf8ByTheRulesOfEachWidth) {
+TEST(Message, ConvertsInvalidUtf8ByTheRulesOfEachWidth) {
     const message_t message("k", items{message_item("ok \xFF\xFE")});
     EXPECT_EQ("ok \xFF\xFE", message.as_string(varg_list()));
     EXPECT_EQ((ustring16{'-', '1'}), message.as_utf16(varg_list()));
@@ -126,7 +120,7 @@ TEST(Message, ConvertsTextThatIsNotUtf8ByTheRulesOfEachWidth) {
     EXPECT_EQ(L"ok ??", message.as_wstring(varg_list()));
 }
 
-TEST(Message, RendersLongTextsAndManyItemsWhole) {
+TEST(Message, RendersLongStringsAndManyItemsCompletely) {
     items parts;
     std::string expected;
     for (int i = 0; i < 3000; ++i) {
@@ -154,7 +148,7 @@ TEST(Message, RendersWithOneAllocation) {
               text);
 }
 
-TEST(Message, PassesExhaustedMemoryOnAndLeavesNothingBehind) {
+TEST(Message, RaisesBadAllocAndLeaksNothing) {
     const message_t message("k", items{message_item(std::string(100, 'x'))});
     const varg_list args;
     const long before = test_support::live_allocations();
@@ -177,7 +171,7 @@ TEST(Message, CountsItemsAndArgumentItems) {
     EXPECT_EQ(5u, sample().size());
     EXPECT_EQ(2u, sample().argument_count());
     EXPECT_EQ(0u, message_t().argument_count());
-    // Reserved and unknown types are arguments, and one argument counts each time.
+    // Items of reserved and unknown types count, and items with the same argument count separately.
     const message_t message(
         "k", items{item(7, "m"), item(8, "m"), item(2, "x"), item(99, "y"), message_item("text")});
     EXPECT_EQ(4u, message.argument_count());
@@ -198,7 +192,7 @@ TEST(Message, ListsItsArgumentsUnderTheWholeDataOfTheirItems) {
 }
 
 TEST(Message, ListsManyArgumentsOnceEachAndInOrder) {
-    const int names = 50000;  // in quadratic time minutes
+    const int names = 50000;  // takes minutes in quadratic time
     items parts;
     for (int i = 0; i < 2 * names; ++i)
         parts.push_back(item(3, "n" + std::to_string(i % names)));
@@ -208,7 +202,7 @@ TEST(Message, ListsManyArgumentsOnceEachAndInOrder) {
         ASSERT_EQ("n" + std::to_string(i), arguments[static_cast<unsigned long>(i)].name());
 }
 
-TEST(Message, ListsEachArgumentWithoutANameAnew) {
+TEST(Message, ListsEveryArgumentWithoutAName) {
     EXPECT_EQ(2u, message_t("k", items{item(1, ""), item(3, "")}).arguments().count());
 }
 
@@ -234,12 +228,12 @@ TEST(Message, CountsItemsAndNotNamesForValidArguments) {
     const message_t message("k", items{item(7, "m"), item(8, "m")});
     EXPECT_FALSE(message.has_valid_args(varg_list(argument("m", 1))));
     EXPECT_TRUE(message.has_valid_args(varg_list(argument("m", 1), argument("x", 1))));
-    // Reserved types ask for their argument though they never show it.
+    // Reserved types need their argument, although they never show it.
     EXPECT_FALSE(message_t("k", items{item(5, "t")}).has_valid_args(varg_list(argument("x", 1))));
     EXPECT_TRUE(message_t("k", items{item(5, "t")}).has_valid_args(varg_list(argument("t", 1))));
 }
 
-TEST(Message, WalksItsItems) {
+TEST(Message, IteratesOverItsItems) {
     const message_t fixed = sample();
     std::vector<std::string> data;
     for (const message_item& part : fixed)
@@ -252,7 +246,7 @@ TEST(Message, WalksItsItems) {
     EXPECT_EQ(5, message.end() - message.begin());
 }
 
-TEST(Message, SetsItsFieldsAndReturnsTheFieldButForTheKeyTheMessage) {
+TEST(Message, ReturnsTheFieldFromASetterButTheMessageFromThatOfTheKey) {
     message_t message;
     message_t& whole = message.name("key");
     EXPECT_EQ(&message, &whole);
@@ -266,7 +260,7 @@ TEST(Message, SetsItsFieldsAndReturnsTheFieldButForTheKeyTheMessage) {
     EXPECT_EQ("de_DE", fixed._orginal_locale());
 }
 
-TEST(Message, IgnoresWhatItShouldResolve) {
+TEST(Message, IgnoresResolve) {
     message_t message = sample();
     message.resolve({{"n", "other"}, {"size", "x"}});
     EXPECT_EQ("size", message.name());
@@ -292,7 +286,7 @@ TEST(Message, CopiesEveryField) {
     EXPECT_EQ("size", copy.name());
 }
 
-TEST(Message, StaysWhenAssignedToItself) {
+TEST(Message, IsUnchangedBySelfAssignment) {
     message_t message = sample();
     EXPECT_EQ(&message, &message.assign(message));
     EXPECT_EQ("size", message.name());

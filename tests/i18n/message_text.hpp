@@ -1,17 +1,24 @@
-// Item data and format strings as the tests write them.
+/// @file
+/// Items and format strings as the tests write them: "|" means the separator byte 0x01.
 #pragma once
+
+#include <tova/i18n/message_item.hpp>
+#include <tova/strings/ustring.hpp>
 
 #include <algorithm>
 #include <string>
 
-#include <tova/strings/ustring.hpp>
-
 namespace test_support {
 
-// The byte 0x01, which separates the tokens, stands as "|" in the tests.
-inline TOVA_2_18::strings::ustring8 with_separators(std::string text) {
+inline tova::strings::ustring8 with_separators(std::string text) {
     std::replace(text.begin(), text.end(), '|', '\x01');
-    return TOVA_2_18::strings::ustring8(text);
+    return tova::strings::ustring8(text);
+}
+
+/// An item of any type, unknown ones included.
+inline tova::i18n::message_item item(unsigned int type, const std::string& data) {
+    return tova::i18n::message_item(with_separators(data),
+                                    static_cast<tova::i18n::message_item::type_t>(type));
 }
 
 }  // namespace test_support

@@ -1,11 +1,11 @@
 #include <tova/types/absolute_unit.hpp>
 
-#include <cmath>
-#include <limits>
+#include "support/class_name.hpp"
 
 #include <gtest/gtest.h>
 
-#include "support/class_name.hpp"
+#include <cmath>
+#include <limits>
 
 namespace {
 
@@ -16,7 +16,7 @@ const int least = std::numeric_limits<int>::min();
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-// A length whose type is chosen while the program runs, also one that is no unit.
+// A length whose unit is chosen at run time, even a type that is not a unit.
 class any_unit : public absolute_unit {
 public:
     explicit any_unit(int type) : m_type(type) {}
@@ -49,7 +49,7 @@ TEST(AbsoluteUnit, NumbersItsUnits) {
     EXPECT_EQ(8, absolute_unit::pixel_96);
 }
 
-TEST(AbsoluteUnit, IsNoLengthByDefault) {
+TEST(AbsoluteUnit, IsZeroByDefault) {
     EXPECT_EQ(0.0, any_unit(1).value());
     EXPECT_EQ(0, any_unit(1).as_md());
 }
@@ -87,7 +87,7 @@ TEST(AbsoluteUnit, IsCopiedAndAssignedWithItsFraction) {
     EXPECT_EQ(1.75 / 100000.0, target.value());
 }
 
-TEST(AbsoluteUnit, TellsMdCutTowardZero) {
+TEST(AbsoluteUnit, ReturnsMdTruncatedTowardZero) {
     const struct {
         double held;
         int md;
@@ -108,7 +108,7 @@ TEST(AbsoluteUnit, TellsMdCutTowardZero) {
     }
 }
 
-TEST(AbsoluteUnit, AsksTheOperationsOfASubclass) {
+TEST(AbsoluteUnit, CallsTheOperationsOfASubclass) {
     const any_unit own(3);
     const absolute_unit& base = own;
     EXPECT_EQ(absolute_unit::millimetre, base.type());
@@ -116,12 +116,12 @@ TEST(AbsoluteUnit, AsksTheOperationsOfASubclass) {
     EXPECT_EQ(8.25, base.as_double());
 }
 
-TEST(AbsoluteUnit, ReturnsTheLengthThatItWasGiven) {
+TEST(AbsoluteUnit, ReturnsTheLengthThatItIsGiven) {
     for (int type = 0; type <= 9; ++type)
         EXPECT_EQ(1.75, any_unit(type).value(1.75));
 }
 
-TEST(AbsoluteUnit, Holds0ForATypeThatIsNoUnit) {
+TEST(AbsoluteUnit, IsZeroForATypeThatIsNotAUnit) {
     for (int type : {0, 9, -1, 100, least, std::numeric_limits<int>::max()}) {
         SCOPED_TRACE(type);
         any_unit value(type, 5);
@@ -139,7 +139,7 @@ struct unit_row {
 const unit_row units[] = {{1, 100000.0}, {2, 300.0}, {3, 25.4}, {4, 2.54},
                           {5, 1.0},      {6, 72.0},  {7, 6.0},  {8, 96.0}};
 
-// One step of a calculation, rounded to a double whatever the compiler would like to combine.
+// Rounds one step to a double: the compiler cannot fuse steps through a volatile.
 double rounded(volatile double value) {
     return value;
 }
@@ -166,7 +166,7 @@ double oracle_hundredths(double length) {
     return rounded(std::floor(rounded(hundred + 0.5)) / 100.0);
 }
 
-TEST(AbsoluteUnit, HoldsAnInchOfEachUnit) {
+TEST(AbsoluteUnit, StoresAnInchOfEachUnitAs100000Md) {
     for (const auto& unit : units) {
         SCOPED_TRACE(unit.type);
         any_unit value(unit.type);
@@ -176,7 +176,7 @@ TEST(AbsoluteUnit, HoldsAnInchOfEachUnit) {
     }
 }
 
-// Some thousand lengths of each unit, to the last bit of the expressions in their order.
+// About 200000 lengths of each unit, compared to the last bit.
 TEST(AbsoluteUnit, ConvertsInTheOrderOfTheExpressions) {
     for (const auto& unit : units) {
         for (int i = -20000; i <= 20000; ++i) {
@@ -221,7 +221,7 @@ TYPED_TEST(BasicAbsolute, IsMadeFromALengthInItsOwnUnit) {
     EXPECT_EQ(static_cast<int>(oracle_md(row(value), 1.75)), value.as_md());
 }
 
-TYPED_TEST(BasicAbsolute, RoundsToWholeNumbersAndToHundredthsWithAHalfUpward) {
+TYPED_TEST(BasicAbsolute, RoundsToWholeNumbersAndToHundredthsWithHalvesUp) {
     for (int i = -20000; i <= 20000; ++i) {
         for (double length : {i * 0.5, i * 0.005, i * 0.01, i * 0.0333, i * 777.777}) {
             const TypeParam value(length);
@@ -235,13 +235,13 @@ TYPED_TEST(BasicAbsolute, RoundsToWholeNumbersAndToHundredthsWithAHalfUpward) {
     }
 }
 
-TYPED_TEST(BasicAbsolute, TellsWhatDoesNotFitAsTheLeastInt) {
+TYPED_TEST(BasicAbsolute, ReturnsTheLeastIntForALengthThatDoesNotFit) {
     for (double length : {1e12, -1e12, std::numeric_limits<double>::infinity(),
                           std::numeric_limits<double>::quiet_NaN()})
         EXPECT_EQ(least, TypeParam(length).as_int32()) << length;
 }
 
-TEST(BasicAbsolute, RoundsByHand) {
+TEST(BasicAbsolute, RoundsHalvesUpAlsoBelowZero) {
     const struct {
         double length;
         int whole;
@@ -259,7 +259,7 @@ TEST(BasicAbsolute, RoundsByHand) {
     }
 }
 
-TEST(BasicAbsolute, IsAnInchOf100000Md) {
+TEST(BasicAbsolute, Has100000MdInAnInch) {
     basic_absolute_impl<5> inch;
     inch.value(1.0);
     EXPECT_EQ(100000, inch.as_md());
@@ -269,7 +269,7 @@ TEST(BasicAbsolute, IsAnInchOf100000Md) {
     EXPECT_EQ(25.4, millimetres.do_as_double());
 }
 
-TEST(BasicAbsolute, TellsALengthOfAnotherUnitInItsOwn) {
+TEST(BasicAbsolute, ConvertsALengthOfAnotherUnitToItsOwn) {
     const basic_absolute_impl<5> inch(2.0);
     const basic_absolute_impl<3> millimetres(inch);
     EXPECT_EQ(50.8, millimetres.value());

@@ -47,7 +47,7 @@ TEST(Color, KeepsTheTopByteOfAWordAsAlphaUnderBothNames) {
     expect_parts(color_t::rgb(0x00223344), 0x44, 0x33, 0x22, 0x00);
 }
 
-TEST(Color, GivesItsWordWithAndWithoutAlpha) {
+TEST(Color, ReturnsItsWordWithAndWithoutAlpha) {
     for (int word : {0, 1, -1, 0x11223344, static_cast<int>(0x80000000u), 0x7FFFFFFF}) {
         SCOPED_TRACE(word);
         EXPECT_EQ(word, color_t(word).as_int32());
@@ -68,7 +68,7 @@ TEST(Color, SetsEachByteAndReturnsIt) {
     }
 }
 
-TEST(Color, IsCopiedAndAssignedByAllForms) {
+TEST(Color, IsCopiedAndAssignedInEveryForm) {
     const color_t source(1, 2, 3, 4);
     expect_parts(color_t(source), 1, 2, 3, 4);
     color_t color;

@@ -1,9 +1,9 @@
 #include <tova/types/device_unit.hpp>
 
+#include <gtest/gtest.h>
+
 #include <limits>
 #include <type_traits>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -12,14 +12,14 @@ using tova::types::device_unit;
 const int least = std::numeric_limits<int>::min();
 const int most = std::numeric_limits<int>::max();
 
-TEST(DeviceUnit, IsNoLengthByDefault) {
+TEST(DeviceUnit, IsZeroByDefault) {
     const device_unit none;
     EXPECT_EQ(0, none.as_int32());
     EXPECT_EQ(device_unit::device, none.type());
     EXPECT_EQ(1, static_cast<int>(none.type()));
 }
 
-TEST(DeviceUnit, TakesIntegersOfAllWidths) {
+TEST(DeviceUnit, AcceptsIntegersOfAllWidths) {
     for (int value : {0, 1, -1, most, least})
         EXPECT_EQ(value, device_unit(value).as_int32());
     EXPECT_EQ(-128, device_unit(static_cast<signed char>(-128)).as_int32());
@@ -37,12 +37,12 @@ TEST(DeviceUnit, KeepsTheLow32BitsOfLongs) {
     EXPECT_EQ(7, device_unit(0xFFFFFFFF00000007UL).as_int32());
 }
 
-TEST(DeviceUnit, IsNotMadeFromAnUnsignedInt) {
+TEST(DeviceUnit, CannotBeMadeFromAnUnsignedInt) {
     EXPECT_FALSE((std::is_constructible<device_unit, unsigned int>::value));
     EXPECT_TRUE((std::is_constructible<device_unit, unsigned long>::value));
 }
 
-TEST(DeviceUnit, CutsFloatingValuesTowardZero) {
+TEST(DeviceUnit, TruncatesFloatingPointValuesTowardZero) {
     const struct {
         double value;
         int units;
@@ -74,7 +74,7 @@ TEST(DeviceUnit, CutsFloatingValuesTowardZero) {
     EXPECT_EQ(least, device_unit(std::numeric_limits<float>::quiet_NaN()).as_int32());
 }
 
-TEST(DeviceUnit, TellsItsValueInThreeTypes) {
+TEST(DeviceUnit, ReturnsItsValueInThreeTypes) {
     const device_unit value(16777217);
     EXPECT_EQ(16777217, value.as_int32());
     EXPECT_EQ(16777216.0f, value.as_float());
@@ -88,7 +88,7 @@ TEST(DeviceUnit, TellsItsValueInThreeTypes) {
     EXPECT_EQ(device_unit::device, value.do_type());
 }
 
-TEST(DeviceUnit, IsAssignedByAllForms) {
+TEST(DeviceUnit, IsAssignedInEveryForm) {
     const device_unit source(12);
     const device_unit copy(source);
     EXPECT_EQ(12, copy.as_int32());
@@ -103,7 +103,7 @@ TEST(DeviceUnit, IsAssignedByAllForms) {
     EXPECT_EQ(-14, value.as_int32());
 }
 
-TEST(DeviceUnit, IsEqualByItsValue) {
+TEST(DeviceUnit, ComparesItsValue) {
     const device_unit one(1);
     const device_unit two(2);
     EXPECT_TRUE(one.equal(device_unit(1)));
@@ -125,7 +125,7 @@ public:
 };
 #pragma GCC diagnostic pop
 
-TEST(DeviceUnit, AsksTheOperationsOfASubclassButComparesTheField) {
+TEST(DeviceUnit, CallsTheOperationsOfASubclassButComparesTheField) {
     const own_device own;
     const device_unit& base = own;
     EXPECT_EQ(7, static_cast<int>(base.type()));

@@ -1,13 +1,13 @@
 #include <tova/types/nil.hpp>
 
-#include <type_traits>
-
 #include <gtest/gtest.h>
+
+#include <type_traits>
 
 namespace {
 
-using TOVA_2_18::types::nil;
-using TOVA_2_18::types::nil_t;
+using tova::types::nil;
+using tova::types::nil_t;
 
 const char* taken_as(nil_t&) {
     return "nil_t&";
@@ -22,7 +22,7 @@ TEST(Nil, IsAnEmptyTag) {
     EXPECT_EQ(1u, sizeof(nil_t));
 }
 
-TEST(Nil, IsAnObjectThatMayBePassedByNonConstReference) {
+TEST(Nil, BindsToANonConstReference) {
     EXPECT_TRUE((std::is_same<nil_t&, decltype((nil))>::value));
     EXPECT_STREQ("nil_t&", taken_as(nil));
     EXPECT_STREQ("const nil_t&", taken_as(nil_t()));

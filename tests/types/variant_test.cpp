@@ -1,5 +1,14 @@
 #include <tova/types/variant.hpp>
 
+#include <tova/types/nil.hpp>
+
+#include "support/child_process.hpp"
+#include "support/failing_allocation.hpp"
+#include "support/global_locale.hpp"
+#include "support/widths.hpp"
+
+#include <gtest/gtest.h>
+
 #include <climits>
 #include <cmath>
 #include <limits>
@@ -10,26 +19,15 @@
 #include <typeinfo>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include <tova/types/nil.hpp>
-
-#include "support/child_process.hpp"
-#include "support/failing_allocation.hpp"
-#include "support/global_locale.hpp"
-#include "support/widths.hpp"
-
 namespace {
 
 using test_support::comma_locale;
 using test_support::global_locale;
 using test_support::text;
-using TOVA_2_18::strings::ustring16;
-using TOVA_2_18::strings::ustring32;
-using TOVA_2_18::strings::ustring8;
-using TOVA_2_18::types::nil;
-using TOVA_2_18::types::nil_t;
-using TOVA_2_18::types::variant;
+using namespace tova::strings;
+using tova::types::nil;
+using tova::types::nil_t;
+using tova::types::variant;
 
 std::string printed(const variant& value) {
     std::ostringstream stream;
@@ -45,8 +43,8 @@ const float infinite_float = std::numeric_limits<float>::infinity();
 const double infinite = std::numeric_limits<double>::infinity();
 const double not_a_number = std::numeric_limits<double>::quiet_NaN();
 
-// One value and what it becomes. `as_int`, `as_short` and `as_long` answer as their fellows of 32,
-// 16 and 64 bits do, and all text conversions give the same ASCII text.
+// One value and all its conversions. `as_int`, `as_short` and `as_long` return the same as the
+// conversions to 32, 16 and 64 bits, and all conversions to a string return the same ASCII string.
 struct conversion_row {
     const char* name;
     variant value;
@@ -59,10 +57,10 @@ struct conversion_row {
     int uint16;
     unsigned int uint32;
     unsigned long uint64;
-    bool truth;
-    float single;
-    double twofold;
-    long double extended;
+    bool boolean;
+    float float_value;
+    double double_value;
+    long double long_double_value;
     const char* text;
     const char* stream;
 };
@@ -158,7 +156,7 @@ std::vector<conversion_row> conversion_rows() {
     // clang-format on
 }
 
-TEST(VariantConversions, GiveEveryNumberOfEveryType) {
+TEST(VariantConversions, ConvertEveryTypeToEveryNumber) {
     for (const conversion_row& row : conversion_rows()) {
         SCOPED_TRACE(row.name);
         const variant& value = row.value;
@@ -173,15 +171,15 @@ TEST(VariantConversions, GiveEveryNumberOfEveryType) {
         EXPECT_EQ(row.uint16, value.as_uint16());
         EXPECT_EQ(row.uint32, value.as_uint32());
         EXPECT_EQ(row.uint64, value.as_uint64());
-        EXPECT_EQ(row.truth, value.as_bool());
-        EXPECT_EQ(row.single, value.as_float());
-        EXPECT_EQ(row.twofold, value.as_double());
-        EXPECT_EQ(row.extended, value.as_long_double());
-        EXPECT_EQ(std::signbit(row.twofold), std::signbit(value.as_double()));
+        EXPECT_EQ(row.boolean, value.as_bool());
+        EXPECT_EQ(row.float_value, value.as_float());
+        EXPECT_EQ(row.double_value, value.as_double());
+        EXPECT_EQ(row.long_double_value, value.as_long_double());
+        EXPECT_EQ(std::signbit(row.double_value), std::signbit(value.as_double()));
     }
 }
 
-TEST(VariantConversions, GiveTheTextOfEveryType) {
+TEST(VariantConversions, ConvertEveryTypeToAString) {
     for (const conversion_row& row : conversion_rows()) {
         SCOPED_TRACE(row.name);
         const variant& value = row.value;
@@ -205,7 +203,7 @@ TEST(VariantConversions, KnowTheirType) {
     }
 }
 
-TEST(VariantConversions, SendTheFurtherNamesThroughTheSignedSlots) {
+TEST(VariantConversions, UseTheSignedSlotsForTheFurtherNames) {
     for (const conversion_row& row : conversion_rows()) {
         SCOPED_TRACE(row.name);
         const variant& value = row.value;
@@ -230,7 +228,7 @@ TEST(VariantConversions, SaturateAtTheSignedLimitUnderTheFurtherNames) {
     EXPECT_EQ(3000000000u, variant(3000000000.0).as_uint32());
 }
 
-TEST(VariantConversions, TakeNotANumberForTheLeastIntegerAndForTrue) {
+TEST(VariantConversions, ConvertNotANumberToTheLeastIntegerAndToTrue) {
     for (const variant& value : {variant(static_cast<float>(not_a_number)), variant(not_a_number),
                                  variant(static_cast<long double>(not_a_number))}) {
         SCOPED_TRACE(value.type().name());
@@ -269,17 +267,17 @@ TEST(VariantConversions, TruncateAsTheProcessorDoesAroundEveryPowerOfTwo) {
                 EXPECT_EQ(high, variant(static_cast<long double>(value)).as_long());
                 EXPECT_EQ(static_cast<unsigned>(high), variant(value).as_uint32());
                 if (whole < 18446744073709551616.0) {
-                    const unsigned long natural = whole < 0 ? static_cast<unsigned long>(high)
-                                                            : static_cast<unsigned long>(whole);
-                    EXPECT_EQ(natural, variant(value).as_uint64());
+                    const unsigned long expected = whole < 0 ? static_cast<unsigned long>(high)
+                                                             : static_cast<unsigned long>(whole);
+                    EXPECT_EQ(expected, variant(value).as_uint64());
                 }
             }
 }
 
-// --- Truth of texts ----------------------------------------------------------------------------
+// --- Strings as booleans -----------------------------------------------------------------------
 
 template <typename Value>
-class VariantTruth : public ::testing::Test {
+class VariantBoolean : public ::testing::Test {
 public:
     static variant of(const char* characters) {
         Value value;
@@ -288,16 +286,9 @@ public:
         return variant(value);
     }
 };
-using text_values = ::testing::Types<ustring8, ustring16, ustring32, std::string, std::wstring>;
-struct mangled_name {
-    template <typename T>
-    static std::string GetName(int) {
-        return typeid(T).name();
-    }
-};
-TYPED_TEST_SUITE(VariantTruth, text_values, mangled_name);
+TYPED_TEST_SUITE(VariantBoolean, test_support::text_types, test_support::text_type_name);
 
-TYPED_TEST(VariantTruth, HasThreeWordsAndEveryNumberButZero) {
+TYPED_TEST(VariantBoolean, IsTrueForThreeWordsAndEveryNumberExceptZero) {
     const struct {
         const char* input;
         bool value;
@@ -313,15 +304,15 @@ TYPED_TEST(VariantTruth, HasThreeWordsAndEveryNumberButZero) {
     }
 }
 
-TEST(VariantTruth, TakesNoWideUnitForALetter) {
+TEST(VariantBoolean, DoesNotTakeAWideUnitForALetter) {
     EXPECT_FALSE(variant(ustring32{0x16F, 0x16E}).as_bool());
     EXPECT_FALSE(variant(std::wstring{0x10006F, 'n'}).as_bool());
     EXPECT_FALSE(variant(ustring16{0x014F, 'N'}).as_bool());
 }
 
-// --- Texts beyond ASCII ------------------------------------------------------------------------
+// --- Strings beyond ASCII ----------------------------------------------------------------------
 
-TEST(VariantText, ConvertsBetweenTheWidths) {
+TEST(VariantString, ConvertsBetweenTheWidths) {
     const char utf8[] = "\xC3\xA4\xF0\x9F\x98\x80";
     const ustring16 utf16{0x00E4, 0xD83D, 0xDE00};
     const ustring32 utf32{0xE4, 0x1F600};
@@ -340,13 +331,13 @@ TEST(VariantText, ConvertsBetweenTheWidths) {
     EXPECT_EQ(utf16, variant(utf16).as_utf16());
 }
 
-TEST(VariantText, SplitsUtf32IntoThePairsOfItsOwnArithmetic) {
-    const ustring16 pair{0xD83D + 0x40, 0xDE00};  // no 0x10000 is taken off
+TEST(VariantString, KeepsTheSurrogateArithmeticOfTheConversionToUtf16) {
+    const ustring16 pair{0xD83D + 0x40, 0xDE00};  // 0x10000 is not subtracted
     EXPECT_EQ(pair, variant(ustring32{0x1F600}).as_utf16());
     EXPECT_EQ(pair, variant(std::wstring{0x1F600}).as_utf16());
 }
 
-TEST(VariantText, ParsesWideIntegersInPlaceButFloatingValuesThroughUtf8) {
+TEST(VariantString, ParsesIntegersFromCodeUnitsButFloatingPointValuesFromUtf8) {
     const variant unpaired(ustring16{'5', 0xD800});
     EXPECT_EQ(5, unpaired.as_int());
     EXPECT_TRUE(unpaired.as_bool());
@@ -363,7 +354,7 @@ TEST(VariantText, ParsesWideIntegersInPlaceButFloatingValuesThroughUtf8) {
     EXPECT_EQ(-1.0, plain.as_double());
 }
 
-TEST(VariantText, AnswersBadUtf8InBand) {
+TEST(VariantString, ConvertsInvalidUtf8ByTheRulesOfEachWidth) {
     const variant bad("1\xFF");
     EXPECT_EQ("1\xFF", bad.as_string());
     EXPECT_EQ(wide16("-1"), bad.as_utf16());
@@ -371,7 +362,7 @@ TEST(VariantText, AnswersBadUtf8InBand) {
     EXPECT_EQ(L"1?", bad.as_wstring());
 }
 
-TEST(VariantText, KeepsEmbeddedNulsButPrintsUpToTheFirst) {
+TEST(VariantString, KeepsEmbeddedNulsButPrintsUpToTheFirst) {
     const std::string all("a\0b", 3);
     EXPECT_EQ("a", variant(all.c_str()).as_string());
     EXPECT_EQ(ustring8(all), variant(ustring8(all)).as_string());
@@ -381,18 +372,18 @@ TEST(VariantText, KeepsEmbeddedNulsButPrintsUpToTheFirst) {
     EXPECT_EQ(all, printed(variant(all)));
 }
 
-TEST(VariantText, PrintsAWideStandardStringAsAMark) {
+TEST(VariantString, PrintsAWideStandardStringAsADebuggingMark) {
     const variant value(std::wstring(L"text"));
     const std::string mark = printed(value);
     const std::string begin = std::string("< ") + typeid(std::wstring).name() + " instance at 0x";
     ASSERT_LT(begin.size() + 2, mark.size());
     EXPECT_EQ(begin, mark.substr(0, begin.size()));
     EXPECT_EQ(" >", mark.substr(mark.size() - 2));
-    EXPECT_EQ(mark, printed(variant(value)));  // the address is that of the shared value
+    EXPECT_EQ(mark, printed(variant(value)));  // the copy shares the value and so its address
     EXPECT_NE(mark, printed(variant(std::wstring(L"text"))));
 }
 
-TEST(VariantText, IsPrintedWithTheStateOfTheStream) {
+TEST(VariantString, IsPrintedWithTheStateOfTheStream) {
     std::ostringstream stream;
     stream << std::boolalpha << std::hex << variant(true) << ' ' << variant(255) << ' ';
     stream.precision(3);
@@ -405,7 +396,7 @@ TEST(VariantText, IsPrintedWithTheStateOfTheStream) {
 
 // --- Constructors ------------------------------------------------------------------------------
 
-TEST(VariantConstructor, RefusesNullPointersAndLeavesNothingBehind) {
+TEST(VariantConstructor, RejectsNullPointersAndLeaksNothing) {
     const long live = test_support::live_allocations();
     const auto message_of = [](const auto* pointer) -> std::string {
         try {
@@ -423,7 +414,7 @@ TEST(VariantConstructor, RefusesNullPointersAndLeavesNothingBehind) {
     EXPECT_EQ(live, test_support::live_allocations());
 }
 
-TEST(VariantConstructor, LeavesNothingBehindWhenMemoryRunsOut) {
+TEST(VariantConstructor, LeaksNothingWhenMemoryRunsOut) {
     const std::string long_text(100, 'x');
     const ustring16 long_text16(100, 'x');
     const long live = test_support::live_allocations();
@@ -467,12 +458,12 @@ TEST(VariantConstructor, MakesOneAllocationForANilAndForANumber) {
     EXPECT_EQ(1u, allocations_of([&] { target = nil; }));
 }
 
-TEST(VariantConstructor, TakesACharForAnInt) {
+TEST(VariantConstructor, StoresACharAsAnInt) {
     EXPECT_TRUE(typeid(int) == variant('A').type());
     EXPECT_EQ("65", variant('A').as_string());
 }
 
-TEST(VariantConstructor, TakesEachPointerForATextOfItsWidth) {
+TEST(VariantConstructor, ReadsAStringOfItsWidthFromEachPointer) {
     EXPECT_TRUE(typeid(ustring8) == variant("a").type());
     EXPECT_TRUE(typeid(ustring16) == variant(ustring16{'a'}.c_str()).type());
     EXPECT_TRUE(typeid(ustring32) == variant(L"a").type());
@@ -496,7 +487,7 @@ TEST(VariantHandle, SharesItsBodyWithItsCopies) {
     third = second;
     variant fourth;
     EXPECT_EQ(&fourth, &fourth.assign(third));
-    // The mark of a wide string holds the address of the stored value.
+    // The mark of a wide string shows the address of the stored value.
     EXPECT_EQ(printed(first), printed(second));
     EXPECT_EQ(printed(first), printed(third));
     EXPECT_EQ(printed(first), printed(fourth));
@@ -521,7 +512,7 @@ TEST(VariantHandle, ReleasesABodyWithItsLastHandle) {
     EXPECT_EQ(live, test_support::live_allocations());
 }
 
-TEST(VariantHandle, KeepsItsValueWhenAssignedToItself) {
+TEST(VariantHandle, IsUnchangedBySelfAssignment) {
     variant value("text");
     variant& same = value;
     EXPECT_EQ(&value, &(value = same));
@@ -533,7 +524,7 @@ TEST(VariantHandle, KeepsItsValueWhenAssignedToItself) {
     EXPECT_EQ("text", value.as_string());
 }
 
-TEST(VariantHandle, BecomesNilAlone) {
+TEST(VariantHandle, BecomesNilWithoutItsCopies) {
     variant first("text");
     const variant second(first);
     EXPECT_EQ(&first, &(first = nil));
@@ -541,7 +532,7 @@ TEST(VariantHandle, BecomesNilAlone) {
     EXPECT_EQ("text", second.as_string());
 }
 
-TEST(VariantHandle, StaysAsItWasWhenNoNilBodyCanBeMade) {
+TEST(VariantHandle, IsUnchangedWhenNoNilBodyCanBeAllocated) {
     variant value("text");
     {
         const test_support::failing_allocation limit;
@@ -564,7 +555,7 @@ TEST(VariantHandle, IsNilOnlyWithoutAValue) {
     }
 }
 
-TEST(VariantHandle, HidesTheTextOfANilBodyButPrintsIt) {
+TEST(VariantHandle, HidesTheStringOfANilBodyButPrintsIt) {
     const variant value;
     EXPECT_EQ("", value.as_string());
     EXPECT_EQ("", value.as_utf8());
@@ -583,7 +574,7 @@ std::locale two_faced_locale() {
         new test_support::punctuation<wchar_t>(L';', L'_'));
 }
 
-TEST(VariantInALocale, PunctuatesFloatingTextOnly) {
+TEST(VariantInALocale, PunctuatesOnlyFloatingPointValues) {
     const global_locale locale(two_faced_locale());
     EXPECT_EQ("1,5", variant(1.5f).as_string());
     EXPECT_EQ("1,5", variant(1.5).as_utf8());
@@ -593,10 +584,10 @@ TEST(VariantInALocale, PunctuatesFloatingTextOnly) {
     EXPECT_EQ("1234567", variant(1234567).as_string());
     EXPECT_EQ("18446744073709551615", variant(18446744073709551615ul).as_string());
     EXPECT_EQ(L"1234567", variant(1234567L).as_wstring());
-    EXPECT_EQ("0", TOVA_2_18::types::variant(0).as_string());
+    EXPECT_EQ("0", variant(0).as_string());
 }
 
-TEST(VariantInALocale, TakesTheWideTextOfALongDoubleFromAWideStream) {
+TEST(VariantInALocale, WritesTheWideStringOfALongDoubleThroughAWideStream) {
     const global_locale locale(two_faced_locale());
     EXPECT_EQ(L"1,5", variant(1.5f).as_wstring());
     EXPECT_EQ(L"1,5", variant(1.5).as_wstring());
@@ -604,7 +595,7 @@ TEST(VariantInALocale, TakesTheWideTextOfALongDoubleFromAWideStream) {
     EXPECT_EQ(L"123_456", variant(123456.0L).as_wstring());
 }
 
-TEST(VariantInALocale, ReadsFloatingTextByItAndIntegersWithoutIt) {
+TEST(VariantInALocale, ParsesFloatingPointValuesByItAndIntegersWithoutIt) {
     const global_locale locale(two_faced_locale());
     EXPECT_EQ(1.5, variant("1,5").as_double());
     EXPECT_EQ(1234.0f, variant(wide16("1.234")).as_float());
@@ -612,7 +603,7 @@ TEST(VariantInALocale, ReadsFloatingTextByItAndIntegersWithoutIt) {
     EXPECT_EQ(1, variant("1.234").as_int());
 }
 
-// Writes true and false in letters of its own.
+// Writes false and true as two consecutive letters.
 template <typename Unit>
 class letters : public std::num_put<Unit> {
 public:
@@ -629,7 +620,7 @@ private:
     Unit m_letter;
 };
 
-TEST(VariantInALocale, TakesTheTextsOfABoolFromAStreamOfTheirWidth) {
+TEST(VariantInALocale, WritesTheStringsOfABoolThroughAStreamOfTheirWidth) {
     const global_locale locale(std::locale(
         std::locale(std::locale::classic(), new letters<char>('a')), new letters<wchar_t>(L'A')));
     EXPECT_EQ("b", variant(true).as_string());
@@ -641,7 +632,7 @@ TEST(VariantInALocale, TakesTheTextsOfABoolFromAStreamOfTheirWidth) {
     EXPECT_EQ(L"A", variant(false).as_wstring());
 }
 
-// --- What tries to leave a conversion ----------------------------------------------------------
+// --- Exceptions that try to leave a conversion -------------------------------------------------
 
 TEST(VariantConversions, EndTheProcessThroughUnexpectedWhenMemoryRunsOut) {
     const std::string long_text(100, '1');
@@ -668,7 +659,7 @@ TEST(VariantConversions, EndTheProcessThroughUnexpectedWhenMemoryRunsOut) {
 TEST(VariantConversions, EndTheProcessThroughUnexpectedWhenAStreamThrows) {
     const auto result = test_support::run_in_child([] {
         test_support::exit_42_on_unexpected();
-        std::ostream stream(nullptr);  // no buffer: bad from the start
+        std::ostream stream(nullptr);  // without a buffer it is bad from the start
         stream.clear(std::ios::goodbit);
         try {
             stream.exceptions(std::ios::badbit);

@@ -1,25 +1,24 @@
 #include <tova/types/variant_value.hpp>
 
+#include <tova/memory/pointers.hpp>
+#include <tova/types/nil.hpp>
+
+#include "support/child_process.hpp"
+#include "support/class_name.hpp"
+#include "support/failing_allocation.hpp"
+
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <sstream>
 #include <string>
 #include <typeinfo>
 
-#include <gtest/gtest.h>
-
-#include <tova/memory/pointers.hpp>
-#include <tova/types/nil.hpp>
-
-#include "support/child_process.hpp"
-#include "support/failing_allocation.hpp"
-
 namespace {
 
-using namespace TOVA_2_18::types;
-using TOVA_2_18::memory::pointers::rc_pointer;
-using TOVA_2_18::strings::ustring16;
-using TOVA_2_18::strings::ustring32;
-using TOVA_2_18::strings::ustring8;
+using namespace tova::strings;
+using namespace tova::types;
+using tova::memory::pointers::rc_pointer;
 
 template <typename T>
 T sample() {
@@ -56,21 +55,15 @@ using all_values =
     ::testing::Types<nil_t, signed char, short, int, long, unsigned char, unsigned short,
                      unsigned int, unsigned long, bool, float, double, long double, ustring8,
                      ustring16, ustring32, std::string, std::wstring>;
-struct mangled_name {
-    template <typename T>
-    static std::string GetName(int) {
-        return typeid(T).name();
-    }
-};
-TYPED_TEST_SUITE(VariantBody, all_values, mangled_name);
+TYPED_TEST_SUITE(VariantBody, all_values, test_support::class_name);
 
-TYPED_TEST(VariantBody, Converts) {
+TYPED_TEST(VariantBody, IsConvertibleAndNamesItsType) {
     const variant_value_t<TypeParam> body(sample<TypeParam>());
     EXPECT_TRUE(body.convertible());
     EXPECT_TRUE(typeid(TypeParam) == body.type());
 }
 
-TYPED_TEST(VariantBody, IsMadeWithoutHoldersAndWithoutHeapMark) {
+TYPED_TEST(VariantBody, StartsWithoutHoldersAndWithoutHeapMark) {
     const variant_value_t<TypeParam> body(sample<TypeParam>());
     EXPECT_EQ(0u, body.count);
     EXPECT_FALSE(body.allocated);
@@ -117,7 +110,7 @@ TYPED_TEST(VariantBody, EndsTheProcessThroughUnexpectedWhenNoCloneCanBeMade) {
     EXPECT_EQ(42, result.exit_code) << result.output;
 }
 
-TEST(NilBody, SaysZero) {
+TEST(NilBody, ConvertsToZero) {
     const variant_value_t<nil_t> body((nil_t()));
     EXPECT_EQ("0", body.as_string());
     EXPECT_EQ("0", body.as_utf8());
@@ -145,7 +138,7 @@ TEST(NilBody, SaysZero) {
     EXPECT_EQ("0", stream.str());
 }
 
-TEST(BoolBody, TakesNoOtherByteThanOneForANumber) {
+TEST(BoolBody, IsOneAsANumberOnlyIfItsByteIsOne) {
     const std::unique_ptr<variant_type> body(new variant_value_t<bool>(true));
     auto* const byte = static_cast<volatile unsigned char*>(
         static_cast<void*>(reinterpret_cast<char*>(body.get()) + sizeof(variant_type)));
