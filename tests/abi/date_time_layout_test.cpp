@@ -1,13 +1,13 @@
 // Sizes, offsets and results of dates, times and durations, as callers have compiled them in.
+#include <tova/system/date_time/date_time.hpp>
+#include <tova/system/date_time/timer.hpp>
+
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <cstring>
 #include <type_traits>
 #include <utility>
-
-#include <gtest/gtest.h>
-
-#include <tova/system/date_time/date_time.hpp>
-#include <tova/system/date_time/timer.hpp>
 
 namespace {
 
@@ -29,7 +29,7 @@ static_assert(std::is_empty<auto_tester>::value, "");
 static_assert(std::is_same<decltype(sAutoTester), auto_tester>::value, "");
 static_assert(std::is_same<decltype(timer::m_overheadMicroseconds), unsigned long>::value, "");
 
-// No bases and no slots, and copies that are calls.
+// No bases, no slots, and a copy constructor that is a call.
 template <typename Value>
 constexpr bool is_a_plain_value() {
     return std::is_standard_layout<Value>::value && !std::is_polymorphic<Value>::value &&
@@ -42,10 +42,11 @@ static_assert(is_a_plain_value<date_duration>(), "");
 static_assert(is_a_plain_value<time_duration>(), "");
 static_assert(!std::is_trivially_destructible<date_duration>::value, "");
 
-// --- Result types, which are no part of a symbol -------------------------------------------------
+// --- Result types, which are not part of a symbol
+// -------------------------------------------------
 
 template <typename Result, typename Class, typename... Arguments>
-constexpr bool gives(Result (Class::*)(Arguments...) const) {
+constexpr bool returns(Result (Class::*)(Arguments...) const) {
     return true;
 }
 template <typename Class>
@@ -53,49 +54,49 @@ constexpr bool sets(unsigned int (Class::*)(unsigned int)) {
     return true;
 }
 
-static_assert(gives<unsigned int, date>(&date::year), "");
-static_assert(gives<unsigned int, date>(&date::month), "");
-static_assert(gives<unsigned int, date>(&date::day), "");
-static_assert(gives<unsigned int>(&date::get_days), "");
-static_assert(gives<unsigned int, date>(&date::pJulian_day_number), "");
+static_assert(returns<unsigned int, date>(&date::year), "");
+static_assert(returns<unsigned int, date>(&date::month), "");
+static_assert(returns<unsigned int, date>(&date::day), "");
+static_assert(returns<unsigned int>(&date::get_days), "");
+static_assert(returns<unsigned int, date>(&date::pJulian_day_number), "");
 static_assert(std::is_void<decltype(std::declval<date&>().pJulian_day_number(1u))>::value, "");
 static_assert(sets<date>(&date::year), "");
 static_assert(sets<date>(&date::month), "");
 static_assert(sets<date>(&date::day), "");
-static_assert(gives<bool>(&date::is_valid_day), "");
-static_assert(gives<bool>(&date::is_valid_month), "");
-static_assert(gives<bool>(&date::is_leap_year), "");
-static_assert(gives<bool>(&date::is_day_constrained), "");
-static_assert(gives<unsigned int, time>(&time::hour), "");
-static_assert(gives<unsigned int, time>(&time::minute), "");
-static_assert(gives<unsigned int, time>(&time::second), "");
-static_assert(gives<unsigned int, time>(&time::millisecond), "");
+static_assert(returns<bool>(&date::is_valid_day), "");
+static_assert(returns<bool>(&date::is_valid_month), "");
+static_assert(returns<bool>(&date::is_leap_year), "");
+static_assert(returns<bool>(&date::is_day_constrained), "");
+static_assert(returns<unsigned int, time>(&time::hour), "");
+static_assert(returns<unsigned int, time>(&time::minute), "");
+static_assert(returns<unsigned int, time>(&time::second), "");
+static_assert(returns<unsigned int, time>(&time::millisecond), "");
 static_assert(sets<time>(&time::hour), "");
 static_assert(sets<time>(&time::minute), "");
 static_assert(sets<time>(&time::second), "");
 static_assert(sets<time>(&time::millisecond), "");
-static_assert(gives<bool>(&time::is_valid_hour), "");
-static_assert(gives<bool>(&time::is_valid_minute), "");
-static_assert(gives<bool>(&time::is_valid_second), "");
-static_assert(gives<bool>(&time::is_valid_millisecond), "");
-static_assert(gives<const date&>(&date_time_t::date), "");
-static_assert(gives<const time&>(&date_time_t::time), "");
-static_assert(gives<unsigned int, date_time_t>(&date_time_t::year), "");
-static_assert(gives<unsigned int, date_time_t>(&date_time_t::millisecond), "");
-static_assert(gives<int, date_duration>(&date_duration::days), "");
+static_assert(returns<bool>(&time::is_valid_hour), "");
+static_assert(returns<bool>(&time::is_valid_minute), "");
+static_assert(returns<bool>(&time::is_valid_second), "");
+static_assert(returns<bool>(&time::is_valid_millisecond), "");
+static_assert(returns<const date&>(&date_time_t::date), "");
+static_assert(returns<const time&>(&date_time_t::time), "");
+static_assert(returns<unsigned int, date_time_t>(&date_time_t::year), "");
+static_assert(returns<unsigned int, date_time_t>(&date_time_t::millisecond), "");
+static_assert(returns<int, date_duration>(&date_duration::days), "");
 static_assert(std::is_same<int, decltype(std::declval<date_duration&>().days(1))>::value, "");
-static_assert(gives<int>(&time_duration::hour), "");
-static_assert(gives<int>(&time_duration::minute), "");
-static_assert(gives<int>(&time_duration::second), "");
-static_assert(gives<int>(&time_duration::millisecond), "");
-static_assert(gives<double>(&time_duration::total_hours), "");
-static_assert(gives<double>(&time_duration::total_minutes), "");
-static_assert(gives<double>(&time_duration::total_seconds), "");
-static_assert(gives<long>(&time_duration::total_complete_hours), "");
-static_assert(gives<long>(&time_duration::total_complete_minutes), "");
-static_assert(gives<long>(&time_duration::total_complete_seconds), "");
-static_assert(gives<long>(&time_duration::total_milliseconds), "");
-static_assert(gives<bool>(&time_duration::is_negative), "");
+static_assert(returns<int>(&time_duration::hour), "");
+static_assert(returns<int>(&time_duration::minute), "");
+static_assert(returns<int>(&time_duration::second), "");
+static_assert(returns<int>(&time_duration::millisecond), "");
+static_assert(returns<double>(&time_duration::total_hours), "");
+static_assert(returns<double>(&time_duration::total_minutes), "");
+static_assert(returns<double>(&time_duration::total_seconds), "");
+static_assert(returns<long>(&time_duration::total_complete_hours), "");
+static_assert(returns<long>(&time_duration::total_complete_minutes), "");
+static_assert(returns<long>(&time_duration::total_complete_seconds), "");
+static_assert(returns<long>(&time_duration::total_milliseconds), "");
+static_assert(returns<bool>(&time_duration::is_negative), "");
 
 // --- Fields --------------------------------------------------------------------------------------
 

@@ -1,11 +1,4 @@
 // Sizes, offsets, bases and slots of the foundation classes, as callers have compiled them in.
-#include <cstddef>
-#include <cstring>
-#include <string>
-#include <type_traits>
-
-#include <gtest/gtest.h>
-
 #include <tova/debug/assert.hpp>
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/functor/delegate.hpp>
@@ -17,6 +10,13 @@
 
 #include "support/class_name.hpp"
 #include "support/raw_memory.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <type_traits>
 
 namespace {
 
@@ -74,7 +74,7 @@ typedef ::testing::Types<exceptions::logic_error, exceptions::out_of_range,
     all_classes;
 TYPED_TEST_SUITE(ExceptionLayout, all_classes, test_support::class_name);
 
-TYPED_TEST(ExceptionLayout, HasTheTablePointerThePlaceAndTheMessageInOrder) {
+TYPED_TEST(ExceptionLayout, HasTheTablePointerTheLocationAndTheMessageInOrder) {
     EXPECT_EQ(560u, sizeof(TypeParam));
     EXPECT_EQ(8u, alignof(TypeParam));
     const TypeParam raised("a message too long to lie inside of the string", 77, "file", "f");
@@ -88,7 +88,7 @@ TYPED_TEST(ExceptionLayout, HasTheTablePointerThePlaceAndTheMessageInOrder) {
     EXPECT_EQ(0, base_offset<exceptions::exception>(raised));
 }
 
-TYPED_TEST(ExceptionLayout, HasItsMessageBehindTheTwoSlotsOfTheDestructor) {
+TYPED_TEST(ExceptionLayout, HasItsMessageAfterTheTwoSlotsOfTheDestructor) {
     struct call {
         TEST_CALLS_SLOTS static const char* get_message(const void* object) {
             return slot<const char*(const void*)>(object, 2)(object);
@@ -105,7 +105,7 @@ TYPED_TEST(ExceptionLayout, HasItsMessageBehindTheTwoSlotsOfTheDestructor) {
     call::destroy_and_free(new TypeParam("a message too long to lie inside", 1, "file", "f"));
 }
 
-TEST(AbilityLayout, HasTheHeapMarkInFrontOfTheCount) {
+TEST(AbilityLayout, HasTheHeapMarkBeforeTheCount) {
     reference_count_pointer_ability_b counted;
     const char* const object = reinterpret_cast<const char*>(&counted);
     EXPECT_EQ(object, reinterpret_cast<const char*>(&counted.allocated));
@@ -138,7 +138,7 @@ TEST(AbilityLayout, PutsTheTablePointersOfACountedClassFirst) {
     EXPECT_EQ(0, base_offset<reference_count_pointer_ability_b>(only));
 }
 
-TEST(AbilityLayout, HasTheOperationOfCloneInterfaceBehindTheDestructor) {
+TEST(AbilityLayout, HasTheOperationOfCloneInterfaceAfterTheDestructor) {
     class item : public generic::clone_interface {
     public:
         explicit item(int* ends) : m_ends(ends) {}
@@ -187,7 +187,7 @@ TEST(DelegateLayout, HasTheObjectAndThenTheMemberFunctionInABinding) {
     EXPECT_EQ(0, base_offset<traits::function_traits<hook_signature>>(bound));
 }
 
-TEST(DelegateLayout, HasInvokeEqualAndCloneBehindTheDestructor) {
+TEST(DelegateLayout, HasInvokeEqualAndCloneAfterTheDestructor) {
     struct call {
         TEST_CALLS_SLOTS static void invoke(void* object, const char* expression,
                                             unsigned int& line) {

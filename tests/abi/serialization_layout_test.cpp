@@ -1,4 +1,13 @@
 // Sizes, offsets, bases and slots of the serialize buffers, as callers have compiled them in.
+#include <tova/serialization/labeled_text_buffer.hpp>
+#include <tova/serialization/serialize_binary_buf.hpp>
+#include <tova/serialization/serialize_text_buf.hpp>
+#include <tova/types/nil.hpp>
+
+#include "support/raw_memory.hpp"
+
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -7,15 +16,6 @@
 #include <string>
 #include <type_traits>
 #include <utility>
-
-#include <gtest/gtest.h>
-
-#include <tova/serialization/labeled_text_buffer.hpp>
-#include <tova/serialization/serialize_binary_buf.hpp>
-#include <tova/serialization/serialize_text_buf.hpp>
-#include <tova/types/nil.hpp>
-
-#include "support/raw_memory.hpp"
 
 namespace {
 
@@ -57,47 +57,48 @@ static_assert(std::has_virtual_destructor<labeled_serialize_buffer>::value, "");
 static_assert(sizeof(memory::pointers::rc_pointer<serialize_buffer>) == 8, "");
 static_assert(sizeof(memory::pointers::rc_pointer<labeled_serialize_buffer>) == 8, "");
 
-// --- Result types, which are no part of a symbol -------------------------------------------------
+// --- Result types, which are not part of a symbol
+// -------------------------------------------------
 
 template <typename Result, typename Class, typename... Arguments>
-constexpr bool gives(Result (Class::*)(Arguments...)) {
+constexpr bool returns(Result (Class::*)(Arguments...)) {
     return true;
 }
 template <typename Result, typename Class, typename... Arguments>
-constexpr bool gives(Result (Class::*)(Arguments...) const) {
+constexpr bool returns(Result (Class::*)(Arguments...) const) {
     return true;
 }
 
-static_assert(gives<const std::string&>(&serialize_buffer::as_str), "");
-static_assert(gives<signed char>(&serialize_buffer::read_int8), "");
-static_assert(gives<short>(&serialize_buffer::read_int16), "");
-static_assert(gives<int>(&serialize_buffer::read_int32), "");
-static_assert(gives<long>(&serialize_buffer::read_int64), "");
-static_assert(gives<unsigned char>(&serialize_buffer::read_uint8), "");
-static_assert(gives<unsigned short>(&serialize_buffer::read_uint16), "");
-static_assert(gives<unsigned int>(&serialize_buffer::read_uint32), "");
-static_assert(gives<unsigned long>(&serialize_buffer::read_uint64), "");
-static_assert(gives<float>(&serialize_buffer::read_float), "");
-static_assert(gives<double>(&serialize_buffer::read_double), "");
-static_assert(gives<std::string>(&serialize_buffer::read_string), "");
-static_assert(gives<serialize_buffer*>(&serialize_buffer::read_buffer), "");
-static_assert(gives<bool>(&serialize_buffer::at_end), "");
-static_assert(gives<void>(&serialize_buffer::reset_read), "");
-static_assert(gives<serialize_buffer*>(&serialize_buffer::create), "");
-static_assert(gives<serialize_buffer*>(&serialize_buffer::clone), "");
-static_assert(gives<serialize_buffer*>(&serialize_text_buf::read_buffer), "");
-static_assert(gives<serialize_buffer*>(&serialize_binary_buf::clone), "");
+static_assert(returns<const std::string&>(&serialize_buffer::as_str), "");
+static_assert(returns<signed char>(&serialize_buffer::read_int8), "");
+static_assert(returns<short>(&serialize_buffer::read_int16), "");
+static_assert(returns<int>(&serialize_buffer::read_int32), "");
+static_assert(returns<long>(&serialize_buffer::read_int64), "");
+static_assert(returns<unsigned char>(&serialize_buffer::read_uint8), "");
+static_assert(returns<unsigned short>(&serialize_buffer::read_uint16), "");
+static_assert(returns<unsigned int>(&serialize_buffer::read_uint32), "");
+static_assert(returns<unsigned long>(&serialize_buffer::read_uint64), "");
+static_assert(returns<float>(&serialize_buffer::read_float), "");
+static_assert(returns<double>(&serialize_buffer::read_double), "");
+static_assert(returns<std::string>(&serialize_buffer::read_string), "");
+static_assert(returns<serialize_buffer*>(&serialize_buffer::read_buffer), "");
+static_assert(returns<bool>(&serialize_buffer::at_end), "");
+static_assert(returns<void>(&serialize_buffer::reset_read), "");
+static_assert(returns<serialize_buffer*>(&serialize_buffer::create), "");
+static_assert(returns<serialize_buffer*>(&serialize_buffer::clone), "");
+static_assert(returns<serialize_buffer*>(&serialize_text_buf::read_buffer), "");
+static_assert(returns<serialize_buffer*>(&serialize_binary_buf::clone), "");
 
-static_assert(gives<const std::string&>(&labeled_serialize_buffer::as_str), "");
-static_assert(gives<bool>(&labeled_serialize_buffer::add_value), "");
-static_assert(gives<labeled_serialize_buffer*>(&labeled_serialize_buffer::create_group), "");
-static_assert(gives<bool>(&labeled_serialize_buffer::has_label), "");
-static_assert(gives<bool>(&labeled_serialize_buffer::has_value), "");
-static_assert(gives<bool>(&labeled_serialize_buffer::has_group), "");
-static_assert(gives<bool>(&labeled_serialize_buffer::is_empty), "");
-static_assert(gives<variant>(&labeled_serialize_buffer::retrieve_value), "");
-static_assert(gives<labeled_serialize_buffer*>(&labeled_serialize_buffer::create), "");
-static_assert(gives<labeled_serialize_buffer*>(&labeled_serialize_buffer::clone), "");
+static_assert(returns<const std::string&>(&labeled_serialize_buffer::as_str), "");
+static_assert(returns<bool>(&labeled_serialize_buffer::add_value), "");
+static_assert(returns<labeled_serialize_buffer*>(&labeled_serialize_buffer::create_group), "");
+static_assert(returns<bool>(&labeled_serialize_buffer::has_label), "");
+static_assert(returns<bool>(&labeled_serialize_buffer::has_value), "");
+static_assert(returns<bool>(&labeled_serialize_buffer::has_group), "");
+static_assert(returns<bool>(&labeled_serialize_buffer::is_empty), "");
+static_assert(returns<variant>(&labeled_serialize_buffer::retrieve_value), "");
+static_assert(returns<labeled_serialize_buffer*>(&labeled_serialize_buffer::create), "");
+static_assert(returns<labeled_serialize_buffer*>(&labeled_serialize_buffer::clone), "");
 
 // --- Bases and fields ----------------------------------------------------------------------------
 
@@ -118,7 +119,7 @@ std::size_t size_at(const void* object, std::size_t offset) {
     return reinterpret_cast<std::size_t>(pointer_at(object, offset));
 }
 
-TEST(SerializationLayout, BasesStandInTheirOrder) {
+TEST(SerializationLayout, BasesAreInOrder) {
     typedef reference_count_pointer_ability<serialize_buffer> counted;
     typedef reference_count_pointer_ability<labeled_serialize_buffer> counted_tree;
     serialize_text_buf text;
@@ -169,29 +170,29 @@ TEST(SerializationLayout, ATreeIsItsEntriesAndItsText) {
 
 // --- Slots -------------------------------------------------------------------------------------
 
-// Notes the operation that was reached, and answers with the number of its slot.
-class noting_buffer : public serialize_buffer {
+// Records the operation that was reached, and returns the number of its slot.
+class recording_buffer : public serialize_buffer {
 public:
-    ~noting_buffer() TOVA_NOTHROW override { ++destroyed; }
-    serialize_buffer& assign(const serialize_buffer&) override { return note(2); }
-    serialize_buffer& assign(const std::string&) override { return note(3); }
-    serialize_buffer& assign(const char*, int) override { return note(4); }
+    ~recording_buffer() TOVA_NOTHROW override { ++destroyed; }
+    serialize_buffer& assign(const serialize_buffer&) override { return record(2); }
+    serialize_buffer& assign(const std::string&) override { return record(3); }
+    serialize_buffer& assign(const char*, int) override { return record(4); }
     const std::string& as_str() const override {
-        note(5);
+        record(5);
         return text;
     }
-    void append_int8(const signed char&) override { note(6); }
-    void append_int16(const short&) override { note(7); }
-    void append_int32(const int&) override { note(8); }
-    void append_int64(const long&) override { note(9); }
-    void append_uint8(const unsigned char&) override { note(10); }
-    void append_uint16(const unsigned short&) override { note(11); }
-    void append_uint32(const unsigned int&) override { note(12); }
-    void append_uint64(const unsigned long&) override { note(13); }
-    void append_float(const float&, const unsigned int&) override { note(14); }
-    void append_double(const double&, const unsigned int&) override { note(15); }
-    void append_string(const std::string&) override { note(16); }
-    void append_buffer(const serialize_buffer&) override { note(17); }
+    void append_int8(const signed char&) override { record(6); }
+    void append_int16(const short&) override { record(7); }
+    void append_int32(const int&) override { record(8); }
+    void append_int64(const long&) override { record(9); }
+    void append_uint8(const unsigned char&) override { record(10); }
+    void append_uint16(const unsigned short&) override { record(11); }
+    void append_uint32(const unsigned int&) override { record(12); }
+    void append_uint64(const unsigned long&) override { record(13); }
+    void append_float(const float&, const unsigned int&) override { record(14); }
+    void append_double(const double&, const unsigned int&) override { record(15); }
+    void append_string(const std::string&) override { record(16); }
+    void append_buffer(const serialize_buffer&) override { record(17); }
     signed char read_int8() const override { return number<signed char>(18); }
     short read_int16() const override { return number<short>(19); }
     int read_int32() const override { return number<int>(20); }
@@ -203,41 +204,41 @@ public:
     float read_float() const override { return number<float>(26); }
     double read_double() const override { return number<double>(27); }
     std::string read_string() const override {
-        note(28);
+        record(28);
         return text;
     }
-    serialize_buffer* read_buffer() const override { return &note(29); }
+    serialize_buffer* read_buffer() const override { return &record(29); }
     bool at_end() const override { return number<int>(30) != 0; }
-    void reset_read() const override { note(31); }
-    serialize_buffer* create() const override { return &note(32); }
-    serialize_buffer* clone() const override { return &note(33); }
+    void reset_read() const override { record(31); }
+    serialize_buffer* create() const override { return &record(32); }
+    serialize_buffer* clone() const override { return &record(33); }
 
     std::string text = "text";
     mutable int reached = 0;
     static int destroyed;
 
 private:
-    noting_buffer& note(int number) const {
+    recording_buffer& record(int number) const {
         reached = number;
-        return const_cast<noting_buffer&>(*this);
+        return const_cast<recording_buffer&>(*this);
     }
     template <typename Number>
     Number number(int slot_number) const {
-        note(slot_number);
+        record(slot_number);
         return static_cast<Number>(slot_number);
     }
 };
 
-int noting_buffer::destroyed = 0;
+int recording_buffer::destroyed = 0;
 
-// Calls a slot by its number, as compiled code does, and tells the operation that it reached.
+// Calls a slot by its number, as compiled code does.
 template <typename Result, typename... Arguments>
 Result call(const void* object, std::size_t number, Arguments... arguments) {
     return slot<Result(const void*, Arguments...)>(object, number)(object, arguments...);
 }
 
-TEST(SerializationSlots, OfASequenceStandInTheirOrder) {
-    noting_buffer buffer;
+TEST(SerializationSlots, OfASequenceAreInOrder) {
+    recording_buffer buffer;
     serialize_buffer* const self = &buffer;
     const void* const raw = self;
     const std::string text("x");
@@ -309,9 +310,9 @@ TEST(SerializationSlots, OfASequenceStandInTheirOrder) {
     EXPECT_EQ(33, buffer.reached);
 }
 
-// The same through the base class, as other modules call a user's own class.
+// The same through the base class, which is how other modules call a class of a user.
 TEST(SerializationSlots, OfASequenceAreReachedThroughTheBase) {
-    noting_buffer own;
+    recording_buffer own;
     const serialize_buffer& constant = own;
     serialize_text_buf text(constant);
     EXPECT_EQ(5, own.reached);
@@ -327,29 +328,29 @@ TEST(SerializationSlots, OfASequenceAreReachedThroughTheBase) {
 
 template <typename Buffer>
 void expect_destructor_slots() {
-    // Slot 0 destroys, slot 1 destroys and frees.
+    // Slot 0 destroys the object, slot 1 also frees it.
     void* const memory = std::malloc(sizeof(Buffer));
     const void* const object = new (memory) Buffer;
-    noting_buffer::destroyed = 0;
+    recording_buffer::destroyed = 0;
     call<void>(object, 0);
     std::free(memory);
-    EXPECT_EQ((std::is_same<Buffer, noting_buffer>::value ? 1 : 0), noting_buffer::destroyed);
+    EXPECT_EQ((std::is_same<Buffer, recording_buffer>::value ? 1 : 0), recording_buffer::destroyed);
     call<void>(new Buffer, 1);
-    // The second table has the destructor alone, and finds the way back to the whole object.
+    // The second table has only the destructor, which finds its way back to the whole object.
     Buffer* const made = new Buffer;
     const void* const second = static_cast<const clone_ability*>(made);
     slot<void(const void*)>(second, 1)(second);
 }
 
 TEST(SerializationSlots, BeginWithTheDestructor) {
-    expect_destructor_slots<noting_buffer>();
-    EXPECT_EQ(3, noting_buffer::destroyed);
+    expect_destructor_slots<recording_buffer>();
+    EXPECT_EQ(3, recording_buffer::destroyed);
     expect_destructor_slots<serialize_text_buf>();
     expect_destructor_slots<serialize_binary_buf>();
     expect_destructor_slots<labeled_text_buffer>();
 }
 
-// A few slots of our own encodings, to both sides of each kind of operation.
+// A few slots of both encodings, from each kind of operation.
 TEST(SerializationSlots, OfTheEncodingsAreThoseOfTheBase) {
     const serialize_text_buf text;
     const serialize_binary_buf binary;
@@ -375,48 +376,48 @@ TEST(SerializationSlots, OfTheEncodingsAreThoseOfTheBase) {
     }
 }
 
-class noting_tree : public labeled_serialize_buffer {
+class recording_tree : public labeled_serialize_buffer {
 public:
-    labeled_serialize_buffer& assign(const labeled_serialize_buffer&) override { return note(2); }
-    labeled_serialize_buffer& assign(const std::string&) override { return note(3); }
-    labeled_serialize_buffer& assign(const char*, int) override { return note(4); }
+    labeled_serialize_buffer& assign(const labeled_serialize_buffer&) override { return record(2); }
+    labeled_serialize_buffer& assign(const std::string&) override { return record(3); }
+    labeled_serialize_buffer& assign(const char*, int) override { return record(4); }
     const std::string& as_str() const override {
-        note(5);
+        record(5);
         return text;
     }
-    bool add_value(const std::string&, const variant&) override { return truth(6); }
-    labeled_serialize_buffer* create_group(const std::string&) override { return &note(7); }
-    bool has_label(const std::string&) const override { return truth(8); }
-    bool has_value(const std::string&) const override { return truth(9); }
-    bool has_group(const std::string&) const override { return truth(10); }
-    bool is_empty() const override { return truth(11); }
+    bool add_value(const std::string&, const variant&) override { return flag(6); }
+    labeled_serialize_buffer* create_group(const std::string&) override { return &record(7); }
+    bool has_label(const std::string&) const override { return flag(8); }
+    bool has_value(const std::string&) const override { return flag(9); }
+    bool has_group(const std::string&) const override { return flag(10); }
+    bool is_empty() const override { return flag(11); }
     variant retrieve_value(const std::string&) const override {
-        note(12);
+        record(12);
         return variant(12);
     }
     const labeled_serialize_buffer* retrieve_group(const std::string&) const override {
-        return &note(13);
+        return &record(13);
     }
-    labeled_serialize_buffer* retrieve_group(const std::string&) override { return &note(14); }
-    labeled_serialize_buffer* create() const override { return &note(15); }
-    labeled_serialize_buffer* clone() const override { return &note(16); }
+    labeled_serialize_buffer* retrieve_group(const std::string&) override { return &record(14); }
+    labeled_serialize_buffer* create() const override { return &record(15); }
+    labeled_serialize_buffer* clone() const override { return &record(16); }
 
     std::string text = "text";
     mutable int reached = 0;
 
 private:
-    noting_tree& note(int number) const {
+    recording_tree& record(int number) const {
         reached = number;
-        return const_cast<noting_tree&>(*this);
+        return const_cast<recording_tree&>(*this);
     }
-    bool truth(int number) const {
-        note(number);
+    bool flag(int number) const {
+        record(number);
         return true;
     }
 };
 
-TEST(SerializationSlots, OfATreeStandInTheirOrder) {
-    noting_tree tree;
+TEST(SerializationSlots, OfATreeAreInOrder) {
+    recording_tree tree;
     labeled_serialize_buffer* const self = &tree;
     const void* const raw = self;
     const std::string label("x");
@@ -470,8 +471,8 @@ TEST(SerializationSlots, OfATreeAsTextEndWithTheAssignmentOfItsOwnClass) {
     EXPECT_EQ(5, (call<variant, const std::string&>(&target, 12, label).as_int()));
     EXPECT_EQ("1\001n\0011\0015\001", call<const std::string&>(&target, 5));
 
-    // And a subclass is called there.
-    struct noting : labeled_text_buffer {
+    // A derived class is called through that slot.
+    struct recording : labeled_text_buffer {
         using labeled_text_buffer::assign;
         labeled_text_buffer& assign(const labeled_text_buffer&) override {
             reached = true;

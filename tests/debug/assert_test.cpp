@@ -1,5 +1,13 @@
 #include <tova/debug/assert.hpp>
 
+#include "debug/assertion.hpp"
+#include "support/child_process.hpp"
+#include "support/counting_function.hpp"
+#include "support/failing_allocation.hpp"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -7,18 +15,9 @@
 #include <stdexcept>
 #include <string>
 
-#include <unistd.h>
-
-#include <gtest/gtest.h>
-
-#include "debug/assertion.hpp"
-#include "support/child_process.hpp"
-#include "support/counting_function.hpp"
-#include "support/failing_allocation.hpp"
-
 namespace {
 
-using namespace TOVA_2_18;
+using namespace tova;
 using debug::is_assert_hook_set;
 using debug::set_assert_hook;
 using debug::_private::____________________ASSERT____________________;
@@ -40,7 +39,7 @@ struct heard {
     unsigned int line = 0;
 };
 
-// Keeps what it is called with, and may write to the line or throw.
+// Records its arguments, writes to the line, and throws if told to.
 class recording_hook : public hook_function {
 public:
     explicit recording_hook(heard& record) : m_record(&record) {}
@@ -81,7 +80,7 @@ TEST_F(Assert, HasNoHookAtLoad) {
     EXPECT_FALSE(s_hook_set_at_load);
 }
 
-TEST_F(Assert, TellsWhetherAHookIsInstalled) {
+TEST_F(Assert, ReportsWhetherAHookIsInstalled) {
     EXPECT_FALSE(is_assert_hook_set());
     listen();
     EXPECT_TRUE(is_assert_hook_set());
@@ -91,7 +90,7 @@ TEST_F(Assert, TellsWhetherAHookIsInstalled) {
     EXPECT_FALSE(is_assert_hook_set());
 }
 
-TEST_F(Assert, TakesAnEmptyDelegateAsNoHook) {
+TEST_F(Assert, TreatsAnEmptyDelegateAsNoHook) {
     listen();
     set_assert_hook(hook_delegate());
     EXPECT_FALSE(is_assert_hook_set());
@@ -140,7 +139,7 @@ TEST_F(Assert, DeletesTheOldHookOnceAndBeforeItClonesTheNewOne) {
     EXPECT_EQ("delete second''; ", log);
 }
 
-TEST_F(Assert, HasNoHookBehindAFailedClone) {
+TEST_F(Assert, HasNoHookAfterAFailedClone) {
     class failing_hook : public recording_hook {
     public:
         failing_hook(heard& record, int& clones) : recording_hook(record), m_clones(&clones) {}
@@ -160,7 +159,7 @@ TEST_F(Assert, HasNoHookBehindAFailedClone) {
     EXPECT_FALSE(is_assert_hook_set());
 }
 
-TEST_F(Assert, GivesTheHookExpressionFileAndLine) {
+TEST_F(Assert, PassesExpressionFileAndLineToTheHook) {
     listen();
     const char expression[] = "k <= length";
     const char file[] = "strings/unicode";
@@ -171,7 +170,7 @@ TEST_F(Assert, GivesTheHookExpressionFileAndLine) {
     EXPECT_EQ(353u, record.line);
 }
 
-TEST_F(Assert, PassesNullTextsOn) {
+TEST_F(Assert, PassesNullPointersOn) {
     listen();
     ____________________ASSERT____________________(nullptr, nullptr, 0, nullptr);
     EXPECT_EQ(1, record.calls);
@@ -179,7 +178,7 @@ TEST_F(Assert, PassesNullTextsOn) {
     EXPECT_EQ(nullptr, record.file);
 }
 
-TEST_F(Assert, LosesWhatTheHookWritesToTheLine) {
+TEST_F(Assert, IgnoresWhatTheHookWritesToTheLine) {
     listen();
     unsigned int line = 4294967295u;
     ____________________ASSERT____________________("e", "f", line, "g");
@@ -193,7 +192,7 @@ TEST_F(Assert, LosesWhatTheHookWritesToTheLine) {
     EXPECT_EQ(3, record.calls);
 }
 
-TEST_F(Assert, InterpretsNoFormatInItsExpression) {
+TEST_F(Assert, DoesNotTreatTheExpressionAsAFormat) {
     listen();
     ____________________ASSERT____________________("100 %s %n %d", "f", 1, "g");
     EXPECT_EQ("100 %s %n %d", record.expression);
@@ -201,7 +200,7 @@ TEST_F(Assert, InterpretsNoFormatInItsExpression) {
     EXPECT_EQ("100 %s %n %d : 5", record.expression);
 }
 
-TEST_F(Assert, LetsTheExceptionOfAHookLeaveTheAssertion) {
+TEST_F(Assert, PropagatesAnExceptionFromTheHook) {
     listen(true);
     EXPECT_THROW(____________________ASSERT____________________("e", "f", 1, "g"),
                  std::runtime_error);
@@ -223,7 +222,7 @@ TEST_F(Assert, DoesNothingWithoutAHook) {
     EXPECT_EQ("", result.output);
 }
 
-TEST_F(Assert, AllocatesNothingOfItsOwn) {
+TEST_F(Assert, AllocatesNothing) {
     unsigned long before = test_support::allocations();
     ____________________ASSERT____________________("e", "f", 1, "g");
     _______________CONTEXT__ASSERT________________("e", "f", 1, "g", "%200d %s", 1, "context");
@@ -242,7 +241,7 @@ TEST_F(Assert, AllocatesNothingOfItsOwn) {
     EXPECT_EQ(before, test_support::allocations());
 }
 
-TEST_F(Assert, DoesNothingNatively) {
+TEST_F(Assert, NativeAssertDoesNothing) {
     listen();
     unsigned int line = 5;
     native_assert("e", "f", line, "g");
@@ -251,7 +250,7 @@ TEST_F(Assert, DoesNothingNatively) {
     EXPECT_EQ(0, record.calls);
 }
 
-TEST_F(Assert, ComposesExpressionAndContext) {
+TEST_F(Assert, JoinsExpressionAndContext) {
     listen();
     const char file[] = "file";
     _______________CONTEXT__ASSERT________________("a < b", file, 12, "g", "a=%d b=%s %c", 7,
@@ -265,20 +264,20 @@ TEST_F(Assert, ComposesExpressionAndContext) {
     EXPECT_EQ("e : ", record.expression);
 }
 
-TEST_F(Assert, ComposesTheSeparatorAloneForANullFormat) {
+TEST_F(Assert, AppendsOnlyTheSeparatorForANullFormat) {
     listen();
     _______________CONTEXT__ASSERT________________("e", "f", 1, "g", static_cast<char*>(nullptr));
     EXPECT_EQ("e : ", record.expression);
 }
 
-TEST_F(Assert, CutsTheComposedTextAt255Characters) {
+TEST_F(Assert, CutsExpressionAndContextAt255Characters) {
     listen();
     const std::string context(300, 'c');
     _______________CONTEXT__ASSERT________________("e", "f", 1, "g", "%s", context.c_str());
     EXPECT_EQ("e : " + std::string(251, 'c'), record.expression);
 }
 
-TEST_F(Assert, HasNoRoomForContextFromAnExpressionOf252CharactersOn) {
+TEST_F(Assert, HasNoRoomForContextAfterAnExpressionOf252Characters) {
     listen();
     const struct {
         std::size_t length;
@@ -323,7 +322,7 @@ private:
 };
 int throwing_end::s_clones = 0;
 
-TEST_F(Assert, EndsTheProcessWhenTheEndOfAHookThrows) {
+TEST_F(Assert, TerminatesTheProcessWhenTheDestructorOfAHookThrows) {
     for (bool by_nil : {false, true}) {
         SCOPED_TRACE(by_nil);
         const auto result = test_support::run_in_child([by_nil] {
@@ -341,8 +340,8 @@ TEST_F(Assert, EndsTheProcessWhenTheEndOfAHookThrows) {
     }
 }
 
-// Runs behind the end of all static objects: registered before any library is initialised, and for
-// no object file in particular.
+// Runs after all static objects have been destroyed: it is registered before any library is
+// initialized, and for no object file in particular.
 bool s_report_at_the_end = false;
 
 extern "C" int __cxa_atexit(void (*function)(void*), void* argument, void* object_file);
@@ -371,7 +370,7 @@ public:
     recording_hook* do_clone() const override { return new last_words(*this); }
 };
 
-TEST_F(Assert, DeletesItsHookAtTheEndOfTheProcessAndIsEmptyFromThenOn) {
+TEST_F(Assert, DeletesTheHookAtProcessExitAndHasNoneFromThenOn) {
     const auto result = test_support::run_in_child([] {
         static heard late;
         set_assert_hook(hook_delegate(last_words(late)));
@@ -383,7 +382,7 @@ TEST_F(Assert, DeletesItsHookAtTheEndOfTheProcessAndIsEmptyFromThenOn) {
     EXPECT_EQ("deleted, empty", result.output);
 }
 
-TEST_F(Assert, ReportsThroughTheMacrosOnlyWhatDoesNotHold) {
+TEST_F(Assert, MacrosReportOnlyFalseConditions) {
     listen();
     int evaluated = 0;
     TOVA_ASSERT(++evaluated == 1);
@@ -404,7 +403,7 @@ TEST_F(Assert, ReportsThroughTheMacrosOnlyWhatDoesNotHold) {
     EXPECT_EQ(3, record.calls);
 }
 
-TEST_F(Assert, ReportsInternalChecksFromTheirPublishedPlace) {
+TEST_F(Assert, ReportsInternalChecksWithTheirPublishedLocation) {
     listen();
     debug::detail::check(true, "k <= length", "strings/unicode", 353, "signature");
     EXPECT_EQ(0, record.calls);

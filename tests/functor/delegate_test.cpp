@@ -1,12 +1,5 @@
 #include <tova/functor/delegate.hpp>
 
-#include <new>
-#include <stdexcept>
-#include <string>
-#include <type_traits>
-
-#include <gtest/gtest.h>
-
 #include <tova/functor/member_function.hpp>
 #include <tova/strings/ustring.hpp>
 
@@ -14,9 +7,16 @@
 #include "support/counting_function.hpp"
 #include "support/raw_memory.hpp"
 
+#include <gtest/gtest.h>
+
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+
 namespace {
 
-using namespace TOVA_2_18;
+using namespace tova;
 using functor::delegate_t;
 using functor::member_function_t;
 using strings::ustring8;
@@ -45,7 +45,7 @@ TEST_F(Delegate, IsOnePointerWideAndEmptyAtFirst) {
     empty.invoke();
 }
 
-TEST_F(Delegate, AnswersWithADefaultValueWhenEmpty) {
+TEST_F(Delegate, ReturnsADefaultValueWhenEmpty) {
     delegate_t<int(int)> number;
     EXPECT_EQ(0, number.invoke(5));
     delegate_t<std::string()> text;
@@ -81,7 +81,7 @@ TEST_F(Delegate, SharesNoFunctionObjectWithItsCopy) {
     EXPECT_EQ("delete f''; ", log);
 }
 
-TEST_F(Delegate, IsEmptyAsACopyOfAnEmptyOne) {
+TEST_F(Delegate, CopiesOfAnEmptyOneAreEmpty) {
     const delegate_t<void()> empty;
     const delegate_t<void()> copied(empty);
     EXPECT_TRUE(copied.is_empty());
@@ -116,7 +116,7 @@ TEST_F(Delegate, IsEmptyWhenAssignedToItself) {
     EXPECT_EQ("delete f'; ", log);
 }
 
-// Clones once, into a delegate; a clone of the clone fails.
+// Can be cloned once, into a delegate; cloning the clone fails.
 class failing : public counting {
 public:
     failing(std::string& log, bool fails) : counting(log, "failing"), m_log(&log), m_fails(fails) {}
@@ -131,7 +131,7 @@ private:
     bool m_fails;
 };
 
-TEST_F(Delegate, IsEmptyBehindAFailedClone) {
+TEST_F(Delegate, IsEmptyAfterAFailedClone) {
     const delegate_t<void()> source(failing(log, false));
     delegate_t<void()> target(counting(log, "f"));
     EXPECT_THROW(target = source, std::runtime_error);
@@ -142,7 +142,7 @@ TEST_F(Delegate, IsEmptyBehindAFailedClone) {
     EXPECT_THROW(delegate_t<void()>{source}, std::runtime_error);
 }
 
-TEST_F(Delegate, StaysCallableWhenTheBindingItWasMadeFromHasGone) {
+TEST_F(Delegate, StaysCallableAfterTheBindingItWasMadeFromIsDestroyed) {
     calculator sum(10);
     delegate_t<int(int)> delegate;
     delegate = member_function_t<calculator, int(int)>(&sum, &calculator::add);
@@ -180,7 +180,7 @@ TEST_F(Delegate, PassesReferencesAndResultsThrough) {
     EXPECT_EQ(5, value);
 }
 
-TEST_F(Delegate, LetsExceptionsOfTheCallPass) {
+TEST_F(Delegate, PropagatesExceptionsOfTheCall) {
     class thrower : public functor::function_type_interface<void()> {
     public:
         void invoke() override { throw std::runtime_error("call"); }
@@ -192,7 +192,7 @@ TEST_F(Delegate, LetsExceptionsOfTheCallPass) {
     EXPECT_FALSE(delegate.is_empty());
 }
 
-TEST_F(Delegate, ReadsAsNullBehindItsEnd) {
+TEST_F(Delegate, ReadsAsNullAfterItsDestructor) {
     typedef delegate_t<void()> delegate;
     alignas(delegate) unsigned char memory[sizeof(delegate)];
     delegate* const made = new (memory) delegate(counting(log, "f"));
@@ -226,7 +226,7 @@ private:
     bool m_throws;
 };
 
-TEST_F(Delegate, EndsTheProcessWhenTheEndOfAFunctionObjectThrows) {
+TEST_F(Delegate, TerminatesTheProcessWhenTheDestructorOfAFunctionObjectThrows) {
     for (bool by_assignment : {false, true}) {
         SCOPED_TRACE(by_assignment);
         const auto result = test_support::run_in_child([by_assignment] {
@@ -240,7 +240,7 @@ TEST_F(Delegate, EndsTheProcessWhenTheEndOfAFunctionObjectThrows) {
     }
 }
 
-TEST_F(Delegate, ServesTheSignaturesOfTheLibrary) {
+TEST_F(Delegate, WorksWithTheSignaturesOfTheLibrary) {
     test_support::counting_function<void(const ustring8&)> one(log, "one");
     test_support::counting_function<void(const ustring8&, const ustring8&)> two(log, "two");
     test_support::counting_function<void(const char*, const char*, unsigned int&)> hook(log,

@@ -1,14 +1,14 @@
 #include <tova/functor/function_type_interface.hpp>
 
-#include <type_traits>
-
 #include <gtest/gtest.h>
+
+#include <type_traits>
 
 namespace {
 
-using TOVA_2_18::functor::function_type_interface;
-using TOVA_2_18::generic::abilities::clone_ability;
-using TOVA_2_18::traits::function_traits;
+using tova::functor::function_type_interface;
+using tova::generic::abilities::clone_ability;
+using tova::traits::function_traits;
 
 class doubler : public function_type_interface<int(int)> {
 public:
@@ -24,7 +24,7 @@ private:
     int* m_deleted;
 };
 
-TEST(FunctionTypeInterface, IsAnAbstractCloneableWithTheTraitsOfItsSignature) {
+TEST(FunctionTypeInterface, IsAbstractAndCloneableAndHasTheTraitsOfItsSignature) {
     typedef function_type_interface<int(int)> interface;
     EXPECT_TRUE(std::is_abstract<interface>::value);
     EXPECT_TRUE(std::is_nothrow_destructible<interface>::value);

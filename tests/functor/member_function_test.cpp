@@ -1,14 +1,14 @@
 #include <tova/functor/member_function.hpp>
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <string>
 
-#include <gtest/gtest.h>
-
 namespace {
 
-using TOVA_2_18::functor::function_type_interface;
-using TOVA_2_18::functor::member_function_t;
+using tova::functor::function_type_interface;
+using tova::functor::member_function_t;
 
 class writer {
 public:
@@ -52,7 +52,7 @@ TEST(MemberFunction, CallsThroughItsBase) {
     EXPECT_EQ("ba", target.text());
 }
 
-TEST(MemberFunction, CallsVirtualFunctionsByTheirOverride) {
+TEST(MemberFunction, CallsTheOverrideOfAVirtualFunction) {
     struct base {
         virtual ~base() {}
         virtual int number(int value) { return value; }
@@ -65,7 +65,7 @@ TEST(MemberFunction, CallsVirtualFunctionsByTheirOverride) {
     EXPECT_EQ(40, bound.invoke(4));
 }
 
-TEST(MemberFunction, EqualsABindingOfTheSameFunctionAndObject) {
+TEST(MemberFunction, IsEqualToABindingOfTheSameFunctionAndObject) {
     writer target;
     const binding append(&target, &writer::append);
     EXPECT_TRUE(append.do_equal(append));
@@ -97,13 +97,13 @@ TEST(MemberFunction, DiffersFromEveryOtherClassOfFunctionObjects) {
     EXPECT_FALSE(append.do_equal(derived(&target, &writer::append)));
 }
 
-TEST(MemberFunction, TakesTwoNullFunctionsForEqual) {
+TEST(MemberFunction, TreatsTwoNullFunctionsAsEqual) {
     writer target;
     EXPECT_TRUE(binding(&target, nullptr).do_equal(binding(&target, nullptr)));
     EXPECT_TRUE(binding(nullptr, nullptr).do_equal(binding(nullptr, nullptr)));
 }
 
-TEST(MemberFunction, ClonesToAnEqualBindingOfTheSameObject) {
+TEST(MemberFunction, HasClonesThatAreEqualAndCallTheSameObject) {
     writer target;
     owned first;
     owned second;

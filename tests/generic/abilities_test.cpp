@@ -1,24 +1,24 @@
 #include <tova/generic/abilities.hpp>
 
+#include <tova/generic/clone_interface.hpp>
+
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <type_traits>
 #include <utility>
 
-#include <gtest/gtest.h>
-
-#include <tova/generic/clone_interface.hpp>
-
 namespace {
 
-using namespace TOVA_2_18::generic::abilities;
-using TOVA_2_18::generic::clone_interface;
+using namespace tova::generic::abilities;
+using tova::generic::clone_interface;
 
 class counted : public reference_count_pointer_ability<counted> {
 public:
     int value = 1;
 };
 
-TEST(Abilities, StartWithoutMarkAndHolders) {
+TEST(Abilities, StartWithoutHeapMarkAndHolders) {
     EXPECT_FALSE(alloc_detection_ability().allocated);
     const reference_count_pointer_ability_b base;
     EXPECT_FALSE(base.allocated);
@@ -28,7 +28,7 @@ TEST(Abilities, StartWithoutMarkAndHolders) {
     EXPECT_EQ(0u, item.count);
 }
 
-TEST(Abilities, GiveACopyNeitherMarkNorHolders) {
+TEST(Abilities, AreNotCopiedWithTheObject) {
     counted source;
     source.allocated = true;
     source.count = 3;
@@ -49,7 +49,7 @@ TEST(Abilities, GiveACopyNeitherMarkNorHolders) {
     EXPECT_FALSE(alloc_detection_ability(as_base).allocated);
 }
 
-TEST(Abilities, LeaveMarkAndHoldersAloneInAnAssignment) {
+TEST(Abilities, AreNotAssignedWithTheObject) {
     counted held;
     held.allocated = true;
     held.count = 3;
@@ -71,7 +71,7 @@ TEST(Abilities, LeaveMarkAndHoldersAloneInAnAssignment) {
     EXPECT_EQ(0u, fresh.count);
 }
 
-TEST(Abilities, OfCountingAreNotPolymorphic) {
+TEST(Abilities, ForCountingAreNotPolymorphic) {
     EXPECT_FALSE(std::is_polymorphic<alloc_detection_ability>::value);
     EXPECT_FALSE(std::is_polymorphic<reference_count_pointer_ability_b>::value);
     EXPECT_FALSE(std::is_polymorphic<reference_count_pointer_ability<counted>>::value);
@@ -82,7 +82,7 @@ TEST(Abilities, OfCountingAreNotPolymorphic) {
     EXPECT_TRUE(std::is_nothrow_destructible<counted>::value);
 }
 
-TEST(Abilities, ThatMarkAClassGiveItACommonTypeForACheckedDowncast) {
+TEST(Abilities, ThatMarkAClassAllowACheckedDowncastToIt) {
     struct tool : create_ability, clone_ability {
         explicit tool(bool& end) : gone(&end) {}
         ~tool() TOVA_NOTHROW override { *gone = true; }

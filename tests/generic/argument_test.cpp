@@ -1,23 +1,23 @@
 #include <tova/generic/argument.hpp>
 
+#include <tova/generic/varg_list.hpp>
+#include <tova/types/nil.hpp>
+
+#include <gtest/gtest.h>
+
 #include <sstream>
 #include <string>
 #include <typeinfo>
 
-#include <gtest/gtest.h>
-
-#include <tova/generic/varg_list.hpp>
-#include <tova/types/nil.hpp>
-
 namespace {
 
-using TOVA_2_18::generic::argument;
-using TOVA_2_18::generic::varg_list;
-using TOVA_2_18::strings::ustring16;
-using TOVA_2_18::strings::ustring8;
-using TOVA_2_18::types::nil;
-using TOVA_2_18::types::nil_t;
-using TOVA_2_18::types::variant;
+using tova::generic::argument;
+using tova::generic::varg_list;
+using tova::strings::ustring16;
+using tova::strings::ustring8;
+using tova::types::nil;
+using tova::types::nil_t;
+using tova::types::variant;
 
 TEST(Argument, IsUnnamedAndNilByDefaultAndFromNil) {
     for (const argument& each : {argument(), argument(nil),
@@ -31,7 +31,7 @@ TEST(Argument, IsUnnamedAndNilByDefaultAndFromNil) {
     }
 }
 
-TEST(Argument, IsMadeFromAnyValueThatAVariantTakes) {
+TEST(Argument, IsMadeFromAnyValueThatAVariantAccepts) {
     const struct {
         argument made;
         const std::type_info* type;
@@ -44,7 +44,7 @@ TEST(Argument, IsMadeFromAnyValueThatAVariantTakes) {
         {argument(ustring8("text")), &typeid(ustring8), "text"},
         {argument(std::string("text")), &typeid(std::string), "text"},
         {argument(ustring16{'a'}), &typeid(ustring16), "a"},
-        {argument(L"wide"), &typeid(TOVA_2_18::strings::ustring32), "wide"},
+        {argument(L"wide"), &typeid(tova::strings::ustring32), "wide"},
         {argument(std::wstring(L"wide")), &typeid(std::wstring), "wide"},
         {argument(variant(3u)), &typeid(unsigned), "3"},
     };
@@ -61,14 +61,14 @@ std::string text_of(const argument& given) {
     return given.value().as_string();
 }
 
-TEST(Argument, PassesValuesStraightIntoAParameter) {
+TEST(Argument, ConvertsValuesThatArePassedAsAParameter) {
     EXPECT_EQ("5", text_of(5));
     EXPECT_EQ("text", text_of("text"));
     EXPECT_EQ("text", text_of(std::string("text")));
     EXPECT_EQ("", text_of(nil));
 }
 
-TEST(Argument, CarriesNameAndValue) {
+TEST(Argument, HasANameAndAValue) {
     const argument made("name", 7);
     EXPECT_EQ("name", made.name());
     EXPECT_TRUE(made.has_name());
@@ -79,7 +79,7 @@ TEST(Argument, CarriesNameAndValue) {
 }
 
 TEST(Argument, SharesTheBodyOfItsValueWithItsCopies) {
-    // The mark of a wide string holds the address of the stored value.
+    // A wide string prints as the address of the stored value.
     const auto printed = [](const argument& given) {
         std::ostringstream stream;
         stream << given.value();
@@ -98,7 +98,7 @@ TEST(Argument, SharesTheBodyOfItsValueWithItsCopies) {
     EXPECT_NE(printed(value), printed(variant(std::wstring(L"shared"))));
 }
 
-TEST(Argument, IsSomethingWithANameThoughItsValueIsNil) {
+TEST(Argument, IsNotNilWithANameAlthoughItsValueIsNil) {
     const argument named("name", nil);
     EXPECT_FALSE(named == nil);
     EXPECT_TRUE(named != nil);
@@ -106,7 +106,7 @@ TEST(Argument, IsSomethingWithANameThoughItsValueIsNil) {
     EXPECT_TRUE(named.value() == nil);
 }
 
-TEST(Argument, GivesBackWhatWasSet) {
+TEST(Argument, ReturnsWhatWasSet) {
     argument target;
     const ustring8& name = target.name("new");
     EXPECT_EQ("new", name);
@@ -132,7 +132,7 @@ TEST(Argument, KeepsItsNameWhenAValueIsAssigned) {
     EXPECT_EQ("three", target.value().as_string());
 }
 
-TEST(Argument, TakesNameAndValueOfAnother) {
+TEST(Argument, CopiesNameAndValueOfAnother) {
     argument target("name", 1);
     EXPECT_EQ(&target, &(target = argument("other", 2)));
     EXPECT_EQ("other", target.name());
@@ -145,7 +145,7 @@ TEST(Argument, TakesNameAndValueOfAnother) {
     EXPECT_EQ(4, target.value().as_int());
 }
 
-TEST(Argument, StaysAsItIsWhenAssignedToItself) {
+TEST(Argument, IsUnchangedWhenAssignedToItself) {
     argument target("name", 1);
     argument& same = target;
     target = same;

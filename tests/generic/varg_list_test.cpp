@@ -14,13 +14,14 @@
 
 namespace {
 
-using TOVA_2_18::generic::argument;
-using TOVA_2_18::generic::varg_list;
-using TOVA_2_18::strings::ustring8;
-using TOVA_2_18::types::nil;
-using TOVA_2_18::types::variant;
+using tova::generic::argument;
+using tova::generic::varg_list;
+using tova::strings::ustring8;
+using tova::types::nil;
+using tova::types::variant;
 
-// "name=value" for a named argument, the value alone for another, separated by blanks.
+// The list as a string: "name=value" for named arguments and the value for others, with spaces
+// between them.
 std::string shown(const varg_list& list) {
     std::string result;
     for (const argument& each : list) {
@@ -41,7 +42,7 @@ struct early_reader {
 
 // --- Constructors ------------------------------------------------------------------------------
 
-TEST(VargListConstructor, TakesUnnamedValuesInOrder) {
+TEST(VargListConstructor, KeepsUnnamedValuesInOrder) {
     const varg_list list(1, 2, 3);
     EXPECT_EQ(3u, list.count());
     EXPECT_EQ(1, list[0].value().as_int());
@@ -49,7 +50,7 @@ TEST(VargListConstructor, TakesUnnamedValuesInOrder) {
     EXPECT_EQ(3, list[2].value().as_int());
 }
 
-TEST(VargListConstructor, TakesUpTo26Arguments) {
+TEST(VargListConstructor, AcceptsUpTo26Arguments) {
     const varg_list all(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21,
                         22, 23, 24, 25, "z");
     ASSERT_EQ(26u, all.count());
@@ -91,7 +92,7 @@ TEST(VargListConstructor, CopiesTheArguments) {
     EXPECT_EQ("a=5 2", shown(source));
 }
 
-TEST(VargListConstructor, LeavesNothingBehindWhenMemoryRunsOut) {
+TEST(VargListConstructor, LeaksNothingWhenMemoryRunsOut) {
     const argument first("a name that needs memory of its own", 1);
     const argument second("another name that needs memory of its own", 2);
     const long live = test_support::live_allocations();
@@ -110,7 +111,7 @@ TEST(VargListConstructor, LeavesNothingBehindWhenMemoryRunsOut) {
 
 // --- Filling -----------------------------------------------------------------------------------
 
-TEST(VargListPushBack, RefusesANameThatIsThere) {
+TEST(VargListPushBack, RefusesANameThatIsAlreadyInTheList) {
     varg_list list;
     EXPECT_TRUE(list.push_back(argument("a", 1)));
     EXPECT_FALSE(list.push_back(argument("a", 2)));
@@ -130,7 +131,7 @@ TEST(VargListPushBack, NeverComparesUnnamedArguments) {
     EXPECT_EQ("1 1 1 nil nil", shown(list));
 }
 
-TEST(VargListPushBack, TakesAnArgumentOfTheListItself) {
+TEST(VargListPushBack, AcceptsAnArgumentOfTheListItself) {
     varg_list list(1);
     for (int i = 0; i < 10; ++i)
         EXPECT_TRUE(list.push_back(list[0]));
@@ -151,12 +152,12 @@ TEST(VargListLookup, ComparesNamesByteForByte) {
     EXPECT_FALSE(list.has_argument("names"));
     EXPECT_TRUE(list.has_argument(ustring8("a\0b", 3)));
     EXPECT_EQ(3, list[ustring8("a\0b", 3)].value().as_int());
-    // The same letter written in two ways makes two names.
+    // The same letter, encoded in two ways, makes two names.
     EXPECT_TRUE(list.push_back("\xC3\xA4", 4));
     EXPECT_TRUE(list.push_back("a\xCC\x88", 5));
 }
 
-TEST(VargListLookup, AnswersAnUnknownNameWithTheNilArgument) {
+TEST(VargListLookup, ReturnsTheNilArgumentForAnUnknownName) {
     varg_list list(argument("a", 1));
     const varg_list& constant = list;
     const argument& missing = list.at("b");
@@ -169,8 +170,8 @@ TEST(VargListLookup, AnswersAnUnknownNameWithTheNilArgument) {
     EXPECT_EQ("a=1", shown(list));
 }
 
-// The count of an argument's body, as `raw_memory.hpp` sees it: a variant is one pointer to a body,
-// which holds its count behind the pointer to its slots and the heap mark.
+// The reference count of an argument's body: a variant is one pointer to its body, which has the
+// pointer to its slots, the heap mark and then the count.
 unsigned int holders_of(const argument& shared) {
     unsigned int count = 0;
     std::memcpy(&count, static_cast<const char*>(test_support::pointer_at(&shared.value())) + 12,
@@ -185,7 +186,7 @@ TEST(VargListLookup, SharesOneNilArgumentAmongAllListsOfTheProcess) {
     EXPECT_EQ(&missing, &second.at("y"));
     EXPECT_EQ(&missing, &second["y"]);
 
-    // A test leaves the count alone, a copy raises it: that is what two threads would race on.
+    // A comparison leaves the count alone. A copy changes it, which is what two threads race on.
     EXPECT_EQ(1u, holders_of(missing));
     EXPECT_TRUE(second["y"] == nil);
     EXPECT_EQ(1u, holders_of(missing));
@@ -197,7 +198,7 @@ TEST(VargListLookup, SharesOneNilArgumentAmongAllListsOfTheProcess) {
     EXPECT_EQ(1u, holders_of(missing));
 }
 
-TEST(VargListLookup, NeverLeadsFromAFailedFindToTheNilArgument) {
+TEST(VargListLookup, ReturnsTheEndAndNotTheNilArgumentFromAFailedFind) {
     varg_list list(argument("a", 1));
     const varg_list& constant = list;
     EXPECT_EQ(list.end(), list.find("x"));
@@ -213,7 +214,7 @@ TEST(VargListLookup, FindsAnEmptyNameAtTheFirstUnnamedArgument) {
     EXPECT_FALSE(varg_list(argument("a", 1)).has_argument(""));
 }
 
-TEST(VargListLookup, FindsTheFirstOfNamesThatWereMadeEqualLater) {
+TEST(VargListLookup, FindsTheFirstOfTwoNamesThatBecameEqualLater) {
     varg_list list(argument("a", 1), argument("b", 2));
     list[1].name("a");
     EXPECT_EQ("a=1 a=2", shown(list));
@@ -222,7 +223,7 @@ TEST(VargListLookup, FindsTheFirstOfNamesThatWereMadeEqualLater) {
     EXPECT_EQ("a=2", shown(list));
 }
 
-TEST(VargListLookup, GivesIterators) {
+TEST(VargListLookup, FindReturnsIterators) {
     varg_list list(1, argument("b", 2), 3);
     const varg_list& constant = list;
     EXPECT_EQ(list.begin() + 1, list.find("b"));
@@ -253,7 +254,7 @@ std::string message_of(const Access& access) {
     }
 }
 
-TEST(VargListPosition, IsCheckedInAllFourForms) {
+TEST(VargListPosition, IsCheckedByAllFourForms) {
     varg_list list(1, 2, 3);
     const varg_list& constant = list;
     const char at_end[] = "vector::_M_range_check: __n (which is 3) >= this->size() (which is 3)";
@@ -359,7 +360,7 @@ TEST(VargListAssign, ReplacesTheContents) {
     EXPECT_TRUE(target.empty());
 }
 
-TEST(VargListAssign, LeavesAListAssignedToItselfAlone) {
+TEST(VargListAssign, LeavesAListUnchangedThatIsAssignedToItself) {
     varg_list target(1, argument("b", 2));
     varg_list& same = target;
     target = same;

@@ -1,24 +1,24 @@
 #include <tova/memory/pointers.hpp>
 
+#include "support/child_process.hpp"
+#include "support/class_name.hpp"
+#include "support/raw_memory.hpp"
+
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <new>
 #include <string>
 #include <type_traits>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include "support/child_process.hpp"
-#include "support/class_name.hpp"
-#include "support/raw_memory.hpp"
-
 namespace {
 
-using TOVA_2_18::generic::abilities::reference_count_pointer_ability;
-using TOVA_2_18::memory::pointers::rc_pointer;
-using TOVA_2_18::memory::pointers::shared_pointer;
+using tova::generic::abilities::reference_count_pointer_ability;
+using tova::memory::pointers::rc_pointer;
+using tova::memory::pointers::shared_pointer;
 
-// Notes its end, and what another object's count was at that time.
+// Counts its destructions, and records the count of another object at that moment.
 class plain_item : public reference_count_pointer_ability<plain_item> {
 public:
     explicit plain_item(int value = 0) : m_value(value) {}
@@ -30,7 +30,7 @@ public:
     }
 
     int value() const { return m_value; }
-    // Hides the field, as an operation of a counted class may.
+    // Hides the field of that name, as an operation of a counted class may.
     std::string count() const { return "an operation"; }
 
     plain_item* clone() const {
@@ -107,7 +107,7 @@ TYPED_TEST(Pointer, IsOnePointerWideAndNullAtFirst) {
     EXPECT_FALSE(empty);
 }
 
-TYPED_TEST(Pointer, TakesNullWhereverItTakesAnObject) {
+TYPED_TEST(Pointer, AcceptsNullWhereverItAcceptsAnObject) {
     typedef typename TypeParam::item item;
     typename TypeParam::holder holder(static_cast<item*>(nullptr));
     EXPECT_FALSE(holder);
@@ -118,7 +118,7 @@ TYPED_TEST(Pointer, TakesNullWhereverItTakesAnObject) {
     EXPECT_FALSE(holder);
 }
 
-TYPED_TEST(Pointer, GivesTheObject) {
+TYPED_TEST(Pointer, ReturnsTheObject) {
     typename TypeParam::item item(5);
     const typename TypeParam::holder holder(&item);
     EXPECT_EQ(5, holder->value());
@@ -192,7 +192,7 @@ TYPED_TEST(Pointer, DeletesAMarkedObjectOnceWithItsLastHolder) {
     EXPECT_EQ(2, TypeParam::item::s_deleted);
 }
 
-TYPED_TEST(Pointer, LeavesAMarkedObjectAloneThatWasNeverHeld) {
+TYPED_TEST(Pointer, DoesNotDeleteAMarkedObjectBeforeItIsHeld) {
     typename TypeParam::item source;
     typename TypeParam::item* const clone = source.clone();
     EXPECT_TRUE(clone->allocated);
@@ -202,7 +202,7 @@ TYPED_TEST(Pointer, LeavesAMarkedObjectAloneThatWasNeverHeld) {
     EXPECT_EQ(1, TypeParam::item::s_deleted);
 }
 
-TYPED_TEST(Pointer, DoesNothingWhenItGetsItsOwnObject) {
+TYPED_TEST(Pointer, DoesNothingWhenItIsAssignedItsOwnObject) {
     typename TypeParam::item source;
     typename TypeParam::holder holder(source.clone());
     const typename TypeParam::holder& same = holder;
@@ -234,7 +234,7 @@ TYPED_TEST(Pointer, ReleasesTheOldObjectBeforeItCountsTheNewOne) {
     EXPECT_EQ(2u, count_of(next));
 }
 
-TYPED_TEST(Pointer, ReadsAsNullBehindItsEnd) {
+TYPED_TEST(Pointer, ReadsAsNullAfterItsDestructor) {
     typedef typename TypeParam::holder holder;
     typename TypeParam::item item;
     alignas(holder) unsigned char memory[sizeof(holder)];
@@ -243,7 +243,7 @@ TYPED_TEST(Pointer, ReadsAsNullBehindItsEnd) {
     EXPECT_EQ(nullptr, test_support::pointer_at(memory));
 }
 
-TYPED_TEST(Pointer, ServesInContainers) {
+TYPED_TEST(Pointer, WorksInContainers) {
     typename TypeParam::item source(4);
     {
         std::vector<typename TypeParam::holder> holders(10,
@@ -286,7 +286,7 @@ TEST(RcPointer, DeletesThroughTheVirtualDestructor) {
 
 class child_list;
 
-TEST(RcPointer, MayBeNamedForAClassThatIsNotComplete) {
+TEST(RcPointer, MayBeNamedForAnIncompleteClass) {
     struct node : reference_count_pointer_ability<node> {
         virtual ~node() {}
         std::vector<rc_pointer<node>> children;
@@ -309,7 +309,7 @@ public:
     virtual ~throwing_item() TOVA_NOTHROW { throw_number(); }
 };
 
-TEST(RcPointer, EndsTheProcessWhenTheEndOfAnObjectThrows) {
+TEST(RcPointer, TerminatesTheProcessWhenTheDestructorOfAnObjectThrows) {
     for (bool by_assignment : {false, true}) {
         SCOPED_TRACE(by_assignment);
         const auto result = test_support::run_in_child([by_assignment] {

@@ -1,13 +1,13 @@
-// A user's own `serialize_buffer`: each item is its bytes as hexadecimal digits and a comma.
+// A `serialize_buffer` as a user may write one: each item is its bytes in hexadecimal and a comma.
 #pragma once
+
+#include <tova/serialization/serialize_buffer.hpp>
 
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
-
-#include <tova/serialization/serialize_buffer.hpp>
 
 namespace test_support {
 

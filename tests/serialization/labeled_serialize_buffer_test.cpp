@@ -1,13 +1,13 @@
 #include <tova/serialization/labeled_serialize_buffer.hpp>
 
-#include <memory>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include <tova/memory/pointers.hpp>
 #include <tova/serialization/labeled_text_buffer.hpp>
 #include <tova/types/nil.hpp>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
 
 namespace {
 
@@ -16,7 +16,7 @@ using tova::serialization::labeled_serialize_buffer;
 using tova::serialization::labeled_text_buffer;
 using tova::types::variant;
 
-// A user's own class: it notes what it is asked and holds nothing.
+// A class of a user: it records what it is assigned, and stores nothing.
 class noting_buffer : public labeled_serialize_buffer {
 public:
     labeled_serialize_buffer& assign(const labeled_serialize_buffer& other) override {
@@ -65,7 +65,7 @@ TEST(LabeledSerializeBuffer, IsReadFromAnotherClassByItsText) {
     EXPECT_EQ("[1\001a\0011\0015\001]", own.assigned);
 }
 
-TEST(LabeledSerializeBuffer, IsHeldByPointersThatCount) {
+TEST(LabeledSerializeBuffer, IsHeldByCountingPointers) {
     const rc_pointer<labeled_serialize_buffer> first(labeled_text_buffer().create());
     EXPECT_EQ(1u, first->count);
     const rc_pointer<labeled_serialize_buffer> second(first);
@@ -78,7 +78,7 @@ TEST(LabeledSerializeBuffer, IsHeldByPointersThatCount) {
     EXPECT_EQ(1u, own->count);
 }
 
-// What a class that derives from `labeled_text_buffer` sees of the calls within it.
+// Records which virtual operations `labeled_text_buffer` calls on itself.
 class overriding_buffer : public labeled_text_buffer {
 public:
     using labeled_text_buffer::assign;
@@ -113,7 +113,7 @@ public:
 
 const char two_levels[] = "1\001a\0011\001x\0012\001g \0018\0011\001b\0011\001y\001\001";
 
-TEST(LabeledTextBufferSlots, EveryAssignmentOfATextGoesThroughTheOneOfAString) {
+TEST(LabeledTextBufferSlots, EveryAssignmentOfTextCallsTheOneOfAString) {
     labeled_text_buffer source;
     source.add_value("a", 1);
     overriding_buffer buffer;
@@ -124,7 +124,7 @@ TEST(LabeledTextBufferSlots, EveryAssignmentOfATextGoesThroughTheOneOfAString) {
     EXPECT_EQ("assign add_value(a) ", buffer.calls);
 }
 
-TEST(LabeledTextBufferSlots, TheParserFillsTheTreeThroughTheSlots) {
+TEST(LabeledTextBufferSlots, TheParserCallsVirtualOperationsToFillTheTree) {
     overriding_buffer buffer;
     buffer.assign(std::string(two_levels));
     EXPECT_EQ("assign add_value(a) create_group(g ) ", buffer.calls);
@@ -132,21 +132,21 @@ TEST(LabeledTextBufferSlots, TheParserFillsTheTreeThroughTheSlots) {
               buffer.labeled_text_buffer::retrieve_group("g")->retrieve_value("b").as_string());
 }
 
-TEST(LabeledTextBufferSlots, TheParserHandsTheTextOfAGroupToTheGroup) {
+TEST(LabeledTextBufferSlots, TheParserPassesTheTextOfAGroupToTheGroup) {
     noting_buffer group;
     overriding_buffer buffer;
     buffer.group = &group;
     buffer.assign(std::string(two_levels));
     EXPECT_EQ("[1\001b\0011\001y\001]", group.assigned);
 
-    // Also to a group that derives from our own class.
+    // The same for a group of a class that derives from `labeled_text_buffer`.
     overriding_buffer derived;
     buffer.group = &derived;
     buffer.assign(std::string(two_levels));
     EXPECT_EQ("assign add_value(b) ", derived.calls);
 }
 
-TEST(LabeledTextBufferSlots, HasValueAndHasGroupAskTheRetrievingSlots) {
+TEST(LabeledTextBufferSlots, HasValueAndHasGroupCallTheVirtualRetrieveOperations) {
     overriding_buffer buffer;
     buffer.labeled_text_buffer::add_value("a", 1);
     EXPECT_TRUE(buffer.has_value("a"));
@@ -155,7 +155,7 @@ TEST(LabeledTextBufferSlots, HasValueAndHasGroupAskTheRetrievingSlots) {
     EXPECT_FALSE(buffer.has_group("a"));
     EXPECT_EQ("retrieve_group ", buffer.calls);
 
-    // A group of another class is asked for its text alone.
+    // A group of another class is only asked for its text.
     noting_buffer group;
     buffer.group = &group;
     EXPECT_FALSE(buffer.has_group("nowhere"));

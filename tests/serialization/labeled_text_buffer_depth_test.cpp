@@ -1,13 +1,13 @@
 // Trees that are deeper than any stack.
-#include <functional>
-#include <memory>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include <tova/serialization/labeled_text_buffer.hpp>
 
 #include "support/child_process.hpp"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
 
 namespace {
 
@@ -31,8 +31,8 @@ std::string bottom_of(const labeled_serialize_buffer& buffer) {
     return group->retrieve_value("bottom").as_string();
 }
 
-// The text of such a tree, from the inside out: the front backwards, and behind it one closing
-// separator for each group.
+// The text of such a tree, built from the inside out: first what precedes the value, backwards, and
+// after it one closing separator for each group.
 std::string deep_text(const std::string& value) {
     std::string front;
     const auto prepend = [&front](const std::string& bytes) {
@@ -44,8 +44,8 @@ std::string deep_text(const std::string& value) {
     return std::string(front.rbegin(), front.rend()) + std::string(depth, '\001');
 }
 
-// Once on a stack that no recursion of this depth fits into, and once in this process, where leaks
-// are seen.
+// Runs the body twice: on a stack too small for any recursion of this depth, and in this process,
+// where leaks are detected.
 void on_any_stack(const std::function<void()>& body) {
     test_support::child_limits limits;
     limits.stack_bytes = 256 * 1024;
@@ -108,7 +108,7 @@ TEST(LabeledTextBufferDepth, IsMergedInLoops) {
     });
 }
 
-// A destructor has no memory to ask for and nobody to tell, also in a tree that is wide and deep.
+// A destructor can neither allocate nor report an error, even in a tree that is wide and deep.
 TEST(LabeledTextBufferDepth, IsDestroyedWithGroupsOnBothSidesOfEachValue) {
     labeled_text_buffer buffer;
     labeled_serialize_buffer* group = &buffer;

@@ -1,27 +1,25 @@
 #include <tova/serialization/serialize_binary_buf.hpp>
 
+#include <tova/serialization/serialize_text_buf.hpp>
+
+#include "serialization/buffer_checks.hpp"
+
+#include <gtest/gtest.h>
+
 #include <cstring>
 #include <functional>
 #include <limits>
 #include <memory>
 #include <string>
 
-#include <gtest/gtest.h>
-
-#include <tova/serialization/serialize_text_buf.hpp>
-
 namespace {
 
+using test_support::bytes;
 using tova::serialization::serialize_binary_buf;
 using tova::serialization::serialize_buffer;
 using tova::serialization::serialize_text_buf;
 
-template <std::size_t Size>
-std::string bytes(const char (&literal)[Size]) {
-    return std::string(literal, Size - 1);
-}
-
-TEST(SerializeBinaryBufEncoding, PutsTheLeastSignificantByteFirst) {
+TEST(SerializeBinaryBufEncoding, WritesTheLeastSignificantByteFirst) {
     const struct {
         const char* name;
         std::function<void(serialize_binary_buf&)> append;
@@ -54,7 +52,7 @@ TEST(SerializeBinaryBufEncoding, PutsTheLeastSignificantByteFirst) {
     }
 }
 
-TEST(SerializeBinaryBufEncoding, PutsItemsBehindOneAnotherWithoutPadding) {
+TEST(SerializeBinaryBufEncoding, WritesItemsOneAfterAnotherWithoutPadding) {
     serialize_binary_buf inner;
     inner.append_uint16(0x0102);
     serialize_binary_buf buffer;
@@ -101,7 +99,7 @@ TEST(SerializeBinaryBufReading, ReadsBackAString) {
     EXPECT_TRUE(buffer.at_end());
 }
 
-TEST(SerializeBinaryBufReading, GivesNothingFromAnEmptyContent) {
+TEST(SerializeBinaryBufReading, ReturnsNothingFromEmptyContent) {
     const serialize_binary_buf buffer;
     for (int i = 0; i < 2; ++i) {
         EXPECT_TRUE(buffer.at_end());
@@ -113,7 +111,7 @@ TEST(SerializeBinaryBufReading, GivesNothingFromAnEmptyContent) {
     }
 }
 
-// Each fixed-size read with fewer bytes left than it takes, down to one.
+// Every fixed-size read, with fewer bytes left than it takes, down to one.
 TEST(SerializeBinaryBufReading, CountsMissingBytesAsZerosAndGoesPastTheEnd) {
     const std::string content = bytes("\x11\x22\x33\x44\x55\x66\x77");
     const unsigned long all = 0x0077665544332211ul;
@@ -150,7 +148,7 @@ TEST(SerializeBinaryBufReading, CountsMissingBytesAsZerosAndGoesPastTheEnd) {
     EXPECT_TRUE(one.at_end());
 }
 
-TEST(SerializeBinaryBufReading, LeavesThePositionBehindTheEndByTheSizeOfTheType) {
+TEST(SerializeBinaryBufReading, MovesThePositionByTheSizeOfTheTypeEvenPastTheEnd) {
     serialize_binary_buf buffer(bytes("\x01"));
     EXPECT_EQ(1u, buffer.read_uint32());
     buffer.assign(bytes("\x01\x02\x03\x04\x05"));
@@ -170,7 +168,7 @@ TEST(SerializeBinaryBufReading, ReadsAnEmptyStringInTheMiddleAndAtTheEnd) {
     EXPECT_TRUE(buffer.at_end());
 }
 
-TEST(SerializeBinaryBufReading, GivesAnEmptyBufferInTheMiddleAndNullAtTheEnd) {
+TEST(SerializeBinaryBufReading, ReturnsAnEmptyBufferInTheMiddleAndNullAtTheEnd) {
     serialize_binary_buf buffer;
     buffer.append_buffer(serialize_binary_buf());
     buffer.append_buffer(serialize_binary_buf());
@@ -185,10 +183,10 @@ TEST(SerializeBinaryBufReading, GivesAnEmptyBufferInTheMiddleAndNullAtTheEnd) {
     EXPECT_TRUE(buffer.at_end());
 }
 
-TEST(SerializeBinaryBufReading, DoesNotUseALengthThatStandsLast) {
+TEST(SerializeBinaryBufReading, IgnoresALengthThatComesLast) {
     serialize_binary_buf buffer(bytes("\x10\0\0\0"));
     EXPECT_EQ(nullptr, buffer.read_buffer());
-    // Four bytes were passed and not sixteen more.
+    // The position moved by four bytes, and not by sixteen more.
     buffer.assign(bytes("\x10\0\0\0\x07"));
     EXPECT_FALSE(buffer.at_end());
     EXPECT_EQ(7, buffer.read_int8());
@@ -199,7 +197,7 @@ TEST(SerializeBinaryBufReading, DoesNotUseALengthThatStandsLast) {
     EXPECT_EQ(7, string.read_int8());
 }
 
-TEST(SerializeBinaryBufReading, PassesTheWholeLengthOfACutString) {
+TEST(SerializeBinaryBufReading, MovesByTheFullLengthOfAStringThatIsCutOff) {
     serialize_binary_buf buffer(bytes("\x05\0\0\0ab"));
     EXPECT_EQ("ab", buffer.read_string());
     EXPECT_TRUE(buffer.at_end());
@@ -215,14 +213,14 @@ TEST(SerializeBinaryBufReading, PassesTheWholeLengthOfACutString) {
     EXPECT_EQ(nullptr, nested.read_buffer());
 }
 
-TEST(SerializeBinaryBufReading, TakesTheLengthAsUnsigned) {
+TEST(SerializeBinaryBufReading, ReadsTheLengthAsUnsigned) {
     const serialize_binary_buf buffer(bytes("\xFF\xFF\xFF\xFFrest"));
     EXPECT_EQ("rest", buffer.read_string());
     EXPECT_TRUE(buffer.at_end());
     EXPECT_EQ(0, buffer.read_int8());
 }
 
-TEST(SerializeBinaryBufReading, TakesALengthThatIsCutOff) {
+TEST(SerializeBinaryBufReading, AcceptsALengthThatIsCutOff) {
     const serialize_binary_buf buffer(bytes("\x01\0"));
     EXPECT_EQ("", buffer.read_string());
     EXPECT_TRUE(buffer.at_end());
@@ -230,7 +228,7 @@ TEST(SerializeBinaryBufReading, TakesALengthThatIsCutOff) {
     EXPECT_EQ(nullptr, buffer.read_buffer());
 }
 
-TEST(SerializeBinaryBufReading, AnswersBehindAShorterContentWithoutRaising) {
+TEST(SerializeBinaryBufReading, DoesNotRaisePastTheEndOfShorterContent) {
     serialize_binary_buf buffer(bytes("\x01\x02\x03\x04\x05\x06\x07\x08"));
     EXPECT_EQ(0x0807060504030201, buffer.read_int64());
     buffer.assign(bytes("\x01"));
@@ -240,7 +238,7 @@ TEST(SerializeBinaryBufReading, AnswersBehindAShorterContentWithoutRaising) {
     EXPECT_EQ(nullptr, buffer.read_buffer());
 }
 
-TEST(SerializeBinaryBufReading, AsksAtEndThroughTheVirtualSlot) {
+TEST(SerializeBinaryBufReading, CallsTheVirtualAtEnd) {
     struct closed : serialize_binary_buf {
         explicit closed(const std::string& text) : serialize_binary_buf(text) {}
         bool at_end() const override { return end || serialize_binary_buf::at_end(); }
@@ -251,7 +249,7 @@ TEST(SerializeBinaryBufReading, AsksAtEndThroughTheVirtualSlot) {
     EXPECT_EQ("", buffer.read_string());
     EXPECT_EQ(nullptr, buffer.read_buffer());
     buffer.end = false;
-    EXPECT_EQ(1, buffer.read_int8());  // nothing had moved
+    EXPECT_EQ(1, buffer.read_int8());  // the position had not moved
 
     struct open : serialize_binary_buf {
         explicit open(const std::string& text) : serialize_binary_buf(text) {}
@@ -259,11 +257,11 @@ TEST(SerializeBinaryBufReading, AsksAtEndThroughTheVirtualSlot) {
     };
     const open endless(bytes("\x07"));
     EXPECT_EQ(7, endless.read_int32());
-    EXPECT_EQ(0, endless.read_int64());  // behind the end and inside no memory
+    EXPECT_EQ(0, endless.read_int64());  // past the end, where no memory is read
     EXPECT_THROW(endless.read_string(), std::out_of_range);
 }
 
-TEST(SerializeBinaryBufEncoding, TakesTheBytesOfATextBufferAsTheyAre) {
+TEST(SerializeBinaryBufEncoding, CopiesTheBytesOfATextBufferUnchanged) {
     serialize_text_buf text;
     text.append_uint8(5);
     const serialize_binary_buf buffer(text);

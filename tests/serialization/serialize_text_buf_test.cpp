@@ -1,28 +1,24 @@
 #include <tova/serialization/serialize_text_buf.hpp>
 
+#include <tova/serialization/serialize_binary_buf.hpp>
+
+#include "serialization/buffer_checks.hpp"
+#include "support/global_locale.hpp"
+
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
 
-#include <gtest/gtest.h>
-
-#include <tova/serialization/serialize_binary_buf.hpp>
-
-#include "support/global_locale.hpp"
-
 namespace {
 
+using test_support::bytes;
 using tova::serialization::serialize_binary_buf;
 using tova::serialization::serialize_buffer;
 using tova::serialization::serialize_text_buf;
-
-// A literal with the bytes that it shows, embedded zeros too. The separator is written \001.
-template <std::size_t Size>
-std::string bytes(const char (&literal)[Size]) {
-    return std::string(literal, Size - 1);
-}
 
 void expect_beyond(const std::string& position, const std::string& size,
                    const std::function<void()>& read) {
@@ -77,7 +73,7 @@ TEST(SerializeTextBufEncoding, WritesIntegersInDecimal) {
     EXPECT_EQ(bytes("255\00165535\0014294967295\001"), plain.as_str());
 }
 
-TEST(SerializeTextBufEncoding, WritesFloatingValuesInSignificantDigits) {
+TEST(SerializeTextBufEncoding, WritesFloatingPointValuesWithSignificantDigits) {
     const struct {
         double value;
         unsigned int precision;
@@ -121,7 +117,7 @@ TEST(SerializeTextBufEncoding, ReadsInfinityAndNotANumberAsZero) {
     EXPECT_EQ(4, buffer.read_int32());
 }
 
-TEST(SerializeTextBufEncoding, PunctuatesFloatingValuesAloneUnderTheGlobalLocale) {
+TEST(SerializeTextBufEncoding, AppliesTheGlobalLocaleToFloatingPointValuesOnly) {
     const test_support::global_locale scope(test_support::comma_locale());
     serialize_text_buf buffer;
     buffer.append_double(1.5, 6);
@@ -189,7 +185,7 @@ TEST(SerializeTextBufReading, SaturatesAtTheRangeOfTheTypeRead) {
     EXPECT_TRUE(buffer.at_end());
 }
 
-TEST(SerializeTextBufReading, TakesPrefixesBlanksAndTrailingTextAsTheNumberParsersDo) {
+TEST(SerializeTextBufReading, TreatsPrefixesSpacesAndTrailingTextAsTheNumberParsersDo) {
     const struct {
         const char* field;
         int as_int;
@@ -229,7 +225,7 @@ TEST(SerializeTextBufReading, TakesPrefixesBlanksAndTrailingTextAsTheNumberParse
     }
 }
 
-TEST(SerializeTextBufReading, DoesNotLookBeyondAnEmptyField) {
+TEST(SerializeTextBufReading, ReadsNothingPastAnEmptyField) {
     const serialize_text_buf buffer(bytes("\00142\001"));
     EXPECT_EQ(0, buffer.read_int32());
     EXPECT_EQ(42, buffer.read_int32());
@@ -248,7 +244,7 @@ TEST(SerializeTextBufReading, ReadsALastFieldWithoutASeparator) {
     EXPECT_TRUE(buffer.at_end());
 }
 
-TEST(SerializeTextBufReading, GivesZerosBehindTheLastItem) {
+TEST(SerializeTextBufReading, ReturnsZerosAfterTheLastItem) {
     serialize_text_buf buffer;
     buffer.append_int32(3);
     EXPECT_EQ(3, buffer.read_int32());
@@ -258,7 +254,7 @@ TEST(SerializeTextBufReading, GivesZerosBehindTheLastItem) {
         EXPECT_EQ(0.0, buffer.read_double());
         EXPECT_EQ(0u, buffer.read_uint64());
     }
-    // At npos a string or buffer is empty, too, and the position stays.
+    // At npos a string or buffer is empty as well, and the position stays.
     EXPECT_EQ("", buffer.read_string());
     EXPECT_TRUE(buffer.at_end());
     const std::unique_ptr<serialize_buffer> nested(buffer.read_buffer());
@@ -268,7 +264,7 @@ TEST(SerializeTextBufReading, GivesZerosBehindTheLastItem) {
     EXPECT_TRUE(buffer.at_end());
 }
 
-TEST(SerializeTextBufReading, StaysAtTheEndThoughMoreIsAppendedOnceAReadFoundNoSeparator) {
+TEST(SerializeTextBufReading, StaysAtTheEndAfterAReadFoundNoSeparatorEvenIfMoreIsAppended) {
     serialize_text_buf buffer(bytes("1"));
     EXPECT_EQ(1, buffer.read_int32());
     buffer.append_int32(2);
@@ -278,7 +274,7 @@ TEST(SerializeTextBufReading, StaysAtTheEndThoughMoreIsAppendedOnceAReadFoundNoS
     EXPECT_EQ(12, buffer.read_int32());
 }
 
-TEST(SerializeTextBufReading, BeginsAgainAfterAStringWasReadAtTheEnd) {
+TEST(SerializeTextBufReading, StartsOverAfterAStringIsReadAtTheEnd) {
     serialize_text_buf buffer;
     buffer.append_int32(3);
     buffer.append_int32(4);
@@ -297,7 +293,7 @@ TEST(SerializeTextBufReading, BeginsAgainAfterAStringWasReadAtTheEnd) {
     EXPECT_EQ(3, buffer.read_int32());
 }
 
-TEST(SerializeTextBufReading, GivesANewEmptyBufferFromAnEmptyContent) {
+TEST(SerializeTextBufReading, ReturnsANewEmptyBufferFromEmptyContent) {
     const serialize_text_buf buffer;
     EXPECT_EQ("", buffer.read_string());
     EXPECT_TRUE(buffer.at_end());
@@ -309,7 +305,7 @@ TEST(SerializeTextBufReading, GivesANewEmptyBufferFromAnEmptyContent) {
     EXPECT_TRUE(nested->allocated);
 }
 
-TEST(SerializeTextBufReading, SkipsTheByteBehindAStringUnseen) {
+TEST(SerializeTextBufReading, SkipsTheByteAfterAStringWithoutALook) {
     const serialize_text_buf buffer(bytes("2\001abX7\001"));
     EXPECT_EQ("ab", buffer.read_string());
     EXPECT_EQ(7, buffer.read_int32());
@@ -318,7 +314,7 @@ TEST(SerializeTextBufReading, SkipsTheByteBehindAStringUnseen) {
     EXPECT_EQ(7, empty.read_int32());
 }
 
-TEST(SerializeTextBufReading, PassesBothSeparatorsOfAnEmptyString) {
+TEST(SerializeTextBufReading, SkipsBothSeparatorsOfAnEmptyString) {
     serialize_text_buf buffer;
     buffer.append_string("");
     EXPECT_EQ(bytes("0\001\001"), buffer.as_str());
@@ -328,11 +324,11 @@ TEST(SerializeTextBufReading, PassesBothSeparatorsOfAnEmptyString) {
     EXPECT_EQ(6, buffer.read_int32());
 }
 
-TEST(SerializeTextBufReading, CutsAStringWhereTheContentEnds) {
+TEST(SerializeTextBufReading, CutsAStringOffWhereTheContentEnds) {
     const serialize_text_buf buffer(bytes("5\001abc"));
     EXPECT_EQ("abc", buffer.read_string());
     EXPECT_TRUE(buffer.at_end());
-    // The position is behind the end and not at npos: numbers raise there, and end at npos.
+    // The position is past the end but not npos: a number raises there, and leaves npos.
     expect_beyond("8", "5", [&] { buffer.read_int32(); });
     EXPECT_TRUE(buffer.at_end());
     EXPECT_EQ(0, buffer.read_int32());
@@ -369,7 +365,7 @@ TEST(SerializeTextBufReading, MovesBackwardsByANegativeLength) {
     EXPECT_TRUE(ends.at_end());
 }
 
-TEST(SerializeTextBufReading, RaisesForALengthThatIsNotClosed) {
+TEST(SerializeTextBufReading, RaisesForALengthWithoutASeparator) {
     const serialize_text_buf buffer(bytes("1\0013"));
     EXPECT_EQ(1, buffer.read_int32());
     expect_beyond(npos, "3", [&] { buffer.read_string(); });
@@ -383,7 +379,7 @@ TEST(SerializeTextBufReading, RaisesForALengthThatIsNotClosed) {
     EXPECT_EQ(1, wraps.read_int32());
     expect_beyond(npos, "3", [&] { wraps.read_string(); });
     EXPECT_FALSE(wraps.at_end());
-    EXPECT_EQ(0, wraps.read_int32());  // at position 1 stands the separator
+    EXPECT_EQ(0, wraps.read_int32());  // the separator is at position 1
     EXPECT_EQ(1, wraps.read_int32());
 
     const serialize_text_buf zero(bytes("5\0010"));
@@ -392,7 +388,7 @@ TEST(SerializeTextBufReading, RaisesForALengthThatIsNotClosed) {
     EXPECT_EQ(5, zero.read_int32());
 }
 
-TEST(SerializeTextBufReading, RaisesOnceAfterAShorterContentWasAssigned) {
+TEST(SerializeTextBufReading, RaisesOnceAfterShorterContentIsAssigned) {
     serialize_text_buf buffer(bytes("1\0012\0013\001"));
     EXPECT_EQ(1, buffer.read_int32());
     EXPECT_EQ(2, buffer.read_int32());
@@ -401,12 +397,12 @@ TEST(SerializeTextBufReading, RaisesOnceAfterAShorterContentWasAssigned) {
     expect_beyond("4", "2", [&] { buffer.read_int32(); });
     EXPECT_EQ(0, buffer.read_int32());
     buffer.assign(bytes("8\001"));
-    EXPECT_EQ(0, buffer.read_int32());  // npos stays, too
+    EXPECT_EQ(0, buffer.read_int32());  // npos stays as well
     buffer.reset_read();
     EXPECT_EQ(8, buffer.read_int32());
 }
 
-TEST(SerializeTextBufReading, RaisesFromEachReadOutsideOfTheContent) {
+TEST(SerializeTextBufReading, RaisesFromEveryReadPastTheContent) {
     const std::function<void(const serialize_text_buf&)> reads[] = {
         [](const serialize_text_buf& b) { b.read_int8(); },
         [](const serialize_text_buf& b) { b.read_int16(); },
@@ -432,7 +428,7 @@ TEST(SerializeTextBufReading, RaisesFromEachReadOutsideOfTheContent) {
     }
 }
 
-TEST(SerializeTextBufReading, TakesTheLengthThroughTheVirtualSlot) {
+TEST(SerializeTextBufReading, CallsTheVirtualReadInt32ForTheLength) {
     struct backwards : serialize_text_buf {
         explicit backwards(const std::string& text) : serialize_text_buf(text) {}
         int read_int32() const override { return serialize_text_buf::read_int32() + 1; }
@@ -444,7 +440,7 @@ TEST(SerializeTextBufReading, TakesTheLengthThroughTheVirtualSlot) {
     EXPECT_EQ("abX", nested->as_str());
 }
 
-TEST(SerializeTextBufReading, EndsWhereAtEndSaysSo) {
+TEST(SerializeTextBufReading, IsAtTheEndFromThePositionOfTheSizeOn) {
     const serialize_text_buf buffer(bytes("1\001"));
     EXPECT_FALSE(buffer.at_end());
     EXPECT_EQ(1, buffer.read_int32());  // position 2, the size

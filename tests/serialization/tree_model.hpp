@@ -1,6 +1,11 @@
-// The labelled tree once more, written down step by step and recursively: what the tests and the
-// fuzz target compare `labeled_text_buffer` with.
+// The labeled tree a second time, written recursively and step by step. The tests and the fuzz
+// target compare `labeled_text_buffer` with it.
 #pragma once
+
+#include <tova/serialization/labeled_text_buffer.hpp>
+#include <tova/serialization/serialize_text_buf.hpp>
+#include <tova/types/nil.hpp>
+#include <tova/types/variant.hpp>
 
 #include <cstddef>
 #include <map>
@@ -9,21 +14,16 @@
 #include <string>
 #include <utility>
 
-#include <tova/serialization/labeled_text_buffer.hpp>
-#include <tova/serialization/serialize_text_buf.hpp>
-#include <tova/types/nil.hpp>
-#include <tova/types/variant.hpp>
-
 namespace test_support {
 
 struct tree_model {
     std::map<std::string, std::pair<tree_model, tova::types::variant>> entries;
 
     static std::string trim(std::string label) {
-        const std::string blanks(" \n\r\t");
-        while (!label.empty() && blanks.find(label.back()) != std::string::npos)
+        const std::string whitespace(" \n\r\t");
+        while (!label.empty() && whitespace.find(label.back()) != std::string::npos)
             label.pop_back();
-        while (!label.empty() && blanks.find(label.front()) != std::string::npos)
+        while (!label.empty() && whitespace.find(label.front()) != std::string::npos)
             label.erase(0, 1);
         return label;
     }
@@ -58,7 +58,7 @@ struct tree_model {
         return text.as_str();
     }
 
-    // How reading a text ends.
+    // How reading a text can end.
     enum outcome { complete, raises, endless };
 
     outcome read(const std::string& content) {
@@ -67,7 +67,7 @@ struct tree_model {
         std::set<std::string> positions;
         try {
             while (!text.at_end()) {
-                // The position decides all that follows; a text of the items behind it tells it.
+                // All that follows depends on the position alone: one that comes back is a loop.
                 if (!positions.insert(position_of(text)).second)
                     return endless;
                 const std::string label = text.read_string();
@@ -123,7 +123,7 @@ struct tree_model {
     }
 
 private:
-    // The read position of a buffer lies 56 bytes into it, as tests/abi holds.
+    // The read position is 56 bytes into the buffer, as tests/abi checks.
     static std::string position_of(const tova::serialization::serialize_text_buf& text) {
         return std::string(reinterpret_cast<const char*>(&text) + 56, sizeof(std::size_t));
     }

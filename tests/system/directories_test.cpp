@@ -1,26 +1,23 @@
 #include <tova/system/directories.hpp>
 
-#include <algorithm>
-#include <string>
-#include <vector>
-
-#include <dirent.h>
-#include <sys/resource.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
-#include <unistd.h>
-
-#include <gtest/gtest.h>
-
 #include "support/child_process.hpp"
 #include "support/temporary_directory.hpp"
 #include "support/widths.hpp"
 #include "system/path_text.hpp"
 
+#include <dirent.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
 namespace {
 
-using namespace TOVA_2_18;
+using namespace tova;
 using strings::ustring16;
 using strings::ustring32;
 using strings::ustring8;
@@ -82,7 +79,7 @@ protected:
         ASSERT_EQ(0, ::chmod(directory.path(name).c_str(), mode)) << name;
     }
     void link_to(const std::string& target, const std::string& name) {
-        ASSERT_EQ(0, ::symlink(target.c_str(), directory.path(name).c_str())) << name;
+        test_support::make_link(target, directory.path(name));
     }
     std::vector<Path> paths(const names& found) const {
         std::vector<Path> result;
@@ -95,13 +92,13 @@ protected:
 };
 TYPED_TEST_SUITE(Directories, test_support::all_widths, test_support::width_name);
 
-TYPED_TEST(Directories, AreMadeUpToTheLastSlashOfAPath) {
+TYPED_TEST(Directories, AreCreatedUpToTheLastSlashOfAPath) {
     const struct {
         const char* path;
-        bool answer;
-        names made;
-        bool second_answer;
-        names made_then;
+        bool result;
+        names created;
+        bool second_result;
+        names created_then;
     } cases[] = {
         {"one", true, {"one"}, true, {"one"}},
         {"one/", true, {"one"}, true, {"one"}},
@@ -140,15 +137,15 @@ TYPED_TEST(Directories, AreMadeUpToTheLastSlashOfAPath) {
         test_support::temporary_directory place;
         expect_in_child([&] {
             ASSERT_EQ(0, ::chdir(place.path().c_str()));
-            EXPECT_EQ(c.answer, create_directory(path_text<TypeParam>(c.path)));
-            EXPECT_EQ(c.made, directories_below("."));
-            EXPECT_EQ(c.second_answer, create_directory(path_text<TypeParam>(c.path)));
-            EXPECT_EQ(c.made_then, directories_below("."));
+            EXPECT_EQ(c.result, create_directory(path_text<TypeParam>(c.path)));
+            EXPECT_EQ(c.created, directories_below("."));
+            EXPECT_EQ(c.second_result, create_directory(path_text<TypeParam>(c.path)));
+            EXPECT_EQ(c.created_then, directories_below("."));
         });
     }
 }
 
-TYPED_TEST(Directories, AreMadeBesideTheCurrentOneWithTheAnswerNo) {
+TYPED_TEST(Directories, AreCreatedNextToTheCurrentOneThoughTheResultIsFalse) {
     this->make("inner");
     expect_in_child([&] {
         ASSERT_EQ(0, ::chdir(this->directory.path("inner").c_str()));
@@ -158,7 +155,7 @@ TYPED_TEST(Directories, AreMadeBesideTheCurrentOneWithTheAnswerNo) {
     EXPECT_EQ(names({"inner", "one", "two"}), directories_below(this->directory.path()));
 }
 
-TYPED_TEST(Directories, AreMadeBelowAnAbsolutePath) {
+TYPED_TEST(Directories, AreCreatedBelowAnAbsolutePath) {
     EXPECT_TRUE(create_directory(this->path("one/two/")));
     EXPECT_TRUE(create_directory(this->path("one/two/three/four")));
     EXPECT_FALSE(create_directory(this->path("one/two/three/four")));
@@ -167,16 +164,16 @@ TYPED_TEST(Directories, AreMadeBelowAnAbsolutePath) {
     EXPECT_TRUE(create_directory(path_text<TypeParam>("/")));
 }
 
-TYPED_TEST(Directories, BelowTheRootAreMadeWithTheAnswerNo) {
+TYPED_TEST(Directories, BelowTheRootAreCreatedThoughTheResultIsFalse) {
     expect_in_child([&] {
-        // Only the super user has a root to play with; for others the directory isn't made either.
+        // Only root can change its root directory; for other users nothing is created.
         const bool is_root = ::geteuid() == 0 && ::chroot(this->directory.path().c_str()) == 0;
         EXPECT_FALSE(create_directory(path_text<TypeParam>("/tova_test_below_the_root")));
         EXPECT_EQ(is_root, is_directory("/tova_test_below_the_root"));
     });
 }
 
-TYPED_TEST(Directories, ThatExistAreNotTouched) {
+TYPED_TEST(Directories, ThatExistAreUnchanged) {
     this->make("locked", 0500);
     this->link_to("locked", "link");
     EXPECT_TRUE(create_directory(this->path("locked")));
@@ -188,7 +185,7 @@ TYPED_TEST(Directories, ThatExistAreNotTouched) {
     EXPECT_EQ(0500u, status.st_mode & 07777u);
 }
 
-TYPED_TEST(Directories, CannotBeMadeInPlaceOfAFile) {
+TYPED_TEST(Directories, CannotBeCreatedInPlaceOfAFile) {
     this->directory.write("file", "bytes");
     expect_in_child([&] {
         ASSERT_EQ(0, ::chdir(this->directory.path().c_str()));
@@ -199,7 +196,7 @@ TYPED_TEST(Directories, CannotBeMadeInPlaceOfAFile) {
     EXPECT_EQ("bytes", test_support::read_bytes(this->directory.path("file")));
 }
 
-TYPED_TEST(Directories, AreMadeForOwnerAndGroupInFull) {
+TYPED_TEST(Directories, AreCreatedWithMode0775) {
     expect_in_child([&] {
         ::umask(0);
         EXPECT_TRUE(create_directory(this->path("one/two/")));
@@ -223,7 +220,7 @@ TYPED_TEST(Directories, ListTheirEntriesInTheOrderOfTheSystem) {
     EXPECT_EQ(this->paths(expected), list_directory(path_text<TypeParam>(this->directory.path())));
 }
 
-TYPED_TEST(Directories, ListPathsWithTheSlashThatTheyAreAskedWith) {
+TYPED_TEST(Directories, KeepATrailingSlashInTheListedPaths) {
     this->directory.write("file", "");
     const TypeParam asked = path_text<TypeParam>(this->directory.path() + "/");
     const std::vector<TypeParam> expected = {
@@ -234,7 +231,7 @@ TYPED_TEST(Directories, ListPathsWithTheSlashThatTheyAreAskedWith) {
     EXPECT_EQ(expected, files);
 }
 
-TYPED_TEST(Directories, ListNothingWhenThereIsNothingToOpen) {
+TYPED_TEST(Directories, ListNothingIfTheyCannotBeOpenedOrAreEmpty) {
     this->make("empty");
     this->directory.write("file", "");
     for (const char* name : {"empty", "file", "missing"}) {
@@ -244,7 +241,7 @@ TYPED_TEST(Directories, ListNothingWhenThereIsNothingToOpen) {
     EXPECT_EQ(std::vector<TypeParam>(), list_directory(TypeParam()));
 }
 
-TYPED_TEST(Directories, AppendTheirFilesAndLeaveTheListAloneOtherwise) {
+TYPED_TEST(Directories, AppendTheirFilesToTheList) {
     const std::vector<TypeParam> before(1, path_text<TypeParam>("before"));
     std::vector<TypeParam> files(before);
     this->make("empty");
@@ -260,7 +257,7 @@ TYPED_TEST(Directories, AppendTheirFilesAndLeaveTheListAloneOtherwise) {
     EXPECT_EQ(3u, files.size());
 }
 
-TYPED_TEST(Directories, GiveTheirOwnFilesInFrontOfThoseBelow) {
+TYPED_TEST(Directories, ListTheirOwnFilesBeforeThoseBelow) {
     const names written = {"a/deep/file", "a/file", "b/file", "m", "z/1", "z/2", "\xC3\xA4"};
     for (const std::string& name : written)
         this->directory.write(name, "");
@@ -284,7 +281,7 @@ TYPED_TEST(Directories, GiveTheirOwnFilesInFrontOfThoseBelow) {
     EXPECT_EQ(this->paths(expected), files);
 }
 
-TYPED_TEST(Directories, GiveOnlyWhatItsOwnerMayRead) {
+TYPED_TEST(Directories, ListOnlyFilesThatTheirOwnerMayRead) {
     this->directory.write("readable", "");
     ASSERT_EQ(0, ::chmod(this->directory.write("unreadable", "").c_str(), 0044));
     this->directory.write("closed/file", "");
@@ -309,21 +306,14 @@ TYPED_TEST(Directories, FollowLinks) {
 
 typedef Directories<ustring8> DirectoriesOfASystem;
 
-TEST_F(DirectoriesOfASystem, CountASocketAsAFile) {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    const std::string name = directory.path("socket");
-    ASSERT_LT(name.size(), sizeof address.sun_path);
-    name.copy(address.sun_path, name.size());
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_EQ(0, ::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+TEST_F(DirectoriesOfASystem, ListASocketAsAFile) {
+    const test_support::bound_socket socket(directory.path("socket"));
     std::vector<ustring8> files;
     get_directory_files(directory.path(), files);
-    ::close(socket);
     EXPECT_EQ(paths({"socket"}), files);
 }
 
-TEST_F(DirectoriesOfASystem, WalkACycleOfLinksUntilTheSystemEndsIt) {
+TEST_F(DirectoriesOfASystem, FollowACycleOfLinksUntilTheSystemEndsIt) {
     directory.write("file", "");
     link_to(".", "loop");
     std::vector<ustring8> files;
@@ -336,7 +326,7 @@ TEST_F(DirectoriesOfASystem, WalkACycleOfLinksUntilTheSystemEndsIt) {
     }
 }
 
-TEST_F(DirectoriesOfASystem, HoldNoDirectoryOpenWhileTheyGoDown) {
+TEST_F(DirectoriesOfASystem, AreClosedBeforeTheirSubdirectoriesAreOpened) {
     std::string deepest;
     for (int depth = 0; depth < 60; ++depth)
         deepest += "d/";
@@ -349,16 +339,16 @@ TEST_F(DirectoriesOfASystem, HoldNoDirectoryOpenWhileTheyGoDown) {
     });
 }
 
-TEST_F(DirectoriesOfASystem, GiveNamesThatAreNoTextAsEachWidthCan) {
+TEST_F(DirectoriesOfASystem, ListNamesThatAreNotUtf8AsEachWidthCan) {
     directory.write("bad\xFFname", "");
     const std::vector<ustring8> bytes = {ustring8(directory.path("bad\xFFname"))};
     EXPECT_EQ(bytes, list_directory(ustring8(directory.path())));
 
-    const std::vector<ustring16> no_text = {path_text<ustring16>("-1")};
-    EXPECT_EQ(no_text, list_directory(path_text<ustring16>(directory.path())));
+    const std::vector<ustring16> minus_one = {path_text<ustring16>("-1")};
+    EXPECT_EQ(minus_one, list_directory(path_text<ustring16>(directory.path())));
     std::vector<ustring16> files16;
     get_directory_files(path_text<ustring16>(directory.path()), files16);
-    EXPECT_EQ(no_text, files16);
+    EXPECT_EQ(minus_one, files16);
 
     const std::vector<ustring32> marked = {path_text<ustring32>(directory.path("bad?name"))};
     EXPECT_EQ(marked, list_directory(path_text<ustring32>(directory.path())));
@@ -367,7 +357,7 @@ TEST_F(DirectoriesOfASystem, GiveNamesThatAreNoTextAsEachWidthCan) {
     EXPECT_EQ(marked, files32);
 }
 
-TEST_F(DirectoriesOfASystem, AreNamedMinusOneByABadPath) {
+TEST_F(DirectoriesOfASystem, AreNamedMinusOneForAnInvalidPath) {
     expect_in_child([this] {
         ASSERT_EQ(0, ::chdir(directory.path().c_str()));
         EXPECT_TRUE(create_directory(test_support::bad_utf16()));
@@ -382,13 +372,13 @@ TEST_F(DirectoriesOfASystem, AreNamedMinusOneByABadPath) {
     });
 }
 
-TEST_F(DirectoriesOfASystem, AreTriedInTimeInProportionToThePath) {
+TEST_F(DirectoriesOfASystem, AreTriedInTimeProportionalToThePath) {
     // Copying the path for each of its parts would take minutes.
     EXPECT_FALSE(create_directory(ustring8(500000, '/')));
 }
 
 TEST_F(DirectoriesOfASystem, EndTheirNamesAtANulByte) {
-    // The parts behind the byte name "a/b/" again, and the last of them decides the answer.
+    // The parts after the NUL byte name "a/b/" again, and the last of them decides the result.
     EXPECT_FALSE(create_directory(path("a/b/") + ustring8("\0c/d/", 5)));
     EXPECT_TRUE(create_directory(path("a/b/") + ustring8("\0c/d/", 5)));
     EXPECT_EQ(names({"a", "a/b"}), directories_below(directory.path()));

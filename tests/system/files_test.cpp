@@ -1,26 +1,27 @@
 #include <tova/system/files.hpp>
 
-#include <stdexcept>
-#include <string>
-
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <boost/filesystem/exception.hpp>
-#include <gtest/gtest.h>
-
 #include "support/child_process.hpp"
 #include "support/temporary_directory.hpp"
 #include "support/widths.hpp"
 #include "system/path_text.hpp"
 
+#include <boost/filesystem/exception.hpp>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <stdexcept>
+#include <string>
+
 namespace {
 
-using namespace TOVA_2_18;
+using namespace tova;
 using strings::ustring8;
 using system::have_read_access;
 using system::load_file;
 using system::store_file;
+using test_support::entry_exists;
+using test_support::make_link;
 using test_support::path_text;
 using test_support::read_bytes;
 
@@ -29,15 +30,6 @@ std::string all_bytes() {
     for (int byte = 0; byte < 256; ++byte)
         result.push_back(static_cast<char>(byte));
     return result;
-}
-
-void link_to(const std::string& target, const std::string& link) {
-    ASSERT_EQ(0, ::symlink(target.c_str(), link.c_str())) << link;
-}
-
-bool exists(const std::string& path) {
-    struct stat status;
-    return ::lstat(path.c_str(), &status) == 0;
 }
 
 template <typename Path>
@@ -50,7 +42,7 @@ protected:
 };
 TYPED_TEST_SUITE(Files, test_support::all_widths, test_support::width_name);
 
-TYPED_TEST(Files, LoadAllBytesAsTheyAre) {
+TYPED_TEST(Files, AreLoadedByteForByte) {
     const std::string bytes = all_bytes();
     this->directory.write("bytes", bytes);
     EXPECT_EQ(0, load_file(this->path("bytes"), this->content));
@@ -60,7 +52,7 @@ TYPED_TEST(Files, LoadAllBytesAsTheyAre) {
     EXPECT_EQ(bytes, plain);
 }
 
-TYPED_TEST(Files, LoadAByteOrderMarkAsPartOfTheContent) {
+TYPED_TEST(Files, AreLoadedWithTheirByteOrderMark) {
     const struct {
         const char* name;
         std::string bytes;
@@ -77,7 +69,7 @@ TYPED_TEST(Files, LoadAByteOrderMarkAsPartOfTheContent) {
     }
 }
 
-TYPED_TEST(Files, OpenNamesAsUtf8) {
+TYPED_TEST(Files, HaveNamesInUtf8) {
     const char* const name = "\xC3\xA4 \xE2\x82\xAC \xF0\x9F\x98\x80";
     EXPECT_EQ(0, store_file(this->path(name), ustring8("stored")));
     EXPECT_EQ("stored", read_bytes(this->directory.path(name)));
@@ -86,7 +78,7 @@ TYPED_TEST(Files, OpenNamesAsUtf8) {
     EXPECT_TRUE(have_read_access(this->path(name)));
 }
 
-TYPED_TEST(Files, LeaveTheContentAloneWhenThereIsNothingToLoad) {
+TYPED_TEST(Files, LeaveTheContentUnchangedIfTheyCannotBeOpened) {
     std::string plain = "plain";
     this->directory.write("file", "bytes");
     for (const char* name : {"missing", "missing/below", "file/below"}) {
@@ -99,7 +91,7 @@ TYPED_TEST(Files, LeaveTheContentAloneWhenThereIsNothingToLoad) {
     EXPECT_EQ("plain", plain);
 }
 
-TYPED_TEST(Files, LoadAnEmptyFileAsAnEmptyContent) {
+TYPED_TEST(Files, AreLoadedAsEmptyContentIfTheyAreEmpty) {
     this->directory.write("empty", "");
     EXPECT_EQ(0, load_file(this->path("empty"), this->content));
     EXPECT_EQ("", this->content);
@@ -108,7 +100,7 @@ TYPED_TEST(Files, LoadAnEmptyFileAsAnEmptyContent) {
     EXPECT_EQ("", plain);
 }
 
-TYPED_TEST(Files, ReplaceALongerAndAShorterContent) {
+TYPED_TEST(Files, ReplaceLongerAndShorterContent) {
     this->directory.write("short", "ab");
     EXPECT_EQ(0, load_file(this->path("short"), this->content));
     EXPECT_EQ("ab", this->content);
@@ -117,13 +109,13 @@ TYPED_TEST(Files, ReplaceALongerAndAShorterContent) {
     EXPECT_EQ(std::string(100000, 'x'), this->content);
 }
 
-TYPED_TEST(Files, RefuseToLoadALinkWhateverItPointsAt) {
+TYPED_TEST(Files, AreNotLoadedThroughALinkWhateverItPointsTo) {
     this->directory.write("file", "bytes");
     this->directory.write("folder/file", "bytes");
-    link_to("file", this->directory.path("to_file"));
-    link_to("folder", this->directory.path("to_folder"));
-    link_to("nothing", this->directory.path("to_nothing"));
-    link_to("to_file", this->directory.path("to_link"));
+    make_link("file", this->directory.path("to_file"));
+    make_link("folder", this->directory.path("to_folder"));
+    make_link("nothing", this->directory.path("to_nothing"));
+    make_link("to_file", this->directory.path("to_link"));
     std::string plain = "plain";
     for (const char* name : {"to_file", "to_folder", "to_nothing", "to_link"}) {
         SCOPED_TRACE(name);
@@ -136,16 +128,16 @@ TYPED_TEST(Files, RefuseToLoadALinkWhateverItPointsAt) {
     EXPECT_EQ("bytes", this->content);
 }
 
-TYPED_TEST(Files, FollowALinkInFrontOfTheName) {
+TYPED_TEST(Files, AreFoundThroughALinkBeforeTheName) {
     this->directory.write("folder/file", "bytes");
-    link_to("folder", this->directory.path("link"));
+    make_link("folder", this->directory.path("link"));
     EXPECT_EQ(0, load_file(this->path("link/file"), this->content));
     EXPECT_EQ("bytes", this->content);
     EXPECT_EQ(0, store_file(this->path("link/file"), ustring8("new")));
     EXPECT_EQ("new", read_bytes(this->directory.path("folder/file")));
 }
 
-TYPED_TEST(Files, StoreAllBytesAsTheyAre) {
+TYPED_TEST(Files, AreStoredByteForByte) {
     const ustring8 bytes(all_bytes());
     EXPECT_EQ(0, store_file(this->path("new"), bytes));
     EXPECT_EQ(bytes, read_bytes(this->directory.path("new")));
@@ -156,7 +148,7 @@ TYPED_TEST(Files, StoreAllBytesAsTheyAre) {
     EXPECT_TRUE(large == this->content);
 }
 
-TYPED_TEST(Files, ReplaceAStoredFileEntirely) {
+TYPED_TEST(Files, AreReplacedEntirelyWhenStored) {
     this->directory.write("file", "a longer text than the new one");
     EXPECT_EQ(0, store_file(this->path("file"), ustring8("new")));
     EXPECT_EQ("new", read_bytes(this->directory.path("file")));
@@ -164,14 +156,14 @@ TYPED_TEST(Files, ReplaceAStoredFileEntirely) {
     EXPECT_EQ("", read_bytes(this->directory.path("file")));
 }
 
-TYPED_TEST(Files, RefuseToStoreThroughALink) {
+TYPED_TEST(Files, AreNotStoredThroughALink) {
     this->directory.write("file", "bytes");
-    link_to("file", this->directory.path("to_file"));
-    link_to("nothing", this->directory.path("to_nothing"));
+    make_link("file", this->directory.path("to_file"));
+    make_link("nothing", this->directory.path("to_nothing"));
     EXPECT_EQ(1, store_file(this->path("to_file"), ustring8("new")));
     EXPECT_EQ(1, store_file(this->path("to_nothing"), ustring8("new")));
     EXPECT_EQ("bytes", read_bytes(this->directory.path("file")));
-    EXPECT_FALSE(exists(this->directory.path("nothing")));
+    EXPECT_FALSE(entry_exists(this->directory.path("nothing")));
 }
 
 TYPED_TEST(Files, CannotBeStoredWhereTheyCannotBeOpened) {
@@ -180,7 +172,7 @@ TYPED_TEST(Files, CannotBeStoredWhereTheyCannotBeOpened) {
     EXPECT_EQ(1, store_file(TypeParam(), ustring8("new")));
 }
 
-TYPED_TEST(Files, TellTheOwnersReadPermissionWhoeverAsks) {
+TYPED_TEST(Files, HaveReadAccessIfTheirOwnerHasItWhoeverAsks) {
     const struct {
         const char* name;
         unsigned int mode;
@@ -195,9 +187,9 @@ TYPED_TEST(Files, TellTheOwnersReadPermissionWhoeverAsks) {
         ASSERT_EQ(0, ::chmod(file.c_str(), c.mode));
         EXPECT_EQ(c.readable, have_read_access(path_text<TypeParam>(file)));
     }
-    link_to("owner", this->directory.path("to_owner"));
-    link_to("others", this->directory.path("to_others"));
-    link_to("nothing", this->directory.path("to_nothing"));
+    make_link("owner", this->directory.path("to_owner"));
+    make_link("others", this->directory.path("to_others"));
+    make_link("nothing", this->directory.path("to_nothing"));
     EXPECT_TRUE(have_read_access(this->path("to_owner")));
     EXPECT_FALSE(have_read_access(this->path("to_others")));
     EXPECT_FALSE(have_read_access(this->path("to_nothing")));
@@ -207,7 +199,7 @@ TYPED_TEST(Files, TellTheOwnersReadPermissionWhoeverAsks) {
 }
 
 TYPED_TEST(Files, RaiseWhenTheTestForALinkFails) {
-    link_to("loop", this->directory.path("loop"));
+    make_link("loop", this->directory.path("loop"));
     const TypeParam looped = this->path("loop/file");
     const TypeParam too_long = this->path(std::string(300, 'n'));
     std::string plain = "plain";
@@ -224,7 +216,7 @@ TYPED_TEST(Files, RaiseWhenTheTestForALinkFails) {
 
 typedef Files<ustring8> FilesOfAUser;
 
-TEST_F(FilesOfAUser, RaiseInAFolderThatMayNotBeSearched) {
+TEST_F(FilesOfAUser, RaiseInADirectoryThatMayNotBeSearched) {
     ASSERT_EQ(0, ::chmod(directory.path().c_str(), 0755));
     directory.write("locked/file", "bytes");
     ASSERT_EQ(0, ::chmod(directory.path("locked").c_str(), 0));
@@ -257,7 +249,7 @@ TEST_F(FilesOfAUser, AreRefusedWhenTheyMayNotBeOpened) {
 TEST_F(FilesOfAUser, MayBeReadableToTheirOwnerAlone) {
     ASSERT_EQ(0, ::chmod(directory.path().c_str(), 0755));
     ASSERT_EQ(0, ::chmod(directory.write("file", "bytes").c_str(), 0400));
-    // A plain user makes no file of someone else, but the first process has one for everybody.
+    // A plain user can't create a file that someone else owns, but the first process offers one.
     const ustring8 foreign = ::geteuid() == 0 ? path("file") : ustring8("/proc/1/environ");
     test_support::expect_as_plain_user([this, &foreign] {
         EXPECT_TRUE(have_read_access(foreign));
@@ -267,11 +259,11 @@ TEST_F(FilesOfAUser, MayBeReadableToTheirOwnerAlone) {
     });
 }
 
-TEST_F(FilesOfAUser, MayFailToBeWrittenWithoutNotice) {
+TEST_F(FilesOfAUser, MayFailToBeWrittenWithoutAnError) {
     EXPECT_EQ(0, store_file(ustring8("/dev/full"), ustring8("bytes")));
 }
 
-TEST_F(FilesOfAUser, RaiseTheStandardExceptionWhenTheyCannotBeMeasured) {
+TEST_F(FilesOfAUser, RaiseLengthErrorIfTheirSizeIsUnknown) {
     EXPECT_THROW(load_file(ustring8("/proc/self/status"), content), std::length_error);
     EXPECT_EQ("as it was before", content);
 }
@@ -281,13 +273,13 @@ TEST_F(FilesOfAUser, AreOutOfRangeFrom2GibOn) {
     ASSERT_EQ(0, ::truncate(file.c_str(), 0x80000000L));
     EXPECT_THROW(load_file(path("sparse"), content), std::length_error);
     EXPECT_EQ("as it was before", content);
-    // Only the low 32 bits of a size count, and nothing is read behind the content.
+    // Only the low 32 bits of a size count, and nothing is read past the content.
     ASSERT_EQ(0, ::truncate(file.c_str(), 0x100000003L));
     EXPECT_EQ(0, load_file(path("sparse"), content));
     EXPECT_EQ("fro", content);
 }
 
-TEST_F(FilesOfAUser, AreNamedMinusOneByABadPath) {
+TEST_F(FilesOfAUser, AreNamedMinusOneForAnInvalidPath) {
     test_support::expect_in_child([this] {
         ASSERT_EQ(0, ::chdir(directory.path().c_str()));
         EXPECT_EQ(1, load_file(test_support::bad_utf16(), content));
@@ -302,7 +294,7 @@ TEST_F(FilesOfAUser, AreNamedMinusOneByABadPath) {
 }
 
 TEST_F(FilesOfAUser, EndTheirNamesAtANulByte) {
-    EXPECT_EQ(0, store_file(path("name") + ustring8("\0behind", 7), ustring8("bytes")));
+    EXPECT_EQ(0, store_file(path("name") + ustring8("\0after", 6), ustring8("bytes")));
     EXPECT_EQ("bytes", read_bytes(directory.path("name")));
     EXPECT_EQ(0, load_file(path("name") + ustring8("\0other", 6), content));
     EXPECT_EQ("bytes", content);

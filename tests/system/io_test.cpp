@@ -1,33 +1,26 @@
 #include <tova/system/io.hpp>
 
-#include <csignal>
-#include <string>
-
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
-#include <sys/un.h>
-#include <unistd.h>
-
-#include <gtest/gtest.h>
-
 #include "support/child_process.hpp"
 #include "support/temporary_directory.hpp"
 #include "support/widths.hpp"
 #include "system/path_text.hpp"
 
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <string>
+
 namespace {
 
-using namespace TOVA_2_18;
+using namespace tova;
 using strings::ustring8;
+using test_support::entry_exists;
 using test_support::path_text;
 using test_support::read_bytes;
-namespace io = TOVA_2_18::system::io;
-
-bool there(const std::string& path) {
-    struct stat status;
-    return ::lstat(path.c_str(), &status) == 0;
-}
+namespace io = tova::system::io;
 
 template <typename Path>
 class Io : public ::testing::Test {
@@ -39,7 +32,7 @@ protected:
         ASSERT_EQ(0, ::mkdir(name(entry).c_str(), 0755)) << entry;
     }
     void link_to(const std::string& target, const std::string& entry) {
-        ASSERT_EQ(0, ::symlink(target.c_str(), name(entry).c_str())) << entry;
+        test_support::make_link(target, name(entry));
     }
 
     test_support::temporary_directory directory;
@@ -78,26 +71,19 @@ TYPED_TEST(Io, TellsFilesFromDirectories) {
     EXPECT_FALSE(io::is_directory(TypeParam()));
 }
 
-TYPED_TEST(Io, TakesASocketForAFileAndADirectory) {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    const std::string name = this->name("socket");
-    ASSERT_LT(name.size(), sizeof address.sun_path);
-    name.copy(address.sun_path, name.size());
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_EQ(0, ::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+TYPED_TEST(Io, TreatsASocketAsAFileAndADirectory) {
+    const test_support::bound_socket socket(this->name("socket"));
     EXPECT_TRUE(io::exists(this->path("socket")));
     EXPECT_TRUE(io::is_file(this->path("socket")));
     EXPECT_TRUE(io::is_directory(this->path("socket")));
-    ::close(socket);
 }
 
-TYPED_TEST(Io, TakesADeviceOfCharactersForNeitherAndOneOfBlocksForADirectory) {
+TYPED_TEST(Io, TreatsACharacterDeviceAsNeitherAndABlockDeviceAsADirectory) {
     const TypeParam null = path_text<TypeParam>("/dev/null");
     EXPECT_TRUE(io::exists(null));
     EXPECT_FALSE(io::is_file(null));
     EXPECT_FALSE(io::is_directory(null));
-    // Only the super user can make the other kind, and not everywhere.
+    // Only root can create a block device, and not everywhere.
     if (::mknod(this->name("block").c_str(), S_IFBLK | 0600, makedev(7, 0)) == 0) {
         EXPECT_TRUE(io::exists(this->path("block")));
         EXPECT_FALSE(io::is_file(this->path("block")));
@@ -105,7 +91,7 @@ TYPED_TEST(Io, TakesADeviceOfCharactersForNeitherAndOneOfBlocksForADirectory) {
     }
 }
 
-TYPED_TEST(Io, RemovesFilesLinksAndEmptyDirectoriesAsFiles) {
+TYPED_TEST(Io, RemoveFileRemovesFilesLinksAndEmptyDirectories) {
     this->directory.write("file", "");
     this->directory.write("target", "");
     this->directory.write("full/file", "");
@@ -114,14 +100,14 @@ TYPED_TEST(Io, RemovesFilesLinksAndEmptyDirectoriesAsFiles) {
     for (const char* entry : {"file", "link", "empty", "full", "missing"})
         io::remove_file(this->path(entry));
     io::remove_file(TypeParam());
-    EXPECT_FALSE(there(this->name("file")));
-    EXPECT_FALSE(there(this->name("link")));
-    EXPECT_FALSE(there(this->name("empty")));
-    EXPECT_TRUE(there(this->name("target")));
-    EXPECT_TRUE(there(this->name("full/file")));
+    EXPECT_FALSE(entry_exists(this->name("file")));
+    EXPECT_FALSE(entry_exists(this->name("link")));
+    EXPECT_FALSE(entry_exists(this->name("empty")));
+    EXPECT_TRUE(entry_exists(this->name("target")));
+    EXPECT_TRUE(entry_exists(this->name("full/file")));
 }
 
-TYPED_TEST(Io, RemovesOnlyEmptyDirectoriesAsDirectories) {
+TYPED_TEST(Io, RemoveDirRemovesOnlyEmptyDirectories) {
     this->directory.write("file", "");
     this->directory.write("full/file", "");
     this->make("empty");
@@ -130,17 +116,17 @@ TYPED_TEST(Io, RemovesOnlyEmptyDirectoriesAsDirectories) {
     for (const char* entry : {"file", "full", "empty", "link", "missing"})
         io::remove_dir(this->path(entry));
     io::remove_dir(TypeParam());
-    EXPECT_FALSE(there(this->name("empty")));
-    EXPECT_TRUE(there(this->name("file")));
-    EXPECT_TRUE(there(this->name("full/file")));
-    EXPECT_TRUE(there(this->name("link")));
-    EXPECT_TRUE(there(this->name("target")));
+    EXPECT_FALSE(entry_exists(this->name("empty")));
+    EXPECT_TRUE(entry_exists(this->name("file")));
+    EXPECT_TRUE(entry_exists(this->name("full/file")));
+    EXPECT_TRUE(entry_exists(this->name("link")));
+    EXPECT_TRUE(entry_exists(this->name("target")));
 }
 
 TYPED_TEST(Io, MovesTheSecondToTheFirst) {
     this->directory.write("a", "bytes of a");
     io::move(this->path("b"), this->path("a"));
-    EXPECT_FALSE(there(this->name("a")));
+    EXPECT_FALSE(entry_exists(this->name("a")));
     EXPECT_EQ("bytes of a", read_bytes(this->name("b")));
 }
 
@@ -148,18 +134,18 @@ TYPED_TEST(Io, ReplacesAFileByMoving) {
     this->directory.write("source", "new");
     this->directory.write("target", "old");
     io::move(this->path("target"), this->path("source"));
-    EXPECT_FALSE(there(this->name("source")));
+    EXPECT_FALSE(entry_exists(this->name("source")));
     EXPECT_EQ("new", read_bytes(this->name("target")));
 }
 
-TYPED_TEST(Io, MovesDirectoriesAndLinksThemselves) {
+TYPED_TEST(Io, MovesDirectoriesAndMovesLinksThemselves) {
     this->directory.write("folder/file", "bytes");
     this->link_to("folder", "link");
     io::move(this->path("\xC3\xA4"), this->path("folder"));
     io::move(this->path("moved"), this->path("link"));
     EXPECT_EQ("bytes", read_bytes(this->name("\xC3\xA4/file")));
-    EXPECT_TRUE(there(this->name("moved")));
-    EXPECT_FALSE(there(this->name("link")));
+    EXPECT_TRUE(entry_exists(this->name("moved")));
+    EXPECT_FALSE(entry_exists(this->name("link")));
 }
 
 TYPED_TEST(Io, ReportsNoFailedMove) {
@@ -170,11 +156,11 @@ TYPED_TEST(Io, ReportsNoFailedMove) {
     io::move(this->path("full"), this->path("file"));
     io::move(TypeParam(), this->path("file"));
     EXPECT_EQ("bytes", read_bytes(this->name("file")));
-    EXPECT_TRUE(there(this->name("full/file")));
-    EXPECT_FALSE(there(this->name("missing")));
+    EXPECT_TRUE(entry_exists(this->name("full/file")));
+    EXPECT_FALSE(entry_exists(this->name("missing")));
 }
 
-TYPED_TEST(Io, CallsMkdirUntilTheStackEndsAndMakesNothing) {
+TYPED_TEST(Io, MkdirRecursesUntilTheStackEndsAndCreatesNothing) {
     for (const char* entry : {"new", ""}) {
         SCOPED_TRACE(entry);
         test_support::child_limits limits;
@@ -188,12 +174,12 @@ TYPED_TEST(Io, CallsMkdirUntilTheStackEndsAndMakesNothing) {
             EXPECT_EQ(SIGSEGV, result.signal);
         }
     }
-    EXPECT_FALSE(there(this->name("new")));
+    EXPECT_FALSE(entry_exists(this->name("new")));
 }
 
 typedef Io<ustring8> IoOfASystem;
 
-TEST_F(IoOfASystem, WorksOnMinusOneForABadPath) {
+TEST_F(IoOfASystem, UsesTheNameMinusOneForAnInvalidPath) {
     test_support::expect_in_child([this] {
         ASSERT_EQ(0, ::chdir(directory.path().c_str()));
         EXPECT_FALSE(io::exists(test_support::bad_utf16()));
@@ -206,10 +192,10 @@ TEST_F(IoOfASystem, WorksOnMinusOneForABadPath) {
         io::move(test_support::bad_utf32(), path_text<strings::ustring32>("moved"));
         EXPECT_EQ("bytes", read_bytes("-1"));
         io::remove_file(test_support::bad_utf32());
-        EXPECT_FALSE(there("-1"));
+        EXPECT_FALSE(entry_exists("-1"));
         ASSERT_EQ(0, ::mkdir("-1", 0755));
         io::remove_dir(test_support::bad_utf16());
-        EXPECT_FALSE(there("-1"));
+        EXPECT_FALSE(entry_exists("-1"));
     });
 }
 

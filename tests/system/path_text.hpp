@@ -1,10 +1,16 @@
-// Paths for the tests of files and directories, in each width.
+// Paths in each width, and special files, for the tests of files and directories.
 #pragma once
-
-#include <string>
 
 #include <tova/strings/unicode.hpp>
 #include <tova/strings/ustring.hpp>
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <string>
 
 namespace test_support {
 
@@ -12,24 +18,52 @@ template <typename Path>
 Path path_text(const std::string& utf8);
 
 template <>
-inline TOVA_2_18::strings::ustring8 path_text(const std::string& utf8) {
+inline tova::strings::ustring8 path_text(const std::string& utf8) {
     return utf8;
 }
 template <>
-inline TOVA_2_18::strings::ustring16 path_text(const std::string& utf8) {
-    return TOVA_2_18::strings::utf8_to_utf16(utf8);
+inline tova::strings::ustring16 path_text(const std::string& utf8) {
+    return tova::strings::utf8_to_utf16(utf8);
 }
 template <>
-inline TOVA_2_18::strings::ustring32 path_text(const std::string& utf8) {
-    return TOVA_2_18::strings::utf8_to_utf32(utf8);
+inline tova::strings::ustring32 path_text(const std::string& utf8) {
+    return tova::strings::utf8_to_utf32(utf8);
 }
 
-// Paths that are no text: their UTF-8 reads "-1".
-inline TOVA_2_18::strings::ustring16 bad_utf16() {
-    return TOVA_2_18::strings::ustring16(1, static_cast<unsigned short>(0xD800));
+// Paths that are not valid: in UTF-8 they become "-1".
+inline tova::strings::ustring16 bad_utf16() {
+    return tova::strings::ustring16(1, static_cast<unsigned short>(0xD800));
 }
-inline TOVA_2_18::strings::ustring32 bad_utf32() {
-    return TOVA_2_18::strings::ustring32(1, static_cast<wchar_t>(0xD800));
+inline tova::strings::ustring32 bad_utf32() {
+    return tova::strings::ustring32(1, static_cast<wchar_t>(0xD800));
 }
+
+// Whether there is an entry of that name, links not followed.
+inline bool entry_exists(const std::string& path) {
+    struct stat status;
+    return ::lstat(path.c_str(), &status) == 0;
+}
+
+inline void make_link(const std::string& target, const std::string& link) {
+    ASSERT_EQ(0, ::symlink(target.c_str(), link.c_str())) << link;
+}
+
+// A socket that is bound to a path, and closed at the end of its scope.
+class bound_socket {
+public:
+    explicit bound_socket(const std::string& path) : m_socket(::socket(AF_UNIX, SOCK_STREAM, 0)) {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        EXPECT_LT(path.size(), sizeof address.sun_path);
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        EXPECT_EQ(0, ::bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+    }
+    ~bound_socket() { ::close(m_socket); }
+    bound_socket(const bound_socket&) = delete;
+    bound_socket& operator=(const bound_socket&) = delete;
+
+private:
+    int m_socket;
+};
 
 }  // namespace test_support

@@ -1,16 +1,16 @@
 #include <tova/traits/function_traits.hpp>
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <tuple>
 #include <type_traits>
 
-#include <gtest/gtest.h>
-
 namespace {
 
-using TOVA_2_18::traits::function_traits;
+using tova::traits::function_traits;
 
-TEST(FunctionTraits, TellTheTypesOfASignature) {
+TEST(FunctionTraits, NameTheTypesOfASignature) {
     typedef function_traits<bool(const std::string&, unsigned int&, char)> traits;
     EXPECT_TRUE((std::is_same<bool, traits::result_type>::value));
     EXPECT_TRUE((std::is_same<std::tuple<const std::string&, unsigned int&, char>,
@@ -22,7 +22,7 @@ TEST(FunctionTraits, TellTheTypesOfASignature) {
 }
 
 TEST(FunctionTraits, AreEmptyAndDeriveFromTheirHelper) {
-    typedef TOVA_2_18::traits::_private::function_traits_helper<void(int)> helper;
+    typedef tova::traits::_private::function_traits_helper<void(int)> helper;
     EXPECT_TRUE(std::is_empty<helper>::value);
     EXPECT_TRUE(std::is_empty<function_traits<void(int)>>::value);
     EXPECT_TRUE((std::is_base_of<helper, function_traits<void(int)>>::value));

@@ -1,4 +1,4 @@
-// A plain calendar, by month lengths and walks, to hold the day numbers against.
+// A plain calendar of month lengths, to compare the day numbers with.
 #pragma once
 
 namespace test_support {
@@ -37,8 +37,8 @@ inline calendar_day next_day(calendar_day day) {
     return day;
 }
 
-// The number of a day, 1 for 1 March of year 0, with 64 bits to spare for the sum. The year before
-// year 0 is the largest one. A month 0 counts as a December, as it is no month.
+// The number of a day, where 1 is 1 March of year 0, computed in 64 bits. The year before year 0 is
+// the largest one. Month 0 counts as a December of the year before.
 inline unsigned number_of(const calendar_day& day) {
     static const unsigned days_before_month[] = {306, 337, 0,   31,  61,  92,
                                                  122, 153, 184, 214, 245, 275};
@@ -48,7 +48,7 @@ inline unsigned number_of(const calendar_day& day) {
     return static_cast<unsigned>(year * 365UL + leap_days + days_before_month[month - 1] + day.day);
 }
 
-// The day with a number, by the calendar: a year from March to February after the other.
+// The day with a number, found by walking over years from March to February, and then over months.
 inline calendar_day day_with(unsigned number) {
     const unsigned days = number - 1;
     unsigned year = days / 146097 * 400;
@@ -67,7 +67,7 @@ inline calendar_day day_with(unsigned number) {
     return day;
 }
 
-// What a date becomes that is set from a number: there is no 29 February among them.
+// The date that is set from a number: never a 29 February.
 inline calendar_day reached_by(unsigned number) {
     const calendar_day day = day_with(number);
     return day.month == 2 && day.day == 29 ? calendar_day{day.year, 3, 1} : day;

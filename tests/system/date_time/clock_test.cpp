@@ -1,16 +1,15 @@
-// The readers of the clock and the timer, with a clock that this program provides: the library
-// finds it in front of the C library's.
-#include <cstdlib>
-#include <ctime>
-#include <string>
-
-#include <sys/time.h>
-
-#include <gtest/gtest.h>
-
+// The functions that read the clock, and the timer, with a clock of this program: the library finds
+// its symbols before those of the C library.
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/system/date_time/date_time.hpp>
 #include <tova/system/date_time/timer.hpp>
+
+#include <gtest/gtest.h>
+#include <sys/time.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <string>
 
 namespace {
 
@@ -20,8 +19,8 @@ using tova::system::date_time::date_time_t;
 using tova::system::date_time::time;
 using tova::system::date_time::timer;
 
-// The readings to come in microseconds, and how many were made. The first ones are for the load of
-// the library: a warm-up of 500 microseconds and two samples of 7 and 4.
+// The planned readings in microseconds, and how many have been made. The first six are for the load
+// of the library: a warm-up of 500 microseconds, and two samples of 7 and 4.
 unsigned long readings[16] = {1000000, 1000500, 2000000, 2000007, 3000000, 3000004};
 unsigned readings_planned = 6;
 unsigned readings_made = 0;
@@ -51,7 +50,7 @@ extern "C" std::time_t time(std::time_t* result) noexcept {
 
 namespace {
 
-// What the load of the library has left behind, before any test.
+// What loading the library did, before any test.
 const unsigned readings_at_load = readings_made;
 const unsigned long overhead_at_load = timer::m_overheadMicroseconds;
 
@@ -68,22 +67,22 @@ protected:
         fixed_time = seconds;
     }
 
-    static std::string told(const date& value) {
+    static std::string shown(const date& value) {
         return std::to_string(value.day()) + "." + std::to_string(value.month()) + "." +
                std::to_string(value.year());
     }
-    static std::string told(const time& value) {
+    static std::string shown(const time& value) {
         return std::to_string(value.hour()) + ":" + std::to_string(value.minute()) + ":" +
                std::to_string(value.second()) + "." + std::to_string(value.millisecond());
     }
-    static std::string told(const date_time_t& value) {
-        return told(value.date()) + " " + told(value.time());
+    static std::string shown(const date_time_t& value) {
+        return shown(value.date()) + " " + shown(value.time());
     }
 };
 
 typedef fixed_clock ClockReaders;
 
-TEST_F(ClockReaders, TellTheMomentInUTCAndInTheZoneOfTheProcess) {
+TEST_F(ClockReaders, ReturnTheTimeInUTCAndInTheZoneOfTheProcess) {
     const struct {
         const char* zone;
         long seconds;
@@ -100,20 +99,20 @@ TEST_F(ClockReaders, TellTheMomentInUTCAndInTheZoneOfTheProcess) {
         {"UTC0", -1, 500000, "31.12.1969", "23:59:59.500", "31.12.1969", "23:59:59.500"},
         {"EAST-1", 1719835200, 999, "1.7.2024", "12:0:0.0", "1.7.2024", "13:0:0.0"},
         {"CET-1CEST,M3.5.0,M10.5.0", 1719835200, 0, "1.7.2024", "12:0:0.0", "1.7.2024", "14:0:0.0"},
-        // Years are unsigned, and the one before year 0 is the largest.
+        // Years are unsigned; the one before year 0 is the largest.
         {"UTC0", -62198755200, 0, "1.1.4294967295", "0:0:0.0", "1.1.4294967295", "0:0:0.0"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.zone << " " << c.seconds);
         set_zone(c.zone);
         set_clock(c.seconds, c.microseconds);
-        EXPECT_EQ(c.utc_date, told(date::UTC_date()));
-        EXPECT_EQ(c.utc_time, told(time::UTC_time()));
-        EXPECT_EQ(c.local_date, told(date::local_date()));
-        EXPECT_EQ(c.local_time, told(time::local_time()));
-        EXPECT_EQ(c.utc_date + std::string(" ") + c.utc_time, told(date_time_t::UTC_date_time()));
+        EXPECT_EQ(c.utc_date, shown(date::UTC_date()));
+        EXPECT_EQ(c.utc_time, shown(time::UTC_time()));
+        EXPECT_EQ(c.local_date, shown(date::local_date()));
+        EXPECT_EQ(c.local_time, shown(time::local_time()));
+        EXPECT_EQ(c.utc_date + std::string(" ") + c.utc_time, shown(date_time_t::UTC_date_time()));
         EXPECT_EQ(c.local_date + std::string(" ") + c.local_time,
-                  told(date_time_t::local_date_time()));
+                  shown(date_time_t::local_date_time()));
     }
 }
 
@@ -133,13 +132,13 @@ TEST_F(ClockReaders, ReadTheClockOnceEach) {
     EXPECT_EQ(2u, times_asked);
 }
 
-TEST_F(ClockReaders, TakeDatesFromTheClockOfWholeSeconds) {
+TEST_F(ClockReaders, ReadDatesFromTheClockOfWholeSeconds) {
     set_zone("UTC0");
     set_clock(0, 0);
     fixed_time = 86400;
-    EXPECT_EQ("2.1.1970", told(date::UTC_date()));
-    EXPECT_EQ("2.1.1970", told(date::local_date()));
-    EXPECT_EQ("1.1.1970 0:0:0.0", told(date_time_t::UTC_date_time()));
+    EXPECT_EQ("2.1.1970", shown(date::UTC_date()));
+    EXPECT_EQ("2.1.1970", shown(date::local_date()));
+    EXPECT_EQ("1.1.1970 0:0:0.0", shown(date_time_t::UTC_date_time()));
 }
 
 class Timer : public ::testing::Test {
@@ -162,7 +161,7 @@ TEST_F(Timer, HasMeasuredTheClockAtLoad) {
     EXPECT_EQ(5u, overhead_at_load);
 }
 
-TEST_F(Timer, HasTheMeanOfTwoSamplesBehindAWarmUpAsItsOverhead) {
+TEST_F(Timer, MeasuresTheMeanOfTwoSamplesAfterAWarmUp) {
     const struct {
         unsigned long readings[6];
         unsigned long overhead;
@@ -184,7 +183,7 @@ TEST_F(Timer, HasTheMeanOfTwoSamplesBehindAWarmUpAsItsOverhead) {
     }
 }
 
-TEST_F(Timer, KeepsAnOverheadThatIsKnown) {
+TEST_F(Timer, KeepsAnOverheadThatIsAlreadyKnown) {
     plan({1, 2, 10, 20, 30, 40});
     timer::m_overheadMicroseconds = 3;
     auto_tester();
@@ -219,7 +218,7 @@ TEST_F(Timer, AddsUpSpans) {
     EXPECT_EQ(0u, stopwatch.elapsed());
 }
 
-TEST_F(Timer, TakesTheOverheadOffEachSpanDownTo0) {
+TEST_F(Timer, SubtractsTheOverheadFromEachSpanDownTo0) {
     plan({100, 150, 200, 203, 300, 302});
     timer::m_overheadMicroseconds = 3;
     timer stopwatch;

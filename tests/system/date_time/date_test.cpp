@@ -1,14 +1,14 @@
 #include <tova/system/date_time/date.hpp>
 
-#include <limits>
-#include <ostream>
-
-#include <gtest/gtest.h>
-
 #include <tova/exceptions/exceptions.hpp>
 
 #include "support/place_of_raise.hpp"
 #include "system/date_time/calendar_oracle.hpp"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <ostream>
 
 namespace {
 
@@ -21,7 +21,7 @@ using tova::system::date_time::date_duration;
 const char source[] = "system/date_time/date";
 const unsigned largest = std::numeric_limits<unsigned>::max();
 
-calendar_day told(const date& value) {
+calendar_day shown(const date& value) {
     return {value.year(), value.month(), value.day()};
 }
 
@@ -35,24 +35,24 @@ date date_with(unsigned number) {
     return result;
 }
 
-// The stored day of a date, which months of 31 days tell as it is.
+// The stored day of a date, which a month of 31 days returns unchanged.
 unsigned stored_day(date value) {
     value.month(1);
     return value.day();
 }
 
 template <typename Body>
-void expect_bad_day(const Body& body) {
+void expect_invalid_day(const Body& body) {
     EXPECT_TRUE(raises<out_of_range>(body, "day value out of valid range", 68, source, "day"));
 }
 
 template <typename Body>
-void expect_bad_month(const Body& body) {
+void expect_invalid_month(const Body& body) {
     EXPECT_TRUE(raises<out_of_range>(body, "month value out of valid range", 58, source, "month"));
 }
 
 template <typename Body>
-void expect_bad_move(const Body& body) {
+void expect_invalid_move(const Body& body) {
     EXPECT_TRUE(
         raises<out_of_range>(body, "date value out of valid range", 146, source, "minus_assign"));
 }
@@ -71,7 +71,7 @@ namespace {
 
 TEST(Date, IsAllZeroByDefault) {
     const date none;
-    EXPECT_EQ((calendar_day{0, 0, 0}), told(none));
+    EXPECT_EQ((calendar_day{0, 0, 0}), shown(none));
     EXPECT_EQ(0u, none.get_days());
     EXPECT_FALSE(none.is_day_constrained());
     EXPECT_TRUE(none.is_leap_year());
@@ -84,14 +84,14 @@ TEST(Date, IsMadeFromDayMonthAndYear) {
     EXPECT_EQ(1998u, value.year());
 }
 
-TEST(Date, ReportsABadDayBeforeABadMonth) {
-    expect_bad_day([] { date(0, 0, 2000); });
-    expect_bad_day([] { date(32, 13, 2000); });
-    expect_bad_month([] { date(31, 13, 2000); });
-    expect_bad_month([] { date(1, 0, 2000); });
+TEST(Date, ReportsAnInvalidDayBeforeAnInvalidMonth) {
+    expect_invalid_day([] { date(0, 0, 2000); });
+    expect_invalid_day([] { date(32, 13, 2000); });
+    expect_invalid_month([] { date(31, 13, 2000); });
+    expect_invalid_month([] { date(1, 0, 2000); });
 }
 
-TEST(Date, TakesDaysFrom1To31WhateverTheMonth) {
+TEST(Date, AcceptsDaysFrom1To31WhateverTheMonth) {
     for (unsigned month = 0; month <= 12; ++month) {
         date value;
         if (month > 0)
@@ -104,14 +104,14 @@ TEST(Date, TakesDaysFrom1To31WhateverTheMonth) {
         }
         for (unsigned day : {0u, 32u, 33u, 1000u, 0x80000000u, largest - 30, largest}) {
             SCOPED_TRACE(day);
-            expect_bad_day([&] { value.day(day); });
+            expect_invalid_day([&] { value.day(day); });
             EXPECT_FALSE(value.is_valid_day(day));
             EXPECT_EQ(31u, stored_day(value));
         }
     }
 }
 
-TEST(Date, TakesMonthsFrom1To12) {
+TEST(Date, AcceptsMonthsFrom1To12) {
     date value;
     for (unsigned month = 1; month <= 12; ++month) {
         EXPECT_EQ(month, value.month(month));
@@ -120,13 +120,13 @@ TEST(Date, TakesMonthsFrom1To12) {
     }
     for (unsigned month : {0u, 13u, 100u, 0x80000000u, largest}) {
         SCOPED_TRACE(month);
-        expect_bad_month([&] { value.month(month); });
+        expect_invalid_month([&] { value.month(month); });
         EXPECT_FALSE(value.is_valid_month(month));
         EXPECT_EQ(12u, value.month());
     }
 }
 
-TEST(Date, TakesAnyYear) {
+TEST(Date, AcceptsAnyYear) {
     date value;
     for (unsigned year : {0u, 1u, 1582u, 2000u, 0x80000000u, largest}) {
         EXPECT_EQ(year, value.year(year));
@@ -149,7 +149,7 @@ TEST(Date, HasLeapYearsByTheGregorianRule) {
         ASSERT_EQ(test_support::is_leap(year), date(1, 1, year).is_leap_year()) << year;
 }
 
-TEST(Date, KeepsADayBeyondTheMonthAndTellsTheLastDayOfTheMonth) {
+TEST(Date, StoresADayBeyondTheMonthAndReturnsTheLastDayOfTheMonth) {
     for (unsigned year : {1900u, 2000u, 2001u, 2004u}) {
         for (unsigned month = 1; month <= 12; ++month) {
             const unsigned length = test_support::month_length(year, month);
@@ -165,7 +165,7 @@ TEST(Date, KeepsADayBeyondTheMonthAndTellsTheLastDayOfTheMonth) {
     }
 }
 
-TEST(Date, TellsTheStoredDayAgainWhenMonthAndYearHaveRoomForIt) {
+TEST(Date, ReturnsTheStoredDayAgainWhenMonthAndYearHaveRoomForIt) {
     date value(31, 2, 2001);
     EXPECT_EQ(28u, value.day());
     EXPECT_TRUE(value.is_day_constrained());
@@ -193,12 +193,12 @@ TEST(Date, CopiesWithItsStoredDay) {
     date named(1, 1, 1);
     EXPECT_EQ(&named, &named.assign(value));
     for (const date& other : {copy, assigned, named}) {
-        EXPECT_EQ((calendar_day{2001, 2, 28}), told(other));
+        EXPECT_EQ((calendar_day{2001, 2, 28}), shown(other));
         EXPECT_EQ(31u, stored_day(other));
     }
     const date& self = assigned;
     assigned = self;
-    EXPECT_EQ((calendar_day{2001, 2, 28}), told(assigned));
+    EXPECT_EQ((calendar_day{2001, 2, 28}), shown(assigned));
 }
 
 TEST(DayNumber, CountsFromTheFirstOfMarchOfYear0) {
@@ -226,7 +226,7 @@ TEST(DayNumber, CountsTheStoredDay) {
     EXPECT_EQ(date(1, 3, 2001).pJulian_day_number(), date(29, 2, 2001).pJulian_day_number());
 }
 
-TEST(DayNumber, WrapsInFrontOfTheFirstOfMarchOfYear0) {
+TEST(DayNumber, WrapsBeforeTheFirstOfMarchOfYear0) {
     EXPECT_EQ(1041529479u, date().pJulian_day_number());
     EXPECT_EQ(1041529511u, date(1, 1, 0).pJulian_day_number());
     EXPECT_EQ(1041529570u, date(29, 2, 0).pJulian_day_number());
@@ -237,12 +237,12 @@ TEST(DayNumber, WrapsAt32Bits) {
     EXPECT_EQ(largest, date(19, 3, 11759221).pJulian_day_number());
     EXPECT_EQ(0u, date(20, 3, 11759221).pJulian_day_number());
     EXPECT_EQ(1u, date(21, 3, 11759221).pJulian_day_number());
-    EXPECT_EQ((calendar_day{11759221, 3, 19}), told(date_with(largest)));
-    EXPECT_EQ((calendar_day{11759221, 3, 20}), told(date_with(0)));
-    EXPECT_EQ((calendar_day{0, 3, 1}), told(date_with(1)));
+    EXPECT_EQ((calendar_day{11759221, 3, 19}), shown(date_with(largest)));
+    EXPECT_EQ((calendar_day{11759221, 3, 20}), shown(date_with(0)));
+    EXPECT_EQ((calendar_day{0, 3, 1}), shown(date_with(1)));
 }
 
-TEST(DayNumber, MakesTheFirstOfMarchOfA29February) {
+TEST(DayNumber, TurnsA29FebruaryIntoTheFirstOfMarch) {
     const struct {
         unsigned number;
         calendar_day day;
@@ -256,19 +256,19 @@ TEST(DayNumber, MakesTheFirstOfMarchOfA29February) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.number);
-        EXPECT_EQ(c.day, told(date_with(c.number)));
+        EXPECT_EQ(c.day, shown(date_with(c.number)));
     }
 }
 
 TEST(DayNumber, ReplacesAllFieldsOfADate) {
     date value(31, 12, 2500);
     value.pJulian_day_number(32);
-    EXPECT_EQ((calendar_day{0, 4, 1}), told(value));
+    EXPECT_EQ((calendar_day{0, 4, 1}), shown(value));
     EXPECT_EQ(1u, stored_day(value));
 }
 
-// Every day of 800 years, walked by a calendar of month lengths, there and back.
-TEST(DayNumber, GoesThereAndBackForEveryDayOf800YearsBut29February) {
+// Every day of 800 years, to its number and back, beside a calendar of month lengths.
+TEST(DayNumber, RoundTripsEveryDayOf800YearsExcept29February) {
     calendar_day day = {0, 3, 1};
     unsigned exceptions = 0;
     unsigned number = 1;
@@ -276,15 +276,16 @@ TEST(DayNumber, GoesThereAndBackForEveryDayOf800YearsBut29February) {
         ASSERT_EQ(number, date_of(day).pJulian_day_number()) << number;
         const bool is_29_february = day.month == 2 && day.day == 29;
         const calendar_day back = is_29_february ? calendar_day{day.year, 3, 1} : day;
-        ASSERT_EQ(back, told(date_with(number))) << number;
+        ASSERT_EQ(back, shown(date_with(number))) << number;
         exceptions += is_29_february ? 1 : 0;
     }
     EXPECT_EQ(292195u, number);
     EXPECT_EQ(194u, exceptions);
 }
 
-// The oracle for single numbers agrees with the walk, and the date with the oracle elsewhere.
-TEST(DayNumber, AgreesWithTheCalendarAllOverTheRange) {
+// The oracle for single numbers agrees with the walk, and dates agree with the oracle everywhere
+// else.
+TEST(DayNumber, AgreesWithTheCalendarOverTheWholeRange) {
     calendar_day day = {0, 3, 1};
     for (unsigned number = 1; number <= 292194; ++number, day = next_day(day)) {
         ASSERT_EQ(number, test_support::number_of(day));
@@ -293,7 +294,7 @@ TEST(DayNumber, AgreesWithTheCalendarAllOverTheRange) {
     for (unsigned long number = 0; number <= largest; number += 49999) {
         const unsigned n = static_cast<unsigned>(number);
         const calendar_day reached = test_support::reached_by(n);
-        ASSERT_EQ(reached, told(date_with(n))) << n;
+        ASSERT_EQ(reached, shown(date_with(n))) << n;
         ASSERT_EQ(test_support::number_of(reached), date_with(n).pJulian_day_number()) << n;
     }
 }
@@ -315,41 +316,41 @@ TEST(DateSum, MovesAlongTheCalendar) {
         SCOPED_TRACE(::testing::Message() << c.from.year << " " << c.days);
         date value = date_of(c.from);
         EXPECT_EQ(&value, &(value += date_duration(c.days)));
-        EXPECT_EQ(c.to, told(value));
+        EXPECT_EQ(c.to, shown(value));
         date named = date_of(c.from);
         EXPECT_EQ(&named, &named.plus_assign(date_duration(c.days)));
-        EXPECT_EQ(c.to, told(named));
+        EXPECT_EQ(c.to, shown(named));
     }
 }
 
 TEST(DateSum, NeverArrivesAtA29February) {
     date same(29, 2, 2000);
     same += date_duration(0);
-    EXPECT_EQ((calendar_day{2000, 3, 1}), told(same));
+    EXPECT_EQ((calendar_day{2000, 3, 1}), shown(same));
     date next(28, 2, 2000);
     next += date_duration(1);
-    EXPECT_EQ((calendar_day{2000, 3, 1}), told(next));
+    EXPECT_EQ((calendar_day{2000, 3, 1}), shown(next));
     date before(1, 3, 2000);
     before -= date_duration(1);
-    EXPECT_EQ((calendar_day{2000, 3, 1}), told(before));
+    EXPECT_EQ((calendar_day{2000, 3, 1}), shown(before));
 }
 
-TEST(DateSum, MakesARealDateOfAStoredDayBeyondTheMonth) {
+TEST(DateSum, TurnsAStoredDayBeyondTheMonthIntoARealDate) {
     date value(31, 2, 2001);
     value += date_duration(0);
-    EXPECT_EQ((calendar_day{2001, 3, 3}), told(value));
+    EXPECT_EQ((calendar_day{2001, 3, 3}), shown(value));
     EXPECT_EQ(3u, stored_day(value));
     date back(31, 4, 2001);
     back -= date_duration(0);
-    EXPECT_EQ((calendar_day{2001, 5, 1}), told(back));
+    EXPECT_EQ((calendar_day{2001, 5, 1}), shown(back));
 }
 
 TEST(DateSum, WrapsAt32Bits) {
     date value(1, 3, 0);
     value += date_duration(-1);
-    EXPECT_EQ((calendar_day{11759221, 3, 20}), told(value));
+    EXPECT_EQ((calendar_day{11759221, 3, 20}), shown(value));
     value += date_duration(1);
-    EXPECT_EQ((calendar_day{0, 3, 1}), told(value));
+    EXPECT_EQ((calendar_day{0, 3, 1}), shown(value));
     value += date_duration(std::numeric_limits<int>::min());
     EXPECT_EQ(0x80000001u, value.pJulian_day_number());
 }
@@ -357,7 +358,7 @@ TEST(DateSum, WrapsAt32Bits) {
 TEST(DateSum, MovesADefaultDateFromItsWrappedNumber) {
     date value;
     value += date_duration(0);
-    EXPECT_EQ((calendar_day{2851611, 1, 8}), told(value));
+    EXPECT_EQ((calendar_day{2851611, 1, 8}), shown(value));
 }
 
 TEST(DateDifference, MovesAlongTheCalendar) {
@@ -378,10 +379,10 @@ TEST(DateDifference, MovesAlongTheCalendar) {
         SCOPED_TRACE(::testing::Message() << c.from.year << " " << c.days);
         date value = date_of(c.from);
         EXPECT_EQ(&value, &(value -= date_duration(c.days)));
-        EXPECT_EQ(c.to, told(value));
+        EXPECT_EQ(c.to, shown(value));
         date named = date_of(c.from);
         EXPECT_EQ(&named, &named.minus_assign(date_duration(c.days)));
-        EXPECT_EQ(c.to, told(named));
+        EXPECT_EQ(c.to, shown(named));
     }
 }
 
@@ -397,52 +398,52 @@ TEST(DateDifference, RaisesUnlessTheNumberIsGreaterThanTheDays) {
     for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.from.year << " " << c.days);
         date value = date_of(c.from);
-        expect_bad_move([&] { value.minus_assign(date_duration(c.days)); });
-        expect_bad_move([&] { value -= date_duration(c.days); });
-        EXPECT_EQ(c.from, told(value));
+        expect_invalid_move([&] { value.minus_assign(date_duration(c.days)); });
+        expect_invalid_move([&] { value -= date_duration(c.days); });
+        EXPECT_EQ(c.from, shown(value));
     }
     date last(1, 1, 1970);
     last -= date_duration(719468);
-    EXPECT_EQ((calendar_day{0, 3, 1}), told(last));
+    EXPECT_EQ((calendar_day{0, 3, 1}), shown(last));
 }
 
-TEST(DateDifference, TakesANumberFrom0x80000000OnAsNegative) {
+TEST(DateDifference, TreatsNumbersFrom0x80000000OnAsNegative) {
     date highest = date_with(0x7FFFFFFF);
-    EXPECT_EQ((calendar_day{5879610, 9, 8}), told(highest));
+    EXPECT_EQ((calendar_day{5879610, 9, 8}), shown(highest));
     highest -= date_duration(std::numeric_limits<int>::max() - 1);
-    EXPECT_EQ((calendar_day{0, 3, 1}), told(highest));
+    EXPECT_EQ((calendar_day{0, 3, 1}), shown(highest));
 
     date beyond = date_with(0x80000000);
-    EXPECT_EQ((calendar_day{5879610, 9, 9}), told(beyond));
-    expect_bad_move([&] { beyond -= date_duration(0); });
-    expect_bad_move([&] { beyond -= date_duration(1); });
-    expect_bad_move([&] { beyond -= date_duration(std::numeric_limits<int>::min()); });
-    EXPECT_EQ((calendar_day{5879610, 9, 9}), told(beyond));
+    EXPECT_EQ((calendar_day{5879610, 9, 9}), shown(beyond));
+    expect_invalid_move([&] { beyond -= date_duration(0); });
+    expect_invalid_move([&] { beyond -= date_duration(1); });
+    expect_invalid_move([&] { beyond -= date_duration(std::numeric_limits<int>::min()); });
+    EXPECT_EQ((calendar_day{5879610, 9, 9}), shown(beyond));
 
     date lowest = date_with(0x80000001);
     lowest -= date_duration(std::numeric_limits<int>::min());
-    EXPECT_EQ((calendar_day{0, 3, 1}), told(lowest));
+    EXPECT_EQ((calendar_day{0, 3, 1}), shown(lowest));
 }
 
 TEST(DateDifference, MovesADefaultDateFromItsWrappedNumber) {
     date value;
     value -= date_duration(1041529478);
-    EXPECT_EQ((calendar_day{0, 3, 1}), told(value));
+    EXPECT_EQ((calendar_day{0, 3, 1}), shown(value));
     date none;
-    expect_bad_move([&] { none -= date_duration(1041529479); });
+    expect_invalid_move([&] { none -= date_duration(1041529479); });
 }
 
-// Each day of 800 years, a day on and a day back.
-TEST(DateSum, AndDifferenceGoADayOnAndADayBackIn800Years) {
+// Every day of 800 years, moved a day on and a day back.
+TEST(DateSum, AndDifferenceMoveADayOnAndADayBackIn800Years) {
     calendar_day day = {1601, 1, 1};
     for (; day.year < 2401; day = next_day(day)) {
         const unsigned number = test_support::number_of(day);
         date on = date_of(day);
         on += date_duration(1);
-        ASSERT_EQ(test_support::reached_by(number + 1), told(on)) << number;
+        ASSERT_EQ(test_support::reached_by(number + 1), shown(on)) << number;
         date back = date_of(day);
         back -= date_duration(1);
-        ASSERT_EQ(test_support::reached_by(number - 1), told(back)) << number;
+        ASSERT_EQ(test_support::reached_by(number - 1), shown(back)) << number;
     }
 }
 

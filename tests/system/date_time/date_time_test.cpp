@@ -1,15 +1,15 @@
 #include <tova/system/date_time/date_time.hpp>
 
+#include <tova/exceptions/exceptions.hpp>
+
+#include "support/place_of_raise.hpp"
+
+#include <gtest/gtest.h>
+
 #include <limits>
 #include <string>
 #include <type_traits>
 #include <utility>
-
-#include <gtest/gtest.h>
-
-#include <tova/exceptions/exceptions.hpp>
-
-#include "support/place_of_raise.hpp"
 
 namespace {
 
@@ -26,7 +26,7 @@ const char time_source[] = "system/date_time/time";
 const long an_hour = 3600000;
 const long a_day = 24 * an_hour;
 
-std::string told(const date_time_t& value) {
+std::string shown(const date_time_t& value) {
     const auto number = [](unsigned count) { return std::to_string(count); };
     return number(value.day()) + "." + number(value.month()) + "." + number(value.year()) + " " +
            number(value.hour()) + ":" + number(value.minute()) + ":" + number(value.second()) +
@@ -38,17 +38,17 @@ time_duration milliseconds(long count) {
 }
 
 template <typename Body>
-void expect_bad_day(const Body& body) {
+void expect_invalid_day(const Body& body) {
     EXPECT_TRUE(raises<out_of_range>(body, "day value out of valid range", 68, date_source, "day"));
 }
 
 TEST(DateTime, IsADefaultDateAtMidnightByDefault) {
-    EXPECT_EQ("0.0.0 0:0:0.0", told(date_time_t()));
+    EXPECT_EQ("0.0.0 0:0:0.0", shown(date_time_t()));
 }
 
 TEST(DateTime, IsADateAndATime) {
     const date_time_t value(date(31, 2, 2001), time(1, 2, 3, 4));
-    EXPECT_EQ("28.2.2001 1:2:3.4", told(value));
+    EXPECT_EQ("28.2.2001 1:2:3.4", shown(value));
     EXPECT_EQ(date(31, 2, 2001).pJulian_day_number(), value.date().pJulian_day_number());
     EXPECT_EQ(4u, value.time().millisecond());
     EXPECT_TRUE(value.is_day_constrained());
@@ -58,7 +58,7 @@ TEST(DateTime, IsADateAndATime) {
     EXPECT_TRUE(leap.is_leap_year());
 }
 
-TEST(DateTime, GivesItsPartsByReference) {
+TEST(DateTime, ReturnsItsPartsByReference) {
     const date_time_t value(date(1, 1, 2001), time());
     static_assert(std::is_same<const date&, decltype(value.date())>::value, "");
     static_assert(std::is_same<const time&, decltype(value.time())>::value, "");
@@ -75,12 +75,12 @@ TEST(DateTime, SetsEachFieldAndReturnsTheNewValue) {
     EXPECT_EQ(9u, value.minute(9));
     EXPECT_EQ(10u, value.second(10));
     EXPECT_EQ(11u, value.millisecond(11));
-    EXPECT_EQ("5.6.2007 8:9:10.11", told(value));
+    EXPECT_EQ("5.6.2007 8:9:10.11", shown(value));
 }
 
-TEST(DateTime, RaisesAsTheSettersOfItsPartsDo) {
+TEST(DateTime, RaisesWhatTheSettersOfItsPartsRaise) {
     date_time_t value(date(1, 1, 2001), time());
-    expect_bad_day([&] { value.day(32); });
+    expect_invalid_day([&] { value.day(32); });
     EXPECT_TRUE(raises<out_of_range>([&] { value.month(0); }, "month value out of valid range", 58,
                                      date_source, "month"));
     EXPECT_TRUE(raises<out_of_range>([&] { value.hour(24); }, "Hour value out of valid range", 51,
@@ -92,7 +92,7 @@ TEST(DateTime, RaisesAsTheSettersOfItsPartsDo) {
     EXPECT_TRUE(raises<out_of_range>([&] { value.millisecond(1000); },
                                      "Millisecond value out of valid range", 81, time_source,
                                      "millisecond"));
-    EXPECT_EQ("1.1.2001 0:0:0.0", told(value));
+    EXPECT_EQ("1.1.2001 0:0:0.0", shown(value));
 }
 
 TEST(DateTime, ReplacesOnePartOrBoth) {
@@ -102,41 +102,41 @@ TEST(DateTime, ReplacesOnePartOrBoth) {
 
     date_time_t value(start);
     EXPECT_EQ(&value, &(value = new_date));
-    EXPECT_EQ("28.2.2001 8:9:10.11", told(value));
+    EXPECT_EQ("28.2.2001 8:9:10.11", shown(value));
     EXPECT_TRUE(value.is_day_constrained());
     EXPECT_EQ(&value, &(value = new_time));
-    EXPECT_EQ("28.2.2001 1:2:3.4", told(value));
+    EXPECT_EQ("28.2.2001 1:2:3.4", shown(value));
     EXPECT_EQ(&value, &(value = start));
-    EXPECT_EQ("5.6.2007 8:9:10.11", told(value));
+    EXPECT_EQ("5.6.2007 8:9:10.11", shown(value));
 
     EXPECT_EQ(&value, &value.assign(new_time));
-    EXPECT_EQ("5.6.2007 1:2:3.4", told(value));
+    EXPECT_EQ("5.6.2007 1:2:3.4", shown(value));
     EXPECT_EQ(&value, &value.assign(new_date));
-    EXPECT_EQ("28.2.2001 1:2:3.4", told(value));
+    EXPECT_EQ("28.2.2001 1:2:3.4", shown(value));
     EXPECT_EQ(&value, &value.assign(start));
-    EXPECT_EQ("5.6.2007 8:9:10.11", told(value));
+    EXPECT_EQ("5.6.2007 8:9:10.11", shown(value));
     EXPECT_EQ(&value, &value.assign(new_date, new_time));
-    EXPECT_EQ("28.2.2001 1:2:3.4", told(value));
-    EXPECT_EQ("28.2.2001 1:2:3.4", told(date_time_t(value)));
+    EXPECT_EQ("28.2.2001 1:2:3.4", shown(value));
+    EXPECT_EQ("28.2.2001 1:2:3.4", shown(date_time_t(value)));
 }
 
-TEST(DateTime, IsLeftAloneByDays) {
+TEST(DateTime, IsUnchangedByDays) {
     for (int days :
          {0, 1, -1, 365, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
         SCOPED_TRACE(days);
         const date_duration duration(days);
-        // A stored day beyond the month would become real by any move.
+        // Any move would turn a stored day beyond the month into a real date.
         date_time_t value(date(31, 2, 2001), time(1, 2, 3, 4));
         EXPECT_EQ(&value, &(value += duration));
         EXPECT_EQ(&value, &(value -= duration));
         EXPECT_EQ(&value, &value.plus_assign(duration));
         EXPECT_EQ(&value, &value.minus_assign(duration));
-        EXPECT_EQ("28.2.2001 1:2:3.4", told(value));
+        EXPECT_EQ("28.2.2001 1:2:3.4", shown(value));
         EXPECT_TRUE(value.is_day_constrained());
     }
 }
 
-TEST(DateTimeSum, LeavesTheDateAloneBelow24Hours) {
+TEST(DateTimeSum, LeavesTheDateUnchangedBelow24Hours) {
     const struct {
         long milliseconds;
         const char* sum;
@@ -154,22 +154,22 @@ TEST(DateTimeSum, LeavesTheDateAloneBelow24Hours) {
         const date_time_t start(date(31, 2, 2001), time(23, 30, 0, 0));
         date_time_t value(start);
         EXPECT_EQ(&value, &(value += duration));
-        EXPECT_EQ(c.sum, told(value));
+        EXPECT_EQ(c.sum, shown(value));
         EXPECT_TRUE(value.is_day_constrained());
         value = start;
         EXPECT_EQ(&value, &value.plus_assign(duration));
-        EXPECT_EQ(c.sum, told(value));
+        EXPECT_EQ(c.sum, shown(value));
         value = start;
         EXPECT_EQ(&value, &(value -= duration));
-        EXPECT_EQ(c.difference, told(value));
+        EXPECT_EQ(c.difference, shown(value));
         value = start;
         EXPECT_EQ(&value, &value.minus_assign(duration));
-        EXPECT_EQ(c.difference, told(value));
+        EXPECT_EQ(c.difference, shown(value));
         EXPECT_TRUE(value.is_day_constrained());
     }
 }
 
-TEST(DateTimeSum, SetsTheHoursBeyondWholeDaysAsTheDayAndMovesByThem) {
+TEST(DateTimeSum, SetsTheDayToTheHoursAfterWholeDaysAndMovesByThem) {
     const struct {
         long milliseconds;
         const char* sum;
@@ -187,11 +187,11 @@ TEST(DateTimeSum, SetsTheHoursBeyondWholeDaysAsTheDayAndMovesByThem) {
         SCOPED_TRACE(c.milliseconds);
         date_time_t value(date(5, 1, 2001), time(12, 0, 0, 0));
         value += milliseconds(c.milliseconds);
-        EXPECT_EQ(c.sum, told(value));
+        EXPECT_EQ(c.sum, shown(value));
     }
 }
 
-TEST(DateTimeDifference, SetsTheHoursBeyondWholeDaysAsTheDayAndMovesBackByThem) {
+TEST(DateTimeDifference, SetsTheDayToTheHoursAfterWholeDaysAndMovesBackByThem) {
     const struct {
         long milliseconds;
         const char* difference;
@@ -204,7 +204,7 @@ TEST(DateTimeDifference, SetsTheHoursBeyondWholeDaysAsTheDayAndMovesBackByThem) 
         SCOPED_TRACE(c.milliseconds);
         date_time_t value(date(5, 1, 2001), time(12, 0, 0, 0));
         value -= milliseconds(c.milliseconds);
-        EXPECT_EQ(c.difference, told(value));
+        EXPECT_EQ(c.difference, shown(value));
     }
 }
 
@@ -212,10 +212,10 @@ TEST(DateTimeDifference, HasMovedTheDateWhenTheTimeTurnsOutToBeOutOfRange) {
     date_time_t value(date(5, 1, 2001), time(12, 0, 0, 0));
     EXPECT_TRUE(raises<out_of_range>([&] { value -= milliseconds(241 * an_hour); },
                                      "Hour value out of valid range", 51, time_source, "hour"));
-    EXPECT_EQ("31.12.2000 12:0:0.0", told(value));
+    EXPECT_EQ("31.12.2000 12:0:0.0", shown(value));
 }
 
-// Every duration from 24 hours to some days either way, at each hour.
+// Every whole hour from 24 hours to five days, in both directions.
 TEST(DateTimeSum, RaisesForRemaindersOf0AndBelowAndChangesNothing) {
     for (long hours = -120; hours <= 120; ++hours) {
         if (hours > -24 && hours < 24)
@@ -226,12 +226,12 @@ TEST(DateTimeSum, RaisesForRemaindersOf0AndBelowAndChangesNothing) {
         date_time_t sum(date(5, 1, 2001), time(12, 0, 0, 0));
         date_time_t difference(date(5, 1, 2001), time(12, 0, 0, 0));
         if (remainder <= 0) {
-            expect_bad_day([&] { sum += duration; });
-            expect_bad_day([&] { sum.plus_assign(duration); });
-            expect_bad_day([&] { difference -= duration; });
-            expect_bad_day([&] { difference.minus_assign(duration); });
-            EXPECT_EQ("5.1.2001 12:0:0.0", told(sum));
-            EXPECT_EQ("5.1.2001 12:0:0.0", told(difference));
+            expect_invalid_day([&] { sum += duration; });
+            expect_invalid_day([&] { sum.plus_assign(duration); });
+            expect_invalid_day([&] { difference -= duration; });
+            expect_invalid_day([&] { difference.minus_assign(duration); });
+            EXPECT_EQ("5.1.2001 12:0:0.0", shown(sum));
+            EXPECT_EQ("5.1.2001 12:0:0.0", shown(difference));
         } else {
             sum += duration;
             date expected(static_cast<unsigned>(remainder), 1, 2001);
@@ -242,29 +242,29 @@ TEST(DateTimeSum, RaisesForRemaindersOf0AndBelowAndChangesNothing) {
         }
     }
     date_time_t value(date(5, 1, 2001), time());
-    expect_bad_day([&] { value += time_duration(24, 0, 0, 0); });
-    expect_bad_day([&] { value += time_duration(-24, 0, 0, 0); });
-    expect_bad_day([&] { value -= time_duration(-25, 0, 0, 0); });
+    expect_invalid_day([&] { value += time_duration(24, 0, 0, 0); });
+    expect_invalid_day([&] { value += time_duration(-24, 0, 0, 0); });
+    expect_invalid_day([&] { value -= time_duration(-25, 0, 0, 0); });
 }
 
 TEST(DateTimeSum, StoresTheDayBeforeTheDateIsMoved) {
-    // 1 March of year 0 is the first day that dates move back to.
+    // 1 March of year 0 is the earliest day that a date can be moved back to.
     date_time_t value(date(20, 3, 0), time(12, 0, 0, 0));
     EXPECT_TRUE(raises<out_of_range>([&] { value -= milliseconds(29 * an_hour); },
                                      "date value out of valid range", 146, date_source,
                                      "minus_assign"));
-    EXPECT_EQ("5.3.0 12:0:0.0", told(value));
+    EXPECT_EQ("5.3.0 12:0:0.0", shown(value));
 }
 
-TEST(DateTimeSum, TakesTheHoursOfTheLongestDurations) {
-    // 2,562,047,788,015 hours: 7 beyond whole days; the time wraps at 64 bits.
+TEST(DateTimeSum, CountsTheHoursOfTheLongestDurations) {
+    // 2,562,047,788,015 hours are whole days and 7 hours; the time wraps at 64 bits.
     date_time_t value(date(20, 3, 2001), time(0, 0, 0, 0));
     EXPECT_TRUE(
         raises<out_of_range>([&] { value += milliseconds(std::numeric_limits<long>::max()); },
                              "Hour value out of valid range", 51, time_source, "hour"));
-    EXPECT_EQ("14.3.2001 0:0:0.0", told(value));
-    expect_bad_day([&] { value += milliseconds(std::numeric_limits<long>::min()); });
-    expect_bad_day([&] { value -= milliseconds(std::numeric_limits<long>::min()); });
+    EXPECT_EQ("14.3.2001 0:0:0.0", shown(value));
+    expect_invalid_day([&] { value += milliseconds(std::numeric_limits<long>::min()); });
+    expect_invalid_day([&] { value -= milliseconds(std::numeric_limits<long>::min()); });
 }
 
 template <typename Left, typename Right, typename = void>
@@ -300,7 +300,7 @@ bool has_comparison() {
     return has_equality<Value, Value>::value || has_order<Value, Value>::value;
 }
 
-TEST(DateTime, HasNoComparisonAndNeitherHaveItsFellows) {
+TEST(DateTime, HasNoComparisonLikeAllClassesOfItsNamespace) {
     EXPECT_FALSE(has_comparison<date>());
     EXPECT_FALSE(has_comparison<time>());
     EXPECT_FALSE(has_comparison<date_time_t>());
@@ -309,7 +309,7 @@ TEST(DateTime, HasNoComparisonAndNeitherHaveItsFellows) {
     EXPECT_TRUE(has_comparison<int>());
 }
 
-TEST(DateTime, HasNoFreeSumOrDifferenceAndNeitherHasADate) {
+TEST(DateTime, HasNoFreeSumOrDifferenceLikeADate) {
     EXPECT_FALSE((has_sum<date, date_duration>::value));
     EXPECT_FALSE((has_sum<date_duration, date>::value));
     EXPECT_FALSE((has_difference<date, date_duration>::value));

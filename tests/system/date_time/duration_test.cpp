@@ -1,9 +1,9 @@
 #include <tova/system/date_time/duration.hpp>
 
+#include <gtest/gtest.h>
+
 #include <limits>
 #include <string>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -33,7 +33,7 @@ TEST(DateDuration, HoldsAnyNumberOfDays) {
     EXPECT_EQ(7, copy.days());
 }
 
-TEST(DateDuration, IsAssignedByBothForms) {
+TEST(DateDuration, CanBeAssignedByBothForms) {
     const date_duration source(12);
     date_duration value;
     EXPECT_EQ(&value, &(value = source));
@@ -43,7 +43,7 @@ TEST(DateDuration, IsAssignedByBothForms) {
     EXPECT_EQ(12, other.days());
 }
 
-TEST(DateDuration, AddsAndTakesAwayDaysWithAWrapAt32Bits) {
+TEST(DateDuration, AddsAndSubtractsDaysAndWrapsAt32Bits) {
     const struct {
         int left;
         int right;
@@ -113,7 +113,7 @@ TEST(TimeDuration, IsTheSumOfItsFourFields) {
     }
 }
 
-TEST(TimeDuration, SumsUpHoursMinutesAndSecondsIn32Bits) {
+TEST(TimeDuration, AddsHoursMinutesAndSecondsIn32Bits) {
     const struct {
         int hours;
         int minutes;
@@ -143,7 +143,7 @@ TEST(TimeDuration, SumsUpHoursMinutesAndSecondsIn32Bits) {
     EXPECT_EQ(2149200000, milliseconds(597 * 3600000L).total_milliseconds());
 }
 
-TEST(TimeDuration, TellsItsPartsCutTowardZero) {
+TEST(TimeDuration, TruncatesItsPartsTowardZero) {
     const struct {
         long total;
         int hour;
@@ -184,7 +184,7 @@ TEST(TimeDuration, KeepsTheLow32BitsOfMoreHoursThanAnIntHolds) {
     EXPECT_EQ(0, milliseconds(4294967296 * 3600000L).hour());
 }
 
-TEST(TimeDuration, TellsTheWholeInOneUnit) {
+TEST(TimeDuration, ReturnsTheWholeInOneUnit) {
     const time_duration value(1, 30, 36, 900);  // 5,436,900 ms
     EXPECT_DOUBLE_EQ(1.51025, value.total_hours());
     EXPECT_DOUBLE_EQ(90.615, value.total_minutes());
@@ -204,7 +204,7 @@ TEST(TimeDuration, TellsTheWholeInOneUnit) {
     EXPECT_EQ(-5436900, negative.total_milliseconds());
 }
 
-TEST(TimeDuration, DividesTheWholeAsADoubleInOneStep) {
+TEST(TimeDuration, DividesTheTotalAsADoubleInOneStep) {
     for (long total : {1L, 7L, 999L, -1L, 3599999L, 123456789012345L, 9007199254740993L, most}) {
         SCOPED_TRACE(total);
         const volatile double count = static_cast<double>(total);
@@ -214,7 +214,7 @@ TEST(TimeDuration, DividesTheWholeAsADoubleInOneStep) {
     }
 }
 
-TEST(TimeDuration, TellsTheWholeAtTheEndsOfTheRange) {
+TEST(TimeDuration, ReturnsTheWholeAtTheEndsOfTheRange) {
     EXPECT_EQ(2562047788015, milliseconds(most).total_complete_hours());
     EXPECT_EQ(153722867280912, milliseconds(most).total_complete_minutes());
     EXPECT_EQ(9223372036854775, milliseconds(most).total_complete_seconds());
@@ -233,7 +233,7 @@ TEST(TimeDuration, IsNegativeBelowZero) {
     EXPECT_FALSE(milliseconds(most).is_negative());
 }
 
-TEST(TimeDuration, IsCopiedAndAssignedByAllForms) {
+TEST(TimeDuration, CanBeCopiedAndAssignedByAllForms) {
     const time_duration source = milliseconds(-12);
     const time_duration copy(source);
     EXPECT_EQ(-12, copy.total_milliseconds());
@@ -246,7 +246,7 @@ TEST(TimeDuration, IsCopiedAndAssignedByAllForms) {
     EXPECT_EQ(-12, other.total_milliseconds());
 }
 
-TEST(TimeDuration, AddsAndTakesAwayMillisecondsWithAWrapAt64Bits) {
+TEST(TimeDuration, AddsAndSubtractsMillisecondsAndWrapsAt64Bits) {
     const struct {
         long left;
         long right;

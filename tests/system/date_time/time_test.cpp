@@ -1,13 +1,13 @@
 #include <tova/system/date_time/time.hpp>
 
-#include <limits>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include <tova/exceptions/exceptions.hpp>
 
 #include "support/place_of_raise.hpp"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
 
 namespace {
 
@@ -22,7 +22,7 @@ const char source[] = "system/date_time/time";
 const unsigned largest = std::numeric_limits<unsigned>::max();
 const long a_day = 86400000;
 
-std::string told(const time& value) {
+std::string shown(const time& value) {
     const auto digits = [](unsigned number, unsigned count) {
         const std::string text = std::to_string(number);
         return std::string(text.size() < count ? count - text.size() : 0, '0') + text;
@@ -36,44 +36,44 @@ time_duration milliseconds(long count) {
 }
 
 template <typename Body>
-void expect_bad_hour(const Body& body) {
+void expect_invalid_hour(const Body& body) {
     EXPECT_TRUE(raises<out_of_range>(body, "Hour value out of valid range", 51, source, "hour"));
 }
 
 template <typename Body>
-void expect_bad_minute(const Body& body) {
+void expect_invalid_minute(const Body& body) {
     EXPECT_TRUE(
         raises<out_of_range>(body, "Minute value out of valid range", 61, source, "minute"));
 }
 
 template <typename Body>
-void expect_bad_second(const Body& body) {
+void expect_invalid_second(const Body& body) {
     EXPECT_TRUE(
         raises<out_of_range>(body, "Second value out of valid range", 71, source, "second"));
 }
 
 template <typename Body>
-void expect_bad_millisecond(const Body& body) {
+void expect_invalid_millisecond(const Body& body) {
     EXPECT_TRUE(raises<out_of_range>(body, "Millisecond value out of valid range", 81, source,
                                      "millisecond"));
 }
 
 TEST(Time, IsMidnightByDefault) {
-    EXPECT_EQ("00:00:00.000", told(time()));
+    EXPECT_EQ("00:00:00.000", shown(time()));
 }
 
 TEST(Time, IsMadeFromItsFourFields) {
-    EXPECT_EQ("12:34:56.789", told(time(12, 34, 56, 789)));
-    EXPECT_EQ("23:59:59.999", told(time(23, 59, 59, 999)));
+    EXPECT_EQ("12:34:56.789", shown(time(12, 34, 56, 789)));
+    EXPECT_EQ("23:59:59.999", shown(time(23, 59, 59, 999)));
 }
 
-TEST(Time, ReportsTheFirstBadFieldInTheOrderOfTheFields) {
-    expect_bad_hour([] { time(24, 0, 0, 0); });
-    expect_bad_hour([] { time(24, 60, 60, 1000); });
-    expect_bad_minute([] { time(23, 60, 60, 1000); });
-    expect_bad_second([] { time(23, 59, 60, 1000); });
-    expect_bad_second([] { time(23, 59, 60, 0); });
-    expect_bad_millisecond([] { time(0, 0, 0, 1000); });
+TEST(Time, ReportsTheFirstInvalidFieldInTheirOrder) {
+    expect_invalid_hour([] { time(24, 0, 0, 0); });
+    expect_invalid_hour([] { time(24, 60, 60, 1000); });
+    expect_invalid_minute([] { time(23, 60, 60, 1000); });
+    expect_invalid_second([] { time(23, 59, 60, 1000); });
+    expect_invalid_second([] { time(23, 59, 60, 0); });
+    expect_invalid_millisecond([] { time(0, 0, 0, 1000); });
 }
 
 TEST(Time, TakesHoursBelow24) {
@@ -84,7 +84,7 @@ TEST(Time, TakesHoursBelow24) {
     }
     for (unsigned hour : {24u, 25u, 100u, 0x80000000u, largest}) {
         SCOPED_TRACE(hour);
-        expect_bad_hour([&] { value.hour(hour); });
+        expect_invalid_hour([&] { value.hour(hour); });
         EXPECT_EQ(23u, value.hour());
     }
 }
@@ -97,7 +97,7 @@ TEST(Time, TakesMinutesBelow60) {
     }
     for (unsigned minute : {60u, 61u, 100u, 0x80000000u, largest}) {
         SCOPED_TRACE(minute);
-        expect_bad_minute([&] { value.minute(minute); });
+        expect_invalid_minute([&] { value.minute(minute); });
         EXPECT_EQ(59u, value.minute());
     }
 }
@@ -110,7 +110,7 @@ TEST(Time, TakesSecondsBelow60AndNoLeapSecond) {
     }
     for (unsigned second : {60u, 61u, 100u, 0x80000000u, largest}) {
         SCOPED_TRACE(second);
-        expect_bad_second([&] { value.second(second); });
+        expect_invalid_second([&] { value.second(second); });
         EXPECT_EQ(59u, value.second());
     }
 }
@@ -123,12 +123,12 @@ TEST(Time, TakesMillisecondsBelow1000) {
     }
     for (unsigned millisecond : {1000u, 1001u, 0x80000000u, largest}) {
         SCOPED_TRACE(millisecond);
-        expect_bad_millisecond([&] { value.millisecond(millisecond); });
+        expect_invalid_millisecond([&] { value.millisecond(millisecond); });
         EXPECT_EQ(999u, value.millisecond());
     }
 }
 
-TEST(Time, TellsWhichNumbersAreValid) {
+TEST(Time, KnowsWhichNumbersAreValid) {
     const time value;
     for (int number = -2; number < 1100; ++number) {
         SCOPED_TRACE(number);
@@ -145,18 +145,18 @@ TEST(Time, TellsWhichNumbersAreValid) {
     }
 }
 
-TEST(Time, IsCopiedAndAssignedByAllForms) {
+TEST(Time, CanBeCopiedAndAssignedByAllForms) {
     const time value(1, 2, 3, 4);
-    EXPECT_EQ("01:02:03.004", told(time(value)));
+    EXPECT_EQ("01:02:03.004", shown(time(value)));
     time assigned;
     EXPECT_EQ(&assigned, &(assigned = value));
-    EXPECT_EQ("01:02:03.004", told(assigned));
+    EXPECT_EQ("01:02:03.004", shown(assigned));
     time named;
     EXPECT_EQ(&named, &named.assign(value));
-    EXPECT_EQ("01:02:03.004", told(named));
+    EXPECT_EQ("01:02:03.004", shown(named));
 }
 
-TEST(TimeSum, WrapsRoundMidnight) {
+TEST(TimeSum, WrapsAtMidnight) {
     const struct {
         time from;
         long milliseconds;
@@ -175,82 +175,82 @@ TEST(TimeSum, WrapsRoundMidnight) {
         {time(12, 0, 0, 0), 1 - a_day - 43200000, "00:00:00.001"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message() << told(c.from) << " and " << c.milliseconds);
+        SCOPED_TRACE(::testing::Message() << shown(c.from) << " and " << c.milliseconds);
         const time_duration duration = milliseconds(c.milliseconds);
         const time_duration negated = milliseconds(-c.milliseconds);
         time value(c.from);
         EXPECT_EQ(&value, &(value += duration));
-        EXPECT_EQ(c.to, told(value));
+        EXPECT_EQ(c.to, shown(value));
         value = c.from;
         EXPECT_EQ(&value, &value.plus_assign(duration));
-        EXPECT_EQ(c.to, told(value));
+        EXPECT_EQ(c.to, shown(value));
         value = c.from;
         EXPECT_EQ(&value, &(value -= negated));
-        EXPECT_EQ(c.to, told(value));
+        EXPECT_EQ(c.to, shown(value));
         value = c.from;
         EXPECT_EQ(&value, &value.minus_assign(negated));
-        EXPECT_EQ(c.to, told(value));
-        EXPECT_EQ(c.to, told(c.from + duration));
-        EXPECT_EQ(c.to, told(duration + c.from));
-        EXPECT_EQ(c.to, told(c.from - negated));
-        EXPECT_EQ(c.to, told(date_time::plus(c.from, duration)));
-        EXPECT_EQ(c.to, told(date_time::plus(duration, c.from)));
-        EXPECT_EQ(c.to, told(date_time::minus(c.from, negated)));
+        EXPECT_EQ(c.to, shown(value));
+        EXPECT_EQ(c.to, shown(c.from + duration));
+        EXPECT_EQ(c.to, shown(duration + c.from));
+        EXPECT_EQ(c.to, shown(c.from - negated));
+        EXPECT_EQ(c.to, shown(date_time::plus(c.from, duration)));
+        EXPECT_EQ(c.to, shown(date_time::plus(duration, c.from)));
+        EXPECT_EQ(c.to, shown(date_time::minus(c.from, negated)));
     }
 }
 
-// A day before midnight is where the remainder turns negative; whole days of it are still 0.
-TEST(TimeSum, RaisesAtTheFirstNegativePartAndKeepsThePartsBeforeIt) {
+// From a day before midnight on the remainder is negative, or 0 for whole days.
+TEST(TimeSum, RaisesAtTheFirstNegativePartAndKeepsTheOnesBeforeIt) {
     time hours(1, 2, 3, 4);
-    expect_bad_hour([&] { hours += milliseconds(-a_day - 3723004 - 3723004); });
-    EXPECT_EQ("01:02:03.004", told(hours));
+    expect_invalid_hour([&] { hours += milliseconds(-a_day - 3723004 - 3723004); });
+    EXPECT_EQ("01:02:03.004", shown(hours));
 
     time minutes(1, 2, 3, 4);
-    expect_bad_minute([&] { minutes += milliseconds(-a_day - 3723004 - 123004); });
-    EXPECT_EQ("00:02:03.004", told(minutes));
+    expect_invalid_minute([&] { minutes += milliseconds(-a_day - 3723004 - 123004); });
+    EXPECT_EQ("00:02:03.004", shown(minutes));
 
     time seconds(1, 2, 3, 4);
-    expect_bad_second([&] { seconds += milliseconds(-a_day - 3723004 - 3004); });
-    EXPECT_EQ("00:00:03.004", told(seconds));
+    expect_invalid_second([&] { seconds += milliseconds(-a_day - 3723004 - 3004); });
+    EXPECT_EQ("00:00:03.004", shown(seconds));
 
     time parts(1, 2, 3, 4);
-    expect_bad_millisecond([&] { parts += milliseconds(-a_day - 3723004 - 4); });
-    EXPECT_EQ("00:00:00.004", told(parts));
+    expect_invalid_millisecond([&] { parts += milliseconds(-a_day - 3723004 - 4); });
+    EXPECT_EQ("00:00:00.004", shown(parts));
 
     time one(0, 0, 0, 0);
-    expect_bad_millisecond([&] { one += milliseconds(-a_day - 1); });
+    expect_invalid_millisecond([&] { one += milliseconds(-a_day - 1); });
 
     time day(0, 0, 0, 0);
     day += milliseconds(-a_day);
-    EXPECT_EQ("00:00:00.000", told(day));
+    EXPECT_EQ("00:00:00.000", shown(day));
     time days(1, 0, 0, 0);
     days += milliseconds(-5 * a_day - 3600000);
-    EXPECT_EQ("00:00:00.000", told(days));
+    EXPECT_EQ("00:00:00.000", shown(days));
 }
 
 TEST(TimeDifference, RaisesWhereTheSumWithTheNegatedDurationDoes) {
     time value(1, 2, 3, 4);
-    expect_bad_minute([&] { value -= milliseconds(a_day + 3723004 + 123004); });
-    EXPECT_EQ("00:02:03.004", told(value));
-    expect_bad_hour([] { time(1, 0, 0, 0) - time_duration(48, 0, 0, 0); });
-    expect_bad_hour([] { date_time::minus(time(1, 0, 0, 0), time_duration(48, 0, 0, 0)); });
-    expect_bad_hour([] { time(1, 0, 0, 0) + time_duration(-48, 0, 0, 0); });
-    expect_bad_hour([] { date_time::plus(time_duration(-48, 0, 0, 0), time(1, 0, 0, 0)); });
+    expect_invalid_minute([&] { value -= milliseconds(a_day + 3723004 + 123004); });
+    EXPECT_EQ("00:02:03.004", shown(value));
+    expect_invalid_hour([] { time(1, 0, 0, 0) - time_duration(48, 0, 0, 0); });
+    expect_invalid_hour([] { date_time::minus(time(1, 0, 0, 0), time_duration(48, 0, 0, 0)); });
+    expect_invalid_hour([] { time(1, 0, 0, 0) + time_duration(-48, 0, 0, 0); });
+    expect_invalid_hour([] { date_time::plus(time_duration(-48, 0, 0, 0), time(1, 0, 0, 0)); });
 }
 
 TEST(TimeSum, WrapsAt64Bits) {
     time value;
     value += milliseconds(std::numeric_limits<long>::max() - a_day);
-    EXPECT_EQ("07:12:55.807", told(value));
+    EXPECT_EQ("07:12:55.807", shown(value));
     time over;
-    expect_bad_hour([&] { over += milliseconds(std::numeric_limits<long>::max()); });
+    expect_invalid_hour([&] { over += milliseconds(std::numeric_limits<long>::max()); });
     time least;
     // The least duration is its own negation.
-    expect_bad_hour([&] { least -= milliseconds(std::numeric_limits<long>::min()); });
+    expect_invalid_hour([&] { least -= milliseconds(std::numeric_limits<long>::min()); });
 }
 
-// Every minute of a day against plain arithmetic.
-TEST(TimeSum, AgreesWithPlainArithmeticRoundTheDay) {
+// Moves of up to a day in both directions, from all over the day, against plain arithmetic.
+TEST(TimeSum, AgreesWithPlainArithmeticAroundTheDay) {
     for (long start = 0; start < a_day; start += 613001) {
         const time from = time() + milliseconds(start);
         for (long move = -a_day; move <= a_day; move += 60000 * 7 + 333) {
@@ -278,7 +278,7 @@ TEST(TimeMinusTime, IsTheDurationBetweenTheTwo) {
         {time(9, 8, 7, 6), time(9, 8, 7, 6), 0},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message() << told(c.left) << " " << told(c.right));
+        SCOPED_TRACE(::testing::Message() << shown(c.left) << " " << shown(c.right));
         EXPECT_EQ(c.milliseconds, (c.left - c.right).total_milliseconds());
         EXPECT_EQ(c.milliseconds, date_time::minus(c.left, c.right).total_milliseconds());
     }
