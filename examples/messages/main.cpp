@@ -1,17 +1,17 @@
-// Prints a report out of message catalogs for one locale:
+// Prints a report from message catalogs for one locale:
 //
 //     tova_example_messages [LOCALE [FOLDER]]
 //
-// LOCALE is a name like de_AT; without it the environment's LANG decides. FOLDER holds the catalogs
-// in catalogs/ and some faulty ones in broken/.
+// LOCALE is a name like de_AT; the default is LANG from the environment. FOLDER holds the catalogs
+// in catalogs/ and some invalid ones in broken/.
+
+#include <tova/tova.hpp>
 
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <string>
 #include <vector>
-
-#include <tova/tova.hpp>
 
 using tova::generic::argument;
 using tova::generic::varg_list;
@@ -21,14 +21,14 @@ using tova::strings::ustring8;
 
 namespace {
 
-// "de_AT.UTF-8@euro" is de_AT; no locale, and the names of the C locale, are English.
+// "de_AT.UTF-8@euro" is de_AT. Without a locale, and for the names of the C locale, it is English.
 ustring8 locale_from(const char* name) {
     const std::string text = name != nullptr ? name : "";
     const std::string locale = text.substr(0, text.find_first_of(".@"));
     return locale.empty() || locale == "C" || locale == "POSIX" ? "en" : locale;
 }
 
-// What the report is about. Messages take their arguments by name and leave the rest alone.
+// The values of the report. A message takes those that it names and ignores the others.
 varg_list facts() {
     varg_list result;
     result.push_back("host", "atlas");
@@ -44,14 +44,14 @@ varg_list facts() {
     return result;
 }
 
-// Text behind a line break is set in like the first line.
+// Indents the lines after the first like the first one.
 std::string indented(std::string text) {
     for (auto at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1))
         text.insert(at + 1, "      ");
     return text;
 }
 
-// Every message of every catalog, each with the locale that its text was found in.
+// Prints every message of every catalog with the locale of the translation that was found.
 void print_all(const message_catalogs& catalogs, const varg_list& arguments) {
     for (const auto& entry : catalogs) {
         std::cout << '\n' << entry.first << '\n';
@@ -63,7 +63,7 @@ void print_all(const message_catalogs& catalogs, const varg_list& arguments) {
     }
 }
 
-// A missing argument shows in its place, and the rest of the text is still there.
+// A missing argument is shown as "?invalid?" in its place; the rest of the message is unaffected.
 void print_with_missing_arguments(const message_catalogs& catalogs) {
     const message_t& summary = catalogs.message("backup", "summary");
     const varg_list some(argument("files", 12), argument("elapsed", 3.5));
@@ -76,8 +76,9 @@ void print_with_missing_arguments(const message_catalogs& catalogs) {
               << "\", nil: " << (absent == tova::types::nil ? "yes" : "no") << '\n';
 }
 
-// A faulty file leaves the set as it was and says where the fault lies, from the inside outward.
-void print_faults(message_catalogs& catalogs, const ustring8& folder, const ustring8& locale) {
+// Loads invalid files. Each leaves the set as it was and reports where the error is, from the
+// inside outward.
+void print_errors(message_catalogs& catalogs, const ustring8& folder, const ustring8& locale) {
     std::vector<ustring8> files = tova::system::list_directory(folder);
     std::sort(files.begin(), files.end());
     for (const ustring8& file : files) {
@@ -108,5 +109,5 @@ int main(int count, char** words) {
     print_all(catalogs, facts());
     print_with_missing_arguments(catalogs);
     std::cout << "\nFaulty catalogs\n";
-    print_faults(catalogs, folder + "/broken", locale);
+    print_errors(catalogs, folder + "/broken", locale);
 }
