@@ -17,6 +17,7 @@ message_t catalog_t::m_nil_message(types::nil);
 
 catalog_t::catalog_t() {}
 
+// The base copies neither the count nor the heap mark: the copy is a new object that nobody holds.
 catalog_t::catalog_t(const catalog_t& other)
     : generic::abilities::reference_count_pointer_ability<catalog_t>(other), m_name(other.m_name),
       m_languages(other.m_languages), m_messages(other.m_messages) {}
@@ -42,6 +43,8 @@ const message_t& catalog_t::message(const strings::ustring8& key) const {
     return found == m_messages.end() ? m_nil_message : found->second;
 }
 
+// Keys are stored in UTF-8. A UTF-16 or UTF-32 key that isn't valid Unicode is converted to "-1"
+// and finds a message of that name.
 const message_t& catalog_t::message(const strings::ustring16& key) const {
     return message(strings::utf16_to_utf8(key));
 }
@@ -143,6 +146,7 @@ bool catalog_t::operator!=(const types::nil_t& nil) const {
     return !equal(nil);
 }
 
+// The cache of locales counts as well, though it can only be filled from messages or by a copy.
 bool catalog_t::equal(const types::nil_t&) const {
     return m_name.empty() && m_messages.empty() && m_languages.empty();
 }

@@ -54,6 +54,8 @@ const struct base_row {
     {"hex", 16, 2, false}, {"oct", 8, 1, false},      {"bin", 2, 1, false},
 };
 
+// A struct of options starts with the defaults, and `set` tests the keys in a fixed order. The
+// order matters only for the empty key, which matches whatever is tested first.
 struct int_options {
     int base = 10;
     int fieldsize = 0;
@@ -96,12 +98,14 @@ long complement(long value, const int_options& options) {
     const auto base = static_cast<unsigned long>(options.base);
     unsigned long power = 1;
     long digits = 0;
+    // The magnitude, in unsigned arithmetic: the least long has no positive counterpart.
     for (unsigned long rest = 0UL - static_cast<unsigned long>(value); rest != 0; rest /= base) {
         power *= base;
         ++digits;
     }
 
     if (options.fieldsize == 0) {
+        // Half of the power is the last value whose top digit still shows the sign.
         if (value < -(static_cast<long>(power) / 2)) {
             power *= base;
             ++digits;
@@ -143,7 +147,7 @@ bool render_int(std::string& text, long value, token format) {
     if (!read_options(format, options))
         return false;
 
-    // Remembered because the complement makes the value positive, and gets no leading zeros.
+    // Kept because the complement makes the value positive; a complement gets no leading zeros.
     const bool negative = value < 0;
     if (negative && options.base != 10)
         value = complement(value, options);
@@ -151,7 +155,7 @@ bool render_int(std::string& text, long value, token format) {
     char digits[detail::digit_buffer_size];
     const long length = static_cast<long>(detail::write_digits(digits, value, options.base));
 
-    // In groups the separators take the place of the prefix, whatever the base.
+    // Grouped digits count their separators instead of the prefix, in every base.
     long prefix_length = options.prefix_length;
     if (options.spaced)
         prefix_length = (value < 0 ? length - 2 : length - 1) / 3;
@@ -228,7 +232,8 @@ struct duration_options {
     }
 };
 
-// Returns how many whole units of `seconds` seconds there are in `rest`, and subtracts them.
+// Returns how many whole units of `seconds` seconds there are in `rest`, and subtracts them. The
+// fraction stays in `rest`, and a negative rest has negative units.
 long take_units(double& rest, long seconds) {
     const long units = types::detail::truncate<long>(rest) / seconds;
     rest -= static_cast<double>(units * seconds);
@@ -324,9 +329,9 @@ int scale(Number& number, const scale_options& options, int last) {
     return power;
 }
 
-// Contract: precision and field pass through a second format string in which ";" is the separator.
-// A ";" in one of them makes more tokens, and an empty field makes an odd number of them if another
-// pair follows it.
+// Contract: precision and field pass through a second format string in which ";" is the separator,
+// so a ";" in one of them makes more tokens. An empty field leaves an odd number of tokens, which
+// is invalid; it exists only if another pair follows it in the item, or else it is no token.
 bool append_with_decimals(std::string& text, double value, const scale_options& options) {
     std::string format = "precision;";
     format.append(options.precision.text, options.precision.size);
@@ -361,6 +366,7 @@ const int unknown_unit = -1;
 const char memory_prefixes[] = " KMGTPEZY";  // before the "B", by index; 0 has none
 const int last_memory_index = 8;
 
+// Only two characters are examined, so KBytes reads as KB.
 int memory_index(token unit) {
     if (unit.size == 1 && *unit.text == 'B')
         return 0;
@@ -422,6 +428,7 @@ const char* const metric_names[] = {"atto",  "femto", "pico", "nano",  "micro",
                                     "milli", "",      "kilo", "mega",  "giga",
                                     "tera",  "peta",  "exa",  "zetta", "yotta"};
 
+// The tokens "b" to "base" and the empty one mean no prefix. Names such as "kilo" are output only.
 int metric_power(token prefix) {
     if (abbreviates(prefix, "base"))
         return 0;
@@ -503,6 +510,7 @@ strings::ustring8 text_or_marker(Render render) {
 
 namespace detail {
 
+// The other types have no format: nothing is appended, and that is no failure.
 bool append_value(std::string& text, message_item::type_t type, const types::variant& value,
                   const strings::ustring8& data) {
     const auto separator = data.find(data_separator);

@@ -18,6 +18,7 @@ namespace {
 // does.
 const std::size_t usual_argument_size = 24;
 
+// Every type but 0 refers to an argument, reserved and unknown ones included.
 bool is_argument(const message_item& item) {
     return item.type() != message_item::type_text;
 }
@@ -41,6 +42,7 @@ message_t::message_t(const message_t& other)
 
 message_t::~message_t() TOVA_NOTHROW {}
 
+// as_utf8 renders the message; all other forms convert what it returns.
 std::string message_t::as_string(const generic::varg_list& args) const {
     return as_utf8(args);
 }
@@ -109,6 +111,9 @@ generic::varg_list message_t::arguments() const {
     return result;
 }
 
+// Contract: an empty message is never valid, and the list must have an entry for each item, so two
+// items with one argument need two entries. Reserved types need their argument, too, although they
+// never show it.
 bool message_t::has_valid_args(const generic::varg_list& args) const {
     if (m_items.empty() || args.count() < argument_count())
         return false;
@@ -161,6 +166,7 @@ strings::ustring8& message_t::_orginal_locale(const strings::ustring8& value) {
     return m_orginal_locale;
 }
 
+// Contract: accepted and ignored.
 void message_t::resolve(const std::map<strings::ustring8, strings::ustring8>&) {}
 
 message_t& message_t::operator=(const message_t& other) {
@@ -181,6 +187,7 @@ message_t& message_t::operator=(const types::nil_t& nil) {
     return assign(nil);
 }
 
+// Contract: the locale stays, so an emptied message still says where it came from.
 message_t& message_t::assign(const types::nil_t&) {
     m_items.clear();
     m_name.clear();
@@ -192,6 +199,7 @@ bool message_t::operator==(const types::nil_t& nil) const {
     return equal(nil);
 }
 
+// The locale is ignored here as well: a message that nil was assigned to compares equal to nil.
 bool message_t::equal(const types::nil_t&) const {
     return m_items.empty() && m_name.empty() && m_meta.empty();
 }

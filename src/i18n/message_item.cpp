@@ -39,6 +39,7 @@ bool append_valid_value(std::string& text, message_item::type_t type, const type
 
 namespace detail {
 
+// Each case returns once it has appended something; all that breaks or falls out is invalid.
 void append_item(std::string& text, message_item::type_t type, const strings::ustring8& data,
                  const generic::varg_list& args) {
     const types::variant* value = nullptr;
@@ -47,6 +48,7 @@ void append_item(std::string& text, message_item::type_t type, const strings::us
         text += data;
         return;
     case message_item::type_string:
+        // The value's own string, even if it reads "-0". Attributes are ignored.
         value = find_value(args, data);
         if (value != nullptr) {
             text += value->as_string();

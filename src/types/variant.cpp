@@ -26,6 +26,7 @@ variant::variant() : m_body(make_body(nil_t())) {}
 
 variant::variant(nil_t&) : m_body(make_body(nil_t())) {}
 
+// A body for each of the other seventeen types; pointers make the body of the string they refer to.
 variant::variant(const signed char& value) : m_body(make_body(value)) {}
 
 variant::variant(const short& value) : m_body(make_body(value)) {}
@@ -103,6 +104,7 @@ const std::type_info& variant::type() const {
     return m_body->type();
 }
 
+// The conversions forward to the slot of the same name.
 bool variant::as_bool() const {
     return m_body->as_bool();
 }
@@ -210,6 +212,7 @@ strings::ustring32 variant::as_utf32() const {
     return equal(nil) ? strings::ustring32() : m_body->as_utf32();
 }
 
+// No test for nil here: a nil body prints as 0.
 std::ostream& operator<<(std::ostream& stream, const variant& value) {
     return value.m_body->ostream(stream);
 }

@@ -80,7 +80,7 @@ static_assert(noexcept(std::declval<const variant_type&>().ostream(std::declval<
               "ostream()");
 static_assert(noexcept(std::declval<const variant_type&>().as_long_double()), "as_long_double()");
 
-// Two variants can neither be ordered nor compared.
+// Variants have neither an order nor equality with each other.
 template <typename T, typename = void>
 struct compares : std::false_type {};
 template <typename T>

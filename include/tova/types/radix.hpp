@@ -1,5 +1,5 @@
 /// @file
-/// The radix of a number in text, as the parsers of `generic::convert` expect it.
+/// The radix of a number that is written in digits, as the parsers of `generic::convert` expect it.
 ///
 ///     str_to_int("ff", 2, tova::types::radix_t::hexadecimal, false);  // 255
 ///
