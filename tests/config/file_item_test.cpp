@@ -313,8 +313,7 @@ TEST(FileItem, SavesToAPipeWithAReader) {
     const temporary_directory directory;
     const std::string pipe = directory.path("pipe");
     ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
-    // Opened without waiting, so that a save that leaves the pipe alone fails here and hangs
-    // nobody.
+    // Opened without waiting: the test fails rather than hangs if nothing is written.
     const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
     ASSERT_LE(0, reader);
     file_item item(pipe);
