@@ -46,7 +46,7 @@ class config_tree : public generic::abilities::reference_count_pointer_ability<c
 public:
     config_tree();
     config_tree(const config_tree&);
-    virtual ~config_tree() throw();
+    ~config_tree() throw() override;
     config_tree* clone() const;
     config_tree& operator=(const config_tree&);
     void erase();
@@ -84,7 +84,7 @@ class base_config_item
 public:
     base_config_item();
     base_config_item(const base_config_item&);
-    virtual ~base_config_item() throw();
+    ~base_config_item() throw() override;
     virtual bool load(const item_list&);
     virtual bool load();
     virtual bool save(const item_list&);
@@ -112,7 +112,7 @@ std::ostream& operator<<(std::ostream&, base_config_item&);
 
 class config_dispatch : public generic::abilities::clone_ability {
 public:
-    virtual ~config_dispatch() throw();
+    ~config_dispatch() throw() override;
     virtual bool setup(item_list&) const = 0;
     virtual bool load(item_list&) const = 0;
     virtual bool unload(item_list&) const = 0;
@@ -125,12 +125,12 @@ public:
     std_config_dispatch();
     std_config_dispatch(int, const char* const*, const char* const*, const strings::ustring8&,
                         const strings::ustring8&);
-    virtual ~std_config_dispatch() throw();
-    virtual bool setup(item_list&) const;
-    virtual bool load(item_list&) const;
-    virtual bool unload(item_list&) const;
-    virtual bool save(item_list&) const;
-    virtual std_config_dispatch* clone() const;
+    ~std_config_dispatch() throw() override;
+    bool setup(item_list&) const override;
+    bool load(item_list&) const override;
+    bool unload(item_list&) const override;
+    bool save(item_list&) const override;
+    std_config_dispatch* clone() const override;
 
     const char* const* argv;
     const char* const* envp;
@@ -142,12 +142,12 @@ public:
 class module_config_dispatch : public config_dispatch {
 public:
     module_config_dispatch(const generic::varg_list&, const char* const*);
-    virtual ~module_config_dispatch() throw();
-    virtual bool setup(item_list&) const;
-    virtual bool load(item_list&) const;
-    virtual bool unload(item_list&) const;
-    virtual bool save(item_list&) const;
-    virtual module_config_dispatch* clone() const;
+    ~module_config_dispatch() throw() override;
+    bool setup(item_list&) const override;
+    bool load(item_list&) const override;
+    bool unload(item_list&) const override;
+    bool save(item_list&) const override;
+    module_config_dispatch* clone() const override;
 
     const char* const* envp;
     std::vector<std::string> names;
@@ -242,29 +242,29 @@ public:
     foreign_item(const char* name, lines& noted) : calls(noted), answer(true) { id = name; }
     foreign_item(const foreign_item& other)
         : base_config_item(other), calls(other.calls), answer(other.answer) {}
-    virtual ~foreign_item() throw() { note("end"); }
-    virtual bool load(const item_list& items) {
+    ~foreign_item() throw() override { note("end"); }
+    bool load(const item_list& items) override {
         note("load of " + std::to_string(items.size()));
         return base_config_item::load(items);
     }
-    virtual bool load() {
+    bool load() override {
         note("load");
         set("from = " + id, 0);
         return answer;
     }
-    virtual bool save(const item_list& items) {
+    bool save(const item_list& items) override {
         note("save of " + std::to_string(items.size()));
         return base_config_item::save(items);
     }
-    virtual bool save() {
+    bool save() override {
         note("save");
         return answer;
     }
-    virtual void unload() {
+    void unload() override {
         note("unload");
         tree.erase();
     }
-    virtual foreign_item* clone() const {
+    foreign_item* clone() const override {
         foreign_item* const copy = new foreign_item(*this);
         copy->allocated = true;
         return copy;
@@ -416,7 +416,7 @@ TEST(ForeignConfigItem, IsFilledListedAndDumped) {
 TEST(ForeignConfigItem, InheritsTheOperationsOfTheLibrary) {
     class quiet_item : public base_config_item {
     public:
-        virtual quiet_item* clone() const { return new quiet_item(*this); }
+        quiet_item* clone() const override { return new quiet_item(*this); }
     } item;
     item.set("a = 1", 0);
     const item_list none;
@@ -436,8 +436,8 @@ TEST(ForeignConfigItem, InheritsTheOperationsOfTheLibrary) {
 class foreign_dispatch : public config_dispatch {
 public:
     explicit foreign_dispatch(lines& noted) : calls(noted) {}
-    virtual ~foreign_dispatch() throw() { calls.push_back("dispatch end"); }
-    virtual bool setup(item_list& items) const {
+    ~foreign_dispatch() throw() override { calls.push_back("dispatch end"); }
+    bool setup(item_list& items) const override {
         calls.push_back("dispatch setup of " + std::to_string(items.size()));
         for (const char* name : {"first", "second"}) {
             foreign_item* const item = new foreign_item(name, calls);
@@ -446,25 +446,25 @@ public:
         }
         return false;
     }
-    virtual bool load(item_list& items) const {
+    bool load(item_list& items) const override {
         calls.push_back("dispatch load");
         for (const auto& each : items)
             each->load(items);
         return false;
     }
-    virtual bool unload(item_list& items) const {
+    bool unload(item_list& items) const override {
         calls.push_back("dispatch unload");
         for (const auto& each : items)
             each->unload();
         return false;
     }
-    virtual bool save(item_list& items) const {
+    bool save(item_list& items) const override {
         calls.push_back("dispatch save");
         for (const auto& each : items)
             each->save();
         return false;
     }
-    virtual foreign_dispatch* clone() const {
+    foreign_dispatch* clone() const override {
         calls.push_back("dispatch clone");
         return new foreign_dispatch(calls);
     }

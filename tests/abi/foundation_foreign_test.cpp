@@ -22,7 +22,7 @@ namespace types {
 class variant_type : public generic::abilities::reference_count_pointer_ability<variant_type>,
                      public generic::abilities::clone_ability {
 public:
-    virtual ~variant_type() throw();
+    ~variant_type() throw() override;
 };
 
 }  // namespace types
@@ -34,7 +34,7 @@ class serialize_buffer
       public generic::abilities::clone_ability,
       public generic::abilities::reference_count_pointer_ability<serialize_buffer> {
 public:
-    virtual ~serialize_buffer() throw();
+    ~serialize_buffer() throw() override;
 };
 
 }  // namespace serialization
@@ -68,7 +68,7 @@ template <>
 class function_type_interface<hook_signature> : public traits::function_traits<hook_signature>,
                                                 public generic::abilities::clone_ability {
 public:
-    virtual ~function_type_interface() throw();
+    ~function_type_interface() throw() override;
     virtual void invoke(const char*, const char*, unsigned int&) = 0;
     virtual bool do_equal(const function_type_interface&) const = 0;
     virtual void* do_clone() const = 0;
@@ -83,15 +83,15 @@ public:
     typedef void (Class::*member_type)(const char*, const char*, unsigned int&);
 
     member_function_t(Class* bound, member_type operation) : object(bound), member(operation) {}
-    virtual ~member_function_t() throw() {}
-    virtual void invoke(const char* expression, const char* file, unsigned int& line) {
+    ~member_function_t() throw() override {}
+    void invoke(const char* expression, const char* file, unsigned int& line) override {
         (object->*member)(expression, file, line);
     }
-    virtual bool do_equal(const function_type_interface<hook_signature>& other) const {
+    bool do_equal(const function_type_interface<hook_signature>& other) const override {
         const auto* same = dynamic_cast<const member_function_t*>(&other);
         return same != nullptr && same->object == object && same->member == member;
     }
-    virtual void* do_clone() const { return new member_function_t(*this); }
+    void* do_clone() const override { return new member_function_t(*this); }
 
     Class* object;
     member_type member;
@@ -145,15 +145,15 @@ std::string s_log;
 class foreign_hook : public hook_function {
 public:
     explicit foreign_hook(int number) : m_number(number) {}
-    virtual ~foreign_hook() throw() { s_log += "end" + std::to_string(m_number) + " "; }
-    virtual void invoke(const char* expression, const char* file, unsigned int& line) {
+    ~foreign_hook() throw() override { s_log += "end" + std::to_string(m_number) + " "; }
+    void invoke(const char* expression, const char* file, unsigned int& line) override {
         s_log += std::string(expression) + "@" + file + ":" + std::to_string(line) + " ";
         line = 999;
     }
-    virtual bool do_equal(const hook_function& other) const {
+    bool do_equal(const hook_function& other) const override {
         return m_number == static_cast<const foreign_hook&>(other).m_number;
     }
-    virtual void* do_clone() const {
+    void* do_clone() const override {
         s_log += "clone" + std::to_string(m_number) + " ";
         return static_cast<hook_function*>(new foreign_hook(m_number + 1));
     }
@@ -239,7 +239,7 @@ TEST_F(Foreign, ExceptionsOfAnOwnClassAreCaughtAsTheRoot) {
     public:
         own_error() : exception(3, "own", "f") {}
         own_error(const own_error& source) : exception(source) {}
-        virtual const char* get_message() const { return "an own message"; }
+        const char* get_message() const override { return "an own message"; }
     };
     EXPECT_STREQ("exception an own message",
                  foreign_peer::catch_by_headers([] { throw own_error(); }));
@@ -343,7 +343,7 @@ TEST_F(Foreign, BindingsOfForeignClassesAreCalledAndCompared) {
 template <typename Base>
 class counted : public Base {
 public:
-    virtual ~counted() throw() { s_log += "end "; }
+    ~counted() throw() override { s_log += "end "; }
 };
 
 template <typename Base>
@@ -418,8 +418,8 @@ TEST_F(Foreign, CatalogsAreHeldByTheLibrarysHolders) {
 TEST_F(Foreign, CloneInterfaceCanBeDerivedFrom) {
     class item : public generic::clone_interface {
     public:
-        virtual ~item() throw() { s_log += "item "; }
-        virtual void* clone() const { return new item; }
+        ~item() throw() override { s_log += "item "; }
+        void* clone() const override { return new item; }
     };
     item source;
     const generic::clone_interface& base = source;

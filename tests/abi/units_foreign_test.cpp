@@ -72,9 +72,9 @@ template <int N>
 class basic_absolute_impl : public absolute_unit {
 public:
     basic_absolute_impl(double);
-    virtual unit_types do_type() const;
-    virtual int do_as_int32() const;
-    virtual double do_as_double() const;
+    unit_types do_type() const override;
+    int do_as_int32() const override;
+    double do_as_double() const override;
 };
 
 #pragma GCC diagnostic pop
@@ -192,10 +192,10 @@ TEST(ForeignDeviceUnit, ReturnsItsValueThroughItsSlots) {
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 class own_device : public device_unit {
 public:
-    virtual unit_types do_type() const { return of_a_subclass; }
-    virtual int do_as_int32() const { return 150; }
-    virtual float do_as_float() const { return 1.5f; }
-    virtual double do_as_double() const { return 2.5; }
+    unit_types do_type() const override { return of_a_subclass; }
+    int do_as_int32() const override { return 150; }
+    float do_as_float() const override { return 1.5f; }
+    double do_as_double() const override { return 2.5; }
 };
 
 class own_length : public absolute_unit {
@@ -203,9 +203,9 @@ public:
     own_length(int type) : m_type(type) {}
     own_length(int type, int length) : absolute_unit(length), m_type(type) {}
     own_length(int type, double length) : absolute_unit(length), m_type(type) {}
-    virtual unit_types do_type() const { return static_cast<unit_types>(m_type); }
-    virtual int do_as_int32() const { return 42; }
-    virtual double do_as_double() const { return 8.25; }
+    unit_types do_type() const override { return static_cast<unit_types>(m_type); }
+    int do_as_int32() const override { return 42; }
+    double do_as_double() const override { return 8.25; }
 
 private:
     int m_type;

@@ -474,32 +474,32 @@ TEST(ForeignVariant, HasBodiesWhoseSlotsReturnTheValue) {
 class foreign_body : public variant_type {
 public:
     explicit foreign_body(int& ends) : m_ends(ends) { allocated = true; }
-    virtual ~foreign_body() throw() { ++m_ends; }
-    virtual bool convertible() const throw() { return true; }
-    virtual const std::type_info& type() const throw() { return typeid(foreign_body); }
-    virtual variant_type* clone() throw() { return this; }
-    virtual std::ostream& ostream(std::ostream& stream) const throw() { return stream << "body"; }
-    virtual int as_int() const throw() { return -6; }
-    virtual short as_short() const throw() { return -7; }
-    virtual long as_long() const throw() { return -8; }
-    virtual signed char as_int8() const throw() { return 9; }
-    virtual short as_int16() const throw() { return 10; }
-    virtual int as_int32() const throw() { return 11; }
-    virtual long as_int64() const throw() { return 12; }
-    virtual unsigned char as_uint8() const throw() { return 13; }
-    virtual unsigned short as_uint16() const throw() { return 14; }
-    virtual unsigned int as_uint32() const throw() { return 15; }
-    virtual unsigned long as_uint64() const throw() { return 16; }
-    virtual bool as_bool() const throw() { return true; }
-    virtual ustring8 as_string() const throw() { return "18"; }
-    virtual std::wstring as_wstring() const throw() { return L"19"; }
-    virtual std::string as_ustring() const throw() { return "20"; }
-    virtual ustring8 as_utf8() const throw() { return "21"; }
-    virtual ustring16 as_utf16() const throw() { return ustring16(22, 'x'); }
-    virtual ustring32 as_utf32() const throw() { return L"23"; }
-    virtual float as_float() const throw() { return 24; }
-    virtual double as_double() const throw() { return 25; }
-    virtual long double as_long_double() const throw() { return 26; }
+    ~foreign_body() throw() override { ++m_ends; }
+    bool convertible() const throw() override { return true; }
+    const std::type_info& type() const throw() override { return typeid(foreign_body); }
+    variant_type* clone() throw() override { return this; }
+    std::ostream& ostream(std::ostream& stream) const throw() override { return stream << "body"; }
+    int as_int() const throw() override { return -6; }
+    short as_short() const throw() override { return -7; }
+    long as_long() const throw() override { return -8; }
+    signed char as_int8() const throw() override { return 9; }
+    short as_int16() const throw() override { return 10; }
+    int as_int32() const throw() override { return 11; }
+    long as_int64() const throw() override { return 12; }
+    unsigned char as_uint8() const throw() override { return 13; }
+    unsigned short as_uint16() const throw() override { return 14; }
+    unsigned int as_uint32() const throw() override { return 15; }
+    unsigned long as_uint64() const throw() override { return 16; }
+    bool as_bool() const throw() override { return true; }
+    ustring8 as_string() const throw() override { return "18"; }
+    std::wstring as_wstring() const throw() override { return L"19"; }
+    std::string as_ustring() const throw() override { return "20"; }
+    ustring8 as_utf8() const throw() override { return "21"; }
+    ustring16 as_utf16() const throw() override { return ustring16(22, 'x'); }
+    ustring32 as_utf32() const throw() override { return L"23"; }
+    float as_float() const throw() override { return 24; }
+    double as_double() const throw() override { return 25; }
+    long double as_long_double() const throw() override { return 26; }
 
 private:
     int& m_ends;

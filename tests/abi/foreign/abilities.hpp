@@ -49,7 +49,7 @@ public:
 class clone_interface : public abilities::clone_ability {
 public:
     clone_interface();
-    virtual ~clone_interface() throw();
+    ~clone_interface() throw() override;
     virtual void* clone() const = 0;
 };
 

@@ -31,8 +31,8 @@ public:
                 const char* function);
     logic_error(const std::string& message, const exception::state& where);
     logic_error(const logic_error&);
-    virtual ~logic_error() throw();
-    virtual const char* get_message() const;
+    ~logic_error() throw() override;
+    const char* get_message() const override;
 
     std::string message;
 };
@@ -43,7 +43,7 @@ public:
                  const char* function);
     out_of_range(const std::string& message, const exception::state& where);
     out_of_range(const out_of_range&);
-    virtual ~out_of_range() throw();
+    ~out_of_range() throw() override;
 };
 
 class length_error : public logic_error {
@@ -52,7 +52,7 @@ public:
                  const char* function);
     length_error(const std::string& message, const exception::state& where);
     length_error(const length_error&);
-    virtual ~length_error() throw();
+    ~length_error() throw() override;
 };
 
 class invalid_argument_value : public logic_error {
@@ -61,7 +61,7 @@ public:
                            const char* function);
     invalid_argument_value(const std::string& message, const exception::state& where);
     invalid_argument_value(const invalid_argument_value&);
-    virtual ~invalid_argument_value() throw();
+    ~invalid_argument_value() throw() override;
 };
 
 class runtime_error : public exception {
@@ -70,8 +70,8 @@ public:
                   const char* function);
     runtime_error(const std::string& message, const exception::state& where);
     runtime_error(const runtime_error&);
-    virtual ~runtime_error() throw();
-    virtual const char* get_message() const;
+    ~runtime_error() throw() override;
+    const char* get_message() const override;
 
     std::string message;
 };
@@ -82,7 +82,7 @@ public:
                 const char* function);
     empty_error(const std::string& message, const exception::state& where);
     empty_error(const empty_error&);
-    virtual ~empty_error() throw();
+    ~empty_error() throw() override;
 };
 
 class full_error : public runtime_error {
@@ -91,7 +91,7 @@ public:
                const char* function);
     full_error(const std::string& message, const exception::state& where);
     full_error(const full_error&);
-    virtual ~full_error() throw();
+    ~full_error() throw() override;
 };
 
 class overflow_error : public runtime_error {
@@ -100,7 +100,7 @@ public:
                    const char* function);
     overflow_error(const std::string& message, const exception::state& where);
     overflow_error(const overflow_error&);
-    virtual ~overflow_error() throw();
+    ~overflow_error() throw() override;
 };
 
 class underflow_error : public runtime_error {
@@ -109,7 +109,7 @@ public:
                     const char* function);
     underflow_error(const std::string& message, const exception::state& where);
     underflow_error(const underflow_error&);
-    virtual ~underflow_error() throw();
+    ~underflow_error() throw() override;
 };
 
 }  // namespace exceptions

@@ -17,7 +17,7 @@ namespace types {
 class variant_type : public generic::abilities::reference_count_pointer_ability<variant_type>,
                      public generic::abilities::clone_ability {
 public:
-    virtual ~variant_type() throw();
+    ~variant_type() throw() override;
     virtual bool convertible() const throw() = 0;
     virtual const std::type_info& type() const throw() = 0;
     virtual variant_type* clone() throw() = 0;
