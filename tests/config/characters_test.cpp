@@ -1,14 +1,15 @@
 #include <tova/config/characters.hpp>
 
-#include <gtest/gtest.h>
+#include <cstring>
+#include <functional>
 
-#include <string>
+#include <gtest/gtest.h>
 
 namespace {
 
-using namespace tova::config;
+using namespace TOVA_2_18::config;
 
-// Tests all 256 bytes; those in `members` are in the class.
+// All 256 bytes against a written-out set.
 void expect_exactly(bool (*test)(char), const std::string& members) {
     for (int byte = 0; byte < 256; ++byte) {
         SCOPED_TRACE(byte);
@@ -17,15 +18,15 @@ void expect_exactly(bool (*test)(char), const std::string& members) {
     }
 }
 
-TEST(IsConfigDotSlash, IsTrueForTheThreeSeparatorsOnly) {
+TEST(IsConfigDotSlash, IsTrueForTheThreeSeparatorsAlone) {
     expect_exactly(isConfigDotSlash, "./\\");
 }
 
-TEST(IsConfigWhite, IsTrueForSpaceTabAndBothLineEndCharacters) {
+TEST(IsConfigWhite, IsTrueForBlankTabAndBothLineEndCharacters) {
     expect_exactly(isConfigWhite, " \t\n\r");
 }
 
-TEST(IsConfigSpace, IsTrueForTheSpaceOnly) {
+TEST(IsConfigSpace, IsTrueForTheBlankAlone) {
     expect_exactly(isConfigSpace, " ");
 }
 

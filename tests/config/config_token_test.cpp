@@ -4,9 +4,9 @@
 
 namespace {
 
-using tova::config::config_token;
+using TOVA_2_18::config::config_token;
 
-TEST(ConfigToken, NamesItsTypeAndShowsTheTextOfFourTypes) {
+TEST(ConfigToken, NamesItsKindAndShowsTheTextOfFourOfThem) {
     const struct {
         int type;
         const char* name;
@@ -56,7 +56,7 @@ TEST(ConfigToken, NamesItsTypeAndShowsTheTextOfFourTypes) {
     }
 }
 
-TEST(ConfigToken, NumbersItsTypes) {
+TEST(ConfigToken, NumbersItsKinds) {
     EXPECT_EQ(0, config_token::T_VAR);
     EXPECT_EQ(1, config_token::T_NUM);
     EXPECT_EQ(2, config_token::T_NEWLINE);

@@ -1,25 +1,31 @@
 #include <tova/config/config_tree.hpp>
 
+#include <sstream>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include "config/listing.hpp"
 #include "config/tree_nodes.hpp"
 #include "support/child_process.hpp"
 #include "support/failing_allocation.hpp"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <sstream>
-#include <string>
-
 namespace {
 
-using namespace config_support;
+using config_support::config_node;
+using config_support::config_node_list;
+using config_support::config_tree;
+using config_support::content;
+using config_support::lines;
+using config_support::show;
+using config_support::ustring8;
+using config_support::variant;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using tova::memory::pointers::rc_pointer;
+using TOVA_2_18::memory::pointers::rc_pointer;
 
 typedef tova::config::detail::tree_fields fields;
-typedef tova::config::_private::deep_copy_map<ustring8, rc_pointer<config_tree>> tree_map;
 
 config_tree* child(config_tree& tree, const char* name) {
     return fields::children(tree).at(name).get();
@@ -42,7 +48,7 @@ lines array(config_tree& tree, const char* key) {
     return show(nodes);
 }
 
-TEST(ConfigTree, StartsWithoutChildrenHoldersAndHeapMark) {
+TEST(ConfigTree, IsMadeWithoutChildrenHoldersOrHeapMark) {
     config_tree tree;
     EXPECT_THAT(content(tree), IsEmpty());
     EXPECT_EQ(0u, tree.count);
@@ -50,7 +56,7 @@ TEST(ConfigTree, StartsWithoutChildrenHoldersAndHeapMark) {
     EXPECT_EQ("0 true", show(fields::node(tree)));
 }
 
-TEST(ParseString, SplitsOffTheFirstSegmentInLowerCase) {
+TEST(ParseString, CutsTheFirstSegmentAndLowersIt) {
     const struct {
         const char* key;
         const char* head;
@@ -83,7 +89,7 @@ TEST(ParseString, LowersEachByteAsTheCLibraryDoes) {
     }
 }
 
-TEST(SetNode, AddsStepsWithoutValues) {
+TEST(SetNode, MakesTheStepsOnTheWayWithoutValues) {
     config_tree tree;
     tree.set_node("A.b/C", variant("v"), 0);
     EXPECT_EQ("1 'v'", shown(tree, "a.B.c"));
@@ -106,7 +112,7 @@ TEST(SetNode, AddsBitZeroToEveryWord) {
     }
 }
 
-TEST(SetNode, ReplacesAnyFlagsWordAndValue) {
+TEST(SetNode, ReplacesTheWordAndTheValueWhateverTheyWere) {
     config_tree tree;
     tree.set_node("k", variant("old"), 6);
     tree.set_node("K", variant("new"), 0);
@@ -122,7 +128,7 @@ TEST(SetNode, KeepsTheChildrenOfTheNode) {
     EXPECT_THAT(content(tree), ElementsAre("a: 1 'above'", "a.b: 1 'below'"));
 }
 
-TEST(SetNode, TreatsTheThreeSeparatorsAlike) {
+TEST(SetNode, TakesTheThreeSeparatorsForOnePath) {
     config_tree tree;
     tree.set_node("a.b.c", variant(1), 0);
     tree.set_node("a/b/c", variant(2), 0);
@@ -130,7 +136,7 @@ TEST(SetNode, TreatsTheThreeSeparatorsAlike) {
     EXPECT_THAT(content(tree), ElementsAre("a: 0 true", "a.b: 0 true", "a.b.c: 1 '3' int"));
 }
 
-TEST(SetNode, IgnoresATrailingSeparatorAndTakesTwoForAnEmptyName) {
+TEST(SetNode, TakesATrailingSeparatorForNothingAndTwoForAnEmptyName) {
     config_tree tree;
     tree.set_node("a.", variant(1), 0);
     EXPECT_THAT(content(tree), ElementsAre("a: 1 '1' int"));
@@ -142,7 +148,7 @@ TEST(SetNode, IgnoresATrailingSeparatorAndTakesTwoForAnEmptyName) {
     EXPECT_EQ("1 '3' int", shown(tree, "a\\\\b/"));
 }
 
-TEST(SetNode, StoresTheEmptyKeyAsAChildWithTheEmptyName) {
+TEST(SetNode, TakesTheEmptyKeyForAChildWithTheEmptyName) {
     config_tree tree;
     EXPECT_EQ("null", shown(tree, ""));
     tree.set_node("", variant("e"), 0);
@@ -152,14 +158,14 @@ TEST(SetNode, StoresTheEmptyKeyAsAChildWithTheEmptyName) {
     EXPECT_EQ("1 'f'", shown(tree, "//"));
     EXPECT_EQ("1 'e'", shown(tree, "."));
     tree.set_node(".x", variant("g"), 0);
-    // The names below a child of the root with the empty name don't start with a dot.
+    // Below a child of the root with the empty name the names have no dot in front.
     EXPECT_THAT(content(tree), ElementsAre(": 1 'e'", ": 1 'f'", "x: 1 'g'"));
 }
 
 TEST(SetNode, SharesTheValueWithTheCaller) {
     config_tree tree;
     tree.set_node("k", variant(L"wide"), 0);
-    EXPECT_EQ(typeid(tova::strings::ustring32), tree.get_node("k")->second.type());
+    EXPECT_EQ(typeid(TOVA_2_18::strings::ustring32), tree.get_node("k")->second.type());
     tree.set_node("k", tree.get_node("k")->second, 0);
     EXPECT_EQ("wide", tree.get_node("k")->second.as_string());
 }
@@ -208,7 +214,7 @@ TEST(GetArray, EndsAtTheFirstGap) {
     EXPECT_THAT(array(without_first, "k"), IsEmpty());
 }
 
-TEST(GetArray, ListsElementsInNumericOrder) {
+TEST(GetArray, CountsInNumbersAndNotInByteOrder) {
     config_tree tree;
     tree.set_node("k", variant(), 2);
     for (int i = 11; i >= 0; --i)
@@ -222,7 +228,7 @@ TEST(GetArray, ListsElementsInNumericOrder) {
     }
 }
 
-TEST(GetArray, AppendsToTheList) {
+TEST(GetArray, AppendsAndLeavesTheRestAlone) {
     config_tree tree;
     tree.set_node("k", variant(), 2);
     tree.set_node("k.0", variant("x"), 5);
@@ -234,14 +240,14 @@ TEST(GetArray, AppendsToTheList) {
     EXPECT_THAT(show(out), ElementsAre("old: 9 '1' int", "0: 5 'x'"));
 }
 
-TEST(GetArray, ListsElementsThatAreOnlySteps) {
+TEST(GetArray, TakesElementsThatAreStepsOnly) {
     config_tree tree;
     tree.set_node("k", variant(), 2);
     tree.set_node("k.0.deep", variant("x"), 0);
     EXPECT_THAT(array(tree, "k"), ElementsAre("0: 0 true"));
 }
 
-TEST(GetValuePairArray, ListsDirectChildrenIncludingSteps) {
+TEST(GetValuePairArray, ListsDirectChildrenWithStepsAmongThem) {
     config_tree tree;
     tree.set_node("b", variant(1), 0);
     tree.set_node("a.x.y", variant(2), 0);
@@ -257,7 +263,7 @@ TEST(GetValuePairArray, IsInByteOrder) {
                             "a b: 1 true", "z: 1 true", "\xC3\xA4: 1 true"));
 }
 
-TEST(GetValuePairArray, ListsDepthFirstWithParentsBeforeChildren) {
+TEST(GetValuePairArray, ListsDepthFirstWithParentsInFront) {
     config_tree tree;
     tree.set_node("b.c.d", variant(1), 0);
     tree.set_node("b.a", variant(2), 0);
@@ -268,7 +274,7 @@ TEST(GetValuePairArray, ListsDepthFirstWithParentsBeforeChildren) {
                             "b.c.a: 1 '4' int", "b.c.d: 1 '1' int"));
 }
 
-TEST(GetValuePairArray, AddsThePrefixOnlyForTheEmptyKey) {
+TEST(GetValuePairArray, PutsThePrefixInFrontForTheEmptyKeyOnly) {
     config_tree tree;
     tree.set_node("s.k", variant(1), 0);
     EXPECT_THAT(listed(tree, "", true, "P"), ElementsAre("P.s: 0 true", "P.s.k: 1 '1' int"));
@@ -287,7 +293,7 @@ TEST(GetValuePairArray, NamesAreRelativeToTheListedNode) {
     EXPECT_THAT(listed(tree, ".", true, ""), IsEmpty());
 }
 
-TEST(GetValuePairArray, AppendsWithAPrefixThatIsPartOfTheListItself) {
+TEST(GetValuePairArray, AppendsAndTakesAPrefixOutOfTheListItself) {
     config_tree tree;
     for (int i = 10; i < 60; ++i)
         tree.set_node(ustring8(std::to_string(i)), variant(i), 0);
@@ -300,7 +306,7 @@ TEST(GetValuePairArray, AppendsWithAPrefixThatIsPartOfTheListItself) {
     EXPECT_EQ("front.59", out[50].first);
 }
 
-TEST(Erase, RemovesTheChildrenAndKeepsItsOwnNode) {
+TEST(Erase, RemovesTheChildrenAndKeepsTheOwnNode) {
     config_tree tree;
     tree.set_node("a.b.c", variant(1), 0);
     fields::node(tree) = config_node(5, variant("own"));
@@ -332,7 +338,7 @@ TEST(ConfigTree, CopiesShareNoNodes) {
     EXPECT_EQ(before, content(assigned));
 }
 
-TEST(ConfigTree, CopiesItsOwnNodeToo) {
+TEST(ConfigTree, CopiesTheOwnNodeToo) {
     config_tree source;
     fields::node(source) = config_node(5, variant("own"));
     config_tree copy(source), assigned;
@@ -377,7 +383,7 @@ TEST(ConfigTree, KeepsItsChildrenWhenAssignedToItself) {
     EXPECT_EQ(before, content(tree));
 }
 
-TEST(ConfigTree, CanBeAssignedItsOwnChild) {
+TEST(ConfigTree, TakesTheNodesOfItsOwnChild) {
     config_tree tree;
     tree.set_node("a.b.c", variant(1), 0);
     tree = *child(tree, "a");
@@ -392,7 +398,7 @@ TEST(ConfigTree, OutlivesAHolderUnlessMarked) {
     EXPECT_EQ("1 '1' int", shown(tree, "a"));
 }
 
-TEST(ConfigTree, LeavesAChildIntactThatOthersHold) {
+TEST(ConfigTree, LeavesAChildThatOthersHoldWhole) {
     rc_pointer<config_tree> kept;
     {
         config_tree tree;
@@ -405,14 +411,15 @@ TEST(ConfigTree, LeavesAChildIntactThatOthersHold) {
 }
 
 TEST(DeepCopyMap, CopiesTheObjectsOnAssignmentAndKeepsNull) {
-    tree_map source;
+    typedef TOVA_2_18::config::_private::deep_copy_map<ustring8, rc_pointer<config_tree>> map;
+    map source;
     config_tree* const tree = new config_tree;
     tree->allocated = true;
     tree->set_node("k", variant(1), 0);
     source["a"] = rc_pointer<config_tree>(tree);
     source["n"] = rc_pointer<config_tree>();
 
-    tree_map target;
+    map target;
     target["old"] = rc_pointer<config_tree>();
     target = source;
     ASSERT_EQ(2u, target.size());
@@ -424,20 +431,21 @@ TEST(DeepCopyMap, CopiesTheObjectsOnAssignmentAndKeepsNull) {
     EXPECT_EQ(1u, tree->count);
     EXPECT_THAT(content(*target["a"]), ElementsAre("k: 1 '1' int"));
 
-    const tree_map shared(source);
+    const map shared(source);
     EXPECT_EQ(tree, shared.at("a").get());
     EXPECT_EQ(2u, tree->count);
 }
 
-TEST(DeepCopyMap, IsEmptyAfterAssignmentToItself) {
-    tree_map source;
+TEST(DeepCopyMap, IsEmptyBehindAnAssignmentToItself) {
+    typedef TOVA_2_18::config::_private::deep_copy_map<ustring8, rc_pointer<config_tree>> map;
+    map source;
     source["n"] = rc_pointer<config_tree>();
-    tree_map& same = source;
+    map& same = source;
     source = same;
     EXPECT_TRUE(source.empty());
 }
 
-TEST(DumpTree, WritesEachNodeWithItsFlagsAndItsChildren) {
+TEST(DumpTree, WritesEachNodeWithItsWordAndItsChildren) {
     config_tree tree;
     tree.set_node("s.a", variant("x y"), 0);
     tree.set_node("s.k", variant(), 2);
@@ -473,7 +481,7 @@ TEST(DumpTree, IsIndentedByTheDepth) {
     EXPECT_EQ("|\t\tend\n", empty.str());
 }
 
-TEST(DumpTree, IgnoresTheBaseOfTheStream) {
+TEST(DumpTree, IsWhatTheInserterWritesWhateverTheBaseOfTheStream) {
     config_tree tree;
     tree.set_node("a", variant(12), 30);
     std::ostringstream out;
@@ -488,7 +496,7 @@ config_tree branching_tree() {
     return tree;
 }
 
-TEST(ConfigTree, RaisesBadAllocWithoutALeak) {
+TEST(ConfigTree, PassesOnAShortageOfMemoryWithoutALeak) {
     config_tree tree = branching_tree();
     const lines before = content(tree);
     for (unsigned successes = 0;; ++successes) {
@@ -523,7 +531,7 @@ TEST(ConfigTree, KeepsItsChildrenIfACopyFails) {
     EXPECT_EQ(nullptr, target.get_node("a"));
 }
 
-TEST(ConfigTree, IsDestroyedEvenWithoutMemory) {
+TEST(ConfigTree, IsDestroyedWithoutAnyMemoryLeft) {
     const long live = test_support::live_allocations();
     for (unsigned successes = 0; successes < 8; ++successes) {
         config_tree* const tree = new config_tree(branching_tree());
@@ -533,7 +541,7 @@ TEST(ConfigTree, IsDestroyedEvenWithoutMemory) {
     EXPECT_EQ(live, test_support::live_allocations());
 }
 
-// A key of a million segments is set, looked up, copied, assigned and destroyed on a small stack.
+// A key of a million segments, walked, copied, assigned and destroyed on a small stack.
 TEST(ConfigTree, HoldsKeysOfAnyDepth) {
     const auto child = test_support::run_in_child(
         [] {

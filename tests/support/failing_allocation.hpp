@@ -1,6 +1,5 @@
 // Makes a chosen allocation of the program fail, inside the library as well. A test program that
-// uses this header lists ../support/failing_allocation.cpp among its sources, which replaces
-// operator new.
+// uses this header links tova_failing_allocation, which replaces operator new.
 #pragma once
 
 namespace test_support {
