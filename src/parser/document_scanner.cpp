@@ -133,9 +133,8 @@ void document_scanner::skip_whitespace() {
 }
 
 void document_scanner::take_whitespace(ustring8& into) {
-    const iterator begin = m_cursor;
-    skip_whitespace();
-    into.assign(begin, m_cursor);
+    into.clear();
+    take_to(end_of_whitespace(m_cursor, m_end, m_line), into);
 }
 
 void document_scanner::skip_declaration() {
@@ -145,9 +144,9 @@ void document_scanner::skip_declaration() {
 void document_scanner::take_name(ustring8& into) {
     if (at_end() || !begins_name(*m_cursor))
         refuse_byte();
-    const iterator end = end_of_name(m_cursor, m_end);
-    into.assign(m_cursor, end);
-    m_cursor = end - 1;
+    into.clear();
+    take_to(end_of_name(m_cursor, m_end), into);
+    --m_cursor;
 }
 
 void document_scanner::take_value(ustring8& into) {

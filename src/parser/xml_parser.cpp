@@ -134,12 +134,11 @@ private:
 
     void take_markup() {
         m_parser.m_in_tag = true;
-        const char kind = m_scanner.byte(1);
-        if (kind == '/')
+        if (m_scanner.byte(1) == '/')
             take_end_tag();
-        else if (kind == '!' && m_scanner.begins_with("<!--"))
+        else if (m_scanner.begins_with("<!--"))
             take_section(4, "-->", m_parser.on_comment);
-        else if (kind == '!' && m_scanner.begins_with("<![CDATA["))
+        else if (m_scanner.begins_with("<![CDATA["))
             take_section(9, "]]>", m_parser.on_character);
         else
             take_start_tag();

@@ -19,7 +19,7 @@ namespace generic {
 class TOVA_API clone_interface : public abilities::clone_ability {
 public:
     clone_interface();
-    virtual ~clone_interface() TOVA_NOTHROW;
+    ~clone_interface() TOVA_NOTHROW override;
 
     /// A copy of the object on the heap, owned by the caller.
     virtual clone_interface* clone() const = 0;

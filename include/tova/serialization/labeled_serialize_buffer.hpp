@@ -32,7 +32,7 @@ class TOVA_API labeled_serialize_buffer
       public generic::abilities::clone_ability,
       public generic::abilities::reference_count_pointer_ability<labeled_serialize_buffer> {
 public:
-    virtual ~labeled_serialize_buffer() TOVA_NOTHROW;
+    ~labeled_serialize_buffer() TOVA_NOTHROW override;
 
     /// Replaces the tree with that of another buffer, or with an encoded one (`length` counts
     /// bytes). Returns this buffer.

@@ -51,7 +51,7 @@ class TOVA_API serialize_buffer
       public generic::abilities::clone_ability,
       public generic::abilities::reference_count_pointer_ability<serialize_buffer> {
 public:
-    virtual ~serialize_buffer() TOVA_NOTHROW;
+    ~serialize_buffer() TOVA_NOTHROW override;
 
     /// Replaces the content with that of another buffer, or with encoded bytes (`length` counts
     /// bytes). Returns this buffer, which stays as it is if it is assigned to itself. The read

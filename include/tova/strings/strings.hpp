@@ -1,6 +1,4 @@
-/// @file
-/// Everything of namespace `strings`: the three string types, the conversions between them, code
-/// pages, and the algorithms on strings. Each header says what threads may do.
+/// All of the strings family.
 #pragma once
 
 #include <tova/strings/byte_order_mark.hpp>

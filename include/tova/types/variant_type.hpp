@@ -29,7 +29,7 @@ class TOVA_API variant_type
     : public generic::abilities::reference_count_pointer_ability<variant_type>,
       public generic::abilities::clone_ability {
 public:
-    virtual ~variant_type() TOVA_NOTHROW;
+    ~variant_type() TOVA_NOTHROW override;
 
     /// Whether the value converts to the other types. True for all bodies of the library.
     virtual bool convertible() const TOVA_NOTHROW = 0;
