@@ -3,6 +3,10 @@
 namespace TOVA_2_18 {
 namespace config {
 
+// One row for each type. A `switch` without a default lets the compiler report a type that is
+// missing.
+//
+// Contract: `T_COMMENT_END` has no name of its own.
 std::string config_token::CvtTokStr() {
     switch (type) {
     case T_VAR:
