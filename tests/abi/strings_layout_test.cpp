@@ -1,11 +1,11 @@
 // The strings family as compiled callers see it: sizes, how values are passed, and result types.
 #include <tova/strings/strings.hpp>
 
+#include <gtest/gtest.h>
+
 #include <cstring>
 #include <type_traits>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -48,8 +48,8 @@ TEST(StringsLayout, AStringIsItsBaseAtOffsetZero) {
               static_cast<const void*>(static_cast<const std::wstring*>(&text32)));
 }
 
-// A symbol doesn't tell its result type, so each is held here: only the overload with exactly this
-// type converts.
+// A symbol name doesn't contain its result type, so each is checked here: only the overload with
+// exactly this type converts.
 template <typename Function>
 bool offered(Function* function) {
     return function != nullptr;

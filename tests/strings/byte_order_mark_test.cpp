@@ -4,9 +4,9 @@
 
 namespace {
 
-using namespace TOVA_2_18::strings;
+using namespace tova::strings;
 
-TEST(RemoveBOM, TakesOneMarkFromTheFrontOf8Bits) {
+TEST(RemoveBOM, RemovesOneMarkFromTheFrontOf8Bits) {
     const struct {
         const char* text;
         const char* expected;
@@ -33,7 +33,7 @@ TEST(RemoveBOM, TakesOneMarkFromTheFrontOf8Bits) {
     EXPECT_EQ(ustring8("\0a", 2), remove_BOM(ustring8("\xEF\xBB\xBF\0a", 5)));
 }
 
-TEST(RemoveBOM, TakesOneMarkInHostOrderFromTheFrontOf16Bits) {
+TEST(RemoveBOM, RemovesOneMarkInHostOrderFromTheFrontOf16Bits) {
     EXPECT_EQ(ustring16(), remove_BOM(ustring16()));
     EXPECT_EQ(ustring16(), remove_BOM(ustring16{0xFEFF}));
     EXPECT_EQ((ustring16{'a'}), remove_BOM(ustring16{0xFEFF, 'a'}));
@@ -42,7 +42,7 @@ TEST(RemoveBOM, TakesOneMarkInHostOrderFromTheFrontOf16Bits) {
     EXPECT_EQ((ustring16{'a', 0xFEFF}), remove_BOM(ustring16{'a', 0xFEFF}));
 }
 
-TEST(RemoveBOM, TakesOneMarkInHostOrderFromTheFrontOf32Bits) {
+TEST(RemoveBOM, RemovesOneMarkInHostOrderFromTheFrontOf32Bits) {
     EXPECT_EQ(ustring32(), remove_BOM(ustring32()));
     EXPECT_EQ(ustring32(), remove_BOM(ustring32{0xFEFF}));
     EXPECT_EQ((ustring32{'a'}), remove_BOM(ustring32{0xFEFF, 'a'}));
@@ -50,7 +50,7 @@ TEST(RemoveBOM, TakesOneMarkInHostOrderFromTheFrontOf32Bits) {
     EXPECT_EQ((ustring32{0xFFFE, 'a'}), remove_BOM(ustring32{0xFFFE, 'a'}));
 }
 
-TEST(RemoveBOM, LeavesItsArgumentAlone) {
+TEST(RemoveBOM, LeavesItsArgumentUnchanged) {
     const ustring8 text("\xEF\xBB\xBF"
                         "abc");
     remove_BOM(text);

@@ -1,24 +1,24 @@
 #include <tova/strings/case.hpp>
 
+#include "support/widths.hpp"
+
+#include <gtest/gtest.h>
+
 #include <clocale>
 #include <ctype.h>
 #include <functional>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include "support/widths.hpp"
-
 namespace {
 
-using namespace TOVA_2_18::strings;
+using namespace tova::strings;
 using test_support::text;
 
 template <typename String>
 class CaseMapping : public ::testing::Test {};
 TYPED_TEST_SUITE(CaseMapping, test_support::all_widths, test_support::width_name);
 
-TYPED_TEST(CaseMapping, ChangesTheLettersOfAscii) {
+TYPED_TEST(CaseMapping, ChangesTheLettersOfAsciiOnly) {
     EXPECT_EQ(text<TypeParam>("abcxyz @[`{ 019 \0 end"),
               to_lower(text<TypeParam>("aBCXyZ @[`{ 019 \0 END")));
     EXPECT_EQ(text<TypeParam>("ABCXYZ @[`{ 019 \0 END"),
@@ -27,7 +27,7 @@ TYPED_TEST(CaseMapping, ChangesTheLettersOfAscii) {
     EXPECT_EQ(TypeParam(), to_upper(TypeParam()));
 }
 
-TYPED_TEST(CaseMapping, LeavesItsArgumentAlone) {
+TYPED_TEST(CaseMapping, LeavesItsArgumentUnchanged) {
     const TypeParam source = text<TypeParam>("Mixed");
     to_lower(source);
     to_upper(source);
@@ -35,7 +35,7 @@ TYPED_TEST(CaseMapping, LeavesItsArgumentAlone) {
     EXPECT_EQ(text<TypeParam>("Mixed"), source);
 }
 
-TYPED_TEST(CaseMapping, OfARangeChangesTheUnitsInItAlone) {
+TYPED_TEST(CaseMapping, OfARangeChangesNoUnitOutsideIt) {
     const unsigned long end = static_cast<unsigned long>(-1);
     const struct {
         unsigned long first, last;
@@ -55,14 +55,14 @@ TYPED_TEST(CaseMapping, OfARangeChangesTheUnitsInItAlone) {
     EXPECT_EQ(TypeParam(), lower_case(TypeParam(), 0, end));
 }
 
-// A caller that does not keep `last` in range meets no memory but the text's.
-TYPED_TEST(CaseMapping, OfARangeStaysInsideTheText) {
+// Even if the caller doesn't keep `last` in range, no other memory is touched.
+TYPED_TEST(CaseMapping, OfARangeStaysInsideTheString) {
     const TypeParam source(1000, 'A');
     EXPECT_EQ(TypeParam(1000, 'a'), lower_case(source, 0, 100000));
     EXPECT_EQ(source, lower_case(source, 5000, 100000));
 }
 
-TEST(CaseMapping8, LeavesTheBytesOfAnAccentedLetter) {
+TEST(CaseMapping8, KeepsTheBytesOfAnAccentedLetter) {
     EXPECT_EQ("STRA\xC3\x9F"
               "E \xC3\xA9",
               to_upper("stra\xC3\x9F"
@@ -70,12 +70,12 @@ TEST(CaseMapping8, LeavesTheBytesOfAnAccentedLetter) {
     EXPECT_EQ("\xC3\x89t\xC3\x89", to_lower("\xC3\x89T\xC3\x89"));
 }
 
-TEST(CaseMapping16, LeavesUnitsAbove127OfTheStartingLocale) {
+TEST(CaseMapping16, KeepsUnitsAbove127InTheStartingLocale) {
     EXPECT_EQ((ustring16{0xC9, 't', 0x416, 0xD83D, 0xFFFF}),
               to_lower(ustring16{0xC9, 'T', 0x416, 0xD83D, 0xFFFF}));
 }
 
-// One locale for the time of a test.
+// Sets a locale for the length of a test.
 class locale_guard {
 public:
     explicit locale_guard(const char* name) : m_set(setlocale(LC_CTYPE, name) != nullptr) {}
@@ -86,7 +86,7 @@ private:
     bool m_set;
 };
 
-// What the C library's table says, for every unit that it reaches and some that it does not.
+// Compares with the C library, for every unit that its table covers and some that it doesn't.
 template <typename String>
 void expect_the_table() {
     typedef typename String::value_type unit_type;
@@ -99,22 +99,22 @@ void expect_the_table() {
     for (const long value : values) {
         const unit_type unit = static_cast<unit_type>(value);
         const int passed = unit;
-        const bool reached = passed >= -128 && passed <= 255;
+        const bool covered = passed >= -128 && passed <= 255;
         SCOPED_TRACE(passed);
-        const unit_type lower = reached ? static_cast<unit_type>(::tolower(passed)) : unit;
-        const unit_type upper = reached ? static_cast<unit_type>(::toupper(passed)) : unit;
+        const unit_type lower = covered ? static_cast<unit_type>(::tolower(passed)) : unit;
+        const unit_type upper = covered ? static_cast<unit_type>(::toupper(passed)) : unit;
         EXPECT_EQ(String(1, lower), to_lower(String(1, unit)));
         EXPECT_EQ(String(1, upper), to_upper(String(1, unit)));
         EXPECT_EQ(String(1, lower), lower_case(String(1, unit), 0, 1));
     }
 }
 
-TYPED_TEST(CaseMapping, AsksTheTableOfTheStartingLocale) {
+TYPED_TEST(CaseMapping, AgreesWithTheCLibraryInTheStartingLocale) {
     expect_the_table<TypeParam>();
 }
 
-TYPED_TEST(CaseMapping, AsksTheTableOfTheCurrentLocale) {
-    // Which of these are installed differs; each that is has to agree.
+TYPED_TEST(CaseMapping, AgreesWithTheCLibraryInTheCurrentLocale) {
+    // Not all of these are installed everywhere; those that are have to agree.
     for (const char* name : {"C", "POSIX", "C.UTF-8", "en_US.ISO-8859-1", "de_DE.ISO-8859-1",
                              "ru_RU.KOI8-R", "tr_TR.ISO-8859-9", "el_GR.ISO-8859-7"}) {
         const locale_guard locale(name);
@@ -124,9 +124,11 @@ TYPED_TEST(CaseMapping, AsksTheTableOfTheCurrentLocale) {
     }
 }
 
-TEST(CaseMapping32, TheTableMovesNegativeUnitsToTheirBytes) {
-    EXPECT_EQ(ustring32(1, 254), to_lower(ustring32(1, -2)));
-    EXPECT_EQ(ustring32(1, 128), to_lower(ustring32(1, -128)));
+TEST(CaseMapping32, ChangesTheNegativeUnitsThatTheTableCovers) {
+    for (int unit = -128; unit <= -2; ++unit) {
+        EXPECT_EQ(ustring32(1, unit + 256), to_lower(ustring32(1, unit))) << unit;
+        EXPECT_EQ(ustring32(1, unit + 256), to_upper(ustring32(1, unit))) << unit;
+    }
     EXPECT_EQ(ustring32(1, -1), to_lower(ustring32(1, -1)));
     EXPECT_EQ(ustring32(1, -129), to_lower(ustring32(1, -129)));
 }

@@ -1,32 +1,32 @@
 #include <tova/strings/gh2.hpp>
 
+#include "support/child_process.hpp"
+#include "support/failing_allocation.hpp"
+
+#include <gtest/gtest.h>
+
 #include <csignal>
 #include <iostream>
 #include <new>
 #include <string>
 
-#include <gtest/gtest.h>
-
-#include "support/child_process.hpp"
-#include "support/failing_allocation.hpp"
-
 namespace {
 
-namespace gh2 = TOVA_2_18::strings::gh2;
+namespace gh2 = tova::strings::gh2;
 
 // What a static object of a program finds while the program is loaded.
 std::istream* const in_at_load = &gh2::ucin;
 std::ostream* const out_at_load = &gh2::ucout;
 std::ostream* const error_at_load = &gh2::ucerr;
 
-TEST(Gh2Streams, StandForTheStandardStreamsFromLoadTime) {
+TEST(Gh2Streams, AreTheStandardStreamsFromLoadTimeOn) {
     EXPECT_EQ(&std::cin, in_at_load);
     EXPECT_EQ(&std::cout, out_at_load);
     EXPECT_EQ(&std::cerr, error_at_load);
     EXPECT_EQ(&std::cout, &gh2::ucout);
 }
 
-TEST(Gh2Streams, WriteText) {
+TEST(Gh2Streams, WriteToTheStandardStreams) {
     const auto result = test_support::run_in_child([] {
         gh2::ucout << "out " << std::flush;
         gh2::ucerr << "err";
@@ -42,7 +42,7 @@ TEST(Gh2Case, MapsPlainStrings) {
 }
 
 // The character set of the locale that a process starts with is ASCII.
-TEST(Gh2Ansi, GoesThroughTheCharacterSetOfTheLocale) {
+TEST(Gh2Ansi, ConvertsToTheCharacterSetOfTheLocale) {
     EXPECT_EQ("plain", gh2::to_ansi("plain"));
     EXPECT_EQ("caf??", gh2::to_ansi("caf\xC3\xA9"));
     EXPECT_EQ("plain", gh2::from_ansi("plain"));
@@ -51,7 +51,7 @@ TEST(Gh2Ansi, GoesThroughTheCharacterSetOfTheLocale) {
     EXPECT_EQ("", gh2::from_ansi(""));
 }
 
-TEST(Gh2ReplaceAll, SpinsForAnEmptySearchAndReplacement) {
+TEST(Gh2ReplaceAll, LoopsForEverOnAnEmptySearchAndReplacement) {
     test_support::child_limits limits;
     limits.cpu_seconds = 1;
     const auto result = test_support::run_in_child(
@@ -65,10 +65,10 @@ TEST(Gh2ReplaceAll, SpinsForAnEmptySearchAndReplacement) {
     EXPECT_EQ("", result.output);
 }
 
-TEST(Gh2ReplaceAll, GrowsTheTextForAnEmptySearchUntilMemoryRunsOut) {
+TEST(Gh2ReplaceAll, GrowsTheStringForAnEmptySearchUntilMemoryRunsOut) {
     std::string text = "abc";
     const std::string replacement(4096, 'x');
-    const test_support::failing_allocation last(9);  // behind nine that double the text's room
+    const test_support::failing_allocation last(9);  // after nine that double the capacity
     EXPECT_THROW(gh2::replace_all(text, "", replacement), std::bad_alloc);
     EXPECT_TRUE(last.failed());
     EXPECT_LT(std::size_t(1) << 20, text.size());
@@ -77,7 +77,7 @@ TEST(Gh2ReplaceAll, GrowsTheTextForAnEmptySearchUntilMemoryRunsOut) {
     EXPECT_EQ(text.size() - 3, text.find_first_not_of('x'));
 }
 
-TEST(Gh2Utf8Length, IsTakenFromTheFirstByteAlone) {
+TEST(Gh2Utf8Length, DependsOnTheFirstByteOnly) {
     for (unsigned value = 0; value < 0x100; ++value) {
         const unsigned char byte = static_cast<unsigned char>(value);
         const char character = static_cast<char>(byte);
@@ -93,14 +93,14 @@ TEST(Gh2Utf8Length, IsTakenFromTheFirstByteAlone) {
     }
 }
 
-TEST(Gh2Utf8Length, OfNoTextIsZero) {
+TEST(Gh2Utf8Length, OfNoBytesIsZero) {
     EXPECT_EQ(0u, gh2::get_utf8_length("a", 0));
     EXPECT_EQ(0u, gh2::get_utf8_length(static_cast<const char*>(nullptr), 1));
     EXPECT_EQ(0u, gh2::get_utf8_length(static_cast<const unsigned char*>(nullptr), 1));
     EXPECT_EQ(0u, gh2::get_utf8_length(static_cast<const char*>(nullptr), 0));
 }
 
-TEST(Gh2ValidateUtf8, LooksAtTheFirstSequenceAlone) {
+TEST(Gh2ValidateUtf8, ChecksTheFirstSequenceOnly) {
     const struct {
         const char* bytes;
         unsigned long size;
@@ -142,7 +142,7 @@ TEST(Gh2ValidateUtf8, LooksAtTheFirstSequenceAlone) {
     EXPECT_FALSE(gh2::validate_utf8(static_cast<const unsigned char*>(nullptr), 1));
 }
 
-TEST(Gh2ValidateUtf8, WalksAWholeTextTogetherWithTheLength) {
+TEST(Gh2ValidateUtf8, WalksAWholeStringTogetherWithTheLength) {
     const std::string text = "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80";
     std::size_t at = 0;
     int characters = 0;

@@ -1,12 +1,12 @@
 #include <tova/strings/length.hpp>
 
-#include <gtest/gtest.h>
-
 #include "support/widths.hpp"
+
+#include <gtest/gtest.h>
 
 namespace {
 
-using namespace TOVA_2_18::strings;
+using namespace tova::strings;
 using test_support::text;
 
 template <typename String>

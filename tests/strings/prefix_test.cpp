@@ -4,7 +4,7 @@
 
 namespace {
 
-using namespace TOVA_2_18::strings;
+using namespace tova::strings;
 
 TEST(BeginWith, ComparesAtThePosition) {
     const unsigned long last = static_cast<unsigned long>(-1);
@@ -35,7 +35,7 @@ TEST(BeginWith, ComparesAtThePosition) {
         {"abc", last, "", false},
         {"", last, "", false},
         {"abc", last - 10, "abc", false},
-        // and wraps round
+        // and may wrap
         {"abc", last, "a", false},
         {"abc", last, "abc", false},
         {"abc", last - 1, "cab", false},
@@ -48,7 +48,7 @@ TEST(BeginWith, ComparesAtThePosition) {
     }
 }
 
-TEST(BeginWith, ComparesNulBytesAsAnyOther) {
+TEST(BeginWith, TreatsNulBytesLikeAnyOther) {
     EXPECT_TRUE(begin_with(ustring8("a\0b", 3), 0, ustring8("a\0", 2)));
     EXPECT_FALSE(begin_with(ustring8("a\0b", 3), 0, ustring8("a\0c", 3)));
 }

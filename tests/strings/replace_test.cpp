@@ -1,16 +1,16 @@
 #include <tova/strings/replace.hpp>
 
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include <tova/strings/gh2.hpp>
 
 #include "support/widths.hpp"
 
+#include <gtest/gtest.h>
+
+#include <string>
+
 namespace {
 
-using namespace TOVA_2_18::strings;
+using namespace tova::strings;
 using test_support::text;
 
 template <typename String>
@@ -42,7 +42,7 @@ const struct {
     {"a.b.", ".", "...", 2, "a...b..."},
     {"-", "-", "---", 1, "---"},
     {"a&b", "&", "&amp;", 1, "a&amp;b"},
-    // replaced text is not searched again, also where it meets what follows
+    // what was inserted is not searched again, even together with what follows
     {"aab", "ab", "b", 1, "ab"},
     {"aabb", "ab", "a", 1, "aab"},
     {"xxyy", "xy", "xyx", 1, "xxyxy"},
@@ -70,13 +70,13 @@ TYPED_TEST(ReplaceAll, AnEmptySearchChangesNothing) {
     }
 }
 
-TYPED_TEST(ReplaceAll, TakesNulUnitsAsAnyOther) {
+TYPED_TEST(ReplaceAll, TreatsNulUnitsLikeAnyOther) {
     TypeParam changed = text<TypeParam>("a\0b\0");
     EXPECT_EQ(2u, replace_all(changed, text<TypeParam>("\0"), text<TypeParam>("\0\0")));
     EXPECT_EQ(text<TypeParam>("a\0\0b\0\0"), changed);
 }
 
-// The rule step by step, in place, as slow as it reads.
+// The same rule in its plainest form: in place, in quadratic time.
 template <typename String>
 unsigned int plainly_replace(String& text, const String& search, const String& replacement) {
     unsigned int count = 0;
@@ -89,8 +89,8 @@ unsigned int plainly_replace(String& text, const String& search, const String& r
     return count;
 }
 
-// Every text of up to 6 letters a and b, with every search and replacement of up to 3.
-TYPED_TEST(ReplaceAll, AgreesWithThePlainRuleOnEveryShortText) {
+// Every string of up to 6 letters a and b, with every search and replacement of up to 3.
+TYPED_TEST(ReplaceAll, AgreesWithThePlainFormOnEveryShortString) {
     std::vector<TypeParam> texts(1);
     for (std::size_t i = 0; i < texts.size() && texts[i].size() < 6; ++i)
         for (const char letter : {'a', 'b'}) {
@@ -109,7 +109,7 @@ TYPED_TEST(ReplaceAll, AgreesWithThePlainRuleOnEveryShortText) {
             }
 }
 
-TEST(ReplaceAllOfGh2, AgreesWithThePlainRule) {
+TEST(ReplaceAllOfGh2, ReplacesAsTheOtherOverloadsDo) {
     for (const auto& c : replace_cases) {
         SCOPED_TRACE(c.text);
         SCOPED_TRACE(c.search);
@@ -119,7 +119,7 @@ TEST(ReplaceAllOfGh2, AgreesWithThePlainRule) {
     }
 }
 
-TEST(ReplaceAllOfLongText, TakesLinearTime) {
+TEST(ReplaceAllOfALongString, TakesLinearTime) {
     for (const char* replacement : {"", "y", "yyy"}) {
         std::string changed(1000000, 'x');
         changed += "end";

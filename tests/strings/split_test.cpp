@@ -1,16 +1,16 @@
 #include <tova/strings/split.hpp>
 
+#include "support/widths.hpp"
+
+#include <gtest/gtest.h>
+
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include "support/widths.hpp"
-
 namespace {
 
-using namespace TOVA_2_18::strings;
+using namespace tova::strings;
 using test_support::text;
 
 template <typename String>
@@ -60,7 +60,7 @@ const split_case split_cases[] = {
     {"", "", -1, {""}},
 };
 
-TYPED_TEST(SplitString, CutsAtEverySeparatorButOpensNoFieldBehindTheLast) {
+TYPED_TEST(SplitString, CutsAtEverySeparatorButStartsNoFieldAfterTheLast) {
     for (const auto& c : split_cases) {
         SCOPED_TRACE(c.input);
         SCOPED_TRACE(c.separator);
@@ -73,7 +73,7 @@ TYPED_TEST(SplitString, CutsAtEverySeparatorButOpensNoFieldBehindTheLast) {
     }
 }
 
-TYPED_TEST(SplitString, TakesNulUnitsAsAnyOther) {
+TYPED_TEST(SplitString, TreatsNulUnitsLikeAnyOther) {
     const TypeParam source = text<TypeParam>("a\0b\0,c");
     EXPECT_EQ((std::vector<TypeParam>{text<TypeParam>("a\0b\0"), text<TypeParam>("c")}),
               split_string(source, text<TypeParam>(","), 0));
@@ -82,7 +82,7 @@ TYPED_TEST(SplitString, TakesNulUnitsAsAnyOther) {
         split_string(source, text<TypeParam>("\0"), 0));
 }
 
-TYPED_TEST(SplitString, FieldsBehindALimitJoinBackToTheText) {
+TYPED_TEST(SplitString, FieldsJoinBackToTheStringForEveryLimit) {
     const TypeParam comma = text<TypeParam>(",");
     for (int limit = 1; limit <= 60; ++limit) {
         TypeParam source;
@@ -100,7 +100,7 @@ TYPED_TEST(SplitString, FieldsBehindALimitJoinBackToTheText) {
     }
 }
 
-TEST(SplitStringAtLiteral, MakesATextOfTheSeparator) {
+TEST(SplitStringAtLiteral, MakesAStringOfTheSeparator) {
     for (const auto& c : split_cases) {
         SCOPED_TRACE(c.input);
         std::vector<ustring8> expected(c.fields.begin(), c.fields.end());
@@ -121,7 +121,7 @@ TEST(SplitStringAtLiteral, ANullSeparatorRaisesTheStandardLogicError) {
     }
 }
 
-TEST(SplitStringAtLiteral, CutsALongTextInLinearTime) {
+TEST(SplitStringAtLiteral, CutsALongStringInLinearTime) {
     const std::string source(2000000, ',');
     EXPECT_EQ(2000000u, split_string(source, std::string(","), 0).size());
 }

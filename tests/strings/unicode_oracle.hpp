@@ -1,4 +1,4 @@
-// The conversions once more, as plainly as they can be told, to hold the fast ones to.
+// The conversions in their plainest form, to compare the fast ones with.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,7 @@ inline int leading_ones(unsigned char byte) {
     return ones;
 }
 
-// The number of bytes of the sequence at an offset, or 0; what lies behind the text reads as 0.
+// The number of bytes of the sequence at an offset, or 0. Bytes past the end read as 0.
 inline std::size_t sequence_at(const std::string& text, std::size_t at, long& point) {
     const auto byte = [&](std::size_t i) {
         return i < text.size() ? static_cast<unsigned char>(text[i])
@@ -80,7 +80,7 @@ inline bool is_low(long unit) {
     return unit / 1024 == 0xDC00 / 1024;
 }
 
-// To code points. The text doesn't begin with 0xFFFE.
+// To code points. The string must not begin with 0xFFFE.
 inline answer utf16_to_utf32(const points& units) {
     answer result = {true, {}};
     for (std::size_t i = 0; i < units.size(); ++i) {

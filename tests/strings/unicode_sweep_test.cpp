@@ -1,21 +1,22 @@
-// Whole domains and random mixes through every conversion, held to the plain oracle.
-#include <tova/strings/gh2.hpp>
+// Whole domains and random mixes through every conversion, compared with the plain oracle.
 #include <tova/strings/unicode.hpp>
 
-#include <random>
-
-#include <gtest/gtest.h>
+#include <tova/strings/gh2.hpp>
 
 #include "strings/unicode_oracle.hpp"
 
+#include <gtest/gtest.h>
+
+#include <random>
+
 namespace {
 
-using namespace TOVA_2_18::strings;
+using namespace tova::strings;
 using unicode_oracle::points;
 
 const unsigned long failed = static_cast<unsigned long>(-1);
 
-// The values of a text, for comparing with the oracle's.
+// The values of a string, to compare with those of the oracle.
 template <typename String>
 points values(const String& text) {
     return points(text.begin(), text.end());
@@ -46,7 +47,7 @@ points bytes_of(const std::string& text) {
     return result;
 }
 
-// Every operation that reads UTF-8, on one text.
+// Every operation that reads UTF-8, on one string.
 void check_utf8(const ustring8& text) {
     const points expected_32 = unicode_oracle::utf8_to_utf32(text);
     const points expected_16 = unicode_oracle::utf8_to_utf16(text).values;
@@ -72,7 +73,7 @@ void check_utf8(const ustring8& text) {
     }
 }
 
-// Every operation that reads UTF-16. The text doesn't begin with 0xFFFE.
+// Every operation that reads UTF-16. The string must not begin with 0xFFFE.
 void check_utf16(const points& units) {
     const ustring16 text = from_values<ustring16>(units);
     if (utf16_to_utf8(text) != unicode_oracle::utf16_to_utf8(units) ||
@@ -124,7 +125,7 @@ TEST(UnicodeSweep, EveryCodePointPassesThroughEveryConversion) {
     }
 }
 
-TEST(UnicodeSweep, EveryCodePointStandsAlone) {
+TEST(UnicodeSweep, EveryCodePointIsDecodedAlone) {
     for (long point = 0; point < 0x110000; ++point) {
         if (point >= 0xD800 && point <= 0xDFFF)
             continue;
@@ -139,7 +140,7 @@ TEST(UnicodeSweep, EveryCodePointStandsAlone) {
     }
 }
 
-TEST(UnicodeSweep, EverySurrogateValueIsRefused) {
+TEST(UnicodeSweep, EverySurrogateValueIsInvalid) {
     for (long value = 0xD7F0; value < 0xE010; ++value) {
         check_utf32({value});
         check_utf32({'a', value, 'b'});
@@ -149,7 +150,7 @@ TEST(UnicodeSweep, EverySurrogateValueIsRefused) {
     }
 }
 
-TEST(UnicodeSweep, EveryByteAndEveryPairOfBytesDecodesByItsStructure) {
+TEST(UnicodeSweep, EveryByteAndEveryPairOfBytesIsDecodedByItsStructure) {
     for (int first = 0; first < 0x100; ++first) {
         check_utf8(ustring8(1, static_cast<char>(first)));
         for (int second = 0; second < 0x100; ++second)
@@ -157,7 +158,7 @@ TEST(UnicodeSweep, EveryByteAndEveryPairOfBytesDecodesByItsStructure) {
     }
 }
 
-TEST(UnicodeSweep, EveryLongLeadMeetsContinuationsOnTheirLimits) {
+TEST(UnicodeSweep, EveryLongLeadIsCheckedWithContinuationsAtTheirLimits) {
     const int limits[] = {0x00, 0x7F, 0x80, 0x8F, 0x90, 0x9F, 0xA0, 0xBF, 0xC0, 0xFF};
     for (int lead = 0xC0; lead < 0x100; ++lead)
         for (const int c1 : limits)
@@ -177,7 +178,7 @@ TEST(UnicodeSweep, EveryLongLeadMeetsContinuationsOnTheirLimits) {
             }
 }
 
-TEST(UnicodeSweep, UnitsOnTheLimitsMeetEachOther) {
+TEST(UnicodeSweep, UnitsAtTheLimitsAreCheckedNextToEachOther) {
     const long limits[] = {0,      0x7F,   0x80,   0x7FF,  0x800,  0xD7FF, 0xD800, 0xD801,
                            0xDBFF, 0xDC00, 0xDC01, 0xDFFF, 0xE000, 0xFEFF, 0xFFFD, 0xFFFF};
     for (const long first : limits) {
@@ -192,7 +193,7 @@ TEST(UnicodeSweep, UnitsOnTheLimitsMeetEachOther) {
     }
 }
 
-TEST(UnicodeSweep, ValuesOnTheLimitsOf32BitsGoTheirOwnWays) {
+TEST(UnicodeSweep, ValuesAtTheLimitsOf32BitsAgreeWithTheOracle) {
     const long limits[] = {-0x80000000L, -0x10000, -0x2800,  -0x2400,   -0x80,  -2,
                            -1,           0,        0x7F,     0x80,      0x7FF,  0x800,
                            0xD7FF,       0xD800,   0xDFFF,   0xE000,    0xFFFE, 0xFFFF,
@@ -204,8 +205,8 @@ TEST(UnicodeSweep, ValuesOnTheLimitsOf32BitsGoTheirOwnWays) {
     }
 }
 
-// A run of ASCII is taken in words, so a lone other character stands at each place of a run.
-TEST(UnicodeSweep, ACharacterAtAnyPlaceOfAnAsciiRunIsSeen) {
+// Runs of ASCII are read in words, so one other character is put at each place of a run.
+TEST(UnicodeSweep, ACharacterAtAnyPlaceOfAnAsciiRunIsFound) {
     const ustring8 characters[] = {"",     "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80",
                                    "\xFF", "\xC3"};
     for (std::size_t length = 0; length <= 40; ++length) {
@@ -223,8 +224,8 @@ TEST(UnicodeSweep, ACharacterAtAnyPlaceOfAnAsciiRunIsSeen) {
     }
 }
 
-// Short and long texts are made in different room.
-TEST(UnicodeSweep, TextsOfEveryLengthUpToAThousandUnitsAreComplete) {
+// Short results are made on the stack, long ones on the heap and in blocks.
+TEST(UnicodeSweep, StringsOfEveryLengthUpToAThousandUnitsAreComplete) {
     points text;
     const long cycle[] = {'a', 0xE9, 0x20AC, 0x1F600, 'z', 0x42F};
     for (std::size_t length = 0; length < 1000; ++length) {

@@ -1,19 +1,19 @@
 #include <tova/strings/unicode.hpp>
 
+#include "support/child_process.hpp"
+#include "support/failing_allocation.hpp"
+#include "support/widths.hpp"
+
+#include <gtest/gtest.h>
+
 #include <csignal>
 #include <new>
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include "support/child_process.hpp"
-#include "support/failing_allocation.hpp"
-#include "support/widths.hpp"
-
 namespace {
 
-using namespace TOVA_2_18::strings;
+using namespace tova::strings;
 using test_support::text;
 
 const unsigned long failed = static_cast<unsigned long>(-1);
@@ -58,18 +58,18 @@ TEST(UnicodeConversions, AByteOrderMarkInHostOrderIsACharacter) {
     EXPECT_EQ(mark_16, utf32_to_utf16(mark_32));
 }
 
-TEST(UnicodeConversions, TheSwappedMarkIsACharacterBehindTheFirstUnit) {
+TEST(UnicodeConversions, TheSwappedMarkIsACharacterAfterTheFirstUnit) {
     EXPECT_EQ("a\xEF\xBF\xBE", utf16_to_utf8({'a', 0xFFFE}));
     EXPECT_EQ((ustring32{'a', 0xFFFE}), utf16_to_utf32({'a', 0xFFFE}));
     EXPECT_EQ((ustring16{0xFFFE}), utf8_to_utf16("\xEF\xBF\xBE"));
 }
 
-TEST(UnicodeConversions, ASourceThatSaysMinusOneCannotBeToldFromAFailure) {
+TEST(UnicodeConversions, ASourceThatSaysMinusOneLooksLikeAFailure) {
     EXPECT_EQ(bad_16, utf8_to_utf16("-1"));
     EXPECT_EQ(utf8_to_utf16("\xFF"), utf8_to_utf16("-1"));
 }
 
-// Fails each allocation of a conversion in turn, until one run meets no failure.
+// Fails each allocation of a conversion in turn, until a run makes no more of them.
 template <typename Conversion>
 void expect_clean_failures(Conversion convert) {
     unsigned failures = 0;
@@ -88,7 +88,7 @@ void expect_clean_failures(Conversion convert) {
     EXPECT_LT(0u, failures);
 }
 
-TEST(UnicodeConversions, AShortageOfMemoryRaisesAndLeavesNothingBehind) {
+TEST(UnicodeConversions, AFailedAllocationRaisesAndLeaksNothing) {
     const ustring8 text8 = "\xF0\x9F\x98\x80" + ustring8(5000, 'a');
     const ustring16 text16 = utf8_to_utf16(text8);
     const ustring32 text32(5000, 0x1F600);
@@ -143,7 +143,7 @@ TEST(Utf8Decoding, ReadsTheStructureAndNothingElse) {
     }
 }
 
-TEST(Utf8Decoding, RefusesBrokenSequences) {
+TEST(Utf8Decoding, RejectsIncompleteSequences) {
     const struct {
         const char* bytes;
         std::vector<long> points;  // "?" a byte
@@ -168,7 +168,7 @@ TEST(Utf8Decoding, RefusesBrokenSequences) {
         const ustring8 source(c.bytes);
         SCOPED_TRACE(::testing::PrintToString(source));
         EXPECT_EQ(bad_16, utf8_to_utf16(source));
-        EXPECT_EQ(bad_16, utf8_to_utf16("good so far: \xC3\xA9 " + source));
+        EXPECT_EQ(bad_16, utf8_to_utf16("valid so far: \xC3\xA9 " + source));
         EXPECT_EQ(wide(c.points), utf8_to_utf32(source));
     }
 }
@@ -234,7 +234,7 @@ TEST(Utf16Encoding, ALeadingSwappedMarkRecursesUntilTheStackIsExhausted) {
     }
 }
 
-TEST(Utf16Encoding, ALeadingSwappedMarkConvertsBehindTheModifyingSwap) {
+TEST(Utf16Encoding, ALeadingSwappedMarkConvertsAfterTheModifyingSwap) {
     ustring16 source = {0xFFFE, 0x4100};
     check_BOM_and_modify_swap(source);
     EXPECT_EQ("\xEF\xBB\xBF"
@@ -257,7 +257,7 @@ TEST(Utf32Encoding, DropsAValueAboveUnicodeQuietly) {
     EXPECT_EQ("", utf32_to_utf8({0x7FFFFFFF}));
 }
 
-TEST(Utf32Encoding, RefusesASurrogateValueAndDropsWhatWasMade) {
+TEST(Utf32Encoding, RejectsASurrogateValueAndDropsWhatWasConverted) {
     EXPECT_EQ("-1", utf32_to_utf8({0x41, 0xD800, 0x42}));
     EXPECT_EQ("-1", utf32_to_utf8({0xDFFF}));
     EXPECT_EQ("-1", utf32_to_utf8({0xD83D, 0xDE00}));
@@ -275,7 +275,7 @@ TEST(Utf32Encoding, ReservesTwiceTheSource) {
     EXPECT_LE(2000u, utf32_to_utf8(ustring32(1000, L'a')).capacity());
 }
 
-TEST(Utf32ToUtf16, PairsBeginAtFFFFAndNothingIsTakenOff) {
+TEST(Utf32ToUtf16, PairsBeginAtFFFFAndNothingIsSubtracted) {
     const struct {
         long point;
         ustring16 units;
@@ -299,7 +299,7 @@ TEST(Utf32ToUtf16, PairsBeginAtFFFFAndNothingIsTakenOff) {
     }
 }
 
-TEST(Utf32ToUtf16, RefusesSurrogatesAndValuesAboveUnicode) {
+TEST(Utf32ToUtf16, RejectsSurrogatesAndValuesAboveUnicode) {
     for (const long point : {0xD800L, 0xDBFFL, 0xDC00L, 0xDFFFL, 0x110000L, 0x7FFFFFFFL}) {
         SCOPED_TRACE(point);
         EXPECT_EQ(bad_16, utf32_to_utf16(wide({point})));
@@ -369,7 +369,7 @@ class CharacterIndex : public ::testing::Test {};
 typedef ::testing::Types<ustring8, ustring16> indexed_widths;
 TYPED_TEST_SUITE(CharacterIndex, indexed_widths, test_support::width_name);
 
-TYPED_TEST(CharacterIndex, OfAnEmptyTextFailsForEveryNumber) {
+TYPED_TEST(CharacterIndex, OfAnEmptyStringFailsForEveryNumber) {
     EXPECT_EQ(failed, character_index(TypeParam(), 0));
     EXPECT_EQ(failed, character_index(TypeParam(), 1));
     EXPECT_EQ(failed, character_index(TypeParam(), failed));
@@ -383,7 +383,7 @@ TYPED_TEST(CharacterIndex, OfAsciiIsTheNumberUpToTheSize) {
     EXPECT_EQ(failed, character_index(abc, 3));
 }
 
-TEST(CharacterIndex8, WalksSequencesAndGoesOnThroughTheTerminator) {
+TEST(CharacterIndex8, WalksSequencesAndGoesOnPastTheTerminator) {
     const ustring8 text = "\xC3\xA9\xC3\xA9";
     EXPECT_EQ(0u, character_index(text, 0));
     EXPECT_EQ(2u, character_index(text, 1));
@@ -393,7 +393,7 @@ TEST(CharacterIndex8, WalksSequencesAndGoesOnThroughTheTerminator) {
     EXPECT_EQ(8u, character_index("a\xE2\x82\xAC\xF0\x9F\x98\x80", 3));
 }
 
-TEST(CharacterIndex8, ReadsZerosFarBehindTheText) {
+TEST(CharacterIndex8, ReadsZerosFarPastTheEnd) {
     const ustring8 text("\xF0\x9F\x98\x80"
                         "abcd");
     EXPECT_EQ(4u, character_index(text, 1));
@@ -404,7 +404,7 @@ TEST(CharacterIndex8, ReadsZerosFarBehindTheText) {
     EXPECT_EQ(4000u + 2999u, character_index(emoji, 3999));
 }
 
-TEST(CharacterIndex8, ABadSequenceFailsOnlyOnTheWay) {
+TEST(CharacterIndex8, AnInvalidSequenceFailsOnlyOnTheWay) {
     EXPECT_EQ(0u, character_index("\xFF"
                                   "abc",
                                   0));
@@ -415,7 +415,7 @@ TEST(CharacterIndex8, ABadSequenceFailsOnlyOnTheWay) {
     EXPECT_EQ(failed, character_index("a\xC3z", 2));
 }
 
-TEST(CharacterIndex16, WalksPairsAndGoesOnThroughTheTerminator) {
+TEST(CharacterIndex16, WalksPairsAndGoesOnPastTheTerminator) {
     const ustring16 text = {0xD83D, 0xDE00, 0xD83D, 0xDE00};
     EXPECT_EQ(0u, character_index(text, 0));
     EXPECT_EQ(2u, character_index(text, 1));
@@ -440,7 +440,7 @@ TEST(CharacterIndex16, AStrayLowSurrogateCountsExceptAtTheFront) {
     EXPECT_EQ(1u, character_index(ustring16{0xE000, 'a'}, 1));
 }
 
-TEST(ByteOrder, TheModifyingSwapExchangesTheBytesOfEachUnit) {
+TEST(ByteOrder, TheModifyingSwapSwapsTheBytesOfEachUnit) {
     ustring16 text = {0x1234, 0xFFFE, 0x0041, 0};
     modify_swap_string_bytes_order(text);
     EXPECT_EQ((ustring16{0x3412, 0xFEFF, 0x4100, 0}), text);
@@ -457,7 +457,7 @@ TEST(ByteOrder, TheModifyingSwapExchangesTheBytesOfEachUnit) {
     EXPECT_TRUE(swapped == all);
 }
 
-TEST(ByteOrder, TheOtherSwapGivesItsArgumentBack) {
+TEST(ByteOrder, TheOtherSwapReturnsItsArgument) {
     const ustring16 text = {0x1234, 0xFFFE, 0x0041};
     EXPECT_EQ(text, swap_string_bytes_order(text));
     EXPECT_EQ(ustring16(), swap_string_bytes_order(ustring16()));
@@ -465,7 +465,7 @@ TEST(ByteOrder, TheOtherSwapGivesItsArgumentBack) {
     EXPECT_EQ(marked, swap_string_bytes_order(marked));
 }
 
-TEST(ByteOrder, TheModifyingCheckSwapsATextOfTheOtherOrderAndKeepsTheMark) {
+TEST(ByteOrder, TheModifyingCheckSwapsAStringOfTheOtherOrderAndKeepsTheMark) {
     ustring16 swapped = {0xFFFE, 0x4100};
     check_BOM_and_modify_swap(swapped);
     EXPECT_EQ((ustring16{0xFEFF, 0x41}), swapped);

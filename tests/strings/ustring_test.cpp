@@ -1,5 +1,9 @@
 #include <tova/strings/ustring.hpp>
 
+#include "support/widths.hpp"
+
+#include <gtest/gtest.h>
+
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
@@ -8,20 +12,16 @@
 #include <utility>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include "support/widths.hpp"
-
 namespace {
 
-using namespace TOVA_2_18::strings;
+using namespace tova::strings;
 using test_support::text;
 
 template <typename String>
 class Ustring : public ::testing::Test {};
 TYPED_TEST_SUITE(Ustring, test_support::all_widths, test_support::width_name);
 
-TYPED_TEST(Ustring, HoldsNoDataBesideItsBase) {
+TYPED_TEST(Ustring, HasNoDataOfItsOwn) {
     typedef typename TypeParam::base_type base;
     static_assert(sizeof(TypeParam) == sizeof(base), "no data member");
     static_assert(alignof(TypeParam) == alignof(base), "no data member");
@@ -35,7 +35,7 @@ TYPED_TEST(Ustring, HoldsNoDataBesideItsBase) {
               static_cast<const void*>(static_cast<const base*>(&value)));
 }
 
-TYPED_TEST(Ustring, IsBuiltAsItsBaseIs) {
+TYPED_TEST(Ustring, IsConstructedAsItsBaseIs) {
     typedef typename TypeParam::base_type base;
     const TypeParam abc = text<TypeParam>("abc");
     const base plain = abc;
@@ -89,7 +89,7 @@ std::string logic_error_of(Action action) {
     return "nothing was raised";
 }
 
-TYPED_TEST(Ustring, ANullTextRaisesTheStandardLogicError) {
+TYPED_TEST(Ustring, ANullPointerRaisesTheStandardLogicError) {
     const typename TypeParam::value_type* null = nullptr;
     const std::string expected = "basic_string::_M_construct null not valid";
     EXPECT_EQ(expected, logic_error_of([&] { TypeParam raised(null); }));
@@ -143,7 +143,7 @@ TEST(Ustring8, JoiningCopiesTheLeftAndAppendsTheRight) {
     EXPECT_EQ(ustring8("right"), ustring8("right")) << "the operands stay";
 }
 
-TEST(Ustring8, JoiningANullTextRaisesTheStandardLogicError) {
+TEST(Ustring8, JoiningANullPointerRaisesTheStandardLogicError) {
     const char* null = nullptr;
     const ustring8 value("value");
     const std::string expected = "basic_string::_M_construct null not valid";
@@ -152,7 +152,7 @@ TEST(Ustring8, JoiningANullTextRaisesTheStandardLogicError) {
     EXPECT_EQ(expected, logic_error_of([&] { value + null; }));
 }
 
-TEST(Ustring8, ComparesWithTextsOfEveryKindFromEitherSide) {
+TEST(Ustring8, ComparesWithStringsOfEveryKindFromEitherSide) {
     const ustring8 value("text");
     ustring8 changeable("text");
     const std::string plain("text");
@@ -198,7 +198,7 @@ void expect_joined(const char* expected, Joined&& joined) {
     EXPECT_EQ(std::string(expected), joined);
 }
 
-TEST(Ustring8, JoinsTextsOfEveryKindFromEitherSide) {
+TEST(Ustring8, JoinsStringsOfEveryKindFromEitherSide) {
     const ustring8 value("u");
     ustring8 changeable("c");
     const std::string plain("p");
@@ -238,7 +238,7 @@ TEST(Ustring8, PassesWhereverItsBaseIsAskedFor) {
 }
 
 #if __cplusplus >= 201703L
-TEST(Ustring8, MeetsStringViews) {
+TEST(Ustring8, ComparesWithStringViews) {
     const ustring8 value("text");
     const std::string_view view = value;
     EXPECT_TRUE(value == view);

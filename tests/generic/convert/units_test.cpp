@@ -1,13 +1,13 @@
 #include <tova/generic/convert/units.hpp>
 
+#include "support/child_process.hpp"
+
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <csignal>
 #include <limits>
 #include <type_traits>
-
-#include <gtest/gtest.h>
-
-#include "support/child_process.hpp"
 
 namespace {
 
@@ -21,11 +21,11 @@ const int least = std::numeric_limits<int>::min();
 const int most = std::numeric_limits<int>::max();
 const auto no_unit = static_cast<absolute_unit::unit_types>(9);
 
-TEST(ToDeviceUnit, CopiesADeviceLength) {
+TEST(ToDeviceUnit, ReturnsADeviceLengthUnchanged) {
     EXPECT_EQ(150, to_device_unit(device_unit(150)).as_int32());
 }
 
-TEST(ToDeviceUnit, TakesANumberWithoutALookAtTheType) {
+TEST(ToDeviceUnit, TakesANumberAndIgnoresTheType) {
     for (int number : {0, 1, 2, -1}) {
         const auto type = static_cast<device_unit::unit_types>(number);
         EXPECT_EQ(7, to_device_unit(7, type).as_int32());
@@ -99,7 +99,7 @@ TEST(ToDeviceUnit, TakesALengthInAnyUnit) {
     EXPECT_EQ(least / 100000, to_device_unit(least, absolute_unit::md, 1).as_int32());
 }
 
-TEST(ToMd, TellsAnyLengthInMdWithItsFraction) {
+TEST(ToMd, ConvertsAnyLengthWithItsFraction) {
     static_assert(
         std::is_same<basic_absolute_impl<1>, decltype(to_md(basic_absolute_impl<5>()))>::value, "");
     EXPECT_EQ(100000.0, to_md(basic_absolute_impl<5>(1.0)).value());
@@ -164,7 +164,7 @@ TEST(ToMd, KeepsTheFractionOfAnInchOfADouble) {
     }
 }
 
-TEST(ToMd, GivesInfinityOrNaNForADoubleAtAResolutionOf0) {
+TEST(ToMd, ReturnsInfinityOrNaNForADoubleAtAResolutionOf0) {
     EXPECT_EQ(std::numeric_limits<double>::infinity(), to_md(1.0, device_unit::device, 0).value());
     EXPECT_EQ(-std::numeric_limits<double>::infinity(),
               to_md(-1.0, device_unit::device, 0).value());

@@ -1,13 +1,5 @@
 #include <tova/generic/convert/x_to_str.hpp>
 
-#include <climits>
-#include <csignal>
-#include <functional>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <tova/generic/convert/str_to_x.hpp>
 
 #include "support/child_process.hpp"
@@ -16,16 +8,24 @@
 #include "support/number_oracle.hpp"
 #include "support/widths.hpp"
 
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <csignal>
+#include <functional>
+#include <string>
+#include <vector>
+
 namespace {
 
-using namespace TOVA_2_18::generic::convert;
+using namespace tova::generic::convert;
 using test_support::as_text;
 using test_support::text;
 using test_support::wide_int;
-using TOVA_2_18::strings::ustring8;
-using TOVA_2_18::types::radix_t;
+using tova::strings::ustring8;
+using tova::types::radix_t;
 
-// The text that `print` writes; the units behind its terminator must stay as they were.
+// The string that `print` writes. The units after its terminator must be unchanged.
 template <typename String, typename Value>
 String printed(void (*print)(Value, typename String::value_type*, unsigned int), Value value,
                int base) {
@@ -40,10 +40,10 @@ String printed(void (*print)(Value, typename String::value_type*, unsigned int),
 }
 
 template <typename String>
-class IntegerToText : public ::testing::Test {};
-TYPED_TEST_SUITE(IntegerToText, test_support::all_widths, test_support::width_name);
+class IntegerToString : public ::testing::Test {};
+TYPED_TEST_SUITE(IntegerToString, test_support::all_widths, test_support::width_name);
 
-TYPED_TEST(IntegerToText, WritesLtoa) {
+TYPED_TEST(IntegerToString, WritesLtoa) {
     const struct {
         int value;
         int base;
@@ -70,7 +70,7 @@ TYPED_TEST(IntegerToText, WritesLtoa) {
     }
 }
 
-TYPED_TEST(IntegerToText, WritesUltoa) {
+TYPED_TEST(IntegerToString, WritesUltoa) {
     const struct {
         unsigned value;
         int base;
@@ -90,7 +90,7 @@ TYPED_TEST(IntegerToText, WritesUltoa) {
     }
 }
 
-TYPED_TEST(IntegerToText, WritesLltoa) {
+TYPED_TEST(IntegerToString, WritesLltoa) {
     const struct {
         long value;
         int base;
@@ -111,7 +111,7 @@ TYPED_TEST(IntegerToText, WritesLltoa) {
     }
 }
 
-TYPED_TEST(IntegerToText, WritesUlltoa) {
+TYPED_TEST(IntegerToString, WritesUlltoa) {
     const struct {
         unsigned long value;
         int base;
@@ -130,7 +130,7 @@ TYPED_TEST(IntegerToText, WritesUlltoa) {
     }
 }
 
-TYPED_TEST(IntegerToText, AgreesWithThePlainOracleAndReadsBackInEveryRadix) {
+TYPED_TEST(IntegerToString, AgreesWithThePlainOracleAndReadsBackInEveryRadix) {
     std::vector<long> values;
     for (int shift = 0; shift < 64; ++shift)
         for (long near : {-2, -1, 0, 1, 2})
@@ -157,23 +157,23 @@ TYPED_TEST(IntegerToText, AgreesWithThePlainOracleAndReadsBackInEveryRadix) {
         }
 }
 
-TYPED_TEST(IntegerToText, WritesTheCharactersBehindZForARadixAboveThirtySix) {
+TYPED_TEST(IntegerToString, WritesTheCharactersAfterZForARadixAboveThirtySix) {
     EXPECT_EQ(text<TypeParam>("{"), (printed<TypeParam, int>(ltoa, 36, 40)));
     EXPECT_EQ(text<TypeParam>("1}"), (printed<TypeParam, int>(ltoa, 78, 40)));
 }
 
-TYPED_TEST(IntegerToText, FitsALongInRadixTwoInto66Units) {
+TYPED_TEST(IntegerToString, FitsALongInRadixTwoInto66Units) {
     typename TypeParam::value_type buffer[66];
     lltoa(LONG_MIN, buffer, 2);
     EXPECT_EQ(65u, TypeParam(buffer).size());
 }
 
-TYPED_TEST(IntegerToText, IgnoresTheGlobalLocale) {
+TYPED_TEST(IntegerToString, IgnoresTheGlobalLocale) {
     const test_support::global_locale locale(test_support::comma_locale());
     EXPECT_EQ(text<TypeParam>("1234567"), (printed<TypeParam, int>(ltoa, 1234567, 10)));
 }
 
-TYPED_TEST(IntegerToText, NeedsNoMemory) {
+TYPED_TEST(IntegerToString, NeedsNoMemory) {
     typename TypeParam::value_type buffer[66];
     const unsigned long before = test_support::allocations();
     ltoa(INT_MIN, buffer, 2);
@@ -183,7 +183,7 @@ TYPED_TEST(IntegerToText, NeedsNoMemory) {
     EXPECT_EQ(before, test_support::allocations());
 }
 
-TYPED_TEST(IntegerToText, DividesByARadixOfZero) {
+TYPED_TEST(IntegerToString, DividesByARadixOfZero) {
     typename TypeParam::value_type buffer[66];
     const std::function<void()> calls[] = {
         [&] { ltoa(1, buffer, 0); }, [&] { ultoa(0, buffer, 0); }, [&] { lltoa(-1, buffer, 0); },
@@ -197,13 +197,13 @@ TYPED_TEST(IntegerToText, DividesByARadixOfZero) {
     }
 }
 
-TEST(ToStr, GivesTheCharacterOfAChar) {
+TEST(ToStr, ReturnsTheCharacterOfAChar) {
     EXPECT_EQ("A", to_str('A'));
     EXPECT_EQ(ustring8(1, '\0'), to_str('\0'));
     EXPECT_EQ("\xFF", to_str('\xFF'));
 }
 
-TEST(ToStr, GivesTheDigitsOfAnUnsignedInt) {
+TEST(ToStr, ReturnsTheDigitsOfAnUnsignedInt) {
     EXPECT_EQ("0", to_str(0u));
     EXPECT_EQ("42", to_str(42u));
     EXPECT_EQ("4294967295", to_str(4294967295u));
@@ -216,7 +216,7 @@ TEST(ToStr, StreamsAnyOtherValue) {
     EXPECT_EQ("text", to_str(std::string("text")));
 }
 
-TEST(ToStr, PunctuatesByTheGlobalLocaleInTheStreamedFormOnly) {
+TEST(ToStr, UsesTheGlobalLocaleInTheStreamedFormOnly) {
     const test_support::global_locale locale(test_support::comma_locale());
     EXPECT_EQ("1.234.567", to_str(1234567));
     EXPECT_EQ("1234567", to_str(1234567u));
