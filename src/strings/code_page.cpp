@@ -212,7 +212,7 @@ std::string convert(const char* to, const char* from, const std::string& source,
     descriptor handle(to, from, at);
     conversion work(source);
 
-    iconv(handle, nullptr, nullptr, nullptr, nullptr);
+    iconv(handle, nullptr, nullptr, nullptr, nullptr);  // back to the initial shift state
     while (work.has_input()) {
         if (work.run(handle))
             continue;

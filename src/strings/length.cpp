@@ -3,6 +3,8 @@
 namespace TOVA_2_18 {
 namespace strings {
 
+// The traits of the standard string find the terminator; for `char` and `wchar_t` they call the C
+// library. Units are counted, never characters.
 unsigned long string_length(const char* text) {
     return ustring8::traits_type::length(text);
 }

@@ -55,6 +55,8 @@ unsigned int replace_growing(String& text, const String& search, const String& r
     return count;
 }
 
+// Contract: matches don't overlap and inserted units are not searched again, so "aa" replaced by
+// "a" in "aaaa" is "aa". `gh2::replace_all` differs for an empty search alone.
 template <typename String>
 unsigned int replace(String& text, const String& search, const String& replacement) {
     if (search.empty())

@@ -1,3 +1,12 @@
+// The portable kernels: the reference for every vector form.
+//
+// All six walk the source once. The two UTF-8 decoders and the UTF-16 encoder take runs of ASCII a
+// word at a time, because most strings are mostly ASCII; everything else goes through
+// `detail::read_sequence` or `detail::read_units`, one character at a time.
+//
+// The block forms stop after `block_size` units so that their results fit on the stack of the
+// caller. A character that begins within the block is converted whole, so the next block starts
+// between characters.
 #include "strings/unicode_kernels.hpp"
 
 #include "strings/ascii_run.hpp"
@@ -42,6 +51,8 @@ std::size_t count_characters(const unsigned char* from, std::size_t size) {
     return count;
 }
 
+// `to` needs no more room than `size` units: a sequence of n bytes becomes one unit, or two for n
+// = 4.
 std::size_t utf8_to_utf16(const unsigned char* from, std::size_t size, unsigned short* to) {
     std::size_t k = 0;
     for (std::size_t i = 0; i < size;) {
@@ -61,6 +72,7 @@ std::size_t utf8_to_utf16(const unsigned char* from, std::size_t size, unsigned 
         const std::size_t taken = detail::read_sequence(from + i, size - i, point);
         if (taken == 0)
             return invalid;
+        // Split from the bytes and not from `point`, see `write_pair`.
         if (taken == 4) {
             write_pair(from + i, to + k);
             k += 2;
@@ -107,6 +119,7 @@ progress utf8_to_utf32(const unsigned char* from, std::size_t size, wchar_t* to)
             k += 8;
             continue;
         }
+        // Contract: a byte that begins no sequence is skipped alone, so what follows it is decoded.
         unsigned int point = '?';
         const std::size_t taken = detail::read_sequence(from + i, size - i, point);
         to[k++] = static_cast<wchar_t>(point);

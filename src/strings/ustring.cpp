@@ -7,6 +7,7 @@ namespace strings {
 
 namespace {
 
+// One allocation for both operands, where a copy and an append would take two.
 ustring8 join(const char* left, std::size_t left_size, const char* right, std::size_t right_size) {
     ustring8 result;
     result.reserve(left_size + right_size);
@@ -16,8 +17,10 @@ ustring8 join(const char* left, std::size_t left_size, const char* right, std::s
 
 }  // namespace
 
+// Out of line, unlike the other constructors: its symbol is part of the interface.
 ustring8::ustring8(const char* text) : base_type(_private::require_text(text)) {}
 
+// Sizes first: most strings that differ differ there.
 bool operator==(const ustring8& left, const ustring8& right) {
     return left.size() == right.size() && left.compare(right) == 0;
 }
