@@ -11,6 +11,7 @@ argument::argument(const argument& other) : m_name(other.m_name), m_value(other.
 
 argument::argument(const types::variant& value) : m_name(), m_value(value) {}
 
+// The one instantiation that the library exports; other types are instantiated where they are used.
 template argument::argument(const std::string& value);
 
 argument::argument(const strings::ustring8& name, const types::variant& value)

@@ -1,3 +1,6 @@
+// A vector of arguments in order of insertion. Names are found by a linear search: lists are as
+// short as argument lists of calls, and an index would have to follow changes through iterators and
+// references, which may rename any argument.
 #include <tova/generic/varg_list.hpp>
 
 #include <algorithm>
@@ -58,6 +61,7 @@ varg_list::varg_list(const argument& a1, const argument& a2, const argument& a3,
     }
 }
 
+// Contract: the first argument of a name wins; a later one is refused and never replaces it.
 bool varg_list::push_back(const argument& value) {
     if (value.has_name() && has_argument(value.name()))
         return false;

@@ -117,6 +117,7 @@ const std::string& serialize_binary_buf::as_str() const {
     return m_text;
 }
 
+// One-byte values go straight into the string; the others are built by the host-order functions.
 void serialize_binary_buf::append_int8(const signed char& value) {
     m_text.push_back(static_cast<char>(value));
 }

@@ -136,6 +136,7 @@ const std::string& serialize_text_buf::as_str() const {
     return m_text;
 }
 
+// All integers of up to 32 bits are widened: their digits are the same.
 void serialize_text_buf::append_int8(const signed char& value) {
     append_signed(m_text, value);
 }
@@ -237,6 +238,7 @@ std::string serialize_text_buf::read_string() const {
 }
 
 serialize_buffer* serialize_text_buf::read_buffer() const {
+    // Never null: an empty buffer means that nothing is left, as an empty string does.
     if (m_read_position == std::string::npos)
         return detail::marked(new serialize_text_buf());
     const int length = read_int32();

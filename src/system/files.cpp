@@ -1,3 +1,6 @@
+// The 8-bit form of each operation does the work, in the published order of steps: the test for a
+// link, the open, and what follows the open, which reports no errors. The other two forms convert
+// the path to UTF-8.
 #include <tova/system/files.hpp>
 
 #include <tova/strings/unicode.hpp>

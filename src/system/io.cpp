@@ -1,3 +1,5 @@
+// The 8-bit form of each operation is one system call. The other two convert the path to UTF-8, and
+// an invalid path becomes the name "-1" there.
 #include <tova/system/io.hpp>
 
 #include <tova/strings/unicode.hpp>

@@ -229,9 +229,9 @@ TEST(SerializeTextBufReading, ReadsNothingPastAnEmptyField) {
     const serialize_text_buf buffer(bytes("\00142\001"));
     EXPECT_EQ(0, buffer.read_int32());
     EXPECT_EQ(42, buffer.read_int32());
-    const serialize_text_buf blank(bytes(" \00142\001"));
-    EXPECT_EQ(0, blank.read_int32());
-    EXPECT_EQ(42, blank.read_int32());
+    const serialize_text_buf space(bytes(" \00142\001"));
+    EXPECT_EQ(0, space.read_int32());
+    EXPECT_EQ(42, space.read_int32());
 }
 
 TEST(SerializeTextBufReading, ReadsALastFieldWithoutASeparator) {
@@ -343,8 +343,8 @@ TEST(SerializeTextBufReading, ReadsTheLengthAsA32BitNumber) {
         SCOPED_TRACE(length);
         const serialize_text_buf buffer(std::string(length) + bytes("\001abc\001"));
         EXPECT_EQ(bytes("abc\001"), buffer.read_string());
-        const std::string behind = std::to_string(std::string(length).size() + 1 + 2147483648ul);
-        expect_beyond(behind, std::to_string(buffer.as_str().size()), [&] { buffer.read_uint8(); });
+        const std::string after = std::to_string(std::string(length).size() + 1 + 2147483648ul);
+        expect_beyond(after, std::to_string(buffer.as_str().size()), [&] { buffer.read_uint8(); });
     }
     EXPECT_EQ("ab", serialize_text_buf(bytes("0x2\001ab\001")).read_string());
     EXPECT_EQ("12345678", serialize_text_buf(bytes("010\00112345678\001")).read_string());

@@ -1,3 +1,5 @@
+// A date and a time side by side. Accessors forward to the part that has the field; only sums and
+// differences with a `time_duration` have rules of their own.
 #include <tova/system/date_time/date_time.hpp>
 
 #include "system/date_time/broken_down.hpp"

@@ -1,3 +1,5 @@
+// Both durations are one signed number. Operators forward to the named operations, and these to one
+// template for sums and one for differences, which wrap. Nothing here fails.
 #include <tova/system/date_time/duration.hpp>
 
 #include <type_traits>
@@ -87,6 +89,7 @@ time_duration::time_duration(int hours, int minutes, int seconds, long milliseco
     : m_milliseconds(wrapping_sum(
           static_cast<long>(fields_in_milliseconds(hours, minutes, seconds)), milliseconds)) {}
 
+// The parts. Integer division truncates toward zero, which gives all parts the sign of the whole.
 int time_duration::hour() const {
     return static_cast<int>(m_milliseconds / an_hour);
 }
@@ -103,6 +106,7 @@ int time_duration::millisecond() const {
     return static_cast<int>(m_milliseconds % a_second);
 }
 
+// One division each: dividing in steps would round more than once.
 double time_duration::total_hours() const {
     return static_cast<double>(m_milliseconds) / 3600000.0;
 }

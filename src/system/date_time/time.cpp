@@ -1,3 +1,5 @@
+// A time is four fields that the setters check one by one. Arithmetic makes a duration of the
+// fields, adds in milliseconds, and goes back through the setters, which is where a move can raise.
 #include <tova/system/date_time/time.hpp>
 
 #include "system/date_time/broken_down.hpp"

@@ -22,9 +22,9 @@ namespace date_time {
 
 /// A day of the proleptic Gregorian calendar, with an unsigned year and no time zone.
 ///
-/// A plain value of three numbers. Any month takes a day from 1 to 31: the day is stored as it is,
-/// and `day()` limits it to the last day of the month. Arithmetic goes through the day number, in
-/// which the stored day counts. There are no comparison operators.
+/// A plain value of three numbers. Any month accepts a day from 1 to 31: the day is stored as it
+/// is, and `day()` limits it to the last day of the month. Arithmetic goes through the day number,
+/// in which the stored day counts. There are no comparison operators.
 class TOVA_API date {
 public:
     /// Day, month and year 0. No setter accepts a day or month of 0. `day()` is 0.
