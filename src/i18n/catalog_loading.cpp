@@ -13,6 +13,10 @@ using _private::xmc_file_loader;
 using strings::ustring8;
 using result_type = catalog_loading::result_type;
 
+// Which files a call loads. Here a path is only tested for its kind; whether a file can be read is
+// for the loader to find out. A socket counts as a file. What is neither a file nor a directory,
+// such as a link that leads nowhere, is skipped in a directory and is an error anywhere else.
+
 namespace {
 
 result_type success() {
@@ -68,7 +72,11 @@ result_type catalog_loading::load_entity(const ustring8& path) {
 }
 
 // Contract: entries come in the order of the file system, and the outcome is that of the last
-// catalog file or directory. A scan stops at the first error; what it loaded before stays.
+// catalog file or directory: a directory without catalog files makes it a plain success again. A
+// scan stops at the first error; what it loaded before stays.
+//
+// The files of a directory are loaded as they are found, rather than found first and loaded then.
+// Links may make a circle of directories, which an error in one of the files has to end.
 result_type catalog_loading::scan_directory(const ustring8& directory) {
     result_type result = success();
     for (const ustring8& entry : system::list_directory(directory)) {

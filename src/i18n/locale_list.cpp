@@ -46,6 +46,8 @@ void append_wanted_locale(locale_list& list, const ustring8& wanted) {
     if (name.empty())
         return;
 
+    // Contract: an empty part is an entry like any other, so that "_DE" also accepts catalogs
+    // without a locale. A separator at the end starts no part. English is in the list already.
     const std::vector<ustring8> parts = strings::split_string(name, ustring8("_"), 0);
     ustring8 prefix = parts.front();
     if (prefix != "en")

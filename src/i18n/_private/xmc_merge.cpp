@@ -12,7 +12,7 @@ using strings::ustring8;
 
 namespace {
 
-// A catalog that its last holder deletes.
+// The mark makes the catalog one of the heap, which its last holder deletes.
 catalog_t* new_catalog() {
     catalog_t* const catalog = new catalog_t;
     catalog->allocated = true;
@@ -34,6 +34,7 @@ catalog_t& find_or_add(catalog_set& set, const ustring8& name) {
 
 void keep_message(read_catalogs& catalogs, const locale_list& locales, const ustring8& catalog,
                   const message_t& message, unsigned int weight) {
+    // Locales are ranked only if there is something to compare: most keys occur once.
     message_t& entry = catalogs[catalog][message.name()];
     if (entry == types::nil || locale_weight(locales, entry._orginal_locale()) < weight)
         entry = message;
@@ -53,6 +54,7 @@ unsigned long merge_catalogs(catalog_set& target, const read_catalogs& read,
             if (!(present == types::nil) && locale_weight(locales, present._orginal_locale()) >
                                                 locale_weight(locales, offered._orginal_locale()))
                 continue;
+            // Contract: on a tie the message that is loaded later wins, unlike within one load.
             catalog.message(keyed.first, offered);
             ++stored;
         }

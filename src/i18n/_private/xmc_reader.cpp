@@ -14,6 +14,15 @@ using strings::ustring8;
 using load_error = xmc_reader::load_error;
 using token = token_cursor::token;
 
+// The order of work in a file is the order of its elements: an include is read when it is met, so a
+// message before it is kept first and wins a tie, and an error after it is found later. Messages go
+// into the state of the load at once. After an error they stay there; it is for the caller not to
+// merge them.
+//
+// Errors travel up by exceptions, from the grammar to `read_bytes`, and gather a line at each
+// level. For an included file the result of `read_bytes` is thrown again by the file that includes
+// it, so that both files are named.
+
 namespace {
 
 load_error included_by_itself(const ustring8& path) {
