@@ -27,8 +27,8 @@ namespace types {
 /// A value of one of eighteen types, nil among them, that converts to each of the others.
 ///
 /// A variant is a handle of one pointer. Copies share one body, which never changes, so a copy
-/// costs an increment and the value isn't copied. Every handle has a body at all times; each nil
-/// handle has one of its own.
+/// costs an increment and the value is not copied. Every handle has a body at all times; a new nil
+/// handle gets one of its own.
 ///
 /// Conversions never fail: numbers narrow as casts do, strings are parsed with saturation
 /// (`generic/convert/str_to_x.hpp`), numbers become decimal strings. `type()` returns the type of
