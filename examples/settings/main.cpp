@@ -3,14 +3,14 @@
 //     settings.example [-cfg_file=FILE] [-locale=LOCALE] [-server.port=PORT] ...
 //
 // A setting is taken from the command line, else from the file, else from the environment. Without
-// cfg_file the file is settings.cfg in the working folder, after the program's own name. The texts
-// come from a message catalog in the language of the setting "locale", or of the variable LANG.
+// cfg_file the file is settings.cfg in the working folder, after the program's own name. Messages
+// come from a catalog in the language of the setting "locale", or of the variable LANG.
+
+#include <tova/tova.hpp>
 
 #include <iostream>
 #include <string>
 #include <vector>
-
-#include <tova/tova.hpp>
 
 using tova::config::config_item_list;
 using tova::config::config_manager;
@@ -27,9 +27,9 @@ using tova::types::variant;
 
 namespace {
 
-const unsigned int alias = 4;  // the value of the node is another key
+const unsigned int alias = 4;  // the flag that makes the value of a node another key
 
-// The sources of any application, and behind them short names for some keys.
+// The sources of any application, and after them short names for some keys.
 class sources : public std_config_dispatch {
 public:
     using std_config_dispatch::std_config_dispatch;
@@ -77,7 +77,7 @@ private:
         return static_cast<file_item&>(*item).get_filename();
     }
 
-    // Which source knows the key; they are asked in the order in which they win.
+    // The name of the source that decides; the first one that has the key wins.
     ustring8 source_of(const ustring8& key) {
         for (const char* id : {"command line", "standard file", "enviroment"})
             if (m_settings.get_config_item(id)->get_value(key) != nullptr)
@@ -97,7 +97,7 @@ private:
             "  ");
     }
 
-    // The value of a short name is that of the key behind it, from whatever source.
+    // A short name has the value of the key that it is an alias of, from whatever source.
     void print_short_name(const ustring8& name, const ustring8& key, const char* otherwise) {
         say("short_name", varg_list(argument("short", name), argument("key", key),
                                     argument("value", value(name, otherwise))));
@@ -113,7 +113,7 @@ private:
                 "  ");
     }
 
-    // Some entries have a text of their own, which says what the number means.
+    // Some entries have a message of their own, which says what the number means.
     void print_section(const ustring8& section) {
         std::vector<std::pair<ustring8, variant>> entries;
         m_settings.get_key_value_array(section, entries, true);

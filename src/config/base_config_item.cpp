@@ -1,3 +1,6 @@
+// The base of all sources. Most operations pass on to the tree. Two read strings: `get_token` is
+// the published, copying form of the tokenizer (token_scanner.hpp), and `make_key_value` splits a
+// line, for environment strings, for flags of a command line and for `set`.
 #include <tova/config/base_config_item.hpp>
 
 #include "config/node_flags.hpp"

@@ -1,3 +1,11 @@
+// The command line as a source. It is read in two parts:
+//
+//     set_name        the program's name, argument 0, becomes the keys `application.name...`
+//     option_reader   each further argument is an option, a value of one, or ignored
+//
+// An option is read in two steps: `read_key` takes the tokens up to a separator or the end, and
+// what ended the key decides where its values are. There may be one value, several (an array) or
+// none (a flag). All of it ends up in the item through `set` and `set_array`.
 #include <tova/config/commandline_item.hpp>
 
 #include <tova/generic/varg_list.hpp>

@@ -18,6 +18,7 @@ config_manager::~config_manager() TOVA_NOTHROW {
 }
 
 bool config_manager::init(const config_dispatch& dispatcher) {
+    // Null until the clone exists: if `clone` raises, the destructor must not delete again.
     delete m_dispatch;
     m_dispatch = nullptr;
     m_items.clear();
@@ -46,10 +47,13 @@ bool config_manager::save() {
     return true;
 }
 
+// Each round looks the current key up in all sources in order. An alias starts another round with
+// its target, at the first source again; anything else that is found ends the lookup.
 types::variant config_manager::get_value(const ustring8& key, types::variant default_value) {
     const ustring8* current = &key;
     std::set<ustring8> visited;
     ustring8 target;
+    // `current` is the caller's key and then always `target`, so that a plain lookup copies no key.
     for (config_item_list::const_iterator item = m_items.begin(); item != m_items.end();) {
         const config_node* const node = (*item)->get_value(*current);
         if (node == nullptr) {
@@ -57,6 +61,7 @@ types::variant config_manager::get_value(const ustring8& key, types::variant def
             continue;
         }
         if (detail::is_array(*node)) {
+            // The element comes from the same source, and its own flags are not looked at.
             const config_node* const first = (*item)->get_value(*current + ".0");
             return first == nullptr ? types::variant() : first->second;
         }

@@ -1,4 +1,12 @@
-// Sizes, offsets, bases and slots of the configuration classes, as callers have compiled them in.
+// Sizes, offsets, bases and slots of the configuration classes, which compiled programs rely on.
+#include <tova/config/config.hpp>
+
+#include "config/tree_nodes.hpp"
+#include "support/raw_memory.hpp"
+#include "support/temporary_directory.hpp"
+
+#include <gtest/gtest.h>
+
 #include <cxxabi.h>
 
 #include <cstddef>
@@ -11,14 +19,6 @@
 #include <type_traits>
 #include <typeinfo>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include <tova/config/config.hpp>
-
-#include "config/tree_nodes.hpp"
-#include "support/raw_memory.hpp"
-#include "support/temporary_directory.hpp"
 
 namespace {
 
@@ -37,7 +37,7 @@ typedef detail::tree_fields fields;
 
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
-static_assert(sizeof(config_token::tok_types) == 4, "kinds are 32 bits");
+static_assert(sizeof(config_token::tok_types) == 4, "types are 32 bits wide");
 static_assert(offsetof(config_token, text) == 0, "");
 static_assert(offsetof(config_token, end) == 32, "");
 static_assert(offsetof(config_token, start) == 36, "");
@@ -55,12 +55,12 @@ static_assert(std::is_same<config_node_list, std::vector<std::pair<ustring8, con
               "");
 static_assert(std::is_same<config_item_list, std::list<rc_pointer<base_config_item>>>::value, "");
 
-// The pointer to the slots, mark and count, the children and the node.
+// The pointer to the slots, heap mark and count, the children and the node.
 static_assert(sizeof(std::map<ustring8, rc_pointer<config_tree>>) == 48, "");
 static_assert(sizeof(_private::deep_copy_map<ustring8, rc_pointer<config_tree>>) == 48, "");
 static_assert(sizeof(config_tree) == 80 && alignof(config_tree) == 8, "");
 
-// The pointer to the slots, mark and count, the name and the tree; then what each source adds.
+// The pointer to the slots, heap mark and count, the name and the tree; then what each source adds.
 static_assert(sizeof(base_config_item) == 128, "");
 static_assert(sizeof(file_item) == 160, "");
 static_assert(sizeof(commandline_item) == 144, "");
@@ -103,7 +103,7 @@ std::vector<std::string> bases(const std::type_info& type) {
 
 const char ability[] = "TOVA_2_18::generic::abilities::reference_count_pointer_ability<";
 
-TEST(ConfigLayout, NamesTheCountFirstAmongTheBasesThoughItLiesSecond) {
+TEST(ConfigLayout, ListsTheCountFirstAmongTheBasesAlthoughItIsStoredSecond) {
     EXPECT_EQ((std::vector<std::string>{std::string(ability) + "TOVA_2_18::config::config_tree>@8",
                                         "TOVA_2_18::generic::abilities::clone_ability@0"}),
               bases(typeid(config_tree)));
@@ -117,7 +117,7 @@ TEST(ConfigLayout, NamesTheCountFirstAmongTheBasesThoughItLiesSecond) {
     EXPECT_EQ(typeid(clone_ability), *single->__base_type);
 }
 
-TEST(ConfigLayout, HasATreesFieldsInOrder) {
+TEST(ConfigLayout, StoresTheFieldsOfATreeInOrder) {
     config_tree tree;
     EXPECT_EQ(0, (base_offset<clone_ability>(tree)));
     EXPECT_EQ(8, (base_offset<reference_count_pointer_ability<config_tree>>(tree)));
@@ -130,7 +130,7 @@ TEST(ConfigLayout, HasATreesFieldsInOrder) {
     EXPECT_EQ(1u, (part_at<std::map<ustring8, rc_pointer<config_tree>>>(&tree, 16).size()));
 }
 
-TEST(ConfigLayout, HasASourcesNameInFrontOfItsTree) {
+TEST(ConfigLayout, StoresTheNameOfASourceBeforeItsTree) {
     user_item item;
     item.set("a.b = 1", 0);
     EXPECT_EQ(8, (base_offset<reference_count_pointer_ability<base_config_item>>(item)));
@@ -138,7 +138,7 @@ TEST(ConfigLayout, HasASourcesNameInFrontOfItsTree) {
     EXPECT_EQ(item.get_value("a.b"), part_at<config_tree>(&item, 48).get_node("a.b"));
 }
 
-TEST(ConfigLayout, HasTheFieldsOfEachSourceBehindTheTree) {
+TEST(ConfigLayout, StoresTheFieldsOfEachSourceAfterTheTree) {
     const char* const strings[] = {"tool", nullptr};
     const file_item file("name.cfg");
     EXPECT_EQ("name.cfg", part_at<ustring8>(&file, 128));
@@ -149,7 +149,7 @@ TEST(ConfigLayout, HasTheFieldsOfEachSourceBehindTheTree) {
     EXPECT_EQ(strings, pointer_at(&variables, 128));
 }
 
-TEST(ConfigLayout, HasTheFieldsOfTheDispatchersInOrder) {
+TEST(ConfigLayout, StoresTheFieldsOfTheDispatchersInOrder) {
     const char* const arguments[] = {"tool", nullptr};
     const char* const variables[] = {nullptr};
     const std_config_dispatch standard(1, arguments, variables, "first", "second");
@@ -164,13 +164,13 @@ TEST(ConfigLayout, HasTheFieldsOfTheDispatchersInOrder) {
               (part_at<std::vector<std::string>>(&module, 16)));
 }
 
-TEST(ConfigLayout, CopiesAndClonesTheSecondTextOfTheStandardDispatcher) {
+TEST(ConfigLayout, ClonesTheSecondStringOfTheStandardDispatcher) {
     const std::unique_ptr<std_config_dispatch> clone(
         std_config_dispatch(1, nullptr, nullptr, "first", "second").clone());
     EXPECT_EQ("second", part_at<ustring8>(clone.get(), 64));
 }
 
-TEST(ConfigLayout, HasTheManagersListInFrontOfItsDispatcher) {
+TEST(ConfigLayout, StoresTheListOfAManagerBeforeItsDispatcher) {
     config_manager manager;
     EXPECT_EQ(nullptr, pointer_at(&manager, 32));
     EXPECT_TRUE(part_at<config_item_list>(&manager, 8).empty());
@@ -180,9 +180,9 @@ TEST(ConfigLayout, HasTheManagersListInFrontOfItsDispatcher) {
     EXPECT_EQ(typeid(module_config_dispatch), typeid(*dispatcher));
 }
 
-TEST(ConfigLayout, LeavesTheStandardDispatcherUnsetWhenMadeByDefault) {
+TEST(ConfigLayout, LeavesTheFieldsOfADefaultStandardDispatcherUninitialized) {
     alignas(std_config_dispatch) unsigned char memory[sizeof(std_config_dispatch)];
-    // The bytes of the fields are those of the memory, which the compiler must not know to be dead.
+    // The fields keep these bytes. The compiler must not know that it may drop the writes.
     for (unsigned char& byte : memory)
         byte = 0x5A;
     asm volatile("" : : "r"(memory) : "memory");
@@ -196,23 +196,23 @@ TEST(ConfigLayout, LeavesTheStandardDispatcherUnsetWhenMadeByDefault) {
     dispatch->~std_config_dispatch();
 }
 
-// Calls a slot by its number, as compiled code does.
+// Calls a virtual function through its slot number, as compiled code does.
 template <typename Result, typename... Arguments>
 TEST_CALLS_SLOTS Result call(const void* object, std::size_t number, Arguments... arguments) {
     return slot<Result(const void*, Arguments...)>(object, number)(object, arguments...);
 }
 
-// Notes the slot that was reached.
-class noting_item : public base_config_item {
+// Records the slot that was called.
+class recording_item : public base_config_item {
 public:
-    ~noting_item() TOVA_NOTHROW override { ends += 1; }
-    bool load(const config_item_list&) override { return note(2); }
-    bool load() override { return note(3); }
-    bool save(const config_item_list&) override { return note(4); }
-    bool save() override { return note(5); }
-    void unload() override { note(6); }
-    noting_item* clone() const override {
-        note(7);
+    ~recording_item() TOVA_NOTHROW override { ends += 1; }
+    bool load(const config_item_list&) override { return record(2); }
+    bool load() override { return record(3); }
+    bool save(const config_item_list&) override { return record(4); }
+    bool save() override { return record(5); }
+    void unload() override { record(6); }
+    recording_item* clone() const override {
+        record(7);
         return nullptr;
     }
 
@@ -220,15 +220,15 @@ public:
     static int ends;
 
 private:
-    bool note(int number) const {
+    bool record(int number) const {
         reached = number;
         return true;
     }
 };
-int noting_item::ends = 0;
+int recording_item::ends = 0;
 
-TEST(ConfigSlots, OfASourceStandInTheirOrder) {
-    noting_item item;
+TEST(ConfigSlots, OfASourceAreInOrder) {
+    recording_item item;
     const config_item_list items;
     const void* const raw = &item;
     EXPECT_TRUE((call<bool, const config_item_list&>(raw, 2, items)));
@@ -245,7 +245,7 @@ TEST(ConfigSlots, OfASourceStandInTheirOrder) {
     EXPECT_EQ(7, item.reached);
 }
 
-TEST(ConfigSlots, OfTheSourcesOfTheLibraryStandInTheSameOrder) {
+TEST(ConfigSlots, OfTheSourcesOfTheLibraryAreInTheSameOrder) {
     const char* const strings[] = {"A=1", "-b", nullptr};
     const test_support::temporary_directory directory;
     const std::string path = directory.write("x.cfg", "[s]\na=1\n");
@@ -278,43 +278,43 @@ TEST(ConfigSlots, OfTheSourcesOfTheLibraryStandInTheSameOrder) {
     EXPECT_EQ("user_item", clone->get_id());
 }
 
-TEST(ConfigSlots, OfDestructorsStandInFront) {
-    noting_item::ends = 0;
-    alignas(noting_item) unsigned char memory[sizeof(noting_item)];
-    call<void>(new (memory) noting_item, 0);
-    EXPECT_EQ(1, noting_item::ends);
-    call<void>(new noting_item, 1);
-    EXPECT_EQ(2, noting_item::ends);
+TEST(ConfigSlots, OfDestructorsComeFirst) {
+    recording_item::ends = 0;
+    alignas(recording_item) unsigned char memory[sizeof(recording_item)];
+    call<void>(new (memory) recording_item, 0);
+    EXPECT_EQ(1, recording_item::ends);
+    call<void>(new recording_item, 1);
+    EXPECT_EQ(2, recording_item::ends);
     call<void>(new config_tree, 1);
     call<void>(new config_manager, 1);
     call<void>(new std_config_dispatch, 1);
-    call<void>(new file_item("name that is too long to lie inside the object"), 1);
+    call<void>(new file_item("name that is too long to be stored inside the object"), 1);
 }
 
-class noting_dispatch : public config_dispatch {
+class recording_dispatch : public config_dispatch {
 public:
     bool setup(config_item_list& items) const override {
         items.push_back(rc_pointer<base_config_item>());
-        return note(2);
+        return record(2);
     }
-    bool load(config_item_list&) const override { return note(3); }
-    bool unload(config_item_list&) const override { return note(4); }
-    bool save(config_item_list&) const override { return note(5); }
-    noting_dispatch* clone() const override {
-        note(6);
+    bool load(config_item_list&) const override { return record(3); }
+    bool unload(config_item_list&) const override { return record(4); }
+    bool save(config_item_list&) const override { return record(5); }
+    recording_dispatch* clone() const override {
+        record(6);
         return nullptr;
     }
     mutable int reached = 0;
 
 private:
-    bool note(int number) const {
+    bool record(int number) const {
         reached = number;
         return true;
     }
 };
 
-TEST(ConfigSlots, OfADispatcherStandInTheirOrder) {
-    noting_dispatch dispatch;
+TEST(ConfigSlots, OfADispatcherAreInOrder) {
+    recording_dispatch dispatch;
     config_item_list items;
     const void* const raw = &dispatch;
     for (int number = 2; number <= 5; ++number) {
@@ -326,7 +326,7 @@ TEST(ConfigSlots, OfADispatcherStandInTheirOrder) {
     EXPECT_EQ(6, dispatch.reached);
 }
 
-TEST(ConfigSlots, OfTheDispatchersOfTheLibraryStandInTheSameOrder) {
+TEST(ConfigSlots, OfTheDispatchersOfTheLibraryAreInTheSameOrder) {
     const char* const variables[] = {"A=1", nullptr};
     const std_config_dispatch standard(0, nullptr, variables, "", "");
     const module_config_dispatch module(varg_list(), variables);

@@ -1,7 +1,7 @@
-// A plain second reader and writer of configuration files, against which the real ones are held.
+// A second, plain reader and writer of configuration files, to compare the real ones with.
 //
-// It cuts the whole text into pieces first and keeps all nodes in one flat map by their paths, with
-// no regard to time.
+// It splits the whole text into tokens first and keeps all nodes in one flat map by their paths. It
+// may take its time.
 #pragma once
 
 #include <map>
@@ -15,13 +15,13 @@ typedef std::vector<std::string> path;
 struct node {
     unsigned word = 0;
     bool is_nil = false;
-    bool is_step = true;  // holds `true`
+    bool is_step = true;  // its value is `true`
     std::string text;
 };
 
 typedef std::map<path, node> nodes;
 
-enum class kind { text, blank, line_end, comment, open, close, equals, comma };
+enum class kind { text, space, line_end, comment, open, close, equals, comma };
 
 struct piece {
     kind what;
@@ -50,9 +50,9 @@ inline std::vector<piece> cut(const std::string& text) {
         if (c == ' ') {
             while (i + run < text.size() && text[i + run] == ' ')
                 ++run;
-            add(kind::blank, run);
+            add(kind::space, run);
         } else if (c == '\t') {
-            add(kind::blank, 1);
+            add(kind::space, 1);
         } else if (c == '\n') {
             add(kind::line_end, 1);
         } else if (two == "\r\n") {
@@ -135,11 +135,10 @@ inline void store_array(nodes& tree, const std::string& key, const path& values)
 }
 
 inline bool vanishes(kind what) {
-    return what == kind::blank || what == kind::line_end;
+    return what == kind::space || what == kind::line_end;
 }
 
-// Comments are passed on the way and not taken out up front, since a key takes their signs for
-// text.
+// Comments are skipped on the way and not removed up front, because "#" and "//" are part of a key.
 inline nodes read(const std::string& text) {
     const std::vector<piece> all = cut(text);
     nodes tree;
@@ -193,7 +192,7 @@ inline nodes read(const std::string& text) {
                 list.push_back(value);
                 value.clear();
                 goes_on = true;
-            } else if (next.what != kind::blank) {
+            } else if (next.what != kind::space) {
                 value += next.text;
                 goes_on = false;
             }
@@ -211,7 +210,7 @@ inline nodes read(const std::string& text) {
     return tree;
 }
 
-// The nodes by the names of a recursive listing, in its order.
+// The nodes under the names of a recursive listing, in its order.
 struct entry {
     std::string name;
     std::string component;
@@ -229,7 +228,7 @@ inline std::vector<entry> list(const nodes& tree) {
     return entries;
 }
 
-// The entries in the form of `config_support::content`.
+// The nodes in the form of `config_support::content`.
 inline std::vector<std::string> show(const nodes& tree) {
     std::vector<std::string> lines;
     for (const entry& each : list(tree))
@@ -244,8 +243,8 @@ inline std::string quoted(const std::string& text) {
     return text.find_first_of(" \r\n\t") == std::string::npos ? text : "\"" + text + "\"";
 }
 
-// Whether a name reads as a number other than 0: blanks, a sign, a prefix that tells the base, and
-// a run of digits that are not all 0.
+// Whether a name reads as a number other than 0: whitespace, a sign, a prefix for the base, and a
+// run of digits that are not all 0.
 inline bool reads_as_number(const std::string& text) {
     std::size_t i = text.find_first_not_of(" \t\n\v\f\r");
     if (i == std::string::npos)

@@ -1,15 +1,14 @@
 #include <tova/config/characters.hpp>
 
-#include <cstring>
-#include <functional>
-
 #include <gtest/gtest.h>
+
+#include <string>
 
 namespace {
 
-using namespace TOVA_2_18::config;
+using namespace tova::config;
 
-// All 256 bytes against a written-out set.
+// Tests all 256 bytes; those in `members` are in the class.
 void expect_exactly(bool (*test)(char), const std::string& members) {
     for (int byte = 0; byte < 256; ++byte) {
         SCOPED_TRACE(byte);
@@ -18,15 +17,15 @@ void expect_exactly(bool (*test)(char), const std::string& members) {
     }
 }
 
-TEST(IsConfigDotSlash, IsTrueForTheThreeSeparatorsAlone) {
+TEST(IsConfigDotSlash, IsTrueForTheThreeSeparatorsOnly) {
     expect_exactly(isConfigDotSlash, "./\\");
 }
 
-TEST(IsConfigWhite, IsTrueForBlankTabAndBothLineEndCharacters) {
+TEST(IsConfigWhite, IsTrueForSpaceTabAndBothLineEndCharacters) {
     expect_exactly(isConfigWhite, " \t\n\r");
 }
 
-TEST(IsConfigSpace, IsTrueForTheBlankAlone) {
+TEST(IsConfigSpace, IsTrueForTheSpaceOnly) {
     expect_exactly(isConfigSpace, " ");
 }
 

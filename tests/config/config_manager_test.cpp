@@ -1,13 +1,5 @@
 #include <tova/config/config_manager.hpp>
 
-#include <sstream>
-#include <string>
-#include <typeinfo>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <tova/config/std_config_dispatch.hpp>
 
 #include "config/listing.hpp"
@@ -15,25 +7,27 @@
 #include "support/temporary_directory.hpp"
 #include "support/working_directory.hpp"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
 namespace {
 
-using config_support::base_config_item;
-using config_support::lines;
-using config_support::nil;
-using config_support::plain_item;
-using config_support::recording_item;
-using config_support::ustring8;
-using config_support::variant;
+using namespace config_support;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using TOVA_2_18::config::config_dispatch;
-using TOVA_2_18::config::config_item_list;
-using TOVA_2_18::config::config_manager;
-using TOVA_2_18::config::std_config_dispatch;
-using TOVA_2_18::generic::argument;
-using TOVA_2_18::generic::varg_list;
+using tova::config::config_dispatch;
+using tova::config::config_item_list;
+using tova::config::config_manager;
+using tova::config::std_config_dispatch;
+using tova::generic::argument;
+using tova::generic::varg_list;
 
-// Sets up plain sources of the names given and notes what is called.
+// Sets up recording sources with the given names and records its own calls.
 class test_dispatch : public config_dispatch {
 public:
     test_dispatch(const std::vector<std::string>& names, lines& calls)
@@ -42,12 +36,12 @@ public:
     bool setup(config_item_list& items) const override {
         m_calls.push_back("setup of " + std::to_string(items.size()));
         for (const std::string& name : m_names)
-            items.push_back((new recording_item(name, m_calls))->tell_end());
-        return m_answer;
+            items.push_back((new recording_item(name, m_calls))->recording_end());
+        return m_result;
     }
-    bool load(config_item_list& items) const override { return note("load", items); }
-    bool unload(config_item_list& items) const override { return note("unload", items); }
-    bool save(config_item_list& items) const override { return note("save", items); }
+    bool load(config_item_list& items) const override { return record("load", items); }
+    bool unload(config_item_list& items) const override { return record("unload", items); }
+    bool save(config_item_list& items) const override { return record("save", items); }
     config_dispatch* clone() const override {
         m_calls.push_back("clone");
         test_dispatch* const copy = new test_dispatch(*this);
@@ -56,22 +50,22 @@ public:
     }
     ~test_dispatch() TOVA_NOTHROW override {
         if (m_is_clone)
-            m_calls.push_back("dispatcher gone");
+            m_calls.push_back("dispatcher destroyed");
     }
-    test_dispatch& answering(bool answer) {
-        m_answer = answer;
+    test_dispatch& returning(bool result) {
+        m_result = result;
         return *this;
     }
 
 private:
-    bool note(const char* what, const config_item_list& items) const {
+    bool record(const char* what, const config_item_list& items) const {
         m_calls.push_back(what + std::string(" of ") + std::to_string(items.size()));
         return false;
     }
 
     std::vector<std::string> m_names;
     lines& m_calls;
-    bool m_answer = true;
+    bool m_result = true;
     bool m_is_clone = false;
 };
 
@@ -104,11 +98,11 @@ protected:
         return texts;
     }
 
-    lines calls;  // outlives the manager, whose items note their end
+    lines calls;  // outlives the manager, whose items record their destruction
     config_manager manager;
 };
 
-TEST(ConfigManagerLife, AnswersFalseAndDefaultsWithoutADispatcher) {
+TEST(ConfigManagerLife, ReturnsFalseAndDefaultsWithoutADispatcher) {
     config_manager manager;
     EXPECT_FALSE(manager.load());
     EXPECT_FALSE(manager.unload());
@@ -138,18 +132,19 @@ TEST(ConfigManagerLife, ClonesTheDispatcherAndSetsUpAnEmptyList) {
         EXPECT_TRUE(manager.unload());
     }
     EXPECT_THAT(calls, ElementsAre("clone", "setup of 0", "load of 1", "save of 1", "unload of 1",
-                                   "dispatcher gone", "a gone"));
+                                   "dispatcher destroyed", "a destroyed"));
 }
 
-TEST(ConfigManagerLife, ReplacesDispatcherAndItemsByASecondInit) {
+TEST(ConfigManagerLife, ReplacesDispatcherAndItemsAtASecondInit) {
     lines calls;
     config_manager manager;
     manager.init(test_dispatch({"a", "b"}, calls));
     manager.get_config_item("a")->set("k = 1", 0);
     EXPECT_TRUE(manager.value_exist("k"));
     calls.clear();
-    EXPECT_FALSE(manager.init(test_dispatch({"a"}, calls).answering(false)));
-    EXPECT_THAT(calls, ElementsAre("dispatcher gone", "a gone", "b gone", "clone", "setup of 0"));
+    EXPECT_FALSE(manager.init(test_dispatch({"a"}, calls).returning(false)));
+    EXPECT_THAT(calls, ElementsAre("dispatcher destroyed", "a destroyed", "b destroyed", "clone",
+                                   "setup of 0"));
     EXPECT_FALSE(manager.value_exist("k"));
     EXPECT_TRUE(manager.load());
 }
@@ -165,13 +160,13 @@ TEST_F(ConfigManager, LetsTheFirstSourceWin) {
     EXPECT_EQ("default", value("missing"));
 }
 
-TEST_F(ConfigManager, GivesTheValueAsItWasStored) {
+TEST_F(ConfigManager, ReturnsAValueWithTheTypeThatWasStored) {
     item("a").set("n", variant(2.5), 0);
     EXPECT_EQ(typeid(double), manager.get_value("n", variant()).type());
     EXPECT_EQ(7, manager.get_value("x", variant(7)).as_int());
 }
 
-TEST_F(ConfigManager, GivesTrueForASection) {
+TEST_F(ConfigManager, ReturnsTrueForASection) {
     item("b").set("s.k = 1", 0);
     EXPECT_EQ("bool 1", value("s"));
     EXPECT_TRUE(manager.value_exist("s"));
@@ -180,13 +175,13 @@ TEST_F(ConfigManager, GivesTrueForASection) {
     EXPECT_EQ("bool 1", value("s"));
 }
 
-TEST_F(ConfigManager, GivesTheFirstElementOfAnArray) {
+TEST_F(ConfigManager, ReturnsTheFirstElementOfAnArray) {
     item("b").set_array("k", varg_list(argument("x"), argument("y")), varg_list());
     EXPECT_EQ("x", value("k"));
     EXPECT_EQ("y", value("k.1"));
 }
 
-TEST_F(ConfigManager, GivesNilForAnEmptyArrayAlsoWithADefault) {
+TEST_F(ConfigManager, ReturnsNilForAnEmptyArrayEvenWithADefault) {
     item("a").set_array("k", varg_list(), varg_list());
     item("b").set("k.0 = other source", 0);
     EXPECT_EQ("nil", value("k"));
@@ -197,7 +192,7 @@ TEST_F(ConfigManager, TestsForAnArrayBeforeItTestsForAnAlias) {
     item("a").set("k", variant("target"), 6);
     item("a").set("k.0", variant("target"), 4);
     item("a").set("target = reached", 0);
-    // The alias bit of the first element isn't followed either, unless it is asked for by name.
+    // The first element is an alias, too, which is followed only if it is looked up by its own key.
     EXPECT_EQ("target", value("k"));
     EXPECT_EQ("reached", value("k.0"));
 }
@@ -207,18 +202,18 @@ TEST_F(ConfigManager, FollowsAliasesThroughAllSources) {
     item("b").set("y", variant("Z.deep"), 4);
     item("c").set("z.deep = end", 0);
     EXPECT_EQ("end", value("x"));
-    // The walk begins at the first source anew.
+    // The lookup of the target starts at the first source again.
     item("a").set("z.deep = earlier", 0);
     EXPECT_EQ("earlier", value("x"));
 }
 
-TEST_F(ConfigManager, GivesTheDefaultForAnAliasToNothing) {
+TEST_F(ConfigManager, ReturnsTheDefaultForAnAliasToAMissingKey) {
     item("a").set("x", variant("nowhere"), 4);
     EXPECT_EQ("default", value("x"));
     EXPECT_FALSE(manager.value_exist("x"));
 }
 
-TEST_F(ConfigManager, EndsACircleWithTheValueOfTheLastAlias) {
+TEST_F(ConfigManager, EndsACycleWithTheValueOfItsLastAlias) {
     item("a").set("a", variant("b"), 4);
     item("a").set("b", variant("a"), 4);
     EXPECT_EQ("a", value("a"));
@@ -231,10 +226,10 @@ TEST_F(ConfigManager, EndsACircleWithTheValueOfTheLastAlias) {
     EXPECT_EQ("p", value("x"));
 }
 
-TEST_F(ConfigManager, ComparesTheKeysOfACircleAsTheyStand) {
+TEST_F(ConfigManager, ComparesTheKeysOfACycleByCase) {
     item("a").set("a", variant("B"), 4);
     item("a").set("b", variant("a"), 4);
-    // Asked as "A" the walk is A, B, a, and then B again: the last alias is that of the key a.
+    // From "A" the lookups are A, B, a, and then B again: the last alias is the one of the key a.
     EXPECT_EQ("B", value("A"));
     EXPECT_EQ("a", value("a"));
 }
@@ -246,13 +241,13 @@ TEST_F(ConfigManager, FollowsAVeryLongChain) {
     EXPECT_EQ("end", value("k0"));
 }
 
-TEST_F(ConfigManager, FollowsAnAliasWithANumberToItsText) {
+TEST_F(ConfigManager, FollowsAnAliasWhoseValueIsANumber) {
     item("a").set("x", variant(12), 4);
     item("a").set("12 = found", 0);
     EXPECT_EQ("found", value("x"));
 }
 
-TEST_F(ConfigManager, TakesANilValueForNone) {
+TEST_F(ConfigManager, TreatsANilValueAsMissing) {
     item("a").set("k", variant(), 0);
     EXPECT_EQ("nil", value("k"));
     EXPECT_FALSE(manager.value_exist("k"));
@@ -260,7 +255,7 @@ TEST_F(ConfigManager, TakesANilValueForNone) {
     EXPECT_TRUE(manager.value_exist("e"));
 }
 
-TEST_F(ConfigManager, KnowsAnArrayInAnySource) {
+TEST_F(ConfigManager, FindsAnArrayInAnySource) {
     item("a").set("k = plain", 0);
     EXPECT_FALSE(manager.is_array("k"));
     item("c").set_array("k", varg_list(argument("x")), varg_list());
@@ -273,13 +268,13 @@ TEST_F(ConfigManager, KnowsAnArrayInAnySource) {
     EXPECT_TRUE(manager.is_array("m"));
 }
 
-TEST_F(ConfigManager, GetsTheFirstArrayPastPlainNodes) {
+TEST_F(ConfigManager, SkipsPlainNodesInSearchOfAnArray) {
     item("a").set("k = plain", 0);
     item("b").set_array("k", varg_list(argument("x"), argument("y")), varg_list());
     item("c").set_array("k", varg_list(argument("z")), varg_list());
     EXPECT_THAT(array("k"), ElementsAre("x", "y"));
     EXPECT_THAT(array("missing"), IsEmpty());
-    // An empty array is the first one found, too.
+    // An empty array also ends the search.
     item("a").set_array("m", varg_list(), varg_list());
     item("b").set_array("m", varg_list(argument("x")), varg_list());
     EXPECT_THAT(array("m"), IsEmpty());
@@ -298,7 +293,7 @@ TEST_F(ConfigManager, AppendsArraysAndLists) {
     EXPECT_EQ("0", pairs[1].first);
 }
 
-TEST_F(ConfigManager, ListsBelowTheFirstNodeOfAnyKindAndMergesNothing) {
+TEST_F(ConfigManager, ListsTheFirstSourceWithAnyNodeAndMergesNothing) {
     item("b").set("s.x.y = 1", 0);
     item("b").set("s.a = 2", 0);
     item("c").set("s.more = 3", 0);
@@ -310,8 +305,8 @@ TEST_F(ConfigManager, ListsBelowTheFirstNodeOfAnyKindAndMergesNothing) {
     EXPECT_THAT(below("", true), IsEmpty());
 }
 
-// The empty key is asked for as a child with the empty name, but lists the root.
-TEST_F(ConfigManager, ListsTheRootForTheEmptyKeyOnceThereIsANodeOfIt) {
+// The lookup takes the empty key for a child with the empty name, the listing for the root.
+TEST_F(ConfigManager, ListsTheRootForTheEmptyKeyIfASourceHasSuchANode) {
     item("b").set("s.x = 1", 0);
     item("c").set("", variant("e"), 0);
     item("c").set("t = 2", 0);
@@ -345,8 +340,8 @@ TEST_F(ConfigManager, DumpsEachItem) {
     EXPECT_EQ(out.str(), inserted.str());
 }
 
-// The whole way of a setting: three real sources.
-TEST(ConfigManagerStandard, PrefersCommandLineToFileToEnvironment) {
+// With the three real sources.
+TEST(ConfigManagerStandard, PrefersTheCommandLineToTheFileToTheEnvironment) {
     const test_support::temporary_directory directory;
     const std::string option = "-cfg_file=" + directory.write("x.cfg", "a=file\nb=file\n");
     const char* const arguments[] = {"tool", option.c_str(), "-a=line", nullptr};
@@ -368,8 +363,8 @@ TEST(ConfigManagerStandard, PrefersCommandLineToFileToEnvironment) {
     EXPECT_EQ("line", manager.get_value("a", variant()).as_string());
 }
 
-// The command line has "server.port" as a step to a longer key, and a step gives `true`.
-TEST(ConfigManagerStandard, HidesAValueBehindALongerKeyOfAStrongerSource) {
+// On the command line "server.port" is a step to a longer key, and the value of a step is `true`.
+TEST(ConfigManagerStandard, HidesAValueIfAStrongerSourceHasALongerKey) {
     const test_support::temporary_directory directory;
     const std::string path = directory.write("x.cfg", "[server]\nport=8080\nhost=a\n");
     const char* const arguments[] = {"tool", "-server.port.admin=81", nullptr};
@@ -380,7 +375,7 @@ TEST(ConfigManagerStandard, HidesAValueBehindALongerKeyOfAStrongerSource) {
     EXPECT_EQ("a", manager.get_value("server.host", variant()).as_string());
 }
 
-TEST(ConfigManagerStandard, FindsNoFileNamedByTheEnvironmentWhichIsReadBehindIt) {
+TEST(ConfigManagerStandard, IgnoresAFileNameInTheEnvironmentWhichIsReadLater) {
     const test_support::temporary_directory directory;
     const test_support::working_directory here(directory.path());
     directory.write("x.cfg", "a=named\n");
@@ -390,7 +385,7 @@ TEST(ConfigManagerStandard, FindsNoFileNamedByTheEnvironmentWhichIsReadBehindIt)
     manager.init(std_config_dispatch(1, arguments, environment, "", ""));
     manager.load();
     EXPECT_EQ("none", manager.get_value("a", variant("none")).as_string());
-    // A second load without an unload finds it.
+    // A second load without `unload` finds it.
     manager.load();
     EXPECT_EQ("named", manager.get_value("a", variant("none")).as_string());
 }
@@ -433,7 +428,7 @@ TEST(ConfigManagerStandard, SavesTheFile) {
     EXPECT_EQ("[s]\na=12\nb=\"x y\"\n\n", test_support::read_bytes(path));
 }
 
-TEST(ConfigManagerStandard, TriesTheFileOfAnEmptyNameForAProgramWithoutADot) {
+TEST(ConfigManagerStandard, ReadsDotCfgForAProgramWithoutADot) {
     const test_support::temporary_directory directory;
     directory.write(".cfg", "a=found\n");
     directory.write("tool.cfg", "a=other\n");

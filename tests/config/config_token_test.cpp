@@ -4,9 +4,9 @@
 
 namespace {
 
-using TOVA_2_18::config::config_token;
+using tova::config::config_token;
 
-TEST(ConfigToken, NamesItsKindAndShowsTheTextOfFourOfThem) {
+TEST(ConfigToken, NamesItsTypeAndShowsTheTextOfFourTypes) {
     const struct {
         int type;
         const char* name;
@@ -56,7 +56,7 @@ TEST(ConfigToken, NamesItsKindAndShowsTheTextOfFourOfThem) {
     }
 }
 
-TEST(ConfigToken, NumbersItsKinds) {
+TEST(ConfigToken, NumbersItsTypes) {
     EXPECT_EQ(0, config_token::T_VAR);
     EXPECT_EQ(1, config_token::T_NUM);
     EXPECT_EQ(2, config_token::T_NEWLINE);

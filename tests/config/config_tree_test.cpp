@@ -1,31 +1,25 @@
 #include <tova/config/config_tree.hpp>
 
-#include <sstream>
-#include <string>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "config/listing.hpp"
 #include "config/tree_nodes.hpp"
 #include "support/child_process.hpp"
 #include "support/failing_allocation.hpp"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
 namespace {
 
-using config_support::config_node;
-using config_support::config_node_list;
-using config_support::config_tree;
-using config_support::content;
-using config_support::lines;
-using config_support::show;
-using config_support::ustring8;
-using config_support::variant;
+using namespace config_support;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using TOVA_2_18::memory::pointers::rc_pointer;
+using tova::memory::pointers::rc_pointer;
 
 typedef tova::config::detail::tree_fields fields;
+typedef tova::config::_private::deep_copy_map<ustring8, rc_pointer<config_tree>> tree_map;
 
 config_tree* child(config_tree& tree, const char* name) {
     return fields::children(tree).at(name).get();
@@ -48,7 +42,7 @@ lines array(config_tree& tree, const char* key) {
     return show(nodes);
 }
 
-TEST(ConfigTree, IsMadeWithoutChildrenHoldersOrHeapMark) {
+TEST(ConfigTree, StartsWithoutChildrenHoldersAndHeapMark) {
     config_tree tree;
     EXPECT_THAT(content(tree), IsEmpty());
     EXPECT_EQ(0u, tree.count);
@@ -56,7 +50,7 @@ TEST(ConfigTree, IsMadeWithoutChildrenHoldersOrHeapMark) {
     EXPECT_EQ("0 true", show(fields::node(tree)));
 }
 
-TEST(ParseString, CutsTheFirstSegmentAndLowersIt) {
+TEST(ParseString, SplitsOffTheFirstSegmentInLowerCase) {
     const struct {
         const char* key;
         const char* head;
@@ -89,7 +83,7 @@ TEST(ParseString, LowersEachByteAsTheCLibraryDoes) {
     }
 }
 
-TEST(SetNode, MakesTheStepsOnTheWayWithoutValues) {
+TEST(SetNode, AddsStepsWithoutValues) {
     config_tree tree;
     tree.set_node("A.b/C", variant("v"), 0);
     EXPECT_EQ("1 'v'", shown(tree, "a.B.c"));
@@ -112,7 +106,7 @@ TEST(SetNode, AddsBitZeroToEveryWord) {
     }
 }
 
-TEST(SetNode, ReplacesTheWordAndTheValueWhateverTheyWere) {
+TEST(SetNode, ReplacesAnyFlagsWordAndValue) {
     config_tree tree;
     tree.set_node("k", variant("old"), 6);
     tree.set_node("K", variant("new"), 0);
@@ -128,7 +122,7 @@ TEST(SetNode, KeepsTheChildrenOfTheNode) {
     EXPECT_THAT(content(tree), ElementsAre("a: 1 'above'", "a.b: 1 'below'"));
 }
 
-TEST(SetNode, TakesTheThreeSeparatorsForOnePath) {
+TEST(SetNode, TreatsTheThreeSeparatorsAlike) {
     config_tree tree;
     tree.set_node("a.b.c", variant(1), 0);
     tree.set_node("a/b/c", variant(2), 0);
@@ -136,7 +130,7 @@ TEST(SetNode, TakesTheThreeSeparatorsForOnePath) {
     EXPECT_THAT(content(tree), ElementsAre("a: 0 true", "a.b: 0 true", "a.b.c: 1 '3' int"));
 }
 
-TEST(SetNode, TakesATrailingSeparatorForNothingAndTwoForAnEmptyName) {
+TEST(SetNode, IgnoresATrailingSeparatorAndTakesTwoForAnEmptyName) {
     config_tree tree;
     tree.set_node("a.", variant(1), 0);
     EXPECT_THAT(content(tree), ElementsAre("a: 1 '1' int"));
@@ -148,7 +142,7 @@ TEST(SetNode, TakesATrailingSeparatorForNothingAndTwoForAnEmptyName) {
     EXPECT_EQ("1 '3' int", shown(tree, "a\\\\b/"));
 }
 
-TEST(SetNode, TakesTheEmptyKeyForAChildWithTheEmptyName) {
+TEST(SetNode, StoresTheEmptyKeyAsAChildWithTheEmptyName) {
     config_tree tree;
     EXPECT_EQ("null", shown(tree, ""));
     tree.set_node("", variant("e"), 0);
@@ -158,14 +152,14 @@ TEST(SetNode, TakesTheEmptyKeyForAChildWithTheEmptyName) {
     EXPECT_EQ("1 'f'", shown(tree, "//"));
     EXPECT_EQ("1 'e'", shown(tree, "."));
     tree.set_node(".x", variant("g"), 0);
-    // Below a child of the root with the empty name the names have no dot in front.
+    // The names below a child of the root with the empty name don't start with a dot.
     EXPECT_THAT(content(tree), ElementsAre(": 1 'e'", ": 1 'f'", "x: 1 'g'"));
 }
 
 TEST(SetNode, SharesTheValueWithTheCaller) {
     config_tree tree;
     tree.set_node("k", variant(L"wide"), 0);
-    EXPECT_EQ(typeid(TOVA_2_18::strings::ustring32), tree.get_node("k")->second.type());
+    EXPECT_EQ(typeid(tova::strings::ustring32), tree.get_node("k")->second.type());
     tree.set_node("k", tree.get_node("k")->second, 0);
     EXPECT_EQ("wide", tree.get_node("k")->second.as_string());
 }
@@ -214,7 +208,7 @@ TEST(GetArray, EndsAtTheFirstGap) {
     EXPECT_THAT(array(without_first, "k"), IsEmpty());
 }
 
-TEST(GetArray, CountsInNumbersAndNotInByteOrder) {
+TEST(GetArray, ListsElementsInNumericOrder) {
     config_tree tree;
     tree.set_node("k", variant(), 2);
     for (int i = 11; i >= 0; --i)
@@ -228,7 +222,7 @@ TEST(GetArray, CountsInNumbersAndNotInByteOrder) {
     }
 }
 
-TEST(GetArray, AppendsAndLeavesTheRestAlone) {
+TEST(GetArray, AppendsToTheList) {
     config_tree tree;
     tree.set_node("k", variant(), 2);
     tree.set_node("k.0", variant("x"), 5);
@@ -240,14 +234,14 @@ TEST(GetArray, AppendsAndLeavesTheRestAlone) {
     EXPECT_THAT(show(out), ElementsAre("old: 9 '1' int", "0: 5 'x'"));
 }
 
-TEST(GetArray, TakesElementsThatAreStepsOnly) {
+TEST(GetArray, ListsElementsThatAreOnlySteps) {
     config_tree tree;
     tree.set_node("k", variant(), 2);
     tree.set_node("k.0.deep", variant("x"), 0);
     EXPECT_THAT(array(tree, "k"), ElementsAre("0: 0 true"));
 }
 
-TEST(GetValuePairArray, ListsDirectChildrenWithStepsAmongThem) {
+TEST(GetValuePairArray, ListsDirectChildrenIncludingSteps) {
     config_tree tree;
     tree.set_node("b", variant(1), 0);
     tree.set_node("a.x.y", variant(2), 0);
@@ -263,7 +257,7 @@ TEST(GetValuePairArray, IsInByteOrder) {
                             "a b: 1 true", "z: 1 true", "\xC3\xA4: 1 true"));
 }
 
-TEST(GetValuePairArray, ListsDepthFirstWithParentsInFront) {
+TEST(GetValuePairArray, ListsDepthFirstWithParentsBeforeChildren) {
     config_tree tree;
     tree.set_node("b.c.d", variant(1), 0);
     tree.set_node("b.a", variant(2), 0);
@@ -274,7 +268,7 @@ TEST(GetValuePairArray, ListsDepthFirstWithParentsInFront) {
                             "b.c.a: 1 '4' int", "b.c.d: 1 '1' int"));
 }
 
-TEST(GetValuePairArray, PutsThePrefixInFrontForTheEmptyKeyOnly) {
+TEST(GetValuePairArray, AddsThePrefixOnlyForTheEmptyKey) {
     config_tree tree;
     tree.set_node("s.k", variant(1), 0);
     EXPECT_THAT(listed(tree, "", true, "P"), ElementsAre("P.s: 0 true", "P.s.k: 1 '1' int"));
@@ -293,7 +287,7 @@ TEST(GetValuePairArray, NamesAreRelativeToTheListedNode) {
     EXPECT_THAT(listed(tree, ".", true, ""), IsEmpty());
 }
 
-TEST(GetValuePairArray, AppendsAndTakesAPrefixOutOfTheListItself) {
+TEST(GetValuePairArray, AppendsWithAPrefixThatIsPartOfTheListItself) {
     config_tree tree;
     for (int i = 10; i < 60; ++i)
         tree.set_node(ustring8(std::to_string(i)), variant(i), 0);
@@ -306,7 +300,7 @@ TEST(GetValuePairArray, AppendsAndTakesAPrefixOutOfTheListItself) {
     EXPECT_EQ("front.59", out[50].first);
 }
 
-TEST(Erase, RemovesTheChildrenAndKeepsTheOwnNode) {
+TEST(Erase, RemovesTheChildrenAndKeepsItsOwnNode) {
     config_tree tree;
     tree.set_node("a.b.c", variant(1), 0);
     fields::node(tree) = config_node(5, variant("own"));
@@ -338,7 +332,7 @@ TEST(ConfigTree, CopiesShareNoNodes) {
     EXPECT_EQ(before, content(assigned));
 }
 
-TEST(ConfigTree, CopiesTheOwnNodeToo) {
+TEST(ConfigTree, CopiesItsOwnNodeToo) {
     config_tree source;
     fields::node(source) = config_node(5, variant("own"));
     config_tree copy(source), assigned;
@@ -383,7 +377,7 @@ TEST(ConfigTree, KeepsItsChildrenWhenAssignedToItself) {
     EXPECT_EQ(before, content(tree));
 }
 
-TEST(ConfigTree, TakesTheNodesOfItsOwnChild) {
+TEST(ConfigTree, CanBeAssignedItsOwnChild) {
     config_tree tree;
     tree.set_node("a.b.c", variant(1), 0);
     tree = *child(tree, "a");
@@ -398,7 +392,7 @@ TEST(ConfigTree, OutlivesAHolderUnlessMarked) {
     EXPECT_EQ("1 '1' int", shown(tree, "a"));
 }
 
-TEST(ConfigTree, LeavesAChildThatOthersHoldWhole) {
+TEST(ConfigTree, LeavesAChildIntactThatOthersHold) {
     rc_pointer<config_tree> kept;
     {
         config_tree tree;
@@ -411,15 +405,14 @@ TEST(ConfigTree, LeavesAChildThatOthersHoldWhole) {
 }
 
 TEST(DeepCopyMap, CopiesTheObjectsOnAssignmentAndKeepsNull) {
-    typedef TOVA_2_18::config::_private::deep_copy_map<ustring8, rc_pointer<config_tree>> map;
-    map source;
+    tree_map source;
     config_tree* const tree = new config_tree;
     tree->allocated = true;
     tree->set_node("k", variant(1), 0);
     source["a"] = rc_pointer<config_tree>(tree);
     source["n"] = rc_pointer<config_tree>();
 
-    map target;
+    tree_map target;
     target["old"] = rc_pointer<config_tree>();
     target = source;
     ASSERT_EQ(2u, target.size());
@@ -431,21 +424,20 @@ TEST(DeepCopyMap, CopiesTheObjectsOnAssignmentAndKeepsNull) {
     EXPECT_EQ(1u, tree->count);
     EXPECT_THAT(content(*target["a"]), ElementsAre("k: 1 '1' int"));
 
-    const map shared(source);
+    const tree_map shared(source);
     EXPECT_EQ(tree, shared.at("a").get());
     EXPECT_EQ(2u, tree->count);
 }
 
-TEST(DeepCopyMap, IsEmptyBehindAnAssignmentToItself) {
-    typedef TOVA_2_18::config::_private::deep_copy_map<ustring8, rc_pointer<config_tree>> map;
-    map source;
+TEST(DeepCopyMap, IsEmptyAfterAssignmentToItself) {
+    tree_map source;
     source["n"] = rc_pointer<config_tree>();
-    map& same = source;
+    tree_map& same = source;
     source = same;
     EXPECT_TRUE(source.empty());
 }
 
-TEST(DumpTree, WritesEachNodeWithItsWordAndItsChildren) {
+TEST(DumpTree, WritesEachNodeWithItsFlagsAndItsChildren) {
     config_tree tree;
     tree.set_node("s.a", variant("x y"), 0);
     tree.set_node("s.k", variant(), 2);
@@ -481,7 +473,7 @@ TEST(DumpTree, IsIndentedByTheDepth) {
     EXPECT_EQ("|\t\tend\n", empty.str());
 }
 
-TEST(DumpTree, IsWhatTheInserterWritesWhateverTheBaseOfTheStream) {
+TEST(DumpTree, IgnoresTheBaseOfTheStream) {
     config_tree tree;
     tree.set_node("a", variant(12), 30);
     std::ostringstream out;
@@ -496,7 +488,7 @@ config_tree branching_tree() {
     return tree;
 }
 
-TEST(ConfigTree, PassesOnAShortageOfMemoryWithoutALeak) {
+TEST(ConfigTree, RaisesBadAllocWithoutALeak) {
     config_tree tree = branching_tree();
     const lines before = content(tree);
     for (unsigned successes = 0;; ++successes) {
@@ -531,7 +523,7 @@ TEST(ConfigTree, KeepsItsChildrenIfACopyFails) {
     EXPECT_EQ(nullptr, target.get_node("a"));
 }
 
-TEST(ConfigTree, IsDestroyedWithoutAnyMemoryLeft) {
+TEST(ConfigTree, IsDestroyedEvenWithoutMemory) {
     const long live = test_support::live_allocations();
     for (unsigned successes = 0; successes < 8; ++successes) {
         config_tree* const tree = new config_tree(branching_tree());
@@ -541,7 +533,7 @@ TEST(ConfigTree, IsDestroyedWithoutAnyMemoryLeft) {
     EXPECT_EQ(live, test_support::live_allocations());
 }
 
-// A key of a million segments, walked, copied, assigned and destroyed on a small stack.
+// A key of a million segments is set, looked up, copied, assigned and destroyed on a small stack.
 TEST(ConfigTree, HoldsKeysOfAnyDepth) {
     const auto child = test_support::run_in_child(
         [] {

@@ -1,20 +1,19 @@
 #include <tova/config/enviroment_item.hpp>
 
+#include "config/listing.hpp"
+#include "config/source_checks.hpp"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "config/listing.hpp"
-
 namespace {
 
-using config_support::content;
-using config_support::lines;
+using namespace config_support;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using TOVA_2_18::config::base_config_item;
-using TOVA_2_18::config::config_item_list;
-using TOVA_2_18::config::enviroment_item;
-using TOVA_2_18::memory::pointers::rc_pointer;
+using tova::config::config_item_list;
+using tova::config::enviroment_item;
+using tova::memory::pointers::rc_pointer;
 
 TEST(EnviromentItem, IsNamedEnviroment) {
     const char* const none[] = {nullptr};
@@ -38,7 +37,7 @@ TEST(EnviromentItem, SetsAKeyForEachString) {
                             "x.y: 1 '1'", "x.z: 1 '2'"));
 }
 
-TEST(EnviromentItem, KeepsCommentSignsAndLosesTabsAndFurtherLines) {
+TEST(EnviromentItem, KeepsCommentCharactersAndDropsTabsAndFurtherLines) {
     const char* const strings[] = {"A=x # y // z", "B=x\ty", "C=x\ny", "D\n=x", "=hidden", nullptr};
     enviroment_item item(strings);
     item.load();
@@ -46,7 +45,7 @@ TEST(EnviromentItem, KeepsCommentSignsAndLosesTabsAndFurtherLines) {
                 ElementsAre(": 1 'hidden'", "a: 1 'x#y//z'", "b: 1 'xy'", "c: 1 'x'", "d: 1 'x'"));
 }
 
-TEST(EnviromentItem, TakesTheLastOfEqualKeys) {
+TEST(EnviromentItem, LetsTheLastOfEqualKeysWin) {
     const char* const strings[] = {"KEY=1", "key=2", nullptr};
     enviroment_item item(strings);
     item.load();
@@ -60,27 +59,25 @@ TEST(EnviromentItem, LoadsNothingFromNull) {
     EXPECT_EQ(nullptr, item.get_envp());
 }
 
-TEST(EnviromentItem, UnloadsAndLoadsAgain) {
+TEST(EnviromentItem, LoadsAndUnloadsThroughItsBase) {
+    const char* const strings[] = {"A=1", nullptr};
+    enviroment_item item(strings);
+    expect_loads_and_unloads(item, {"a: 1 '1'"});
+}
+
+TEST(EnviromentItem, SavesNothing) {
     const char* const strings[] = {"A=1", nullptr};
     enviroment_item item(strings);
     base_config_item& base = item;
-    EXPECT_TRUE(base.load(config_item_list()));
-    EXPECT_EQ((lines{"a: 1 '1'"}), content(item));
-    base.unload();
-    EXPECT_THAT(content(item), IsEmpty());
-    EXPECT_TRUE(base.load());
-    EXPECT_EQ((lines{"a: 1 '1'"}), content(item));
     EXPECT_TRUE(base.save(config_item_list()));
     EXPECT_TRUE(base.save());
 }
 
-TEST(EnviromentItem, ClonesWithItsTree) {
-    const char* const strings[] = {"A=1", nullptr};
+TEST(EnviromentItem, ClonesWithItsTreeAndItsStrings) {
+    const char* const strings[] = {nullptr};
     enviroment_item item(strings);
-    item.load();
+    expect_independent_clone(item);
     const rc_pointer<enviroment_item> clone(item.clone());
-    EXPECT_TRUE(clone->allocated);
-    EXPECT_EQ((lines{"a: 1 '1'"}), content(*clone));
     EXPECT_EQ(strings, clone->get_envp());
 }
 

@@ -1,4 +1,4 @@
-// The file reader and writer beside a plain second implementation, on generated texts.
+// Compares the reader and the writer of files with a second, plain implementation.
 #include <cstdio>
 #include <random>
 #include <string>
@@ -16,9 +16,9 @@ namespace {
 
 using config_support::content;
 using config_support::ustring8;
-using TOVA_2_18::config::file_item;
+using tova::config::file_item;
 
-// A text of random pieces. The pieces favour what a file is made of, and what stands in its way.
+// A text of random pieces, most of which matter to the syntax of a file.
 std::string random_text(std::mt19937& random, const std::vector<std::string>& pieces) {
     std::string text;
     for (unsigned long left = random() % 40; left != 0; --left)
@@ -28,7 +28,7 @@ std::string random_text(std::mt19937& random, const std::vector<std::string>& pi
 
 class FileOracle : public ::testing::Test {
 protected:
-    // Whether both read the same nodes, and both write the same file from them.
+    // Both read the same nodes and write the same file from them.
     void expect_equal(const std::string& text) {
         SCOPED_TRACE(::testing::PrintToString(text));
         const std::string path = directory.write("x.cfg", text);
@@ -36,7 +36,7 @@ protected:
         item.load();
         const cfg_oracle::nodes expected = cfg_oracle::read(text);
         ASSERT_EQ(cfg_oracle::show(expected), content(item));
-        // A new file each time: some file systems write a file to disk at once if it is replaced.
+        // A new file each time, since some file systems sync a file that is replaced.
         std::remove(path.c_str());
         item.save();
         ASSERT_EQ(cfg_oracle::write(expected), test_support::read_bytes(path));
@@ -74,7 +74,7 @@ TEST_F(FileOracle, AgreesOnFilesOfTheUsualForm) {
         ASSERT_NO_FATAL_FAILURE(expect_equal(random_text(random, entries)));
 }
 
-TEST_F(FileOracle, AgreesOnTextsInDisorder) {
+TEST_F(FileOracle, AgreesOnRandomTokens) {
     std::mt19937 random(2);
     const std::vector<std::string> pieces = {"a",  "B",    "k",    "1",    "2",    "=",  "=",
                                              "=",  "==",   "+=",   "[",    "]",    "[]", "[s]",
@@ -86,7 +86,7 @@ TEST_F(FileOracle, AgreesOnTextsInDisorder) {
         ASSERT_NO_FATAL_FAILURE(expect_equal(random_text(random, pieces)));
 }
 
-TEST_F(FileOracle, AgreesOnTextsOfAnyBytes) {
+TEST_F(FileOracle, AgreesOnRandomBytes) {
     std::mt19937 random(3);
     for (int i = 0; i < 2000; ++i) {
         std::string text;
@@ -96,7 +96,7 @@ TEST_F(FileOracle, AgreesOnTextsOfAnyBytes) {
     }
 }
 
-// Every cut of one text that holds a bit of all.
+// All prefixes of a text that has an example of everything.
 TEST_F(FileOracle, AgreesOnEveryPrefixOfAFile) {
     const std::string text = "# note \"a\nb\" c\r\ntop = 1\n[s.t]\r\nk[] = 1, \"2, 3\",\n  4 # e\n"
                              "\"a b\" = c \"d\\\" e\" // f\n[u]\nx+=1\ny = [z]\n[]\nk[]=,\"\"\n"

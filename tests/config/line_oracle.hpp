@@ -1,5 +1,5 @@
-// A plain second reader of command lines and environments, on the pieces and nodes of the one for
-// files.
+// A second, plain reader of command lines and environments. It uses the tokens and nodes of the one
+// for files.
 #pragma once
 
 #include <set>
@@ -18,7 +18,7 @@ inline bool is_sign(const piece& part, const std::string& sign) {
     return !part.quoted && part.text == sign;
 }
 
-// A line `KEY=value`, as an environment holds it and as a flag is read.
+// A line `KEY=value`, which is the form of an environment string and of a flag.
 inline void read_line(nodes& tree, const std::string& line) {
     std::string texts[2];
     int side = 0;
@@ -33,13 +33,13 @@ inline void read_line(nodes& tree, const std::string& line) {
     cfg_oracle::store(tree, texts[0], texts[1]);
 }
 
-// The pieces of an argument, each run of blanks with the text of the piece in front of it.
+// The tokens of an argument. A run of spaces has the text of the token before it.
 inline std::vector<piece> pieces_of(const std::string& argument, std::string& last) {
     std::vector<piece> pieces = cfg_oracle::cut(argument);
     for (piece& part : pieces) {
-        if (part.what == kind::blank && part.text != "\t") {
+        if (part.what == kind::space && part.text != "\t") {
             part.text = last;
-            part.quoted = true;  // no sign, whatever it repeats
+            part.quoted = true;  // not a separator, whatever it repeats
         } else if (part.what == kind::line_end) {
             part.text = "\n";
         }
@@ -62,7 +62,7 @@ inline void store(nodes& tree, const std::string& key, const std::vector<std::st
         cfg_oracle::store_array(tree, key, values);
 }
 
-// Reads all arguments but the first and gives those that are passed over.
+// Reads all arguments but the first. Returns those that are ignored.
 inline std::vector<std::string> read_options(nodes& tree, const std::vector<std::string>& all) {
     const std::set<std::string> separators = {"=", ":", ":=", ">=", "<=", "+=", "-=", "*=", "/="};
     const auto begins_with = [&](std::size_t i, const std::string& any) {

@@ -1,4 +1,4 @@
-// The command line and the environment beside a plain second implementation, on generated texts.
+// Compares command line and environment with a second, plain implementation.
 #include "config/line_oracle.hpp"
 
 #include <iostream>
@@ -18,8 +18,8 @@ namespace {
 
 using config_support::content;
 using config_support::lines;
-using TOVA_2_18::config::commandline_item;
-using TOVA_2_18::config::enviroment_item;
+using tova::config::commandline_item;
+using tova::config::enviroment_item;
 
 const lines& pieces() {
     static const lines all = {
@@ -37,7 +37,7 @@ std::string random_text(std::mt19937& random, unsigned most) {
     return text;
 }
 
-// The strings as a program gets them.
+// The strings in the form in which a program gets them.
 std::vector<const char*> pointers(const lines& strings) {
     std::vector<const char*> result;
     for (const std::string& each : strings)
@@ -67,7 +67,7 @@ TEST(LineOracle, AgreesOnCommandLines) {
         commandline_item item(static_cast<unsigned>(arguments.size()), strings.data());
         printed.str("");
         item.load();
-        // These two are no `ustring8` texts.
+        // These two are of type `std::string`, not `ustring8`.
         item.set("application.name=tool", 0);
         item.set("application.name.raw=", 0);
         EXPECT_EQ(cfg_oracle::show(expected), content(item)) << ::testing::PrintToString(arguments);

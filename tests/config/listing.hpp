@@ -1,23 +1,24 @@
-// What a tree or a source holds, as lines that a test can compare.
+// The nodes of a tree or a source as lines that a test can compare.
 #pragma once
-
-#include <string>
-#include <vector>
 
 #include <tova/config/base_config_item.hpp>
 #include <tova/config/config_tree.hpp>
 
+#include <string>
+#include <vector>
+
 namespace config_support {
 
-using TOVA_2_18::config::base_config_item;
-using TOVA_2_18::config::config_node;
-using TOVA_2_18::config::config_node_list;
-using TOVA_2_18::config::config_tree;
-using TOVA_2_18::strings::ustring8;
-using TOVA_2_18::types::nil;
-using TOVA_2_18::types::variant;
+using tova::config::base_config_item;
+using tova::config::config_node;
+using tova::config::config_node_list;
+using tova::config::config_tree;
+using tova::strings::ustring8;
+using tova::types::nil;
+using tova::types::variant;
 
-// "word value", as "3 nil" or "1 'text'". A value that is no `ustring8` shows its type behind it.
+// The flags word and the value, such as "3 nil" or "1 'text'". The type of the value follows unless
+// it is nil, `bool` or `ustring8`.
 inline std::string show(const config_node& node) {
     const std::string word = std::to_string(node.first) + " ";
     const variant& value = node.second;
@@ -44,7 +45,7 @@ inline std::vector<std::string> show(const config_node_list& nodes) {
     return lines;
 }
 
-// All nodes, parents in front of their children.
+// All nodes, parents before their children.
 inline std::vector<std::string> content(config_tree& tree) {
     config_node_list nodes;
     tree.get_value_pair_array("", nodes, true, "");
@@ -59,7 +60,7 @@ inline std::vector<std::string> content(base_config_item& item) {
 
 typedef std::vector<std::string> lines;
 
-// A source with nothing of its own, open for tests.
+// The smallest possible source. Tests can reach its tree.
 class plain_item : public base_config_item {
 public:
     plain_item() {}

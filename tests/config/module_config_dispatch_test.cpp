@@ -1,10 +1,5 @@
 #include <tova/config/module_config_dispatch.hpp>
 
-#include <memory>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <tova/config/config_manager.hpp>
 #include <tova/config/enviroment_item.hpp>
 #include <tova/config/file_item.hpp>
@@ -14,22 +9,23 @@
 #include "config/recording_item.hpp"
 #include "support/temporary_directory.hpp"
 
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
 namespace {
 
-using config_support::content;
-using config_support::lines;
-using config_support::recording_item;
-using config_support::variant;
-using ::testing::ElementsAre;
-using TOVA_2_18::config::config_dispatch;
-using TOVA_2_18::config::config_item_list;
-using TOVA_2_18::config::config_manager;
-using TOVA_2_18::config::enviroment_item;
-using TOVA_2_18::config::file_item;
-using TOVA_2_18::config::module_config_dispatch;
-using TOVA_2_18::config::user_item;
-using TOVA_2_18::generic::argument;
-using TOVA_2_18::generic::varg_list;
+using namespace config_support;
+using tova::config::config_dispatch;
+using tova::config::config_item_list;
+using tova::config::config_manager;
+using tova::config::enviroment_item;
+using tova::config::file_item;
+using tova::config::module_config_dispatch;
+using tova::config::user_item;
+using tova::generic::argument;
+using tova::generic::varg_list;
 
 const char* const environment[] = {"B=2", nullptr};
 
@@ -62,17 +58,8 @@ TEST(ModuleConfigDispatch, WorksWithoutFiles) {
     EXPECT_TRUE(dispatch.load(items));
 }
 
-TEST(ModuleConfigDispatch, CallsEachItemInOrderWithTheWholeList) {
-    const module_config_dispatch dispatch(varg_list(), nullptr);
-    lines calls;
-    config_item_list items;
-    items.push_back(new recording_item("x", calls));
-    items.push_back(new recording_item("y", calls));
-    EXPECT_TRUE(dispatch.load(items));
-    EXPECT_TRUE(dispatch.save(items));
-    EXPECT_TRUE(dispatch.unload(items));
-    EXPECT_THAT(calls, ElementsAre("x load of 2", "y load of 2", "x save of 2", "y save of 2",
-                                   "x unload", "y unload"));
+TEST(ModuleConfigDispatch, CallsEveryItemInOrderWithTheWholeList) {
+    expect_calls_every_item_in_order(module_config_dispatch(varg_list(), nullptr));
 }
 
 TEST(ModuleConfigDispatch, LetsEarlierFilesWinAndTheProgramLose) {

@@ -1,14 +1,5 @@
 #include <tova/config/std_config_dispatch.hpp>
 
-#include <cstring>
-#include <memory>
-#include <new>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <tova/config/commandline_item.hpp>
 #include <tova/config/enviroment_item.hpp>
 #include <tova/config/file_item.hpp>
@@ -17,18 +8,20 @@
 #include "config/recording_item.hpp"
 #include "support/temporary_directory.hpp"
 
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
 namespace {
 
-using config_support::content;
-using config_support::lines;
-using config_support::recording_item;
-using ::testing::ElementsAre;
-using TOVA_2_18::config::commandline_item;
-using TOVA_2_18::config::config_dispatch;
-using TOVA_2_18::config::config_item_list;
-using TOVA_2_18::config::enviroment_item;
-using TOVA_2_18::config::file_item;
-using TOVA_2_18::config::std_config_dispatch;
+using namespace config_support;
+using tova::config::commandline_item;
+using tova::config::config_dispatch;
+using tova::config::config_item_list;
+using tova::config::enviroment_item;
+using tova::config::file_item;
+using tova::config::std_config_dispatch;
 
 const char* const arguments[] = {"tool", "-a=1", nullptr};
 const char* const environment[] = {"B=2", nullptr};
@@ -64,18 +57,8 @@ TEST(StdConfigDispatch, AppendsToWhatTheListHolds) {
     EXPECT_EQ(6u, items.size());
 }
 
-TEST(StdConfigDispatch, CallsEachItemInOrderWithTheWholeList) {
-    const std_config_dispatch dispatch(0, nullptr, nullptr, "", "");
-    lines calls;
-    config_item_list items;
-    items.push_back(new recording_item("x", calls));
-    items.push_back(new recording_item("y", calls));
-    EXPECT_TRUE(dispatch.load(items));
-    EXPECT_TRUE(dispatch.save(items));
-    EXPECT_TRUE(dispatch.unload(items));
-    EXPECT_THAT(calls, ElementsAre("x load of 2", "y load of 2", "x save of 2", "y save of 2",
-                                   "x unload", "y unload"));
-    EXPECT_EQ(2u, items.size());
+TEST(StdConfigDispatch, CallsEveryItemInOrderWithTheWholeList) {
+    expect_calls_every_item_in_order(std_config_dispatch(0, nullptr, nullptr, "", ""));
 }
 
 TEST(StdConfigDispatch, HandsTheFileWhatTheCommandLineSays) {

@@ -1,4 +1,4 @@
-// Trees and the manager beside a plain second implementation, under random operations.
+// Compares trees and the manager with a second, plain implementation, under random operations.
 #include <map>
 #include <random>
 #include <set>
@@ -20,12 +20,12 @@ using config_support::plain_item;
 using config_support::show;
 using config_support::ustring8;
 using config_support::variant;
-using TOVA_2_18::config::config_dispatch;
-using TOVA_2_18::config::config_item_list;
-using TOVA_2_18::config::config_manager;
-using TOVA_2_18::memory::pointers::rc_pointer;
+using tova::config::config_dispatch;
+using tova::config::config_item_list;
+using tova::config::config_manager;
+using tova::memory::pointers::rc_pointer;
 
-// A tree by the plain rules: each step is a call, each copy is a copy of a map.
+// A tree by the rules as they are written: a step is a recursive call, a copy is a copy of a map.
 struct plain_tree {
     unsigned word = 0;
     std::string value = "true";  // as `show` writes it
@@ -115,8 +115,7 @@ class three_sources : public config_dispatch {
 public:
     bool setup(config_item_list& items) const override {
         for (const char* name : names)
-            items.push_back(
-                rc_pointer<TOVA_2_18::config::base_config_item>(plain_item(name).clone()));
+            items.push_back(rc_pointer<tova::config::base_config_item>(plain_item(name).clone()));
         return true;
     }
     bool load(config_item_list&) const override { return true; }
@@ -143,7 +142,7 @@ protected:
         return below(10) == 0 ? result + "." : result;
     }
 
-    // Sets one entry, an alias or an array in one of the sources, or takes the nodes of another.
+    // Sets an entry, an alias or an array in one of the sources, or copies the nodes of another.
     void change() {
         const std::size_t at = below(3);
         const std::size_t kind = below(40);
@@ -215,7 +214,7 @@ protected:
         SCOPED_TRACE(::testing::PrintToString(name));
         const variant value = manager.get_value(name, variant("default"));
         ASSERT_EQ(plain_value(name),
-                  value == TOVA_2_18::types::nil ? std::string("nil") : value.as_string());
+                  value == tova::types::nil ? std::string("nil") : value.as_string());
         bool is_array = false;
         lines array, listed;
         for (std::size_t at = 3; at-- != 0;) {

@@ -1,19 +1,18 @@
 #include <tova/config/user_item.hpp>
 
+#include "config/listing.hpp"
+#include "config/source_checks.hpp"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "config/listing.hpp"
-
 namespace {
 
-using config_support::content;
-using config_support::variant;
+using namespace config_support;
 using ::testing::ElementsAre;
-using TOVA_2_18::config::base_config_item;
-using TOVA_2_18::config::config_item_list;
-using TOVA_2_18::config::user_item;
-using TOVA_2_18::memory::pointers::rc_pointer;
+using tova::config::config_item_list;
+using tova::config::user_item;
+using tova::memory::pointers::rc_pointer;
 
 TEST(UserItem, ChangesItsNameWhenCopied) {
     user_item item;
@@ -27,16 +26,12 @@ TEST(UserItem, ChangesItsNameWhenCopied) {
     EXPECT_EQ(1u, clone->count);
 }
 
-TEST(UserItem, CopiesItsTree) {
+TEST(UserItem, ClonesWithItsTree) {
     user_item item;
-    item.set("a = 1", 0);
-    const rc_pointer<base_config_item> clone(static_cast<const base_config_item&>(item).clone());
-    clone->set("a = 2", 0);
-    EXPECT_THAT(content(item), ElementsAre("a: 1 '1'"));
-    EXPECT_THAT(content(*clone), ElementsAre("a: 1 '2'"));
+    expect_independent_clone(item);
 }
 
-TEST(UserItem, KeepsWhatWasSetWhateverIsCalled) {
+TEST(UserItem, KeepsItsValuesThroughLoadSaveAndUnload) {
     user_item item;
     item.set("a", variant(1), 0);
     const config_item_list none;
