@@ -45,20 +45,20 @@ unsigned to_number(const fields& date) {
     return date_time::date(date.day, date.month, date.year).pJulian_day_number();
 }
 
-fields told(const date_time::date& date) {
+fields fields_of(const date_time::date& date) {
     return {date.year(), date.month(), date.day()};
 }
 
 fields from_number(unsigned number) {
     date_time::date date;
     date.pJulian_day_number(number);
-    return told(date);
+    return fields_of(date);
 }
 
 fields add(const fields& start, int days) {
     date_time::date date(start.day, start.month, start.year);
     date += date_time::date_duration(days);
-    return told(date);
+    return fields_of(date);
 }
 
 unsigned time_of_day(unsigned start, int milliseconds) {
@@ -69,7 +69,7 @@ unsigned time_of_day(unsigned start, int milliseconds) {
 }
 
 fields today() {
-    return told(date_time::date::UTC_date());
+    return fields_of(date_time::date::UTC_date());
 }
 
 }  // namespace tova_dates
@@ -87,7 +87,7 @@ gregorian::date made(const fields& date) {
                            static_cast<unsigned short>(date.day));
 }
 
-fields told(const gregorian::date& date) {
+fields fields_of(const gregorian::date& date) {
     const auto parts = date.year_month_day();
     return {parts.year, parts.month, parts.day};
 }
@@ -105,7 +105,7 @@ fields from_number(unsigned number) {
 fields add(const fields& start, int days) {
     gregorian::date date = made(start);
     date += gregorian::days(days);
-    return told(date);
+    return fields_of(date);
 }
 
 unsigned time_of_day(unsigned start, int milliseconds) {
@@ -124,7 +124,7 @@ unsigned time_of_day(unsigned start, int milliseconds) {
 }
 
 fields today() {
-    return told(gregorian::day_clock::universal_day());
+    return fields_of(gregorian::day_clock::universal_day());
 }
 
 }  // namespace boost_dates
@@ -138,7 +138,7 @@ date::sys_days made(const fields& value) {
            date::day(value.day);
 }
 
-fields told(const date::sys_days& day) {
+fields fields_of(const date::sys_days& day) {
     const date::year_month_day parts(day);
     return {static_cast<unsigned>(static_cast<int>(parts.year())),
             static_cast<unsigned>(parts.month()), static_cast<unsigned>(parts.day())};
@@ -149,11 +149,11 @@ unsigned to_number(const fields& value) {
 }
 
 fields from_number(unsigned number) {
-    return told(date::sys_days(date::days(static_cast<int>(number) - number_of_1970)));
+    return fields_of(date::sys_days(date::days(static_cast<int>(number) - number_of_1970)));
 }
 
 fields add(const fields& start, int days) {
-    return told(made(start) + date::days(days));
+    return fields_of(made(start) + date::days(days));
 }
 
 unsigned time_of_day(unsigned start, int count) {
@@ -169,7 +169,7 @@ unsigned time_of_day(unsigned start, int count) {
 }
 
 fields today() {
-    return told(date::floor<date::days>(std::chrono::system_clock::now()));
+    return fields_of(date::floor<date::days>(std::chrono::system_clock::now()));
 }
 
 }  // namespace hinnant_dates

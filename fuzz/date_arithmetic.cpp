@@ -178,111 +178,132 @@ private:
     std::size_t m_left;
 };
 
+// The library's values and the plain ones, moved by the same steps.
+class both {
+public:
+    // Steps 0 to 6, with a number of 32 bits.
+    void change_date(unsigned step, unsigned number) {
+        switch (step) {
+        case 0:
+            require(succeeds([&] { m_ours.day(number); }) == m_plain.date.set_day(number));
+            break;
+        case 1:
+            require(succeeds([&] { m_ours.month(number); }) == m_plain.date.set_month(number));
+            break;
+        case 2:
+            m_plain.date.year = m_ours.year(number);
+            require(m_plain.date.year == number);
+            break;
+        case 3: {
+            date other(m_ours.date());
+            other.pJulian_day_number(number);
+            m_ours = other;
+            m_plain.date.set_number(number);
+            break;
+        }
+        case 4:
+        case 5: {
+            const date_duration days(static_cast<int>(number));
+            date other(m_ours.date());
+            const bool moved = succeeds([&] { step == 4 ? other += days : other -= days; });
+            require(moved == (step == 4 ? m_plain.date.move(days.days())
+                                        : m_plain.date.move_back(days.days())));
+            m_ours = other;
+            break;
+        }
+        default: {
+            const date_time_t before(m_ours);
+            m_ours += date_duration(static_cast<int>(number));
+            m_ours -= date_duration(static_cast<int>(number));
+            require(std::memcmp(&before, &m_ours, sizeof m_ours) == 0);
+        }
+        }
+    }
+
+    // Steps 7 to 10, with a number of 32 bits: one for each field.
+    void set_time(unsigned step, unsigned number) {
+        const bool set = succeeds([&] {
+            switch (step) {
+            case 7:
+                m_ours.hour(number);
+                break;
+            case 8:
+                m_ours.minute(number);
+                break;
+            case 9:
+                m_ours.second(number);
+                break;
+            default:
+                m_ours.millisecond(number);
+            }
+        });
+        require(set == m_plain.time.set(step - 7, number));
+    }
+
+    // Steps 11 to 15, with a number of 64 bits.
+    void move(unsigned step, long number) {
+        const time_duration distance(0, 0, 0, number);
+        switch (step) {
+        case 11:
+        case 12: {
+            const bool back = step == 12;
+            require(succeeds([&] { back ? m_ours -= distance : m_ours += distance; }) ==
+                    m_plain.move(number, back));
+            break;
+        }
+        case 13: {
+            time other;
+            plain_time plain_other = m_plain.time;
+            const bool moved = succeeds([&] { other = m_ours.time() + distance; });
+            require(moved == plain_other.move(number));
+            if (moved)
+                compare(other, plain_other);
+            const time_duration between = m_ours.time() - time();
+            require((time() + between - m_ours.time()).total_milliseconds() == 0);
+            break;
+        }
+        case 14: {
+            const int fields[] = {static_cast<int>(number), static_cast<int>(number >> 16),
+                                  static_cast<int>(number >> 32)};
+            m_span += time_duration(fields[0], fields[1], fields[2], number);
+            const int sum = wrapped_32(fields[0] * wide(3600000) + fields[1] * wide(60000) +
+                                       fields[2] * wide(1000));
+            m_plain_span = wrapped_64(wide(m_plain_span) + wrapped_64(wide(sum) + number));
+            break;
+        }
+        default:
+            m_span -= distance;
+            m_plain_span = wrapped_64(wide(m_plain_span) - number);
+        }
+    }
+
+    void check() const {
+        compare(m_ours.date(), m_plain.date);
+        compare(m_ours.time(), m_plain.time);
+        compare(m_span, m_plain_span);
+    }
+
+private:
+    date_time_t m_ours;
+    plain_date_time m_plain;
+    time_duration m_span;
+    long m_plain_span = 0;
+};
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     bytes input(data, size);
-    date_time_t ours;
-    plain_date_time plain;
-    time_duration span;
-    long plain_span = 0;
-
+    both values;
     while (!input.empty()) {
         const unsigned step = input.next<std::uint8_t>() % 16;
-        if (step < 7) {
-            const unsigned number = input.next<std::uint32_t>();
-            switch (step) {
-            case 0:
-                require(succeeds([&] { ours.day(number); }) == plain.date.set_day(number));
-                break;
-            case 1:
-                require(succeeds([&] { ours.month(number); }) == plain.date.set_month(number));
-                break;
-            case 2:
-                plain.date.year = ours.year(number);
-                require(plain.date.year == number);
-                break;
-            case 3: {
-                date other(ours.date());
-                other.pJulian_day_number(number);
-                ours = other;
-                plain.date.set_number(number);
-                break;
-            }
-            case 4:
-            case 5: {
-                const date_duration days(static_cast<int>(number));
-                date other(ours.date());
-                const bool moved = succeeds([&] { step == 4 ? other += days : other -= days; });
-                require(moved == (step == 4 ? plain.date.move(days.days())
-                                            : plain.date.move_back(days.days())));
-                ours = other;
-                break;
-            }
-            default: {
-                const date_time_t before(ours);
-                ours += date_duration(static_cast<int>(number));
-                ours -= date_duration(static_cast<int>(number));
-                require(std::memcmp(&before, &ours, sizeof ours) == 0);
-            }
-            }
-        } else if (step < 11) {
-            const unsigned number = input.next<std::uint32_t>();
-            const bool set = succeeds([&] {
-                switch (step) {
-                case 7:
-                    ours.hour(number);
-                    break;
-                case 8:
-                    ours.minute(number);
-                    break;
-                case 9:
-                    ours.second(number);
-                    break;
-                default:
-                    ours.millisecond(number);
-                }
-            });
-            require(set == plain.time.set(step - 7, number));
-        } else {
-            const long number = input.next<std::int64_t>();
-            const time_duration move(0, 0, 0, number);
-            switch (step) {
-            case 11:
-            case 12: {
-                const bool back = step == 12;
-                require(succeeds([&] { back ? ours -= move : ours += move; }) ==
-                        plain.move(number, back));
-                break;
-            }
-            case 13: {
-                time other;
-                plain_time plain_other = plain.time;
-                const bool moved = succeeds([&] { other = ours.time() + move; });
-                require(moved == plain_other.move(number));
-                if (moved)
-                    compare(other, plain_other);
-                const time_duration between = ours.time() - time();
-                require((time() + between - ours.time()).total_milliseconds() == 0);
-                break;
-            }
-            case 14: {
-                const int fields[] = {static_cast<int>(number), static_cast<int>(number >> 16),
-                                      static_cast<int>(number >> 32)};
-                span += time_duration(fields[0], fields[1], fields[2], number);
-                const int sum = wrapped_32(fields[0] * wide(3600000) + fields[1] * wide(60000) +
-                                           fields[2] * wide(1000));
-                plain_span = wrapped_64(wide(plain_span) + wrapped_64(wide(sum) + number));
-                break;
-            }
-            default:
-                span -= move;
-                plain_span = wrapped_64(wide(plain_span) - number);
-            }
-        }
-        compare(ours.date(), plain.date);
-        compare(ours.time(), plain.time);
-        compare(span, plain_span);
+        if (step < 7)
+            values.change_date(step, input.next<std::uint32_t>());
+        else if (step < 11)
+            values.set_time(step, input.next<std::uint32_t>());
+        else
+            values.move(step, input.next<std::int64_t>());
+        values.check();
     }
     return 0;
 }

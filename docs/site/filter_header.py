@@ -80,4 +80,9 @@ def convert(lines):
 
 if __name__ == "__main__":
     with open(sys.argv[1], encoding="utf-8") as header:
-        print("\n".join(convert(header.read().splitlines())))
+        lines = header.read().splitlines()
+    # An alias of the namespace to itself, as Doxygen sees it, and instantiations, which are declared
+    # elsewhere, have no text of their own.
+    kept = [line for line in lines if line != "namespace tova = TOVA_2_18;"]
+    text = re.sub(r"^ *extern template [^;]*;\n", "", "\n".join(kept) + "\n", flags=re.M)
+    sys.stdout.write("\n".join(convert(text.splitlines())) + "\n")

@@ -3,7 +3,7 @@
 //     tova_example_state [FOLDER]
 //
 // The files drawing.text, drawing.binary and drawing.labels go to the folder, or to the working
-// folder. docs/serialization.md tells the encodings byte by byte.
+// folder. docs/serialization.md describes the encodings byte by byte.
 
 #include <algorithm>
 #include <fstream>
@@ -34,11 +34,12 @@ struct drawing {
     std::string title;
     date begun;
     color_t ink;
-    double width;                // of the pen, in millimetres
-    std::vector<short> strokes;  // lengths, and backwards if negative
+    double width;                // of the pen, in millimeters
+    std::vector<short> strokes;  // lengths, negative for a stroke backwards
 };
 
-const unsigned int digits = 6;  // of a floating value, in an encoding that writes digits
+const unsigned int digits =
+    6;  // significant digits of a floating-point value, in the text encoding
 
 std::ostream& operator<<(std::ostream& out, const date& day) {
     return out << day.year() << '-' << std::setfill('0') << std::setw(2) << day.month() << '-'
@@ -74,7 +75,7 @@ void print_bytes(const std::string& bytes, const std::string& remark) {
     }
 }
 
-// Prints what a buffer has grown by since the last time.
+// Prints the bytes that a buffer has gained since the last call.
 class growth {
 public:
     explicit growth(const serialize_buffer& buffer) : m_buffer(buffer), m_shown(0) {}
@@ -89,7 +90,7 @@ private:
     std::size_t m_shown;
 };
 
-// The text of a tree is strings in pairs, and a label that ends in a space introduces a group.
+// The text of a tree is pairs of strings. A label that ends in a space introduces a group.
 void print_tree(const std::string& text, const std::string& path) {
     const serialize_text_buf strings(text);
     while (!strings.at_end()) {
@@ -113,7 +114,7 @@ void print_tree(const std::string& text, const std::string& path) {
 
 // --- A sequence of values, in either encoding ----------------------------------------------------
 
-// The strokes stay binary, whatever buffer holds them.
+// The strokes are binary in every encoding: a buffer takes any other buffer as nested bytes.
 serialize_binary_buf packed(const std::vector<short>& strokes) {
     serialize_binary_buf bytes;
     for (short stroke : strokes)
@@ -158,7 +159,7 @@ drawing read(const serialize_buffer& buffer) {
     result.begun.day(day->read_uint8());
     result.ink = color_t(buffer.read_int32());
     result.width = buffer.read_double();
-    // Without strokes nothing follows in the binary encoding, and the result is null.
+    // Without strokes the nested buffer is empty and last, which reads as null in binary.
     const rc_pointer<serialize_buffer> strokes(buffer.read_buffer());
     if (strokes)
         result.strokes = unpacked(strokes->as_str());

@@ -133,8 +133,9 @@ void document_scanner::skip_whitespace() {
 }
 
 void document_scanner::take_whitespace(ustring8& into) {
-    into.clear();
-    take_to(end_of_whitespace(m_cursor, m_end, m_line), into);
+    const iterator begin = m_cursor;
+    skip_whitespace();
+    into.assign(begin, m_cursor);
 }
 
 void document_scanner::skip_declaration() {
@@ -144,9 +145,9 @@ void document_scanner::skip_declaration() {
 void document_scanner::take_name(ustring8& into) {
     if (at_end() || !begins_name(*m_cursor))
         refuse_byte();
-    into.clear();
-    take_to(end_of_name(m_cursor, m_end), into);
-    --m_cursor;
+    const iterator end = end_of_name(m_cursor, m_end);
+    into.assign(m_cursor, end);
+    m_cursor = end - 1;
 }
 
 void document_scanner::take_value(ustring8& into) {

@@ -1,41 +1,42 @@
 // The state machine of the stream parser.
 //
-// The states of a whole parser, which `parse` looks at first, from the top down:
+// The states of a whole parser, in the order in which `parse` asks for them:
 //
-//     state     condition                 `parse`
-//     --------  ------------------------
-//     ----------------------------------------------------------- fatal     status from 10 up does
-//     nothing finished  finished                  does nothing lost      not usable sets status 2;
-//     only a `recover` that succeeds leads out header    not header_done           waits for 50
-//     bytes, takes the declaration, goes on as body body      otherwise                 takes
-//     constructs up to the end of the data
+//     state     condition            what `parse` does
+//     --------  -------------------  --------------------------------------------------------
+//     fatal     status from 10 up    nothing
+//     finished  m_finished           nothing
+//     lost      not m_usable         sets status 2; only a successful `recover` leads out
+//     header    not m_header_done    waits for 50 bytes and takes the declaration, then body
+//     body      otherwise            takes constructs up to the end of the data
 //
-// In the body the byte at the cursor decides. The state is content or, with `in_tag`, a start tag:
+// In the body the byte at the cursor decides, and whether it is in a start tag (`m_in_tag`):
 //
-//     byte           in content                            in a start tag
-//     -------------  ------------------------------------
-//     ------------------------------------------ space tab CR   is passed over is passed over line
-//     feed      is passed over and counted            is passed over and counted <  and /       end
-//     tag; sets expect_close            syntax_error (any <) <  and !       comment; sets
-//     in_comment <  and other   start tag; sets in_tag >              with expect_close: end of an
-//     end tag  end of the start tag; clears in_tag
-//                    (status 3 if finished);
-//                    without: syntax_error
-//     /              character data                        with >: closes the element, clears
-//     in_tag;
-//                                                          without: syntax_error
-//     other          character data                        attribute
+//     byte           in content                        in a start tag
+//     -------------  --------------------------------  -----------------------------------
+//     space tab CR   is passed over                    is passed over
+//     line feed      is counted                        is counted
+//     < and /        end tag; sets m_expect_close      any <: syntax_error
+//     < and !        comment; sets m_in_comment
+//     < and others   start tag; sets m_in_tag
+//     >              end of an end tag; clears         end of the tag; clears m_in_tag
+//                    m_expect_close (if that is not
+//                    set: syntax_error); status 3
+//                    if m_finished
+//     /              character data                    and >: element closes; clears
+//                                                      m_in_tag; else syntax_error
+//     others         character data                    attribute
 //
-// Three more flags refine this. `in_comment` outlives the end of the data: the next run first looks
-// for the end of the comment. `start_waits` says that the innermost node becomes ready when its
-// start tag is complete, or when an error ends it. `finished` is set by the name in the root's end
-// tag, and status 3 follows at its `>`.
+// Three flags refine this. `m_in_comment` lasts over the end of the data: the next run first looks
+// for the end of the comment. `m_start_waits` says that the innermost node becomes ready when its
+// start tag is complete, or when an error ends the tag. `m_finished` is set by the name in the
+// root's end tag, and status 3 follows at its `>`.
 //
-// One turn of the loop takes one construct, steps over its last byte and commits. If the data end
-// within a construct, the turn stops without a commit, and the next run takes the construct from
-// its start again. Nodes and stacks change only when a construct (a tag's name, an attribute, a run
-// of text) is complete, so nothing is recorded twice. What is invalid arrives as an exception of
-// `error_type` and becomes the status in `parse_next`.
+// One turn of the loop in `take_constructs` takes one construct, steps over its last byte and
+// commits. If the data end inside a construct, the turn stops without a commit, and the next run
+// takes that construct again from its start. Nodes and stacks change only when a construct (a tag's
+// name, an attribute, a run of text) is complete, so nothing is recorded twice. Invalid input is
+// thrown as an `error_type` and becomes the status in `parse_next`.
 //
 // `xml_parser` has similar states for a document in memory, but it reports events instead of
 // records, stops at the first error, knows CDATA sections, and accepts attributes in end tags. The
@@ -51,11 +52,11 @@ using strings::ustring8;
 
 namespace {
 
-// Nothing is parsed until the file holds so many bytes.
+// Nothing is parsed until the file holds this many bytes.
 const std::size_t least_document_size = 50;
 
-// `parse` and `node_queue_pop` do not go on with so many nodes in the queue; a start tag that comes
-// up meanwhile waits from one node more on.
+// With this many nodes in the queue, the first two of them ready, no run starts. Inside a run a
+// start tag waits if there is one node more.
 const std::size_t full_queue_size = 100;
 
 }  // namespace

@@ -134,11 +134,12 @@ private:
 
     void take_markup() {
         m_parser.m_in_tag = true;
-        if (m_scanner.byte(1) == '/')
+        const char kind = m_scanner.byte(1);
+        if (kind == '/')
             take_end_tag();
-        else if (m_scanner.begins_with("<!--"))
+        else if (kind == '!' && m_scanner.begins_with("<!--"))
             take_section(4, "-->", m_parser.on_comment);
-        else if (m_scanner.begins_with("<![CDATA["))
+        else if (kind == '!' && m_scanner.begins_with("<![CDATA["))
             take_section(9, "]]>", m_parser.on_character);
         else
             take_start_tag();

@@ -146,7 +146,7 @@ public:
     }
 
     // Contract: the output grows by twice the input left, and the room becomes exactly that, even
-    // if the output has more. What a character cut by the end of the input gives depends on it.
+    // if the output has more. How a string that ends within a character is converted depends on it.
     //
     // One case needs more: a last byte that becomes three would be offered two for ever. If room
     // was made before and nothing could be converted since, all that the output has is room.
@@ -160,8 +160,9 @@ public:
 
     // Writes "?" for the byte at the input.
     //
-    // Contract: one "?" for each byte, so a character of three bytes that the target lacks gives
-    // three. A page that composes characters may still hold a letter; it comes out after the "?".
+    // Contract: one "?" for each byte, so a character of three bytes that the target lacks becomes
+    // three of them. A page that composes characters may still hold a letter; it comes out after
+    // the "?".
     void replace_invalid_byte() {
         // Some tables of iconv step over what they refuse (A2 E8 of CP949), so that at the end of
         // the input no byte is left to skip. The "?" still replaces the character.

@@ -4,11 +4,12 @@ namespace TOVA_2_18 {
 namespace strings {
 
 bool begin_with(const ustring8& text, const unsigned long& position, const ustring8& prefix) {
+    // Contract: the sum is compared, and it may wrap.
     if (prefix.size() + position > text.size())
         return false;
     if (prefix.empty())
         return true;
-    // Where the sum wrapped round, the position lies far behind the text and nothing is equal.
+    // If it wrapped, the position is far past the end, and nothing is equal there.
     return position < text.size() && text.compare(position, prefix.size(), prefix) == 0;
 }
 

@@ -5,8 +5,8 @@ namespace strings {
 
 namespace {
 
-// A replacement that is no longer than what it stands for: the text closes up in place. What is
-// still to be searched has not been written to.
+// A replacement that is no longer than what it replaces: the string is compacted in place. The
+// write position never passes the read position, so what is searched has not been written to.
 template <typename String>
 unsigned int replace_in_place(String& text, const String& search, const String& replacement,
                               typename String::size_type match) {
@@ -37,7 +37,8 @@ unsigned int count_matches(const String& text, const String& search,
     return count;
 }
 
-// A longer replacement: the text is written anew, into room of its final size.
+// A longer replacement: a new string is written, into room of its final size. Both forms take
+// linear time, where one insertion or removal for each match would take quadratic time.
 template <typename String>
 unsigned int replace_growing(String& text, const String& search, const String& replacement,
                              typename String::size_type match) {

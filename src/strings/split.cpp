@@ -21,15 +21,14 @@ std::vector<String> split(const String& text, const String& separator, int limit
             break;
         fields.emplace_back(text, position, match - position);
         position = match + separator.size();
-        // Contract: the limit is compared behind the split, so 0 and below never match and mean no
-        // limit. Beyond the greatest limit nothing is left to count for.
+        // Contract: the limit is compared after the split, so 0 and below never match and mean no
+        // limit; the splits aren't counted then.
         if (limit > 0 && ++count == limit)
             break;
     }
 
-    // Contract: a separator at the very end opens no empty last field, though one at the front
-    // opens an empty first field. A list written as "field, separator" in a loop splits back
-    // into the fields that were written.
+    // Contract: a trailing separator does not start another field, although a leading one does. A
+    // list written as "field, separator" in a loop splits back into the fields written.
     if (position < text.size())
         fields.emplace_back(text, position);
     return fields;

@@ -150,7 +150,7 @@ progress utf32_to_utf8(const wchar_t* from, std::size_t size, char* to) {
         const int c = from[i];
         if (detail::is_surrogate(c))
             return invalid_block;
-        // Contract: a negative value counts as below 0x80 and gives its low byte; a value above
+        // Contract: a negative value is below 0x80 and becomes its low byte; a value above
         // Unicode is dropped without a trace, although a surrogate makes the whole string invalid.
         if (c < 0x80)
             to[k++] = static_cast<char>(c);

@@ -3,8 +3,9 @@
 ///
 ///     unsigned int point = detail::combine(0xD83D, 0xDE00);  // 0x1F600
 ///
-/// A pair is a high surrogate followed by a low one. Every other unit stands for itself, and a
-/// surrogate without its partner is invalid. Pure functions; any number of threads may call them.
+/// A pair is a high surrogate followed by a low one. Every other unit is a code point of its own,
+/// and a surrogate without its partner is invalid. Pure functions; any number of threads may call
+/// them.
 #pragma once
 
 #include <cstddef>

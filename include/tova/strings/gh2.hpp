@@ -1,10 +1,22 @@
-/// Text helpers on plain `std::string` and on raw UTF-8 bytes.
+/// @file
+/// String helpers for plain `std::string` and for raw UTF-8 bytes.
+///
+/// A whole string is checked by walking it:
+///
+///     namespace gh2 = tova::strings::gh2;
+///     std::size_t at = 0;
+///     while (at < size && gh2::validate_utf8(bytes + at, size - at))
+///         at += gh2::get_utf8_length(bytes + at, size - at);
+///     const bool valid = at == size;
+///
+/// The functions keep no state, and any number of threads may call them. The standard streams are
+/// shared as `std::cin` and `std::cout` are.
 #pragma once
+
+#include <tova/abi.hpp>
 
 #include <iosfwd>
 #include <string>
-
-#include <tova/abi.hpp>
 
 namespace TOVA_2_18 {
 namespace strings {
@@ -16,7 +28,7 @@ extern TOVA_API std::istream& ucin;
 extern TOVA_API std::ostream& ucout;
 extern TOVA_API std::ostream& ucerr;
 
-/// As `strings::to_lower` and `strings::to_upper` for 8-bit text.
+/// As `strings::to_lower` and `strings::to_upper` for `ustring8`. Never fails.
 TOVA_API std::string tolower(const std::string& text);
 TOVA_API std::string toupper(const std::string& text);
 
@@ -25,21 +37,21 @@ TOVA_API std::string toupper(const std::string& text);
 TOVA_API std::string to_ansi(const std::string& text);
 TOVA_API std::string from_ansi(const std::string& text);
 
-/// As `strings::replace_all`, but never returns for an empty `search`: the text then grows by
-/// `replacement` until memory runs out, or the loop goes on for ever if that is empty too. Keep
-/// empty searches away from it.
+/// As `strings::replace_all`, but never returns for an empty `search`: the string grows by
+/// `replacement` until memory runs out, or the loop runs for ever if that is empty too. Don't pass
+/// an empty `search`.
 TOVA_API unsigned int replace_all(std::string& text, const std::string& search,
                                   const std::string& replacement);
 
-/// The number of bytes, 1 to 4, that the first byte announces. Answers 0 for no text (a null
-/// pointer or a `size` of 0) and for a byte that begins no sequence. The bytes behind it are not
-/// looked at.
+/// The number of bytes, 1 to 4, that the first byte announces. Returns 0 for no bytes (a null
+/// pointer or a `size` of 0) and for a byte that begins no sequence. The bytes after the first are
+/// not read.
 TOVA_API unsigned long get_utf8_length(const char* text, unsigned long size);
 TOVA_API unsigned long get_utf8_length(const unsigned char* text, unsigned long size);
 
 /// Whether the `size` bytes at `text` begin with a complete UTF-8 sequence. Only that one sequence
-/// is looked at: a whole text is checked by walking it with `get_utf8_length`. Overlong forms and
-/// surrogate values pass. Answers false for no text.
+/// is checked, by its structure: overlong forms and surrogate values pass. Returns false for no
+/// bytes.
 TOVA_API bool validate_utf8(const char* text, unsigned long size);
 TOVA_API bool validate_utf8(const unsigned char* text, unsigned long size);
 

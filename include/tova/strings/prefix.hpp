@@ -1,4 +1,9 @@
-/// Comparing a part of a text with what it should begin with.
+/// @file
+/// Testing for a prefix at a position.
+///
+///     tova::strings::begin_with("application.name", 12, "name")  // true
+///
+/// A pure function; any number of threads may call it.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -7,8 +12,10 @@
 namespace TOVA_2_18 {
 namespace strings {
 
-/// Whether `prefix` stands in `text` at the byte `position`. An empty prefix stands at each
-/// position up to and including the size; no prefix stands behind that.
+/// Whether `text` continues with `prefix` from the byte at `position` on.
+///
+/// An empty prefix is found at every position up to and including the size, and no prefix is found
+/// past it. Never fails.
 TOVA_API bool begin_with(const ustring8& text, const unsigned long& position,
                          const ustring8& prefix);
 

@@ -1,4 +1,6 @@
-/// All of the strings family.
+/// @file
+/// Everything of namespace `strings`: the three string types, the conversions between them, code
+/// pages, and the algorithms on strings. Each header says what threads may do.
 #pragma once
 
 #include <tova/strings/byte_order_mark.hpp>

@@ -1,5 +1,19 @@
+/// @file
 /// The three string types of the library, one for each width of unit.
+///
+///     tova::strings::ustring8 name("caf\xC3\xA9");  // UTF-8
+///     name += ".txt";                              // what std::string offers
+///     std::ifstream file(name);                    // wherever a std::string is asked for
+///
+/// The types differ in their unit only, and each is declared in full all the same. Its direct base
+/// is the standard string, and the constructors are its own: a shared template or a macro would
+/// change the base classes and the names that callers are linked with, and grep would not find the
+/// declarations.
+///
+/// They are used from threads as the standard strings are: any number may read, one may write.
 #pragma once
+
+#include <tova/abi.hpp>
 
 #include <cstddef>
 #include <initializer_list>
@@ -8,15 +22,13 @@
 #include <string>
 #include <utility>
 
-#include <tova/abi.hpp>
-
 namespace TOVA_2_18 {
 namespace strings {
 
 namespace _private {
 
-/// Gives `text` back. Raises `std::logic_error` "basic_string::_M_construct null not valid" for a
-/// null pointer, whatever text the installed standard library has for it.
+/// Returns its argument. Raises `std::logic_error` "basic_string::_M_construct null not valid" for
+/// a null pointer, whatever message the installed standard library has.
 template <typename Unit>
 inline const Unit* require_text(const Unit* text) {
     if (text == nullptr)
@@ -26,7 +38,7 @@ inline const Unit* require_text(const Unit* text) {
 
 }  // namespace _private
 
-/// A text of 8-bit units: UTF-8, by agreement and unchecked.
+/// A string of 8-bit units: UTF-8, by agreement and unchecked.
 ///
 /// A plain derivation of `std::string` with no data and no virtual operation of its own: it offers
 /// what its base offers and passes wherever its base is asked for. Sizes, indexes and lengths count
@@ -37,15 +49,15 @@ public:
 
     ustring8() {}
 
-    /// Copies the text up to its terminator. Raises `std::logic_error`
+    /// Copies the units up to the terminator. Raises `std::logic_error`
     /// "basic_string::_M_construct null not valid" for a null pointer.
     TOVA_API ustring8(const char* text);
 
     ustring8(const base_type& text) : base_type(text) {}
     ustring8(base_type&& text) : base_type(std::move(text)) {}
 
-    /// As much of `text` as stands from unit `first` on, `count` units at most. Raises
-    /// `std::out_of_range` if `first` is behind the end.
+    /// The part of `text` from unit `first` on, `count` units at most. Raises `std::out_of_range`
+    /// if `first` is past the end.
     ustring8(const base_type& text, size_type first, size_type count = npos)
         : base_type(text, first, count) {}
     ustring8(const char* text, size_type length) : base_type(text, length) {}
@@ -63,7 +75,7 @@ public:
     }
 };
 
-/// A text of 16-bit units: UTF-16 in the byte order of the host, by agreement and unchecked.
+/// A string of 16-bit units: UTF-16 in the byte order of the host, by agreement and unchecked.
 ///
 /// A plain derivation of its base, as `ustring8` is. Sizes, indexes and lengths count units, so a
 /// surrogate pair counts 2.
@@ -73,15 +85,12 @@ public:
 
     ustring16() {}
 
-    /// Copies the text up to its terminator. Raises `std::logic_error`
-    /// "basic_string::_M_construct null not valid" for a null pointer.
+    /// The constructors are those of `ustring8`, a null pointer included.
     ustring16(const unsigned short* text) : base_type(_private::require_text(text)) {}
 
     ustring16(const base_type& text) : base_type(text) {}
     ustring16(base_type&& text) : base_type(std::move(text)) {}
 
-    /// As much of `text` as stands from unit `first` on, `count` units at most. Raises
-    /// `std::out_of_range` if `first` is behind the end.
     ustring16(const base_type& text, size_type first, size_type count = npos)
         : base_type(text, first, count) {}
     ustring16(const unsigned short* text, size_type length) : base_type(text, length) {}
@@ -92,14 +101,14 @@ public:
     ustring16(Iterator first, Iterator last) : base_type(first, last) {}
 
     using base_type::operator=;
-    /// As the constructor from `const unsigned short*`, a null pointer included.
+    /// As the constructor, a null pointer included.
     ustring16& operator=(const unsigned short* text) {
         assign(_private::require_text(text));
         return *this;
     }
 };
 
-/// A text of 32-bit units: UTF-32, one unit a code point, by agreement and unchecked.
+/// A string of 32-bit units: UTF-32, one unit a code point, by agreement and unchecked.
 ///
 /// A plain derivation of `std::wstring`, as `ustring8` is of `std::string`. Sizes, indexes and
 /// lengths count units.
@@ -109,15 +118,12 @@ public:
 
     ustring32() {}
 
-    /// Copies the text up to its terminator. Raises `std::logic_error`
-    /// "basic_string::_M_construct null not valid" for a null pointer.
+    /// The constructors are those of `ustring8`, a null pointer included.
     ustring32(const wchar_t* text) : base_type(_private::require_text(text)) {}
 
     ustring32(const base_type& text) : base_type(text) {}
     ustring32(base_type&& text) : base_type(std::move(text)) {}
 
-    /// As much of `text` as stands from unit `first` on, `count` units at most. Raises
-    /// `std::out_of_range` if `first` is behind the end.
     ustring32(const base_type& text, size_type first, size_type count = npos)
         : base_type(text, first, count) {}
     ustring32(const wchar_t* text, size_type length) : base_type(text, length) {}
@@ -128,7 +134,7 @@ public:
     ustring32(Iterator first, Iterator last) : base_type(first, last) {}
 
     using base_type::operator=;
-    /// As the constructor from `const wchar_t*`, a null pointer included.
+    /// As the constructor, a null pointer included.
     ustring32& operator=(const wchar_t* text) {
         assign(_private::require_text(text));
         return *this;
@@ -139,8 +145,8 @@ public:
 TOVA_API bool operator==(const ustring8& left, const ustring8& right);
 TOVA_API bool operator!=(const ustring8& left, const ustring8& right);
 
-/// A copy of the left text with the right one appended. A null pointer raises
-/// `std::logic_error` "basic_string::_M_construct null not valid".
+/// Returns a copy of the left string with the right one appended. Raises `std::logic_error`
+/// "basic_string::_M_construct null not valid" for a null pointer.
 TOVA_API ustring8 operator+(const ustring8& left, const ustring8& right);
 TOVA_API ustring8 operator+(const char* left, const ustring8& right);
 TOVA_API ustring8 operator+(const ustring8& left, const char* right);

@@ -12,18 +12,18 @@ using types::device_unit;
 
 typedef basic_absolute_impl<absolute_unit::md> md_length;
 
-const int md_an_inch = 100000;
+const int md_per_inch = 100000;
 
-// The product in 32 bits, which wraps.
+// Contract: the product has 32 bits and wraps.
 int wrapping_product(int left, int right) {
     return static_cast<int>(static_cast<unsigned>(left) * static_cast<unsigned>(right));
 }
 
-// Contract: the inches are whole ones, as the division comes first. It is done in 64 bits for the
-// least length at -1 dpi, whose quotient doesn't fit into 32 and wraps like the product.
+// Contract: the division comes first, so only whole inches remain. It is done in 64 bits because
+// the quotient of the least length at -1 dpi doesn't fit into 32; there it wraps like the product.
 int md_of_whole_inches(int units, int dpi) {
     const long inches = static_cast<long>(units) / dpi;
-    return wrapping_product(static_cast<int>(inches), md_an_inch);
+    return wrapping_product(static_cast<int>(inches), md_per_inch);
 }
 
 md_length length_in(double length, absolute_unit::unit_types type) {
@@ -62,9 +62,10 @@ device_unit to_device_unit(int length, device_unit::unit_types) {
     return device_unit(length);
 }
 
-// Contract: the product is one of 32 bits and wraps; the quotient keeps the sign that it got.
+// Contract: the product wraps before the division, so the result of a long length has the sign of
+// the wrapped product.
 device_unit to_device_unit(const absolute_unit& length, int dpi) {
-    return device_unit(wrapping_product(length.as_md(), dpi) / md_an_inch);
+    return device_unit(wrapping_product(length.as_md(), dpi) / md_per_inch);
 }
 
 device_unit to_device_unit(double length, absolute_unit::unit_types type, int dpi) {

@@ -8,6 +8,8 @@ namespace convert {
 
 namespace {
 
+// Writes the digits with the last one first and returns the end. At least one digit is written, so
+// that 0 is "0".
 template <typename Unit, typename Value>
 inline Unit* write_reversed(Value value, Unit* end, Value radix) {
     do {
@@ -18,18 +20,18 @@ inline Unit* write_reversed(Value value, Unit* end, Value radix) {
     return end;
 }
 
-// Contract: the radix is not checked. A radix of 0 divides by zero, 1 never ends for any value but
-// 0, and one above 36 writes the characters that follow z.
+// Contract: the radix is not checked. 0 divides by zero, 1 never ends for any value but 0, and a
+// radix above 36 writes the characters after z.
 template <typename Unit, typename Value>
 void write_unsigned(Value value, Unit* first, unsigned int radix) {
-    // The common radix as a constant, for which no division is needed.
+    // The common radix is a constant, so that no division is needed.
     Unit* const end = radix == 10 ? write_reversed(value, first, Value{10})
                                   : write_reversed(value, first, Value{radix});
     *end = Unit();
     std::reverse(first, end);
 }
 
-// The magnitude is taken as an unsigned number, where the least value has one too.
+// The magnitude is unsigned, so that the least value has one too.
 template <typename Value, typename Signed, typename Unit>
 void write_signed(Signed value, Unit* buffer, unsigned int radix) {
     Value magnitude = static_cast<Value>(value);

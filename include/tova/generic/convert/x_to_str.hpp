@@ -1,21 +1,33 @@
+/// @file
+/// Numbers to strings.
+///
+///     char buffer[66];  // room for every `long` in every radix
+///     tova::generic::convert::lltoa(-255, buffer, 16);          // "-ff"
+///     tova::strings::ustring8 count = tova::generic::convert::to_str(42u);  // "42"
+///
+/// Nothing is kept between calls. Any number of threads may call these functions, each with a
+/// buffer of its own.
 #pragma once
-
-#include <sstream>
 
 #include <tova/abi.hpp>
 #include <tova/strings/ustring.hpp>
+
+#include <sstream>
 
 namespace TOVA_2_18 {
 namespace generic {
 namespace convert {
 
-/// @name Integer to text
+/// @name Integer to string
 ///
-/// Writes `value` in the given radix into `buffer`, lower-case digits and a terminating zero.
+/// Writes `value` in the given radix into `buffer`, in lower-case digits, and a terminating zero.
 /// `ltoa` and `lltoa` write a negative value as `-` and its magnitude, in every radix; there is no
-/// prefix. The buffer has no size here: it needs room for 66 units of a `long` in radix 2, and 34
-/// of an `int`. The radix is not checked: from 2 to 36 is the caller's duty. Never fails, never
-/// allocates and looks at no locale.
+/// prefix.
+///
+/// The size of the buffer is not known here: a `long` in radix 2 needs 66 units, an `int` 34. The
+/// radix is not checked; the caller keeps it from 2 to 36. A radix of 0 divides by zero, which ends
+/// the process, and a radix of 1 never ends for any value but 0. Never allocates, and depends on no
+/// locale.
 /// @{
 TOVA_API void ltoa(int value, char* buffer, unsigned int radix);
 TOVA_API void ltoa(int value, unsigned short* buffer, unsigned int radix);
@@ -31,8 +43,8 @@ TOVA_API void ulltoa(unsigned long value, unsigned short* buffer, unsigned int r
 TOVA_API void ulltoa(unsigned long value, wchar_t* buffer, unsigned int radix);
 /// @}
 
-/// What `stream << value` writes to a fresh string stream of the global C++ locale. Raises only
-/// what the insertion and allocations raise.
+/// Returns what `stream << value` writes to a new string stream with the global C++ locale. Raises
+/// what the insertion and the allocations raise.
 template <typename T>
 strings::ustring8 to_str(const T& value) {
     std::stringstream stream;
@@ -42,7 +54,7 @@ strings::ustring8 to_str(const T& value) {
 
 extern template TOVA_API strings::ustring8 to_str<char>(const char& value);
 
-/// The value in decimal digits, without a stream and so without a locale.
+/// Returns the value in decimal digits, without a stream and so without a locale.
 TOVA_API strings::ustring8 to_str(unsigned int value);
 
 }  // namespace convert
