@@ -3,8 +3,8 @@
 namespace TOVA_2_18 {
 namespace config {
 
-// One row for each type. A `switch` without a default lets the compiler report a type that is
-// missing.
+// Long, as each type has a row of its own. A `switch` without a default lets the compiler report a
+// type that is missing.
 //
 // Contract: `T_COMMENT_END` has no name of its own.
 std::string config_token::CvtTokStr() {

@@ -36,6 +36,8 @@ inline bool is_digit(char c) {
     return c >= '0' && c <= '9';
 }
 
+// Splits a text into its tokens. Long because each kind of token is one branch of the same chain,
+// in the order in which they are tried.
 inline std::vector<piece> cut(const std::string& text) {
     std::vector<piece> pieces;
     std::size_t i = 0;
@@ -139,6 +141,9 @@ inline bool vanishes(kind what) {
 }
 
 // Comments are skipped on the way and not removed up front, because "#" and "//" are part of a key.
+//
+// Long because it is one loop: an oracle that follows the file from top to bottom is easier to
+// check than one in pieces.
 inline nodes read(const std::string& text) {
     const std::vector<piece> all = cut(text);
     nodes tree;
