@@ -1,3 +1,9 @@
+// `xml_parser`, construct by construct: header, elements, names, attributes, tags, character data,
+// references, comments, CDATA sections, lines. After them what concerns whole runs, the delegates,
+// the grammar functions by themselves, and random documents.
+//
+// A document's expected result is an `outcome`: its events as strings, then kind, line and text.
+// Where a rule is about one byte, `expect_for_every_byte` tries all 256 of them.
 #include <tova/parser/xml_parser.hpp>
 
 #include <tova/functor/member_function.hpp>
@@ -1235,6 +1241,7 @@ void expect_usable(xml_parser& parser) {
     EXPECT_THAT(events.events, ::testing::Contains("start a"));
 }
 
+// One table, and long for that reason.
 TEST(XmlParserDelegates, MayParseWithTheSameParser) {
     // The inner run shares the open elements, the attribute set, the line counter and whether a tag
     // is open; the outer run goes on with what the inner one left.

@@ -21,6 +21,32 @@ time_duration milliseconds(long count) {
     return time_duration(0, 0, 0, count);
 }
 
+// All forms of a sum and a difference, for days and milliseconds alike.
+template <typename Duration, typename Number>
+void expect_arithmetic(const Duration& left, const Duration& right,
+                       Number (Duration::*total)() const, Number sum, Number difference) {
+    const Number left_total = (left.*total)();
+    const Number right_total = (right.*total)();
+    Duration value(left);
+    EXPECT_EQ(&value, &(value += right));
+    EXPECT_EQ(sum, (value.*total)());
+    value = left;
+    EXPECT_EQ(&value, &value.plus_assign(right));
+    EXPECT_EQ(sum, (value.*total)());
+    value = left;
+    EXPECT_EQ(&value, &(value -= right));
+    EXPECT_EQ(difference, (value.*total)());
+    value = left;
+    EXPECT_EQ(&value, &value.minus_assign(right));
+    EXPECT_EQ(difference, (value.*total)());
+    EXPECT_EQ(sum, ((left + right).*total)());
+    EXPECT_EQ(sum, (date_time::plus(left, right).*total)());
+    EXPECT_EQ(difference, ((left - right).*total)());
+    EXPECT_EQ(difference, (date_time::minus(left, right).*total)());
+    EXPECT_EQ(left_total, (left.*total)());
+    EXPECT_EQ(right_total, (right.*total)());
+}
+
 TEST(DateDuration, HoldsAnyNumberOfDays) {
     EXPECT_EQ(0, date_duration().days());
     EXPECT_EQ(-5, date_duration(-5).days());
@@ -60,26 +86,8 @@ TEST(DateDuration, AddsAndSubtractsDaysAndWrapsAt32Bits) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.left << " " << c.right);
-        const date_duration left(c.left);
-        const date_duration right(c.right);
-        date_duration value(left);
-        EXPECT_EQ(&value, &(value += right));
-        EXPECT_EQ(c.sum, value.days());
-        value = left;
-        EXPECT_EQ(&value, &value.plus_assign(right));
-        EXPECT_EQ(c.sum, value.days());
-        value = left;
-        EXPECT_EQ(&value, &(value -= right));
-        EXPECT_EQ(c.difference, value.days());
-        value = left;
-        EXPECT_EQ(&value, &value.minus_assign(right));
-        EXPECT_EQ(c.difference, value.days());
-        EXPECT_EQ(c.sum, (left + right).days());
-        EXPECT_EQ(c.sum, date_time::plus(left, right).days());
-        EXPECT_EQ(c.difference, (left - right).days());
-        EXPECT_EQ(c.difference, date_time::minus(left, right).days());
-        EXPECT_EQ(c.left, left.days());
-        EXPECT_EQ(c.right, right.days());
+        expect_arithmetic<date_duration, int>(c.left, c.right, &date_duration::days, c.sum,
+                                              c.difference);
     }
 }
 
@@ -262,24 +270,8 @@ TEST(TimeDuration, AddsAndSubtractsMillisecondsAndWrapsAt64Bits) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.left << " " << c.right);
-        const time_duration left = milliseconds(c.left);
-        const time_duration right = milliseconds(c.right);
-        time_duration value(left);
-        EXPECT_EQ(&value, &(value += right));
-        EXPECT_EQ(c.sum, value.total_milliseconds());
-        value = left;
-        EXPECT_EQ(&value, &value.plus_assign(right));
-        EXPECT_EQ(c.sum, value.total_milliseconds());
-        value = left;
-        EXPECT_EQ(&value, &(value -= right));
-        EXPECT_EQ(c.difference, value.total_milliseconds());
-        value = left;
-        EXPECT_EQ(&value, &value.minus_assign(right));
-        EXPECT_EQ(c.difference, value.total_milliseconds());
-        EXPECT_EQ(c.sum, (left + right).total_milliseconds());
-        EXPECT_EQ(c.sum, date_time::plus(left, right).total_milliseconds());
-        EXPECT_EQ(c.difference, (left - right).total_milliseconds());
-        EXPECT_EQ(c.difference, date_time::minus(left, right).total_milliseconds());
+        expect_arithmetic(milliseconds(c.left), milliseconds(c.right),
+                          &time_duration::total_milliseconds, c.sum, c.difference);
     }
 }
 
