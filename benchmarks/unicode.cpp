@@ -3,10 +3,10 @@
 #include <tova/strings/unicode.hpp>
 
 #include <benchmark/benchmark.h>
-#include <iconv.h>
 
 #include <cstddef>
 #include <functional>
+#include <iconv.h>
 #include <string>
 
 #ifdef HAVE_ICU

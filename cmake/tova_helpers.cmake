@@ -1,8 +1,8 @@
-# Helpers shared by the folders' CMakeLists.txt.
+# Functions for the CMakeLists.txt of the folders.
 
 set(TOVA_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wconversion
   -Wno-sign-conversion)
-# Operations with a published throw() keep that spelling, which newer compilers only deprecate.
+# Operations with a published throw() keep that spelling, although newer standards deprecate it.
 list(APPEND TOVA_WARNINGS -Wno-deprecated)
 
 # tova_sources(a.cpp b.cpp ...): adds sources of the current folder to the shared object.
@@ -11,15 +11,14 @@ function(tova_sources)
   target_sources(tova PRIVATE ${ARGN})
 endfunction()
 
-# tova_add_test(NAME a_test.cpp ...): one GoogleTest program from sources of the current folder.
-# It runs in a shuffled order, with the C locale of a fresh process.
+# tova_add_test(NAME a_test.cpp ...): one GoogleTest program from sources of the current folder. Its
+# tests run in random order.
 function(tova_add_test name)
   add_executable(${name} ${ARGN})
   set_target_properties(${name} PROPERTIES CXX_STANDARD 14)
   target_compile_options(${name} PRIVATE ${TOVA_WARNINGS})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/src)
-  target_compile_definitions(${name} PRIVATE
-    TOVA_LIBRARY="$<TARGET_FILE:tova>")
+  target_compile_definitions(${name} PRIVATE TOVA_LIBRARY="$<TARGET_FILE:tova>")
   target_link_libraries(${name} PRIVATE tova::tova tova_test_support GTest::gmock GTest::gtest_main)
   add_test(NAME ${name} COMMAND ${name} --gtest_shuffle --gtest_brief=1)
   set_tests_properties(${name} PROPERTIES TIMEOUT 600)
@@ -43,13 +42,12 @@ function(tova_add_benchmark name)
   target_link_libraries(${name} PRIVATE tova::tova benchmark::benchmark_main)
 endfunction()
 
-# tova_add_fuzzer(NAME a.cpp): one libFuzzer target; for fuzz_NAME the seeds lie in fuzz/seeds/NAME and a dictionary, if
-# there is one, in fuzz/NAME.dict.
+# tova_add_fuzzer(fuzz_NAME NAME.cpp): one libFuzzer program. Its seeds are in fuzz/seeds/NAME and its
+# dictionary, if it has one, is fuzz/NAME.dict.
 function(tova_add_fuzzer name)
   add_executable(${name} ${ARGN})
   set_target_properties(${name} PROPERTIES CXX_STANDARD 14)
   target_compile_options(${name} PRIVATE -fsanitize=fuzzer)
   target_link_options(${name} PRIVATE -fsanitize=fuzzer)
   target_link_libraries(${name} PRIVATE tova::tova)
-  set_property(GLOBAL APPEND PROPERTY TOVA_FUZZERS ${name})
 endfunction()

@@ -199,29 +199,37 @@ def no_using_namespace(file):
 
 # --- Includes ---------------------------------------------------------------------------------------
 
-# Other headers without an extension are the C++ library's; these are the C library's.
-C_HEADERS = set("""
-    alloca arpa/inet assert byteswap ctype dirent dlfcn elf endian errno execinfo fcntl fenv float ftw
-    getopt glob grp iconv inttypes langinfo libgen limits link locale malloc math netdb poll pthread pty
-    pwd regex sched semaphore setjmp signal stdarg stddef stdint stdio stdlib string strings syslog
-    termios time ucontext unistd utime wchar wctype xlocale features libintl spawn unwind cpuid
+# Headers of the system. They may be with other libraries or with the standard library.
+SYSTEM_HEADERS = set("""
+    alloca arpa/inet byteswap cxxabi dirent dlfcn elf endian execinfo fcntl features ftw getopt glob grp
+    iconv langinfo libgen libintl limits link malloc netdb poll pthread pty pwd regex sched semaphore
+    spawn strings syslog termios time ucontext unistd unwind utime xlocale cpuid
     x86intrin immintrin emmintrin arm_neon
 """.split())
+C_HEADERS = set("""
+    assert complex ctype errno fenv float inttypes iso646 limits locale math setjmp signal stdalign
+    stdarg stdbool stddef stdint stdio stdlib string tgmath threads time uchar wchar wctype
+""".split())
+
+OWN, OURS, OTHER, SYSTEM, STANDARD = range(5)
 
 
-def include_rank(file, spelled):
-    """0 own header, 1 ours, 2 other libraries, 3 the standard library and the system."""
+def include_group(file, spelled):
     name = spelled[1:-1]
     if spelled.startswith('"') or name.startswith("tova/"):
         own = pathlib.PurePosixPath(*file.path.parts[1:]).with_suffix(".hpp")
-        is_own = file.is_source and name in (str(own), f"tova/{own}")
-        return 0 if is_own else 1
-    if re.fullmatch(r"[a-z_]+", name) or name.startswith(("sys/", "linux/", "gnu/", "bits/")):
-        return 3
-    return 3 if name.endswith(".h") and name[:-2] in C_HEADERS else 2
+        return OWN if file.is_source and name in (str(own), f"tova/{own}") else OURS
+    stem = name[:-2] if name.endswith(".h") else None
+    if stem in C_HEADERS or re.fullmatch(r"[a-z_0-9]+", name):
+        return STANDARD
+    if stem in SYSTEM_HEADERS or name.startswith(("sys/", "linux/", "gnu/")):
+        return SYSTEM
+    return OTHER
 
 
-GROUPS = ["its own header", "our headers", "headers of other libraries", "standard headers"]
+USER_PROGRAMS = ("examples/", "tools/new_project/", "tests/install/consumer/")
+GROUPS = ["its own header", "our headers", "headers of other libraries", "system headers",
+          "standard headers"]
 
 
 @rule(("src/a/b.cpp", '#include <tova/a/b.hpp>\n\n#include <tova/abi.hpp>\n#include "a/c.hpp"\n\n'
@@ -232,13 +240,18 @@ GROUPS = ["its own header", "our headers", "headers of other libraries", "standa
       ("src/a/b.cpp", "#include <tova/a/b.hpp>\n\n#if X\n#include <vector>\n#endif\n#include <tova/x.hpp>\n", 0),
       ("tests/a/b_test.cpp", "#include <gtest/gtest.h>\n\n#include <tova/abi.hpp>\n", 1),
       ("tests/a/b_test.cpp", "#include <string>\n\n#include <gtest/gtest.h>\n", 1),
+      ("tests/a/b_test.cpp", "#include <gtest/gtest.h>\n#include <unistd.h>\n\n#include <string>\n", 0),
+      ("tests/a/b_test.cpp", "#include <string>\n#include <unistd.h>\n", 0),
+      ("tests/a/b_test.cpp", "#include <unistd.h>\n\n#include <tova/abi.hpp>\n", 1),
+      ("examples/a/main.cpp", "#include <string>\n\n#include <tova/tova.hpp>\n", 0),
       ("tests/a/b_test.cpp", "#include <Qt/qt.h>\n\n#include <QString>\n\n#include <string>\n", 0))
 def include_order(file):
     """Own header, ours, other libraries, the standard library, each group after an empty line."""
-    if not file.is_cpp:
+    # Examples are written as users write, to whom tova is one of the other libraries.
+    if not file.is_cpp or str(file.path).startswith(USER_PROGRAMS):
         return
     depth = 0
-    previous = None  # (rank, line)
+    previous = None  # (group, line)
     for number, line in enumerate(file.lines, 1):
         if re.match(r"\s*#\s*if", line):
             depth += 1
@@ -247,14 +260,23 @@ def include_order(file):
         match = re.match(r"\s*#\s*include\s*(<[^>]+>|\"[^\"]+\")", line)
         if not match or depth > 0:
             continue
-        rank = include_rank(file, match.group(1))
-        if rank == 0 and previous is not None:
+        group = include_group(file, match.group(1))
+        if group == OWN and previous is not None:
             yield number, "the own header must be the first include"
-        if previous is not None and rank < previous[0]:
-            yield number, f"{GROUPS[rank]} come before {GROUPS[previous[0]]}"
-        elif previous is not None and rank > previous[0] and previous[1] == number - 1:
-            yield number, f"an empty line separates {GROUPS[previous[0]]} from {GROUPS[rank]}"
-        previous = (rank, number)
+        if previous is None:
+            previous = (group, number)
+            continue
+        before, line_before = previous
+        if group == SYSTEM and before == STANDARD or before == SYSTEM and group == OTHER:
+            previous = (before if before == STANDARD else group, number)
+            continue
+        if group < before:
+            yield number, f"{GROUPS[group]} come before {GROUPS[before]}"
+        elif group > before and line_before == number - 1 and SYSTEM not in (group, before):
+            yield number, f"an empty line separates {GROUPS[before]} from {GROUPS[group]}"
+        elif group == SYSTEM and before < OTHER and line_before == number - 1:
+            yield number, f"an empty line separates {GROUPS[before]} from {GROUPS[group]}"
+        previous = (group, number)
 
 
 @rule(("tests/abi/foreign/a.hpp", "#include <tova/abi.hpp>\n", 1),

@@ -1,9 +1,9 @@
 #include "abi/foundation_foreign_peer.hpp"
 
-#include <string>
-
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/functor/delegate.hpp>
+
+#include <string>
 
 namespace foreign_peer {
 

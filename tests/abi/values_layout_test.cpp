@@ -9,10 +9,10 @@
 
 #include "support/raw_memory.hpp"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <dlfcn.h>
 #include <memory>
 #include <sstream>
 #include <string>

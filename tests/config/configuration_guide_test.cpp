@@ -2,13 +2,6 @@
 //
 // A block of kind "cfg", "shell", "shell name" or "environment" is an input; the blocks "gives",
 // "saved" and "prints" that follow it show its results.
-#include <iostream>
-#include <map>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <tova/config/commandline_item.hpp>
 #include <tova/config/enviroment_item.hpp>
 #include <tova/config/file_item.hpp>
@@ -16,6 +9,13 @@
 #include "config/listing.hpp"
 #include "support/guide.hpp"
 #include "support/temporary_directory.hpp"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <map>
+#include <string>
+#include <vector>
 
 namespace {
 

@@ -1,12 +1,12 @@
 // Runs the settings example as a user does, on a copy of its file.
-#include <string>
+#include "support/guide.hpp"
+#include "support/program.hpp"
+#include "support/temporary_directory.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/guide.hpp"
-#include "support/program.hpp"
-#include "support/temporary_directory.hpp"
+#include <string>
 
 namespace {
 

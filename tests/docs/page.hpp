@@ -1,7 +1,7 @@
 // What extract_page.py makes of a guide: its code blocks as functions, and its files.
 #pragma once
 
-#include <unistd.h>
+#include <tova/tova.hpp>
 
 #include <algorithm>
 #include <cstdlib>
@@ -16,10 +16,9 @@
 #include <string>
 #include <tuple>
 #include <typeinfo>
+#include <unistd.h>
 #include <utility>
 #include <vector>
-
-#include <tova/tova.hpp>
 
 namespace docs_test {
 

@@ -1,10 +1,10 @@
 // Runs the code blocks of one guide, each in a process and a directory of its own, and compares
 // what they print with what the guide says.
-#include <gtest/gtest.h>
-
 #include "docs/page.hpp"
 #include "support/child_process.hpp"
 #include "support/temporary_directory.hpp"
+
+#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,12 +1,12 @@
 // Runs what ./run demo prints first.
-#include <algorithm>
-#include <string>
+#include "support/program.hpp"
+#include "support/temporary_directory.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/program.hpp"
-#include "support/temporary_directory.hpp"
+#include <algorithm>
+#include <string>
 
 namespace {
 

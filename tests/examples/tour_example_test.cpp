@@ -1,15 +1,15 @@
 // Runs every program of examples/tour as a user does and compares what it prints.
-#include <algorithm>
-#include <sstream>
-#include <string>
-#include <vector>
+#include "support/guide.hpp"
+#include "support/program.hpp"
+#include "support/temporary_directory.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/guide.hpp"
-#include "support/program.hpp"
-#include "support/temporary_directory.hpp"
+#include <algorithm>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace {
 

@@ -3,20 +3,20 @@
 // A block "xmc" is a catalog file, or a part of one that is completed here; "xmc file=NAME" is a
 // file for the examples after it to include. A block "gives [LOCALE]" follows, with a line
 // "[KEY:] ARGUMENTS -> TEXT" for each rendering, or a block "fault" with the error report.
-#include <algorithm>
-#include <cstdlib>
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <tova/i18n/message_catalogs.hpp>
 
 #include "support/guide.hpp"
 #include "support/temporary_directory.hpp"
 #include "support/working_directory.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace {
 

@@ -1,9 +1,9 @@
 // Checks that docs/stream_parser.md shows the code of the example that follows a growing file.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "support/guide.hpp"
 #include "support/temporary_directory.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace {
 

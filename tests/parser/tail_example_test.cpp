@@ -1,13 +1,13 @@
 // Runs the example that follows a growing file as a user does.
+#include "support/program.hpp"
+#include "support/temporary_directory.hpp"
+
+#include <gtest/gtest.h>
+
 #include <chrono>
 #include <fstream>
 #include <string>
 #include <thread>
-
-#include <gtest/gtest.h>
-
-#include "support/program.hpp"
-#include "support/temporary_directory.hpp"
 
 namespace {
 

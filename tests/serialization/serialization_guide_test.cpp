@@ -1,4 +1,12 @@
 // Checks the byte tables of docs/serialization.md and compiles and runs its code.
+#include <tova/serialization/labeled_text_buffer.hpp>
+#include <tova/serialization/serialize_binary_buf.hpp>
+#include <tova/serialization/serialize_text_buf.hpp>
+
+#include "support/guide.hpp"
+
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <map>
 #include <memory>
@@ -6,14 +14,6 @@
 #include <string>
 #include <typeinfo>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include <tova/serialization/labeled_text_buffer.hpp>
-#include <tova/serialization/serialize_binary_buf.hpp>
-#include <tova/serialization/serialize_text_buf.hpp>
-
-#include "support/guide.hpp"
 
 namespace {
 

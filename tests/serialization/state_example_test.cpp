@@ -1,14 +1,14 @@
 // Runs the state example as a user does.
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include <tova/serialization/labeled_text_buffer.hpp>
 #include <tova/serialization/serialize_binary_buf.hpp>
 #include <tova/serialization/serialize_text_buf.hpp>
 
 #include "support/program.hpp"
 #include "support/temporary_directory.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
 
 namespace {
 

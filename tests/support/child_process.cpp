@@ -1,5 +1,7 @@
 #include "support/child_process.hpp"
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -8,8 +10,6 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <gtest/gtest.h>
 
 namespace test_support {
 

@@ -1,9 +1,9 @@
 // A function object for the tests of delegates. It logs each clone, call and destruction.
 #pragma once
 
-#include <string>
-
 #include <tova/functor/function_type_interface.hpp>
+
+#include <string>
 
 namespace test_support {
 

@@ -1,12 +1,12 @@
 // The source location that an exception of the library carries. It has no accessor for it.
 #pragma once
 
-#include <string>
-#include <typeinfo>
+#include <tova/exceptions/exceptions.hpp>
 
 #include <gtest/gtest.h>
 
-#include <tova/exceptions/exceptions.hpp>
+#include <string>
+#include <typeinfo>
 
 namespace test_support {
 

@@ -1,5 +1,7 @@
 #include "support/temporary_directory.hpp"
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <ftw.h>
@@ -7,8 +9,6 @@
 #include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <gtest/gtest.h>
 
 namespace test_support {
 

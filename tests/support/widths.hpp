@@ -1,13 +1,13 @@
 // The three string widths for typed tests: each test body runs once per width.
 #pragma once
 
-#include <cstddef>
-#include <string>
-#include <type_traits>
+#include <tova/strings/ustring.hpp>
 
 #include <gtest/gtest.h>
 
-#include <tova/strings/ustring.hpp>
+#include <cstddef>
+#include <string>
+#include <type_traits>
 
 namespace test_support {
 

@@ -1,11 +1,10 @@
 // Changes the working directory for the duration of a test.
 #pragma once
 
-#include <unistd.h>
+#include <gtest/gtest.h>
 
 #include <string>
-
-#include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace test_support {
 

@@ -1,13 +1,13 @@
 // Runs the steps that docs/dates.md shows and compiles and runs its code.
-#include <regex>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/system/date_time/date_time.hpp>
 
 #include "support/guide.hpp"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <string>
 
 namespace {
 
