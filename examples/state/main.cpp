@@ -5,6 +5,8 @@
 // The files drawing.text, drawing.binary and drawing.labels go to the folder, or to the working
 // folder. docs/serialization.md describes the encodings byte by byte.
 
+#include <tova/tova.hpp>
+
 #include <algorithm>
 #include <fstream>
 #include <iomanip>
@@ -15,8 +17,6 @@
 #include <string>
 #include <typeinfo>
 #include <vector>
-
-#include <tova/tova.hpp>
 
 using tova::memory::pointers::rc_pointer;
 using tova::serialization::labeled_serialize_buffer;

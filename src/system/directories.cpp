@@ -6,11 +6,11 @@
 #include <tova/system/files.hpp>
 #include <tova/system/io.hpp>
 
-#include <dirent.h>
-#include <sys/stat.h>
-
 #include <cstring>
 #include <memory>
+
+#include <dirent.h>
+#include <sys/stat.h>
 
 namespace TOVA_2_18 {
 namespace system {

@@ -6,10 +6,10 @@
 
 #include "system/file_status.hpp"
 
+#include <cstdio>
+
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <cstdio>
 
 namespace TOVA_2_18 {
 namespace system {

@@ -6,7 +6,6 @@
 #include "support/failing_allocation.hpp"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +13,8 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+
+#include <unistd.h>
 
 namespace {
 

@@ -5,15 +5,16 @@
 #include "support/widths.hpp"
 #include "system/path_text.hpp"
 
-#include <dirent.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
+
+#include <dirent.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 

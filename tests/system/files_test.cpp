@@ -7,11 +7,12 @@
 
 #include <boost/filesystem/exception.hpp>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <stdexcept>
 #include <string>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 

@@ -5,12 +5,13 @@
 #include <tova/strings/ustring.hpp>
 
 #include <gtest/gtest.h>
+
+#include <string>
+
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
-
-#include <string>
 
 namespace test_support {
 

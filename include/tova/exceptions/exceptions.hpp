@@ -19,9 +19,9 @@
 /// source. Any number of threads may raise and catch exceptions at once.
 #pragma once
 
-#include <string>
-
 #include <tova/abi.hpp>
+
+#include <string>
 
 namespace TOVA_2_18 {
 namespace exceptions {

@@ -11,7 +11,8 @@
 ///
 /// Usually it goes straight into a `delegate_t`, which clones it.
 ///
-/// Threads: a binding is a plain value of two pointers. Calls share the object they are bound to.
+/// Threads: a binding is a plain value of two pointers, so each thread may call its own copy. All
+/// copies call the one object that they are bound to.
 #pragma once
 
 #include <tova/abi.hpp>

@@ -6,7 +6,9 @@
 ///     };
 ///     const std::unique_ptr<tova::generic::clone_interface> copy(shape().clone());
 ///
-/// No class of the library derives from it. Threads: the base holds nothing.
+/// No class of the library derives from it.
+///
+/// Threads: the base holds nothing; what two threads may do is up to the class that derives.
 #pragma once
 
 #include <tova/abi.hpp>

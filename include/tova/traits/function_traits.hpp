@@ -5,7 +5,7 @@
 ///     static_assert(std::is_same<traits::result_type, bool>::value, "");
 ///     static_assert(traits::arity::value == 2, "");
 ///
-/// Threads: there is nothing to share.
+/// Threads: nothing exists at run time that two threads could share.
 #pragma once
 
 #include <tova/abi.hpp>

@@ -8,9 +8,9 @@
 #include <tova/system/date_time/date.hpp>
 #include <tova/system/date_time/time.hpp>
 
-#include <sys/time.h>
-
 #include <ctime>
+
+#include <sys/time.h>
 
 namespace TOVA_2_18 {
 namespace system {

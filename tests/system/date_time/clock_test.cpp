@@ -5,11 +5,12 @@
 #include <tova/system/date_time/timer.hpp>
 
 #include <gtest/gtest.h>
-#include <sys/time.h>
 
 #include <cstdlib>
 #include <ctime>
 #include <string>
+
+#include <sys/time.h>
 
 namespace {
 

@@ -9,7 +9,8 @@
 ///
 /// No operation fails: a sum or difference beyond the range of the number wraps.
 ///
-/// Threads: both classes are plain values of one signed number.
+/// Threads: both classes are plain values of one signed number. Two threads share nothing unless
+/// they use the same object.
 #pragma once
 
 #include <tova/abi.hpp>
