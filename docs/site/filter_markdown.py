@@ -55,8 +55,10 @@ def target(path, link):
     if other.suffix == ".md" and other.parent in (ROOT, ROOT / "docs"):
         if anchor and anchor not in [a for _, a in headings(other)]:
             sys.exit(f"{path}: {other.name} has no heading {anchor}")
-        # The contents of the manual decide about the tree of pages in the side bar.
-        command = "@subpage " if path.name == "manual.md" else "@ref "
+        # The lists of pages in these two decide about the tree of pages in the side bar.
+        is_list = path.name == "manual.md" or (
+            path.name == "surprises.md" and other.name.startswith("surprises_"))
+        command = "@subpage " if is_list else "@ref "
         return command + page_name(other) + ("-" + anchor if anchor else "")
     relative = other.relative_to(ROOT)
     if relative.parts[0] == "include" and other.is_file():

@@ -4,12 +4,17 @@
 #include <tova/tova.hpp>
 
 #include <algorithm>
+#include <clocale>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iomanip>
 #include <iostream>
+#include <limits>
 #include <list>
+#include <locale>
 #include <map>
+#include <memory>
 #include <set>
 #include <sstream>
 #include <stdexcept>
