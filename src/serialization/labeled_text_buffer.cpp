@@ -13,16 +13,14 @@
 //
 // - `tree::copy` copies entries from the top down.
 // - `tree::dismantle` removes entries from the leaves up. It serves a destructor and must not
-//   allocate, so it keeps its way back up in the groups themselves.
-// - `tree::encode` writes from the end to the front: the length of a group's text precedes the
-// text,
-//   and is known once the text has been written. Each byte is written once, however deep it is.
-// - `tree::read` reads nested groups in place. Only the top level of `assign(text)` goes through
-// the
-//   virtual operations and the read position of the `m_text` member.
+//   allocate, so each group that is about to go keeps the way back up in its `m_text`.
+// - `tree::encode` writes from the end to the front: the length of a group's text precedes it, and
+//   is known once the text has been written. Each byte is written once, however deep it is.
+// - `tree::read` reads nested groups in place. The top level of `assign(text)` alone goes through
+//   the virtual operations and the read position of `m_text`.
 // - `tree::overlay` merges one tree into another; either may be part of the other.
 //
-// `m_text` holds the result of `as_str` and the source of `assign(text)`, and nothing else.
+// Apart from that, `m_text` holds the result of `as_str` or the source of `assign(text)`.
 #include <tova/serialization/labeled_text_buffer.hpp>
 
 #include <tova/generic/convert/x_to_str.hpp>

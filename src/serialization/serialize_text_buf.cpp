@@ -4,9 +4,8 @@
 //   family, floating-point values by a stream. A string is a length field and its bytes.
 // - The read position is the index of the next field, or npos once a read found no separator. From
 //   npos every number is 0 and every string empty, until `reset_read`.
-// - Positions past the end come from wrong lengths and from `assign` with shorter content. They
-// raise
-//   in the next read, which leaves the position at npos.
+// - Positions past the end come from wrong lengths and from `assign` with shorter content. The next
+//   read raises, and leaves the position at npos.
 //
 // text_items.hpp has the steps of reading, shared with the parser of the labeled buffer.
 #include <tova/serialization/serialize_text_buf.hpp>

@@ -44,8 +44,7 @@ namespace serialization {
 /// - `operator=` copies content and read position. `assign` replaces the content and leaves the
 ///   read position where it was. It raises `std::logic_error` for a null pointer with a length
 ///   other than 0, and `std::length_error` for a negative length.
-/// - `as_str` returns the buffer's own string without a copy; it is valid until the content
-/// changes.
+/// - `as_str` returns the buffer's own string, which is valid until the content changes.
 class TOVA_API serialize_buffer
     : public generic::abilities::create_ability,
       public generic::abilities::clone_ability,

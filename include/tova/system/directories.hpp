@@ -28,14 +28,14 @@ namespace system {
 /// is left out: "a/b" creates a alone and returns true. Without any "/" the whole path is created.
 ///
 /// Contract: in a path that begins with "." or "/" the first "/" doesn't count. If no other "/"
-/// follows, the whole path is tried, and then the part before the first "/", if there is one; that
-/// second attempt decides:
+/// follows, the whole path is tried. If the path has a "/" at all, the part before the first one is
+/// tried next, and that second attempt decides:
 ///
 ///     path             creates       returns
 ///     ".h"             .h            true, since there is no second attempt
 ///     ".i/"            .i            false, since .i exists by then
 ///     "./one" "/one"   one           false
-///     "..a/b"          ..a           true; a second call creates b and returns false
+///     "..a/b"          ..a alone     true; a second call creates b and returns false
 ///
 /// A path that begins with "./" or "/" and ends in "/" has none of these surprises: write "./.i/"
 /// and "./..a/b/".

@@ -2,9 +2,8 @@
 //
 // - `day`, `month` and `year` store what they accept. The day is not compared with the month here;
 //   `get_days` limits it when it is read.
-// - `pJulian_day_number()` counts days from 1 March of year 0. The year begins in March, so that
-// the
-//   leap day is the last day of a year and no month after it depends on it.
+// - `pJulian_day_number()` counts days from 1 March of year 0. A year begins in March, so that the
+//   leap day is its last day and no month depends on it.
 // - `pJulian_day_number(n)` goes back. Sums and differences go through the number and back.
 #include <tova/system/date_time/date.hpp>
 

@@ -178,8 +178,7 @@ date_time_t& date_time_t::operator+=(const time_duration& duration) {
 }
 
 date_time_t& date_time_t::plus_assign(const time_duration& duration) {
-    // Below a day the date isn't touched: even a move by 0 days would make a stored 31 February
-    // real.
+    // Below a day the date isn't touched: a move by 0 days would turn 31 February into a real date.
     if (spans_a_day(duration))
         m_date += set_day_to_hours(*this, duration);
     m_time += duration;
