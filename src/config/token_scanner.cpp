@@ -13,10 +13,10 @@
 // One byte of lookahead is enough. The only state is the position.
 #include "config/token_scanner.hpp"
 
+#include "config/character_classes.hpp"
+
 #include <algorithm>
 #include <limits>
-
-#include "config/character_classes.hpp"
 
 namespace TOVA_2_18 {
 

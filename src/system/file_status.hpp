@@ -4,11 +4,11 @@
 /// Keeps no state: any number of threads may call these functions.
 #pragma once
 
-#include <sys/types.h>
-
 #include <tova/strings/ustring.hpp>
 
 #include "detail/symbolic_link.hpp"
+
+#include <sys/types.h>
 
 namespace TOVA_2_18 {
 namespace system {

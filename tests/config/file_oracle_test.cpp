@@ -1,16 +1,16 @@
 // Compares the reader and the writer of files with a second, plain implementation.
-#include <cstdio>
-#include <random>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <tova/config/file_item.hpp>
 
 #include "config/cfg_oracle.hpp"
 #include "config/listing.hpp"
 #include "support/temporary_directory.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <random>
+#include <string>
+#include <vector>
 
 namespace {
 

@@ -2,11 +2,11 @@
 // for files.
 #pragma once
 
+#include "cfg_oracle.hpp"
+
 #include <set>
 #include <string>
 #include <vector>
-
-#include "cfg_oracle.hpp"
 
 namespace line_oracle {
 

@@ -1,18 +1,17 @@
 // Compares command line and environment with a second, plain implementation.
+#include <tova/config/commandline_item.hpp>
+#include <tova/config/enviroment_item.hpp>
+
 #include "config/line_oracle.hpp"
+#include "config/listing.hpp"
+
+#include <gtest/gtest.h>
 
 #include <iostream>
 #include <random>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include <tova/config/commandline_item.hpp>
-#include <tova/config/enviroment_item.hpp>
-
-#include "config/listing.hpp"
 
 namespace {
 

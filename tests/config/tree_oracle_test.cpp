@@ -1,16 +1,16 @@
 // Compares trees and the manager with a second, plain implementation, under random operations.
+#include <tova/config/config_manager.hpp>
+
+#include "config/listing.hpp"
+
+#include <gtest/gtest.h>
+
 #include <map>
 #include <random>
 #include <set>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include <tova/config/config_manager.hpp>
-
-#include "config/listing.hpp"
 
 namespace {
 

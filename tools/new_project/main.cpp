@@ -15,8 +15,7 @@ using tova::i18n::message_catalogs;
 
 int main(int count, char** words, char** variables) {
     tova::config::config_manager settings;
-    settings.init(
-        tova::config::std_config_dispatch(count, words, variables, "@NAME@.cfg", ""));
+    settings.init(tova::config::std_config_dispatch(count, words, variables, "@NAME@.cfg", ""));
     settings.load();
 
     message_catalogs catalogs;

@@ -22,10 +22,6 @@
 /// An item belongs to one thread at a time; its count of holders is not atomic.
 #pragma once
 
-#include <iosfwd>
-#include <list>
-#include <utility>
-
 #include <tova/abi.hpp>
 #include <tova/config/config_token.hpp>
 #include <tova/config/config_tree.hpp>
@@ -34,6 +30,10 @@
 #include <tova/memory/pointers.hpp>
 #include <tova/strings/ustring.hpp>
 #include <tova/types/variant.hpp>
+
+#include <iosfwd>
+#include <list>
+#include <utility>
 
 namespace TOVA_2_18 {
 namespace config {

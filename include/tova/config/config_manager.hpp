@@ -12,16 +12,16 @@
 /// values whose counts of holders are not atomic.
 #pragma once
 
-#include <iosfwd>
-#include <utility>
-#include <vector>
-
 #include <tova/abi.hpp>
 #include <tova/config/base_config_item.hpp>
 #include <tova/config/config_dispatch.hpp>
 #include <tova/memory/pointers.hpp>
 #include <tova/strings/ustring.hpp>
 #include <tova/types/variant.hpp>
+
+#include <iosfwd>
+#include <utility>
+#include <vector>
 
 namespace TOVA_2_18 {
 namespace config {

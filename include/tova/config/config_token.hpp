@@ -9,9 +9,9 @@
 /// A plain value: threads may share one that nobody changes.
 #pragma once
 
-#include <string>
-
 #include <tova/abi.hpp>
+
+#include <string>
 
 namespace TOVA_2_18 {
 namespace config {

@@ -9,16 +9,16 @@
 /// A tree belongs to one thread at a time: nothing is locked, and counts of holders are not atomic.
 #pragma once
 
-#include <iosfwd>
-#include <utility>
-#include <vector>
-
 #include <tova/abi.hpp>
 #include <tova/config/_private/deep_copy_map.hpp>
 #include <tova/generic/abilities.hpp>
 #include <tova/memory/pointers.hpp>
 #include <tova/strings/ustring.hpp>
 #include <tova/types/variant.hpp>
+
+#include <iosfwd>
+#include <utility>
+#include <vector>
 
 namespace TOVA_2_18 {
 namespace config {

@@ -9,12 +9,12 @@
 /// Threads may share a dispatcher that nobody assigns to.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include <tova/abi.hpp>
 #include <tova/config/config_dispatch.hpp>
 #include <tova/generic/varg_list.hpp>
+
+#include <string>
+#include <vector>
 
 namespace TOVA_2_18 {
 namespace config {

@@ -3,9 +3,9 @@
 /// meant for users. One thread at a time per map.
 #pragma once
 
-#include <map>
-
 #include <tova/memory/pointers.hpp>
+
+#include <map>
 
 namespace TOVA_2_18 {
 namespace config {
