@@ -23,6 +23,9 @@ public:
     /// `argv` may be null. A null string in it ends the arguments early; if that is the first one,
     /// which is the program's name, only the name is missing.
     commandline_item(unsigned int argc, const char* const* argv);
+
+    /// Copies the name and the whole tree, and refers to the same array. The copy has count 0 and
+    /// no heap mark.
     commandline_item(const commandline_item& other);
     ~commandline_item() TOVA_NOTHROW override;
 

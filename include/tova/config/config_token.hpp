@@ -16,7 +16,8 @@
 namespace TOVA_2_18 {
 namespace config {
 
-/// A token, as `base_config_item::get_token` reads it. Indexes count bytes.
+/// A token, as `base_config_item::get_token` reads it. Indexes count bytes. A plain value: copies
+/// share nothing.
 class TOVA_API config_token {
 public:
     /// The types of tokens. The numbers are part of the interface.
@@ -60,7 +61,7 @@ public:
     std::string text;
     unsigned int end = 0;    ///< Index of the byte after the token. `T_END` leaves it alone.
     unsigned int start = 0;  ///< Index of the token's first byte. `T_END` leaves it alone.
-    tok_types type = T_END;
+    tok_types type = T_END;  ///< What the token is.
 
     /// The name of the type for debugging, such as "T_EQ". The names of `T_VAR`, `T_UNKNOWN`,
     /// `T_STRING` and `T_NON_ALPHA_NUM` are followed by the text in brackets. "unknown type" for

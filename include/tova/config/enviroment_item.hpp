@@ -24,6 +24,9 @@ class TOVA_API enviroment_item : public base_config_item {
 public:
     /// `envp` ends with a null pointer, or is null itself, which is an empty environment.
     enviroment_item(const char* const* envp);
+
+    /// Copies the name and the whole tree, and refers to the same array. The copy has count 0 and
+    /// no heap mark.
     enviroment_item(const enviroment_item& other);
     ~enviroment_item() TOVA_NOTHROW override;
 

@@ -21,7 +21,7 @@ namespace config {
 /// name "user_item". A `config_manager` holds clones, so look for the second name there.
 class TOVA_API user_item : public base_config_item {
 public:
-    user_item();
+    user_item();  ///< No values, and the name "user item".
 
     /// Copies the tree, but not the name.
     user_item(const user_item& other);

@@ -66,6 +66,7 @@ class TOVA_API delegate_t;  // clang takes the visibility of the first declarati
 template <typename Result, typename... Arguments>
 class TOVA_API delegate_t<Result(Arguments...)> {
 public:
+    /// The class that a function object derives from to be owned by this delegate.
     typedef function_type_interface<Result(Arguments...)> function_type;
 
     /// Empty. Runs no code at load, so a delegate at namespace scope is empty from the start.
@@ -74,6 +75,9 @@ public:
     /// Owns a clone of the function object. Raises what its `do_clone` raises.
     delegate_t(const function_type& function)
         : m_function(_private::clone<function_type>(function)) {}
+
+    /// Owns a clone of the function object of `source`, or nothing if that is empty. Raises what
+    /// its `do_clone` raises.
     delegate_t(const delegate_t& source) : m_function(_private::clone_held(source.m_function)) {}
 
     /// Deletes the held function object, then takes a clone of the other.

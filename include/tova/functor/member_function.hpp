@@ -33,8 +33,11 @@ template <typename Class, typename Result, typename... Arguments>
 class TOVA_API member_function_t<Class, Result(Arguments...)>
     : public function_type_interface<Result(Arguments...)> {
 public:
+    /// A pointer to a member function of the signature.
     typedef Result (Class::*member_type)(Arguments...);
 
+    /// Binds the member function to the object. Either may be null as long as nobody calls
+    /// `invoke`. Never fails.
     member_function_t(Class* object, member_type member) : m_object(object), m_member(member) {}
     ~member_function_t() TOVA_NOTHROW override {}
 
@@ -52,6 +55,8 @@ public:
         return m_object == same_class.m_object && m_member == same_class.m_member;
     }
 
+    /// A binding of the same object and member function on the heap, owned by the caller. Raises
+    /// only what an allocation raises.
     member_function_t* do_clone() const override {
         return new member_function_t(m_object, m_member);
     }

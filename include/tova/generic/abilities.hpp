@@ -29,9 +29,12 @@ namespace abilities {
 /// copy is a new object without the mark; assignment leaves the marks of both sides alone.
 class TOVA_API alloc_detection_ability {
 public:
+    /// Whether the object was made on the heap by a factory, so that its last holder deletes it.
     bool allocated;
 
+    /// No mark: `allocated` is false. Never fails.
     alloc_detection_ability();
+
     alloc_detection_ability(const alloc_detection_ability& source);
     alloc_detection_ability& operator=(const alloc_detection_ability& source);
     ~alloc_detection_ability() TOVA_NOTHROW;
@@ -42,9 +45,12 @@ public:
 /// A copy is a new object that nobody holds; assignment leaves the counts of both sides alone.
 class TOVA_API reference_count_pointer_ability_b : public alloc_detection_ability {
 public:
+    /// The number of holders. Holders change it; nothing guards it.
     unsigned int count;
 
+    /// No holders and no mark. Never fails.
     reference_count_pointer_ability_b();
+
     reference_count_pointer_ability_b(const reference_count_pointer_ability_b& source);
     reference_count_pointer_ability_b& operator=(const reference_count_pointer_ability_b& source);
     ~reference_count_pointer_ability_b() TOVA_NOTHROW;
@@ -54,7 +60,9 @@ public:
 template <typename T>
 class TOVA_API reference_count_pointer_ability : public reference_count_pointer_ability_b {
 public:
+    /// No holders and no mark. Never fails.
     reference_count_pointer_ability() : reference_count_pointer_ability_b() {}
+
     reference_count_pointer_ability(const reference_count_pointer_ability& source)
         : reference_count_pointer_ability_b(source) {}
     reference_count_pointer_ability& operator=(const reference_count_pointer_ability&) {

@@ -21,8 +21,8 @@ namespace generic {
 
 /// A value with an optional name. An empty name means unnamed.
 ///
-/// Copies share the body of the value, as copies of a `types::variant` do. Raises only what an
-/// allocation raises.
+/// Copies share the body of the value, as copies of a `types::variant` do. Every operation raises
+/// only what an allocation raises.
 class TOVA_API argument {
 public:
     /// Unnamed, with a nil value.
@@ -38,13 +38,19 @@ public:
     template <typename T>
     argument(const T& value) : m_name(), m_value(value) {}
 
+    /// A value with a name; unnamed if the name is empty.
     argument(const strings::ustring8& name, const types::variant& value);
 
+    /// The name, which is empty for an unnamed argument. The second form sets it first; an empty
+    /// name makes the argument unnamed. The reference is valid as long as the argument.
     const strings::ustring8& name() const;
-    const strings::ustring8& name(const strings::ustring8& value);  ///< Returns the name set.
-    const types::variant& value() const;
-    const types::variant& value(const types::variant& value);  ///< Returns the value set.
+    const strings::ustring8& name(const strings::ustring8& value);
 
+    /// The value. The second form sets it first. The reference is valid as long as the argument.
+    const types::variant& value() const;
+    const types::variant& value(const types::variant& value);
+
+    /// Whether the name is not empty. Never fails.
     bool has_name() const;
 
     /// Whether the argument is unnamed and its value is nil. A named nil is not nil.
@@ -52,13 +58,15 @@ public:
     bool operator==(const types::nil_t& nil_tag) const;
     bool operator!=(const types::nil_t& nil_tag) const;
 
+    /// Replaces the name and the value, and returns this argument.
     argument& assign(const strings::ustring8& name, const types::variant& value);
 
-    /// Replaces the value; the name stays.
+    /// Replaces the value, and returns this argument. The name stays.
     argument& assign(const types::variant& value);
     argument& operator=(const types::variant& value);
 
-    /// Replaces the name and the value.
+    /// Replaces the name and the value by those of `other`, and returns this argument. The body of
+    /// the value is then shared.
     argument& assign(const argument& other);
     argument& operator=(const argument& other);
 

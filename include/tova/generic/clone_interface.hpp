@@ -20,7 +20,7 @@ namespace generic {
 /// An object that can be cloned by code that doesn't know its class.
 class TOVA_API clone_interface : public abilities::clone_ability {
 public:
-    clone_interface();
+    clone_interface();  ///< Nothing to set up. Never fails.
     ~clone_interface() TOVA_NOTHROW override;
 
     /// A copy of the object on the heap, owned by the caller.

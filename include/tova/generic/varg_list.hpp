@@ -31,10 +31,12 @@ namespace generic {
 ///
 /// A list that is filled through `push_back` and the constructors holds each name at most once;
 /// unnamed arguments may repeat. Changes through iterators and references are not checked. Names
-/// are compared byte for byte, in a linear search from the front. Positions count from 0. Raises
-/// what an allocation raises, and where it says so `std::out_of_range`.
+/// are compared byte for byte, in a linear search from the front. Positions count from 0. A copy
+/// has arguments of its own that share the bodies of their values. Raises what an allocation
+/// raises, and where it says so `std::out_of_range`.
 class TOVA_API varg_list {
 public:
+    /// Iterators as a `std::vector` has them: a change of the length makes them invalid.
     typedef std::vector<argument>::iterator iterator;
     typedef std::vector<argument>::const_iterator const_iterator;
 
@@ -42,7 +44,7 @@ public:
     /// for the whole process. Never write to it, and copy it on one thread at a time.
     static argument nil_argument;
 
-    varg_list();
+    varg_list();  ///< No arguments.
     varg_list(const varg_list& other);
 
     /// Appends up to 26 arguments, as `push_back` does. The first unnamed nil ends the list: it and
@@ -89,15 +91,19 @@ public:
     iterator find(const strings::ustring8& name);
     const_iterator find(const strings::ustring8& name) const;
 
+    /// The arguments in order; what changes through an iterator is not checked. Never fail.
     iterator begin();
     const_iterator begin() const;
     iterator end();
     const_iterator end() const;
 
+    /// The number of arguments. Never fails.
     unsigned long count() const;
+
+    /// Whether there are no arguments. Never fails.
     bool empty() const;
 
-    /// Whether the list is empty.
+    /// Compares the list with nil, which it equals if it is empty. Never fail.
     bool equal(const types::nil_t& nil_tag) const;
     bool operator==(const types::nil_t& nil_tag) const;
     bool operator!=(const types::nil_t& nil_tag) const;

@@ -30,7 +30,10 @@ namespace i18n {
 /// a cache that const operations fill: it is built on demand and dropped when a message is stored.
 class TOVA_API catalog_t : public generic::abilities::reference_count_pointer_ability<catalog_t> {
 public:
+    /// A position in the messages: a key and its message.
     typedef std::map<strings::ustring8, message_t>::const_iterator const_iterator;
+
+    /// A position in the set of locales.
     typedef std::set<strings::ustring8>::const_iterator language_iterator;
 
     /// An empty catalog without a name, with a count of 0 and without the heap mark.
@@ -41,7 +44,11 @@ public:
 
     ~catalog_t() TOVA_NOTHROW;
 
+    /// Sets the name; the loader calls this. A set of catalogs finds a catalog by the name that it
+    /// was stored under, not by this one.
     void _name(const strings::ustring8& value);
+
+    /// A copy of the name; empty for a catalog that was not loaded.
     strings::ustring8 name() const;
 
     /// Stores a message under a key and replaces the message that the key had. The set of locales

@@ -35,6 +35,7 @@ namespace i18n {
 /// A plain value: copies share nothing.
 class TOVA_API message_t {
 public:
+    /// A position in the items. A change of the message makes it invalid.
     typedef std::vector<message_item>::iterator iterator;
     typedef std::vector<message_item>::const_iterator const_iterator;
 

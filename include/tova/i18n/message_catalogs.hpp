@@ -47,9 +47,14 @@ namespace i18n {
 /// use counts are not atomic: a set and its copies belong to one thread.
 class TOVA_API message_catalogs {
 public:
+    /// The catalogs by their names, in the byte order of the names.
     using catalog_map = std::map<strings::ustring8, memory::pointers::shared_pointer<catalog_t>>;
+
+    /// A position in the catalogs: a name and a catalog.
     using iterator = catalog_map::iterator;
     using const_iterator = catalog_map::const_iterator;
+
+    /// A position in the messages of a catalog: a key and a message.
     using message_iterator = std::map<strings::ustring8, message_t>::const_iterator;
 
     /// How a load ended. The numbers are stored and compared.
@@ -69,19 +74,19 @@ public:
     /// | 7 | `invalid_xmc` | 5 to 13 | `invalid_attribute` to `catalog_not_closed` |
     /// | 8 | `unexpected` | 14 | `unexpected`, and any other number |
     enum error_type : int {
-        no_error = 0,
-        no_catalog = 1,
-        no_default_locale = 2,  ///< No wanted locale was given.
-        file_not_found = 3,
-        directory_not_found = 4,
-        entity_not_found = 5,  ///< The path is neither a file nor a directory.
-        xml_error = 6,         ///< A file is not well-formed XML.
-        invalid_xmc = 7,       ///< A file is XML, but not a catalog file.
-        unexpected = 8
+        no_error = 0,             ///< The load succeeded.
+        no_catalog = 1,           ///< The file, or the whole set after a load, has no catalog.
+        no_default_locale = 2,    ///< No wanted locale was given.
+        file_not_found = 3,       ///< The file is missing.
+        directory_not_found = 4,  ///< The directory is missing.
+        entity_not_found = 5,     ///< The path is neither a file nor a directory.
+        xml_error = 6,            ///< A file is not well-formed XML.
+        invalid_xmc = 7,          ///< A file is XML, but not a catalog file.
+        unexpected = 8            ///< Anything else, such as a file that includes itself.
     };
 
     /// The outcome of a load: its kind and a message for the user, which names the error first and
-    /// the file last.
+    /// the file last. A plain value: copies share nothing.
     class TOVA_API result_type {
     public:
         /// An outcome of that kind, with the message of `format_message(kind, text)`.
@@ -100,15 +105,18 @@ public:
         /// kind that belongs to the error's, as in the table above. Never fails.
         strings::ustring8 format_message(const _private::xmc_file_loader::load_error& error);
 
-        error_type type;
-        strings::ustring8 message;
+        error_type type;            ///< The kind; `no_error` for a load that succeeded.
+        strings::ustring8 message;  ///< The message in UTF-8. It may span lines.
     };
 
-    message_catalogs();
+    message_catalogs();  ///< No catalogs.
+
     /// Shares the catalogs of the other set. The resolve container is not copied.
     message_catalogs(const message_catalogs& other);
     ~message_catalogs() TOVA_NOTHROW;
 
+    /// Shares the catalogs of the other set instead of its own, and returns this set. The resolve
+    /// containers of both sets stay.
     message_catalogs& operator=(const message_catalogs& other);
     message_catalogs& assign(const message_catalogs& other);
     /// Removes all catalogs. The resolve container stays.
@@ -206,6 +214,7 @@ public:
     result_type load_file(const strings::ustring32& file, const strings::ustring32& locale,
                           const strings::ustring32& catalog_id);
 
+    /// Whether the set has a catalog of exactly that name. Never fails.
     bool has_catalog(const strings::ustring8& name) const;
     bool has_catalog(const strings::ustring16& name) const;
     bool has_catalog(const strings::ustring32& name) const;
@@ -271,7 +280,7 @@ private:
     std::map<strings::ustring8, strings::ustring8> m_resolve;
 };
 
-/// Writes the message.
+/// Inserts the message of the outcome, and returns the stream.
 TOVA_API std::ostream& operator<<(std::ostream& stream, message_catalogs::result_type& result);
 
 }  // namespace i18n

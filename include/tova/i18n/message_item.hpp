@@ -54,6 +54,7 @@ public:
     message_item& operator=(const message_item& other);
     message_item& assign(const message_item& other);
 
+    /// The type, as it was given. Never fails.
     type_t type() const;
 
     /// A copy of the text, or of the name with all its attribute pairs.

@@ -86,6 +86,8 @@ public:
 
     /// Holds `object`, which may be null.
     rc_pointer(T* object) : m_object(object) { _private::hold(m_object); }
+
+    /// Holds the object that `source` holds, if any, and adds one to its count.
     rc_pointer(const rc_pointer& source) : m_object(source.m_object) { _private::hold(m_object); }
 
     /// Lets go of the held object, then holds the other. Nothing changes if it is the same object.
@@ -98,6 +100,7 @@ public:
         return *this;
     }
 
+    /// Lets go of the object. Deletes it if this was the last holder and its heap mark is set.
     ~rc_pointer() TOVA_NOTHROW {
         _private::release(m_object);
         _private::forget(m_object);
@@ -118,7 +121,7 @@ private:
 };
 
 // A second class, and no common base or alias: modules link against the operations of each class by
-// name. So each declares all of them, and what they do is written once, above.
+// name. So each declares all of them.
 
 /// Holds an object of a class without virtual operations that derives from
 /// `generic::abilities::reference_count_pointer_ability<T>`, or nothing.
@@ -128,12 +131,18 @@ private:
 template <typename T>
 class TOVA_API shared_pointer {
 public:
+    /// Holds nothing.
     shared_pointer() : m_object(nullptr) {}
+
+    /// Holds `object`, which may be null.
     shared_pointer(T* object) : m_object(object) { _private::hold(m_object); }
+
+    /// Holds the object that `source` holds, if any, and adds one to its count.
     shared_pointer(const shared_pointer& source) : m_object(source.m_object) {
         _private::hold(m_object);
     }
 
+    /// Lets go of the held object, then holds the other. Nothing changes if it is the same object.
     shared_pointer& operator=(const shared_pointer& source) {
         _private::assign(m_object, source.m_object);
         return *this;
@@ -143,14 +152,20 @@ public:
         return *this;
     }
 
+    /// Lets go of the object. Deletes it if this was the last holder and its heap mark is set.
     ~shared_pointer() TOVA_NOTHROW {
         _private::release(m_object);
         _private::forget(m_object);
     }
 
+    /// The object. There is no null test: an empty holder must not be dereferenced.
     T* operator->() const { return m_object; }
     T& operator*() const { return *m_object; }
+
+    /// The object, or null. The raw pointer doesn't count as a holder.
     T* get() const { return m_object; }
+
+    /// Whether an object is held.
     explicit operator bool() const { return m_object != nullptr; }
 
 private:

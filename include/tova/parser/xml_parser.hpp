@@ -55,9 +55,11 @@ namespace parser {
 /// called.
 class TOVA_API xml_parser {
 public:
+    /// A position in a document, in bytes.
     using iterator = strings::ustring8::const_iterator;
 
-    /// How a run ended: the result of `parse`, and what the grammar functions throw.
+    /// How a run ended: the result of `parse`, and what the grammar functions throw. A plain value:
+    /// copies share nothing.
     struct TOVA_API parse_error {
         /// The numbers are part of the interface, as other families map them to their own kinds.
         enum error_type {
@@ -74,11 +76,14 @@ public:
             data_after_root = 10       ///< A second root element.
         };
 
+        /// Sets the three fields. Raises only what an allocation raises.
         parse_error(error_type kind, unsigned int line_counter, const strings::ustring8& subject);
+
         parse_error(const parse_error& other);
         parse_error& operator=(const parse_error& other) = default;
         ~parse_error() TOVA_NOTHROW;
 
+        /// The kind of the error; `no_error` for a run that succeeded.
         error_type type;
         /// The line counter at the error, from 0; always 0 for kind 0 and where the document ends
         /// with an element open.

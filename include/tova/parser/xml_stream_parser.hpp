@@ -107,7 +107,7 @@ public:
     class TOVA_API EmptyNodeQueue : public std::exception {
     public:
         ~EmptyNodeQueue() TOVA_NOTHROW override;
-        /// "empty node queue".
+        /// Returns "empty node queue". Never fails.
         const char* what() const TOVA_NOTHROW override;
     };
 

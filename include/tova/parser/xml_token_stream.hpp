@@ -33,9 +33,11 @@ namespace parser {
 /// The whole document is in memory as tokens.
 class TOVA_API xml_token_stream {
 public:
-    /// One event, or one half of an attribute: a type and a string.
+    /// One event, or one half of an attribute: a type and a string. A plain value: copies share
+    /// nothing.
     class TOVA_API token {
     public:
+        /// What a token is. The comments say what its `value` is.
         enum token_type {
             element_start = 0,    ///< The name of the element.
             element_end = 1,      ///< The name of the element.
@@ -47,12 +49,17 @@ public:
             character = 7         ///< A piece of character data or a CDATA section.
         };
 
+        /// A token of that type with a copy of the string. Raises only what an allocation raises.
         token(token_type type, const strings::ustring8& value);
+
         token(const token&) = default;
         token& operator=(const token&) = default;
         ~token() TOVA_NOTHROW;
 
+        /// The type. Never fails.
         token_type type() const;
+
+        /// The string, valid as long as the token. Never fails.
         const strings::ustring8& value() const;
 
     private:
@@ -75,6 +82,8 @@ public:
     xml_parser::parse_error parse(const strings::ustring8::const_iterator& begin,
                                   const strings::ustring8::const_iterator& end);
 
+    /// The tokens in document order, including those of earlier documents. Iterators stay valid
+    /// while tokens are appended. Never fail.
     std::list<token>::iterator begin();
     std::list<token>::iterator end();
     std::list<token>::const_iterator begin() const;
@@ -84,7 +93,10 @@ public:
     unsigned long size() const;
 
     /// @name Handlers
-    /// The stream's parser calls these; each appends its token or tokens.
+    ///
+    /// The stream's parser calls these; each appends its token or tokens. They are public because
+    /// the parser reaches them through delegates; a program that calls one adds tokens of its own.
+    /// Raise only what an allocation raises.
     /// @{
     void on_element_start(const strings::ustring8& name);
     void on_element_end(const strings::ustring8& name);

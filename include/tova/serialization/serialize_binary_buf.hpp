@@ -29,10 +29,18 @@ namespace serialization {
 class TOVA_API serialize_binary_buf : public serialize_buffer {
 public:
     serialize_binary_buf();  ///< Empty.
+
+    /// A buffer with that encoded content, read from its start. Of another buffer it takes the
+    /// bytes as they are, whatever its class, and also `count` and `allocated`. Raises only what an
+    /// allocation raises.
     serialize_binary_buf(const std::string& text);
     serialize_binary_buf(const serialize_buffer& other);
+
+    /// A copy with the content, the read position, `count` and `allocated` of `other`.
     serialize_binary_buf(const serialize_binary_buf& other);
     ~serialize_binary_buf() TOVA_NOTHROW override;
+
+    /// Copies content and read position, and returns this buffer. `count` and `allocated` stay.
     serialize_binary_buf& operator=(const serialize_binary_buf& other);
 
     serialize_buffer& assign(const serialize_buffer& other) override;
@@ -41,6 +49,7 @@ public:
 
     const std::string& as_str() const override;
 
+    /// Appends the bytes of the value, the least significant one first.
     void append_int8(const signed char& value) override;
     void append_int16(const short& value) override;
     void append_int32(const int& value) override;
@@ -49,10 +58,13 @@ public:
     void append_uint16(const unsigned short& value) override;
     void append_uint32(const unsigned int& value) override;
     void append_uint64(const unsigned long& value) override;
-    /// The IEEE 754 bits; `precision` is ignored.
+
+    /// Appends the 4 or 8 bytes of the IEEE 754 value; `precision` is ignored.
     void append_float(const float& value, const unsigned int& precision) override;
     void append_double(const double& value, const unsigned int& precision) override;
-    /// The length field keeps the low 32 bits of the size; all bytes are appended in any case.
+
+    /// Appends the length as `uint32` and the bytes. The length field keeps the low 32 bits of the
+    /// size; all bytes are appended in any case.
     void append_string(const std::string& bytes) override;
     void append_buffer(const serialize_buffer& other) override;
 

@@ -71,10 +71,15 @@ public:
     virtual void append_uint16(const unsigned short& value) = 0;
     virtual void append_uint32(const unsigned int& value) = 0;
     virtual void append_uint64(const unsigned long& value) = 0;
-    /// `precision` is the number of significant digits, for encodings that write digits.
+
+    /// Appends a floating-point value. `precision` is the number of significant digits, for
+    /// encodings that write digits.
     virtual void append_float(const float& value, const unsigned int& precision) = 0;
     virtual void append_double(const double& value, const unsigned int& precision) = 0;
+
+    /// Appends a string, which may hold any bytes and may be empty.
     virtual void append_string(const std::string& bytes) = 0;
+
     /// Appends the content of `other` as one value. Its class is not recorded.
     virtual void append_buffer(const serialize_buffer& other) = 0;
 
@@ -90,7 +95,9 @@ public:
     virtual float read_float() const = 0;
     virtual double read_double() const = 0;
     virtual std::string read_string() const = 0;
-    /// A new buffer of this buffer's class with the nested bytes, whatever class wrote them.
+
+    /// Reads a nested buffer. Returns a new buffer of this buffer's class with the nested bytes,
+    /// whatever class wrote them.
     virtual serialize_buffer* read_buffer() const = 0;
 
     /// Whether nothing is left to read.

@@ -31,10 +31,18 @@ namespace serialization {
 class TOVA_API serialize_text_buf : public serialize_buffer {
 public:
     serialize_text_buf();  ///< Empty.
+
+    /// A buffer with that encoded content, read from its start. Of another buffer it takes the
+    /// bytes as they are, whatever its class, and also `count` and `allocated`. Raises only what an
+    /// allocation raises.
     serialize_text_buf(const std::string& text);
     serialize_text_buf(const serialize_buffer& other);
+
+    /// A copy with the content, the read position, `count` and `allocated` of `other`.
     serialize_text_buf(const serialize_text_buf& other);
     ~serialize_text_buf() TOVA_NOTHROW override;
+
+    /// Copies content and read position, and returns this buffer. `count` and `allocated` stay.
     serialize_text_buf& operator=(const serialize_text_buf& other);
 
     /// A read position past the end of the new content makes the next read raise
@@ -45,6 +53,7 @@ public:
 
     const std::string& as_str() const override;
 
+    /// Appends the decimal digits of the value and the byte 0x01.
     void append_int8(const signed char& value) override;
     void append_int16(const short& value) override;
     void append_int32(const int& value) override;
@@ -53,8 +62,13 @@ public:
     void append_uint16(const unsigned short& value) override;
     void append_uint32(const unsigned int& value) override;
     void append_uint64(const unsigned long& value) override;
+
+    /// Appends the value with `precision` significant digits, as a stream writes it in the global
+    /// C++ locale, and the byte 0x01.
     void append_float(const float& value, const unsigned int& precision) override;
     void append_double(const double& value, const unsigned int& precision) override;
+
+    /// Appends the length in bytes as an item, the bytes, and the byte 0x01.
     void append_string(const std::string& bytes) override;
     void append_buffer(const serialize_buffer& other) override;
 

@@ -21,7 +21,7 @@ namespace strings {
 
 /// A code page, identified by its number, that strings can be converted to and from.
 ///
-/// A plain value of 4 bytes; nothing is cached between conversions.
+/// A plain value of 4 bytes: copies share nothing, and nothing is cached between conversions.
 ///
 /// A character that cannot be converted is no failure: one "?" is written for each byte that was
 /// skipped, so the euro sign becomes "???" in a page that lacks it. A string that ends within a
@@ -45,11 +45,11 @@ class TOVA_API code_page {
 public:
     /// The known code pages. The numbers are part of the interface.
     enum encoding_type : int {
-        encoding_default = 0,   ///< No code page; not convertible.
-        encoding_ansi = 1,      ///< The character set of the process's current locale.
-        encoding_locale_2 = 2,  ///< As `encoding_ansi`.
-        encoding_locale_3 = 3,  ///< As `encoding_ansi`.
-        encoding_utf8 = 4,
+        encoding_default = 0,      ///< No code page; not convertible.
+        encoding_ansi = 1,         ///< The character set of the process's current locale.
+        encoding_locale_2 = 2,     ///< As `encoding_ansi`.
+        encoding_locale_3 = 3,     ///< As `encoding_ansi`.
+        encoding_utf8 = 4,         ///< UTF-8.
         encoding_932 = 932,        ///< Japanese, "WINDOWS-31J".
         encoding_936 = 936,        ///< Simplified Chinese, "GBK".
         encoding_949 = 949,        ///< Korean, "CP949".
@@ -81,30 +81,36 @@ public:
     /// `encoding_default`, which no conversion accepts.
     code_page();
     code_page(const types::nil_t&);
+
+    /// The code page of that number, which is not checked. Never fails.
     code_page(const encoding_type& value);
+
     code_page(const code_page& other);
     ~code_page() TOVA_NOTHROW;
 
+    /// The number of the code page. The second form returns the field itself, to be written.
     const encoding_type& type() const;
     encoding_type& type();
-    encoding_type& type(const encoding_type& value);  ///< Sets the value; returns the field.
 
+    /// Sets the number, which is not checked, and returns the field. Never fails.
+    encoding_type& type(const encoding_type& value);
+
+    /// Sets the number, or `encoding_default` for nil, and returns this object. Nothing is checked.
+    /// Never fails.
     code_page& operator=(const types::nil_t& nil);
     code_page& operator=(const code_page& other);
     code_page& operator=(const encoding_type& value);
-
-    code_page& assign(const types::nil_t&);  ///< Sets `encoding_default`.
+    code_page& assign(const types::nil_t&);
     code_page& assign(const code_page& other);
     code_page& assign(const encoding_type& value);
 
-    /// Whether the numbers are the same.
+    /// Whether the numbers are the same; `!=` is the opposite. Never fails.
     ///
     /// Contract: the comparison with nil is true for a negative number only. An object that was
     /// assigned nil holds 0 and does not equal nil; compare its `type` with `encoding_default`.
     bool equal(const types::nil_t&) const;
     bool equal(const code_page& other) const;
     bool equal(const encoding_type& value) const;
-
     bool operator==(const types::nil_t& nil) const;
     bool operator==(const code_page& other) const;
     bool operator==(const encoding_type& value) const;
@@ -116,7 +122,7 @@ public:
     /// for a number that is not in the enumeration.
     std::string to_system_type(encoding_type value) const;
 
-    /// From Unicode to this code page.
+    /// From Unicode to this code page. An empty string stays empty.
     ///
     /// An invalid 16- or 32-bit string is encoded as what `utf16_to_utf8` or `utf32_to_utf8` makes
     /// of it, which is "-1". Raises what `to_system_type` raises, for an empty string as well, and
@@ -127,11 +133,12 @@ public:
     std::string encode(const ustring16& text) const;
     std::string encode(const ustring32& text) const;
 
-    /// From this code page to Unicode. Raises what `encode` raises.
+    /// From this code page to Unicode; `as_utf8` and `as_ustring` return the same bytes. Raises
+    /// what `encode` raises.
     ustring8 as_utf8(const std::string& text) const;
     ustring16 as_utf16(const std::string& text) const;
     ustring32 as_utf32(const std::string& text) const;
-    std::string as_ustring(const std::string& text) const;  ///< As `as_utf8`.
+    std::string as_ustring(const std::string& text) const;
 
 private:
     encoding_type m_type;

@@ -45,14 +45,17 @@ inline const Unit* require_text(const Unit* text) {
 /// bytes.
 class TOVA_API ustring8 : public std::basic_string<char> {
 public:
+    /// The standard string that this type derives from.
     using base_type = std::basic_string<char>;
 
+    /// An empty string.
     ustring8() {}
 
     /// Copies the units up to the terminator. Raises `std::logic_error`
     /// "basic_string::_M_construct null not valid" for a null pointer.
     TOVA_API ustring8(const char* text);
 
+    /// The same units: a copy, or the contents of a string that is given up.
     ustring8(const base_type& text) : base_type(text) {}
     ustring8(base_type&& text) : base_type(std::move(text)) {}
 
@@ -60,15 +63,22 @@ public:
     /// if `first` is past the end.
     ustring8(const base_type& text, size_type first, size_type count = npos)
         : base_type(text, first, count) {}
+
+    /// The `length` units at `text`, terminators included.
     ustring8(const char* text, size_type length) : base_type(text, length) {}
+
+    /// `count` times the same unit.
     ustring8(size_type count, char unit) : base_type(count, unit) {}
+
+    /// The units of a list, or of the range from `first` up to but not including `last`.
     ustring8(std::initializer_list<char> units) : base_type(units) {}
     template <typename Iterator,
               typename = typename std::iterator_traits<Iterator>::iterator_category>
     ustring8(Iterator first, Iterator last) : base_type(first, last) {}
 
     using base_type::operator=;
-    /// As the constructor from `const char*`, a null pointer included.
+    /// Replaces the content by the units up to the terminator, and returns this string. Raises
+    /// `std::logic_error` "basic_string::_M_construct null not valid" for a null pointer.
     ustring8& operator=(const char* text) {
         assign(_private::require_text(text));
         return *this;
@@ -81,27 +91,40 @@ public:
 /// surrogate pair counts 2.
 class TOVA_API ustring16 : public std::basic_string<unsigned short> {
 public:
+    /// The standard string that this type derives from.
     using base_type = std::basic_string<unsigned short>;
 
+    /// An empty string.
     ustring16() {}
 
-    /// The constructors are those of `ustring8`, a null pointer included.
+    /// Copies the units up to the terminator. Raises `std::logic_error`
+    /// "basic_string::_M_construct null not valid" for a null pointer.
     ustring16(const unsigned short* text) : base_type(_private::require_text(text)) {}
 
+    /// The same units: a copy, or the contents of a string that is given up.
     ustring16(const base_type& text) : base_type(text) {}
     ustring16(base_type&& text) : base_type(std::move(text)) {}
 
+    /// The part of `text` from unit `first` on, `count` units at most. Raises `std::out_of_range`
+    /// if `first` is past the end.
     ustring16(const base_type& text, size_type first, size_type count = npos)
         : base_type(text, first, count) {}
+
+    /// The `length` units at `text`, terminators included.
     ustring16(const unsigned short* text, size_type length) : base_type(text, length) {}
+
+    /// `count` times the same unit.
     ustring16(size_type count, unsigned short unit) : base_type(count, unit) {}
+
+    /// The units of a list, or of the range from `first` up to but not including `last`.
     ustring16(std::initializer_list<unsigned short> units) : base_type(units) {}
     template <typename Iterator,
               typename = typename std::iterator_traits<Iterator>::iterator_category>
     ustring16(Iterator first, Iterator last) : base_type(first, last) {}
 
     using base_type::operator=;
-    /// As the constructor, a null pointer included.
+    /// Replaces the content by the units up to the terminator, and returns this string. Raises
+    /// `std::logic_error` "basic_string::_M_construct null not valid" for a null pointer.
     ustring16& operator=(const unsigned short* text) {
         assign(_private::require_text(text));
         return *this;
@@ -114,34 +137,47 @@ public:
 /// lengths count units.
 class TOVA_API ustring32 : public std::basic_string<wchar_t> {
 public:
+    /// The standard string that this type derives from.
     using base_type = std::basic_string<wchar_t>;
 
+    /// An empty string.
     ustring32() {}
 
-    /// The constructors are those of `ustring8`, a null pointer included.
+    /// Copies the units up to the terminator. Raises `std::logic_error`
+    /// "basic_string::_M_construct null not valid" for a null pointer.
     ustring32(const wchar_t* text) : base_type(_private::require_text(text)) {}
 
+    /// The same units: a copy, or the contents of a string that is given up.
     ustring32(const base_type& text) : base_type(text) {}
     ustring32(base_type&& text) : base_type(std::move(text)) {}
 
+    /// The part of `text` from unit `first` on, `count` units at most. Raises `std::out_of_range`
+    /// if `first` is past the end.
     ustring32(const base_type& text, size_type first, size_type count = npos)
         : base_type(text, first, count) {}
+
+    /// The `length` units at `text`, terminators included.
     ustring32(const wchar_t* text, size_type length) : base_type(text, length) {}
+
+    /// `count` times the same unit.
     ustring32(size_type count, wchar_t unit) : base_type(count, unit) {}
+
+    /// The units of a list, or of the range from `first` up to but not including `last`.
     ustring32(std::initializer_list<wchar_t> units) : base_type(units) {}
     template <typename Iterator,
               typename = typename std::iterator_traits<Iterator>::iterator_category>
     ustring32(Iterator first, Iterator last) : base_type(first, last) {}
 
     using base_type::operator=;
-    /// As the constructor, a null pointer included.
+    /// Replaces the content by the units up to the terminator, and returns this string. Raises
+    /// `std::logic_error` "basic_string::_M_construct null not valid" for a null pointer.
     ustring32& operator=(const wchar_t* text) {
         assign(_private::require_text(text));
         return *this;
     }
 };
 
-/// Equal means the same length and the same bytes.
+/// Whether both strings have the same length and the same bytes; `!=` is the opposite. Never fails.
 TOVA_API bool operator==(const ustring8& left, const ustring8& right);
 TOVA_API bool operator!=(const ustring8& left, const ustring8& right);
 
@@ -155,6 +191,8 @@ TOVA_API ustring8 operator+(const ustring8& left, const char* right);
 // is ambiguous between the operators above and the templates of the base class. The other two
 // widths have the templates alone and need none of this.
 
+/// Whether both strings have the same bytes. A pointer refers to a string up to its terminator and
+/// must not be null. Never fails.
 inline bool operator==(const ustring8& left, const char* right) {
     return left.compare(right) == 0;
 }
@@ -168,6 +206,8 @@ inline bool operator==(const std::string& left, const ustring8& right) {
     return right == left;
 }
 
+/// Whether the strings differ. A pointer refers to a string up to its terminator and must not be
+/// null. Never fails.
 inline bool operator!=(const ustring8& left, const char* right) {
     return !(left == right);
 }
@@ -181,6 +221,8 @@ inline bool operator!=(const std::string& left, const ustring8& right) {
     return !(left == right);
 }
 
+/// Returns the left string with the right one appended. A string that is given up as an argument
+/// lends its memory to the result. Raises only what an allocation raises.
 inline ustring8 operator+(const ustring8& left, const std::string& right) {
     ustring8 result;
     result.reserve(left.size() + right.size());

@@ -21,7 +21,7 @@ namespace types {
 /// A physical length, stored as a `double` in md: 100000 md are one inch.
 ///
 /// The class of an object decides in which unit `value`, `as_int32` and `as_double` express the
-/// length. A plain value. Never fails.
+/// length. A plain value: copies share nothing. Never fails.
 class TOVA_API absolute_unit {
 public:
     /// The units, with the number of them in an inch.
@@ -38,9 +38,9 @@ public:
 
     absolute_unit();  ///< 0 md.
     absolute_unit(const absolute_unit& source);
-    absolute_unit(int value);  ///< In md.
+    absolute_unit(int value);  ///< A length in md.
 
-    /// In md.
+    /// A length in md.
     ///
     /// Contract: the fraction is dropped, as if an `int` were passed: `absolute_unit(1.75)` holds
     /// 1 md. `value` keeps fractions. A value that doesn't fit into 32 bits, NaN included, becomes
@@ -79,11 +79,11 @@ private:
 template <int N>
 class TOVA_API basic_absolute_impl : public absolute_unit {
 public:
-    basic_absolute_impl();
-    basic_absolute_impl(double length);                ///< In the unit of this class.
+    basic_absolute_impl();                             ///< A length of 0.
+    basic_absolute_impl(double length);                ///< A length in the unit of this class.
     basic_absolute_impl(const absolute_unit& source);  ///< The same length in this unit.
 
-    unit_types do_type() const override;
+    unit_types do_type() const override;  ///< `N`.
 
     /// The length in the unit, rounded to a whole number; a half rounds up.
     int do_as_int32() const override;

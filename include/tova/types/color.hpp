@@ -16,11 +16,13 @@ namespace types {
 /// A color in one 32-bit word: red, green, blue and alpha, 8 bits each.
 ///
 /// The four bytes are stored in that order, so on little-endian hosts the word reads 0xAABBGGRR.
-/// Alpha runs from 0 (transparent) to 255 (opaque). A plain value of 4 bytes. Never fails.
+/// Alpha runs from 0 (transparent) to 255 (opaque). A plain value of 4 bytes: copies share nothing.
+/// Never fails.
 class TOVA_API color_t {
 public:
     /// Transparent black. Black on screen is `color_t(0, 0, 0)`.
     color_t();
+
     color_t(const color_t& source);
 
     /// A color from its word, alpha included.
@@ -49,7 +51,7 @@ public:
     color_t& assign(int word);
     color_t& operator=(int word);
 
-    /// Compares all four bytes.
+    /// Whether all four bytes are the same; `!=` is the opposite.
     bool equal(const color_t& other) const;
     bool operator==(const color_t& other) const;
     bool operator!=(const color_t& other) const;

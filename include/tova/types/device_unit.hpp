@@ -22,26 +22,30 @@ namespace types {
 /// A whole number of device units, such as the pixels of a screen or the dots of a printer.
 ///
 /// The physical size of a unit depends on the device; `generic::convert` has the conversions, which
-/// take its resolution. A plain value. Never fails.
+/// take its resolution. A plain value: copies share nothing. Never fails.
 class TOVA_API device_unit {
 public:
-    enum unit_types : int { device = 1 };
+    /// The units that a length can have: one of them.
+    enum unit_types : int {
+        device = 1  ///< A unit of the device.
+    };
 
     device_unit();  ///< 0 units.
     device_unit(const device_unit& source);
-    device_unit(const int& value);
+    device_unit(const int& value);  ///< That many units.
 
-    /// Truncated toward zero. A value that doesn't fit into 32 bits, NaN included, becomes the
-    /// least `int`.
+    /// That many units, truncated toward zero. A value that doesn't fit into 32 bits, NaN included,
+    /// becomes the least `int`.
     device_unit(const double& value);
     device_unit(const float& value);
 
+    /// That many units. Of 64 bits the low 32 count.
     device_unit(const signed char& value);
     device_unit(const short& value);
-    device_unit(const long& value);  ///< The low 32 bits.
+    device_unit(const long& value);
     device_unit(const unsigned char& value);
     device_unit(const unsigned short& value);
-    device_unit(const unsigned long& value);  ///< The low 32 bits.
+    device_unit(const unsigned long& value);
 
     /// Sets the number of units and returns the object.
     device_unit& assign(int value);

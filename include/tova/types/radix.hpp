@@ -17,11 +17,11 @@ struct radix_t {
     /// (`static_cast<radix_t::base>(7)`); 1 and numbers above 36 are invalid.
     enum base : int {
         detect = 0,  ///< By prefix: 0x is 16, 0b is 2, a leading 0 or backslash is 8, otherwise 10.
-        binary = 2,
-        octal = 8,
-        decimal = 10,
-        hexadecimal = 16,
-        highest = 36  ///< Ten digits and 26 letters.
+        binary = 2,  ///< The digits 0 and 1.
+        octal = 8,   ///< The digits 0 to 7.
+        decimal = 10,      ///< The digits 0 to 9.
+        hexadecimal = 16,  ///< The digits 0 to 9 and the letters a to f.
+        highest = 36       ///< Ten digits and 26 letters.
     };
 };
 

@@ -44,7 +44,7 @@ public:
     /// Inserts the value and returns the stream.
     virtual std::ostream& ostream(std::ostream& stream) const TOVA_NOTHROW = 0;
 
-    /// The conversions. `variant_value_t` describes what each stored type does.
+    /// The value as a number. `variant_value_t` describes what each stored type does.
     virtual int as_int() const TOVA_NOTHROW = 0;
     virtual short as_short() const TOVA_NOTHROW = 0;
     virtual long as_long() const TOVA_NOTHROW = 0;
@@ -58,13 +58,15 @@ public:
     virtual unsigned long as_uint64() const TOVA_NOTHROW = 0;
     virtual bool as_bool() const TOVA_NOTHROW = 0;
 
+    /// The value as a string. `as_string`, `as_ustring` and `as_utf8` return UTF-8.
     virtual strings::ustring8 as_string() const TOVA_NOTHROW = 0;
     virtual std::wstring as_wstring() const TOVA_NOTHROW = 0;
-    virtual std::string as_ustring() const TOVA_NOTHROW = 0;  ///< UTF-8 bytes.
+    virtual std::string as_ustring() const TOVA_NOTHROW = 0;
     virtual strings::ustring8 as_utf8() const TOVA_NOTHROW = 0;
     virtual strings::ustring16 as_utf16() const TOVA_NOTHROW = 0;
     virtual strings::ustring32 as_utf32() const TOVA_NOTHROW = 0;
 
+    /// The value as a floating-point number.
     virtual float as_float() const TOVA_NOTHROW = 0;
     virtual double as_double() const TOVA_NOTHROW = 0;
     virtual long double as_long_double() const TOVA_NOTHROW = 0;

@@ -40,6 +40,7 @@ public:
     variant_type* clone() TOVA_NOTHROW override;
     std::ostream& ostream(std::ostream& stream) const TOVA_NOTHROW override;
 
+    /// The value as a number, as the class comment describes.
     int as_int() const TOVA_NOTHROW override;
     short as_short() const TOVA_NOTHROW override;
     long as_long() const TOVA_NOTHROW override;
@@ -53,6 +54,7 @@ public:
     unsigned long as_uint64() const TOVA_NOTHROW override;
     bool as_bool() const TOVA_NOTHROW override;
 
+    /// The value as a string, as the class comment describes.
     strings::ustring8 as_string() const TOVA_NOTHROW override;
     std::wstring as_wstring() const TOVA_NOTHROW override;
     std::string as_ustring() const TOVA_NOTHROW override;
@@ -60,10 +62,12 @@ public:
     strings::ustring16 as_utf16() const TOVA_NOTHROW override;
     strings::ustring32 as_utf32() const TOVA_NOTHROW override;
 
+    /// The value as a floating-point number. Strings are read by `str_to_float` and its siblings.
     float as_float() const TOVA_NOTHROW override;
     double as_double() const TOVA_NOTHROW override;
     long double as_long_double() const TOVA_NOTHROW override;
 
+    /// The value, which never changes.
     const T value;
 };
 

@@ -24,7 +24,10 @@ namespace TOVA_2_18 {
 namespace generic {
 namespace convert {
 
-/// @name Least significant byte first
+/// @name Least significant byte first: writing
+///
+/// Returns the 2, 4 or 8 bytes of `value`, the least significant one first. Raises only what an
+/// allocation raises.
 /// @{
 TOVA_API std::string int16_to_bin_str(const short& value);
 TOVA_API std::string int32_to_bin_str(const int& value);
@@ -34,7 +37,15 @@ TOVA_API std::string uint32_to_bin_str(const unsigned int& value);
 TOVA_API std::string uint64_to_bin_str(const unsigned long& value);
 TOVA_API std::string float_to_bin_str(const float& value);
 TOVA_API std::string double_to_bin_str(const double& value);
+/// @}
 
+/// @name Least significant byte first: reading
+///
+/// Returns the number whose bytes are at the front of `bytes`, the least significant one first.
+/// A form that takes a pointer reads as many bytes as the type has and checks nothing. A form that
+/// takes a string returns 0 if the string is shorter than its limit, which is the size of the type
+/// unless the form says otherwise, and ignores the bytes after it. Never fails.
+/// @{
 TOVA_API short bin_str_to_int16(const char* bytes);
 TOVA_API short bin_str_to_int16(const std::string& bytes);
 TOVA_API int bin_str_to_int32(const char* bytes);
@@ -61,6 +72,11 @@ TOVA_API double bin_str_to_double(const std::string& bytes);
 /// `std::string`, which ends at the first NUL byte; pass a string with its length.
 namespace little_endian {
 
+/// @name Most significant byte first: writing
+///
+/// Returns the 2, 4 or 8 bytes of `value`, the most significant one first. Raises only what an
+/// allocation raises.
+/// @{
 TOVA_API std::string int16_to_bin_str(const short& value);
 TOVA_API std::string int32_to_bin_str(const int& value);
 TOVA_API std::string int64_to_bin_str(const long& value);
@@ -69,7 +85,15 @@ TOVA_API std::string uint32_to_bin_str(const unsigned int& value);
 TOVA_API std::string uint64_to_bin_str(const unsigned long& value);
 TOVA_API std::string float_to_bin_str(const float& value);
 TOVA_API std::string double_to_bin_str(const double& value);
+/// @}
 
+/// @name Most significant byte first: reading
+///
+/// Returns the number whose bytes are at the front of `bytes`, the most significant one first.
+/// A form that takes a pointer reads as many bytes as the type has and checks nothing. A form that
+/// takes a string returns 0 if the string is shorter than the type, and ignores the bytes after it.
+/// Never fails.
+/// @{
 TOVA_API short bin_str_to_int16(const std::string& bytes);
 TOVA_API int bin_str_to_int32(const char* bytes);
 TOVA_API int bin_str_to_int32(const std::string& bytes);
@@ -85,6 +109,7 @@ TOVA_API float bin_str_to_float(const char* bytes);
 TOVA_API float bin_str_to_float(const std::string& bytes);
 TOVA_API double bin_str_to_double(const char* bytes);
 TOVA_API double bin_str_to_double(const std::string& bytes);
+/// @}
 
 }  // namespace little_endian
 
@@ -92,6 +117,11 @@ TOVA_API double bin_str_to_double(const std::string& bytes);
 /// `const std::string&` form of `bin_str_to_uint16` and `bin_str_to_double`.
 namespace big_endian {
 
+/// @name Most significant byte first: writing
+///
+/// Returns the 2, 4 or 8 bytes of `value`, the most significant one first. Raises only what an
+/// allocation raises.
+/// @{
 TOVA_API std::string int16_to_bin_str(const short& value);
 TOVA_API std::string int32_to_bin_str(const int& value);
 TOVA_API std::string int64_to_bin_str(const long& value);
@@ -100,7 +130,15 @@ TOVA_API std::string uint32_to_bin_str(const unsigned int& value);
 TOVA_API std::string uint64_to_bin_str(const unsigned long& value);
 TOVA_API std::string float_to_bin_str(const float& value);
 TOVA_API std::string double_to_bin_str(const double& value);
+/// @}
 
+/// @name Most significant byte first: reading
+///
+/// Returns the number whose bytes are at the front of `bytes`, the most significant one first.
+/// A form that takes a pointer reads as many bytes as the type has and checks nothing. A form that
+/// takes a string returns 0 if the string is shorter than the type, and ignores the bytes after it.
+/// Never fails.
+/// @{
 TOVA_API short bin_str_to_int16(const char* bytes);
 TOVA_API short bin_str_to_int16(const std::string& bytes);
 TOVA_API int bin_str_to_int32(const char* bytes);
@@ -113,6 +151,7 @@ TOVA_API unsigned int bin_str_to_uint32(const std::string& bytes);
 TOVA_API unsigned long bin_str_to_uint64(const char* bytes);
 TOVA_API unsigned long bin_str_to_uint64(const std::string& bytes);
 TOVA_API double bin_str_to_double(const char* bytes);
+/// @}
 
 }  // namespace big_endian
 

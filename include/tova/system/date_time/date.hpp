@@ -22,13 +22,14 @@ namespace date_time {
 
 /// A day of the proleptic Gregorian calendar, with an unsigned year and no time zone.
 ///
-/// A plain value of three numbers. Any month accepts a day from 1 to 31: the day is stored as it
-/// is, and `day()` limits it to the last day of the month. Arithmetic goes through the day number,
-/// in which the stored day counts. There are no comparison operators.
+/// A plain value of three numbers: copies share nothing. Any month accepts a day from 1 to 31: the
+/// day is stored as it is, and `day()` limits it to the last day of the month. Arithmetic goes
+/// through the day number, in which the stored day counts. There are no comparison operators.
 class TOVA_API date {
 public:
     /// Day, month and year 0. No setter accepts a day or month of 0. `day()` is 0.
     date();
+
     date(const date& source);
 
     /// Sets day, month and year, in this order. Raises `exceptions::out_of_range` as the setters
@@ -39,8 +40,8 @@ public:
     static date local_date();
     static date UTC_date();
 
-    unsigned int year() const;
-    unsigned int month() const;
+    unsigned int year() const;   ///< The year, 0 in a default date. Never fails.
+    unsigned int month() const;  ///< The month, 1 to 12, or 0 in a default date. Never fails.
 
     /// The day of the month: the stored day, or the last day of the month if that is smaller. 0 if
     /// the month is 0, as in a default date. `get_days` is the same.
@@ -56,7 +57,7 @@ public:
 
     bool is_valid_day(unsigned int value) const;    ///< 1 to 31.
     bool is_valid_month(unsigned int value) const;  ///< 1 to 12.
-    bool is_leap_year() const;
+    bool is_leap_year() const;                      ///< Whether the year has 366 days.
 
     /// Whether `day()` differs from the stored day, because the month is shorter.
     bool is_day_constrained() const;

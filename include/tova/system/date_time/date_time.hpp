@@ -20,7 +20,7 @@ namespace TOVA_2_18 {
 namespace system {
 namespace date_time {
 
-/// A `date` and a `time` side by side, without a time zone.
+/// A `date` and a `time` side by side, without a time zone. A plain value: copies share nothing.
 ///
 /// Nothing is carried from one part to the other: 23:30 plus one hour is 00:30 on the same day.
 /// There are no comparison operators.
@@ -28,7 +28,10 @@ class TOVA_API date_time_t {
 public:
     /// A default date at midnight.
     date_time_t();
+
     date_time_t(const date_time_t& source);
+
+    /// Both parts as they are. Never fails.
     date_time_t(const date_time::date& date, const date_time::time& time);
 
     /// Now, in the time zone of the process or in UTC, from a single reading of the clock. One
@@ -36,7 +39,8 @@ public:
     static date_time_t local_date_time();
     static date_time_t UTC_date_time();
 
-    /// As in `date`. The setters raise `exceptions::out_of_range` as they do there.
+    /// The operations of the same names of `date`, on the date of this object. The setters raise
+    /// `exceptions::out_of_range` as they do there.
     unsigned int year() const;
     unsigned int month() const;
     unsigned int day() const;
@@ -46,7 +50,8 @@ public:
     bool is_leap_year() const;
     bool is_day_constrained() const;
 
-    /// As in `time`. The setters raise `exceptions::out_of_range` as they do there.
+    /// The operations of the same names of `time`, on the time of this object. The setters raise
+    /// `exceptions::out_of_range` as they do there.
     unsigned int hour() const;
     unsigned int minute() const;
     unsigned int second() const;
@@ -56,10 +61,11 @@ public:
     unsigned int second(unsigned int value);
     unsigned int millisecond(unsigned int value);
 
+    /// One of the parts. The reference is valid as long as the object.
     const date_time::date& date() const;
     const date_time::time& time() const;
 
-    /// Replace one part or both.
+    /// Replaces one part or both, and returns this object. Never fails.
     date_time_t& assign(const date_time::date& date);
     date_time_t& operator=(const date_time::date& date);
     date_time_t& assign(const date_time::time& time);

@@ -19,19 +19,21 @@ namespace TOVA_2_18 {
 namespace system {
 namespace date_time {
 
-/// A number of days, which may be negative.
+/// A number of days, which may be negative. A plain value: copies share nothing. Never fails.
 class TOVA_API date_duration {
 public:
     date_duration();  ///< No days.
     date_duration(const date_duration& source);
-    date_duration(int days);
+    date_duration(int days);  ///< That many days.
     ~date_duration() TOVA_NOTHROW;
 
-    int days() const;
-    int days(int value);  ///< Returns the value set.
+    int days() const;     ///< The number of days.
+    int days(int value);  ///< Sets the number of days, and returns it.
 
     date_duration& operator=(const date_duration& source);
     date_duration& assign(const date_duration& source);
+
+    /// Adds or subtracts a duration, and returns this object. Wraps at 32 bits.
     date_duration& operator+=(const date_duration& duration);
     date_duration& plus_assign(const date_duration& duration);
     date_duration& operator-=(const date_duration& duration);
@@ -41,7 +43,8 @@ private:
     int m_days;
 };
 
-/// A number of milliseconds, which may be negative.
+/// A number of milliseconds, which may be negative. A plain value: copies share nothing. Never
+/// fails.
 class TOVA_API time_duration {
 public:
     time_duration();  ///< No time.
@@ -72,10 +75,13 @@ public:
     long total_complete_seconds() const;
     long total_milliseconds() const;
 
+    /// Whether the duration is below zero.
     bool is_negative() const;
 
     time_duration& operator=(const time_duration& source);
     time_duration& assign(const time_duration& source);
+
+    /// Adds or subtracts a duration, and returns this object. Wraps at 64 bits.
     time_duration& operator+=(const time_duration& duration);
     time_duration& plus_assign(const time_duration& duration);
     time_duration& operator-=(const time_duration& duration);
@@ -85,12 +91,15 @@ private:
     long m_milliseconds;
 };
 
-/// Sums and differences. Each operator forwards to the function with the name.
+/// The sum or the difference of two numbers of days, which wraps at 32 bits. The operators and the
+/// functions with names do the same. Never fails.
 TOVA_API date_duration plus(const date_duration& left, const date_duration& right);
 TOVA_API date_duration minus(const date_duration& left, const date_duration& right);
 TOVA_API date_duration operator+(const date_duration& left, const date_duration& right);
 TOVA_API date_duration operator-(const date_duration& left, const date_duration& right);
 
+/// The sum or the difference of two numbers of milliseconds, which wraps at 64 bits. The operators
+/// and the functions with names do the same. Never fails.
 TOVA_API time_duration plus(const time_duration& left, const time_duration& right);
 TOVA_API time_duration minus(const time_duration& left, const time_duration& right);
 TOVA_API time_duration operator+(const time_duration& left, const time_duration& right);

@@ -20,8 +20,8 @@ namespace date_time {
 
 /// A time of day in milliseconds, from 00:00:00.000 to 23:59:59.999.
 ///
-/// A plain value of four numbers, without a day and a time zone: arithmetic wraps at midnight and
-/// carries nothing anywhere. There are no comparison operators.
+/// A plain value of four numbers, without a day and a time zone: copies share nothing. Arithmetic
+/// wraps at midnight and carries nothing anywhere. There are no comparison operators.
 class TOVA_API time {
 public:
     time();  ///< Midnight.
@@ -34,10 +34,10 @@ public:
     static time local_time();
     static time UTC_time();
 
-    unsigned int hour() const;
-    unsigned int minute() const;
-    unsigned int second() const;
-    unsigned int millisecond() const;
+    unsigned int hour() const;         ///< 0 to 23.
+    unsigned int minute() const;       ///< 0 to 59.
+    unsigned int second() const;       ///< 0 to 59.
+    unsigned int millisecond() const;  ///< 0 to 999.
 
     /// Store a value and return it: hours below 24, minutes and seconds below 60 (a leap second is
     /// out of range), milliseconds below 1000. Raise `exceptions::out_of_range` for other values,

@@ -27,7 +27,7 @@ public:
     /// Usually 0.
     static unsigned long m_overheadMicroseconds;
 
-    timer();
+    timer();       ///< No spans; the stopwatch is not running.
     void start();  ///< Begins a span, and forgets one that was not stopped.
     void stop();   ///< Ends the span and adds it. Does nothing if none was started.
     void clear();  ///< Forgets all spans.
@@ -43,6 +43,7 @@ private:
 /// Its constructor measures `timer::m_overheadMicroseconds`, unless that is already known (not 0).
 class TOVA_API auto_tester {
 public:
+    /// Measures the cost of reading the clock, unless it is known already. Never fails.
     auto_tester();
 };
 
