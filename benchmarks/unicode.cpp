@@ -1,31 +1,46 @@
-// The six conversions between the three widths, on 64 KiB of text of several kinds. Every library
-// returns a new string of its own type, which must have the length of ours.
+// The six conversions between the three widths: strings of several kinds and sizes, each to a new
+// string of the library's own type.
+//
+// A string has as many bytes as its name says, in the width of its source, or a few less: it ends
+// with a whole character.
 #include <tova/strings/unicode.hpp>
 
-#include <benchmark/benchmark.h>
+#include "cell.hpp"
+
+#include <iconv.h>
 
 #include <cstddef>
-#include <functional>
-#include <iconv.h>
+#include <memory>
 #include <string>
 
 #ifdef HAVE_ICU
 #include <unicode/unistr.h>
 #endif
 #ifdef HAVE_QT6
-#include <QByteArray>
 #include <QList>
-#include <QString>
 #endif
 #ifdef HAVE_BOOST_LOCALE_UTF
 #include <boost/locale/encoding_utf.hpp>
 #endif
 
+#ifdef HAVE_ICU
+namespace bench_support {
+
+template <>
+struct comparable<icu::UnicodeString> {
+    static std::u16string_view of(const icu::UnicodeString& text) {
+        return {text.getBuffer(), static_cast<std::size_t>(text.length())};
+    }
+};
+
+}  // namespace bench_support
+#endif
+
 namespace {
 
 namespace strings = tova::strings;
-
-const std::size_t input_bytes = 64 * 1024;
+using bench_support::cell;
+using bench_support::same_size;
 
 const struct {
     const char* kind;
@@ -47,29 +62,61 @@ const struct {
               "\u2014 \u6771\u4eac \u20ac 12,50 \U0001F680 <tag id='7'>and more</tag>\n"},
 };
 
-// Enough sentences for `input_bytes` bytes in the width of `Source`.
-template <typename Source>
-Source repeated(const Source& sentence) {
-    Source text;
-    while (text.size() * sizeof(typename Source::value_type) < input_bytes)
-        text += sentence;
-    return text;
+const struct {
+    const char* name;
+    std::size_t bytes;
+} sizes[] = {{"64B", 64}, {"4KiB", 4096}, {"1MiB", 1 << 20}};
+
+std::size_t bytes_of(wchar_t character, std::size_t width) {
+    if (width == 4)
+        return 4;
+    if (width == 2)
+        return character < 0x10000 ? 2 : 4;
+    return character < 0x80 ? 1 : character < 0x800 ? 2 : character < 0x10000 ? 3 : 4;
 }
 
-using result_size = std::size_t;  // in units of the target width
+// One text as a source of one width, in the types of all libraries. Made when a cell needs it.
+struct source {
+    std::string sentence;
+    std::size_t bytes;
+    std::size_t width;
 
-void add(const std::string& name, std::size_t bytes, result_size expected,
-         const std::function<result_size()>& convert) {
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-        if (convert() != expected) {
-            state.SkipWithError("returns another length");
+    strings::ustring8 utf8;
+    strings::ustring16 utf16;
+    strings::ustring32 utf32;
+    std::u16string u16;
+    std::u32string u32;
+#ifdef HAVE_ICU
+    icu::UnicodeString icu;
+#endif
+#ifdef HAVE_QT6
+    QString qt;
+#endif
+
+    void fill() {
+        if (!utf8.empty())
             return;
+        const strings::ustring32 characters = strings::utf8_to_utf32(sentence);
+        std::size_t used = 0;
+        for (std::size_t i = 0;; ++i) {
+            const wchar_t next = characters[i % characters.size()];
+            used += bytes_of(next, width);
+            if (used > bytes)
+                break;
+            utf32 += next;
         }
-        for (auto _ : state)
-            benchmark::DoNotOptimize(convert());
-        state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
-    });
-}
+        utf8 = strings::utf32_to_utf8(utf32);
+        utf16 = strings::utf8_to_utf16(utf8);
+        u16.assign(utf16.begin(), utf16.end());
+        u32.assign(utf32.begin(), utf32.end());
+#ifdef HAVE_ICU
+        icu = icu::UnicodeString(u16.data(), static_cast<std::int32_t>(u16.size()));
+#endif
+#ifdef HAVE_QT6
+        qt = QString::fromUtf16(u16.data(), static_cast<qsizetype>(u16.size()));
+#endif
+    }
+};
 
 // iconv with a descriptor that stays open, and a buffer for the worst case.
 class open_iconv {
@@ -77,29 +124,21 @@ public:
     open_iconv(const char* to, const char* from) : m_handle(iconv_open(to, from)) {}
 
     template <typename Target, typename Source>
-    result_size convert(const Source& source, std::size_t units_of_the_worst_case) const {
+    Target convert(const Source& text, std::size_t units_of_the_worst_case) const {
         Target target(units_of_the_worst_case, 0);
-        char* read =
-            reinterpret_cast<char*>(const_cast<typename Source::value_type*>(source.data()));
-        std::size_t left = source.size() * sizeof(typename Source::value_type);
+        char* read = reinterpret_cast<char*>(const_cast<typename Source::value_type*>(text.data()));
+        std::size_t left = text.size() * sizeof(typename Source::value_type);
         char* write = reinterpret_cast<char*>(&target[0]);
         std::size_t room = target.size() * sizeof(typename Target::value_type);
         iconv(m_handle, nullptr, nullptr, nullptr, nullptr);
         iconv(m_handle, &read, &left, &write, &room);
         target.resize(target.size() - room / sizeof(typename Target::value_type));
-        benchmark::DoNotOptimize(target.data());
-        return target.size();
+        return target;
     }
 
 private:
     iconv_t m_handle;  // for the life of the program
 };
-
-template <typename Result>
-result_size used(const Result& result) {
-    benchmark::DoNotOptimize(result.data());
-    return static_cast<result_size>(result.size());
-}
 
 #ifdef HAVE_ICU
 icu::UnicodeString icu_from_utf32(const std::u32string& text) {
@@ -107,141 +146,132 @@ icu::UnicodeString icu_from_utf32(const std::u32string& text) {
                                          static_cast<std::int32_t>(text.size()));
 }
 
-result_size icu_to_utf32(const icu::UnicodeString& text) {
+std::u32string icu_to_utf32(const icu::UnicodeString& text) {
     std::u32string result(static_cast<std::size_t>(text.length()), 0);
     UErrorCode error = U_ZERO_ERROR;
     const std::int32_t length = text.toUTF32(reinterpret_cast<UChar32*>(&result[0]),
                                              static_cast<std::int32_t>(result.size()), error);
     result.resize(static_cast<std::size_t>(length));
-    return used(result);
+    return result;
 }
 
-result_size icu_to_utf8(const icu::UnicodeString& text) {
+std::string icu_to_utf8(const icu::UnicodeString& text) {
     std::string result;
     text.toUTF8String(result);
-    return used(result);
-}
-
-result_size icu_used(const icu::UnicodeString& text) {
-    benchmark::DoNotOptimize(text.getBuffer());
-    return static_cast<result_size>(text.length());
+    return result;
 }
 #endif
 
-void add_from_utf8(const std::string& kind, const std::string& sentence) {
-    const std::string text = repeated(sentence);
-    const std::size_t size = text.size();
+#ifdef HAVE_QT6
+QString qt_from_utf8(const std::string& text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
 
-    const strings::ustring8 ours(text);
-    const result_size units = utf8_to_utf16(ours).size();
-    const result_size points = utf8_to_utf32(ours).size();
-    const std::string to_16 = "utf8_to_utf16/" + kind;
-    const std::string to_32 = "utf8_to_utf32/" + kind;
-    add(to_16 + "/tova", size, units, [=] { return used(utf8_to_utf16(ours)); });
-    add(to_32 + "/tova", size, points, [=] { return used(utf8_to_utf32(ours)); });
+QString qt_from_utf32(const std::u32string& text) {
+    return QString::fromUcs4(text.data(), static_cast<qsizetype>(text.size()));
+}
+#endif
 
-    const open_iconv iconv_16("UTF-16LE", "UTF-8");
-    const open_iconv iconv_32("UTF-32LE", "UTF-8");
-    add(to_16 + "/iconv", size, units,
-        [=] { return iconv_16.convert<std::u16string>(text, size); });
-    add(to_32 + "/iconv", size, points,
-        [=] { return iconv_32.convert<std::u32string>(text, size); });
+template <typename Ours>
+cell<Ours> begin(const std::string& operation, const std::string& text, source* from,
+                 const Ours& ours) {
+    cell<Ours> made(operation + "/" + text, ours, [from] { from->fill(); });
+    made.floor_is_a_copy();
+    return made;
+}
+
+void add_from_utf8(const std::string& name, source* from) {
+    auto to_16 = begin("utf8_to_utf16", name, from, [from] { return utf8_to_utf16(from->utf8); });
+    auto to_32 = begin("utf8_to_utf32", name, from, [from] { return utf8_to_utf32(from->utf8); });
+    static const open_iconv iconv_16("UTF-16LE", "UTF-8"), iconv_32("UTF-32LE", "UTF-8");
+    to_16.add("iconv",
+              [from] { return iconv_16.convert<std::u16string>(from->utf8, from->utf8.size()); });
+    to_32.add("iconv",
+              [from] { return iconv_32.convert<std::u32string>(from->utf8, from->utf8.size()); });
 #ifdef HAVE_ICU
-    add(to_16 + "/icu", size, units, [=] { return icu_used(icu::UnicodeString::fromUTF8(text)); });
-    add(to_32 + "/icu", size, points,
-        [=] { return icu_to_utf32(icu::UnicodeString::fromUTF8(text)); });
+    to_16.add("icu", [from] { return icu::UnicodeString::fromUTF8(from->utf8); });
+    to_32.add("icu", [from] { return icu_to_utf32(icu::UnicodeString::fromUTF8(from->utf8)); });
 #endif
 #ifdef HAVE_QT6
-    add(to_16 + "/qt", size, units, [=] { return used(QString::fromUtf8(text.data(), size)); });
-    add(to_32 + "/qt", size, points,
-        [=] { return used(QString::fromUtf8(text.data(), size).toUcs4()); });
+    to_16.add("qt", [from] { return qt_from_utf8(from->utf8); });
+    to_32.add("qt", [from] { return qt_from_utf8(from->utf8).toUcs4(); });
 #endif
 #ifdef HAVE_BOOST_LOCALE_UTF
-    add(to_16 + "/boost", size, units,
-        [=] { return used(boost::locale::conv::utf_to_utf<char16_t>(text)); });
-    add(to_32 + "/boost", size, points,
-        [=] { return used(boost::locale::conv::utf_to_utf<char32_t>(text)); });
+    to_16.add("boost", [from] { return boost::locale::conv::utf_to_utf<char16_t>(from->utf8); });
+    to_32.add("boost", [from] { return boost::locale::conv::utf_to_utf<char32_t>(from->utf8); });
 #endif
 }
 
-void add_from_utf16(const std::string& kind, const std::string& sentence) {
-    const strings::ustring16 ours = repeated(strings::utf8_to_utf16(sentence));
-    const std::u16string text(ours.begin(), ours.end());
-    const std::size_t size = text.size();
-    const std::size_t bytes = 2 * size;
-
-    const result_size units = utf16_to_utf8(ours).size();
-    const result_size points = utf16_to_utf32(ours).size();
-    const std::string to_8 = "utf16_to_utf8/" + kind;
-    const std::string to_32 = "utf16_to_utf32/" + kind;
-    add(to_8 + "/tova", bytes, units, [=] { return used(utf16_to_utf8(ours)); });
-    add(to_32 + "/tova", bytes, points, [=] { return used(utf16_to_utf32(ours)); });
-
-    const open_iconv iconv_8("UTF-8", "UTF-16LE");
-    const open_iconv iconv_32("UTF-32LE", "UTF-16LE");
-    add(to_8 + "/iconv", bytes, units,
-        [=] { return iconv_8.convert<std::string>(text, 3 * size); });
-    add(to_32 + "/iconv", bytes, points,
-        [=] { return iconv_32.convert<std::u32string>(text, size); });
+void add_from_utf16(const std::string& name, source* from) {
+    auto to_8 = begin("utf16_to_utf8", name, from, [from] { return utf16_to_utf8(from->utf16); });
+    auto to_32 =
+        begin("utf16_to_utf32", name, from, [from] { return utf16_to_utf32(from->utf16); });
+    static const open_iconv iconv_8("UTF-8", "UTF-16LE"), iconv_32("UTF-32LE", "UTF-16LE");
+    to_8.add("iconv",
+             [from] { return iconv_8.convert<std::string>(from->u16, 3 * from->u16.size()); });
+    to_32.add("iconv",
+              [from] { return iconv_32.convert<std::u32string>(from->u16, from->u16.size()); });
 #ifdef HAVE_ICU
-    const icu::UnicodeString theirs(text.data(), static_cast<std::int32_t>(size));
-    add(to_8 + "/icu", bytes, units, [=] { return icu_to_utf8(theirs); });
-    add(to_32 + "/icu", bytes, points, [=] { return icu_to_utf32(theirs); });
+    to_8.add("icu", [from] { return icu_to_utf8(from->icu); });
+    to_32.add("icu", [from] { return icu_to_utf32(from->icu); });
 #endif
 #ifdef HAVE_QT6
-    const QString qt = QString::fromUtf16(text.data(), static_cast<qsizetype>(size));
-    add(to_8 + "/qt", bytes, units, [=] { return used(qt.toUtf8()); });
-    add(to_32 + "/qt", bytes, points, [=] { return used(qt.toUcs4()); });
+    to_8.add("qt", [from] { return from->qt.toUtf8(); });
+    to_32.add("qt", [from] { return from->qt.toUcs4(); });
 #endif
 #ifdef HAVE_BOOST_LOCALE_UTF
-    add(to_8 + "/boost", bytes, units,
-        [=] { return used(boost::locale::conv::utf_to_utf<char>(text)); });
-    add(to_32 + "/boost", bytes, points,
-        [=] { return used(boost::locale::conv::utf_to_utf<char32_t>(text)); });
+    to_8.add("boost", [from] { return boost::locale::conv::utf_to_utf<char>(from->u16); });
+    to_32.add("boost", [from] { return boost::locale::conv::utf_to_utf<char32_t>(from->u16); });
 #endif
 }
 
-void add_from_utf32(const std::string& kind, const std::string& sentence) {
-    const strings::ustring32 ours = repeated(strings::utf8_to_utf32(sentence));
-    const std::u32string text(ours.begin(), ours.end());
-    const std::size_t size = text.size();
-    const std::size_t bytes = 4 * size;
-
-    const result_size bytes_8 = utf32_to_utf8(ours).size();
-    const result_size units = utf32_to_utf16(ours).size();
-    const std::string to_8 = "utf32_to_utf8/" + kind;
-    const std::string to_16 = "utf32_to_utf16/" + kind;
-    add(to_8 + "/tova", bytes, bytes_8, [=] { return used(utf32_to_utf8(ours)); });
-    add(to_16 + "/tova", bytes, units, [=] { return used(utf32_to_utf16(ours)); });
-
-    const open_iconv iconv_8("UTF-8", "UTF-32LE");
-    const open_iconv iconv_16("UTF-16LE", "UTF-32LE");
-    add(to_8 + "/iconv", bytes, bytes_8,
-        [=] { return iconv_8.convert<std::string>(text, 4 * size); });
-    add(to_16 + "/iconv", bytes, units,
-        [=] { return iconv_16.convert<std::u16string>(text, 2 * size); });
+// Our pairs are not those of UTF-16, so the results to 16 bits agree in their length only.
+void add_from_utf32(const std::string& name, source* from) {
+    auto to_8 = begin("utf32_to_utf8", name, from, [from] { return utf32_to_utf8(from->utf32); });
+    auto to_16 =
+        begin("utf32_to_utf16", name, from, [from] { return utf32_to_utf16(from->utf32); });
+    static const open_iconv iconv_8("UTF-8", "UTF-32LE"), iconv_16("UTF-16LE", "UTF-32LE");
+    to_8.add("iconv",
+             [from] { return iconv_8.convert<std::string>(from->u32, 4 * from->u32.size()); });
+    to_16.add(
+        "iconv",
+        [from] { return iconv_16.convert<std::u16string>(from->u32, 2 * from->u32.size()); },
+        same_size());
 #ifdef HAVE_ICU
-    add(to_8 + "/icu", bytes, bytes_8, [=] { return icu_to_utf8(icu_from_utf32(text)); });
-    add(to_16 + "/icu", bytes, units, [=] { return icu_used(icu_from_utf32(text)); });
+    to_8.add("icu", [from] { return icu_to_utf8(icu_from_utf32(from->u32)); });
+    to_16.add(
+        "icu", [from] { return icu_from_utf32(from->u32); }, same_size());
 #endif
 #ifdef HAVE_QT6
-    const auto to_qt = [=] { return QString::fromUcs4(text.data(), static_cast<qsizetype>(size)); };
-    add(to_8 + "/qt", bytes, bytes_8, [=] { return used(to_qt().toUtf8()); });
-    add(to_16 + "/qt", bytes, units, [=] { return used(to_qt()); });
+    to_8.add("qt", [from] { return qt_from_utf32(from->u32).toUtf8(); });
+    to_16.add(
+        "qt", [from] { return qt_from_utf32(from->u32); }, same_size());
 #endif
 #ifdef HAVE_BOOST_LOCALE_UTF
-    add(to_8 + "/boost", bytes, bytes_8,
-        [=] { return used(boost::locale::conv::utf_to_utf<char>(text)); });
-    add(to_16 + "/boost", bytes, units,
-        [=] { return used(boost::locale::conv::utf_to_utf<char16_t>(text)); });
+    to_8.add("boost", [from] { return boost::locale::conv::utf_to_utf<char>(from->u32); });
+    to_16.add(
+        "boost", [from] { return boost::locale::conv::utf_to_utf<char16_t>(from->u32); },
+        same_size());
 #endif
+}
+
+// The sources stay until the program ends.
+source* made(const char* sentence, std::size_t bytes, std::size_t width) {
+    source* const from = new source;
+    from->sentence = sentence;
+    from->bytes = bytes;
+    from->width = width;
+    return from;
 }
 
 const bool added = [] {
     for (const auto& text : texts) {
-        add_from_utf8(text.kind, text.sentence);
-        add_from_utf16(text.kind, text.sentence);
-        add_from_utf32(text.kind, text.sentence);
+        for (const auto& size : sizes) {
+            const std::string name = std::string(text.kind) + "/" + size.name;
+            add_from_utf8(name, made(text.sentence, size.bytes, 1));
+            add_from_utf16(name, made(text.sentence, size.bytes, 2));
+            add_from_utf32(name, made(text.sentence, size.bytes, 4));
+        }
     }
     return true;
 }();
