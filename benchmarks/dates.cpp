@@ -6,7 +6,7 @@
 // 29 February does not occur among the results.
 #include <tova/system/date_time/date_time.hpp>
 
-#include <benchmark/benchmark.h>
+#include "cell.hpp"
 
 #include <chrono>
 #include <cstdint>
@@ -14,12 +14,18 @@
 #include <string>
 #include <vector>
 
+#ifdef HAVE_ABSL
+#include <absl/time/civil_time.h>
+#endif
 #ifdef HAVE_BOOST_GREGORIAN
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 #endif
 #ifdef HAVE_HINNANT
 #include <date/date.h>
+#endif
+#ifdef HAVE_QT6
+#include <QDate>
 #endif
 
 namespace {
@@ -175,6 +181,96 @@ fields today() {
 }  // namespace hinnant_dates
 #endif
 
+// The date part alone of three more libraries.
+
+namespace chrono_dates {
+
+std::chrono::sys_days made(const fields& date) {
+    return std::chrono::year(static_cast<int>(date.year)) / std::chrono::month(date.month) /
+           std::chrono::day(date.day);
+}
+
+fields told(const std::chrono::sys_days& day) {
+    const std::chrono::year_month_day parts(day);
+    return {static_cast<unsigned>(static_cast<int>(parts.year())),
+            static_cast<unsigned>(parts.month()), static_cast<unsigned>(parts.day())};
+}
+
+unsigned to_number(const fields& date) {
+    return static_cast<unsigned>(made(date).time_since_epoch().count() + number_of_1970);
+}
+
+fields from_number(unsigned number) {
+    return told(
+        std::chrono::sys_days(std::chrono::days(static_cast<int>(number) - number_of_1970)));
+}
+
+fields add(const fields& start, int days) {
+    return told(made(start) + std::chrono::days(days));
+}
+
+}  // namespace chrono_dates
+
+#ifdef HAVE_ABSL
+namespace absl_dates {
+
+const absl::CivilDay first_day(1970, 1, 1);
+
+absl::CivilDay made(const fields& date) {
+    return absl::CivilDay(date.year, static_cast<int>(date.month), static_cast<int>(date.day));
+}
+
+fields told(const absl::CivilDay& date) {
+    return {static_cast<unsigned>(date.year()), static_cast<unsigned>(date.month()),
+            static_cast<unsigned>(date.day())};
+}
+
+unsigned to_number(const fields& date) {
+    return static_cast<unsigned>(made(date) - first_day + number_of_1970);
+}
+
+fields from_number(unsigned number) {
+    return told(first_day + (static_cast<int>(number) - number_of_1970));
+}
+
+fields add(const fields& start, int days) {
+    return told(made(start) + days);
+}
+
+}  // namespace absl_dates
+#endif
+
+#ifdef HAVE_QT6
+namespace qt_dates {
+
+const qint64 first_day = QDate(1970, 1, 1).toJulianDay() - number_of_1970;
+
+QDate made(const fields& date) {
+    return QDate(static_cast<int>(date.year), static_cast<int>(date.month),
+                 static_cast<int>(date.day));
+}
+
+fields told(const QDate& date) {
+    int year, month, day;
+    date.getDate(&year, &month, &day);
+    return {static_cast<unsigned>(year), static_cast<unsigned>(month), static_cast<unsigned>(day)};
+}
+
+unsigned to_number(const fields& date) {
+    return static_cast<unsigned>(made(date).toJulianDay() - first_day);
+}
+
+fields from_number(unsigned number) {
+    return told(QDate::fromJulianDay(first_day + number));
+}
+
+fields add(const fields& start, int days) {
+    return told(made(start).addDays(days));
+}
+
+}  // namespace qt_dates
+#endif
+
 struct work {
     fields date;
     unsigned number;
@@ -231,21 +327,24 @@ void add_benchmark(const std::string& name, Step step, Expected expected) {
 }
 
 template <unsigned (*ToNumber)(const fields&), fields (*FromNumber)(unsigned),
-          fields (*Add)(const fields&, int), unsigned (*TimeOfDay)(unsigned, int),
-          fields (*Today)()>
-void register_library(const std::string& library) {
+          fields (*Add)(const fields&, int)>
+void register_dates(const std::string& library) {
     add_benchmark(
-        "number/of dates/" + library, [](const work& item) { return ToNumber(item.date); },
+        "number/of_dates/" + library, [](const work& item) { return ToNumber(item.date); },
         [](const work& item) { return item.number; });
     add_benchmark(
-        "date/of numbers/" + library,
+        "date/of_numbers/" + library,
         [](const work& item) { return word_of(FromNumber(item.number)); },
         [](const work& item) { return word_of(item.date); });
     add_benchmark(
         "add/days/" + library, [](const work& item) { return word_of(Add(item.date, item.days)); },
         [](const work& item) { return word_of(item.moved); });
+}
+
+template <unsigned (*TimeOfDay)(unsigned, int), fields (*Today)()>
+void register_times(const std::string& library) {
     add_benchmark(
-        "add/times of day/" + library,
+        "add/times_of_day/" + library,
         [](const work& item) { return TimeOfDay(item.milliseconds, item.move); },
         [](const work& item) {
             const long moved = static_cast<long>(item.milliseconds) + item.move + 86400000;
@@ -260,16 +359,49 @@ void register_library(const std::string& library) {
     });
 }
 
+// The floor: the calls that our classes take, with the known results.
+void register_floor() {
+    using bench_support::called;
+    const auto number = [](const work& item) {
+        benchmark::DoNotOptimize(called(item.date.day));
+        return called(item.number);
+    };
+    const auto date = [](const work& item) {
+        benchmark::DoNotOptimize(called(item.number));
+        return called(item.date.year) * 10000 + called(item.date.month) * 100 +
+               called(item.date.day);
+    };
+    const auto moved = [](const work& item) {
+        benchmark::DoNotOptimize(called(item.date.day));
+        benchmark::DoNotOptimize(called(item.days));
+        return called(item.moved.year) * 10000 + called(item.moved.month) * 100 +
+               called(item.moved.day);
+    };
+    add_benchmark("number/of_dates/floor", number, number);
+    add_benchmark("date/of_numbers/floor", date, date);
+    add_benchmark("add/days/floor", moved, moved);
+}
+
 bool register_all() {
-    register_library<tova_dates::to_number, tova_dates::from_number, tova_dates::add,
-                     tova_dates::time_of_day, tova_dates::today>("tova");
+    register_dates<tova_dates::to_number, tova_dates::from_number, tova_dates::add>("tova");
+    register_times<tova_dates::time_of_day, tova_dates::today>("tova");
+    register_floor();
+    register_dates<chrono_dates::to_number, chrono_dates::from_number, chrono_dates::add>(
+        "std_chrono");
+#ifdef HAVE_ABSL
+    register_dates<absl_dates::to_number, absl_dates::from_number, absl_dates::add>("abseil");
+#endif
 #ifdef HAVE_BOOST_GREGORIAN
-    register_library<boost_dates::to_number, boost_dates::from_number, boost_dates::add,
-                     boost_dates::time_of_day, boost_dates::today>("boost");
+    register_dates<boost_dates::to_number, boost_dates::from_number, boost_dates::add>("boost");
+    register_times<boost_dates::time_of_day, boost_dates::today>("boost");
 #endif
 #ifdef HAVE_HINNANT
-    register_library<hinnant_dates::to_number, hinnant_dates::from_number, hinnant_dates::add,
-                     hinnant_dates::time_of_day, hinnant_dates::today>("hinnant");
+    register_dates<hinnant_dates::to_number, hinnant_dates::from_number, hinnant_dates::add>(
+        "hinnant");
+    register_times<hinnant_dates::time_of_day, hinnant_dates::today>("hinnant");
+#endif
+#ifdef HAVE_QT6
+    register_dates<qt_dates::to_number, qt_dates::from_number, qt_dates::add>("qt");
 #endif
     return true;
 }

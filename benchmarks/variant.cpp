@@ -3,31 +3,40 @@
 #include <tova/generic/varg_list.hpp>
 #include <tova/types/variant.hpp>
 
-#include <benchmark/benchmark.h>
+#include "cell.hpp"
 
 #include <any>
 #include <charconv>
 #include <string>
+#include <variant>
 #include <vector>
 
-#ifdef HAVE_QT6
-#include <QString>
-#include <QVariant>
-#include <QVariantMap>
+#ifdef HAVE_BOOST_LEXICAL_CAST
+#include <boost/lexical_cast.hpp>
 #endif
 #ifdef HAVE_BOOST_VARIANT
 #include <boost/any.hpp>
 #include <boost/variant.hpp>
 #endif
+#ifdef HAVE_POCO
+#include <Poco/Dynamic/Var.h>
+#endif
+#ifdef HAVE_QT6
+#include <QString>
+#include <QVariant>
+#include <QVariantMap>
+#endif
 
 namespace {
 
+using bench_support::cell;
 using tova::generic::argument;
 using tova::generic::varg_list;
 using tova::strings::ustring8;
 using tova::types::variant;
 
 const int number = 1234567;
+const double real = 1234.5;
 const std::string short_text = "1234567";
 const std::string long_text(100, 'x');
 
@@ -66,7 +75,7 @@ void register_library(const std::string& library, const Source& text, const Sour
                                      [=](benchmark::State& state) { function(state, source); });
     };
     add("construct/int/", construct<Value, int>, number);
-    add("construct/double/", construct<Value, double>, 1.5);
+    add("construct/double/", construct<Value, double>, real);
     add("construct/short_text/", construct<Value, Source>, text);
     add("construct/long_text/", construct<Value, Source>, long_value);
     add("copy/int/", copy<Value, int>, number);
@@ -75,6 +84,31 @@ void register_library(const std::string& library, const Source& text, const Sour
     add("copy_100/int/", copy_many<Value, int>, number);
     add("copy_100/long_text/", copy_many<Value, Source>, long_value);
 }
+
+// The floor of our own: one allocation for each value, shared by its copies.
+class counted_value {
+public:
+    template <typename Value>
+    explicit counted_value(const Value& value) : m_body(new typed<Value>(value)) {}
+    counted_value(const counted_value& other) : m_body(other.m_body) { ++m_body->count; }
+    counted_value& operator=(const counted_value&) = delete;
+    ~counted_value() {
+        if (--m_body->count == 0)
+            delete m_body;
+    }
+
+private:
+    struct body {
+        virtual ~body() {}
+        unsigned count = 1;
+    };
+    template <typename Value>
+    struct typed : body {
+        explicit typed(const Value& source) : value(source) {}
+        Value value;
+    };
+    body* m_body;
+};
 
 // Repeats a step on one value.
 template <typename Step>
@@ -94,40 +128,76 @@ int to_int(const std::string& text) {
     return value;
 }
 
-void register_conversions() {
+void register_text_to_int() {
     const variant text(short_text.c_str());
-    const variant integer(number);
-    const variant floating(1234.5);
-    register_step("convert/text_to_int/tova", [text] { return text.as_int(); });
-    register_step("convert/int_to_text/tova", [integer] { return integer.as_string(); });
-    register_step("convert/int_to_double/tova", [integer] { return integer.as_double(); });
-    register_step("convert/double_to_int/tova", [floating] { return floating.as_int(); });
-    register_step("convert/text_to_text/tova", [text] { return text.as_string(); });
-    register_step("convert/text_to_bool/tova", [text] { return text.as_bool(); });
-
-    const std::any any_text(short_text);
-    const std::any any_integer(number);
-    const std::any any_floating(1234.5);
-    register_step("convert/text_to_int/std_any",
-                  [any_text] { return to_int(*std::any_cast<std::string>(&any_text)); });
-    register_step("convert/int_to_text/std_any",
-                  [any_integer] { return std::to_string(std::any_cast<int>(any_integer)); });
-    register_step("convert/int_to_double/std_any",
-                  [any_integer] { return static_cast<double>(std::any_cast<int>(any_integer)); });
-    register_step("convert/double_to_int/std_any",
-                  [any_floating] { return static_cast<int>(std::any_cast<double>(any_floating)); });
-    register_step("convert/text_to_text/std_any",
-                  [any_text] { return std::any_cast<std::string>(any_text); });
+    const std::any any(short_text);
+    cell work("convert/text_to_int", [text] { return text.as_int(); });
+    work.add("floor", [] { return bench_support::called(number); });
+    work.add("std_any", [any] { return to_int(*std::any_cast<std::string>(&any)); });
+#ifdef HAVE_BOOST_LEXICAL_CAST
+    const boost::any boosted(short_text);
+    work.add("boost_any", [boosted] {
+        return boost::lexical_cast<int>(*boost::any_cast<std::string>(&boosted));
+    });
+#endif
+#ifdef HAVE_POCO
+    const Poco::Dynamic::Var poco(short_text);
+    work.add("poco", [poco] { return poco.convert<int>(); });
+#endif
 #ifdef HAVE_QT6
-    const QVariant qt_text(QString::fromStdString(short_text));
-    const QVariant qt_integer(number);
-    const QVariant qt_floating(1234.5);
-    register_step("convert/text_to_int/qvariant", [qt_text] { return qt_text.toInt(); });
-    register_step("convert/int_to_text/qvariant", [qt_integer] { return qt_integer.toString(); });
-    register_step("convert/int_to_double/qvariant", [qt_integer] { return qt_integer.toDouble(); });
-    register_step("convert/double_to_int/qvariant", [qt_floating] { return qt_floating.toInt(); });
-    register_step("convert/text_to_text/qvariant", [qt_text] { return qt_text.toString(); });
-    register_step("convert/text_to_bool/qvariant", [qt_text] { return qt_text.toBool(); });
+    const QVariant qt(QString::fromStdString(short_text));
+    work.add("qvariant", [qt] { return qt.toInt(); });
+#endif
+}
+
+// From a number of either type to a string.
+template <typename Number>
+void register_to_text(const std::string& name, Number value) {
+    const variant ours(value);
+    cell work("convert/" + name, [ours] { return ours.as_string(); });
+    work.floor_is_a_copy();
+    if constexpr (std::is_same<Number, int>::value) {
+        const std::any any(value);
+        work.add("std_any", [any] { return std::to_string(std::any_cast<int>(any)); });
+    }
+#ifdef HAVE_BOOST_LEXICAL_CAST
+    const boost::any boosted(value);
+    work.add("boost_any", [boosted] {
+        return boost::lexical_cast<std::string>(boost::any_cast<Number>(boosted));
+    });
+#endif
+#ifdef HAVE_POCO
+    const Poco::Dynamic::Var poco(value);
+    work.add("poco", [poco] { return poco.convert<std::string>(); });
+#endif
+#ifdef HAVE_QT6
+    const QVariant qt(value);
+    work.add("qvariant", [qt] { return qt.toString(); });
+#endif
+}
+
+void register_conversions() {
+    register_text_to_int();
+    register_to_text("int_to_text", number);
+    register_to_text("double_to_text", real);
+
+    const variant text(short_text.c_str()), integer(number), floating(real);
+    const std::any any_text(short_text), any_integer(number), any_floating(real);
+    cell to_double("convert/int_to_double", [integer] { return integer.as_double(); });
+    cell to_int("convert/double_to_int", [floating] { return floating.as_int(); });
+    cell to_text("convert/text_to_text", [text] { return text.as_string(); });
+    cell to_bool("convert/text_to_bool", [text] { return text.as_bool(); });
+    to_double.add("std_any", [=] { return static_cast<double>(std::any_cast<int>(any_integer)); });
+    to_int.add("std_any", [=] { return static_cast<int>(std::any_cast<double>(any_floating)); });
+    to_text.add("std_any", [any_text] { return std::any_cast<std::string>(any_text); });
+    to_text.floor_is_a_copy();
+#ifdef HAVE_QT6
+    const QVariant qt_text(QString::fromStdString(short_text)), qt_integer(number), qt_real(real);
+    to_double.add("qvariant", [qt_integer] { return qt_integer.toDouble(); });
+    // It rounds, where ours truncates.
+    to_int.add("qvariant", [qt_real] { return static_cast<int>(qt_real.toDouble()); });
+    to_text.add("qvariant", [qt_text] { return qt_text.toString(); });
+    to_bool.add("qvariant", [qt_text] { return qt_text.toBool(); });
 #endif
 }
 
@@ -158,11 +228,16 @@ void register_lists() {
 
 const bool registered = [] {
     register_library<variant>("tova", short_text, long_text);
+    register_library<counted_value>("floor", short_text, long_text);
     register_library<std::any>("std_any", short_text, long_text);
+    register_library<std::variant<int, double, std::string>>("std_variant", short_text, long_text);
 #ifdef HAVE_BOOST_VARIANT
     register_library<boost::any>("boost_any", short_text, long_text);
     register_library<boost::variant<int, double, std::string>>("boost_variant", short_text,
                                                                long_text);
+#endif
+#ifdef HAVE_POCO
+    register_library<Poco::Dynamic::Var>("poco", short_text, long_text);
 #endif
 #ifdef HAVE_QT6
     register_library<QVariant>("qvariant", QString::fromStdString(short_text),
