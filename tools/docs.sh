@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds the site in build/docs/html: the guides and the reference. Any warning is an error.
+# Builds the site in build/docs/html: the guides and the reference. Any warning is an error, and so is
+# a public name without a text or an exported symbol without an entry.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -20,4 +21,6 @@ if [[ -s build/docs/warnings.txt ]]; then
     echo "docs: $(wc -l <build/docs/warnings.txt) warnings" >&2
     exit 1
 fi
+docs/site/check_names.py --self-test
+docs/site/check_names.py
 echo "docs: open build/docs/html/index.html"

@@ -280,8 +280,10 @@ def convert(lines, header=""):
             special = special_text(owner, statement)
             # What the first declaration of a block does is not what a copy or a destructor does.
             is_assignment = re.search(r"\b(operator=|assign)\s*\(", " ".join(statement))
-            if special and not (is_assignment and text):
+            if special and (special == DELETED or not (is_assignment and text)):
                 own = [f"{indent}/// {special}"]
+        if own and "`!=`" not in "\n".join(own) and declared_name(statement) == "operator!=":
+            own = [f"{indent}/// Returns the opposite of `==`:", f"{indent}///"] + own
         if "///<" in "\n".join(statement):
             own = []
         out.extend(own)

@@ -83,7 +83,7 @@ public:
     /// Returns the node of that key, or null. The pointer is valid until the node is removed.
     const config_node* get_value(const strings::ustring8& key) const;
 
-    /// Call the operations of `config_tree`, the second one with an empty prefix.
+    /// Calls the operation of the same name of `config_tree`, with an empty prefix.
     void get_array(const strings::ustring8& key, config_node_list& out);
     void get_value_pair_array(const strings::ustring8& key, config_node_list& out, bool recursive);
 

@@ -33,7 +33,7 @@ public:
     /// returns the result, and nothing else uses it.
     virtual bool setup(config_item_list& items) const = 0;
 
-    /// Load, unload or save every source. A manager ignores the results.
+    /// Loads, unloads or saves every source. A manager ignores the result.
     virtual bool load(config_item_list& items) const = 0;
     virtual bool unload(config_item_list& items) const = 0;
     virtual bool save(config_item_list& items) const = 0;

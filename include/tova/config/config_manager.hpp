@@ -44,7 +44,7 @@ public:
     /// what `setup` returns.
     bool init(const config_dispatch& dispatcher);
 
-    /// Let the dispatcher load, unload or save all sources. Return false without a dispatcher and
+    /// Lets the dispatcher load, unload or save all sources. Returns false without a dispatcher and
     /// true otherwise; that a source fails doesn't show here.
     ///
     /// A second `load` without `init` stores over what the first one found, and finds `cfg_file` in

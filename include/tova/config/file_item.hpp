@@ -45,7 +45,7 @@ public:
     /// Calls `load_file`. Returns true.
     bool load() override;
 
-    /// Both replace the file by the sections of the tree and their entries, in byte order of the
+    /// Replaces the file by the sections of the tree and their entries, in byte order of the
     /// lower-case keys. Keys at the top level, entries below other entries and comments are lost.
     ///
     /// Contract: an entry is written under every section whose name has as many bytes as that of

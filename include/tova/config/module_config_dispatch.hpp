@@ -33,8 +33,8 @@ public:
     /// Appends a `file_item` for each name, an `enviroment_item` and a `user_item`. Returns true.
     bool setup(config_item_list& items) const override;
 
-    /// Call the operation of the same name of each item, in list order. `load` and `save` of an
-    /// item get the whole list. Return true.
+    /// Calls the operation of the same name of each item, in list order. `load` and `save` of an
+    /// item get the whole list. Returns true.
     bool load(config_item_list& items) const override;
     bool unload(config_item_list& items) const override;
     bool save(config_item_list& items) const override;

@@ -31,8 +31,8 @@ public:
     /// Appends a `commandline_item`, a `file_item` and an `enviroment_item`. Returns true.
     bool setup(config_item_list& items) const override;
 
-    /// Call the operation of the same name of each item, in list order. `load` and `save` of an
-    /// item get the whole list. Return true.
+    /// Calls the operation of the same name of each item, in list order. `load` and `save` of an
+    /// item get the whole list. Returns true.
     bool load(config_item_list& items) const override;
     bool unload(config_item_list& items) const override;
     bool save(config_item_list& items) const override;

@@ -79,8 +79,7 @@ public:
     const argument& at(const strings::ustring8& name) const;
     const argument& operator[](const strings::ustring8& name) const;
 
-    /// The argument at a position. All four raise `std::out_of_range` for a position of `count()`
-    /// or more.
+    /// The argument at a position. Raises `std::out_of_range` for a position of `count()` or more.
     const argument& at(unsigned long position) const;
     const argument& operator[](unsigned long position) const;
     argument& at(unsigned long position);
@@ -91,7 +90,7 @@ public:
     iterator find(const strings::ustring8& name);
     const_iterator find(const strings::ustring8& name) const;
 
-    /// The arguments in order; what changes through an iterator is not checked. Never fail.
+    /// The arguments in order; what changes through an iterator is not checked. Never fails.
     iterator begin();
     const_iterator begin() const;
     iterator end();
@@ -103,12 +102,12 @@ public:
     /// Whether there are no arguments. Never fails.
     bool empty() const;
 
-    /// Compares the list with nil, which it equals if it is empty. Never fail.
+    /// Compares the list with nil, which it equals if it is empty. Never fails.
     bool equal(const types::nil_t& nil_tag) const;
     bool operator==(const types::nil_t& nil_tag) const;
     bool operator!=(const types::nil_t& nil_tag) const;
 
-    /// Both remove all arguments. Never fail.
+    /// Removes all arguments. Never fails.
     void clear();
     void erase();
 

@@ -83,7 +83,7 @@ public:
                                   const strings::ustring8::const_iterator& end);
 
     /// The tokens in document order, including those of earlier documents. Iterators stay valid
-    /// while tokens are appended. Never fail.
+    /// while tokens are appended. Never fails.
     std::list<token>::iterator begin();
     std::list<token>::iterator end();
     std::list<token>::const_iterator begin() const;
@@ -96,7 +96,7 @@ public:
     ///
     /// The stream's parser calls these; each appends its token or tokens. They are public because
     /// the parser reaches them through delegates; a program that calls one adds tokens of its own.
-    /// Raise only what an allocation raises.
+    /// Raises only what an allocation raises.
     /// @{
     void on_element_start(const strings::ustring8& name);
     void on_element_end(const strings::ustring8& name);

@@ -48,9 +48,9 @@ public:
     unsigned int day() const;
     unsigned int get_days() const;
 
-    /// Store a value and return it. `day` accepts 1 to 31 whatever the month, `month` accepts 1 to
-    /// 12, `year` any number. Raise `exceptions::out_of_range` for other values, and keep the old
-    /// one.
+    /// Stores a value and returns it. `day` accepts 1 to 31 whatever the month, `month` accepts 1
+    /// to 12, `year` any number. Raises `exceptions::out_of_range` for other values, and keeps the
+    /// old one.
     unsigned int day(unsigned int value);
     unsigned int month(unsigned int value);
     unsigned int year(unsigned int value);

@@ -39,9 +39,9 @@ public:
     unsigned int second() const;       ///< 0 to 59.
     unsigned int millisecond() const;  ///< 0 to 999.
 
-    /// Store a value and return it: hours below 24, minutes and seconds below 60 (a leap second is
-    /// out of range), milliseconds below 1000. Raise `exceptions::out_of_range` for other values,
-    /// and keep the old one.
+    /// Stores a value and returns it: hours below 24, minutes and seconds below 60 (a leap second
+    /// is out of range), milliseconds below 1000. Raises `exceptions::out_of_range` for other
+    /// values, and keeps the old one.
     unsigned int hour(unsigned int value);
     unsigned int minute(unsigned int value);
     unsigned int second(unsigned int value);
