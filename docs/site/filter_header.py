@@ -123,7 +123,8 @@ def links(header, name, owner, indent):
     """The comment lines with the surprises of one declaration."""
     if not name or name.startswith(("~", "operator")):
         return []
-    wanted = {name, f"{owner}::{name}"} if owner else {name}
+    # The surprises of a class are at the class, not at each of its constructors.
+    wanted = {f"{owner}::{name}"} | ({name} if name != owner else set()) if owner else {name}
     sections = [s for s in surprises(header) if s[2] & wanted]
     if not sections:
         return []
@@ -162,9 +163,10 @@ def special_text(scope, statement):
         return f"Becomes a copy of the argument, and returns this object. {scope.copies}"
     if re.match(rf"(virtual )?~{name}\s*\(", code):
         if re.search(r"\bvirtual\b|\boverride\b", code):
-            return "Virtual, so an object may be deleted through a pointer to a base class. Never fails."
-        return ("Not virtual, so an object may not be deleted through a pointer to a base class. "
-                "Never fails.")
+            return ("Virtual: an object of a derived class may be deleted through a pointer to this "
+                    "class. Never fails.")
+        return ("Not virtual: an object of a derived class must not be deleted through a pointer to "
+                "this class. Never fails.")
     return ""
 
 
@@ -237,9 +239,11 @@ def convert(lines, header=""):
         opening = " ".join(code_of(l) for l in lines[index:end + 1])
         kind = TYPE.match(opening)
         if kind and "{" not in opening.split(";")[0]:  # declared only
-            out.extend(comment)
+            # A template that is declared for its specialization would get a page without a text.
+            if not opening.lstrip().startswith("template"):
+                out.extend(comment)
+                out.extend(lines[index:end + 1])
             comment = []
-            out.extend(lines[index:end + 1])
             index = end + 1
             continue
         if kind and kind.group(1) == "enum":

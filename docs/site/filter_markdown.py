@@ -6,6 +6,7 @@ headings. Doxygen needs a name for each page and heading instead. docs/files.md 
 `guide_files`, and its heading "Where it fails" gets the name `guide_files-where-it-fails`, which is
 also the last part of its address on the site.
 """
+import html
 import pathlib
 import re
 import sys
@@ -13,6 +14,8 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 HEADING = re.compile(r"^(#{1,4}) (.+?)\s*$")
 LINK = re.compile(r"(!?)\[([^\]]*)\]\(([^)\s]+)\)")
+# Code that Doxygen takes for a tag at the start of a line, or for a link.
+MARKUP_CODE = re.compile(r"`(<[^`\\@%|]*>|&#[^`\\@%|]*)`")
 FENCE = re.compile(r"^(\s*)(```+|~~~+)(\w*)(.*)$")
 
 
@@ -100,6 +103,8 @@ def convert(path):
                 # What has no page of its own is named without a link.
                 return f"[{match.group(2)}]({goal})" if goal else match.group(2)
             line = LINK.sub(replace, line)
+            line = MARKUP_CODE.sub(
+                lambda m: f"<code>{html.escape(m.group(1), quote=False)}</code>".replace("#", r"\#"), line)
         print(line)
 
 

@@ -52,7 +52,7 @@ class TOVA_API base_config_item
     : public generic::abilities::reference_count_pointer_ability<base_config_item>,
       public generic::abilities::clone_ability {
 public:
-    /// Has an empty name and an empty tree.
+    /// An empty name and an empty tree.
     base_config_item();
 
     /// Copies the name and the whole tree. The copy has count 0 and no heap mark.

@@ -33,7 +33,7 @@ namespace config {
 /// `std::bad_alloc`.
 class TOVA_API config_manager {
 public:
-    /// Has no sources and no dispatcher: lookups find nothing.
+    /// No sources and no dispatcher: lookups find nothing.
     config_manager();
     config_manager(const config_manager&) = delete;
     config_manager& operator=(const config_manager&) = delete;

@@ -91,15 +91,16 @@ public:
     /// Adds the locale of every message to the set of locales, without clearing the set first.
     void gen_lang_set() const;
 
-    /// Copies name, locales and messages. The counts and heap marks of both objects stay.
+    /// Copies name, locales and messages, and returns this catalog. The counts and heap marks of
+    /// both objects stay.
     catalog_t& operator=(const catalog_t& other);
     catalog_t& assign(const catalog_t& other);
 
-    /// Empties name, locales and messages.
+    /// Empties name, locales and messages, and returns this catalog.
     catalog_t& operator=(const types::nil_t& nil);
     catalog_t& assign(const types::nil_t& nil);
 
-    /// Whether name, locales and messages are empty.
+    /// Whether name, locales and messages are empty. Never fails.
     bool operator==(const types::nil_t& nil) const;
     bool operator!=(const types::nil_t& nil) const;
     bool equal(const types::nil_t& nil) const;

@@ -115,6 +115,8 @@ public:
     /// says where it came from, and a message with nothing but a locale is nil.
     message_t& operator=(const types::nil_t& nil);
     message_t& assign(const types::nil_t& nil);
+
+    /// Whether key, items and meta text are empty, whatever the locale. Never fails.
     bool operator==(const types::nil_t& nil) const;
     bool equal(const types::nil_t& nil) const;
 

@@ -119,11 +119,12 @@ public:
     /// containers of both sets stay.
     message_catalogs& operator=(const message_catalogs& other);
     message_catalogs& assign(const message_catalogs& other);
-    /// Removes all catalogs. The resolve container stays.
+
+    /// Removes all catalogs, and returns this set. The resolve container stays.
     message_catalogs& operator=(const types::nil_t&);
     message_catalogs& assign(const types::nil_t&);
 
-    /// A set without catalogs is nil.
+    /// Whether the set has no catalogs. Never fails.
     bool operator==(const types::nil_t&) const;
     bool operator!=(const types::nil_t&) const;
     bool equal(const types::nil_t&) const;

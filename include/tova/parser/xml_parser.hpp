@@ -58,7 +58,7 @@ public:
     /// A position in a document, in bytes.
     using iterator = strings::ustring8::const_iterator;
 
-    /// How a run ended: the result of `parse`, and what the grammar functions throw. A plain value:
+    /// How a run ended: the result of `parse`, and what the grammar functions raise. A plain value:
     /// copies share nothing.
     struct TOVA_API parse_error {
         /// The numbers are part of the interface, as other families map them to their own kinds.
@@ -127,16 +127,16 @@ public:
     bool is_white_space(const iterator& cursor) const;
 
     /// Takes a name: one byte of `isalpha`, then bytes of `isalnum` and `_`. The cursor is left on
-    /// the last byte of the name. Throws kind 5 where no name begins.
+    /// the last byte of the name. Raises a `parse_error` of kind 5 where no name begins.
     strings::ustring8 parse_name(iterator& cursor, iterator& end);
 
     /// Takes an entity or a character reference and leaves the cursor on its `;`. The result is one
-    /// byte, also for numbers above 127; numbers above 255 give the byte 0xFF. Throws kinds 5
-    /// and 7.
+    /// byte, also for numbers above 127; numbers above 255 give the byte 0xFF. Raises a
+    /// `parse_error` of kind 5 or 7.
     strings::ustring8 parse_character(iterator& cursor, iterator& end);
 
     /// Takes a quoted value and leaves the cursor on the closing quote, or at the end of a document
-    /// that ends before it. Throws kinds 5, 6 and 7.
+    /// that ends before it. Raises a `parse_error` of kind 5, 6 or 7.
     strings::ustring8 parse_attrib_value(iterator& cursor, iterator& end);
 
     /// Called with the name of an element that begins; its attributes follow.
