@@ -36,11 +36,11 @@ ours bound() {
     return ours(member_function_t<counter, signature>(&target, &counter::add));
 }
 
-// Larger than the buffer that std::function has for small callables, as a delegate's callable
-// always is.
+// Larger than the buffers that the peers have for small callables: like a delegate, they allocate.
 struct large_callable {
     counter* object;
     int (counter::*member)(int);
+    long more;
     int operator()(int value) const { return (object->*member)(value); }
 };
 
@@ -64,7 +64,7 @@ struct direct {
 };
 
 void add_delegates() {
-    const large_callable callable = {&target, &counter::add};
+    const large_callable callable = {&target, &counter::add, 0};
     static ours held = bound();
     static std::function<signature> standard(callable);
     cell call("delegate/call", repeated([](int value) { return held.invoke(value); }));
