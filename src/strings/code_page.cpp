@@ -12,6 +12,9 @@
 //   EINVAL  the input ends within a character       drop the rest
 //   other   iconv is broken                         raise
 //
+// After an error iconv is offered a small window of the input, then larger ones, because a call
+// costs as much as what it is offered, not as what it converts.
+//
 // A `conversion` holds the state of the loop: the input not yet read, the output made so far, and
 // the room that iconv may fill next. Invariant: offset + room <= size of the output. The room can
 // be less than what the output has left, see `make_room`.
@@ -22,6 +25,8 @@
 
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/strings/unicode.hpp>
+
+#include "strings/utf8.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -127,22 +132,37 @@ private:
 
 class conversion {
 public:
-    explicit conversion(const std::string& source)
+    conversion(const std::string& source, bool from_utf8)
         : m_input(const_cast<char*>(source.data())),  // iconv doesn't write there
           m_input_left(source.size()), m_output(source.size(), '\0'), m_offset(0),
-          m_room(source.size()), m_made_room(false), m_stood_still(false) {}
+          m_room(source.size()), m_from_utf8(from_utf8), m_window(unlimited), m_made_room(false),
+          m_stood_still(false) {}
 
     bool has_input() const { return m_input_left > 0; }
 
     // Converts as far as iconv can. Returns false if it stopped; errno then says why.
+    //
+    // After an error the rest of the input is offered in windows that begin small and double. iconv
+    // decodes a large block of what it is offered before it finds that the target lacks the first
+    // character, and it would do so again for each such character. A character that the end of a
+    // window cuts is offered again with the next one.
     bool run(iconv_t handle) {
         const std::size_t left_before = m_input_left;
         const std::size_t room_before = m_room;
-        char* position = &m_output[0] + m_offset;
-        const std::size_t result = iconv(handle, &m_input, &m_input_left, &position, &m_room);
-        m_offset = static_cast<std::size_t>(position - &m_output[0]);
+        bool done = false;
+        for (bool cut = true; cut;) {
+            std::size_t offered = std::min(m_input_left, m_window);
+            const std::size_t behind = m_input_left - offered;
+            char* position = &m_output[0] + m_offset;
+            done = iconv(handle, &m_input, &offered, &position, &m_room) != iconv_failed;
+            m_offset = static_cast<std::size_t>(position - &m_output[0]);
+            m_input_left = behind + offered;
+            cut = behind > 0 && (done || errno == EINVAL);
+            if (cut && m_window <= unlimited / 2)
+                m_window *= 2;
+        }
         m_stood_still = m_input_left == left_before && m_room == room_before;
-        return result != iconv_failed;
+        return done;
     }
 
     // Contract: the output grows by twice the input left, and the room becomes exactly that, even
@@ -164,17 +184,12 @@ public:
     // three of them. A page that composes characters may still hold a letter; it comes out after
     // the "?".
     void replace_invalid_byte() {
-        // Some tables of iconv step over what they refuse (A2 E8 of CP949), so that at the end of
-        // the input no byte is left to skip. The "?" still replaces the character.
-        if (m_room == 0)
-            grow(std::max<std::size_t>(m_input_left, 1));
-        if (m_input_left > 0) {
-            ++m_input;
-            --m_input_left;
-        }
-        m_output[m_offset++] = '?';
-        --m_room;
-        m_made_room = false;
+        write_mark();
+        // Where windows matter, the rest of a UTF-8 character needs no call: iconv would refuse it
+        // byte by byte, as no character begins with a continuation.
+        while (m_from_utf8 && m_input_left > window_after_error &&
+               detail::is_continuation(static_cast<unsigned char>(*m_input)))
+            write_mark();
     }
 
     // The input ends within a character.
@@ -194,6 +209,25 @@ public:
     }
 
 private:
+    static const std::size_t unlimited = static_cast<std::size_t>(-1);
+    // Longer than any character, so that each window moves on.
+    static const std::size_t window_after_error = 16;
+
+    void write_mark() {
+        // Some tables of iconv step over what they refuse (A2 E8 of CP949), so that at the end of
+        // the input no byte is left to skip. The "?" still replaces the character.
+        if (m_room == 0)
+            grow(std::max<std::size_t>(m_input_left, 1));
+        if (m_input_left > 0) {
+            ++m_input;
+            --m_input_left;
+        }
+        m_output[m_offset++] = '?';
+        --m_room;
+        m_made_room = false;
+        m_window = window_after_error;
+    }
+
     void grow(std::size_t input_left) {
         m_output.resize(m_output.size() + 2 * input_left);
         m_room = 2 * input_left;
@@ -204,14 +238,16 @@ private:
     std::string m_output;
     std::size_t m_offset;  // bytes of the output made so far
     std::size_t m_room;    // bytes that iconv may write next
+    const bool m_from_utf8;
+    std::size_t m_window;  // bytes of input that iconv is offered at most
     bool m_made_room;      // since the last "?"
-    bool m_stood_still;    // the last run read and wrote nothing
+    bool m_stood_still;    // the last run read and wrote nothing, all its windows together
 };
 
 std::string convert(const char* to, const char* from, const std::string& source,
                     const locations& at) {
     descriptor handle(to, from, at);
-    conversion work(source);
+    conversion work(source, &at == &encode_locations);
 
     iconv(handle, nullptr, nullptr, nullptr, nullptr);  // back to the initial shift state
     while (work.has_input()) {

@@ -182,6 +182,75 @@ TEST_F(IconvCalls, EndAtACutCharacter) {
     EXPECT_EQ((calls{"open UTF-8 GBK", "reset", "convert 3 into 3", "close"}), record.calls);
 }
 
+// The windows after an error.
+
+TEST_F(IconvCalls, AfterAnErrorOfferWindowsThatDouble) {
+    const std::string rest(100, 'a');
+    EXPECT_EQ("a??" + rest, latin.encode(ustring8("a\xC5\x82" + rest)));
+    EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "convert 103 into 103",
+                     "convert 16 into 100", "convert 32 into 84", "convert 52 into 52", "close"}),
+              record.calls);
+}
+
+TEST_F(IconvCalls, OfferTheCharacterThatAWindowCutsAgain) {
+    // The first window ends with the lead byte of the accented letter.
+    const ustring8 text("\xC5\x82" + std::string(15, 'a') + "\xC3\xA9" + std::string(40, 'b'));
+    EXPECT_EQ("??" + std::string(15, 'a') + "\xE9" + std::string(40, 'b'), latin.encode(text));
+    EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "convert 59 into 59", "convert 16 into 57",
+                     "convert 32 into 42", "convert 10 into 11", "close"}),
+              record.calls);
+}
+
+TEST_F(IconvCalls, OfTheLastBytesAreMadeForEachInvalidByte) {
+    EXPECT_EQ("??a", latin.encode(ustring8("\xC5\x82"
+                                           "a")));
+    EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "convert 3 into 3", "convert 2 into 2",
+                     "convert 1 into 1", "close"}),
+              record.calls);
+}
+
+std::size_t bytes_offered() {
+    std::size_t sum = 0;
+    for (const std::string& call : record.calls)
+        if (call.compare(0, 8, "convert ") == 0)
+            sum += std::stoul(call.substr(8));
+    return sum;
+}
+
+std::string repeated(const std::string& piece, std::size_t times) {
+    std::string result;
+    while (times-- > 0)
+        result += piece;
+    return result;
+}
+
+TEST_F(IconvCalls, OfferLessThanTwentyBytesForEachByteThatThePageLacks) {
+    const code_page pages[] = {latin, western, chinese, code_page(code_page::encoding_1258),
+                               code_page(code_page::encoding_125100)};
+    const std::string pieces[] = {"\xF0\x9F\x98\x80", "a\xF0\x9F\x98\x80", "\xFF", "\xED\xA0\x80"};
+    for (const code_page& page : pages)
+        for (const std::string& piece : pieces) {
+            SCOPED_TRACE(page.type());
+            SCOPED_TRACE(piece);
+            std::size_t offered[2];
+            for (const std::size_t times : {4096, 8192}) {
+                record.calls.clear();
+                page.encode(ustring8(repeated(piece, times)));
+                offered[times / 8192] = bytes_offered();
+                EXPECT_LE(offered[times / 8192], 20 * times * piece.size());
+            }
+            EXPECT_LE(offered[1], offered[0] * 5 / 2);
+        }
+}
+
+TEST_F(IconvCalls, OfferEachInvalidByteOfAPageInAWindow) {
+    for (const std::size_t times : {4096, 8192}) {
+        record.calls.clear();
+        EXPECT_EQ(std::string(times, '?'), western.as_utf8(std::string(times, '\x81')));
+        EXPECT_LE(bytes_offered(), 20 * times);
+    }
+}
+
 template <typename Action>
 std::string runtime_error_of(Action action) {
     try {
