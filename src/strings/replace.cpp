@@ -1,5 +1,7 @@
 #include <tova/strings/replace.hpp>
 
+#include "strings/search.hpp"
+
 namespace TOVA_2_18 {
 namespace strings {
 
@@ -7,20 +9,20 @@ namespace {
 
 // A replacement that is no longer than what it replaces: the string is compacted in place. The
 // write position never passes the read position, so what is searched has not been written to.
-template <typename String>
+template <typename String, typename Searcher>
 unsigned int replace_in_place(String& text, const String& search, const String& replacement,
-                              typename String::size_type match) {
+                              Searcher& searcher, std::size_t match) {
     typedef typename String::traits_type traits;
-    typename String::size_type written = match;
+    std::size_t written = match;
     unsigned int count = 0;
-    while (match != String::npos) {
+    while (match != detail::not_found) {
         traits::copy(&text[0] + written, replacement.data(), replacement.size());
         written += replacement.size();
         ++count;
 
-        const typename String::size_type begin = match + search.size();
-        match = text.find(search, begin);
-        const typename String::size_type end = match == String::npos ? text.size() : match;
+        const std::size_t begin = match + search.size();
+        match = searcher.find(text.data(), text.size(), begin);
+        const std::size_t end = match == detail::not_found ? text.size() : match;
         traits::move(&text[0] + written, text.data() + begin, end - begin);
         written += end - begin;
     }
@@ -28,28 +30,23 @@ unsigned int replace_in_place(String& text, const String& search, const String& 
     return count;
 }
 
-template <typename String>
-unsigned int count_matches(const String& text, const String& search,
-                           typename String::size_type match) {
-    unsigned int count = 0;
-    for (; match != String::npos; match = text.find(search, match + search.size()))
-        ++count;
-    return count;
-}
-
 // A longer replacement: a new string is written, into room of its final size. Both forms take
 // linear time, where one insertion or removal for each match would take quadratic time.
-template <typename String>
+template <typename String, typename Searcher>
 unsigned int replace_growing(String& text, const String& search, const String& replacement,
-                             typename String::size_type match) {
-    const unsigned int count = count_matches(text, search, match);
+                             Searcher& searcher, std::size_t match) {
+    const std::size_t first = match;
+    unsigned int count = 0;
+    for (; match != detail::not_found; ++count)
+        match = searcher.find(text.data(), text.size(), match + search.size());
+
     String result;
     result.reserve(text.size() + count * (replacement.size() - search.size()));
-    typename String::size_type begin = 0;
-    while (match != String::npos) {
+    std::size_t begin = 0;
+    for (match = first; match != detail::not_found;) {
         result.append(text, begin, match - begin).append(replacement);
         begin = match + search.size();
-        match = text.find(search, begin);
+        match = searcher.find(text.data(), text.size(), begin);
     }
     result.append(text, begin, String::npos);
     text.swap(result);
@@ -62,12 +59,13 @@ template <typename String>
 unsigned int replace(String& text, const String& search, const String& replacement) {
     if (search.empty())
         return 0;
-    const typename String::size_type match = text.find(search);
-    if (match == String::npos)
+    detail::searcher<typename String::value_type> searcher(search.data(), search.size());
+    const std::size_t match = searcher.find(text.data(), text.size(), 0);
+    if (match == detail::not_found)
         return 0;
     if (replacement.size() <= search.size())
-        return replace_in_place(text, search, replacement, match);
-    return replace_growing(text, search, replacement, match);
+        return replace_in_place(text, search, replacement, searcher, match);
+    return replace_growing(text, search, replacement, searcher, match);
 }
 
 }  // namespace

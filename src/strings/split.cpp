@@ -1,5 +1,7 @@
 #include <tova/strings/split.hpp>
 
+#include "strings/search.hpp"
+
 namespace TOVA_2_18 {
 namespace strings {
 
@@ -13,11 +15,12 @@ std::vector<String> split(const String& text, const String& separator, int limit
         return fields;
     }
 
-    typename String::size_type position = 0;
+    detail::searcher<typename String::value_type> search(separator.data(), separator.size());
+    std::size_t position = 0;
     int count = 0;
     for (;;) {
-        const typename String::size_type match = text.find(separator, position);
-        if (match == String::npos)
+        const std::size_t match = search.find(text.data(), text.size(), position);
+        if (match == detail::not_found)
             break;
         fields.emplace_back(text, position, match - position);
         position = match + separator.size();
