@@ -47,8 +47,7 @@ exception::exception(const exception& source) : m_state(source.m_state) {}
 
 exception::~exception() TOVA_NOTHROW {}
 
-// --- logic_error and its leaves
-// -------------------------------------------------------------------
+// --- logic_error and its leaves ------------------------------------------------------------------
 
 logic_error::logic_error(const std::string& message, unsigned int line, const char* file,
                          const char* function)
@@ -101,8 +100,7 @@ invalid_argument_value::invalid_argument_value(const invalid_argument_value& sou
 
 invalid_argument_value::~invalid_argument_value() TOVA_NOTHROW {}
 
-// --- runtime_error and its leaves
-// ------------------------------------------------------------------
+// --- runtime_error and its leaves ----------------------------------------------------------------
 
 // Contract: a twin of `logic_error` with a message of its own. The two share no base below the
 // root, so a handler for one never catches the other.

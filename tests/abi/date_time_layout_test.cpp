@@ -2,6 +2,8 @@
 #include <tova/system/date_time/date_time.hpp>
 #include <tova/system/date_time/timer.hpp>
 
+#include "support/raw_memory.hpp"
+
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -11,6 +13,7 @@
 
 namespace {
 
+using test_support::returns;
 using tova::system::date_time::auto_tester;
 using tova::system::date_time::date;
 using tova::system::date_time::date_duration;
@@ -42,13 +45,8 @@ static_assert(is_a_plain_value<date_duration>(), "");
 static_assert(is_a_plain_value<time_duration>(), "");
 static_assert(!std::is_trivially_destructible<date_duration>::value, "");
 
-// --- Result types, which are not part of a symbol
-// -------------------------------------------------
+// --- Result types, which are not part of a symbol ------------------------------------------------
 
-template <typename Result, typename Class, typename... Arguments>
-constexpr bool returns(Result (Class::*)(Arguments...) const) {
-    return true;
-}
 template <typename Class>
 constexpr bool sets(unsigned int (Class::*)(unsigned int)) {
     return true;

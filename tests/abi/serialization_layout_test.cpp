@@ -32,6 +32,7 @@ using serialization::serialize_buffer;
 using serialization::serialize_text_buf;
 using test_support::base_offset;
 using test_support::pointer_at;
+using test_support::returns;
 using test_support::slot;
 using types::variant;
 
@@ -57,15 +58,10 @@ static_assert(std::has_virtual_destructor<labeled_serialize_buffer>::value, "");
 static_assert(sizeof(memory::pointers::rc_pointer<serialize_buffer>) == 8, "");
 static_assert(sizeof(memory::pointers::rc_pointer<labeled_serialize_buffer>) == 8, "");
 
-// --- Result types, which are not part of a symbol
-// -------------------------------------------------
+// --- Result types, which are not part of a symbol ------------------------------------------------
 
 template <typename Result, typename Class, typename... Arguments>
 constexpr bool returns(Result (Class::*)(Arguments...)) {
-    return true;
-}
-template <typename Result, typename Class, typename... Arguments>
-constexpr bool returns(Result (Class::*)(Arguments...) const) {
     return true;
 }
 

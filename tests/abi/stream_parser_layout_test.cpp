@@ -2,6 +2,7 @@
 // exception that it throws.
 #include <tova/parser/xml_stream_parser.hpp>
 
+#include "support/raw_memory.hpp"
 #include "support/temporary_directory.hpp"
 
 #include <gtest/gtest.h>
@@ -21,6 +22,8 @@
 
 namespace {
 
+using test_support::field_at;
+using test_support::part_at;
 using TOVA_2_18::parser::xml_stream_parser;
 using TOVA_2_18::strings::ustring8;
 using error_type = xml_stream_parser::error_type;
@@ -73,18 +76,6 @@ static_assert(!std::is_copy_constructible<xml_stream_parser>::value, "");
 
 static_assert(sizeof(xml_stream_parser::EmptyNodeQueue) == sizeof(std::exception), "no fields");
 static_assert(std::is_base_of<std::exception, xml_stream_parser::EmptyNodeQueue>::value, "");
-
-template <typename Field>
-Field field_at(const void* object, std::size_t offset) {
-    Field value;
-    std::memcpy(&value, static_cast<const char*>(object) + offset, sizeof value);
-    return value;
-}
-
-template <typename Field>
-const Field& part_at(const void* object, std::size_t offset) {
-    return *reinterpret_cast<const Field*>(static_cast<const char*>(object) + offset);
-}
 
 const char declaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>";
 

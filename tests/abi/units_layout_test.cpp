@@ -15,6 +15,7 @@
 namespace {
 
 using test_support::base_offset;
+using test_support::returns;
 using test_support::slot;
 using tova::generic::convert::to_device_unit;
 using tova::generic::convert::to_md;
@@ -43,13 +44,7 @@ static_assert(!std::is_trivially_copy_constructible<basic_absolute_impl<1>>::val
 static_assert(!std::is_trivially_copy_constructible<color_t>::value, "");
 static_assert(!std::is_trivially_destructible<color_t>::value, "");
 
-// --- Result types, which are not part of a mangled name
-// -------------------------------------------
-
-template <typename Result, typename Class>
-constexpr bool returns(Result (Class::*)() const) {
-    return true;
-}
+// --- Result types, which are not part of a mangled name ------------------------------------------
 
 static_assert(returns<device_unit::unit_types>(&device_unit::type), "");
 static_assert(returns<int>(&device_unit::as_int32), "");

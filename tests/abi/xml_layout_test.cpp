@@ -2,6 +2,8 @@
 #include <tova/parser/xml_parser.hpp>
 #include <tova/parser/xml_token_stream.hpp>
 
+#include "support/raw_memory.hpp"
+
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -15,6 +17,8 @@
 
 namespace {
 
+using test_support::field_at;
+using test_support::part_at;
 using TOVA_2_18::functor::delegate_t;
 using TOVA_2_18::functor::function_type_interface;
 using TOVA_2_18::functor::member_function_t;
@@ -67,18 +71,6 @@ static_assert(!std::is_polymorphic<xml_token_stream>::value, "");
 
 static_assert(sizeof(member_function_t<xml_token_stream, text_signature>) == 32, "");
 static_assert(sizeof(member_function_t<xml_token_stream, attribute_signature>) == 32, "");
-
-template <typename Field>
-Field field_at(const void* object, std::size_t offset) {
-    Field value;
-    std::memcpy(&value, static_cast<const char*>(object) + offset, sizeof value);
-    return value;
-}
-
-template <typename Field>
-const Field& part_at(const void* object, std::size_t offset) {
-    return *reinterpret_cast<const Field*>(static_cast<const char*>(object) + offset);
-}
 
 TEST(XmlLayout, HasTheStackTheSetTheLineAndTheFlagAfterTheDelegates) {
     xml_parser parser;

@@ -2,7 +2,7 @@
 //
 // A block "xmc" is a catalog file, or a part of one that is completed here; "xmc file=NAME" is a
 // file for the examples after it to include. A block "gives [LOCALE]" follows, with a line
-// "[KEY:] ARGUMENTS -> TEXT" for each rendering, or a block "fault" with the error report.
+// "[KEY:] ARGUMENTS -> TEXT" for each rendering, or a block "report" with the error report.
 #include <tova/i18n/message_catalogs.hpp>
 
 #include "support/guide.hpp"
@@ -138,7 +138,7 @@ TEST_F(CatalogsGuide, ShowsTheRealResultsOfEachExample) {
         } else if (b.kind == "gives") {
             check_renderings(b);
             is_checked = true;
-        } else if (b.kind == "fault") {
+        } else if (b.kind == "report") {
             check_report(b);
             is_checked = true;
         } else {

@@ -38,4 +38,25 @@ std::ptrdiff_t base_offset(const Derived& object) {
            reinterpret_cast<const char*>(&object);
 }
 
+// A copy of the trivial field at an offset in an object.
+template <typename Field>
+Field field_at(const void* object, std::size_t offset) {
+    Field value;
+    std::memcpy(&value, static_cast<const char*>(object) + offset, sizeof value);
+    return value;
+}
+
+// The part of an object that starts at an offset, for fields that have a class of their own.
+template <typename Part>
+const Part& part_at(const void* object, std::size_t offset) {
+    return *reinterpret_cast<const Part*>(static_cast<const char*>(object) + offset);
+}
+
+// Result types are not part of a symbol. `static_assert(returns<int>(&type::operation), "")` fails
+// to compile if the const operation returns anything else.
+template <typename Result, typename Class, typename... Arguments>
+constexpr bool returns(Result (Class::*)(Arguments...) const) {
+    return true;
+}
+
 }  // namespace test_support

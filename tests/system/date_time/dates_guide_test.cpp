@@ -40,12 +40,12 @@ time time_of(const std::string& text) {
     return time(number(match[1]), number(match[2]), number(match[3]), number(match[4]));
 }
 
-std::string told(const date& value) {
+std::string shown(const date& value) {
     return std::to_string(value.day()) + "." + std::to_string(value.month()) + "." +
            std::to_string(value.year());
 }
 
-std::string told(const time& value) {
+std::string shown(const time& value) {
     const auto digits = [](unsigned part, unsigned power) {
         return std::to_string(power + part).substr(1);
     };
@@ -53,8 +53,8 @@ std::string told(const time& value) {
            digits(value.second(), 100) + "." + digits(value.millisecond(), 1000);
 }
 
-std::string told(const date_time_t& value) {
-    return told(value.date()) + " " + told(value.time());
+std::string shown(const date_time_t& value) {
+    return shown(value.date()) + " " + shown(value.time());
 }
 
 // The result of one step: the new value, or the message of the exception.
@@ -62,7 +62,7 @@ template <typename Value, typename Duration>
 std::string moved(Value value, const std::string& sign, const Duration& duration) {
     try {
         sign == "+=" ? value += duration : value -= duration;
-        return "gives " + told(value);
+        return "gives " + shown(value);
     } catch (const out_of_range& raised) {
         return "raises \"" + std::string(raised.get_message()) + "\"";
     }
@@ -73,7 +73,7 @@ std::string moved(Value value, const std::string& sign, const Duration& duration
 std::string outcome(const std::string& step) {
     std::smatch match;
     if (!std::regex_match(step, match, std::regex("(.*\\d) ([+-]=) (-?\\d+) (\\w+)")))
-        return "tells " + told(date_of(step));
+        return "tells " + shown(date_of(step));
     const std::string value = match[1];
     const std::string sign = match[2];
     const long count = std::stol(match[3]);
@@ -125,7 +125,7 @@ TEST(DatesGuide, ShowsCodeThatRuns) {
     number -= 4;
     date before;
     before.pJulian_day_number(number);
-    EXPECT_EQ("28.2.2000", told(before));
+    EXPECT_EQ("28.2.2000", shown(before));
 
     const time_duration wrapped(597, 0, 0, 0);
     const time_duration month(0, 0, 0, 30 * 86400000L);
@@ -141,7 +141,7 @@ TEST(DatesGuide, ShowsCodeThatRuns) {
     if (since_midnight >= a_day)
         day_of_moment += date_duration(static_cast<int>(since_midnight / a_day));
     moment.assign(day_of_moment, time() + time_duration(0, 0, 0, since_midnight % a_day));
-    EXPECT_EQ("1.3.2001 00:15:00.000", told(moment));
+    EXPECT_EQ("1.3.2001 00:15:00.000", shown(moment));
 }
 
 TEST(DatesGuide, ShowsTheCodeOfThisTest) {
