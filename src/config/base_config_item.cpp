@@ -1,6 +1,7 @@
-// The base of all sources. Most operations pass on to the tree. Two read strings: `get_token` is
-// the published, copying form of the tokenizer (token_scanner.hpp), and `make_key_value` splits a
-// line, for environment strings, for flags of a command line and for `set`.
+// The base class of all sources. Most operations forward to the tree. Two of them parse strings:
+// `get_token` is the published form of the tokenizer (token_scanner.hpp), which copies each token's
+// text, and `make_key_value` splits a line into key and value. It serves environment strings,
+// command-line flags and `set`.
 #include <tova/config/base_config_item.hpp>
 
 #include "config/node_flags.hpp"
@@ -31,8 +32,8 @@ bool base_config_item::load() {
     return true;
 }
 
-// Contract: this form does not call `save()`. A source that overrides only one of the two forms is
-// saved only by calls of that form.
+// Contract: this form does not call `save()`. If a source overrides only one of the two forms, only
+// calls of that form save it.
 bool base_config_item::save(const config_item_list&) {
     return true;
 }
@@ -73,8 +74,8 @@ void base_config_item::set(const ustring8& line, unsigned int flags) {
 }
 
 // An element's key is `key`, "." and its number. The common part `key + "."` is looked up once, so
-// the time for many elements doesn't grow with the length of the key. After a separator at the end
-// of `key` the "." starts a segment with the empty name.
+// the time for many elements doesn't grow with the length of the key. If `key` ends in a separator,
+// the "." starts a segment with an empty name.
 void base_config_item::set_array(const ustring8& key, const generic::varg_list& values,
                                  const generic::varg_list& flags) {
     set(key, types::variant(), detail::array_bit);
@@ -90,7 +91,7 @@ std::pair<ustring8, types::variant> base_config_item::make_key_value(const ustri
          token.type != config_token::T_END && token.type != stop; token = scanner.next())
         if (!token.is_space_or_line_end())
             token.append_to(key, line);
-    // Unlike in a file no comment starts here, so "#" and "//" belong to the value.
+    // Unlike in a file, comments are not recognized here, so "#" and "//" belong to the value.
     ustring8 value;
     for (detail::scanned_token token = scanner.next();
          token.type != config_token::T_END && token.type != config_token::T_NEWLINE;
@@ -107,8 +108,8 @@ config_token::tok_types base_config_item::get_token(const ustring8& text, unsign
     token.type = found.stored;
     if (found.type == config_token::T_END)
         return found.type;
-    // Contract: after spaces the text is still that of the token before. It shows on a command
-    // line, where a space in a value repeats what is before it.
+    // Contract: a token of spaces keeps the text of the previous token. On a command line this is
+    // visible: a space in a value repeats the token before it.
     if (found.type != config_token::T_SPACE)
         token.text.assign(text, found.text_begin, found.text_size);
     token.start = position;

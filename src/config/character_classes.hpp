@@ -1,10 +1,11 @@
 /// @file
-/// The character classes and the lowering that the tokenizer and the trees apply to every byte.
+/// The character classes and the lower-casing that the tokenizer and the trees apply to every byte.
 ///
-/// Letters, digits and lower case are those of the C library in the process's current locale. They
-/// are read from the library's tables, as its own macros do in C: a function call per byte would
-/// take most of the time of a lookup. The tables are indexed by a signed `char`; they reach from
-/// -128 to 255. Any thread may ask; one that changes the locale meanwhile changes the results.
+/// Letters, digits and lower case follow the C library in the process's current locale. They are
+/// read directly from the library's tables, as its own C macros do, because a function call per
+/// byte would dominate the time of a lookup. The tables are indexed by a signed `char`; they reach
+/// from -128 to 255. Any thread may call these functions; a thread that changes the locale in the
+/// meantime changes the results.
 #pragma once
 
 #include <ctype.h>

@@ -28,7 +28,7 @@ bool isConfigDigit(char character) {
 }
 
 bool isConfigDelim(char character) {
-    // Contract: the search also finds the terminator, so the byte 0 is a delimiter.
+    // Contract: the search includes the terminator, so the byte 0 is a delimiter, too.
     return std::strchr(" +-*^/%=;(),<>~&|{}\n\t[]?$", character) != nullptr || character == '\r';
 }
 

@@ -1,11 +1,11 @@
 // The command line as a source. It is read in two parts:
 //
-//     set_name        the program's name, argument 0, becomes the keys `application.name...`
-//     option_reader   each further argument is an option, a value of one, or ignored
+//     set_name        argument 0, the program's name, becomes the keys `application.name...`
+//     option_reader   each other argument is an option, an option's value, or ignored
 //
 // An option is read in two steps: `read_key` takes the tokens up to a separator or the end, and
-// what ended the key decides where its values are. There may be one value, several (an array) or
-// none (a flag). All of it ends up in the item through `set` and `set_array`.
+// what ended the key determines where its values are. There may be one value, several (an array) or
+// none (a flag). Everything is stored through `set` and `set_array`.
 #include <tova/config/commandline_item.hpp>
 
 #include <tova/generic/varg_list.hpp>
@@ -28,18 +28,18 @@ namespace {
 
 typedef config_token::tok_types tok_types;
 
-// What ends the key of an option, and so where its values are.
+// What ended the key of an option. This determines where its values are.
 enum class key_end {
-    argument,     // the end of the argument: in the following arguments, if any
-    separator,    // `=`, `:` and the like: in the rest of this argument, commas separate them
+    argument,     // the end of the argument: in the next arguments, if any
+    separator,    // `=`, `:` and the like: in the rest of this argument, separated by commas
     plain_value,  // `$`: the rest of this argument is one value
 };
 
 // Reads the options of a command line into an item.
 //
-// It uses the copying form of the tokenizer and one token for the whole run: a token of spaces
-// keeps the text of the token before it, which may be from an earlier argument, and that text
-// becomes part of the key or value.
+// It uses the copying form of the tokenizer and a single token object for all arguments. A token of
+// spaces keeps the text of the previous token, which may come from an earlier argument, and that
+// text becomes part of the key or value.
 class option_reader {
 public:
     option_reader(commandline_item& item, unsigned int argc, const char* const* argv)
@@ -112,7 +112,7 @@ private:
         }
     }
 
-    // The text of all tokens from the current position on.
+    // The concatenated text of all tokens from the current position on.
     ustring8 rest_of_text() {
         ustring8 value;
         while (next() != config_token::T_END)
@@ -144,14 +144,14 @@ private:
     // -k, -k a and -k a b
     void read_following_values(const ustring8& key) {
         if (!has_argument(m_index + 1) || begins_option(m_index + 1)) {
-            // Contract: a flag is stored by the form of `set` that reads a line, so it gets the
-            // empty string and the flags word 1, and a "=" that was quoted splits it after all.
+            // Contract: a flag is stored by the form of `set` that parses a line, so its value is
+            // the empty string, its flags word is 1, and even a quoted "=" splits it.
             m_item.set(key, detail::value_bit);
             return;
         }
         generic::varg_list values;
         ustring8 value = whole_argument(++m_index);
-        // Contract: from the second value on, only "-" ends the list. A "/" starts a value.
+        // Contract: after the first value, only "-" ends the list. A "/" starts another value.
         while (has_argument(m_index + 1) && m_argv[m_index + 1][0] != '-') {
             values.push_back(generic::argument(types::variant(value)));
             value = whole_argument(++m_index);
@@ -159,7 +159,7 @@ private:
         store(key, values, value);
     }
 
-    // Stores a single value, or the array of `values` with `last` added.
+    // Stores a single value, or `values` with `last` appended as an array.
     void store(const ustring8& key, generic::varg_list& values, const ustring8& last) {
         if (values.empty()) {
             m_item.set(key, types::variant(last), detail::no_flags);
@@ -184,8 +184,8 @@ void set_name(commandline_item& item, const std::string& path) {
     const std::string name = folders.empty() ? std::string() : folders.back();
     item.set("application.name", types::variant(name), detail::no_flags);
 
-    // Contract: the pieces are joined without the dots between them. A name that ends in its only
-    // dot has no extension, because a separator at the end starts no further piece.
+    // Contract: the pieces are joined without the dots between them. A name whose only dot is at
+    // the end has no extension, because a trailing separator does not start another piece.
     const std::vector<std::string> pieces = strings::split_string(name, std::string("."), 0);
     if (pieces.size() > 1)
         item.set("application.name.extention", types::variant(pieces.back()), detail::no_flags);

@@ -47,13 +47,14 @@ bool config_manager::save() {
     return true;
 }
 
-// Each round looks the current key up in all sources in order. An alias starts another round with
-// its target, at the first source again; anything else that is found ends the lookup.
+// Each round looks up the current key in all sources, in order. An alias starts another round with
+// its target, again at the first source; anything else that is found ends the lookup.
 types::variant config_manager::get_value(const ustring8& key, types::variant default_value) {
     const ustring8* current = &key;
     std::set<ustring8> visited;
     ustring8 target;
-    // `current` is the caller's key and then always `target`, so that a plain lookup copies no key.
+    // `current` is the caller's key at first and `target` after that, so a plain lookup copies no
+    // key.
     for (config_item_list::const_iterator item = m_items.begin(); item != m_items.end();) {
         const config_node* const node = (*item)->get_value(*current);
         if (node == nullptr) {
@@ -61,7 +62,7 @@ types::variant config_manager::get_value(const ustring8& key, types::variant def
             continue;
         }
         if (detail::is_array(*node)) {
-            // The element comes from the same source, and its own flags are not looked at.
+            // The element comes from the same source, and its own flags are ignored.
             const config_node* const first = (*item)->get_value(*current + ".0");
             return first == nullptr ? types::variant() : first->second;
         }
@@ -69,7 +70,7 @@ types::variant config_manager::get_value(const ustring8& key, types::variant def
             return node->second;
 
         // Contract: a cycle ends with the value of its last alias, not with the default. Keys are
-        // compared as they are written, so one in other letters goes around once more.
+        // compared as written, so a key that differs in letter case takes another round.
         visited.insert(*current);
         target = node->second.as_string();
         if (visited.count(target) != 0)

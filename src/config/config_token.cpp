@@ -3,8 +3,8 @@
 namespace TOVA_2_18 {
 namespace config {
 
-// Long, as each type has a row of its own. A `switch` without a default lets the compiler report a
-// type that is missing.
+// Long because each type has its own row. A `switch` without a default lets the compiler report a
+// missing type.
 //
 // Contract: `T_COMMENT_END` has no name of its own.
 std::string config_token::CvtTokStr() {

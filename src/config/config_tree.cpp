@@ -1,16 +1,17 @@
-// A tree of nodes. Every node is a `config_tree` with two fields: its children by name, and a pair
-// of flags word and value. The sources store through tree_nodes.hpp, users through the class.
+// A tree of nodes. Every node is a `config_tree` with two fields: its children by name, and the
+// pair of its flags word and its value. Sources store entries through tree_nodes.hpp, users through
+// the class.
 //
-// A key is split into lowered segments (key_segments.hpp), and each segment is one lookup in the
-// children of the node before it. `find_node` stops at a missing child, `make_node` adds it.
+// A key is split into lower-case segments (key_segments.hpp), and each segment is looked up among
+// the children of the previous node. `find_node` stops at a missing child, `make_node` adds it.
 //
 // Invariants:
-//   - Names are lower case and hold no separator, so a path of names joined by "." is a key.
-//   - Children are on the heap with their heap mark set, so the map's pointers own them. Copies
-//     keep null pointers, which the map itself allows.
-//   - Nothing recurses. Copying, listing, dumping and destroying keep a list of what is left to do,
-//     so memory alone limits the depth of a tree, not the stack.
-//   - A copy that fails for lack of memory leaves the target's children as they were.
+//   - Names are lower case and contain no separator, so a path of names joined by "." is a key.
+//   - Children are on the heap with their heap mark set, so the map's pointers own them. The map
+//     allows null pointers, and copies keep them.
+//   - Nothing recurses. Copying, listing, dumping and destroying keep a list of pending nodes, so
+//     the depth of a tree is limited by memory and not by the stack.
+//   - A copy that runs out of memory leaves the target's children unchanged.
 #include <tova/config/config_tree.hpp>
 
 #include <tova/generic/convert/x_to_str.hpp>
@@ -39,7 +40,7 @@ tree_pointer held(config_tree* tree) {
     return tree_pointer(detail::with_heap_mark(tree));
 }
 
-// Returns the child of that name, which is added if it is missing.
+// Returns the child with that name, adding it if it is missing.
 config_tree& child_named(config_tree& tree, const ustring8& name) {
     children_type& children = fields::children(tree);
     children_type::iterator place = children.lower_bound(name);
@@ -48,8 +49,8 @@ config_tree& child_named(config_tree& tree, const ustring8& name) {
     return *place->second;
 }
 
-// Adds copies of the children of `source` to `target`, which has none. A leaf is copied at once; a
-// parent is copied without its children and put on the list.
+// Adds copies of the children of `source` to `target`, which has none yet. A leaf is copied at
+// once; a parent is copied without its children and added to the list of pending nodes.
 void copy_children(const config_tree& source, config_tree& target) {
     std::vector<std::pair<const config_tree*, config_tree*>> pending;
     pending.emplace_back(&source, &target);
@@ -74,8 +75,8 @@ void copy_children(const config_tree& source, config_tree& target) {
     }
 }
 
-// Removes all children of a tree. Those that would be destroyed by this and have children
-// themselves are added to `parents` first, so that no destructor runs inside another.
+// Removes all children of a tree. Children that would be destroyed by this and have children of
+// their own are added to `parents` first, so that no destructor runs inside another.
 void detach_children(config_tree& tree, std::vector<tree_pointer>& parents) {
     children_type& children = fields::children(tree);
     for (const children_type::value_type& entry : children)
@@ -84,11 +85,11 @@ void detach_children(config_tree& tree, std::vector<tree_pointer>& parents) {
     children.clear();
 }
 
-// One level of a walk in the order of a listing: the children of one node that are left to visit.
+// One level of a walk in listing order: the children of one node that are still to be visited.
 struct listing_level {
     children_type::const_iterator next;
     children_type::const_iterator end;
-    ustring8::size_type prefix_size;  // bytes of the path to that node
+    ustring8::size_type prefix_size;  // length in bytes of the path to that node
 };
 
 listing_level level_of(const config_tree& tree, ustring8::size_type prefix_size) {
@@ -107,8 +108,8 @@ void list_children(const config_tree& tree, config_node_list& out, bool recursiv
         const children_type::value_type& entry = *level.next;
         ++level.next;
         name.resize(level.prefix_size);
-        // Contract: no "." follows an empty prefix, so nodes below a child of the root with the
-        // empty name are listed like children of the root.
+        // Contract: no "." follows an empty prefix, so nodes below a child of the root whose name
+        // is empty are listed like children of the root.
         if (!name.empty())
             name += '.';
         name += entry.first;
@@ -166,7 +167,8 @@ void set_elements(config_tree& parent, const generic::varg_list& values,
         else if (i < flags.count())
             set_value(element, value, flags[i].value().as_uint32());
         else
-            // Contract: a list of flags that is too short turns the other values into numbers.
+            // Contract: if the list of flags is too short, the values beyond its end are stored as
+            // numbers.
             set_value(element, types::variant(value.as_uint32()), no_flags);
     }
 }
@@ -192,7 +194,7 @@ config_tree::~config_tree() TOVA_NOTHROW {
             detach_children(*next, parents);
         }
     } catch (const std::bad_alloc&) {
-        // Without memory for the list, the nodes that are left are destroyed by recursion.
+        // If there is no memory for the list, the remaining nodes are destroyed by recursion.
     }
 }
 
@@ -205,7 +207,7 @@ config_tree& config_tree::operator=(const config_tree& other) {
         return *this;
     m_node.first = other.m_node.first;
     m_node.second = other.m_node.second;
-    // The copies are made before the old children are removed, as `other` may be one of these.
+    // Copies are made before the old children are removed, since `other` may be one of them.
     children_type copies;
     copies = other.m_children;
     m_children.swap(copies);

@@ -1,20 +1,22 @@
-// The reader of configuration files. It takes one entry at a time until the text ends:
+// The reader of configuration files. It reads one entry at a time until the text ends:
 //
-//     state    reads                                        goes on
-//     start    spaces, line ends and comments are skipped   `[`: header; the end: end;
+//     state    reads                                        next state
+//     start    skips spaces, line ends and comments         `[`: header; the end: end;
 //                                                           any other token: key
 //     header   a section name up to `]`                     start
 //     key      a key up to a plain `=`                      empty: start; ends in `[]`: array;
 //                                                           otherwise: value
 //     value    up to the line end                           start
-//     array    elements up to the line end, but a line end  start
+//     array    elements up to the line end; a line end      start
 //              after a comma is skipped
 //
-// The end of the text ends every state. Comments are recognized in the states start, value and
-// array only. Text is built by appending the tokens that count, so spaces outside of quotes vanish.
+// The end of the text ends every state. Comments are recognized only in the states start, value and
+// array. Keys and values are built by appending the tokens that count, so spaces outside quotes are
+// dropped.
 //
-// Three things outlive an entry: the section's name with a "." after it, the section's node, which
-// is looked up when its first entry is stored, and the elements of an array that was dropped.
+// Three things are kept from entry to entry: the section's name followed by ".", the section's
+// node, which is looked up when its first entry is stored, and the elements of an array that was
+// dropped.
 #include "config/entry_reader.hpp"
 
 #include <tova/generic/varg_list.hpp>
@@ -77,8 +79,8 @@ private:
         m_section = nullptr;
     }
 
-    // Contract: no comment starts inside a key. "#" and "//" belong to the key, which runs over
-    // line ends up to the next plain "=".
+    // Contract: comments are not recognized inside a key. "#" and "//" belong to the key, which
+    // continues across line ends up to the next plain "=".
     ustring8 read_key(scanned_token token) {
         ustring8 key;
         for (; token.type != config_token::T_EQ && token.type != config_token::T_END;
@@ -122,7 +124,7 @@ private:
             }
         }
         // Contract: an array whose last element is empty is dropped, but the elements before it
-        // stay on the list and come first in the next array of the file that is stored.
+        // stay on the list and become the first elements of the next array that the file stores.
         if (value.empty())
             return;
         add_element(value);
@@ -140,15 +142,15 @@ private:
 
     void store_array(const ustring8& key) {
         config_tree& parent = section();
-        // The key may be empty, as in `"[]" = a`. Inside a section the full key is then the prefix,
-        // and its separator at the end starts no segment: the section itself is the array.
+        // The key may be empty, as in `"[]" = a`. Inside a section the full key is then just the
+        // prefix, whose trailing separator starts no segment: the section itself becomes the array.
         config_tree& head = key.empty() && !m_prefix.empty() ? parent : make_node(parent, key);
         set_value(head, types::variant(), array_bit);
         set_elements(make_node(parent, key + "."), m_elements, generic::varg_list());
     }
 
-    // The node of the current section. Keys are stored below it rather than by prefix and key: as
-    // the prefix ends in a separator, both name the same node.
+    // The node of the current section. Keys are stored below it instead of under prefix and key.
+    // Both name the same node, since the prefix ends in a separator.
     config_tree& section() {
         if (m_section == nullptr)
             m_section = m_prefix.empty() ? &m_tree : &make_node(m_tree, m_prefix);

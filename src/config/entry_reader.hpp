@@ -9,8 +9,8 @@ namespace TOVA_2_18 {
 namespace config {
 namespace detail {
 
-// Stores every entry of `text` in `tree`, over what the tree holds already. Any text is valid. One
-// thread at a time per tree.
+// Stores every entry of `text` in `tree`, replacing values that are already there. Any text is
+// valid. Only one thread at a time may use a tree.
 void read_entries(const strings::ustring8& text, config_tree& tree);
 
 }  // namespace detail

@@ -1,5 +1,5 @@
-// A file as a source: choose a name (load), read the whole file, store its entries; and the way
-// back. The stages are functions of their own:
+// A file as a source. Loading chooses a file name, reads the whole file and stores its entries;
+// saving goes the other way. Each stage is a function of its own:
 //
 //     load(items)   file_named_by     which file, by the keys of the other sources
 //     load_file()   read_file         the bytes of the file, if it is one that can be read
@@ -7,7 +7,7 @@
 //     save()        write_sections    the tree as text (section_writer.hpp)
 //                   store_file        the text into the file
 //
-// A stage that fails leaves everything as it is, and nothing is reported.
+// A stage that fails changes nothing and reports nothing.
 #include <tova/config/file_item.hpp>
 
 #include <tova/system/files.hpp>
@@ -35,7 +35,7 @@ namespace {
 
 const char file_id[] = "standard file";
 
-// A pipe is never opened for reading: that would wait for a writer, which may never come.
+// A pipe is never opened for reading: that would block until a writer opens it, perhaps forever.
 bool is_pipe(const ustring8& name) {
     return system::detail::has_mode_bits(name, S_IFIFO);
 }
@@ -45,9 +45,9 @@ bool opens_for_reading(const ustring8& name) {
            std::ifstream(name.c_str(), std::ios::binary).is_open();
 }
 
-// Whether the size of the file is known and fits the 32 bits that `system::load_file` passes it
-// through. Most file systems give a directory no such size; those that do read as NULs, which hold
-// no entry.
+// Whether the size of the file is known and fits the 32-bit integer that `system::load_file` uses.
+// Most file systems report no such size for a directory; where one does, the directory reads as NUL
+// bytes, which contain no entries.
 bool has_loadable_size(const ustring8& name) {
     std::ifstream file(name.c_str(), std::ios::binary);
     if (!file.is_open())
@@ -59,8 +59,8 @@ bool has_loadable_size(const ustring8& name) {
 
 // Reads the whole file into `content` and returns whether that worked.
 //
-// The link comes first, as in `system::load_file`: to open one would open what it points to, and a
-// device may act on that.
+// The test for a link comes first, as in `system::load_file`: opening a link would open its target,
+// and opening a device may have side effects.
 bool read_file(const ustring8& name, ustring8& content) {
     if (name.empty())
         return false;
@@ -68,14 +68,15 @@ bool read_file(const ustring8& name, ustring8& content) {
         return !system::detail::is_symbolic_link(name) && !is_pipe(name) &&
                has_loadable_size(name) && system::load_file(name, content) == 0;
     } catch (const std::runtime_error&) {
-        // Whether the path is a link cannot be found out, so the file cannot be read either.
+        // If there is no way to find out whether the path is a link, the file cannot be read
+        // either.
         return false;
     }
 }
 
-// Returns the first name that a source has under `key`, with `extension` after it, and that can be
-// opened for reading; the empty string if there is none. Links are followed here: one that opens is
-// chosen, although `read_file` then refuses it.
+// Goes through the sources in order and returns the first name found under `key` that, with
+// `extension` appended, can be opened for reading; the empty string if there is none. Links are
+// followed here, so a link that can be opened is chosen, although `read_file` then refuses it.
 ustring8 file_named_by(const config_item_list& items, const ustring8& key,
                        const ustring8& extension) {
     for (const memory::pointers::rc_pointer<base_config_item>& item : items) {
@@ -128,7 +129,8 @@ bool file_item::save() {
     try {
         system::store_file(m_filename, text);
     } catch (const std::runtime_error&) {
-        // Whether the path is a link cannot be found out. Not written, like any other bad name.
+        // There is no way to find out whether the path is a link. The file is not written, as for
+        // any other unusable name.
     }
     return true;
 }

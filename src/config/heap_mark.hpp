@@ -6,7 +6,7 @@ namespace TOVA_2_18 {
 namespace config {
 namespace detail {
 
-// Marks an object that was made by `new`: the last `rc_pointer` to it then deletes it. Returns the
+// Marks an object created by `new`, so that the last `rc_pointer` to it deletes it. Returns the
 // object, whose count is still 0.
 template <typename Counted>
 Counted* with_heap_mark(Counted* object) {

@@ -1,5 +1,6 @@
 /// @file
-/// What both dispatchers do with a list of sources: add to it, and call every source in order.
+/// The two things both dispatchers do with a list of sources: append to it, and call every source
+/// in order.
 ///
 /// Nothing here keeps state; a list and its sources belong to one thread at a time.
 #pragma once
@@ -10,12 +11,12 @@ namespace TOVA_2_18 {
 namespace config {
 namespace detail {
 
-// Appends a source that is on the heap and has its heap mark set.
+// Appends a source, which must be on the heap with its heap mark set.
 inline void append(config_item_list& items, base_config_item* item) {
     items.push_back(memory::pointers::rc_pointer<base_config_item>(item));
 }
 
-// Each source gets the whole list, since a file looks up its name in the sources before it.
+// Each source receives the whole list, since a file looks up its name in the sources before it.
 inline void load_each(config_item_list& items) {
     for (const memory::pointers::rc_pointer<base_config_item>& item : items)
         item->load(items);

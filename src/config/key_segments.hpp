@@ -6,7 +6,8 @@
 ///     while (segments.next(name))
 ///         ...  // "net", then "port"
 ///
-/// An object belongs to one thread; the key that it walks may be shared while nobody changes it.
+/// An object belongs to one thread; the key that it walks may be shared as long as nobody changes
+/// it.
 #pragma once
 
 #include <tova/strings/ustring.hpp>
@@ -17,8 +18,8 @@ namespace TOVA_2_18 {
 namespace config {
 namespace detail {
 
-// Writes the segment of `key` that starts at byte `begin`, lowered, to `segment`. Returns the index
-// of the separator after it, or the size of the key.
+// Writes the segment of `key` that starts at byte `begin` to `segment`, in lower case. Returns the
+// index of the separator after it, or the size of the key.
 inline strings::ustring8::size_type read_segment(const strings::ustring8& key,
                                                  strings::ustring8::size_type begin,
                                                  strings::ustring8& segment) {
@@ -39,7 +40,7 @@ public:
     // Reads the next segment. Returns false after the last one.
     //
     // Contract: every key has a first segment, even the empty key, and a separator at the very end
-    // starts no further one: "a" and "a." are the same path, "a.." has an empty second segment.
+    // does not start another: "a" and "a." are the same path, "a.." has an empty second segment.
     bool next(strings::ustring8& segment) {
         if (m_ended)
             return false;

@@ -1,12 +1,13 @@
 // The writer of configuration files. It works on the listing of a tree, which names every node by
 // its full path, parents before children:
 //
-//     1. Index: note the nodes with a value by the length of their parent's path.
+//     1. Index the nodes that have a value by the length of their parent's path.
 //     2. Write a header for each node without a value, in the order of the listing.
-//     3. After each header write the entries that step 1 noted under the length of its name.
+//     3. After each header, write the entries that step 1 recorded under the length of its name.
 //
-// The lookup by length is the rule, not a shortcut: it decides which entries come under a header.
-// It also makes the lines of all sections of equal length the same, so they are built only once.
+// The lookup by length is the rule, not a shortcut: it decides which entries appear under a header.
+// All sections whose names have the same length therefore have the same lines, which are built only
+// once.
 #include "config/section_writer.hpp"
 
 #include <tova/config/file_item.hpp>
@@ -60,9 +61,10 @@ private:
     const config_node& node(std::size_t i) const { return m_nodes[i].second; }
     ustring8 value(std::size_t i) const { return quote_value(node(i).second.as_utf8()); }
 
-    // Contract: an entry belongs to a section if its name, without as many bytes as the section's
-    // name has and one more, is its last segment. Only lengths are compared: the entries of all
-    // sections whose names are equally long come under each of these sections.
+    // Contract: an entry belongs to a section if dropping the length of the section's name plus one
+    // byte from the front of the entry's name leaves its last segment. Only lengths are compared:
+    // if several sections have names of the same length, the entries of all of them appear under
+    // each.
     const ustring8& lines_below(ustring8::size_type section_size) {
         const auto known = m_lines.find(section_size);
         if (known != m_lines.end())
@@ -83,9 +85,9 @@ private:
             return i + 1;
         }
         text += "[]=";
-        // Contract: the element "0" is written and then every node whose name reads as a number, in
-        // the order of the listing: "10" comes before "2", and a key that only starts with a digit
-        // counts, too. Nothing past the end of the listing is looked at.
+        // Contract: the element "0" is written, and then every node whose name reads as a number,
+        // in listing order: "10" comes before "2", and a key that merely starts with a digit
+        // counts, too. The scan stops at the end of the listing.
         if (++i < m_nodes.size() && last_segment(name(i)) == "0") {
             text += value(i);
             while (++i < m_nodes.size() && is_nonzero_number(last_segment(name(i))))
@@ -96,7 +98,7 @@ private:
     }
 
     const config_node_list& m_nodes;
-    // Both by the length of the parent's path: the indexes of its entries, and their lines.
+    // Both keyed by the length of the parent's path: the indexes of the entries, and their lines.
     std::map<ustring8::size_type, std::vector<std::size_t>> m_entries;
     std::map<ustring8::size_type, ustring8> m_lines;
 };

@@ -1,5 +1,5 @@
 /// @file
-/// Writes a tree as the text of a configuration file. docs/configuration.md says what is lost.
+/// Writes a tree as the text of a configuration file. docs/configuration.md says what a save loses.
 #pragma once
 
 #include <tova/config/config_tree.hpp>
@@ -9,8 +9,8 @@ namespace TOVA_2_18 {
 namespace config {
 namespace detail {
 
-// Returns the sections of a recursive listing of a whole tree, with their entries. One thread at a
-// time per tree that the list came from.
+// Returns the sections, with their entries, of a recursive listing of a whole tree. Only one thread
+// at a time may use the tree that was listed.
 strings::ustring8 write_sections(const config_node_list& nodes);
 
 }  // namespace detail

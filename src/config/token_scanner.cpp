@@ -4,8 +4,8 @@
 //     space                             T_SPACE: the run of spaces
 //     "                                 T_STRING: up to the closing quote or the end of the source
 //     # [ ] . tab line feed             that byte alone
-//     carriage return                   with a line feed T_NEWLINE, alone T_UNKNOWN
-//     < > = : + - * /                   with a `=` after it a token of two bytes, else alone;
+//     carriage return                   T_NEWLINE with a line feed after it, else T_UNKNOWN
+//     < > = : + - * /                   with a `=` after it a two-byte token, else that byte;
 //                                       "//" and "*/" are tokens of their own
 //     digit, letter                     T_NUM, T_VAR: the run of the same class
 //     any other byte                    T_NON_ALPHA_NUM: that byte alone
@@ -30,14 +30,15 @@ namespace {
 typedef config_token::tok_types tok_types;
 typedef ustring8::size_type size_type;
 
-// Positions are 32 bits wide. A longer source ends at the last position there is: one that wrapped
-// around to 0 would never let a caller reach the end.
+// Positions are 32 bits wide. A longer source ends at the largest position: if positions wrapped
+// around to 0, a caller would never reach the end.
 const size_type last_position = std::numeric_limits<unsigned int>::max();
 
-// Returns the index of the quote that closes the string opened at `start`, or the source's size.
+// Returns the index of the quote that closes the string opened at `start`, or the size of the
+// source.
 //
-// Contract: the byte after a backslash is skipped unseen, and both stay in the text: a quote that
-// is escaped keeps its backslash.
+// Contract: the byte after a backslash is skipped without being examined, and both stay in the
+// text: an escaped quote keeps its backslash.
 size_type closing_quote(const ustring8& source, size_type start) {
     size_type at = start + 1;
     while (at < source.size() && source[at] != '"')
@@ -63,8 +64,8 @@ punctuation alone_or_with_equals(char next, tok_types alone, tok_types with_equa
     return next == '=' ? punctuation{with_equals, 2} : punctuation{alone, 1};
 }
 
-// One flat switch: a table row for each character. `next` is the terminator at the end of the
-// source, which completes no pair.
+// One flat switch, with a row for each character. At the end of the source `next` is the
+// terminator, which completes no pair.
 punctuation punctuation_at(char character, char next) {
     switch (character) {
     case ']':
@@ -134,8 +135,8 @@ scanned_token token_scanner::next() {
         const size_type end = start + sign.size;
         const size_type begin = sign.type == config_token::T_NEWLINE ? end - 1 : start;
         scanned_token found = token(sign.type, begin, end, end);
-        // Contract: "*/" is returned as the start of a comment and stored under its own type. The
-        // readers here go by what is returned, so "*/" starts a comment in a file.
+        // Contract: "*/" is returned as the start of a comment but stored as its own type. The
+        // readers in this folder use the returned type, so "*/" starts a comment in a file.
         if (sign.type == config_token::T_COMMENT_END)
             found.type = config_token::T_FSFS;
         return found;
@@ -158,7 +159,7 @@ void token_scanner::skip_to_line_end() {
         if (type == config_token::T_END)
             return;
         if (type == config_token::T_NEWLINE) {
-            // The line end stays for the caller: it may end a value.
+            // The line end is left to the caller: it may end a value.
             m_position = start;
             return;
         }

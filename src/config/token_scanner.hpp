@@ -7,7 +7,7 @@
 ///         token.append_to(key, line);
 ///
 /// `base_config_item::get_token` is the published form, which copies each token's text. A scanner
-/// belongs to one thread; the string may be shared while nobody changes it.
+/// belongs to one thread; the string may be shared as long as nobody changes it.
 #pragma once
 
 #include <tova/config/config_token.hpp>
@@ -17,8 +17,8 @@ namespace TOVA_2_18 {
 namespace config {
 namespace detail {
 
-// A token and where its text is in the source string. Every text is a part of the source: that of a
-// string excludes the quotes, that of "\r\n" is its line feed.
+// A token, and where its text is in the source string. The text is always a part of the source: for
+// a quoted string it excludes the quotes, for "\r\n" it is the line feed.
 struct scanned_token {
     config_token::tok_types type;    // as callers of `get_token` receive it
     config_token::tok_types stored;  // as `get_token` stores it; differs for "*/" alone
@@ -32,11 +32,11 @@ struct scanned_token {
     bool is_comment_start() const {
         return type == config_token::T_POUND || type == config_token::T_FSFS;
     }
-    // Dropped from values, unless quoted.
+    // Dropped from values unless quoted.
     bool is_space() const {
         return type == config_token::T_SPACE || type == config_token::T_TABCHAR;
     }
-    // Dropped from keys and section names, unless quoted.
+    // Dropped from keys and section names unless quoted.
     bool is_space_or_line_end() const { return is_space() || type == config_token::T_NEWLINE; }
 };
 
@@ -49,13 +49,13 @@ public:
     // Index of the first byte of the next token.
     unsigned int position() const { return m_position; }
 
-    // Reads the next token. At or past the end that is `T_END`, and the position stays.
+    // Reads the next token. At or past the end this is `T_END`, and the position does not move.
     scanned_token next();
 
     // Moves to the next line end, or to the end of the source.
     //
-    // Contract: what is passed over is tokenized like anything else, so a double quote in a comment
-    // starts a string and a line end inside that string doesn't count.
+    // Contract: the skipped text is tokenized like any other, so a double quote in a comment starts
+    // a string, and a line end inside that string doesn't count.
     void skip_to_line_end();
 
 private:

@@ -1,9 +1,9 @@
 /// @file
-/// The nodes of a `config_tree` as the sources of this folder see them.
+/// Access to the nodes of a `config_tree` for the sources in this folder.
 ///
 /// A source that stores many entries under one node looks that node up once and then stores below
 /// it, so loading stays linear in the size of the text even if a section has very many segments.
-/// config_tree.cpp implements all of this. One thread at a time per tree.
+/// config_tree.cpp implements these functions. Only one thread at a time may use a tree.
 #pragma once
 
 #include <tova/config/config_tree.hpp>
@@ -14,7 +14,7 @@ namespace TOVA_2_18 {
 namespace config {
 namespace detail {
 
-// Opens the two private fields of a node to this folder. Every node is a `config_tree` itself.
+// Exposes the two private fields of a node to this folder. Every node is itself a `config_tree`.
 struct tree_fields {
     typedef config_tree::children_type children_type;
 
@@ -27,8 +27,8 @@ struct tree_fields {
 // Returns the node that `key` names below `tree`, or null.
 const config_tree* find_node(const config_tree& tree, const strings::ustring8& key);
 
-// Returns the node that `key` names below `tree`. Nodes that are missing are added as steps, which
-// have the flags word 0 and the value `true`.
+// Returns the node that `key` names below `tree`. Missing nodes are added as steps: their flags
+// word is 0 and their value is `true`.
 config_tree& make_node(config_tree& tree, const strings::ustring8& key);
 
 // Replaces the value and the flags word of a node. The new word is `flags` with bit 0 added.

@@ -9,8 +9,8 @@ user_item::user_item() : base_config_item() {
     id = "user item";
 }
 
-// Contract: a copy has another name. The list of a manager holds clones, and programs look for
-// "user_item" there.
+// Contract: a copy has a different name. The list of a manager holds clones, and programs look for
+// "user_item" in it.
 user_item::user_item(const user_item& other) : base_config_item(other) {
     id = "user_item";
 }

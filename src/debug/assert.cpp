@@ -14,8 +14,8 @@ const std::size_t context_size = 256;  // room for expression and context, termi
 
 }  // namespace
 
-// The assignment of a delegate has the published order of steps: the old hook is deleted, the
-// delegate is empty, and only then is the source read and cloned.
+// Delegate assignment follows the published order of steps: the old hook is deleted, the delegate
+// becomes empty, and only then is the source read and cloned.
 void set_assert_hook(const hook_delegate& hook) {
     _private::g_assert_callback = hook;
 }
@@ -30,13 +30,13 @@ bool is_assert_hook_set() {
 
 namespace _private {
 
-// Constant-initialized, so an assertion that fails while other static objects are built already
+// Constant-initialized, so an assertion that fails while other static objects are being constructed
 // finds an empty delegate.
 hook_delegate g_assert_callback;
 
 void ____________________ASSERT____________________(const char* expression, const char* file,
                                                     unsigned int line, const char* function) {
-    unsigned int local_line = line;  // Contract: what the hook writes to it is lost
+    unsigned int local_line = line;  // Contract: changes made by the hook are lost
     if (is_assert_hook_set())
         g_assert_callback.invoke(expression, file, local_line);
     else
@@ -45,15 +45,17 @@ void ____________________ASSERT____________________(const char* expression, cons
 
 void _______________CONTEXT__ASSERT________________(const char* expression, const char* file,
                                                     unsigned int line, const char* function, ...) {
-    // On the stack: a failed assertion allocates nothing, since memory may be what has run out.
+    // On the stack: a failed assertion must not allocate, since running out of memory may be the
+    // cause.
     char text[context_size] = {};
     const int length = std::snprintf(text, context_size, "%s : ", expression);
 
     va_list arguments;
     va_start(arguments, function);
     const char* const format = va_arg(arguments, const char*);
-    // Contract: `length` is what expression and separator would take in full. If they had to be
-    // cut, there is no context; if they fill the buffer exactly, its room is 0 characters.
+    // Contract: `length` is the untruncated length of expression and separator. If they had to be
+    // cut, there is no context; if they fill the buffer exactly, there is room for 0 characters of
+    // context.
     if (length >= 1 && length < static_cast<int>(context_size) && format != nullptr)
         std::vsnprintf(text + length, context_size - static_cast<std::size_t>(length), format,
                        arguments);

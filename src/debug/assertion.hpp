@@ -1,9 +1,10 @@
 /// @file
-/// How the library's own sources assert: with a published location, which stays when code moves.
+/// Assertions in the library's own sources. They report a published location, which stays the same
+/// when code moves.
 ///
-/// The macros of `debug/assert.hpp` would report the file and line of the day. Hooks see those, so
-/// the library passes the file, line and signature that are part of its interface instead. Threads:
-/// as in `debug/assert.hpp`.
+/// The macros of `debug/assert.hpp` report the current file and line. Hooks receive both, so the
+/// library passes the file, line and signature that are part of its interface instead. The rules
+/// for threads are those of `debug/assert.hpp`.
 #pragma once
 
 #include <tova/debug/assert.hpp>

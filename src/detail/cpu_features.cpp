@@ -3,12 +3,13 @@
 namespace TOVA_2_18 {
 namespace detail {
 
-// No guard and no lock: whoever asks first stores a level, and everybody finds the same one.
+// No guard and no lock: the first caller stores the level, and concurrent callers compute the same
+// one.
 std::atomic<int> chosen_cpu_level(-1);
 
 cpu_form best_cpu_level() {
 #if defined(__x86_64__)
-    // A constructor of the compiler's own library does this, too, but may not have run yet.
+    // A constructor in the compiler's runtime library does this, too, but may not have run yet.
     __builtin_cpu_init();
     const bool has_avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&
                           __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");

@@ -9,9 +9,9 @@
 ///     ...
 ///     }
 ///
-/// The processor is asked once. Static objects call kernels while the library is being loaded, so
-/// this works before any static initializer has run, and two threads may ask for the first time at
-/// once: both find the same level.
+/// The processor is queried once. Static objects call kernels while the library is being loaded, so
+/// this works before any static initializer has run. Two threads may make the first call at the
+/// same time: both find the same level.
 #pragma once
 
 #include <atomic>
@@ -27,10 +27,10 @@ enum class cpu_form : int {
     avx512,    ///< F, BW, DQ, VL, VBMI and VBMI2, with all of the above
 };
 
-/// The best form that this processor can run. Asks it every time.
+/// The best form that this processor can run. Queries the processor on every call.
 cpu_form best_cpu_level();
 
-// The level in use, or -1 as long as nobody has asked. Use `cpu_level`.
+// The level in use, or -1 before the first query. Use `cpu_level`.
 extern std::atomic<int> chosen_cpu_level;
 cpu_form choose_cpu_level();
 
@@ -40,8 +40,8 @@ inline cpu_form cpu_level() {
     return level < 0 ? choose_cpu_level() : static_cast<cpu_form>(level);
 }
 
-/// For tests, which compile this file themselves: from now on that level is in use. It must not
-/// exceed the best one.
+/// For tests, which compile this file themselves: sets the level in use. It must not exceed the
+/// best one.
 void force_cpu_level(cpu_form level);
 
 }  // namespace detail

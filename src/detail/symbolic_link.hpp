@@ -1,6 +1,6 @@
 /// @file
-/// The one question about links that several families ask: they refuse a file whose name is a
-/// symbolic link. It is below all of them, as the stream parser must not depend on `system`.
+/// The test for symbolic links. Several families refuse a file whose name is a symbolic link. The
+/// test is here, below all of them, because the stream parser must not depend on `system`.
 ///
 /// Keeps no state: any number of threads may call it.
 #pragma once
@@ -10,8 +10,8 @@
 namespace TOVA_2_18 {
 namespace detail {
 
-/// Whether the last component of the path is a symbolic link. A missing file is none. Raises
-/// `boost::filesystem::filesystem_error` if the file system cannot tell.
+/// Whether the last component of the path is a symbolic link. A missing file is not one. Raises
+/// `boost::filesystem::filesystem_error` if the status of the path cannot be read.
 bool is_symbolic_link(const std::string& path);
 
 }  // namespace detail

@@ -1,7 +1,7 @@
-// Every class of the tree has the same four operations: two constructors that differ in how the
-// location arrives, a copy constructor and a destructor. All of them are written out, since modules
-// link against each by name. Only three places do any work: `state` copies the location, and
-// `logic_error` and `runtime_error` each hold a message. The leaves pass their arguments on.
+// Every class of the hierarchy has the same four operations: two constructors that differ in how
+// the location is passed, a copy constructor and a destructor. All of them are written out, since
+// modules link against each by name. Only three places do any work: `state` copies the location,
+// and `logic_error` and `runtime_error` each hold a message. The leaves pass their arguments on.
 #include <tova/exceptions/exceptions.hpp>
 
 namespace TOVA_2_18 {
@@ -10,7 +10,7 @@ namespace exceptions {
 namespace {
 
 // Contract: no bounds check, see `exception::state`. Nothing is written past the terminator, so a
-// throw costs as many bytes as the location has and not the full 512.
+// throw copies only as many bytes as the location has, not the full 512.
 void copy_string(char* target, const char* source) {
     while (*source != '\0')
         *target++ = *source++;
@@ -28,7 +28,7 @@ exception::state::state(unsigned int raise_line, const char* raise_file, const c
 }
 
 // Contract: a field that is empty in the source stays uninitialized here, although the constructor
-// above writes the terminator of an empty string.
+// above writes a terminator for an empty string.
 exception::state::state(const state& source) : line(source.line) {
     if (source.file[0] != '\0')
         copy_string(file, source.file);
@@ -102,8 +102,8 @@ invalid_argument_value::~invalid_argument_value() TOVA_NOTHROW {}
 
 // --- runtime_error and its leaves ----------------------------------------------------------------
 
-// Contract: a twin of `logic_error` with a message of its own. The two share no base below the
-// root, so a handler for one never catches the other.
+// Contract: the counterpart of `logic_error`, with a message of its own. The root is their only
+// common base, so a handler for one never catches the other.
 runtime_error::runtime_error(const std::string& message, unsigned int line, const char* file,
                              const char* function)
     : exception(line, file, function), m_message(message) {}

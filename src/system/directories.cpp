@@ -1,5 +1,5 @@
-// The 8-bit form of each operation does the work. The other two convert the path to UTF-8 before it
-// and the paths found back after it.
+// The 8-bit form of each operation does the work. The other two convert the path to UTF-8 and
+// convert the paths found back.
 #include <tova/system/directories.hpp>
 
 #include <tova/strings/unicode.hpp>
@@ -23,8 +23,9 @@ namespace {
 
 const mode_t directory_mode = 0775;
 
-// Creates the directory that the path names up to `position`, or as a whole at `npos`. The path is
-// cut for the call and restored after it, so that a path of many parts isn't copied for each.
+// Creates the directory named by the first `position` bytes of the path, or by the whole path for
+// `npos`. The path is cut for the call and restored after it, so a path of many parts isn't copied
+// once per part.
 bool make_directory(ustring8& path, ustring8::size_type position) {
     if (position == ustring8::npos)
         return ::mkdir(path.c_str(), directory_mode) == 0;
@@ -49,9 +50,9 @@ bool create_directory(const ustring8& path) {
         return true;
 
     // Contract: `npos + 1` is 0, here and in the loop. A path that begins with "." or "/" and has
-    // no other "/" is created as a whole, and then the loop starts over at the front and tries the
-    // part before the first "/". That part exists or is empty, so the result is false; only where
-    // the parent was missing at first ("..a/b") does the second attempt succeed.
+    // no other "/" is created as a whole; then the loop starts over at the beginning and tries the
+    // part before the first "/". That part exists or is empty, so the result is false. Only if the
+    // parent was missing at first ("..a/b") does the second attempt succeed.
     ustring8::size_type start = 0;
     if (!path.empty() && (path[0] == '.' || path[0] == '/'))
         start = path.find('/') + 1;
@@ -79,8 +80,8 @@ void get_directory_files(const ustring8& directory, std::vector<ustring8>& files
         else if (readable && io::is_directory(entry))
             subdirectories.push_back(entry);
     }
-    // Contract: the directory is closed by now, so that a deep tree doesn't use up the descriptors,
-    // and its own files come before all others.
+    // Contract: the directory is closed by now, so a deep tree doesn't use up the file descriptors,
+    // and the directory's own files come before all others.
     for (const ustring8& subdirectory : subdirectories)
         get_directory_files(subdirectory, files);
 }

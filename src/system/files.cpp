@@ -1,6 +1,5 @@
-// The 8-bit form of each operation does the work, in the published order of steps: the test for a
-// link, the open, and what follows the open, which reports no errors. The other two forms convert
-// the path to UTF-8.
+// The 8-bit form of each operation does the work, in the published order: test for a link, open,
+// and then steps that report no errors. The other two forms convert the path to UTF-8.
 #include <tova/system/files.hpp>
 
 #include <tova/strings/unicode.hpp>
@@ -22,7 +21,7 @@ namespace {
 const int success = 0;
 const int failure = 1;
 
-const mode_t owner_may_read = 0x100;  // Contract: the owner's bit, whoever the caller is
+const mode_t owner_may_read = 0x100;  // Contract: the owner's permission bit, whoever the caller is
 
 int load(const ustring8& path, std::string& content) {
     if (detail::is_symbolic_link(path))
@@ -31,15 +30,14 @@ int load(const ustring8& path, std::string& content) {
     if (!file.is_open())
         return failure;
 
-    // Contract: the size passes through a 32-bit `int`. A position of -1, which is what an
-    // unseekable file reports, or a size from 2 GiB on becomes a huge length that the string
-    // refuses.
+    // Contract: the size passes through a 32-bit `int`. A position of -1, which an unseekable file
+    // reports, or a size of 2 GiB or more becomes a huge length that the string rejects.
     file.seekg(0, std::ios::end);
     const std::streamoff end = file.tellg();
     content.assign(static_cast<std::string::size_type>(static_cast<int>(end)), '\0');
     file.seekg(0, std::ios::beg);
-    // The content is shorter than the file from 4 GiB on only, where a file is out of range anyway;
-    // the read must not go past it.
+    // Only for a file of 4 GiB or more, which is out of range anyway, is the content shorter than
+    // the file; the read must not go past its end.
     file.read(&content[0], std::min(end, static_cast<std::streamoff>(content.size())));
     file.close();
     return success;

@@ -1,5 +1,5 @@
-// The 8-bit form of each operation is one system call. The other two convert the path to UTF-8, and
-// an invalid path becomes the name "-1" there.
+// The 8-bit form of each operation is one system call. The other two convert the path to UTF-8,
+// which turns an invalid path into the name "-1".
 #include <tova/system/io.hpp>
 
 #include <tova/strings/unicode.hpp>
@@ -21,12 +21,12 @@ using strings::ustring8;
 
 namespace {
 
-// Contract: these are single bits of the file type and not whole types, so more than one kind of
-// file has each: a socket (0xC000) has both, a block device (0x6000) has the second.
+// Contract: these are single bits of the file type and not whole types, so each is set for more
+// than one kind of file: a socket (0xC000) has both, a block device (0x6000) has the second.
 const mode_t file_bit = 0x8000;
 const mode_t directory_bit = 0x4000;
 
-// Contract: the operations report nothing, whatever the system says.
+// Contract: the operations report nothing, whatever the system returns.
 void ignore(int) {}
 
 }  // namespace
@@ -94,8 +94,8 @@ void move(const ustring32& target, const ustring32& source) {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winfinite-recursion"
 
-// Contract: the operation calls itself, until the stack is exhausted. The copies live across the
-// call, which keeps a compiler from turning the recursion into a loop.
+// Contract: the operation calls itself until the stack is exhausted. The copies live across the
+// call, which keeps the compiler from turning the recursion into a loop.
 void mkdir(const ustring8& path) {
     const ustring8 copy(path);  // NOLINT(performance-unnecessary-copy-initialization)
     mkdir(ustring8(copy.c_str()));

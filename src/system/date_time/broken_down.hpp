@@ -1,8 +1,8 @@
 /// @file
-/// Reads the system's clock, and makes dates and times of what the C library breaks it down to.
+/// Reads the system clock and converts the C library's broken-down time to dates and times.
 ///
-/// Threads: `localtime` and `gmtime` keep their result in a static buffer of the C library, so what
-/// reads the clock is for one thread at a time.
+/// Threads: `localtime` and `gmtime` keep their result in a static buffer of the C library, so only
+/// one thread at a time may read the clock.
 #pragma once
 
 #include <tova/system/date_time/date.hpp>
@@ -17,13 +17,13 @@ namespace system {
 namespace date_time {
 namespace detail {
 
-// `localtime` or `gmtime`: what decides whether a reading is local or UTC.
+// `localtime` or `gmtime`: determines whether a reading is local or UTC.
 typedef std::tm* break_down(const std::time_t* seconds);
 
 // One reading of the clock.
 struct moment {
     std::tm fields;
-    long microseconds;  // of the second, below 1000000
+    long microseconds;  // within the second, below 1000000
 };
 
 inline moment read_clock(break_down* zone) {

@@ -1,10 +1,10 @@
 // A date is three fields that the setters check one by one, and a day number for arithmetic:
 //
-// - `day`, `month` and `year` store what they accept. The day is not compared with the month here;
-//   `get_days` limits it when it is read.
-// - `pJulian_day_number()` counts days from 1 March of year 0. A year begins in March, so that the
-//   leap day is its last day and no month depends on it.
-// - `pJulian_day_number(n)` goes back. Sums and differences go through the number and back.
+// - `day`, `month` and `year` store what they accept. The day is not checked against the month
+//   here; `get_days` limits it when it is read.
+// - `pJulian_day_number()` counts days from 1 March of year 0. A year begins in March, so the leap
+//   day is its last day and no month depends on it.
+// - `pJulian_day_number(n)` does the reverse. Sums and differences convert to the number and back.
 #include <tova/system/date_time/date.hpp>
 
 #include "system/date_time/broken_down.hpp"
@@ -18,7 +18,7 @@ namespace date_time {
 
 namespace {
 
-// Published with the exceptions: they stay when the code moves.
+// Published with the exceptions: they stay the same when the code moves.
 const char source_path[] = "system/date_time/date";
 const unsigned month_line = 58;
 const unsigned day_line = 68;
@@ -153,8 +153,8 @@ date& date::operator+=(const date_duration& duration) {
     return plus_assign(duration);
 }
 
-// Contract: the date always goes through its number, even for a move by 0 days. That turns a stored
-// 31 February into a real date, and 29 February into 1 March.
+// Contract: the date is always converted to its number and back, even for a move by 0 days. That
+// turns a stored 31 February into a real date, and 29 February into 1 March.
 date& date::plus_assign(const date_duration& duration) {
     pJulian_day_number(pJulian_day_number() + static_cast<unsigned>(duration.days()));
     return *this;
@@ -164,8 +164,8 @@ date& date::operator-=(const date_duration& duration) {
     return minus_assign(duration);
 }
 
-// Contract: the number is compared as a signed one. From September 5879610 on numbers are negative
-// in this comparison, and every move back by 0 days or more raises.
+// Contract: the number is compared as a signed value. From September 5879610 on, numbers are
+// negative in this comparison, and every move back by 0 days or more raises.
 date& date::minus_assign(const date_duration& duration) {
     const unsigned number = pJulian_day_number();
     detail::require(static_cast<int>(number) > duration.days(), "date value out of valid range",
@@ -174,8 +174,8 @@ date& date::minus_assign(const date_duration& duration) {
     return *this;
 }
 
-// All in unsigned arithmetic, which wraps: a default date, and January and February of year 0, lie
-// before day 1 and get the numbers that come before it modulo 2^32.
+// All arithmetic is unsigned and wraps: a default date, and January and February of year 0, come
+// before day 1, so their numbers wrap around modulo 2^32.
 unsigned int date::pJulian_day_number() const {
     unsigned years = m_year;
     unsigned from_march = m_month - 3;
@@ -190,7 +190,8 @@ unsigned int date::pJulian_day_number() const {
 }
 
 // Contract: the counts of centuries and of single years are not limited to 3. The last day of a
-// cycle of 4 or 400 years, which is 29 February, therefore begins a year of its own, on 1 March.
+// cycle of 4 or 400 years, 29 February, is therefore read as 1 March, the first day of another
+// year.
 void date::pJulian_day_number(unsigned int number) {
     unsigned rest = number - 1;
     unsigned years = rest / days_in_400_years * 400;

@@ -1,4 +1,4 @@
-// A date and a time side by side. Accessors forward to the part that has the field; only sums and
+// A date and a time together. Accessors forward to the part that has the field; only sums and
 // differences with a `time_duration` have rules of their own.
 #include <tova/system/date_time/date_time.hpp>
 
@@ -19,11 +19,11 @@ bool spans_a_day(const time_duration& duration) {
     return hours >= hours_a_day || hours <= -hours_a_day;
 }
 
-// What a duration of a day or more does before the date moves.
+// The step for durations of a day or more, before the date moves.
 //
-// Contract: the hours left over after whole days are set as the day of the month, and are then the
-// number of days to move by. If they are 0 or negative, the setter raises before anything has
-// changed.
+// Contract: the hours left over after whole days are stored as the day of the month, and then used
+// as the number of days to move by. If they are 0 or negative, the setter raises before anything
+// has changed.
 date_duration set_day_to_hours(date_time_t& value, const time_duration& duration) {
     const long hours = duration.total_complete_hours() % hours_a_day;
     return date_duration(static_cast<int>(value.day(static_cast<unsigned>(hours))));
@@ -156,7 +156,8 @@ date_time_t& date_time_t::operator=(const date_time_t& source) {
     return assign(source);
 }
 
-// Contract: days move a `date` and never a date with a time. None of the four forms does anything.
+// Contract: a `day_duration` moves a `date`, never a date with a time. None of the four forms does
+// anything.
 date_time_t& date_time_t::operator+=(const date_duration& duration) {
     return plus_assign(duration);
 }
@@ -178,7 +179,8 @@ date_time_t& date_time_t::operator+=(const time_duration& duration) {
 }
 
 date_time_t& date_time_t::plus_assign(const time_duration& duration) {
-    // Below a day the date isn't touched: a move by 0 days would turn 31 February into a real date.
+    // For less than a day the date isn't touched: a move by 0 days would turn 31 February into a
+    // real date.
     if (spans_a_day(duration))
         m_date += set_day_to_hours(*this, duration);
     m_time += duration;
@@ -189,8 +191,8 @@ date_time_t& date_time_t::operator-=(const time_duration& duration) {
     return minus_assign(duration);
 }
 
-// Contract: the hours are not negated, so a negative duration of a day or more raises here as it
-// does in a sum.
+// Contract: the hours are not negated, so a negative duration of a day or more raises here, just as
+// in a sum.
 date_time_t& date_time_t::minus_assign(const time_duration& duration) {
     if (spans_a_day(duration))
         m_date -= set_day_to_hours(*this, duration);

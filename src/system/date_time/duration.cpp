@@ -1,5 +1,5 @@
-// Both durations are one signed number. Operators forward to the named operations, and these to one
-// template for sums and one for differences, which wrap. Nothing here fails.
+// Each duration is one signed number. Operators forward to the named operations, and these to two
+// templates for sums and differences, which wrap. Nothing here fails.
 #include <tova/system/date_time/duration.hpp>
 
 #include <type_traits>
@@ -28,8 +28,8 @@ Number wrapping_difference(Number left, Number right) {
     return static_cast<Number>(static_cast<bits>(left) - static_cast<bits>(right));
 }
 
-// Contract: hours, minutes and seconds are added in 32 bits. A full total is passed as the
-// milliseconds, with zeros here.
+// Contract: hours, minutes and seconds are added in 32 bits. To set a larger total, pass it as
+// milliseconds, with zeros for the others.
 int fields_in_milliseconds(int hours, int minutes, int seconds) {
     return static_cast<int>(static_cast<unsigned>(hours) * 3600000u +
                             static_cast<unsigned>(minutes) * 60000u +
@@ -89,7 +89,7 @@ time_duration::time_duration(int hours, int minutes, int seconds, long milliseco
     : m_milliseconds(wrapping_sum(
           static_cast<long>(fields_in_milliseconds(hours, minutes, seconds)), milliseconds)) {}
 
-// The parts. Integer division truncates toward zero, which gives all parts the sign of the whole.
+// The parts. Integer division truncates toward zero, so all parts have the sign of the whole.
 int time_duration::hour() const {
     return static_cast<int>(m_milliseconds / an_hour);
 }
@@ -106,7 +106,7 @@ int time_duration::millisecond() const {
     return static_cast<int>(m_milliseconds % a_second);
 }
 
-// One division each: dividing in steps would round more than once.
+// A single division each: dividing in steps would round more than once.
 double time_duration::total_hours() const {
     return static_cast<double>(m_milliseconds) / 3600000.0;
 }

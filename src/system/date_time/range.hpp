@@ -1,7 +1,7 @@
 /// @file
 /// The check that all setters of dates and times share.
 ///
-/// Threads: nothing is shared.
+/// Keeps no state: any number of threads may call it.
 #pragma once
 
 #include <tova/exceptions/exceptions.hpp>
@@ -12,7 +12,7 @@ namespace date_time {
 namespace detail {
 
 // Raises `exceptions::out_of_range` unless the condition holds. Message, line, path and function
-// are published: handlers compare them, and they stay when the code moves.
+// are published: handlers compare them, so they stay the same when the code moves.
 inline void require(bool in_range, const char* message, unsigned int line, const char* source_path,
                     const char* function) {
     if (!in_range)

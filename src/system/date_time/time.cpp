@@ -1,5 +1,6 @@
-// A time is four fields that the setters check one by one. Arithmetic makes a duration of the
-// fields, adds in milliseconds, and goes back through the setters, which is where a move can raise.
+// A time is four fields that the setters check one by one. Arithmetic converts the fields to a
+// duration, adds in milliseconds, and stores the result through the setters, which is where a move
+// can raise.
 #include <tova/system/date_time/time.hpp>
 
 #include "system/date_time/broken_down.hpp"
@@ -13,7 +14,7 @@ namespace date_time {
 
 namespace {
 
-// Published with the exceptions: they stay when the code moves.
+// Published with the exceptions: they stay the same when the code moves.
 const char source_path[] = "system/date_time/time";
 const unsigned hour_line = 51;
 const unsigned minute_line = 61;
@@ -63,9 +64,9 @@ unsigned int time::millisecond() const {
     return m_millisecond;
 }
 
-// The setters take unsigned values and the checks signed ones. A negative part of a duration
-// arrives here as a large unsigned number, and the cast makes it negative again, which no check
-// accepts.
+// The setters take unsigned values, but the checks are signed. A negative part of a duration
+// arrives here as a large unsigned number; the cast makes it negative again, and no check accepts
+// that.
 unsigned int time::hour(unsigned int value) {
     detail::require(is_valid_hour(static_cast<int>(value)), "Hour value out of valid range",
                     hour_line, source_path, "hour");
@@ -124,7 +125,7 @@ time& time::operator+=(const time_duration& duration) {
 }
 
 // Contract: one day is added before the remainder is taken, and the remainder has the sign of its
-// dividend. If a part is negative, its setter raises, and the fields before it are already set.
+// dividend. If a part is negative, its setter raises after the fields before it have been set.
 time& time::plus_assign(const time_duration& duration) {
     const time_duration now(static_cast<int>(m_hour), static_cast<int>(m_minute),
                             static_cast<int>(m_second), static_cast<long>(m_millisecond));

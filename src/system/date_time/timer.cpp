@@ -15,7 +15,7 @@ unsigned long microseconds_now() {
            static_cast<unsigned long>(now.tv_usec);
 }
 
-// One sample: nothing happens between the two readings but their own cost.
+// One sample: two readings with nothing between them, so the difference is their own cost.
 unsigned long measured_span(timer& stopwatch) {
     stopwatch.clear();
     stopwatch.start();
@@ -33,8 +33,9 @@ void timer::start() {
     m_start = microseconds_now();
 }
 
-// A clock at 0 looks like a span that was never started, so such a span is not added. A span begins
-// after one reading of the clock and ends with the next: it includes the cost of one reading.
+// A span started when the clock reads 0 looks like one that was never started, so it is not added.
+// A span begins after one reading of the clock and ends with the next, so it includes the cost of
+// one reading.
 void timer::stop() {
     if (m_start == 0)
         return;
@@ -59,13 +60,13 @@ auto_tester::auto_tester() {
     if (timer::m_overheadMicroseconds != 0)
         return;
     timer stopwatch;
-    measured_span(stopwatch);  // a warm-up: the first reading is slow
+    measured_span(stopwatch);  // warm-up: the first reading is slow
     const unsigned long first = measured_span(stopwatch);
     const unsigned long second = measured_span(stopwatch);
     timer::m_overheadMicroseconds = (first + second) / 2;
 }
 
-// Constructed while the library is loaded, when the overhead is still 0.
+// Constructed while the library is being loaded, when the overhead is still 0.
 auto_tester sAutoTester;
 
 }  // namespace date_time
