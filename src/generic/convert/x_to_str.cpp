@@ -1,6 +1,11 @@
+// Integers in the usual radix are written eight digits at a time (decimal_digits.hpp), the others
+// digit by digit from the last one.
 #include <tova/generic/convert/x_to_str.hpp>
 
+#include "generic/convert/decimal_digits.hpp"
+
 #include <algorithm>
+#include <cstring>
 
 namespace TOVA_2_18 {
 namespace generic {
@@ -20,13 +25,58 @@ inline Unit* write_reversed(Value value, Unit* end, Value radix) {
     return end;
 }
 
+// Stores the first `size` bytes of the word, 2 to 8, and none after them: the caller's buffer may
+// end there.
+inline void store_exactly(char* text, unsigned long word, int size) {
+    if (size >= 4) {
+        std::memcpy(text, &word, 4);
+        word >>= 8 * (size - 4);
+        std::memcpy(text + size - 4, &word, 4);
+    } else {
+        std::memcpy(text, &word, 2);
+        text[size - 1] = static_cast<char>(word >> (8 * (size - 1)));
+    }
+}
+
+// The digits and the terminator.
+inline void write_decimal_string(unsigned long value, char* text) {
+    if (value >= detail::hundred_million) {
+        // The first digits are stored as eight characters, of which the next eight overwrite the
+        // rest.
+        char* const last = text + detail::write_decimal(text, value / detail::hundred_million);
+        detail::store_eight(last, detail::digit_values(value % detail::hundred_million) |
+                                      detail::ascii_zeros);
+        last[8] = '\0';
+        return;
+    }
+    const unsigned long values = detail::digit_values(value);
+    const int zeros = value == 0 ? 7 : __builtin_ctzl(values) / 8;
+    // Zero bytes move in at the top, and the first of them is the terminator.
+    const unsigned long digits = (values | detail::ascii_zeros) >> (8 * zeros);
+    if (zeros != 0) {
+        store_exactly(text, digits, 9 - zeros);
+    } else {
+        detail::store_eight(text, digits);
+        text[8] = '\0';
+    }
+}
+
+template <typename Unit>
+inline void write_decimal_string(unsigned long value, Unit* text) {
+    char digits[detail::max_decimal_size];
+    Unit* const end = std::copy(digits, digits + detail::write_decimal(digits, value), text);
+    *end = Unit();
+}
+
 // Contract: the radix is not checked. 0 divides by zero, 1 never ends for any value but 0, and a
 // radix above 36 writes the characters after z.
 template <typename Unit, typename Value>
-void write_unsigned(Value value, Unit* first, unsigned int radix) {
-    // The common radix is a constant, so that no division is needed.
-    Unit* const end = radix == 10 ? write_reversed(value, first, Value{10})
-                                  : write_reversed(value, first, Value{radix});
+inline void write_unsigned(Value value, Unit* first, unsigned int radix) {
+    if (radix == 10) {
+        write_decimal_string(value, first);
+        return;
+    }
+    Unit* const end = write_reversed(value, first, Value{radix});
     *end = Unit();
     std::reverse(first, end);
 }
@@ -92,12 +142,14 @@ void ulltoa(unsigned long value, wchar_t* buffer, unsigned int radix) {
     write_unsigned(value, buffer, radix);
 }
 
-template TOVA_API strings::ustring8 to_str<char>(const char& value);
+template <>
+strings::ustring8 to_str<char>(const char& value) {
+    return strings::ustring8(1, value);
+}
 
 strings::ustring8 to_str(unsigned int value) {
-    char buffer[11];  // ten digits and the terminator
-    ultoa(value, buffer, 10);
-    return strings::ustring8(buffer);
+    char digits[detail::max_decimal_size];
+    return strings::ustring8(digits, detail::write_decimal(digits, value));
 }
 
 }  // namespace convert

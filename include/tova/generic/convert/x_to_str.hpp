@@ -12,6 +12,7 @@
 #include <tova/abi.hpp>
 #include <tova/strings/ustring.hpp>
 
+#include <new>
 #include <sstream>
 
 namespace TOVA_2_18 {
@@ -47,12 +48,24 @@ TOVA_API void ulltoa(unsigned long value, wchar_t* buffer, unsigned int radix);
 /// what the insertion and the allocations raise.
 template <typename T>
 strings::ustring8 to_str(const T& value) {
+    // A stream swallows exceptions and sets its bad bit; with this mask it throws them again. A
+    // failed allocation is handed on, since the string would lack characters.
     std::stringstream stream;
-    stream << value;
+    stream.exceptions(std::ios_base::badbit);
+    try {
+        stream << value;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (...) {
+        if (!stream.bad())
+            throw;
+    }
     return strings::ustring8(stream.str());
 }
 
-extern template TOVA_API strings::ustring8 to_str<char>(const char& value);
+/// For a `char` that is a string of one character in every locale, made without the stream.
+template <>
+TOVA_API strings::ustring8 to_str<char>(const char& value);
 
 /// Returns the value in decimal digits, without a stream and so without a locale.
 TOVA_API strings::ustring8 to_str(unsigned int value);

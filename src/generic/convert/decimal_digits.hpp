@@ -1,0 +1,150 @@
+/// @file
+/// Decimal digits, eight at a time in the bytes of a 64-bit word.
+///
+///     eight_digits(load_eight("12345678") & 0x0f0f0f0f0f0f0f0f)  // 12345678
+///     char text[max_decimal_size];
+///     const std::size_t size = write_decimal(text, -42);  // "-42", without a terminator
+///
+/// The first digit is in the lowest byte, as memory has it on a little-endian host. Pure functions:
+/// any number of threads may call them.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+
+namespace TOVA_2_18 {
+namespace generic {
+namespace convert {
+namespace detail {
+
+const unsigned long ascii_zeros = 0x3030303030303030;
+const unsigned long hundred_million = 100000000;
+
+/// 10^0 to 10^19, all powers that fit into 64 bits.
+const unsigned long small_powers[] = {1,
+                                      10,
+                                      100,
+                                      1000,
+                                      10000,
+                                      100000,
+                                      1000000,
+                                      10000000,
+                                      100000000,
+                                      1000000000,
+                                      10000000000,
+                                      100000000000,
+                                      1000000000000,
+                                      10000000000000,
+                                      100000000000000,
+                                      1000000000000000,
+                                      10000000000000000,
+                                      100000000000000000,
+                                      1000000000000000000,
+                                      10000000000000000000u};
+
+inline unsigned long load_eight(const char* text) {
+    unsigned long word;
+    std::memcpy(&word, text, sizeof word);
+    return word;
+}
+
+inline unsigned long load_four(const char* text) {
+    unsigned int word;
+    std::memcpy(&word, text, sizeof word);
+    return word;
+}
+
+/// The number of leading characters of the word that are digits, 0 to 8.
+inline int count_digits(unsigned long word) {
+    const unsigned long values = word ^ ascii_zeros;
+    // A byte above 9 reaches the top bit by the addition or has it already. A carry into the next
+    // byte doesn't matter: only the first byte that is no digit is searched for.
+    const unsigned long others = ((values + 0x7676767676767676) | values) & 0x8080808080808080;
+    return others == 0 ? 8 : __builtin_ctzl(others) / 8;
+}
+
+/// The number of the eight digits with the values 0 to 9 in the bytes of the word: neighbors are
+/// joined to pairs, pairs to fours, fours to the number.
+inline unsigned long eight_digits(unsigned long values) {
+    values = values * 10 + (values >> 8);
+    return (((values & 0x000000ff000000ff) * 0x000f424000000064) +
+            (((values >> 16) & 0x000000ff000000ff) * 0x0000271000000001)) >>
+           32;
+}
+
+/// The number of the first `count` characters of the word, which are digits; 0 for none.
+inline unsigned long leading_digits(unsigned long word, int count) {
+    return count == 0 ? 0 : eight_digits((word ^ ascii_zeros) << (64 - 8 * count));
+}
+
+/// The values of the eight digits of a number below 10^8, leading zeros included. The factors are
+/// the reciprocals of 10000, 100 and 10, exact in the ranges they are used in.
+inline unsigned long digit_values(unsigned long number) {
+    const unsigned long upper = number * 0x68db8bb >> 40;
+    const unsigned long fours = upper | (number - upper * 10000) << 32;
+    const unsigned long hundreds = ((fours * 10486) >> 20) & 0x0000007f0000007f;
+    const unsigned long pairs = hundreds | (fours - hundreds * 100) << 16;
+    const unsigned long tens = ((pairs * 103) >> 10) & 0x000f000f000f000f;
+    return tens | (pairs - tens * 10) << 8;
+}
+
+inline void store_eight(char* text, unsigned long word) {
+    std::memcpy(text, &word, sizeof word);
+}
+
+/// Room for `write_decimal`: a sign and 20 digits, rounded up because eight characters are stored
+/// at a time.
+const std::size_t max_decimal_size = 32;
+
+/// Write a number in decimal and return its length. There is no terminator. The buffer has room for
+/// `max_decimal_size` characters, and those after the number are overwritten.
+inline std::size_t write_decimal(char* text, unsigned long number) {
+    char* end = text;
+    unsigned long first = number;
+    unsigned long middle = 0;
+    unsigned long last = 0;
+    int following = 0;  // groups of eight digits after the first
+    if (number >= hundred_million) {
+        first = number / hundred_million;
+        last = number % hundred_million;
+        following = 1;
+        if (first >= hundred_million) {
+            middle = first % hundred_million;
+            first /= hundred_million;
+            following = 2;
+        }
+    }
+    const unsigned long values = digit_values(first);
+    const int zeros = first == 0 ? 7 : __builtin_ctzl(values) / 8;
+    store_eight(end, (values | ascii_zeros) >> (8 * zeros));
+    end += 8 - zeros;
+    if (following == 2) {
+        store_eight(end, digit_values(middle) | ascii_zeros);
+        end += 8;
+    }
+    if (following != 0) {
+        store_eight(end, digit_values(last) | ascii_zeros);
+        end += 8;
+    }
+    return static_cast<std::size_t>(end - text);
+}
+
+inline std::size_t write_decimal(char* text, long number) {
+    *text = '-';
+    const std::size_t sign = number < 0 ? 1 : 0;
+    const unsigned long magnitude = static_cast<unsigned long>(number);
+    return sign + write_decimal(text + sign, number < 0 ? 0 - magnitude : magnitude);
+}
+
+inline std::size_t write_decimal(char* text, int number) {
+    return write_decimal(text, static_cast<long>(number));
+}
+
+inline std::size_t write_decimal(char* text, unsigned int number) {
+    return write_decimal(text, static_cast<unsigned long>(number));
+}
+
+}  // namespace detail
+}  // namespace convert
+}  // namespace generic
+}  // namespace TOVA_2_18
