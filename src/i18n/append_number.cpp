@@ -2,6 +2,10 @@
 
 #include <tova/generic/convert/x_to_str.hpp>
 
+#include "generic/convert/decimal_digits.hpp"
+#include "generic/convert/floating_writer.hpp"
+#include "generic/convert/number_locale.hpp"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -43,8 +47,16 @@ struct printed_number {
 enum class notation { fixed, scientific };
 
 // Every floating-point number becomes characters here. Returns the length that the number needs,
-// which may exceed the buffer. The decimal point is that of the C locale.
+// which may exceed the buffer. The decimal point is that of the C locale: if it is a ".", numbers
+// of usual size need no `snprintf`.
 int print(printed_number& number, notation form, double value, int decimals) {
+    if (form == notation::fixed && generic::convert::detail::has_c_decimal_point()) {
+        static_assert(sizeof number.text >= generic::convert::detail::max_fixed_size, "room");
+        number.length = static_cast<int>(generic::convert::detail::write_fixed(
+            number.text, value, decimals < 0 ? default_decimals : decimals));
+        if (number.length != 0)
+            return number.length;
+    }
     const int needed = std::snprintf(number.text, sizeof number.text,
                                      form == notation::fixed ? "%.*f" : "%.*e", decimals, value);
     number.length = std::min(needed, longest_number);
@@ -92,19 +104,20 @@ void append(std::string& text, const printed_number& number) {
 }  // namespace
 
 std::size_t write_digits(char (&buffer)[digit_buffer_size], long value, int radix) {
+    if (radix == 10)
+        return generic::convert::detail::write_decimal(buffer, value);
     generic::convert::lltoa(value, buffer, static_cast<unsigned int>(radix));
     return std::strlen(buffer);
 }
 
 void append_decimal(std::string& text, int value) {
-    char digits[digit_buffer_size];
-    text.append(digits, write_digits(digits, value, 10));
+    char digits[generic::convert::detail::max_decimal_size];
+    text.append(digits, generic::convert::detail::write_decimal(digits, value));
 }
 
 void append_decimal(std::string& text, unsigned long value) {
-    char digits[digit_buffer_size];
-    generic::convert::ulltoa(value, digits, 10);
-    text += digits;
+    char digits[generic::convert::detail::max_decimal_size];
+    text.append(digits, generic::convert::detail::write_decimal(digits, value));
 }
 
 void append_spaces(std::string& text, long count) {

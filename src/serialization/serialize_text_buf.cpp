@@ -1,7 +1,8 @@
 // Writing appends items to one string; reading walks it with a position:
 //
-// - An item is a field and the separator 0x01. Integers are built in a stack buffer by the `ltoa`
-//   family, floating-point values by a stream. A string is a length field and its bytes.
+// - An item is a field and the separator 0x01. Numbers are built in a buffer on the stack; only
+//   floating-point values in a locale other than the classic one need a stream. A string is a
+//   length field and its bytes.
 // - The read position is the index of the next field, or npos once a read found no separator. From
 //   npos every number is 0 and every string empty, until `reset_read`.
 // - Positions past the end come from wrong lengths and from `assign` with shorter content. The next
@@ -11,12 +12,14 @@
 #include <tova/serialization/serialize_text_buf.hpp>
 
 #include <tova/generic/convert/str_to_x.hpp>
-#include <tova/generic/convert/x_to_str.hpp>
 
+#include "generic/convert/decimal_digits.hpp"
+#include "generic/convert/floating_writer.hpp"
+#include "generic/convert/number_locale.hpp"
+#include "generic/convert/streamed.hpp"
 #include "serialization/contents.hpp"
 #include "serialization/text_items.hpp"
 
-#include <cstring>
 #include <sstream>
 
 namespace TOVA_2_18 {
@@ -24,48 +27,40 @@ namespace serialization {
 
 namespace {
 
-const unsigned int radix = 10;
-const std::size_t digits_size = 24;  // sign, 20 digits, terminator
+using generic::convert::detail::max_decimal_size;
+using generic::convert::detail::write_decimal;
 
-// Replaces the terminator of the digits with the separator, and appends them.
-void append_digits(std::string& text, char (&digits)[digits_size]) {
-    const std::size_t length = std::strlen(digits);
-    digits[length] = detail::item_separator;
-    text.append(digits, length + 1);
+// Appends the characters of a number and the separator, for which the array has room.
+void append_item(std::string& text, char* item, std::size_t length) {
+    item[length] = detail::item_separator;
+    text.append(item, length + 1);
 }
 
-void append_signed(std::string& text, int value) {
-    char digits[digits_size];
-    generic::convert::ltoa(value, digits, radix);
-    append_digits(text, digits);
+template <typename Integer>
+void append_integer(std::string& text, Integer value) {
+    char digits[max_decimal_size + 1];
+    append_item(text, digits, write_decimal(digits, value));
 }
 
-void append_unsigned(std::string& text, unsigned int value) {
-    char digits[digits_size];
-    generic::convert::ultoa(value, digits, radix);
-    append_digits(text, digits);
-}
-
-void append_unsigned64(std::string& text, unsigned long value) {
-    char digits[digits_size];
-    generic::convert::ulltoa(value, digits, radix);
-    append_digits(text, digits);
-}
-
+// Contract: a default stream, so the global C++ locale decides over point and grouping. Only a
+// locale other than the classic one needs the stream itself. The C library cuts the precision to an
+// `int`, and takes a negative one for 6.
 template <typename Floating>
 void append_floating(std::string& text, Floating value, unsigned int precision) {
-    // Contract: a default stream, so the global C++ locale decides over point and grouping.
-    std::stringstream stream;
-    stream.precision(precision);
-    stream << value;
-    text += stream.str();
-    text.push_back(detail::item_separator);
+    if (!generic::convert::detail::is_global_classic()) {
+        text += generic::convert::detail::streamed<std::stringstream>(value, precision);
+        text.push_back(detail::item_separator);
+        return;
+    }
+    char item[generic::convert::detail::max_general_size + 1];
+    append_item(text, item,
+                generic::convert::detail::write_general(item, value, static_cast<int>(precision)));
 }
 
 void append_bytes(std::string& text, const std::string& bytes) {
     // The bytes may be the content itself, which grows by its length field first.
     const std::size_t length = bytes.size();
-    append_unsigned64(text, length);
+    append_integer(text, length);
     text.append(bytes, 0, length);
     text.push_back(detail::item_separator);
 }
@@ -137,37 +132,35 @@ const std::string& serialize_text_buf::as_str() const {
 
 // All integers of up to 32 bits are widened: their digits are the same.
 void serialize_text_buf::append_int8(const signed char& value) {
-    append_signed(m_text, value);
+    append_integer<int>(m_text, value);
 }
 
 void serialize_text_buf::append_int16(const short& value) {
-    append_signed(m_text, value);
+    append_integer<int>(m_text, value);
 }
 
 void serialize_text_buf::append_int32(const int& value) {
-    append_signed(m_text, value);
+    append_integer(m_text, value);
 }
 
 void serialize_text_buf::append_int64(const long& value) {
-    char digits[digits_size];
-    generic::convert::lltoa(value, digits, radix);
-    append_digits(m_text, digits);
+    append_integer(m_text, value);
 }
 
 void serialize_text_buf::append_uint8(const unsigned char& value) {
-    append_unsigned(m_text, value);
+    append_integer<unsigned int>(m_text, value);
 }
 
 void serialize_text_buf::append_uint16(const unsigned short& value) {
-    append_unsigned(m_text, value);
+    append_integer<unsigned int>(m_text, value);
 }
 
 void serialize_text_buf::append_uint32(const unsigned int& value) {
-    append_unsigned(m_text, value);
+    append_integer(m_text, value);
 }
 
 void serialize_text_buf::append_uint64(const unsigned long& value) {
-    append_unsigned64(m_text, value);
+    append_integer(m_text, value);
 }
 
 void serialize_text_buf::append_float(const float& value, const unsigned int& precision) {

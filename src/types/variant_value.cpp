@@ -16,8 +16,8 @@
 //                   numbers                        strings
 //     nil           0                              "0"
 //     integers      casts                          decimal digits, written in place in each width
-//     bool          0 or 1                         a string stream
-//     floating      truncated, or casts            a string stream, six significant digits
+//     bool          0 or 1                         "1" or "0"
+//     floating      truncated, or casts            six significant digits, as a stream writes them
 //     strings       parsed, saturating             converted between the Unicode forms
 //
 // A body never changes after construction, so all rules are pure functions of the stored value.
@@ -25,10 +25,13 @@
 #include <tova/types/variant_value.hpp>
 
 #include <tova/generic/convert/str_to_x.hpp>
-#include <tova/generic/convert/x_to_str.hpp>
 #include <tova/strings/unicode.hpp>
 #include <tova/types/radix.hpp>
 
+#include "generic/convert/decimal_digits.hpp"
+#include "generic/convert/floating_writer.hpp"
+#include "generic/convert/number_locale.hpp"
+#include "generic/convert/streamed.hpp"
 #include "generic/convert/truth_words.hpp"
 #include "types/truncate.hpp"
 
@@ -74,24 +77,6 @@ struct conversions<nil_t> {
 
 // --- Integers ----------------------------------------------------------------------------------
 
-// One name for the four writers, chosen by the type of the value.
-template <typename Unit>
-void write_decimal(int value, Unit* buffer) {
-    convert::ltoa(value, buffer, radix_t::decimal);
-}
-template <typename Unit>
-void write_decimal(long value, Unit* buffer) {
-    convert::lltoa(value, buffer, radix_t::decimal);
-}
-template <typename Unit>
-void write_decimal(unsigned int value, Unit* buffer) {
-    convert::ultoa(value, buffer, radix_t::decimal);
-}
-template <typename Unit>
-void write_decimal(unsigned long value, Unit* buffer) {
-    convert::ulltoa(value, buffer, radix_t::decimal);
-}
-
 // The type in which an integer is written: types smaller than `long` as `int` or `unsigned int`.
 template <typename T>
 using written_as = typename std::conditional<
@@ -122,12 +107,13 @@ struct integer_conversions {
     static void print(std::ostream& stream, T value) { stream << value; }
 
 private:
-    // No stream and no transcoding: the writer has a form for each width.
+    // No stream and no transcoding: digits are the same units in every width.
     template <typename String>
     static String decimal(T value) {
-        typename String::value_type buffer[21];  // 20 digits, or a sign and 19, and the terminator
-        write_decimal(static_cast<written_as<T>>(value), buffer);
-        return String(buffer);
+        char digits[convert::detail::max_decimal_size];
+        const std::size_t size =
+            convert::detail::write_decimal(digits, static_cast<written_as<T>>(value));
+        return String(digits, digits + size);
     }
 };
 
@@ -148,24 +134,47 @@ struct conversions<unsigned int> : integer_conversions<unsigned int> {};
 template <>
 struct conversions<unsigned long> : integer_conversions<unsigned long> {};
 
-// --- What goes through a stream: bool and floating-point values --------------------------------
+// --- What depends on the global locale: bool and floating-point values --------------------------
 
-template <typename Stream, typename T>
-auto streamed(const T& value) -> decltype(Stream().str()) {
-    Stream stream;
-    stream << value;
-    return stream.str();
+// The characters that a fresh stream of the classic locale inserts. A floating-point value has six
+// significant digits, and a bool is "1" or "0".
+template <typename Floating>
+std::size_t write_classic(char* text, Floating value) {
+    return convert::detail::write_general(text, value, 6);
 }
 
-// The strings are those of a fresh stream in the global locale, so a floating-point value has six
-// significant digits, and a bool is "1" or "0". Printing uses the state of the caller's stream.
+std::size_t write_classic(char* text, long double value) {
+    return convert::detail::write_six_digits(text, value);
+}
+
+std::size_t write_classic(char* text, bool value) {
+    *text = value ? '1' : '0';
+    return 1;
+}
+
+// The strings are those of a fresh stream in the global locale; only a locale other than the
+// classic one needs the stream. Printing uses the state of the caller's stream.
 template <typename T>
 struct stream_conversions {
-    static ustring8 utf8(const T& value) { return ustring8(streamed<std::stringstream>(value)); }
+    static ustring8 utf8(const T& value) {
+        return in_global_locale<ustring8, std::stringstream>(value);
+    }
     static ustring16 utf16(const T& value) { return strings::utf8_to_utf16(utf8(value)); }
     static ustring32 utf32(const T& value) { return strings::utf8_to_utf32(utf8(value)); }
-    static std::wstring wide(const T& value) { return streamed<std::wstringstream>(value); }
+    static std::wstring wide(const T& value) {
+        return in_global_locale<std::wstring, std::wstringstream>(value);
+    }
     static void print(std::ostream& stream, const T& value) { stream << value; }
+
+private:
+    template <typename String, typename Stream>
+    static String in_global_locale(const T& value) {
+        if (!convert::detail::is_global_classic())
+            return String(convert::detail::streamed<Stream>(value));
+        char text[convert::detail::max_general_size];
+        const std::size_t size = write_classic(text, value);
+        return String(text, text + size);
+    }
 };
 
 template <>

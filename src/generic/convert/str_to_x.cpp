@@ -1,7 +1,9 @@
-// Strings to numbers. The integer parsers are written here; the floating ones leave the reading to
-// a standard stream.
+// Strings to numbers. The integer parsers are written here; the floating ones are in
+// floating_reader.cpp, and a standard stream reads for locales other than the classic one.
 //
-// An integer is read in one pass, in these stages:
+// Most integers are a minus or none, a digit that opens no prefix, and more digits. `read_decimal`
+// reads these, eight characters at a time. It only ever reads what the stages below read the same:
+// an integer that begins in another way is read by them, in one pass:
 //
 //   whitespace -> sign -> radix check -> prefix, if the radix is 0 -> first digit -> digits -> sign
 //
@@ -28,6 +30,10 @@
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/strings/length.hpp>
 
+#include "generic/convert/decimal_digits.hpp"
+#include "generic/convert/floating_reader.hpp"
+#include "generic/convert/number_locale.hpp"
+#include "generic/convert/streamed.hpp"
 #include "generic/convert/truth_words.hpp"
 #include "strings/ctype.hpp"
 
@@ -173,30 +179,129 @@ template <typename Result>
 using magnitude_of = typename std::conditional<sizeof(Result) <= sizeof(unsigned int), unsigned int,
                                                unsigned long>::type;
 
+// The first 16 characters of a decimal number, eight at a time, as nearly every string begins: an
+// optional minus, and a digit that opens no prefix.
+struct decimal_start {
+    bool negative;
+    bool complete;         // no digit follows
+    unsigned long length;  // characters read
+    unsigned long value;   // below 10^16
+};
+
+// Loads the first `length` characters, at most 16, without reading past them. The bytes after them
+// are zeros.
+inline void load_sixteen(const char* text, unsigned long length, unsigned long& first,
+                         unsigned long& second) {
+    second = 0;
+    if (length >= 16) {
+        second = detail::load_eight(text + 8);
+        first = detail::load_eight(text);
+    } else if (length >= 8) {
+        first = detail::load_eight(text);
+        if (length != 8)
+            second = detail::load_eight(text + length - 8) >> (8 * (16 - length));
+    } else if (length >= 4) {
+        // The two loads overlap where both have the same characters.
+        first = detail::load_four(text) | detail::load_four(text + length - 4)
+                                              << (8 * (length - 4));
+    } else {
+        const auto at = [text](unsigned long i) {
+            return static_cast<unsigned long>(static_cast<unsigned char>(text[i])) << (8 * i);
+        };
+        first = at(0) | at(length / 2) | at(length - 1);
+    }
+}
+
+// False for a string that begins in another way.
+inline bool read_decimal_start(const char* text, unsigned long length, long radix,
+                               decimal_start& start) {
+    if (length == 0)
+        return false;
+    start.negative = *text == '-';
+    const unsigned long sign = start.negative ? 1 : 0;
+    if (length == sign)
+        return false;
+    const unsigned long left = length - sign;
+    const unsigned first_digit = static_cast<unsigned>(text[sign]) - '0';
+    if (radix == radix_t::decimal ? first_digit > 9
+                                  : first_digit - 1 > 8 || radix != radix_t::detect)
+        return false;
+
+    unsigned long first, second;
+    load_sixteen(text + sign, left, first, second);
+    const int count = detail::count_digits(first);
+    start.value = detail::leading_digits(first, count);
+    if (count != 8) {
+        start.complete = true;
+        return true;
+    }
+    const int more = detail::count_digits(second);
+    start.value = start.value * detail::small_powers[more] + detail::leading_digits(second, more);
+    start.length = sign + 16;
+    start.complete = more != 8 || left == 16;
+    return true;
+}
+
+// Only bytes are read eight at a time.
+template <typename Unit>
+inline bool read_decimal_start(const Unit*, unsigned long, long, decimal_start&) {
+    return false;
+}
+
+// Reads the whole number if it is a decimal one. Sets `fits` to whether its value is at most the
+// limit of its sign. False if the number begins in another way.
+template <typename Magnitude, typename Unit>
+inline bool read_decimal(const Unit* text, unsigned long length, long radix,
+                         Magnitude positive_limit, Magnitude negative_limit, bool& negative,
+                         Magnitude& value, bool& fits) {
+    decimal_start start;
+    if (!read_decimal_start(text, length, radix, start))
+        return false;
+    negative = start.negative;
+    const unsigned long limit = negative ? negative_limit : positive_limit;
+    unsigned long number = start.value;
+    fits = number <= limit;
+    if (!start.complete) {
+        for (unsigned long i = start.length; fits && i != length; ++i) {
+            const long digit = digit_value(static_cast<long>(text[i]), 10);
+            if (digit < 0)
+                break;
+            const unsigned long added = static_cast<unsigned long>(digit);
+            fits = number < limit / 10 || (number == limit / 10 && added <= limit % 10);
+            number = number * 10 + added;
+        }
+    }
+    value = static_cast<Magnitude>(number);
+    return true;
+}
+
 template <typename Result, typename Unit>
 Result strtointx(const Unit* text, unsigned long length, radix_t::base base, bool throw_on_range) {
     using magnitude = magnitude_of<Result>;
+    // The magnitude of the least value is one more than the greatest value, hence unsigned.
+    const magnitude greatest = static_cast<magnitude>(std::numeric_limits<Result>::max());
     number_cursor<Unit> from = {text, length != 0 ? length : strings::string_length(text), 0};
+    long radix = static_cast<long>(base);
 
     bool negative;
-    if (!from.skip_to_number(negative))
-        return 0;
-
-    // Contract: the radix is checked after whitespace and sign, so a string of nothing else is 0 in
-    // any radix. It is compared as a signed number here: a negative radix passes and has no digits.
-    long radix = static_cast<long>(base);
-    if (radix == 1 || radix > radix_t::highest)
-        raise_radix(signed_radix_line, signed_parser);
-
-    long digit;
-    if (!from.find_first_digit(radix, digit))
-        return 0;
-
-    // The magnitude of the least value is one more than the greatest value, hence unsigned.
-    const magnitude limit = static_cast<magnitude>(std::numeric_limits<Result>::max()) +
-                            static_cast<magnitude>(negative);
+    bool fits;
     magnitude value;
-    if (read_digits(from, digit, radix, limit, value))
+    if (!read_decimal(text, from.length, radix, greatest, greatest + 1, negative, value, fits)) {
+        if (!from.skip_to_number(negative))
+            return 0;
+
+        // Contract: the radix is checked after whitespace and sign, so a string of nothing else is
+        // 0 in any radix. It is compared as a signed number here: a negative radix passes and has
+        // no digits.
+        if (radix == 1 || radix > radix_t::highest)
+            raise_radix(signed_radix_line, signed_parser);
+
+        long digit;
+        if (!from.find_first_digit(radix, digit))
+            return 0;
+        fits = read_digits(from, digit, radix, greatest + static_cast<magnitude>(negative), value);
+    }
+    if (fits)
         return static_cast<Result>(negative ? 0 - value : value);
 
     if (throw_on_range)
@@ -209,26 +314,30 @@ Result strtointx(const Unit* text, unsigned long length, radix_t::base base, boo
 template <typename Result, typename Unit>
 Result strtouintx(const Unit* text, unsigned long length, radix_t::base base, bool throw_on_range) {
     using magnitude = magnitude_of<Result>;
+    const magnitude greatest = std::numeric_limits<Result>::max();
     number_cursor<Unit> from = {text, length, 0};
+    long radix = static_cast<long>(base);
 
     bool negative;
-    if (!from.skip_to_number(negative))
-        return 0;
-
-    // Contract: compared as an unsigned number, so a negative radix is invalid.
-    long radix = static_cast<long>(base);
-    if (radix == 1 || static_cast<unsigned long>(radix) > radix_t::highest)
-        raise_radix(unsigned_radix_line, unsigned_parser);
-
-    long digit;
-    if (!from.find_first_digit(radix, digit))
-        return 0;
-
+    bool fits;
     magnitude value;
-    if (!read_digits(from, digit, radix, magnitude{std::numeric_limits<Result>::max()}, value)) {
+    if (!read_decimal(text, length, radix, greatest, greatest, negative, value, fits)) {
+        if (!from.skip_to_number(negative))
+            return 0;
+
+        // Contract: compared as an unsigned number, so a negative radix is invalid.
+        if (radix == 1 || static_cast<unsigned long>(radix) > radix_t::highest)
+            raise_radix(unsigned_radix_line, unsigned_parser);
+
+        long digit;
+        if (!from.find_first_digit(radix, digit))
+            return 0;
+        fits = read_digits(from, digit, radix, greatest, value);
+    }
+    if (!fits) {
         if (throw_on_range)
             raise_range(negative, unsigned_range_line, unsigned_parser);
-        value = std::numeric_limits<Result>::max();
+        value = greatest;
     }
 
     // Contract: a minus is refused only here, after the number was read, and "-0" is accepted.
@@ -241,24 +350,29 @@ Result strtouintx(const Unit* text, unsigned long length, radix_t::base base, bo
 
 // Contract: exactly what operator>> accepts. The stream refuses a number out of range, which is
 // then 0.0; the integer parsers saturate instead.
+//
+// Only a locale of the caller's own needs a stream. It hands on a failed allocation, which it would
+// otherwise take for a string without a number.
 template <typename Result>
-Result extract(std::stringstream& stream) {
-    Result value;
-    stream >> value;
+Result extract_by_stream(const strings::ustring8& text, const std::locale& locale) {
+    Result value = 0;
+    std::stringstream stream(text);
+    stream.imbue(locale);
+    detail::raise_failed_allocation(stream, [&] { stream >> value; });
     return stream.fail() ? Result(0) : value;
 }
 
 template <typename Result>
-Result extract(const strings::ustring8& text) {
-    std::stringstream stream(text);
-    return extract<Result>(stream);
+Result extract(const strings::ustring8& text, const std::locale& locale) {
+    if (!detail::is_classic(locale))
+        return extract_by_stream<Result>(text, locale);
+    Result value;
+    return detail::read_floating(text.data(), text.size(), value) ? value : Result(0);
 }
 
 template <typename Result>
-Result extract(const strings::ustring8& text, const std::locale& locale) {
-    std::stringstream stream(text);
-    stream.imbue(locale);
-    return extract<Result>(stream);
+Result extract(const strings::ustring8& text) {
+    return extract<Result>(text, std::locale());
 }
 
 }  // namespace

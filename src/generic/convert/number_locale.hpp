@@ -1,0 +1,44 @@
+/// @file
+/// Whether numbers look as in C: the conditions for conversions that work without a stream.
+///
+/// The answers hold for the moment of the call. A program that changes its locale while another
+/// thread converts numbers gets the one form or the other, as with streams.
+#pragma once
+
+#include <langinfo.h>
+
+#include <cfenv>
+#include <locale>
+
+namespace TOVA_2_18 {
+namespace generic {
+namespace convert {
+namespace detail {
+
+/// Whether streams of this locale read and write numbers as in C. A locale with a facet of its own
+/// has no name and never equals the classic one.
+inline bool is_classic(const std::locale& locale) {
+    static const std::locale& classic = std::locale::classic();
+    return locale == classic;
+}
+
+/// The same for the global C++ locale, which new streams get.
+inline bool is_global_classic() {
+    return is_classic(std::locale());
+}
+
+/// Whether the C library reads and writes numbers to nearest, ties to even.
+inline bool rounds_to_nearest() {
+    return std::fegetround() == FE_TONEAREST;
+}
+
+/// Whether `printf` writes "." between digits in the calling thread's C locale.
+inline bool has_c_decimal_point() {
+    const char* const point = nl_langinfo(RADIXCHAR);
+    return point[0] == '.' && point[1] == '\0';
+}
+
+}  // namespace detail
+}  // namespace convert
+}  // namespace generic
+}  // namespace TOVA_2_18
