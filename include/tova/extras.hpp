@@ -4,9 +4,10 @@
 ///     #include <tova/extras.hpp>
 ///     using namespace tova::extras;             // for the operators, and only where you want them
 ///
-/// Add-ons are headers over the public interface. They are compiled into the program and add nothing
-/// to the library. Including them changes nothing that a program does: every name is in
-/// `tova::extras`, and the operators are found only by `using`. Each header says what threads may share.
+/// Add-ons are headers over the public interface. They are compiled into the program and add
+/// nothing to the library. Including them changes nothing that a program does: every name is in
+/// `tova::extras`, and the operators are found only by `using`. Each header says what threads may
+/// share.
 #pragma once
 
 #include <tova/extras/callables.hpp>

@@ -1,4 +1,5 @@
 // The formatters for {fmt}, and for std::format where the standard library has it.
+// House: include_order: the header offers the formatters of {fmt} only after {fmt} itself.
 #include <tova/tova.hpp>
 
 #include <fmt/format.h>

@@ -7,6 +7,8 @@
 /// Strings are written as UTF-8, dates and times as ISO 8601, colors as "#RRGGBBAA", errors by
 /// name, variants as their string. The specification is that of strings: fill, alignment, width,
 /// precision. Include {fmt} before this header, or it provides for `std::format` alone.
+///
+/// The formatters keep no state: threads may format different objects at the same time.
 #pragma once
 
 #include <tova/abi.hpp>
