@@ -17,7 +17,8 @@ from selenium.webdriver.support.ui import WebDriverWait
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PAGES = ("index", "guide_manual", "guide_strings", "guide_cookbook", "guide_surprises",
-         "classtova_1_1types_1_1variant", "namespacetova_1_1strings")
+         "classtova_1_1types_1_1variant", "namespacetova_1_1strings",
+         "classtova_1_1serialization_1_1labeled__serialize__buffer", "format_8hpp")
 
 
 class Page(html.parser.HTMLParser):
@@ -93,7 +94,9 @@ def check_search(driver, site):
 
 def check_pages(driver, site, pictures):
     for width, height, name in ((1280, 900, "desktop"), (390, 844, "phone")):
-        driver.set_window_size(width, height)
+        # The size of the page itself; a window of that size would lose the height of its frame.
+        driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
+            "width": width, "height": height, "deviceScaleFactor": 1, "mobile": width < 500})
         for page in PAGES:
             driver.get((site / f"{page}.html").as_uri())
             overflow = driver.execute_script(
@@ -103,6 +106,7 @@ def check_pages(driver, site, pictures):
             if pictures:
                 driver.save_screenshot(str(pictures / f"{page}_{name}.png"))
 
+    driver.execute_cdp_cmd("Emulation.clearDeviceMetricsOverride", {})
     driver.set_window_size(1280, 900)
     driver.get((site / "guide_strings.html").as_uri())
     assert driver.find_elements(By.CSS_SELECTOR, "doxygen-awesome-fragment-copy-button"), \

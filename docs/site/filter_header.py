@@ -202,6 +202,7 @@ def convert(lines, header=""):
                 text = group
                 # A group without a text of its own above its members: they carry it.
                 out.extend(c for c in comment if c not in group)
+                out.append("")
                 comment = []
             elif "@}" in joined:
                 group = text = []
@@ -286,8 +287,9 @@ def convert(lines, header=""):
             is_assignment = re.search(r"\b(operator=|assign)\s*\(", " ".join(statement))
             if special and (special == DELETED or not (is_assignment and text)):
                 own = [f"{indent}/// {special}"]
-        if own and "`!=`" not in "\n".join(own) and declared_name(statement) == "operator!=":
-            own = [f"{indent}/// Returns the opposite of `==`:", f"{indent}///"] + own
+        if own and own != comment and "`!=`" not in "\n".join(own) and (
+                declared_name(statement) == "operator!="):
+            own = [f"{indent}/// Returns the opposite of `==`.", f"{indent}///"] + own
         if "///<" in "\n".join(statement):
             own = []
         out.extend(own)
@@ -296,6 +298,31 @@ def convert(lines, header=""):
         out.extend(statement)
         comment = []
         index = end + 1
+    return out
+
+
+def mark_code(lines):
+    """Puts indented examples between @code and @endcode, which gives them colors and a copy button."""
+    out = []
+    index = 0
+    while index < len(lines):
+        match = re.match(r"^(\s*///)     ", lines[index])
+        if not match or not re.match(r"^\s*///\s*$", lines[index - 1]):
+            out.append(lines[index])
+            index += 1
+            continue
+        mark = match.group(1)
+        end = index
+        while end < len(lines) and re.match(r"^\s*///(     .*|\s*)$", lines[end]):
+            end += 1
+        while re.match(r"^\s*///\s*$", lines[end - 1]):
+            end -= 1
+        example = [mark + line[len(mark) + 5:] for line in lines[index:end]]
+        is_code = any(re.search(r"[;{]\s*$|(^|\s)// ", line) for line in example)
+        out.append(f"{mark} @code{{.{'cpp' if is_code else 'unparsed'}}}")
+        out.extend(mark + " " + line[len(mark):] for line in example)
+        out.append(f"{mark} @endcode")
+        index = end
     return out
 
 
@@ -321,7 +348,7 @@ def main():
     kept = [line for line in lines if line != "namespace tova = TOVA_2_18;"]
     text = re.sub(r"^ *extern template [^;]*;\n", "", "\n".join(kept) + "\n", flags=re.M)
     name = path.relative_to(INCLUDE).as_posix() if INCLUDE in path.parents else path.name
-    sys.stdout.write("\n".join(link_pages(l) for l in convert(text.splitlines(), name)) + "\n")
+    sys.stdout.write("\n".join(link_pages(l) for l in mark_code(convert(text.splitlines(), name))) + "\n")
 
 
 if __name__ == "__main__":

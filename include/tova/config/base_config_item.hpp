@@ -71,7 +71,7 @@ public:
     virtual bool save(const config_item_list& items);
     virtual bool save();
 
-    /// Empties the tree. Does nothing here.
+    /// Empties the tree in a derived class. Does nothing here.
     virtual void unload();
 
     /// A copy on the heap with its heap mark set and count 0.
@@ -134,7 +134,7 @@ protected:
     config_tree tree;      ///< The values.
 };
 
-/// Calls `dump`.
+/// Writes the source as `dump` does, and returns the stream.
 TOVA_API std::ostream& operator<<(std::ostream& out, base_config_item& item);
 
 }  // namespace config

@@ -20,8 +20,9 @@ namespace config {
 /// not owned; they must outlive every `load`.
 class TOVA_API commandline_item : public base_config_item {
 public:
-    /// `argv` may be null. A null string in it ends the arguments early; if that is the first one,
-    /// which is the program's name, only the name is missing.
+    /// The `argc` strings at `argv`, which may be null. Nothing is read yet. A null string in the
+    /// array ends the arguments early; if that is the first one, which is the program's name, only
+    /// the name is missing.
     commandline_item(unsigned int argc, const char* const* argv);
 
     /// Copies the name and the whole tree, and refers to the same array. The copy has count 0 and
@@ -41,7 +42,7 @@ public:
     /// A copy on the heap with its heap mark set and count 0.
     commandline_item* clone() const override;
 
-    /// The count and the array that the constructor got.
+    /// The count or the array that the constructor received. Never fails.
     unsigned int get_argc();
     const char* const* get_argv();
 

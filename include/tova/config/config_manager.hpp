@@ -88,7 +88,7 @@ private:
     config_dispatch* m_dispatch;  // owned; null until `init`
 };
 
-/// Calls `dump`.
+/// Writes all sources as `dump` does, and returns the stream.
 TOVA_API std::ostream& operator<<(std::ostream& out, config_manager& manager);
 
 }  // namespace config

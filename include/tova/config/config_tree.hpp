@@ -106,7 +106,7 @@ private:
     config_node m_node;
 };
 
-/// Calls `dump` with depth 0.
+/// Writes the tree as `dump` does with depth 0, and returns the stream.
 TOVA_API std::ostream& operator<<(std::ostream& out, config_tree& tree);
 
 }  // namespace config

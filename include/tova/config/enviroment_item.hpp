@@ -22,7 +22,8 @@ namespace config {
 /// every `load`.
 class TOVA_API enviroment_item : public base_config_item {
 public:
-    /// `envp` ends with a null pointer, or is null itself, which is an empty environment.
+    /// The strings at `envp`, up to a null pointer. Nothing is read yet. If `envp` itself is null,
+    /// the environment is empty.
     enviroment_item(const char* const* envp);
 
     /// Copies the name and the whole tree, and refers to the same array. The copy has count 0 and
@@ -40,7 +41,7 @@ public:
     /// A copy on the heap with its heap mark set and count 0.
     enviroment_item* clone() const override;
 
-    /// The array that the constructor got.
+    /// The array that the constructor received. Never fails.
     const char* const* get_envp();
 
 private:

@@ -24,7 +24,7 @@ namespace config {
 /// file has the same source name, "standard file".
 class TOVA_API file_item : public base_config_item {
 public:
-    /// An empty name leaves the choice of the file to `load`. Nothing is opened yet.
+    /// The file of that name, which is not opened yet. An empty name leaves the choice to `load`.
     file_item(const strings::ustring8& filename);
 
     /// Copies the tree and the file's name.

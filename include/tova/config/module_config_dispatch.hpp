@@ -25,8 +25,8 @@ namespace config {
 /// defaults. The item has the name "user_item".
 class TOVA_API module_config_dispatch : public config_dispatch {
 public:
-    /// The values of `names`, as strings, are the names of the files. `envp` is not owned; it must
-    /// outlive every load.
+    /// A file for each value of `names`, taken as a string, and the environment `envp`. `envp` is
+    /// not owned; it must outlive every load.
     module_config_dispatch(const generic::varg_list& names, const char* const* envp);
     ~module_config_dispatch() TOVA_NOTHROW override;
 

@@ -21,9 +21,10 @@ public:
     /// Leaves `argc`, `argv` and `envp` uninitialized: assign another dispatcher before any use.
     std_config_dispatch();
 
-    /// The arrays are not owned; they must outlive every load. If `filename` is empty, the file is
-    /// found by `cfg_file` or by the program's name (see `file_item::load`). `second` is stored and
-    /// copied, but nothing reads it.
+    /// The sources of a program with these arguments and that environment. The arrays are not
+    /// owned; they must outlive every load. If `filename` is empty, the file is found by `cfg_file`
+    /// or by the program's name (see `file_item::load`). `second` is stored and copied, but nothing
+    /// reads it.
     std_config_dispatch(int argc, const char* const* argv, const char* const* envp,
                         const strings::ustring8& filename, const strings::ustring8& second);
     ~std_config_dispatch() TOVA_NOTHROW override;

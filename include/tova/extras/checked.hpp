@@ -6,7 +6,7 @@
 ///         std::cerr << wide.error() << " at byte " << wide.position() << '\n';
 ///     const auto port = tova::extras::try_parse<unsigned short>("70000");   // out_of_range
 ///
-/// The plain functions of the library answer invalid input within the result ("-1", "?", 0); these
+/// The plain functions of the library report invalid input within the result ("-1", "?", 0); these
 /// never do. UTF-8 is checked strictly: no overlong form, no surrogate, nothing above U+10FFFF. No
 /// function here raises for its input; all raise what an allocation raises. Threads may share the
 /// arguments.
@@ -35,7 +35,7 @@ namespace extras {
 enum class check_error {
     none,            ///< There is a value.
     empty,           ///< The input holds nothing to read.
-    invalid,         ///< A unit or byte that cannot stand there.
+    invalid,         ///< A unit or byte that is not allowed there.
     incomplete,      ///< The input ends within a character or number.
     out_of_range,    ///< The number does not fit the type.
     not_convertible  ///< The code page lacks a character.
@@ -64,15 +64,21 @@ inline const char* name(check_error error) {
 template <typename Value>
 class checked {
 public:
+    /// A value, without an error.
     checked(Value value) : m_value(std::move(value)) {}
+
+    /// An error, and the index of the unit or byte that caused it.
     checked(check_error error, unsigned long position) : m_error(error), m_position(position) {}
 
+    /// Whether there is a value. Never fails.
     bool has_value() const { return m_error == check_error::none; }
     explicit operator bool() const { return has_value(); }
 
     /// The value, or a default-constructed one after an error.
     const Value& value() const { return m_value; }
     const Value& operator*() const { return m_value; }
+
+    /// The value, or `otherwise` after an error.
     Value value_or(Value otherwise) const { return has_value() ? m_value : otherwise; }
 
     /// The value. Raises `std::invalid_argument` with error and position if there is none.
@@ -83,6 +89,7 @@ public:
         return m_value;
     }
 
+    /// The error as a number, `check_error::none` if there is a value, and in words. Never fails.
     check_error code() const { return m_error; }
     const char* error() const { return name(m_error); }
 

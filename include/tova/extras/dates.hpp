@@ -32,6 +32,7 @@ struct parsed {
     bool is_valid;         ///< Whether the whole text was read.
     unsigned long offset;  ///< Where reading stopped, in bytes.
 
+    /// Whether the whole text was read. Never fails.
     explicit operator bool() const { return is_valid; }
 };
 

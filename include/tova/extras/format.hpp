@@ -54,7 +54,9 @@ std::string formatted(const T& value) {
 }  // namespace extras
 }  // namespace TOVA_2_18
 
-// One list of types serves both libraries; a formatter is a specialization in their namespace.
+/// Applies `X` to each type that has a formatter.
+///
+/// One list of types serves both libraries; a formatter is a specialization in their namespace.
 #define TOVA_EXTRAS_FORMATTED_TYPES(X)                                                             \
     X(TOVA_2_18::system::date_time::date)                                                          \
     X(TOVA_2_18::system::date_time::time)                                                          \

@@ -116,8 +116,10 @@ bool operator<(const units<Unit>& left, const units<Unit>& right) {
 /// terminator (not null) and, from C++17 on, with string views. Dates compare by `year`, `month`
 /// and `day`, so a 31 February equals the last day of its February. Colors compare by their word.
 struct equal_to {
+    /// Tells containers that keys of other types can be looked up without a conversion.
     using is_transparent = void;
 
+    /// Whether both are equal. Never fails.
     template <typename Left, typename Right>
     bool operator()(const Left& left, const Right& right) const {
         return _private::key(left) == _private::key(right);
@@ -128,8 +130,10 @@ struct equal_to {
 /// dates and times from the largest part to the smallest, colors by their word as an unsigned
 /// number.
 struct less {
+    /// Tells containers that keys of other types can be looked up without a conversion.
     using is_transparent = void;
 
+    /// Whether `left` comes before `right`. Never fails.
     template <typename Left, typename Right>
     bool operator()(const Left& left, const Right& right) const {
         return _private::key(left) < _private::key(right);
@@ -141,46 +145,65 @@ struct less {
 
 namespace std {
 
-/// The hash of the base, so that equal texts hash alike whatever their type.
+/// The hash of the base, so that equal strings have equal hashes whatever their type.
 template <>
 struct hash<TOVA_2_18::strings::ustring8> {
+    /// Returns the hash. Never fails.
     size_t operator()(const TOVA_2_18::strings::ustring8& text) const noexcept {
         return hash<string>()(text);
     }
 };
+
+/// A hash of the units of a string.
 template <>
 struct hash<TOVA_2_18::strings::ustring16> {
+    /// Returns the hash. Never fails.
     size_t operator()(const TOVA_2_18::strings::ustring16& text) const noexcept {
         return TOVA_2_18::extras::_private::hash_units(text.data(), text.size());
     }
 };
+
+/// The hash of the base, so that equal strings have equal hashes whatever their type.
 template <>
 struct hash<TOVA_2_18::strings::ustring32> {
+    /// Returns the hash. Never fails.
     size_t operator()(const TOVA_2_18::strings::ustring32& text) const noexcept {
         return hash<wstring>()(text);
     }
 };
+
+/// A hash of year, month and day, which fits `tova::extras::equal_to`.
 template <>
 struct hash<TOVA_2_18::system::date_time::date> {
+    /// Returns the hash. Never fails.
     size_t operator()(const TOVA_2_18::system::date_time::date& value) const {
         return TOVA_2_18::extras::_private::mix(TOVA_2_18::extras::_private::pack(value));
     }
 };
+
+/// A hash of the four fields of a time.
 template <>
 struct hash<TOVA_2_18::system::date_time::time> {
+    /// Returns the hash. Never fails.
     size_t operator()(const TOVA_2_18::system::date_time::time& value) const {
         return TOVA_2_18::extras::_private::mix(TOVA_2_18::extras::_private::pack(value));
     }
 };
+
+/// A hash of both parts of a date with a time.
 template <>
 struct hash<TOVA_2_18::system::date_time::date_time_t> {
+    /// Returns the hash. Never fails.
     size_t operator()(const TOVA_2_18::system::date_time::date_time_t& value) const {
         namespace extras = TOVA_2_18::extras::_private;
         return extras::mix(extras::mix(extras::pack(value.date())) ^ extras::pack(value.time()));
     }
 };
+
+/// A hash of the word of a color.
 template <>
 struct hash<TOVA_2_18::types::color_t> {
+    /// Returns the hash. Never fails.
     size_t operator()(const TOVA_2_18::types::color_t& value) const {
         return TOVA_2_18::extras::_private::mix(static_cast<unsigned>(value.as_int32()));
     }

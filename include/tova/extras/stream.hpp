@@ -25,6 +25,7 @@
 namespace TOVA_2_18 {
 namespace extras {
 
+/// Writes a string as UTF-8, and returns the stream.
 inline std::ostream& operator<<(std::ostream& out, const strings::ustring16& text) {
     return out << static_cast<const std::string&>(strings::utf16_to_utf8(text));
 }
@@ -32,6 +33,7 @@ inline std::ostream& operator<<(std::ostream& out, const strings::ustring32& tex
     return out << static_cast<const std::string&>(strings::utf32_to_utf8(text));
 }
 
+/// Writes a date or time as ISO 8601, and returns the stream.
 inline std::ostream& operator<<(std::ostream& out, const system::date_time::date& value) {
     return out << static_cast<const std::string&>(to_iso(value));
 }
@@ -63,6 +65,7 @@ inline std::ostream& operator<<(std::ostream& out, const system::date_time::time
     return out << static_cast<const char*>(text);
 }
 
+/// Writes a color as "#RRGGBBAA", and returns the stream.
 inline std::ostream& operator<<(std::ostream& out, const types::color_t& value) {
     char text[16];
     std::snprintf(text, sizeof text, "#%02X%02X%02X%02X", static_cast<unsigned>(value.red()),
@@ -71,6 +74,7 @@ inline std::ostream& operator<<(std::ostream& out, const types::color_t& value) 
     return out << static_cast<const char*>(text);
 }
 
+/// Writes the name of a kind of error, such as "file_not_found", and returns the stream.
 inline std::ostream& operator<<(std::ostream& out, i18n::message_catalogs::error_type error) {
     return out << name(error);
 }

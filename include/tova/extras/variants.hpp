@@ -115,11 +115,16 @@ T get_or(const types::variant& value, T otherwise) {
 template <typename T>
 class held {
 public:
+    /// Takes a copy of the value if it is exactly a `T`.
     explicit held(const types::variant& value) : m_is_held(holds<T>(value)) {
         if (m_is_held)
             _private::read(value, m_value);
     }
+
+    /// Whether there is a value. Never fails.
     explicit operator bool() const { return m_is_held; }
+
+    /// The value. Without one it is a default-constructed `T`, which means nothing.
     const T& operator*() const { return m_value; }
     const T* operator->() const { return &m_value; }
 
@@ -127,6 +132,7 @@ private:
     T m_value{};
     bool m_is_held;
 };
+
 /// The value as `held`, to be tested in a condition.
 template <typename T>
 held<T> get_if(const types::variant& value) {
@@ -167,8 +173,15 @@ auto visit(Visitor&& visitor, const types::variant& value) -> decltype(visitor(t
 }
 
 /// The kinds that the comparison tells apart.
-enum class kind { nil, boolean, integer, floating, text };
+enum class kind {
+    nil,       ///< No value.
+    boolean,   ///< A `bool`.
+    integer,   ///< A whole number of any width.
+    floating,  ///< A `float`, `double` or `long double`.
+    text       ///< A string of any width.
+};
 
+/// The kind of the value. Strings of any width are `text`; a single character type is an integer.
 inline kind kind_of(const types::variant& value) {
     if (holds<types::nil_t>(value))
         return kind::nil;

@@ -69,7 +69,8 @@ public:
     /// The class that a function object derives from to be owned by this delegate.
     typedef function_type_interface<Result(Arguments...)> function_type;
 
-    /// Empty. Runs no code at load, so a delegate at namespace scope is empty from the start.
+    /// An empty delegate. Runs no code at load, so a delegate at namespace scope is empty from the
+    /// start.
     constexpr delegate_t() : m_function(nullptr) {}
 
     /// Owns a clone of the function object. Raises what its `do_clone` raises.

@@ -25,16 +25,16 @@ namespace generic {
 /// only what an allocation raises.
 class TOVA_API argument {
 public:
-    /// Unnamed, with a nil value.
+    /// An unnamed argument with a nil value.
     argument();
     argument(const types::nil_t& nil_tag);
 
     argument(const argument& other);
 
-    /// Unnamed, with that value.
+    /// An unnamed argument with that value.
     argument(const types::variant& value);
 
-    /// Unnamed, with anything that a `types::variant` can be made from.
+    /// An unnamed argument with anything that a `types::variant` can be made from.
     template <typename T>
     argument(const T& value) : m_name(), m_value(value) {}
 

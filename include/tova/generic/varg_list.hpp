@@ -44,7 +44,7 @@ public:
     /// for the whole process. Never write to it, and copy it on one thread at a time.
     static argument nil_argument;
 
-    varg_list();  ///< No arguments.
+    varg_list();  ///< An empty list.
     varg_list(const varg_list& other);
 
     /// Appends up to 26 arguments, as `push_back` does. The first unnamed nil ends the list: it and

@@ -109,7 +109,7 @@ public:
         strings::ustring8 message;  ///< The message in UTF-8. It may span lines.
     };
 
-    message_catalogs();  ///< No catalogs.
+    message_catalogs();  ///< An empty set.
 
     /// Shares the catalogs of the other set. The resolve container is not copied.
     message_catalogs(const message_catalogs& other);
@@ -139,8 +139,9 @@ public:
     result_type load(const strings::ustring8& path, const strings::ustring8& locale);
     result_type load(const strings::ustring16& path, const strings::ustring16& locale);
     result_type load(const strings::ustring32& path, const strings::ustring32& locale);
-    /// The same for the catalog of that name alone; an empty name means all catalogs. An empty
-    /// locale is accepted here, and the locales "." and "en" are read.
+
+    /// Loads only the catalog of that name from a file or a directory; an empty name means all
+    /// catalogs. An empty locale is accepted here, and the locales "." and "en" are read.
     result_type load(const strings::ustring8& path, const strings::ustring8& locale,
                      const strings::ustring8& catalog_id);
     result_type load(const strings::ustring16& path, const strings::ustring16& locale,
@@ -189,7 +190,8 @@ public:
                                const strings::ustring16& locale);
     result_type load_directory(const strings::ustring32& directory,
                                const strings::ustring32& locale);
-    /// The same for the catalog of that name alone.
+
+    /// Loads only the catalog of that name from the files of a directory.
     ///
     /// Contract: returns kind 0 for a missing directory. Programs scan optional directories for one
     /// catalog without testing first whether they exist.
@@ -207,7 +209,8 @@ public:
     result_type load_file(const strings::ustring8& file, const strings::ustring8& locale);
     result_type load_file(const strings::ustring16& file, const strings::ustring16& locale);
     result_type load_file(const strings::ustring32& file, const strings::ustring32& locale);
-    /// The same for the catalog of that name alone. An empty locale is accepted here.
+
+    /// Loads only the catalog of that name from one file. An empty locale is accepted here.
     result_type load_file(const strings::ustring8& file, const strings::ustring8& locale,
                           const strings::ustring8& catalog_id);
     result_type load_file(const strings::ustring16& file, const strings::ustring16& locale,

@@ -61,7 +61,8 @@ public:
     /// How a run ended: the result of `parse`, and what the grammar functions raise. A plain value:
     /// copies share nothing.
     struct TOVA_API parse_error {
-        /// The numbers are part of the interface, as other families map them to their own kinds.
+        /// The kinds of errors. The numbers are part of the interface, as other families map them
+        /// to their own kinds.
         enum error_type {
             no_error = 0,              ///< The document was read to its end.
             unexpected_end = 1,        ///< The document ends within an element, comment or section.

@@ -49,7 +49,7 @@ public:
     /// Gives the label an empty group and returns it, to be filled. This buffer owns the group.
     virtual labeled_serialize_buffer* create_group(const std::string& label) = 0;
 
-    /// Whether a label is present, and whether it has a value or a group.
+    /// Whether a label is present (`has_label`), has a value, or has a group.
     virtual bool has_label(const std::string& label) const = 0;
     virtual bool has_value(const std::string& label) const = 0;
     virtual bool has_group(const std::string& label) const = 0;
@@ -64,8 +64,11 @@ public:
     virtual const labeled_serialize_buffer* retrieve_group(const std::string& label) const = 0;
     virtual labeled_serialize_buffer* retrieve_group(const std::string& label) = 0;
 
-    /// A new empty buffer of the same class, or a copy of this one.
+    /// A new empty buffer of the same class on the heap with its heap mark set, owned by the
+    /// caller.
     virtual labeled_serialize_buffer* create() const = 0;
+
+    /// A copy of this buffer on the heap with its heap mark set, owned by the caller.
     virtual labeled_serialize_buffer* clone() const = 0;
 };
 

@@ -38,7 +38,7 @@ namespace serialization {
 /// shares the bodies of the values.
 class TOVA_API labeled_text_buffer : public labeled_serialize_buffer {
 public:
-    labeled_text_buffer();  ///< Empty.
+    labeled_text_buffer();  ///< An empty tree.
 
     /// A deep copy, with `count` 0 and without the heap mark.
     labeled_text_buffer(const labeled_text_buffer& other);
@@ -82,7 +82,8 @@ public:
     /// under the label stays. The result is valid as long as the label is in the tree.
     labeled_serialize_buffer* create_group(const std::string& label) override;
 
-    /// Lookups don't trim the label. `has_group` returns whether the label has a group that is not
+    /// Whether a label is present (`has_label`), has a value that is not nil, or has a group. The
+    /// label is not trimmed. `has_group` returns whether the label has a group that is not
     /// empty; it encodes the group to find out.
     bool has_label(const std::string& label) const override;
     bool has_value(const std::string& label) const override;
@@ -91,9 +92,13 @@ public:
     /// Whether there are no labels.
     bool is_empty() const override;
 
-    /// Contract: every label in the tree has a group, which is empty for a label with only a value.
-    /// `retrieve_group` returns null for an unknown label alone.
+    /// The value of a label, which is not trimmed; nil for a label without a value and for an
+    /// unknown label.
     types::variant retrieve_value(const std::string& label) const override;
+
+    /// The group of a label, which is not trimmed; null for an unknown label.
+    ///
+    /// Contract: every label in the tree has a group, which is empty for a label with only a value.
     const labeled_serialize_buffer* retrieve_group(const std::string& label) const override;
     labeled_serialize_buffer* retrieve_group(const std::string& label) override;
 

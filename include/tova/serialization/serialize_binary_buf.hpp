@@ -28,7 +28,7 @@ namespace serialization {
 /// invalid content: past the end they return 0, an empty string or null.
 class TOVA_API serialize_binary_buf : public serialize_buffer {
 public:
-    serialize_binary_buf();  ///< Empty.
+    serialize_binary_buf();  ///< An empty buffer.
 
     /// A buffer with that encoded content, read from its start. Of another buffer it takes the
     /// bytes as they are, whatever its class, and also `count` and `allocated`. Raises only what an
@@ -63,8 +63,8 @@ public:
     void append_float(const float& value, const unsigned int& precision) override;
     void append_double(const double& value, const unsigned int& precision) override;
 
-    /// Appends the length as `uint32` and the bytes. The length field keeps the low 32 bits of the
-    /// size; all bytes are appended in any case.
+    /// Appends the length as `uint32` and the bytes or the content. The length field keeps the low
+    /// 32 bits of the size; all bytes are appended in any case.
     void append_string(const std::string& bytes) override;
     void append_buffer(const serialize_buffer& other) override;
 

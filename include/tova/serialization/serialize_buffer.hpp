@@ -106,8 +106,11 @@ public:
     /// Moves the read position to the first value.
     virtual void reset_read() const = 0;
 
-    /// A new empty buffer of the same class, or a copy of this one.
+    /// A new empty buffer of the same class on the heap with its heap mark set, owned by the
+    /// caller.
     virtual serialize_buffer* create() const = 0;
+
+    /// A copy of this buffer on the heap with its heap mark set, owned by the caller.
     virtual serialize_buffer* clone() const = 0;
 };
 

@@ -30,7 +30,7 @@ namespace serialization {
 /// number reads as 0, as does every number after the last item.
 class TOVA_API serialize_text_buf : public serialize_buffer {
 public:
-    serialize_text_buf();  ///< Empty.
+    serialize_text_buf();  ///< An empty buffer.
 
     /// A buffer with that encoded content, read from its start. Of another buffer it takes the
     /// bytes as they are, whatever its class, and also `count` and `allocated`. Raises only what an
@@ -68,7 +68,7 @@ public:
     void append_float(const float& value, const unsigned int& precision) override;
     void append_double(const double& value, const unsigned int& precision) override;
 
-    /// Appends the length in bytes as an item, the bytes, and the byte 0x01.
+    /// Appends the length in bytes as an item, the bytes or the content, and the byte 0x01.
     void append_string(const std::string& bytes) override;
     void append_buffer(const serialize_buffer& other) override;
 
@@ -83,6 +83,10 @@ public:
     unsigned short read_uint16() const override;
     unsigned int read_uint32() const override;
     unsigned long read_uint64() const override;
+
+    /// The next item as a floating-point number, read as `str_to_float` and `str_to_double` do, in
+    /// the global C++ locale. Returns 0 for a field that is not a number and after the last item.
+    /// Raises `std::out_of_range` if the read position is past the end of the content.
     float read_float() const override;
     double read_double() const override;
 

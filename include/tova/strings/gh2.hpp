@@ -28,16 +28,18 @@ extern TOVA_API std::istream& ucin;
 extern TOVA_API std::ostream& ucout;
 extern TOVA_API std::ostream& ucerr;
 
-/// As `strings::to_lower` and `strings::to_upper` for `ustring8`. Never fails.
+/// Returns a copy with each byte mapped, as `strings::to_lower` and `strings::to_upper` map it.
+/// Never fails.
 TOVA_API std::string tolower(const std::string& text);
 TOVA_API std::string toupper(const std::string& text);
 
-/// From UTF-8 to the character set of the process's current locale, and back. Raises what
+/// Converts from UTF-8 to the character set of the process's current locale, or back. Raises what
 /// `code_page::encode` and `code_page::as_utf8` raise.
 TOVA_API std::string to_ansi(const std::string& text);
 TOVA_API std::string from_ansi(const std::string& text);
 
-/// As `strings::replace_all`, but never returns for an empty `search`: the string grows by
+/// Replaces each occurrence of `search` as `strings::replace_all` does, but never returns for an
+/// empty `search`: the string grows by
 /// `replacement` until memory runs out, or the loop runs for ever if that is empty too. Don't pass
 /// an empty `search`.
 TOVA_API unsigned int replace_all(std::string& text, const std::string& search,

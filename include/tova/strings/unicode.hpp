@@ -24,32 +24,32 @@
 namespace TOVA_2_18 {
 namespace strings {
 
-/// UTF-16 to UTF-8. Returns "-1" for an unpaired surrogate.
+/// Converts UTF-16 to UTF-8. Returns "-1" for an unpaired surrogate.
 ///
 /// Never pass a string that begins with the unit 0xFFFE, the byte order mark of the other byte
 /// order: the function then recurses until the stack is exhausted. Call
 /// `check_BOM_and_modify_swap` on a string of unknown order first.
 TOVA_API ustring8 utf16_to_utf8(const ustring16& source);
 
-/// UTF-32 to UTF-8. Returns "-1" for a surrogate value, but drops a value from 0x110000 up and goes
-/// on. A negative unit gives its low byte.
+/// Converts UTF-32 to UTF-8. Returns "-1" for a surrogate value, but drops a value from 0x110000 up
+/// and goes on. A negative unit gives its low byte.
 TOVA_API ustring8 utf32_to_utf8(const ustring32& source);
 
-/// UTF-32 to 16-bit units. Returns "-1" for a surrogate value or a value from 0x110000 up. A
-/// negative unit gives its low 16 bits.
+/// Converts UTF-32 to 16-bit units. Returns "-1" for a surrogate value or a value from 0x110000 up.
+/// A negative unit gives its low 16 bits.
 ///
 /// The pairs are not those of UTF-16: 0x10000 is not subtracted before the value is split, and
 /// U+FFFF is already written as a pair. For UTF-16 go through `utf32_to_utf8` and `utf8_to_utf16`.
 TOVA_API ustring16 utf32_to_utf16(const ustring32& source);
 
-/// UTF-8 to UTF-16. Returns "-1" for a byte that begins no complete sequence.
+/// Converts UTF-8 to UTF-16. Returns "-1" for a byte that begins no complete sequence.
 TOVA_API ustring16 utf8_to_utf16(const ustring8& source);
 
-/// UTF-16 to UTF-32. Returns "-1" for an unpaired surrogate. The warning at `utf16_to_utf8` about a
-/// leading 0xFFFE applies here as well.
+/// Converts UTF-16 to UTF-32. Returns "-1" for an unpaired surrogate. The warning at
+/// `utf16_to_utf8` about a leading 0xFFFE applies here as well.
 TOVA_API ustring32 utf16_to_utf32(const ustring16& source);
 
-/// UTF-8 to UTF-32. Never fails: each byte that begins no complete sequence becomes "?".
+/// Converts UTF-8 to UTF-32. Never fails: each byte that begins no complete sequence becomes "?".
 TOVA_API ustring32 utf8_to_utf32(const ustring8& source);
 
 /// @name Decoding one character

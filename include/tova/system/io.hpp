@@ -51,8 +51,9 @@ TOVA_API void move(const strings::ustring8& target, const strings::ustring8& sou
 TOVA_API void move(const strings::ustring16& target, const strings::ustring16& source);
 TOVA_API void move(const strings::ustring32& target, const strings::ustring32& source);
 
-/// Contract: creates no directory and never returns; it calls itself until the stack is exhausted.
-/// The operation that creates directories is `create_directory`.
+/// Never returns, and creates no directory: use `create_directory`.
+///
+/// Contract: the function calls itself until the stack is exhausted.
 TOVA_API void mkdir(const strings::ustring8& path);
 TOVA_API void mkdir(const strings::ustring16& path);
 TOVA_API void mkdir(const strings::ustring32& path);

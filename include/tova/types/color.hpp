@@ -72,8 +72,8 @@ public:
     unsigned char blue(unsigned char value);
     unsigned char alpha(unsigned char value);
 
-    int as_int32() const;  ///< The word.
-    int as_rgb() const;    ///< The word without alpha: its top byte is 0.
+    int as_int32() const;  ///< The color as its word.
+    int as_rgb() const;    ///< The color as its word, with 0 in place of alpha.
 
 private:
     unsigned char m_red;

@@ -42,7 +42,7 @@ public:
     variant();
     variant(nil_t& nil_tag);
 
-    /// A number.
+    /// A number, which keeps its type.
     variant(const signed char& value);
     variant(const short& value);
     variant(const int& value);
@@ -90,11 +90,12 @@ public:
 
     /// @name The value as a number
     ///
+    /// The value as a number; nil is 0. Never fails.
+    ///
     /// Integers are cast without a range check. Floating-point values are truncated toward zero to
     /// 32 bits, of which narrower results keep the low bits; `as_long`, `as_int64`, `as_uint32` and
     /// `as_uint64` go through 64 bits. A value that doesn't fit, NaN included, becomes the least
     /// `int` or `long` on the way. Strings are parsed, and saturate at the limits of the result.
-    /// Nil is 0.
     ///
     /// `as_bool` is true for a number other than 0, for NaN, and for the strings "yes", "on" and
     /// "true" in any letter case; for any other string it is that of `as_long`.
@@ -116,7 +117,8 @@ public:
     unsigned long as_uint64() const;
     /// @}
 
-    /// The signed conversion of the same width, with its bits read as unsigned.
+    /// The value as an integer: the signed conversion of the same width, with its bits read as the
+    /// type of the result. Never fails.
     ///
     /// Contract: strings therefore saturate at the signed limit: "4294967295" is 2147483647 through
     /// `as_uint`. `as_uint16`, `as_uint32` and `as_uint64` use the whole unsigned range.

@@ -30,7 +30,8 @@ namespace types {
 template <typename T>
 class TOVA_API variant_value_t : public variant_type {
 public:
-    /// The heap mark is left for the caller that makes the body with `new` to set.
+    /// A body with that value and a count of 0. A caller that makes it with `new` sets the heap
+    /// mark.
     explicit variant_value_t(T initial_value);
 
     ~variant_value_t() TOVA_NOTHROW override;

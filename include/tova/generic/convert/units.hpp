@@ -17,7 +17,7 @@ namespace TOVA_2_18 {
 namespace generic {
 namespace convert {
 
-/// Returns a device length unchanged. A `double` is truncated toward zero. The type is ignored.
+/// Returns the device length. A `double` is truncated toward zero. The type is ignored.
 TOVA_API types::device_unit to_device_unit(const types::device_unit& length);
 TOVA_API types::device_unit to_device_unit(double length, types::device_unit::unit_types type);
 TOVA_API types::device_unit to_device_unit(int length, types::device_unit::unit_types type);
@@ -28,13 +28,14 @@ TOVA_API types::device_unit to_device_unit(int length, types::device_unit::unit_
 /// lengths are converted in pieces.
 TOVA_API types::device_unit to_device_unit(const types::absolute_unit& length, int dpi);
 
-/// The same for a length in the unit `type`. A number that is no unit counts as md.
+/// A length in the unit `type` in device units, converted in the same way. A number that is no unit
+/// counts as md.
 TOVA_API types::device_unit to_device_unit(double length, types::absolute_unit::unit_types type,
                                            int dpi);
 TOVA_API types::device_unit to_device_unit(int length, types::absolute_unit::unit_types type,
                                            int dpi);
 
-/// The same physical length in md.
+/// The physical length in md.
 TOVA_API types::basic_absolute_impl<1> to_md(const types::absolute_unit& length);
 
 /// A length in the unit `type`, converted to md. A number that is no unit counts as md.
@@ -51,8 +52,8 @@ TOVA_API types::basic_absolute_impl<1> to_md(const types::device_unit& length, i
 TOVA_API types::basic_absolute_impl<1> to_md(const int& length, types::device_unit::unit_types type,
                                              int dpi);
 
-/// The same for a fractional number of device units, which keeps the fraction of an inch: 150.0
-/// units at 96 dpi are 156250 md. A resolution of 0 gives infinity or NaN.
+/// The physical length of a fractional number of device units, which keeps the fraction of an inch:
+/// 150.0 units at 96 dpi are 156250 md. A resolution of 0 gives infinity or NaN.
 TOVA_API types::basic_absolute_impl<1> to_md(const double& length,
                                              types::device_unit::unit_types type, int dpi);
 
