@@ -18,9 +18,9 @@ namespace {
 
 // --- Floating-point numbers --------------------------------------------------------------------
 //
-// A number is printed into a fixed buffer without its field; the spaces of the field are appended
-// to the result directly, so the buffer limits only the number itself. A longer number loses
-// decimals, or turns to scientific notation (`print_fixed`).
+// A number is printed into a fixed buffer without padding; the spaces of the field are appended
+// directly to the result, so the buffer limits only the number itself. A longer number loses
+// decimals or is shown in scientific notation (`print_fixed`).
 
 const int buffer_size = 64;
 const int longest_number = buffer_size - 1;
@@ -29,7 +29,7 @@ const int longest_number = buffer_size - 1;
 const int most_decimals = buffer_size;
 
 // The exact value of a double has at most this many significant digits, so all decimals beyond it
-// are zeros. A smaller limit would round at a place that a cut to the field leaves visible.
+// are zeros. A smaller limit would round at a digit that is still visible after a cut to the field.
 const int most_exact_decimals = 767;
 
 // This many decimals leave room for a sign, a digit, the point and a three-digit exponent.
@@ -46,9 +46,9 @@ struct printed_number {
 
 enum class notation { fixed, scientific };
 
-// Every floating-point number becomes characters here. Returns the length that the number needs,
-// which may exceed the buffer. The decimal point is that of the C locale: if it is a ".", numbers
-// of usual size need no `snprintf`.
+// Prints every floating-point number. Returns the length that the number needs, which may exceed
+// the buffer. The decimal point follows the C library's current locale; if it is ".", numbers of
+// usual size don't need `snprintf`.
 int print(printed_number& number, notation form, double value, int decimals) {
     if (form == notation::fixed && generic::convert::detail::has_c_decimal_point()) {
         static_assert(sizeof number.text >= generic::convert::detail::max_fixed_size, "room");
@@ -87,7 +87,7 @@ void print_fixed(printed_number& number, double value, int precision) {
 }
 
 // Contract: a three-digit exponent loses its hundreds, so every exponent has two digits: 1.50e+123
-// is shown as 1.50e+23. Text without an exponent ("inf", "nan") stays as it is.
+// is shown as 1.50e+23. Results without an exponent ("inf", "nan") are unchanged.
 void drop_hundreds_of_exponent(printed_number& number) {
     char* const end = number.text + number.length;
     char* const exponent = std::find(number.text, end, 'e');
@@ -126,7 +126,7 @@ void append_spaces(std::string& text, long count) {
 }
 
 void append_double(std::string& text, double value, int precision, int field) {
-    const long width = field;  // its negation must not overflow
+    const long width = field;  // so that its negation doesn't overflow
     printed_number number;
     print_fixed(number, value, precision);
 

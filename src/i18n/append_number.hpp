@@ -1,11 +1,11 @@
 /// @file
-/// Numbers as characters: the only place where value formatting turns one into the other.
+/// Converts numbers to characters: the only place where value formatting does so.
 ///
 ///     append_decimal(text, 255ul);       // text ends with "255"
 ///     append_double(text, 3.14159, 2, 6) // text ends with "  3.14"
 ///
-/// What a format string asks for is decided by the callers. Free functions without state: any
-/// number of threads may call them at once.
+/// Callers interpret the format string. Free functions without state: any number of threads may
+/// call them at once.
 #pragma once
 
 #include <cstddef>
@@ -18,8 +18,9 @@ namespace detail {
 /// Room for a sign, 64 binary digits and a terminator.
 const std::size_t digit_buffer_size = 66;
 
-/// Writes the value in a radix from 2 to 36, with lower-case digits and a leading "-" below 0, and
-/// returns the number of characters. For callers that need the length before they append.
+/// Writes the value in a radix from 2 to 36, with lower-case digits and a leading "-" if it is
+/// negative, and returns the number of characters. For callers that need the length before they
+/// append.
 std::size_t write_digits(char (&buffer)[digit_buffer_size], long value, int radix);
 
 /// Append the value in decimal.
@@ -33,8 +34,8 @@ void append_spaces(std::string& text, long count);
 /// to `field` characters; 0 is no field.
 ///
 /// Contract: a positive field aligns to the right and is never exceeded. A number that doesn't fit
-/// changes to scientific notation and is then cut to the field, even in the middle of the exponent.
-/// A negative field aligns to the left, and a longer number exceeds it.
+/// is shown in scientific notation and then cut to the field, even in the middle of the exponent. A
+/// negative field aligns to the left, and a longer number exceeds it.
 void append_double(std::string& text, double value, int precision, int field);
 
 }  // namespace detail

@@ -17,7 +17,8 @@ message_t catalog_t::m_nil_message(types::nil);
 
 catalog_t::catalog_t() {}
 
-// The base copies neither the count nor the heap mark: the copy is a new object that nobody holds.
+// The base class copies neither the count nor the heap mark: the copy is a new object without
+// holders.
 catalog_t::catalog_t(const catalog_t& other)
     : generic::abilities::reference_count_pointer_ability<catalog_t>(other), m_name(other.m_name),
       m_languages(other.m_languages), m_messages(other.m_messages) {}
@@ -32,7 +33,7 @@ strings::ustring8 catalog_t::name() const {
     return m_name;
 }
 
-// An empty set of locales means "not built yet", so clearing it is all that a new message needs.
+// An empty set of locales means "not built yet", so adding a message only has to clear it.
 void catalog_t::message(const strings::ustring8& key, const message_t& msg) {
     m_languages.clear();
     m_messages[key] = msg;
@@ -44,7 +45,7 @@ const message_t& catalog_t::message(const strings::ustring8& key) const {
 }
 
 // Keys are stored in UTF-8. A UTF-16 or UTF-32 key that isn't valid Unicode is converted to "-1"
-// and finds a message of that name.
+// and finds a message with that key.
 const message_t& catalog_t::message(const strings::ustring16& key) const {
     return message(strings::utf16_to_utf8(key));
 }
@@ -66,8 +67,8 @@ bool catalog_t::has_message(const strings::ustring32& key) const {
 }
 
 bool catalog_t::is_language_loaded(const strings::ustring8& locale) const {
-    // Contract: a locale of one byte is no exception here, and stored locales are not changed. The
-    // catalog set asks the same question by a rule of its own, which does find the locale ".".
+    // Contract: a one-byte locale is not special here, and stored locales are not changed. The
+    // catalog set has its own rule for the same question, which does find the locale ".".
     strings::ustring8 normalised = locale;
     std::replace(normalised.begin(), normalised.end(), '.', '_');
     std::replace(normalised.begin(), normalised.end(), '-', '_');
@@ -108,7 +109,7 @@ catalog_t::language_iterator catalog_t::languages_end() const {
     return m_languages.end();
 }
 
-// In an empty catalog the set stays empty, so every query builds it again; that costs nothing.
+// In an empty catalog the set stays empty and is built again on every query, which costs nothing.
 void catalog_t::gen_lang_set() const {
     for (const auto& entry : m_messages)
         m_languages.insert(entry.second._orginal_locale());
@@ -146,7 +147,7 @@ bool catalog_t::operator!=(const types::nil_t& nil) const {
     return !equal(nil);
 }
 
-// The cache of locales counts as well, though it can only be filled from messages or by a copy.
+// The locale cache is compared as well, though it can only be filled from messages or by a copy.
 bool catalog_t::equal(const types::nil_t&) const {
     return m_name.empty() && m_messages.empty() && m_languages.empty();
 }

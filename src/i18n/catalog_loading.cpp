@@ -13,9 +13,9 @@ using _private::xmc_file_loader;
 using strings::ustring8;
 using result_type = catalog_loading::result_type;
 
-// Which files a call loads. Here a path is only tested for its kind; whether a file can be read is
-// for the loader to find out. A socket counts as a file. What is neither a file nor a directory,
-// such as a link that leads nowhere, is skipped in a directory and is an error anywhere else.
+// Decides which files a call loads. It only tests whether a path is a file or a directory; whether
+// a file can be read is found out by the loader. A socket counts as a file. Anything else, such as
+// a dangling link, is skipped in a directory and is an error anywhere else.
 
 namespace {
 
@@ -39,14 +39,14 @@ bool has_catalog_extension(const ustring8& path) {
 
 result_type catalog_loading::load(const ustring8& path) {
     const result_type result = load_entity(path);
-    // Contract: it is the whole set that must not be empty. A load that adds nothing to a set with
-    // catalogs of an earlier load is a success.
+    // Contract: the check is that the whole set is not empty. A load that adds nothing is a success
+    // if an earlier load has filled the set.
     if (is_success(result) && m_catalogs.empty())
         return result_type(message_catalogs::no_catalog, path);
     return result;
 }
 
-// Contract: an empty set is no error after a list, not even after an empty list.
+// Contract: an empty set is not an error after loading a list, not even an empty list.
 result_type catalog_loading::load(const std::vector<ustring8>& paths) {
     result_type result = success();
     for (const ustring8& path : paths) {
@@ -73,10 +73,10 @@ result_type catalog_loading::load_entity(const ustring8& path) {
 
 // Contract: entries come in the order of the file system, and the outcome is that of the last
 // catalog file or directory: a directory without catalog files makes it a plain success again. A
-// scan stops at the first error; what it loaded before stays.
+// scan stops at the first error; files loaded before it stay loaded.
 //
-// The files of a directory are loaded as they are found, rather than found first and loaded then.
-// Links may make a circle of directories, which an error in one of the files has to end.
+// The files of a directory are loaded as they are found, not collected first. Links may form a
+// cycle of directories, and only an error in one of the files ends the scan then.
 result_type catalog_loading::scan_directory(const ustring8& directory) {
     result_type result = success();
     for (const ustring8& entry : system::list_directory(directory)) {
@@ -92,7 +92,7 @@ result_type catalog_loading::scan_directory(const ustring8& directory) {
     return result;
 }
 
-// A file is merged only after all of it was read, so a file with an error changes nothing.
+// A file is merged only after it has been read completely, so a file with an error changes nothing.
 result_type catalog_loading::load_file(const ustring8& file) {
     xmc_file_loader loader;
     const xmc_file_loader::load_error outcome = m_catalog_id == nullptr

@@ -2,7 +2,8 @@
 /// One call of `message_catalogs::load` and its siblings: find the files, load each into the set,
 /// return the outcome of the last one.
 ///
-/// An object is made for one call. It changes the set that it refers to and belongs to its thread.
+/// An object is created for one call. It changes the set that it refers to and belongs to one
+/// thread.
 #pragma once
 
 #include <tova/i18n/message_catalogs.hpp>
@@ -21,11 +22,11 @@ public:
     using catalog_map = message_catalogs::catalog_map;
     using resolve_map = std::map<strings::ustring8, strings::ustring8>;
 
-    // What to load into, and the wanted locale. All arguments outlive the object. A catalog id
-    // restricts the load to the catalog of that name.
+    // The set to load into, and the requested locale. All arguments must outlive the object. A
+    // catalog id restricts the load to the catalog with that name.
     //
-    // Contract: the two constructors make two kinds of load even if the id is empty. With an id an
-    // empty locale is accepted and a missing directory is a success.
+    // Contract: the two constructors select two kinds of load even if the id is empty. With an id,
+    // an empty locale is accepted and a missing directory is a success.
     catalog_loading(catalog_map& catalogs, const resolve_map& resolve,
                     const strings::ustring8& locale)
         : m_catalogs(catalogs), m_resolve(resolve), m_locale(locale), m_catalog_id(nullptr) {}
@@ -33,7 +34,7 @@ public:
                     const strings::ustring8& locale, const strings::ustring8& catalog_id)
         : m_catalogs(catalogs), m_resolve(resolve), m_locale(locale), m_catalog_id(&catalog_id) {}
 
-    // The work of the four families of published operations.
+    // Implement the four families of published operations.
     result_type load(const strings::ustring8& path);
     result_type load(const std::vector<strings::ustring8>& paths);
     result_type load_directory(const strings::ustring8& directory);

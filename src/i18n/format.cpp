@@ -1,4 +1,4 @@
-// Value formatting: one variant becomes the text of one message argument.
+// Value formatting: turns a variant into the text of a message argument.
 //
 //     item data            "size" 01 "precision" 01 "1" 01 "fieldsize" 01 "8"
 //     split                 name  |  format string            append_value
@@ -6,15 +6,15 @@
 //     render the value      append to the caller's string     render_int, render_double, ...
 //
 // There is one options struct and one renderer for each kind of value. A renderer returns false for
-// an invalid format string and for an integer that doesn't fit its field. It finds out before it
-// appends anything, so the caller's string is unchanged then. Only the published functions turn
-// false into the failure marker "-0", and only items turn the marker into "?invalid?".
+// an invalid format string and for an integer that doesn't fit its field. It detects both before it
+// appends anything, so the caller's string is unchanged on failure. Only the published functions
+// turn false into the failure marker "-0", and only items turn the marker into "?invalid?".
 //
-// Memory sizes and metric quantities are scaled by powers of 1000 first and share that code. Their
-// number and their unit are two results of one renderer, since a message shows them by two items.
+// Memory sizes and metric quantities are scaled by powers of 1000 first and share that code. One
+// renderer returns both the number and the unit, since a message shows them in two separate items.
 //
-// Nothing here keeps state. Digits are written by append_number.cpp, format strings are read by
-// format_options.hpp.
+// Nothing here keeps state. append_number.cpp writes digits, format_options.hpp reads format
+// strings.
 #include <tova/i18n/format.hpp>
 
 #include "i18n/append_number.hpp"
@@ -49,13 +49,13 @@ const struct base_row {
     int prefix_length;
     bool spaced;
 } bases[] = {
-    // In the order in which a shortened word is tested.
+    // In the order in which an abbreviation is matched.
     {"dec", 10, 0, false}, {"default", 10, 0, false}, {"spaced_dec", 10, 0, true},
     {"hex", 16, 2, false}, {"oct", 8, 1, false},      {"bin", 2, 1, false},
 };
 
-// A struct of options starts with the defaults, and `set` tests the keys in a fixed order. The
-// order matters only for the empty key, which matches whatever is tested first.
+// An options struct starts with the defaults, and `set` tests the keys in a fixed order. The order
+// matters only for the empty key, which matches the first word tested.
 struct int_options {
     int base = 10;
     int fieldsize = 0;
@@ -72,7 +72,7 @@ struct int_options {
     }
 
     // Contract: a later base changes only the base. The prefix length of an earlier "hex" still
-    // counts in the field of a decimal number, and "spaced_dec" groups the digits of any base.
+    // counts toward the field of a decimal number, and "spaced_dec" groups the digits in any base.
     bool set_base(token word) {
         const auto row = std::find_if(std::begin(bases), std::end(bases),
                                       [&](const base_row& r) { return abbreviates(word, r.word); });
@@ -93,12 +93,13 @@ struct int_options {
 //
 // Contract: without a field the top digit has room for the sign, and base 16 fills whole groups of
 // four digits. With a field the complement has as many digits as the number or the field, whichever
-// is more, and the top digit doesn't show the sign: -5 in four characters of base 2 is 11b.
+// is more, and the top digit doesn't show the sign: -5 in base 2 with a field of four characters is
+// 11b.
 long complement(long value, const int_options& options) {
     const auto base = static_cast<unsigned long>(options.base);
     unsigned long power = 1;
     long digits = 0;
-    // The magnitude, in unsigned arithmetic: the least long has no positive counterpart.
+    // The magnitude, in unsigned arithmetic: the smallest long has no positive counterpart.
     for (unsigned long rest = 0UL - static_cast<unsigned long>(value); rest != 0; rest /= base) {
         power *= base;
         ++digits;
@@ -120,8 +121,8 @@ long complement(long value, const int_options& options) {
     return static_cast<long>(static_cast<unsigned long>(value) + power);
 }
 
-// How many zeros go before the digits of a number that isn't negative, in a base other than 10.
-// Without a field base 16 fills groups of four digits and the other bases nothing.
+// The number of leading zeros for a number that isn't negative, in a base other than 10. Without a
+// field, base 16 is padded to groups of four digits and other bases are not padded.
 long leading_zeros(const int_options& options, long prefix_length, long length) {
     if (options.fieldsize == 0)
         return options.base == 16 ? (4 - length % 4) % 4 : 0;
@@ -147,7 +148,8 @@ bool render_int(std::string& text, long value, token format) {
     if (!read_options(format, options))
         return false;
 
-    // Kept because the complement makes the value positive; a complement gets no leading zeros.
+    // Remembered because the complement makes the value positive; a complement has no leading
+    // zeros.
     const bool negative = value < 0;
     if (negative && options.base != 10)
         value = complement(value, options);
@@ -160,14 +162,14 @@ bool render_int(std::string& text, long value, token format) {
     if (options.spaced)
         prefix_length = (value < 0 ? length - 2 : length - 1) / 3;
 
-    // Contract: for a decimal number the field is only a limit; nothing is padded. A negative field
-    // has room for nothing.
+    // Contract: for a decimal number the field is only a limit, without padding. Nothing fits a
+    // negative field.
     const long field = options.fieldsize;
     if (field != 0 && length + prefix_length > field)
         return false;
 
     if (options.base == 8)
-        text += 'o';  // the letter: a leading zero would read as one more digit
+        text += 'o';  // the letter: a leading zero would look like another digit
     else if (options.base == 16)
         text += "0x";
 
@@ -218,7 +220,7 @@ struct duration_options {
     token precision = {"2", 1};
     bool short_form = false;
 
-    // Contract: "false" leaves an earlier "true" in force. In metric quantities it doesn't.
+    // Contract: "false" does not reset an earlier "true". In metric quantities it does.
     bool set(token key, token value) {
         if (abbreviates(key, "precision")) {
             precision = value;
@@ -232,8 +234,8 @@ struct duration_options {
     }
 };
 
-// Returns how many whole units of `seconds` seconds there are in `rest`, and subtracts them. The
-// fraction stays in `rest`, and a negative rest has negative units.
+// Returns how many whole units of `seconds` seconds are in `rest`, and subtracts them. The fraction
+// stays in `rest`; if `rest` is negative, so is the result.
 long take_units(double& rest, long seconds) {
     const long units = types::detail::truncate<long>(rest) / seconds;
     rest -= static_cast<double>(units * seconds);
@@ -255,7 +257,7 @@ bool render_duration(std::string& text, double seconds, token format) {
         const char* long_word;
     } units[] = {{days, "d ", " dy "}, {hours, "h ", " hr "}, {minutes, "m ", " min "}};
 
-    // From the first unit that isn't 0, all smaller ones are shown. Counts are cut to 32 bits.
+    // All units from the first one that isn't 0 are shown. Counts are cut to 32 bits.
     bool started = false;
     for (const auto& unit : units) {
         started = started || unit.count != 0;
@@ -265,8 +267,9 @@ bool render_duration(std::string& text, double seconds, token format) {
         text += options.short_form ? unit.short_word : unit.long_word;
     }
 
-    // Contract: an empty precision spoils only the seconds, which show the failure marker after the
-    // larger units. The whole text isn't the marker then, so a message shows it as it is.
+    // Contract: an empty precision makes only the seconds fail: they show as the failure marker
+    // after the larger units. The text as a whole isn't the marker then, so a message shows it
+    // unchanged.
     if (options.precision.size == 0)
         text += failure_marker;
     else
@@ -277,7 +280,7 @@ bool render_duration(std::string& text, double seconds, token format) {
 
 // --- Scaling by powers of 1000 -----------------------------------------------------------------
 
-// What memory sizes and metric quantities have in common. Units are powers of 1000.
+// Options that memory sizes and metric quantities share. Units are powers of 1000.
 struct scale_options {
     explicit scale_options(token default_precision) : precision(default_precision) {}
 
@@ -285,7 +288,7 @@ struct scale_options {
     int target = 0;           // the unit to show, if has_target
     bool has_target = false;  // otherwise the unit follows from the size
 
-    // Contract: both are passed on as text, see append_scaled.
+    // Contract: both are passed on unparsed, see append_with_decimals.
     token precision;
     token fieldsize = {"0", 1};
 
@@ -308,12 +311,13 @@ void multiply(unsigned long& number) {
     number *= 1000;
 }
 
-// Wraps, as the unsigned form does.
+// Wraps, like the unsigned form.
 void multiply(long& number) {
     number = static_cast<long>(static_cast<unsigned long>(number) * 1000);
 }
 
-// Scales the number and returns the power to show. Without a target the power grows up to `last`.
+// Scales the number and returns the power to show. Without a target the power goes up to `last` at
+// most.
 template <typename Number>
 int scale(Number& number, const scale_options& options, int last) {
     int power = options.base;
@@ -329,9 +333,10 @@ int scale(Number& number, const scale_options& options, int last) {
     return power;
 }
 
-// Contract: precision and field pass through a second format string in which ";" is the separator,
-// so a ";" in one of them makes more tokens. An empty field leaves an odd number of tokens, which
-// is invalid; it exists only if another pair follows it in the item, or else it is no token.
+// Contract: precision and field are put into a second format string with ";" as the separator, so a
+// ";" in one of them produces extra tokens. An empty field leaves an odd number of tokens, which is
+// invalid. That happens only if another pair follows the field in the item, since otherwise the
+// empty value is not a token.
 bool append_with_decimals(std::string& text, double value, const scale_options& options) {
     std::string format = "precision;";
     format.append(options.precision.text, options.precision.size);
@@ -343,8 +348,8 @@ bool append_with_decimals(std::string& text, double value, const scale_options& 
 
 // Appends the scaled number and sets the power to show.
 //
-// Contract: a precision of 0 doesn't round. The number is scaled in integers, by truncating
-// divisions; the field is ignored, and a negative number shows its 64 bits as unsigned.
+// Contract: a precision of 0 doesn't round. The number is scaled as an integer, by truncating
+// divisions; the field is ignored, and the 64 bits of a negative number are shown as unsigned.
 template <typename Integer>
 bool append_scaled(std::string& text, const types::variant& value,
                    Integer (types::variant::*as_integer)() const, const scale_options& options,
@@ -363,10 +368,10 @@ bool append_scaled(std::string& text, const types::variant& value,
 // --- Memory sizes ------------------------------------------------------------------------------
 
 const int unknown_unit = -1;
-const char memory_prefixes[] = " KMGTPEZY";  // before the "B", by index; 0 has none
+const char memory_prefixes[] = " KMGTPEZY";  // prefix of the "B", by index; 0 has none
 const int last_memory_index = 8;
 
-// Only two characters are examined, so KBytes reads as KB.
+// Only two characters are examined, so "KBytes" is read as "KB".
 int memory_index(token unit) {
     if (unit.size == 1 && *unit.text == 'B')
         return 0;
@@ -383,9 +388,10 @@ struct memory_options : scale_options {
 
     bool set(token key, token value) {
         if (abbreviates(key, "target_unit")) {
-            // Contract: the words that leave the unit open, "any" and "default", are compared with
-            // the key instead of the value. Only the empty key matches them here, and it sets the
-            // target to bytes whatever the value is. A value "any" is an unknown unit.
+            // Contract: "any" and "default", the words that leave the choice of the unit open, are
+            // compared with the key instead of the value. Only the empty key matches them here, and
+            // it sets the target to bytes whatever the value is. The value "any" is an unknown
+            // unit.
             has_target = true;
             target = key.size == 0 ? 0 : memory_index(value);
             return target != unknown_unit;
@@ -398,12 +404,13 @@ struct memory_options : scale_options {
     }
 };
 
-// `unit` must be empty, here and in render_metric. It stays empty for an invalid format string.
+// `unit` must be empty on entry, here and in render_metric. It stays empty for an invalid format
+// string.
 bool render_memory(std::string& text, const types::variant& value, token format,
                    std::string& unit) {
     memory_options options;
     int index;
-    // Contract: the integer form is unsigned, so -1 shows as 18 EB.
+    // Contract: the integer form is unsigned, so -1 is shown as 18 EB.
     if (!read_options(format, options) ||
         !append_scaled(text, value, &types::variant::as_uint64, options, last_memory_index, index))
         return false;
@@ -421,14 +428,15 @@ const int first_power = -6;
 // Contract: scaling by size stops at tera, though larger prefixes exist.
 const int last_scaled_power = 4;
 
-// By power, from the first.
+// By power, starting with the smallest.
 const char* const metric_symbols[] = {"a", "f", "p", "n", "mc", "m", "", "k",
                                       "M", "G", "T", "P", "E",  "Z", "Y"};
 const char* const metric_names[] = {"atto",  "femto", "pico", "nano",  "micro",
                                     "milli", "",      "kilo", "mega",  "giga",
                                     "tera",  "peta",  "exa",  "zetta", "yotta"};
 
-// The tokens "b" to "base" and the empty one mean no prefix. Names such as "kilo" are output only.
+// The tokens "b" to "base" and the empty token mean no prefix. Names such as "kilo" appear only in
+// output.
 int metric_power(token prefix) {
     if (abbreviates(prefix, "base"))
         return 0;
@@ -497,7 +505,7 @@ bool render_unit_only(renderer render, std::string& text, const types::variant& 
     return true;
 }
 
-// The text that a renderer appends to an empty string, or the failure marker.
+// Returns the text that a renderer appends to an empty string, or the failure marker.
 template <typename Render>
 strings::ustring8 text_or_marker(Render render) {
     strings::ustring8 text;
@@ -510,7 +518,7 @@ strings::ustring8 text_or_marker(Render render) {
 
 namespace detail {
 
-// The other types have no format: nothing is appended, and that is no failure.
+// The other types have no format: nothing is appended, and that is not a failure.
 bool append_value(std::string& text, message_item::type_t type, const types::variant& value,
                   const strings::ustring8& data) {
     const auto separator = data.find(data_separator);
@@ -561,8 +569,8 @@ strings::ustring8 format_duration(double seconds, const strings::ustring8& forma
         [&](std::string& text) { return render_duration(text, seconds, whole(format)); });
 }
 
-// Contract: here and below the unit is emptied before the format is read, so a caller that passes
-// one string as both gets the defaults.
+// Contract: here and below the unit is cleared before the format is read, so a caller that passes
+// the same string for both gets the defaults.
 strings::ustring8 format_memory(types::variant value, const strings::ustring8& format,
                                 strings::ustring8& unit) {
     unit.clear();

@@ -1,9 +1,9 @@
 /// @file
-/// The language of format strings: keys and values in turn, separated by the byte 0x01.
+/// The syntax of format strings: alternating keys and values, separated by the byte 0x01.
 ///
 ///     struct my_options {
 ///         int precision = 2;
-///         bool set(token key, token value) {  // false: an unknown key or an invalid value
+///         bool set(token key, token value) {  // false for an unknown key or an invalid value
 ///             if (!abbreviates(key, "precision"))
 ///                 return false;
 ///             precision = read_number(value);
@@ -13,8 +13,8 @@
 ///     my_options options;
 ///     if (!read_options(format, options)) ...  // the format string is invalid
 ///
-/// Tokens are views into the string that holds them, so reading allocates nothing. Functions
-/// without state: any number of threads may read at once.
+/// Tokens are views into the string that holds them, so reading does not allocate. Functions
+/// without state: any number of threads may call them at once.
 #pragma once
 
 #include "i18n/rendering.hpp"
@@ -36,14 +36,14 @@ struct token {
     std::size_t size;
 };
 
-/// The whole string as one token.
+/// The whole string as a single token.
 inline token whole(const std::string& text) {
     return {text.c_str(), text.size()};
 }
 
 /// Whether the token is a prefix of the word, byte for byte.
 ///
-/// Contract: every keyword may be shortened to any prefix, so the empty token matches every word.
+/// Contract: a keyword may be abbreviated to any prefix, so the empty token matches every word.
 /// Callers test their words in a fixed order, and the first match wins.
 inline bool abbreviates(token t, const char* word) {
     return t.size <= std::strlen(word) && std::memcmp(t.text, word, t.size) == 0;
@@ -73,17 +73,17 @@ inline bool read_flag(token word, bool& flag) {
     return true;
 }
 
-/// Walks a format string pair by pair. Its tokens are those of `split_string`: empty tokens in the
-/// list count, an empty tail does not.
+/// Walks a format string pair by pair. Its tokens are those of `split_string`: an empty token
+/// counts, except at the end.
 class pair_reader {
 public:
     explicit pair_reader(token format)
         : m_position(format.text), m_end(format.text + format.size) {}
 
-    /// Whether every key has a value. To be asked before the first `next`.
+    /// Whether every key has a value. Call this before the first `next`.
     ///
-    /// Contract: an odd number of tokens is invalid whatever the tokens say. An empty value at the
-    /// very end is no token, so "base" 0x01 is invalid, too.
+    /// Contract: an odd number of tokens is always invalid. An empty value at the very end is not a
+    /// token, so "base" 0x01 is invalid, too.
     bool comes_in_pairs() const {
         auto tokens = std::count(m_position, m_end, data_separator);
         if (m_position != m_end && m_end[-1] != data_separator)
@@ -91,7 +91,7 @@ public:
         return tokens % 2 == 0;
     }
 
-    /// Takes the next key and its value. False after the last pair.
+    /// Reads the next key and its value. Returns false after the last pair.
     bool next(token& key, token& value) {
         if (m_position == m_end)
             return false;
@@ -112,8 +112,8 @@ private:
     const char* m_end;
 };
 
-/// Hands each pair to `options.set(key, value)`, in order, so that a later pair overrides an
-/// earlier one. False for an odd number of tokens, and as soon as `set` refuses a pair.
+/// Passes each pair to `options.set(key, value)`, in order, so a later pair overrides an earlier
+/// one. Returns false for an odd number of tokens, and as soon as `set` rejects a pair.
 template <typename Options>
 bool read_options(token format, Options& options) {
     pair_reader pairs(format);

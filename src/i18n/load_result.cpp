@@ -5,8 +5,8 @@
 #include <ostream>
 #include <string>
 
-// The last stage of a load: the outcome of a call, made from the error of one file or, where no
-// file is involved, from a kind of its own. The wordings are part of the interface.
+// The last stage of a load: the outcome of a call. It is made from the error of a file or, if no
+// file is involved, from a separate kind of error. The messages are part of the interface.
 
 namespace TOVA_2_18 {
 namespace i18n {
@@ -18,9 +18,9 @@ namespace {
 
 const char message_front[] = "message_catalogs::result_type - ";
 
-// The two enumerations of errors side by side. The names are the same up to `file_not_found`, the
-// numbers too; after that they part. `directory_not_found` (4) and `entity_not_found` (5) are kinds
-// of the set alone: they are found before any file is read.
+// The two error enumerations side by side. Names and numbers are the same up to `file_not_found`
+// and differ after that. Only the set has `directory_not_found` (4) and `entity_not_found` (5):
+// these errors are found before any file is read.
 const struct outcome {
     xmc_file_loader::error_type of_file;
     message_catalogs::error_type of_load;
@@ -47,7 +47,7 @@ const struct outcome {
      "Unexpected error happened during loading"},
 };
 
-// A number that no enumerator has is an outcome as well.
+// A number without an enumerator is a valid outcome as well.
 outcome outcome_of(xmc_file_loader::error_type of_file) {
     for (const outcome& row : outcomes)
         if (row.of_file == of_file)
@@ -86,12 +86,12 @@ ustring8 message_catalogs::result_type::format_message(error_type kind, const us
     case xml_error:
     case invalid_xmc:
     case unexpected:
-        break;  // worded by the error of a file; with a plain string they are unknown numbers
+        break;  // the error of a file has the message; with a plain string they are unknown numbers
     }
     return detail::unknown_number(kind, text);
 }
 
-// Contract: formatting an error also takes over its kind.
+// Contract: formatting an error also adopts its kind.
 ustring8 message_catalogs::result_type::format_message(const xmc_file_loader::load_error& error) {
     type = outcome_of(error.type).of_load;
     return message_of(error);

@@ -21,7 +21,8 @@ char normalized(char c) {
     return c == '.' || c == '-' ? '_' : c;
 }
 
-// Weights are asked for once per message, so the name is compared without making a normalized copy.
+// The weight is computed for each message, so the name is compared without making a normalized
+// copy.
 bool equals_normalized(const ustring8& entry, const ustring8& name) {
     if (is_taken_as_it_is(name))
         return entry == name;
@@ -47,7 +48,7 @@ void append_wanted_locale(locale_list& list, const ustring8& wanted) {
         return;
 
     // Contract: an empty part is an entry like any other, so that "_DE" also accepts catalogs
-    // without a locale. A separator at the end starts no part. English is in the list already.
+    // without a locale. A trailing separator starts no part. English is already in the list.
     const std::vector<ustring8> parts = strings::split_string(name, ustring8("_"), 0);
     ustring8 prefix = parts.front();
     if (prefix != "en")

@@ -14,11 +14,10 @@ namespace i18n {
 
 namespace {
 
-// Reserved for each argument, in bytes. It is enough for most; a longer result grows as any string
-// does.
+// Bytes reserved for each argument. This is enough for most; a longer result grows like any string.
 const std::size_t usual_argument_size = 24;
 
-// Every type but 0 refers to an argument, reserved and unknown ones included.
+// Every type except 0 refers to an argument, including reserved and unknown types.
 bool is_argument(const message_item& item) {
     return item.type() != message_item::type_text;
 }
@@ -42,15 +41,15 @@ message_t::message_t(const message_t& other)
 
 message_t::~message_t() TOVA_NOTHROW {}
 
-// as_utf8 renders the message; all other forms convert what it returns.
+// as_utf8 renders the message; all other forms convert its result.
 std::string message_t::as_string(const generic::varg_list& args) const {
     return as_utf8(args);
 }
 
-// The items append to one string, which is reserved in advance: a usual message needs one
+// The items append to one string with capacity reserved in advance: a typical message needs one
 // allocation.
 //
-// Contract: the numbers of arguments and items are not compared. A missing argument shows as
+// Contract: the numbers of arguments and items are not compared. A missing argument is shown as
 // "?invalid?" in its place, and the rest of the message is rendered.
 strings::ustring8 message_t::as_utf8(const generic::varg_list& args) const {
     std::size_t size = 0;
@@ -93,9 +92,9 @@ unsigned long message_t::size() const {
 }
 
 generic::varg_list message_t::arguments() const {
-    // The same list as from `push_back` with name and value, in less than quadratic time: that one
-    // searches the whole list for each item. A set finds the repeated names instead, and the name
-    // is assigned to the entry afterwards. Entries without a name never count as repeated.
+    // This builds the same list as `push_back` with name and value would, but avoids its quadratic
+    // time: `push_back` searches the whole list for each name. Here a set finds repeated names, and
+    // the name is assigned to the entry afterwards. Entries without a name never count as repeated.
     generic::varg_list result;
     std::set<strings::ustring8> names;
     const generic::argument unnamed;
@@ -112,8 +111,8 @@ generic::varg_list message_t::arguments() const {
 }
 
 // Contract: an empty message is never valid, and the list must have an entry for each item, so two
-// items with one argument need two entries. Reserved types need their argument, too, although they
-// never show it.
+// items that use the same argument need two entries. Reserved types require their argument, too,
+// although they never show it.
 bool message_t::has_valid_args(const generic::varg_list& args) const {
     if (m_items.empty() || args.count() < argument_count())
         return false;
@@ -199,7 +198,7 @@ bool message_t::operator==(const types::nil_t& nil) const {
     return equal(nil);
 }
 
-// The locale is ignored here as well: a message that nil was assigned to compares equal to nil.
+// The locale is ignored here as well: a message compares equal to nil after nil is assigned to it.
 bool message_t::equal(const types::nil_t&) const {
     return m_items.empty() && m_name.empty() && m_meta.empty();
 }

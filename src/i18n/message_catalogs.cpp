@@ -9,12 +9,12 @@
 
 // The published operations of the catalog set. Loads go one way:
 //
-//     catalog_loading   find the files of a path, a list or a directory
+//     catalog_loading   find the files for a path, a list or a directory
 //     xmc_file_loader   read and interpret each file, merge it into the set
-//     load_result       report: the kind and the message that the caller gets
+//     load_result       report: the kind and the message returned to the caller
 //
 // Lookups search the map of catalogs and return one of the two static nil objects if they find
-// nothing. Loads alone add entries to the map, so none of its pointers is empty unless a caller
+// nothing. Only loads add entries to the map, so none of its pointers is empty unless a caller
 // empties one through `begin()`.
 
 namespace TOVA_2_18 {
@@ -73,7 +73,7 @@ message_catalogs& message_catalogs::operator=(const message_catalogs& other) {
     return assign(other);
 }
 
-// Contract: the resolve container stays with each set.
+// Contract: each set keeps its own resolve container.
 message_catalogs& message_catalogs::assign(const message_catalogs& other) {
     m_catalogs = other.m_catalogs;
     return *this;
@@ -314,8 +314,8 @@ bool message_catalogs::has_catalog(const ustring32& name) const {
 bool message_catalogs::has_catalog(const ustring8& name, const ustring8& locale) const {
     if (locale.empty())
         return false;
-    // Contract: the locales of a catalog are stored as its files write them, so one that was
-    // written with "-" or "." is never found, except for "." alone.
+    // Contract: the locales of a catalog are stored as spelled in its files, so a locale spelled
+    // with "-" or "." is never found, except for "." by itself.
     const ustring8 wanted = detail::normalized_locale(locale);
     const catalog_t& found = catalog(name);
     return std::find(found.languages_begin(), found.languages_end(), wanted) !=

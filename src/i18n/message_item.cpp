@@ -9,21 +9,21 @@ namespace {
 
 const char invalid_text[] = "?invalid?";
 
-// The name that an argument is looked up by: the data up to the first separator.
+// The name used to look up an argument: the data up to the first separator.
 strings::ustring8 name_in(const strings::ustring8& data) {
     return strings::ustring8(data, 0, data.find(detail::data_separator));
 }
 
-// The value of the argument that the data names, or null. Most items have no attributes, and then
-// the data is the name and no copy is made of it.
+// The value of the argument that the data names, or null. Most items have no attributes; the data
+// is then the name and isn't copied.
 const types::variant* find_value(const generic::varg_list& args, const strings::ustring8& data) {
     const auto separator = data.find(detail::data_separator);
     const auto found = separator == std::string::npos ? args.find(data) : args.find(name_in(data));
     return found == args.end() ? nullptr : &found->value();
 }
 
-// Appends the formatted value. False, with nothing appended, for an invalid format string and for a
-// text that reads like the failure marker.
+// Appends the formatted value. Returns false and appends nothing for an invalid format string and
+// for a result that reads like the failure marker.
 bool append_valid_value(std::string& text, message_item::type_t type, const types::variant& value,
                         const strings::ustring8& data) {
     const auto begin = text.size();
@@ -39,7 +39,7 @@ bool append_valid_value(std::string& text, message_item::type_t type, const type
 
 namespace detail {
 
-// Each case returns once it has appended something; all that breaks or falls out is invalid.
+// A case returns once it has appended something; anything that leaves the switch is invalid.
 void append_item(std::string& text, message_item::type_t type, const strings::ustring8& data,
                  const generic::varg_list& args) {
     const types::variant* value = nullptr;
@@ -48,7 +48,7 @@ void append_item(std::string& text, message_item::type_t type, const strings::us
         text += data;
         return;
     case message_item::type_string:
-        // The value's own string, even if it reads "-0". Attributes are ignored.
+        // The value's own string, even if it is "-0". Attributes are ignored.
         value = find_value(args, data);
         if (value != nullptr) {
             text += value->as_string();
@@ -67,7 +67,7 @@ void append_item(std::string& text, message_item::type_t type, const strings::us
             return;
         break;
     default:
-        // Contract: reserved types and numbers above the last type show as invalid even if the
+        // Contract: reserved types and numbers above the last type are shown as invalid even if the
         // argument is present.
         break;
     }

@@ -1,9 +1,8 @@
 /// @file
-/// What message items, messages and value formatting share.
+/// Declarations shared by message items, messages and value formatting.
 ///
-/// Everything appends to a string of the caller, so a message is rendered into one string without a
-/// temporary for each of its items. Free functions without state: any number of threads may render
-/// at once.
+/// All functions append to the caller's string, so a message is rendered into one string without a
+/// temporary for each item. Free functions without state: any number of threads may render at once.
 #pragma once
 
 #include <tova/generic/varg_list.hpp>
@@ -20,15 +19,15 @@ namespace detail {
 /// Separates the name and the tokens of the format string in an item's data.
 const char data_separator = '\x01';
 
-/// What the published functions return for an invalid format string, and for an integer that
+/// Returned by the published functions for an invalid format string, and for an integer that
 /// doesn't fit its field.
 ///
 /// Contract: a value whose text happens to be the same ("-0", from -0.3 without decimals) cannot be
-/// told from it, so an item shows both as "?invalid?".
+/// distinguished from it, so an item shows both as "?invalid?".
 const char failure_marker[] = "-0";
 
-/// Appends the text that `format_value` returns. On failure nothing is appended and the result is
-/// false, so the caller decides what to show.
+/// Appends the text that `format_value` returns. On failure it appends nothing and returns false,
+/// so the caller decides what to show.
 bool append_value(std::string& text, message_item::type_t type, const types::variant& value,
                   const strings::ustring8& data);
 

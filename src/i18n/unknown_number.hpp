@@ -1,8 +1,9 @@
 /// @file
-/// The line that an error gets if its number has no wording of its own.
+/// The message of an error whose number has no message of its own.
 ///
-/// The loader and the catalog set render their errors by number, and both are handed numbers that
-/// their enumerations don't have. A plain function: threads need no lock of ours.
+/// The loader and the catalog set render their errors by number, and both may receive numbers that
+/// their enumerations don't have. A plain function without state: any number of threads may call
+/// it.
 #pragma once
 
 #include <tova/strings/ustring.hpp>
@@ -14,8 +15,7 @@ namespace TOVA_2_18 {
 namespace i18n {
 namespace detail {
 
-// Contract: the wording, the name of the enumeration as the compiler mangles it included, is part
-// of the interface.
+// Contract: the message is part of the interface, including the mangled name of the enumeration.
 template <typename Enumeration>
 std::string unknown_number(Enumeration number, const strings::ustring8& text) {
     return std::string("unknown, or unhandle case happened! < ") + typeid(Enumeration).name() +

@@ -6,13 +6,13 @@
 #include "i18n/_private/xmc_reader.hpp"
 #include "i18n/locale_list.hpp"
 
-// The published operations of the loader. Each is a short call of one stage:
+// The published operations of the loader. Each one forwards to a stage:
 //
 //     locale_list     which locales are wanted, and their weights
 //     xmc_source      read: the bytes of a file
 //     xmc_grammar     interpret: what its tokens say
 //     xmc_merge       merge: which translation of a message is kept
-//     xmc_reader      takes one file through these stages, and the files that it includes
+//     xmc_reader      runs these stages for one file and the files that it includes
 //     xmc_load_error  report: the error of a file and its wording
 //
 // Stages call downward only, and no stage calls an operation of the loader.
@@ -25,7 +25,7 @@ using detail::token_cursor;
 using strings::ustring8;
 using load_error = xmc_file_loader::load_error;
 
-// A reader that works on the fields of a loader.
+// A reader that operates on the fields of a loader.
 class __attribute__((visibility("hidden"))) xmc_file_loader::reader : public detail::xmc_reader {
 public:
     explicit reader(xmc_file_loader& loader)
@@ -44,8 +44,8 @@ load_error xmc_file_loader::parse(const ustring8& file, const ustring8& lang) {
     return parse_file(file);
 }
 
-// Contract: the locale list gets "." and "en" a second time, from the third form. The first of two
-// equal entries is the one whose place counts.
+// Contract: the third form appends "." and "en" to the locale list a second time. Of two equal
+// entries, the position of the first counts.
 load_error xmc_file_loader::parse(const ustring8& file, const ustring8& lang,
                                   const ustring8& catalog_id) {
     m_catalog_id = catalog_id;

@@ -8,14 +8,14 @@
 //
 //     xmc       read_header                        (the driver walks its children)
 //     catalog   read_catalog_tag, read_messages or skip_messages, read_catalog_end
-//     msg       read_message, with message_content for what is between the tags
+//     msg       read_message, with message_content for the content between the tags
 //     arg, br   read_argument, message_content::take_line_break
 //     include   read_include
 //
 // The tokens of an element are its start, its attributes as pairs of name and value, the end of the
-// start tag, its content and its end. XML is well-formed by the time the tokens are walked, so ends
-// match their starts; the tests for them find content where there may be none. Since the walk also
-// serves token lists that end anywhere, each step forward tests for the end.
+// start tag, its content and its end. The XML is known to be well-formed by the time the tokens are
+// walked, so ends match their starts; the tests for an end detect content where none is allowed.
+// Since a token list may also stop anywhere, every step forward tests for its end.
 
 namespace TOVA_2_18 {
 namespace i18n {
@@ -50,9 +50,9 @@ void require_element(const token_cursor& cursor, const char* name) {
 
 void ignore_attribute(const ustring8&) {}
 
-// From the start of an element to after the end of its start tag. `take(name, value)` gets each
-// attribute. `other(text)` gets any other token: a comment that follows the `>` directly, which the
-// token stream puts before the end of the start tag.
+// Moves from the start of an element to just after the end of its start tag. Calls `take(name,
+// value)` for each attribute and `other(text)` for any other token: a comment that directly follows
+// the `>`, which the token stream puts before the end of the start tag.
 template <typename Take, typename Other>
 void read_start_tag(token_cursor& cursor, Take take, Other other) {
     step(cursor);
@@ -74,13 +74,14 @@ bool is_at_argument(const token_cursor& cursor) {
            cursor.is_at(token::element_start, "arg");
 }
 
-// What is between the tags of one message: text is collected until an argument or the end turns it
-// into an item.
+// The content between the tags of one message: text is collected until an argument or the end turns
+// it into an item.
 class message_content {
 public:
     explicit message_content(const ustring8& key) : m_key(key), m_follows_argument(false) {}
 
-    // Takes the piece at the cursor and leaves the cursor at the next one. There must be a token.
+    // Consumes the piece at the cursor and leaves the cursor at the next one. There must be a
+    // token.
     void take(token_cursor& cursor) {
         const bool follows_argument = m_follows_argument;
         m_follows_argument = false;
@@ -121,9 +122,9 @@ private:
         }
     }
 
-    // Contract: a run of whitespace is one space. Where a text item would begin with it, it is
-    // dropped, unless the token directly before it is an argument. A comment between the argument
-    // and the whitespace is such a token, so the space is lost then.
+    // Contract: a run of whitespace is one space. At the start of a text item it is dropped, unless
+    // the token directly before it is an argument. If a comment is between the argument and the
+    // whitespace, the space is dropped, too.
     void take_space(bool follows_argument) {
         if (m_text.empty() ? follows_argument : m_text.back() != ' ')
             m_text += ' ';
@@ -148,8 +149,8 @@ private:
     bool m_follows_argument;
 };
 
-// Contract: any token whose value is "msg" ends the message, whether it is a text, a comment or the
-// start of another element. The catalog then finds content where its own end should be.
+// Contract: any token whose value is "msg" ends the message, even a text, a comment or the start of
+// another element. The catalog then finds content where its own end should be.
 bool is_at_message_end(const token_cursor& cursor) {
     return cursor.type() == token::element_end || cursor.value() == "msg";
 }
@@ -175,8 +176,8 @@ void read_header(token_cursor& cursor) {
     if (cursor.value() != "1.0" && cursor.value() != "1.1")
         throw load_error(xmc_file_loader::bad_version, cursor.value());
 
-    // Contract: the token after the version is taken for the end of the start tag without a look. A
-    // second attribute, or a comment, leaves the real end to the caller, who finds no element
+    // Contract: the token after the version is assumed to be the end of the start tag. After a
+    // second attribute or a comment, the real end is left to the caller, which finds no element
     // there.
     cursor.next();
     if (!cursor.at_end())
@@ -198,7 +199,8 @@ catalog_tag read_catalog_tag(token_cursor& cursor) {
     return tag;
 }
 
-// Contract: the errors of a message name the catalog. Tokens that end between two messages don't.
+// Contract: errors in a message name the catalog. If the tokens end between two messages, the error
+// doesn't.
 void read_messages(token_cursor& cursor, const catalog_tag& catalog,
                    const std::function<void(const message_t&)>& take) {
     skip_ignorable(cursor);
@@ -216,8 +218,8 @@ void read_messages(token_cursor& cursor, const catalog_tag& catalog,
     require_token(cursor);
 }
 
-// Contract: the messages of a catalog that isn't wanted are not examined, so that their errors are
-// found only by those who want them.
+// Contract: the messages of a catalog that isn't wanted are not examined, so their errors show up
+// only when that catalog is loaded.
 void skip_messages(token_cursor& cursor) {
     while (!cursor.at_end() && !cursor.is_at(token::element_end, "catalog"))
         cursor.next();
@@ -272,7 +274,7 @@ message_item read_argument(token_cursor& cursor) {
     ustring8 data;
     const auto take = [&type, &name, &data](const ustring8& attribute, const ustring8& value) {
         if (attribute == "name") {
-            // Contract: the name replaces the data, and attributes before it are lost.
+            // Contract: the name replaces the data, so attributes before it are lost.
             name = value;
             data = value;
         } else if (attribute == "type") {

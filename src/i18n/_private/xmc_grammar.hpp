@@ -1,10 +1,10 @@
 /// @file
 /// The second stage of a load: what the tokens of an XMC file say.
 ///
-/// The grammar knows tokens alone. It knows no files, no wanted locale, and nothing of what else
-/// was read; whoever drives it decides what to keep. Each function starts at the token named below
-/// and leaves the cursor after the last token that it used. Invalid input is thrown as a
-/// `load_error`, and so are tokens that end too early (kind 14).
+/// The grammar knows only tokens. It knows nothing about files, the requested locale or what else
+/// was read; its caller decides what to keep. Each function starts at the token named below and
+/// leaves the cursor after the last token that it used. Invalid input is thrown as a `load_error`,
+/// and so are tokens that end too early (kind 14).
 ///
 /// Functions without state: two threads may walk two files.
 #pragma once
@@ -21,28 +21,29 @@ namespace TOVA_2_18 {
 namespace i18n {
 namespace detail {
 
-// The attributes of a `catalog` element. A missing one is empty.
+// The attributes of a `catalog` element. A missing attribute is empty.
 struct catalog_tag {
     strings::ustring8 name;
     strings::ustring8 locale;
 };
 
-// Steps over comments, whitespace and text. Never fails.
+// Skips comments, whitespace and text. Never fails.
 void skip_ignorable(token_cursor& cursor);
 
 // The `xmc` element, from its start to the end of its start tag.
 void read_header(token_cursor& cursor);
 
-// A `catalog` element in three pieces: its start tag, then its messages, read or skipped, then its
-// end. `take` gets each message in order, with the locale of its catalog as the file writes it.
+// A `catalog` element in three steps: its start tag, then its messages, read or skipped, then its
+// end. `take` is called for each message in order, with the locale of its catalog as spelled in the
+// file.
 catalog_tag read_catalog_tag(token_cursor& cursor);
 void read_messages(token_cursor& cursor, const catalog_tag& catalog,
                    const std::function<void(const message_t&)>& take);
 void skip_messages(token_cursor& cursor);
 void read_catalog_end(token_cursor& cursor, const catalog_tag& catalog);
 
-// A whole `include` element. `take` gets the value of each `file` attribute at the moment when it
-// is met, before the tokens after it are looked at.
+// A whole `include` element. `take` is called with the value of each `file` attribute as soon as it
+// is read, before the tokens after it are examined.
 void read_include(token_cursor& cursor,
                   const std::function<void(const strings::ustring8& file)>& take);
 
@@ -52,8 +53,8 @@ message_t read_message(token_cursor& cursor);
 // A whole `arg` or `argument` element.
 message_item read_argument(token_cursor& cursor);
 
-// The item type for the word of a `type` attribute, in any letter case; `type_string` for a word
-// that isn't known. Never fails.
+// The item type for the value of a `type` attribute, in any letter case; `type_string` for an
+// unknown word. Never fails.
 message_item::type_t item_type(const strings::ustring8& word);
 
 }  // namespace detail

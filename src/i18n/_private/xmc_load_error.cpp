@@ -4,7 +4,7 @@
 
 #include <string>
 
-// The error of one file, and its wording. The wordings are part of the interface, misspellings
+// The error of one file, and its message. The messages are part of the interface, misspellings
 // included.
 
 namespace TOVA_2_18 {
@@ -23,8 +23,8 @@ std::string quoted(const char* before, const ustring8& text, const char* after =
     return std::string(before) + '"' + text + '"' + after;
 }
 
-// The wording of an XML error, without the front and the line number that all of them share. Empty
-// if there is no error, or an unknown one.
+// The message of an XML error, without the prefix and the line number that all of them share. Empty
+// if there is no error or if the error is unknown.
 std::string xml_wording(const xml_parser::parse_error& error) {
     switch (error.type) {
     case xml_parser::parse_error::no_error:
@@ -78,7 +78,7 @@ ustring8 xmc_file_loader::load_error::format_msg(error_type kind, const ustring8
     case file_not_found:
         return front + quoted("File ", text, " was not found on disk");
     case xml_error:
-        break;  // worded by its parse_error; with a plain string it is an unknown number
+        break;  // its parse_error has the message; with a plain string it is an unknown number
     case invalid_attribute:
         return front + quoted("Invalid attibute ", text);
     case invalid_element:

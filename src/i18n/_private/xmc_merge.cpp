@@ -12,7 +12,7 @@ using strings::ustring8;
 
 namespace {
 
-// The mark makes the catalog one of the heap, which its last holder deletes.
+// The heap mark lets the last holder delete the catalog.
 catalog_t* new_catalog() {
     catalog_t* const catalog = new catalog_t;
     catalog->allocated = true;
@@ -34,7 +34,7 @@ catalog_t& find_or_add(catalog_set& set, const ustring8& name) {
 
 void keep_message(read_catalogs& catalogs, const locale_list& locales, const ustring8& catalog,
                   const message_t& message, unsigned int weight) {
-    // Locales are ranked only if there is something to compare: most keys occur once.
+    // Locales are ranked only when there are two to compare: most keys occur once.
     message_t& entry = catalogs[catalog][message.name()];
     if (entry == types::nil || locale_weight(locales, entry._orginal_locale()) < weight)
         entry = message;
@@ -47,14 +47,14 @@ unsigned long merge_catalogs(catalog_set& target, const read_catalogs& read,
         catalog_t& catalog = find_or_add(target, source.first);
         catalog._name(source.first);
         for (const auto& keyed : source.second) {
-            // Contract: both locales are ranked by the list of this load, even that of a message
-            // which an earlier load for another locale stored.
+            // Contract: both locales are ranked by the list of this load, even if the stored
+            // message comes from an earlier load for another locale.
             const message_t& present = catalog.message(keyed.first);
             const message_t& offered = keyed.second;
             if (!(present == types::nil) && locale_weight(locales, present._orginal_locale()) >
                                                 locale_weight(locales, offered._orginal_locale()))
                 continue;
-            // Contract: on a tie the message that is loaded later wins, unlike within one load.
+            // Contract: on a tie the message loaded later wins, unlike within one load.
             catalog.message(keyed.first, offered);
             ++stored;
         }

@@ -1,10 +1,10 @@
 /// @file
 /// The third stage of a load: which of several translations of a message is kept.
 ///
-/// Two rules that differ on a tie. Within one load the first of two equals stays; between loads the
-/// later one wins, so that a program can load a file over another.
+/// There are two rules, which differ on a tie. Within one load the first of two equally ranked
+/// translations is kept; between loads the later one wins, so that one file can override another.
 ///
-/// Functions without state of their own: the catalogs that they change belong to one thread.
+/// The functions keep no state of their own; the catalogs that they change belong to one thread.
 #pragma once
 
 #include "i18n/locale_list.hpp"
@@ -19,19 +19,19 @@ namespace TOVA_2_18 {
 namespace i18n {
 namespace detail {
 
-// What one load has read: messages by catalog name and key.
+// The messages that one load has read, by catalog name and key.
 using read_catalogs = std::map<strings::ustring8, std::map<strings::ustring8, message_t>>;
 
-// A set of catalogs, by name.
+// A set of catalogs by name.
 using catalog_set = std::map<strings::ustring8, memory::pointers::shared_pointer<catalog_t>>;
 
-// Stores a message, whose locale has that weight, unless the one stored under its key weighs as
-// much or more. A stored message that is nil gives way whatever it weighs.
+// Stores a message whose locale has that weight, unless the message already stored under its key
+// has the same weight or more. A stored nil message is replaced whatever its weight.
 void keep_message(read_catalogs& catalogs, const locale_list& locales,
                   const strings::ustring8& catalog, const message_t& message, unsigned int weight);
 
 // Merges what was read into a set and returns the number of messages stored. A message of the set
-// stays only if its locale, ranked by this list, weighs more than the new one's. Throws
+// is kept only if its locale, ranked by this list, weighs more than the new one's. Throws
 // "unreferanced object" as a `char const*` for an entry of the set with an empty pointer.
 unsigned long merge_catalogs(catalog_set& target, const read_catalogs& read,
                              const locale_list& locales);

@@ -14,14 +14,14 @@ using strings::ustring8;
 using load_error = xmc_reader::load_error;
 using token = token_cursor::token;
 
-// The order of work in a file is the order of its elements: an include is read when it is met, so a
-// message before it is kept first and wins a tie, and an error after it is found later. Messages go
-// into the state of the load at once. After an error they stay there; it is for the caller not to
+// Elements are processed in the order of the file: an include is read where it appears, so a
+// message before it is stored first and wins a tie, and an error after it is found later. Messages
+// go into the state of the load at once. After an error they stay there, and the caller must not
 // merge them.
 //
-// Errors travel up by exceptions, from the grammar to `read_bytes`, and gather a line at each
-// level. For an included file the result of `read_bytes` is thrown again by the file that includes
-// it, so that both files are named.
+// Errors propagate as exceptions from the grammar to `read_bytes`, and each level adds a line. For
+// an included file, the including file rethrows the result of `read_bytes`, so that both files are
+// named.
 
 namespace {
 
@@ -36,8 +36,8 @@ load_error in_file(load_error error, const ustring8& path) {
     return error;
 }
 
-// Contract: both separators count on every platform, and so does a drive letter, so that one
-// catalog serves programs on all of them. The name isn't empty.
+// Contract: both separators and a drive letter are recognized on every platform, so that one
+// catalog works for programs on all of them. The name isn't empty.
 bool is_used_as_written(const ustring8& file) {
     return file[0] == '/' || file[0] == '\\' || (file.size() >= 3 && file[1] == ':');
 }
@@ -95,11 +95,11 @@ load_error xmc_reader::read_root(token_cursor& cursor, const ustring8& path) con
         is_anything_read = true;
     }
 
-    // What follows the end of the root is not looked at.
+    // Anything after the end of the root is ignored.
     if (!cursor.at_end() && !cursor.is_at(token::element_end, "xmc"))
         throw load_error(xmc_file_loader::invalid_element, cursor.value());
-    // Contract: a catalog that was skipped counts as read. A root with nothing in it is valid, so
-    // its error is returned rather than thrown and gets no line for the file.
+    // Contract: a skipped catalog counts as read. An empty root is valid, so its error is returned
+    // rather than thrown and gets no line for the file.
     return is_anything_read ? load_error(xmc_file_loader::no_error, "")
                             : load_error(xmc_file_loader::no_catalog, path);
 }
@@ -125,7 +125,7 @@ void xmc_reader::read_included_file(const ustring8& name) const {
     if (name.empty())
         throw load_error(xmc_file_loader::file_not_found, "");
 
-    // Contract: the base directory is restored only after a success. An error ends the whole load.
+    // Contract: the base directory is restored only on success. An error ends the whole load.
     const ustring8 base_directory = m_state.base_directory;
     const ustring8 path = is_used_as_written(name) ? name : base_directory + name;
     const load_error result = read_file(path);

@@ -1,5 +1,5 @@
 /// @file
-/// The way of one file through a load: read its bytes, interpret its tokens, keep its messages.
+/// Takes one file through a load: reads its bytes, interprets its tokens, keeps its messages.
 ///
 /// A reader lives on the stack while its file, and the files that it includes, are read. It belongs
 /// to one thread.
@@ -20,25 +20,25 @@ namespace detail {
 struct load_state {
     const locale_list& locales;
     read_catalogs& catalogs;
-    strings::ustring8& base_directory;    // of the file being read, with its final separator
-    const strings::ustring8& catalog_id;  // the only catalog to read; all of them if it is empty
+    strings::ustring8& base_directory;    // directory of this file, with its final separator
+    const strings::ustring8& catalog_id;  // the only catalog to read; empty for all of them
 };
 
 class xmc_reader {
 public:
     using load_error = _private::xmc_file_loader::load_error;
 
-    // A reader for the tokens of a file. The source is null if they don't come from disk.
+    // A reader for the tokens of a file. The source is null if the bytes don't come from disk.
     explicit xmc_reader(const load_state& state, const xmc_source* source = nullptr)
         : m_state(state), m_source(source) {}
 
-    // Reads another file from disk, which the source includes. Errors are returned.
+    // Reads another file, which the source includes, from disk. Errors are returned.
     load_error read_file(const strings::ustring8& path) const;
 
-    // Reads the bytes of the file; the path is only named in messages. Errors are returned.
+    // Reads the bytes of the file; the path only appears in messages. Errors are returned.
     load_error read_bytes(const strings::ustring8& bytes, const strings::ustring8& path) const;
 
-    // The children of the root, each from its start. Errors are thrown.
+    // Read the children of the root, each from its start. Errors are thrown.
     void keep_catalog(token_cursor& cursor) const;
     void follow_include(token_cursor& cursor) const;
 

@@ -36,9 +36,9 @@ xmc_source::xmc_source(const ustring8& path, const xmc_source* includer)
     m_exists = !S_ISLNK(m_status.st_mode) || ::stat(path.c_str(), &target) == 0;
 }
 
-// The same file in the same directory includes the same files again, without end. A file that is
-// linked into two directories is two files here, since its relative includes lead elsewhere. A
-// symbolic link is never found: it reads as empty and includes nothing.
+// The same file in the same directory would include the same files again, without end. A file that
+// is hard-linked into two directories counts as two files, since its relative includes resolve
+// differently. A symbolic link is never found here: it reads as empty and includes nothing.
 bool xmc_source::is_included_by_itself() const {
     for (const xmc_source* outer = m_includer; outer != nullptr; outer = outer->m_includer)
         if (is_same(m_status, outer->m_status) &&
@@ -52,11 +52,11 @@ ustring8 xmc_source::directory() const {
     return separator == ustring8::npos ? ustring8("./") : ustring8(m_path, 0, separator + 1);
 }
 
-// Contract: the NUL byte is part of what is parsed, so that the last token of a file is often a
-// piece of text that holds it, and an XML error at the end may quote it.
+// Contract: the NUL byte is part of the parsed text, so the last token of a file is often a piece
+// of text that contains it, and an XML error at the end may quote it.
 //
-// Contract: whether the file could be read is not looked at. A symbolic link, a directory or a file
-// without permission leaves the NUL byte alone, and it is the XML declaration that is missing then.
+// Contract: there is no check whether the file could be read. For a symbolic link, a directory or
+// an unreadable file only the NUL byte is parsed, and the error is the missing XML declaration.
 ustring8 xmc_source::read() const {
     ustring8 bytes;
     if (m_status.st_size < largest_file)
