@@ -1,10 +1,11 @@
 // Catalogs from disk, and messages by their keys.
 //
 // load: a file in five languages, of which the wanted one is kept with its fallbacks. The XML
-// libraries parse the same file and keep no messages; gettext maps a binary catalog of the wanted
-// language alone and looks up one message.
-// lookup: every message once, in another order than that of the file.
+// libraries parse the same file and keep no messages, but for pugixml_map, which puts those of the
+// wanted language and of English into a map of strings. The floor reads the file and copies the
+// loaded catalog. lookup: every message once, in another order than that of the file.
 #include <tova/i18n/message_catalogs.hpp>
+#include <tova/system/files.hpp>
 
 #include "scratch_folder.hpp"
 
@@ -120,6 +121,20 @@ void tova_load(benchmark::State& state, const catalog_file& file) {
     count_bytes(state, file);
 }
 
+void floor_load(benchmark::State& state, const catalog_file& file) {
+    message_catalogs catalogs;
+    catalogs.load_file(ustring8(file.path), "de_DE");
+    const tova::i18n::catalog_t& loaded = catalogs.catalog(ustring8("app"));
+    for (auto _ : state) {
+        ustring8 text;
+        tova::system::load_file(ustring8(file.path), text);
+        const tova::i18n::catalog_t copy(loaded);
+        benchmark::DoNotOptimize(text.data());
+        benchmark::DoNotOptimize(&copy);
+    }
+    count_bytes(state, file);
+}
+
 #ifdef HAVE_EXPAT
 void expat_load(benchmark::State& state, const catalog_file& file) {
     for (auto _ : state) {
@@ -165,6 +180,39 @@ void pugixml_load(benchmark::State& state, const catalog_file& file) {
     }
     count_bytes(state, file);
 }
+
+// The messages of the wanted language, or of English where it has none, as strings. Each argument
+// is its name after a '%'.
+void pugixml_map_load(benchmark::State& state, const catalog_file& file) {
+    for (auto _ : state) {
+        pugi::xml_document document;
+        document.load_file(file.path.c_str(), pugi::parse_default | pugi::parse_ws_pcdata);
+        std::map<std::string, std::pair<int, std::string>> messages;
+        for (const pugi::xml_node& catalog : document.child("xmc").children("catalog")) {
+            const std::string language = catalog.attribute("lang").value();
+            const int weight = language == "de" ? 2 : language == "en" ? 1 : 0;
+            if (weight == 0)
+                continue;
+            for (const pugi::xml_node& message : catalog.children("msg")) {
+                auto& kept = messages[message.attribute("name").value()];
+                if (kept.first > weight)
+                    continue;
+                kept.first = weight;
+                std::string& text = kept.second;
+                text.clear();
+                for (const pugi::xml_node& part : message.children()) {
+                    if (part.type() == pugi::node_pcdata)
+                        text += part.value();
+                    else
+                        text.append("%").append(part.attribute("name").value());
+                }
+            }
+        }
+        if (messages.size() != file.keys.size())
+            state.SkipWithError("not loaded");
+    }
+    count_bytes(state, file);
+}
 #endif
 
 #ifdef HAVE_GETTEXT
@@ -183,20 +231,6 @@ bool bind_gettext(const catalog_file& file, const char* domain) {
     const std::string path = bench_support::make_gettext_folders(folder, "de", domain);
     return ::link((file.path + ".mo").c_str(), path.c_str()) == 0 &&
            ::bindtextdomain(domain, folder.c_str()) != nullptr;
-}
-
-void gettext_load(benchmark::State& state, const catalog_file& file) {
-    const char* const key = file.keys.front().c_str();
-    for (auto _ : state) {
-        state.PauseTiming();
-        const bool is_bound = bind_gettext(file, "app");
-        state.ResumeTiming();
-        if (!is_bound || ::dgettext("app", key) == key) {
-            state.SkipWithError("not loaded");
-            break;
-        }
-    }
-    count_bytes(state, file);
 }
 
 void gettext_lookup(benchmark::State& state, const catalog_file& file) {
@@ -223,18 +257,13 @@ void tova_lookup(benchmark::State& state, const catalog_file& file) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(file.keys.size()));
 }
 
-// gettext keeps what it loads until the process ends and slows down with each load, so it gets a
-// fixed number of iterations.
 void add(const std::string& operation, const std::string& library,
-         void (*run)(benchmark::State&, const catalog_file&), int iterations = 0) {
+         void (*run)(benchmark::State&, const catalog_file&)) {
     const auto unit = operation == "load" ? benchmark::kMillisecond : benchmark::kMicrosecond;
     const auto one = [&](const std::string& size, const catalog_file& (*file)()) {
-        auto* const added =
-            benchmark::RegisterBenchmark((operation + "/" + size + "/" + library).c_str(),
-                                         [=](benchmark::State& state) { run(state, file()); });
-        added->Unit(unit);
-        if (iterations != 0)
-            added->Iterations(iterations);
+        benchmark::RegisterBenchmark((operation + "/" + size + "/" + library).c_str(),
+                                     [=](benchmark::State& state) { run(state, file()); })
+            ->Unit(unit);
     };
     one("1MB", small_file);
     one("20MB", large_file);
@@ -243,6 +272,7 @@ void add(const std::string& operation, const std::string& library,
 const bool is_registered = [] {
     scratch();
     add("load", "tova", tova_load);
+    add("load", "floor", floor_load);
 #ifdef HAVE_EXPAT
     add("load", "expat", expat_load);
 #endif
@@ -251,10 +281,10 @@ const bool is_registered = [] {
 #endif
 #ifdef HAVE_PUGIXML
     add("load", "pugixml", pugixml_load);
+    add("load", "pugixml_map", pugixml_map_load);
 #endif
     add("lookup", "tova", tova_lookup);
 #ifdef HAVE_GETTEXT
-    add("load", "gettext", gettext_load, 20);
     add("lookup", "gettext", gettext_lookup);
 #endif
     return true;

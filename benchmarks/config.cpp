@@ -5,11 +5,13 @@
 // lookup: keys of 1 to 6 segments. Ours go through a manager with three sources, of which the
 // second has the key, and so do those of Poco. The others look into one tree or map. copy: the
 // 10,000 loaded entries once more, independent of the first. command_line: twenty options, eight of
-// them with values.
+// them with values. The floors: reading the file and copying the loaded entries, copying the value
+// that was found, and copying the twenty options.
 #include <tova/config/commandline_item.hpp>
 #include <tova/config/config_manager.hpp>
 #include <tova/config/file_item.hpp>
 #include <tova/config/std_config_dispatch.hpp>
+#include <tova/system/files.hpp>
 
 #include "scratch_folder.hpp"
 
@@ -36,6 +38,9 @@
 #include <Poco/Util/IniFileConfiguration.h>
 #include <Poco/Util/LayeredConfiguration.h>
 #include <Poco/Util/MapConfiguration.h>
+#include <Poco/Util/Option.h>
+#include <Poco/Util/OptionProcessor.h>
+#include <Poco/Util/OptionSet.h>
 #endif
 #ifdef HAVE_QT6
 #include <QSettings>
@@ -109,6 +114,26 @@ void load_tova(benchmark::State& state) {
 }
 BENCHMARK(load_tova)->Name("load/10000_entries/tova");
 
+void load_floor(benchmark::State& state) {
+    const ustring8 name = files().plain();
+    file_item item(name);
+    item.load();
+    for (auto _ : state) {
+        ustring8 text;
+        tova::system::load_file(name, text);
+        const file_item copy(item);
+        benchmark::DoNotOptimize(text.data());
+        benchmark::DoNotOptimize(&copy);
+    }
+}
+BENCHMARK(load_floor)->Name("load/10000_entries/floor");
+
+void lookup_floor(benchmark::State& state, int) {
+    const variant value("value");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(variant(value));
+}
+
 void lookup_tova(benchmark::State& state, int depth) {
     const char* const arguments[] = {"tool", "-verbose", "-port=80", nullptr};
     const char* const environment[] = {"HOME=/root", "LANG=C", nullptr};
@@ -153,6 +178,17 @@ void command_line_tova(benchmark::State& state) {
     }
 }
 BENCHMARK(command_line_tova)->Name("command_line/20_options/tova");
+
+void command_line_floor(benchmark::State& state) {
+    const auto& arguments = command_line();
+    commandline_item item(static_cast<unsigned>(arguments.size() - 1), arguments.data());
+    item.load();
+    for (auto _ : state) {
+        const commandline_item copy(item);
+        benchmark::DoNotOptimize(&copy);
+    }
+}
+BENCHMARK(command_line_floor)->Name("command_line/20_options/floor");
 
 // One benchmark for each depth, with the same names for each library.
 void register_lookups(const char* library, void (*function)(benchmark::State&, int)) {
@@ -280,6 +316,33 @@ void lookup_poco(benchmark::State& state, int depth) {
     for (auto _ : state)
         benchmark::DoNotOptimize(all->getString(key));
 }
+
+// As its application class does: each option goes into a configuration under its full name.
+void command_line_poco(benchmark::State& state) {
+    Poco::Util::OptionSet options;
+    for (int i = 0; i < 20; ++i) {
+        const std::string name(1, "abcdefguijklmnopqrst"[i]);
+        Poco::Util::Option option("option_" + name, name);
+        if (i >= 12)
+            option.argument("value");
+        options.addOption(option);
+    }
+    std::vector<const char*> arguments = command_line();
+    arguments[8] = "-u";
+    arguments.pop_back();
+    for (auto _ : state) {
+        Poco::Util::OptionProcessor processor(options);
+        AutoPtr<MapConfiguration> configuration(new MapConfiguration);
+        for (std::size_t i = 1; i < arguments.size(); ++i) {
+            std::string name, value;
+            processor.process(arguments[i], name, value);
+            configuration->setString(name, value);
+        }
+        if (!configuration->hasProperty("option_t"))
+            state.SkipWithError("not found");
+    }
+}
+BENCHMARK(command_line_poco)->Name("command_line/20_options/poco");
 #endif
 
 #ifdef HAVE_QT6
@@ -347,6 +410,7 @@ BENCHMARK(copy_toml)->Name("copy/10000_entries/tomlplusplus");
 
 const bool lookups_are_registered = [] {
     register_lookups("tova", lookup_tova);
+    register_lookups("floor", lookup_floor);
 #ifdef HAVE_BOOST_PROPERTY_TREE
     register_lookups("boost_property_tree", lookup_boost);
 #endif

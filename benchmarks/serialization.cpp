@@ -1,11 +1,12 @@
 // Records and trees to bytes and back.
 //
 // records: many records of mixed fields with a nested one. Compact encodings are compared with
-// `serialize_binary_buf` and with plain copies in memory, text encodings with `serialize_text_buf`.
+// `serialize_binary_buf`, text encodings with `serialize_text_buf`.
 // tree: a labeled tree of 10,000 entries with a depth of 8.
 //
 // All encodings produce one string in memory and read the records back into the same structures.
-// Each is checked once before it is measured.
+// Each is checked once before it is measured. The floors copy what the result consists of: fields
+// to bytes and back, the known text, the labels and values of the tree, or the tree.
 #include <tova/serialization/labeled_text_buffer.hpp>
 #include <tova/serialization/serialize_binary_buf.hpp>
 #include <tova/serialization/serialize_text_buf.hpp>
@@ -395,10 +396,10 @@ void bench_read(benchmark::State& state, writer write, reader read) {
 
 void register_records(const std::string& encoding, const std::string& library, writer write,
                       reader read) {
-    benchmark::RegisterBenchmark(("write/records as " + encoding + "/" + library).c_str(),
-                                 bench_write, write, read);
-    benchmark::RegisterBenchmark(("read/records as " + encoding + "/" + library).c_str(),
-                                 bench_read, write, read);
+    benchmark::RegisterBenchmark(("write/" + encoding + "/" + library).c_str(), bench_write, write,
+                                 read);
+    benchmark::RegisterBenchmark(("read/" + encoding + "/" + library).c_str(), bench_read, write,
+                                 read);
 }
 
 // 10,000 values on 8 levels: each group gets 5 values and up to 4 groups, until all are placed.
@@ -457,6 +458,37 @@ void read_tree(benchmark::State& state) {
     const std::string text = make_tree().as_str();
     for (auto unused : state)
         benchmark::DoNotOptimize(labeled_text_buffer(text));
+}
+
+// The floor of writing: every item of the text, from a string of its own.
+void write_tree_floor(benchmark::State& state) {
+    const std::string text = make_tree().as_str();
+    std::vector<std::string> items;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = text.find('\x01', begin) + 1;
+        items.push_back(text.substr(begin, end - begin));
+        begin = end;
+    }
+    for (auto unused : state) {
+        std::string written;
+        for (const std::string& item : items)
+            written += item;
+        if (written.size() != text.size())
+            state.SkipWithError("another length");
+        benchmark::DoNotOptimize(written.data());
+    }
+}
+
+// The floors of the text encoding of records: the known string and the known records.
+void write_text_floor(benchmark::State& state) {
+    const std::string text = write_tova<serialize_text_buf>(records());
+    for (auto unused : state)
+        benchmark::DoNotOptimize(std::string(text));
+}
+
+void read_text_floor(benchmark::State& state) {
+    for (auto unused : state)
+        benchmark::DoNotOptimize(std::vector<record>(records()));
 }
 
 void copy_tree(benchmark::State& state) {
@@ -521,7 +553,7 @@ void read_qt_tree(benchmark::State& state) {
 bool register_all() {
     register_records("bytes", "tova", write_tova<serialize_binary_buf>,
                      read_tova<serialize_binary_buf>);
-    register_records("bytes", "memcpy", write_copies, read_copies);
+    register_records("bytes", "floor", write_copies, read_copies);
     register_records("text", "tova", write_tova<serialize_text_buf>, read_tova<serialize_text_buf>);
 #ifdef HAVE_CEREAL
     register_records("bytes", "cereal", write_cereal<cereal::BinaryOutputArchive>,
@@ -541,15 +573,19 @@ bool register_all() {
     const auto in_us = [](const char* name, void (*body)(benchmark::State&)) {
         benchmark::RegisterBenchmark(name, body)->Unit(benchmark::kMicrosecond);
     };
-    in_us("build/tree of 10000/tova", build_tree);
-    in_us("write/tree of 10000/tova", write_tree);
-    in_us("read/tree of 10000/tova", read_tree);
-    in_us("copy/tree of 10000/tova", copy_tree);
+    in_us("build/tree/tova", build_tree);
+    in_us("write/tree/tova", write_tree);
+    in_us("read/tree/tova", read_tree);
+    in_us("copy/tree/tova", copy_tree);
+    in_us("write/tree/floor", write_tree_floor);
+    in_us("read/tree/floor", copy_tree);
+    in_us("write/text/floor", write_text_floor);
+    in_us("read/text/floor", read_text_floor);
 #ifdef HAVE_QT6
     register_records("bytes", "qt", write_qt, read_qt);
-    in_us("build/tree of 10000/qt", build_qt_tree);
-    in_us("write/tree of 10000/qt", write_qt_tree);
-    in_us("read/tree of 10000/qt", read_qt_tree);
+    in_us("build/tree/qt", build_qt_tree);
+    in_us("write/tree/qt", write_qt_tree);
+    in_us("read/tree/qt", read_qt_tree);
 #endif
     return true;
 }

@@ -12,7 +12,11 @@
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
+#include <list>
+#include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #ifdef HAVE_EXPAT
 #include <expat.h>
@@ -30,8 +34,18 @@
 #ifdef HAVE_QT6
 #include <QByteArray>
 #include <QXmlStreamReader>
-#include <list>
-#include <utility>
+#endif
+#ifdef HAVE_RAPIDXML
+#include <rapidxml/rapidxml.hpp>
+#endif
+#ifdef HAVE_XERCES
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/sax2/Attributes.hpp>
+#include <xercesc/sax2/DefaultHandler.hpp>
+#include <xercesc/sax2/SAX2XMLReader.hpp>
+#include <xercesc/sax2/XMLReaderFactory.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLString.hpp>
 #endif
 #ifdef HAVE_BOOST_PROPERTY_TREE
 #include <boost/property_tree/ptree.hpp>
@@ -110,6 +124,48 @@ void tova_tokens(benchmark::State& state, const document& source) {
         xml_token_stream stream;
         stream.parse(source.text);
         for (const auto& one : stream) {
+            reported.elements += one.type() == xml_token_stream::token::element_start;
+            reported.bytes += one.value().size();
+        }
+    }
+    finish(state, source, reported);
+}
+
+// The floors: the events and the tokens of the document, known beforehand. An event is a string
+// that is assigned to a reused one and handed to a delegate, a token a node of a list.
+void floor_events(benchmark::State& state, const document& source) {
+    using text_handler = member_function_t<tova_counter, void(const ustring8&)>;
+    xml_token_stream stream;
+    stream.parse(source.text);
+    struct event {
+        ustring8 value;
+        bool is_element;
+    };
+    std::vector<event> events;
+    for (const auto& one : stream)
+        if (one.type() != xml_token_stream::token::start_tag_end)
+            events.push_back({one.value(), one.type() == xml_token_stream::token::element_start});
+    tova_counter reported;
+    tova::functor::delegate_t<void(const ustring8&)> on_element(
+        text_handler(&reported, &tova_counter::element_start)),
+        on_other(text_handler(&reported, &tova_counter::text));
+    ustring8 value;
+    for (auto _ : state) {
+        for (const event& one : events) {
+            value.assign(one.value);
+            (one.is_element ? on_element : on_other).invoke(value);
+        }
+    }
+    finish(state, source, reported);
+}
+
+void floor_tokens(benchmark::State& state, const document& source) {
+    xml_token_stream stream;
+    stream.parse(source.text);
+    counts reported;
+    for (auto _ : state) {
+        const std::list<xml_token_stream::token> tokens(stream.begin(), stream.end());
+        for (const auto& one : tokens) {
             reported.elements += one.type() == xml_token_stream::token::element_start;
             reported.bytes += one.value().size();
         }
@@ -323,6 +379,99 @@ void property_tree_tokens(benchmark::State& state, const document& source) {
 }
 #endif
 
+#ifdef HAVE_RAPIDXML
+void walk(const rapidxml::xml_node<>* parent, counts& reported) {
+    for (const auto* node = parent->first_node(); node != nullptr; node = node->next_sibling()) {
+        reported.elements += node->type() == rapidxml::node_element;
+        if (node->type() == rapidxml::node_data)
+            reported.bytes += node->value_size();
+        for (const auto* one = node->first_attribute(); one != nullptr; one = one->next_attribute())
+            reported.bytes += one->value_size();
+        walk(node, reported);
+    }
+}
+
+// It parses in place and has no events, so it gets a copy of the document and a walk over the tree.
+void rapidxml_events(benchmark::State& state, const document& source) {
+    counts reported;
+    const auto tree = std::make_unique<rapidxml::xml_document<>>();  // large, for the stack
+    for (auto _ : state) {
+        std::string text = source.text;
+        tree->parse<0>(&text[0]);
+        walk(tree.get(), reported);
+        tree->clear();
+    }
+    finish(state, source, reported);
+}
+
+using token_list = std::list<std::pair<rapidxml::node_type, std::string>>;
+
+// The same list that ours makes, but for the white space between elements.
+void list(const rapidxml::xml_node<>* parent, token_list& tokens) {
+    for (const auto* node = parent->first_node(); node != nullptr; node = node->next_sibling()) {
+        if (node->type() == rapidxml::node_data) {
+            tokens.emplace_back(node->type(), std::string(node->value(), node->value_size()));
+            continue;
+        }
+        const std::string name(node->name(), node->name_size());
+        tokens.emplace_back(node->type(), name);
+        for (const auto* one = node->first_attribute(); one != nullptr;
+             one = one->next_attribute()) {
+            tokens.emplace_back(rapidxml::node_pi, std::string(one->name(), one->name_size()));
+            tokens.emplace_back(rapidxml::node_cdata, std::string(one->value(), one->value_size()));
+        }
+        tokens.emplace_back(rapidxml::node_comment, std::string());
+        list(node, tokens);
+        tokens.emplace_back(rapidxml::node_document, name);
+    }
+}
+
+void rapidxml_tokens(benchmark::State& state, const document& source) {
+    counts reported;
+    const auto tree = std::make_unique<rapidxml::xml_document<>>();
+    for (auto _ : state) {
+        std::string text = source.text;
+        tree->parse<0>(&text[0]);
+        token_list tokens;
+        list(tree.get(), tokens);
+        tree->clear();
+        for (const auto& one : tokens) {
+            reported.elements += one.first == rapidxml::node_element;
+            reported.bytes += one.second.size();
+        }
+    }
+    finish(state, source, reported);
+}
+#endif
+
+#ifdef HAVE_XERCES
+struct xerces_counter : xercesc::DefaultHandler {
+    counts reported;
+    void startElement(const XMLCh*, const XMLCh*, const XMLCh*,
+                      const xercesc::Attributes& attributes) override {
+        ++reported.elements;
+        for (XMLSize_t i = 0; i < attributes.getLength(); ++i)
+            reported.bytes += xercesc::XMLString::stringLen(attributes.getValue(i));
+    }
+    void characters(const XMLCh*, const XMLSize_t length) override { reported.bytes += length; }
+};
+
+void xerces_events(benchmark::State& state, const document& source) {
+    static const bool is_ready = (xercesc::XMLPlatformUtils::Initialize(), true);
+    benchmark::DoNotOptimize(is_ready);
+    xerces_counter counter;
+    for (auto _ : state) {
+        const std::unique_ptr<xercesc::SAX2XMLReader> reader(
+            xercesc::XMLReaderFactory::createXMLReader());
+        reader->setContentHandler(&counter);
+        const xercesc::MemBufInputSource input(reinterpret_cast<const XMLByte*>(source.text.data()),
+                                               source.text.size(), "memory");
+        reader->parse(input);
+    }
+    finish(state, source, counter.reported);
+}
+#endif
+
 using operation = void (*)(benchmark::State&, const document&);
 
 void add(const char* name, const document& source, const char* library, operation run) {
@@ -339,6 +488,15 @@ const bool added = [] {
     for (const document& source : documents) {
         add("events", source, "tova", tova_events);
         add("tokens", source, "tova", tova_tokens);
+        add("events", source, "floor", floor_events);
+        add("tokens", source, "floor", floor_tokens);
+#ifdef HAVE_RAPIDXML
+        add("events", source, "rapidxml", rapidxml_events);
+        add("tokens", source, "rapidxml", rapidxml_tokens);
+#endif
+#ifdef HAVE_XERCES
+        add("events", source, "xerces", xerces_events);
+#endif
 #ifdef HAVE_EXPAT
         add("events", source, "expat", expat_events);
 #endif
