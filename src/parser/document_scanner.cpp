@@ -7,14 +7,14 @@
 #include <cctype>
 #include <cstring>
 
-// Two layers. The functions `end_of_...` and `find_closing` are the loops over bytes: each returns
-// the first byte that ends a run, none raises, and none remembers anything from one byte to the
-// next but the number of line feeds. So each of them can be replaced by a loop that classifies many
-// bytes at once. The members of `document_scanner` join the runs to names, values and texts and
-// raise the errors.
+// Two layers. The functions `end_of_...` and `find_closing` loop over bytes: each returns the first
+// byte that ends a run. None of them raises, and the only thing they carry from byte to byte is the
+// number of line feeds, so each can be replaced by a loop that classifies many bytes at once. The
+// members of `document_scanner` combine runs into names, values and text, and raise the errors.
 //
-// `xml_stream_parser` has loops of its own for the same constructs, since it waits for more data
-// where this scanner meets the end of the document. Each loop below says what else differs there.
+// `xml_stream_parser` has its own loops for the same constructs, since it waits for more data where
+// this scanner reaches the end of the document. The comment of each loop below says what else
+// differs there.
 
 namespace TOVA_2_18 {
 namespace parser {
@@ -29,8 +29,8 @@ using strings::detail::is_ascii_letter;
 using strings::detail::is_white_space;
 using iterator = document_scanner::iterator;
 
-// Contract: names follow the C library's classes, so in a locale with an 8-bit character set its
-// letters may occur in names. ASCII letters and digits need no call.
+// Contract: names follow the C library's character classes, so in a locale with an 8-bit character
+// set that set's letters may occur in names. ASCII letters and digits need no call.
 bool begins_name(char byte) {
     return is_ascii_letter(byte) || std::isalpha(byte) != 0;
 }
@@ -48,8 +48,8 @@ iterator end_of_whitespace(iterator from, iterator end, unsigned int& line_feeds
     return from;
 }
 
-// The stream parser ends the declaration at the first '?' or '>', whatever follows.
-// Contract: the last byte of the document is not looked at, since nothing could follow it.
+// The stream parser ends the declaration at the first '?' or '>', whatever follows. Contract: the
+// last byte of the document is not examined, since nothing could follow it.
 iterator end_of_declaration(iterator from, iterator end) {
     for (; end - from > 1; ++from) {
         if (*from == '<' || *from == '>' || (*from == '?' && from[1] == '>'))
@@ -59,7 +59,7 @@ iterator end_of_declaration(iterator from, iterator end) {
 }
 
 // `from` is the first byte of the name. The stream parser lets a name begin with any name byte,
-// accepts all bytes from 0x80 on, and waits if the data end within the name.
+// accepts all bytes from 0x80 up, and waits if the data ends within the name.
 iterator end_of_name(iterator from, iterator end) {
     do {
         ++from;
@@ -67,16 +67,16 @@ iterator end_of_name(iterator from, iterator end) {
     return from;
 }
 
-// The stream parser stops at the same bytes, but waits if the data end before the closing quote.
+// The stream parser stops at the same bytes, but waits if the data ends before the closing quote.
 iterator end_of_plain_value(iterator from, iterator end, char quote) {
     while (from != end && *from != quote && *from != '<' && *from != '&')
         ++from;
     return from;
 }
 
-// The stream parser takes whitespace as text like any other and stops at '<' and '&' alone.
-// Contract: a single whitespace byte is text, at the end of the document as well. Only a second one
-// after it ends the piece.
+// The stream parser treats whitespace like any other text and stops only at '<' and '&'. Contract:
+// a single whitespace byte is text, even at the end of the document. Only a second one right after
+// it ends the piece.
 iterator end_of_plain_text(iterator from, iterator end) {
     for (; from != end && *from != '<' && *from != '&'; ++from) {
         if (is_white_space(*from) && end - from > 1 && is_white_space(from[1]))
@@ -85,16 +85,17 @@ iterator end_of_plain_text(iterator from, iterator end) {
     return from;
 }
 
-// The stream parser takes the same digits, but waits if the data end before the byte after them.
+// The stream parser accepts the same digits, but waits if the data ends before the byte after them.
 iterator end_of_digits(iterator from, iterator end, bool (*is_digit)(char)) {
     while (from != end && is_digit(*from))
         ++from;
     return from;
 }
 
-// The first of the next three bytes `closing`, which end in '>', or `end`. Looking for the '>' is
-// fast, since few of them occur in comments and sections. The stream parser looks for the first
-// "--" of a comment and refuses it unless '>' follows; it knows no CDATA sections.
+// Returns the start of the next occurrence of `closing`, three bytes that end in '>', or `end`.
+// Searching for the '>' is fast, since few of them occur in comments and sections. The stream
+// parser searches for the first "--" of a comment and rejects it unless '>' follows; it doesn't
+// support CDATA sections.
 iterator find_closing(iterator begin, iterator end, const char (&closing)[4]) {
     for (iterator from = begin; from != end;) {
         const void* found = std::memchr(&*from, closing[2], static_cast<std::size_t>(end - from));
@@ -109,7 +110,7 @@ iterator find_closing(iterator begin, iterator end, const char (&closing)[4]) {
 }
 
 const struct {
-    const char* text;  // what follows the '&'
+    const char* text;  // the bytes after the '&'
     char result;
 } entities[] = {
     {"amp;", '&'}, {"apos;", '\''}, {"gt;", '>'}, {"lt;", '<'}, {"nbsp;", ' '}, {"quot;", '"'},
@@ -165,7 +166,7 @@ void document_scanner::take_value(ustring8& into) {
     }
 }
 
-// Contract: line feeds do not count here.
+// Contract: line feeds are not counted here.
 void document_scanner::take_text(ustring8& into) {
     into.clear();
     for (;; ++m_cursor) {
@@ -184,8 +185,8 @@ void document_scanner::take_until(const char (&closing)[4], ustring8& into) {
     m_cursor += 2;
 }
 
-// The stream parser wants five bytes from the '&' on before it looks at them, and every reference
-// that is not one of the six entities or a number is the same error there.
+// The stream parser waits for five bytes, counted from the '&', before it examines them, and every
+// reference that is neither one of the six entities nor a number is the same error there.
 char document_scanner::take_reference() {
     if (byte() != '&')
         refuse_byte();
@@ -207,8 +208,8 @@ char document_scanner::take_reference() {
     fail(parse_error::unknown_entity);
 }
 
-// Contract: the result is one byte. Numbers above 255 give 0xFF, no digits at all give 0, and the
-// detected radix makes an octal number of a decimal form that begins with 0.
+// Contract: the result is one byte. A number above 255 becomes 0xFF, a missing number becomes 0,
+// and because the radix is detected, a decimal form that begins with 0 is read as octal.
 char document_scanner::take_number(types::radix_t::base radix) {
     const iterator digits = m_cursor;
     m_cursor = end_of_digits(m_cursor, m_end,
@@ -216,7 +217,7 @@ char document_scanner::take_number(types::radix_t::base radix) {
                                                                   : is_ascii_digit);
     if (byte() != ';')
         refuse_byte();
-    // Without digits the converter looks at the ';' and finds no number.
+    // Without digits the converter sees the ';' and finds no number.
     const auto length = static_cast<unsigned long>(m_cursor - digits);
     return static_cast<char>(generic::convert::str_to_uint8(&*digits, length, radix, false));
 }

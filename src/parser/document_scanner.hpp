@@ -1,8 +1,8 @@
 /// @file
 /// The byte level of `xml_parser`: whitespace, names, values, references and pieces of text.
 ///
-/// A scanner knows nothing of tags or elements. It works on a cursor and a line counter that belong
-/// to the caller, and moves the cursor over what it takes:
+/// A scanner knows nothing about tags or elements. It works on the caller's cursor and line counter
+/// and moves the cursor over the bytes that it consumes:
 ///
 ///     document_scanner scanner(cursor, end, line);
 ///     scanner.take_name(name);         // the cursor is on the last byte of the name
@@ -11,8 +11,8 @@
 ///     if (scanner.byte() != '=')
 ///         scanner.fail(parse_error::missing_equals, name);
 ///
-/// Invalid input raises `xml_parser::parse_error` with the line counter of that moment. A scanner
-/// belongs to one thread at a time.
+/// Invalid input raises `xml_parser::parse_error` with the current line counter. A scanner belongs
+/// to one thread at a time.
 #pragma once
 
 #include <tova/parser/xml_parser.hpp>
@@ -41,22 +41,22 @@ public:
         return remaining() > offset ? m_cursor[offset] : '\0';
     }
 
-    /// Whether the bytes from the cursor on begin with a string, which has no NUL byte.
+    /// Whether the bytes at the cursor begin with a string, which must not contain a NUL byte.
     bool begins_with(const char* literal) const { return begins_with(0, literal); }
 
-    /// Moves over bytes that the caller has looked at; there must be as many.
+    /// Moves over bytes that the caller has examined; there must be at least that many.
     void step(std::ptrdiff_t count) { m_cursor += count; }
 
-    /// Moves over whitespace and counts its line feeds.
+    /// Skips whitespace and counts its line feeds.
     void skip_whitespace();
 
-    /// The same, and returns the whitespace.
+    /// Does the same and returns the whitespace.
     void take_whitespace(strings::ustring8& into);
 
     /// Moves to the "?>" of the declaration, to a '<' or '>' before it, or to the last byte.
     void skip_declaration();
 
-    /// Takes a name and stops on its last byte. Raises kind 5 where no name begins.
+    /// Takes a name and stops on its last byte. Raises kind 5 if no name begins here.
     void take_name(strings::ustring8& into);
 
     /// Takes a quoted value and stops on the closing quote, or at the end. Raises kinds 5, 6 and 7.
@@ -66,14 +66,14 @@ public:
     /// Raises kinds 5 and 7.
     void take_text(strings::ustring8& into);
 
-    /// Takes what precedes a closing string, appends it, and stops on the closing '>'. Raises
-    /// kind 1 if the closing string is missing.
+    /// Appends everything before the closing string and stops on the closing '>'. Raises kind 1 if
+    /// the closing string is missing.
     void take_until(const char (&closing)[4], strings::ustring8& into);
 
     /// Takes a reference, stops on its ';' and returns its byte. Raises kinds 5 and 7.
     char take_reference();
 
-    /// Raises kind 5 for the byte at the cursor.
+    /// Raises an error of kind 5 for the byte at the cursor.
     [[noreturn]] void refuse_byte() const;
 
     [[noreturn]] void fail(parse_error::error_type kind,

@@ -10,8 +10,8 @@ namespace detail {
 
 namespace {
 
-// Leaves the stream closed and in a good state, whatever happens in between. Opening allocates, so
-// the closer must exist before the stream is opened.
+// Leaves the stream closed and in a good state, whatever happens in between. Opening allocates
+// memory and may throw, so the closer must exist before the stream is opened.
 class stream_closer {
 public:
     explicit stream_closer(std::ifstream& stream) : m_stream(stream) {}
@@ -47,13 +47,13 @@ unsigned long stream_file::load(stream_scanner& scanner, xml_stream_parser::erro
         status = xml_stream_parser::open_failed;
         return 0;
     }
-    // Contract: this also resets the status 1 of data that end within a construct, whether or not
-    // there is anything new.
+    // Contract: this also resets status 1, which is set when the data ends within a construct, even
+    // if there is no new data.
     status = xml_stream_parser::no_error;
 
     m_stream.seekg(0, std::ios::end);
     m_length = static_cast<unsigned long>(static_cast<std::streamoff>(m_stream.tellg()));
-    // A file that has shrunk has nothing new until it is longer than it was.
+    // A file that has shrunk has no new data until it is longer than before.
     if (!m_stream || m_length <= m_position)
         return 0;
 

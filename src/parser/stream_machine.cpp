@@ -1,20 +1,21 @@
 // The state machine of the stream parser.
 //
-// The states of a whole parser, in the order in which `parse` asks for them:
+// The states of a whole parser, in the order in which `parse` checks them:
 //
 //     state     condition            what `parse` does
 //     --------  -------------------  --------------------------------------------------------
 //     fatal     status from 10 up    nothing
 //     finished  m_finished           nothing
 //     lost      not m_usable         sets status 2; only a successful `recover` leads out
-//     header    not m_header_done    waits for 50 bytes and takes the declaration, then body
+//     header    not m_header_done    waits for 50 bytes, takes the declaration, enters body
 //     body      otherwise            takes constructs up to the end of the data
 //
-// In the body the byte at the cursor decides, and whether it is in a start tag (`m_in_tag`):
+// In the body the action depends on the byte at the cursor and on whether the cursor is in a start
+// tag (`m_in_tag`):
 //
 //     byte           in content                        in a start tag
 //     -------------  --------------------------------  -----------------------------------
-//     space tab CR   is passed over                    is passed over
+//     space tab CR   is skipped                        is skipped
 //     line feed      is counted                        is counted
 //     < and /        end tag; sets m_expect_close      any <: syntax_error
 //     < and !        comment; sets m_in_comment
@@ -27,20 +28,20 @@
 //                                                      m_in_tag; else syntax_error
 //     others         character data                    attribute
 //
-// Three flags refine this. `m_in_comment` lasts over the end of the data: the next run first looks
-// for the end of the comment. `m_start_waits` says that the innermost node becomes ready when its
+// Three flags refine this. `m_in_comment` outlives the end of the data: the next run first searches
+// for the end of the comment. `m_start_waits` means that the innermost node becomes ready when its
 // start tag is complete, or when an error ends the tag. `m_finished` is set by the name in the
 // root's end tag, and status 3 follows at its `>`.
 //
 // One turn of the loop in `take_constructs` takes one construct, steps over its last byte and
-// commits. If the data end inside a construct, the turn stops without a commit, and the next run
-// takes that construct again from its start. Nodes and stacks change only when a construct (a tag's
-// name, an attribute, a run of text) is complete, so nothing is recorded twice. Invalid input is
-// thrown as an `error_type` and becomes the status in `parse_next`.
+// commits. If the data ends inside a construct, the turn stops without a commit, and the next run
+// starts that construct again. Nodes and stacks change only when a construct (a tag's name, an
+// attribute, a run of text) is complete, so nothing is recorded twice. Invalid input is thrown as
+// an `error_type` and becomes the status in `parse_next`.
 //
 // `xml_parser` has similar states for a document in memory, but it reports events instead of
-// records, stops at the first error, knows CDATA sections, and accepts attributes in end tags. The
-// two share no code.
+// records, stops at the first error, supports CDATA sections, and accepts attributes in end tags.
+// The two share no code.
 #include "parser/stream_machine.hpp"
 
 #include <utility>
@@ -52,11 +53,11 @@ using strings::ustring8;
 
 namespace {
 
-// Nothing is parsed until the file holds this many bytes.
+// Nothing is parsed until the file has this many bytes.
 const std::size_t least_document_size = 50;
 
-// With this many nodes in the queue, the first two of them ready, no run starts. Inside a run a
-// start tag waits if there is one node more.
+// With this many nodes in the queue, the first two of them ready, no run starts. Within a run, a
+// start tag waits if there is one more node than that.
 const std::size_t full_queue_size = 100;
 
 }  // namespace
@@ -138,7 +139,7 @@ xml_stream_parser::node xml_stream_parser::machine::node_queue_pop() {
     if (m_nodes.is_empty())
         throw EmptyNodeQueue();
     node first = m_nodes.take_first();
-    // Contract: the node is gone, while `node_queue_front` leaves it in the queue.
+    // Contract: the node is removed, while `node_queue_front` leaves it in the queue.
     if (!first.ready)
         throw EmptyNodeQueue();
     if (m_status <= out_of_data && !m_nodes.is_first_ready())
@@ -161,7 +162,8 @@ void xml_stream_parser::machine::recover(const std::list<ustring8>& names) {
     m_usable = false;
     while (!m_scanner.find_start_tag(names)) {
         m_scanner.commit();
-        // Contract: after the end of the document nothing can be loaded, and the search never ends.
+        // Contract: after the end of the document no more data can be loaded, so the search never
+        // ends.
         if (load() == 0 && m_status != end_of_document) {
             m_status = not_recovered;
             return;
@@ -175,8 +177,8 @@ void xml_stream_parser::machine::recover(const std::list<ustring8>& names) {
 
 void xml_stream_parser::machine::take_constructs() {
     m_scanner.return_to_commit();
-    // Contract: the result is ignored. While the end of the comment has yet to arrive, the last
-    // three bytes of the data are taken as if they were outside of it.
+    // Contract: the result is ignored. Until the end of the comment arrives, the last three bytes
+    // of the data are parsed as if they were outside it.
     if (m_in_comment)
         finish_comment();
     while (!m_scanner.at_end() && take_construct()) {
@@ -247,8 +249,9 @@ bool xml_stream_parser::machine::take_start_tag() {
             m_root = name;
         m_nodes.open_level(name);
     }
-    // A node that a consumer can take before its attributes are there would lose them, so it
-    // becomes ready at the end of the start tag, or when an error keeps that end from coming.
+    // A node that a consumer takes before its attributes have arrived would lose them, so a node
+    // becomes ready at the end of its start tag, or when an error prevents that end from being
+    // reached.
     m_nodes.open(name, out_of_data, false, m_scanner.line());
     m_start_waits = is_open_level;
     m_nodes.forget_attribute_names();
@@ -298,8 +301,8 @@ void xml_stream_parser::machine::release_start() {
     m_start_waits = false;
 }
 
-// Contract: the name of an element at an open level stays on its stack, so the end tag around it
-// does not match any more.
+// Contract: the name of an element at an open level stays on its stack, so the end tag of the
+// enclosing element no longer matches.
 bool xml_stream_parser::machine::take_end_of_empty_element() {
     m_scanner.advance(1);
     if (m_scanner.at_end())
@@ -317,7 +320,7 @@ bool xml_stream_parser::machine::take_end_of_empty_element() {
 bool xml_stream_parser::machine::take_end_tag() {
     m_scanner.advance(2);
     const ustring8 name = m_scanner.take_name();
-    // Contract: `</>` is no error; the parser waits there.
+    // Contract: `</>` is not an error; the parser waits there.
     if (name.empty())
         return wait();
     if (m_nodes.open_count() <= m_open_depth)
@@ -330,9 +333,9 @@ bool xml_stream_parser::machine::take_end_tag() {
     return true;
 }
 
-// Contract: the name alone identifies the root's end, so an element of that name at an open level
-// within the root ends the document, too. Nothing revokes it: elements within the root's own end
-// tag may still close.
+// Contract: the root's end is identified by name alone, so an element with the same name at an open
+// level within the root ends the document, too. Nothing undoes this: elements within the root's own
+// end tag may still close.
 void xml_stream_parser::machine::end_open_level(const ustring8& name) {
     if (m_nodes.level_count() == 0 || m_nodes.level_name() != name)
         throw mismatched_end_tag;
@@ -355,8 +358,9 @@ bool xml_stream_parser::machine::take_end_of_end_tag() {
     return false;
 }
 
-// Contract: the byte right after a comment is lost, because the cursor is on it already, unless the
-// data ended within the comment. Markup that is no comment loses its `<` and is character data.
+// Contract: the byte right after a comment is lost, because the cursor is already on it, unless the
+// data ended within the comment. Markup that is not a comment loses its `<` and becomes character
+// data.
 bool xml_stream_parser::machine::take_comment() {
     m_scanner.commit();
     if (m_scanner.remaining() < 4)
@@ -375,13 +379,13 @@ bool xml_stream_parser::machine::finish_comment() {
     return true;
 }
 
-// Contract: line feeds in text do not count.
+// Contract: line feeds in text are not counted.
 bool xml_stream_parser::machine::take_character_data() {
     ustring8 text;
     if (!m_scanner.take_text(text))
         return wait();
     m_scanner.step_back();
-    // Contract: the root cannot hold character data of its own.
+    // Contract: the root cannot have character data of its own.
     if (m_nodes.open_count() < 2)
         throw syntax_error;
     m_nodes.set_text(std::move(text));

@@ -1,9 +1,9 @@
 /// @file
 /// The state machine of `xml_stream_parser`; its states are listed in stream_machine.cpp.
 ///
-/// It decides what the byte at the cursor begins, lets the scanner take it, and records it in the
-/// nodes. The exported operations of the parser make a machine over the parser's fields for one
-/// call and forward to it:
+/// It decides which construct the byte at the cursor begins, lets the scanner take it, and records
+/// it in the nodes. For each call, the exported operations of the parser create a machine over the
+/// parser's fields and forward to it:
 ///
 ///     void xml_stream_parser::parse_next() {
 ///         machine(*this).parse_next();
@@ -49,8 +49,8 @@ private:
     bool take_header();
     void take_constructs();
 
-    // Each takes one construct and leaves the cursor on its last byte. False means that there is
-    // nothing more to do for now.
+    // Each takes one construct and leaves the cursor on its last byte. They return false if there
+    // is nothing more to do for now.
     bool take_construct();
     bool take_end_of_empty_element();
     bool take_end_of_start_tag();

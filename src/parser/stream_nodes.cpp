@@ -11,11 +11,11 @@ using strings::ustring8;
 
 namespace {
 
-// The limit of nodes works only with so many ready ones at the front: with fewer, the consumer
-// could do nothing to make room, and the parser would stop for good.
+// The limit on nodes applies only if this many ready nodes are at the front: with fewer, the
+// consumer could not make room, and the parser would be stuck.
 const unsigned int full_queue_front = 2;
 
-// The elements from the outermost on. `std::stack` keeps them in a protected member.
+// The open elements, outermost first. `std::stack` keeps them in a protected member.
 struct element_access : stream_nodes::open_elements {
     static container_type& all(stream_nodes::open_elements& stack) {
         return stack.*&element_access::c;
@@ -47,7 +47,8 @@ unsigned int stream_nodes::ready_count(const std::list<node>& queue) {
 
 stream_nodes::node stream_nodes::take_first() {
     // The first node belongs to the outermost element whose node is still in the queue, or to one
-    // that has closed. Elements whose node was taken precede all others, so bisection finds it.
+    // that has closed. Elements whose node was taken precede all others, so a binary search finds
+    // it.
     auto& elements = element_access::all(m_elements);
     const auto outermost =
         std::partition_point(elements.begin(), elements.end(), [this](const open_element& element) {
@@ -108,7 +109,7 @@ void stream_nodes::close(node_position position) {
     }
     m_elements.pop();
     m_attribute_names.clear();
-    // The 0 of the top level stays.
+    // The 0 of the top level is never removed.
     if (m_ids.size() > 1)
         m_ids.pop();
 }
@@ -127,7 +128,7 @@ void stream_nodes::append_end(const ustring8& name, error_type type, unsigned in
 }
 
 void stream_nodes::close_level() {
-    // `<r/>` closes its element but leaves its name, so there may be none.
+    // `<r/>` closes its element but leaves its name on the stack, so there may be no element.
     if (!m_elements.empty())
         m_elements.pop();
     m_names.pop();

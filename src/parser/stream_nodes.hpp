@@ -1,18 +1,17 @@
 /// @file
-/// The nodes that `xml_stream_parser` has made and not handed out yet, and the elements that are
-/// open.
+/// The nodes that `xml_stream_parser` has created and not handed out yet, and the open elements.
 ///
-/// An open element is at an open level (the first levels from the root on, as many as the open
-/// depth says) or below. The functions below keep four things in step:
+/// An open element is at an open level (the root's level and the levels below it, as many as the
+/// open depth) or deeper. The functions below keep four things in sync:
 ///
-///     queue       all nodes in document order; those before the first unready one may leave
+///     queue       all nodes in document order; those before the first unready one may be taken
 ///     elements    the name and the node of each open element
 ///     names       the names of those at open levels
 ///     ids         the id of each open element, above a 0 for the top level
 ///
-/// A consumer may take the node of an element that is still open. The node of such an element is
-/// the queue's end, and what is written to it later is dropped. Nodes leave in document order, so
-/// these are always the outermost elements.
+/// A consumer may take the node of an element that is still open. The element then refers to the
+/// queue's end, and anything written to its node later is dropped. Nodes leave in document order,
+/// so these are always the outermost elements.
 ///
 /// A `stream_nodes` is a view of fields of the parser: it owns nothing and lives for one call. It
 /// belongs to one thread at a time.
@@ -47,7 +46,8 @@ public:
 
     /// @name The queue
     /// @{
-    /// Whether the queue holds so many nodes, ready or not, and two ready ones at its front.
+    /// Whether the queue holds at least that many nodes, ready or not, with two ready ones at its
+    /// front.
     bool is_full(std::size_t limit) const;
     /// Whether fewer than `count` ready nodes are at the front.
     bool has_fewer_ready_than(unsigned int count) const;
@@ -63,7 +63,7 @@ public:
     /// @{
     std::size_t open_count() const { return m_elements.size(); }
     const strings::ustring8& innermost_name() const { return m_elements.top().first; }
-    /// The number of open levels that are open, and the name of the innermost one.
+    /// The number of elements at open levels, and the name of the innermost one.
     std::size_t level_count() const { return m_names.size(); }
     const strings::ustring8& level_name() const { return m_names.top(); }
     /// @}
@@ -74,13 +74,13 @@ public:
     /// Opens an element: appends its node and makes it the innermost one.
     void open(const strings::ustring8& name, error_type type, bool ready, unsigned int line);
     void forget_attribute_names() { m_attribute_names.clear(); }
-    /// Adds an attribute to the innermost element. Returns false if it has one of that name.
+    /// Adds an attribute to the innermost element. Returns false if the name already exists.
     bool add_attribute(strings::ustring8&& name, strings::ustring8&& value);
     /// Replaces the text of the innermost element.
     void set_text(strings::ustring8&& text);
-    /// Lets the node of the innermost element leave the queue.
+    /// Marks the node of the innermost element as ready.
     void make_innermost_ready();
-    /// Closes an element below the open levels: its node is whole now. `position` is the node of
+    /// Closes an element below the open levels: its node is now complete. `position` is the node of
     /// the innermost element.
     void close(node_position position);
     void close_innermost() { close(m_elements.top().second); }

@@ -1,21 +1,21 @@
 // The scanner of the stream parser.
 //
-// The file is in three layers, from the bottom up:
+// This file has three layers, from the bottom up:
 //
-//     byte loops      end_of_..., find...: positions only, nothing else is changed
+//     byte loops      end_of_..., find...: they return positions and change nothing else
 //     constructs      take_..., skip_...: they move the cursor, count lines and build strings
 //     search          find_start_tag, for `recover`
 //
 // State: cursor, committed position, end of data, line counter and committed line counter, all of
-// them fields of the parser object. A construct that meets the end of the data reports it (an empty
-// string or false) and leaves the cursor where it noticed, which `recover` goes on from; parsing
-// itself starts again at the committed position. A construct that meets invalid input throws an
-// `error_type` with the cursor on the byte in question.
+// them fields of the parser object. A construct that reaches the end of the data returns an empty
+// string or false and leaves the cursor there; `recover` continues from the cursor, while parsing
+// resumes at the committed position. A construct that finds invalid input throws an `error_type`
+// with the cursor on the invalid byte.
 //
 // `xml_parser` has a scanner of its own, document_scanner.cpp, for a document that is complete in
-// memory. The two read much alike and share no code, because they differ in nearly every limit;
-// each loop below says in a line what the other does instead. What is one rule, byte classes and
-// numbers, is shared below both (strings/ascii.hpp, generic/convert).
+// memory. The two look alike but share no code, because they differ in nearly every limit; a line
+// above each loop says what the other scanner does instead. Rules that are truly common, byte
+// classes and numbers, are in lower layers (strings/ascii.hpp, generic/convert).
 #include "parser/stream_scanner.hpp"
 
 #include <tova/generic/convert/str_to_x.hpp>
@@ -40,15 +40,14 @@ using types::radix_t;
 
 namespace {
 
-// With fewer bytes the scanner waits for more data: the shortest entity and a byte after it, and
-// the end of a comment and a byte after it.
+// With fewer bytes the scanner waits for more data: the length of the shortest entity plus one
+// byte, and the length of the end of a comment plus one byte.
 const std::size_t least_entity_size = 5;
 const std::size_t least_comment_size = 4;
 
-// Contract: every byte with the high bit set belongs to names, so that UTF-8 passes undecoded,
-// while
-// '-', '.' and ':' do not. The C library is asked only for the remaining ASCII bytes. In
-// `xml_parser` the locale alone decides over bytes with the high bit set.
+// Contract: every byte with the high bit set is a name byte, so UTF-8 passes undecoded, while '-',
+// '.' and ':' are not. The C library decides only about the remaining ASCII bytes. In `xml_parser`
+// the locale alone decides about bytes with the high bit set.
 bool is_name_byte(char byte) {
     if (is_ascii_letter(byte) || is_ascii_digit(byte) || byte == '_')
         return true;
@@ -59,7 +58,7 @@ bool is_name_byte(char byte) {
 
 // --- Byte loops ---------------------------------------------------------------------------------
 
-// The same four bytes as in `xml_parser`, which hands the whitespace itself to its caller.
+// The same four bytes as in `xml_parser`, which also passes the whitespace to its caller.
 std::size_t stream_scanner::end_of_whitespace(std::size_t begin, unsigned int& lines) const {
     const char* const bytes = m_buffer.data();
     std::size_t position = begin;
@@ -68,7 +67,8 @@ std::size_t stream_scanner::end_of_whitespace(std::size_t begin, unsigned int& l
     return position;
 }
 
-// `xml_parser` looks at the first byte of a name by a stricter rule; here all bytes are equal.
+// `xml_parser` has a stricter rule for the first byte of a name; here all bytes follow the same
+// rule.
 std::size_t stream_scanner::end_of_name(std::size_t begin) const {
     const char* const bytes = m_buffer.data();
     std::size_t position = begin;
@@ -97,8 +97,8 @@ std::size_t stream_scanner::end_of_plain_value(std::size_t begin, char quote) co
     return position;
 }
 
-// The first byte that is a '?' or precedes a '>'. `xml_parser` wants both, side by side, and
-// refuses a '<' or '>' before them.
+// The first byte that is a '?' or precedes a '>'. `xml_parser` requires both, side by side, and
+// rejects a '<' or '>' before them.
 std::size_t stream_scanner::end_of_declaration(std::size_t begin) const {
     const char* const bytes = m_buffer.data();
     std::size_t position = begin;
@@ -108,8 +108,8 @@ std::size_t stream_scanner::end_of_declaration(std::size_t begin) const {
     return position;
 }
 
-// The first '-' before `end` that another '-' follows; that one may be at `end`. `xml_parser` looks
-// for the whole "-->", allows "--" before it, and counts no lines on the way.
+// The first '-' before `end` that is followed by another '-', which may be at `end`. `xml_parser`
+// searches for the whole "-->", allows "--" before it, and counts no lines on the way.
 std::size_t stream_scanner::find_two_dashes(std::size_t begin, std::size_t end,
                                             unsigned int& lines) const {
     const char* const bytes = m_buffer.data();
@@ -133,8 +133,8 @@ bool stream_scanner::begins_with(const char* literal) const {
     return remaining() >= size && std::memcmp(m_buffer.data() + m_cursor, literal, size) == 0;
 }
 
-// While the data fit, nothing is moved. A construct that fills the whole buffer from its front
-// cannot be completed and stays where it is.
+// As long as the data fits, nothing is moved. A construct that fills the whole buffer from its
+// start cannot be completed and stays where it is.
 void stream_scanner::make_room(std::size_t needed) {
     if (m_committed == 0 || needed <= m_buffer.size() - m_end)
         return;
@@ -163,24 +163,23 @@ void stream_scanner::skip_whitespace() {
     m_cursor = end_of_whitespace(m_cursor, m_line);
 }
 
-// Contract: the contents of the declaration are not looked at. The first `?` or `>` ends it; after
-// a
-// `?` one more byte is passed over, whatever it is and even if it has yet to arrive. A `>` right
-// after `<?xml` is not seen, because only the byte after the one looked at is compared with it.
+// Contract: the contents of the declaration are ignored. The first `?` or `>` ends it; after a `?`
+// one more byte is skipped, whatever it is and even if it has yet to arrive. A `>` right after
+// `<?xml` is not seen, because only the byte after the current one is compared with `>`.
 void stream_scanner::skip_declaration() {
     m_cursor = end_of_declaration(m_cursor + std::strlen("<?xml"));
     if (!at_end())
         m_cursor += 2;
 }
 
-// Contract: the cursor goes back one byte in any case, as callers advance over the last byte of
-// what they took. Without a name it is then before the byte that is none, and whitespace there is
-// skipped and its line feeds counted a second time.
+// Contract: the cursor always moves back one byte, since callers advance over the last byte that
+// they took. If there is no name, the cursor is then one byte before the byte that is not a name
+// byte, and whitespace there is skipped and its line feeds are counted a second time.
 ustring8 stream_scanner::take_name() {
     skip_whitespace();
     const std::size_t begin = m_cursor;
     m_cursor = end_of_name(begin);
-    // A name that touches the end of the data may not be complete. In `xml_parser` it is.
+    // A name that reaches the end of the data may be incomplete. In `xml_parser` it is complete.
     if (at_end())
         return ustring8();
     ustring8 name(m_buffer.data() + begin, m_cursor - begin);
@@ -192,9 +191,9 @@ ustring8 stream_scanner::take_name() {
 
 // --- References ---------------------------------------------------------------------------------
 
-// Contract: a reference commits where it ends. If the data end later in the same text or value,
-// parsing is resumed at the `;`, without what precedes it. `xml_parser` has all data and never
-// waits; where a byte is missing there, the reference is invalid.
+// Contract: a reference commits where it ends. If the data ends later in the same text or value,
+// parsing resumes at the `;`, and what precedes it is lost. `xml_parser` has all the data and never
+// waits; if a byte is missing there, the reference is invalid.
 ustring8 stream_scanner::take_reference() {
     if (at_end() || byte() != '&')
         throw xml_stream_parser::syntax_error;
@@ -230,8 +229,8 @@ ustring8 stream_scanner::take_reference() {
     return result;
 }
 
-// Takes an entity whose letters, from the cursor on, must be these, and stops on the last of them.
-// With fewer than `needed` bytes left, more data are needed.
+// Takes an entity whose letters, starting at the cursor, must be these, and stops on the last of
+// them. With fewer than `needed` bytes left, more data is needed.
 ustring8 stream_scanner::take_entity(const char* letters, char result, std::size_t needed) {
     if (remaining() < needed)
         return ustring8();
@@ -243,8 +242,8 @@ ustring8 stream_scanner::take_entity(const char* letters, char result, std::size
     return ustring8(1, result);
 }
 
-// `&amp;` or `&apos;`, with the `a` at the cursor. Contract: five bytes are needed to tell the two
-// apart, and five more from the second letter on to refuse a word that is neither.
+// `&amp;` or `&apos;`, with the `a` at the cursor. Contract: five bytes are needed to distinguish
+// the two, and five more from the second letter on to reject a word that is neither.
 ustring8 stream_scanner::take_entity_in_a() {
     if (remaining() < 5)
         return ustring8();
@@ -260,9 +259,9 @@ ustring8 stream_scanner::take_entity_in_a() {
 
 // `&#65;` or `&#x41;`, with the `#` at the cursor.
 //
-// Contract: a reference is one byte and not a UTF-8 sequence. Numbers above 255 are the byte 255,
-// and a decimal number with a leading 0 is read as an octal one. Without digits the converter looks
-// at the `;` and finds no number, so `&#;` and `&#x;` are the byte NUL.
+// Contract: a reference becomes one byte and not a UTF-8 sequence. Numbers above 255 become the
+// byte 255, and a decimal number with a leading 0 is read as octal. Without digits the converter
+// sees the `;` and finds no number, so `&#;` and `&#x;` become a NUL byte.
 ustring8 stream_scanner::take_character_reference() {
     ++m_cursor;
     const bool is_hexadecimal = byte() == 'x';
@@ -281,7 +280,7 @@ ustring8 stream_scanner::take_character_reference() {
 
 // --- Values, text and comments ------------------------------------------------------------------
 
-// Where the end of the data cuts a value, `xml_parser` still reports the piece before it fails.
+// If the end of the data cuts a value off, `xml_parser` still reports that piece before it fails.
 bool stream_scanner::take_value(ustring8& value) {
     skip_whitespace();
     if (at_end())
@@ -302,7 +301,7 @@ bool stream_scanner::take_value(ustring8& value) {
         if (byte() == '<')
             throw xml_stream_parser::syntax_error;
         // Contract: a reference that needs more data drops the byte that it stopped on, and the
-        // value goes on after it. At the end of the data there is no such byte yet.
+        // value continues after it. At the end of the data there is no such byte yet.
         value += take_reference();
         if (!at_end())
             ++m_cursor;
@@ -311,7 +310,7 @@ bool stream_scanner::take_value(ustring8& value) {
 }
 
 // `xml_parser` also ends a piece of text at two whitespace bytes and reports each piece; here a run
-// goes up to the next tag, and a reference is committed even if that tag has yet to arrive.
+// continues up to the next tag, and a reference is committed even if that tag has yet to arrive.
 bool stream_scanner::take_text(ustring8& text) {
     const std::size_t tag = find('<', m_cursor, m_end);
     while (m_cursor < tag) {
@@ -329,8 +328,8 @@ bool stream_scanner::take_text(ustring8& text) {
     return !at_end();
 }
 
-// Contract: two dashes that no `>` follows are an error, and three bytes are kept back until the
-// next one arrives. `xml_parser` reports the comment; here it is passed over.
+// Contract: two dashes without a `>` after them are an error, and three bytes are held back until
+// the next one arrives. `xml_parser` reports the comment; here it is skipped.
 bool stream_scanner::skip_comment() {
     if (remaining() >= least_comment_size) {
         const std::size_t limit = m_end - (least_comment_size - 1);
@@ -350,8 +349,8 @@ bool stream_scanner::skip_comment() {
 
 // `xml_parser` stops at the first error and has no such search.
 //
-// Contract: line feeds on the way do not count. Tags are found in comments and values, too. A name
-// that the end of the data cuts is passed over; so is the byte after whitespace that is no name
+// Contract: line feeds on the way are not counted. Tags are found in comments and values, too. A
+// name cut off by the end of the data is skipped; so is a byte after whitespace that is not a name
 // byte, even if it is a `<`.
 bool stream_scanner::find_start_tag(const std::list<ustring8>& names) {
     const unsigned int line = m_line;
@@ -361,7 +360,7 @@ bool stream_scanner::find_start_tag(const std::list<ustring8>& names) {
         if (at_end())
             break;
         m_committed = m_cursor;
-        // What this `<` begins is known only when more data arrive.
+        // What this `<` begins is known only when more data arrives.
         if (remaining() == 1)
             break;
         ++m_cursor;

@@ -2,18 +2,18 @@
 /// The byte level of `xml_stream_parser`: whitespace, names, references, values, text and comments
 /// in the part of the file that is in the buffer.
 ///
-/// The scanner knows nothing of nodes, tags or files. It works on a cursor, a committed position,
-/// an end and a line counter that belong to the parser object, and moves the cursor over what it
-/// takes:
+/// The scanner knows nothing about nodes, tags or files. It works on a cursor, a committed
+/// position, an end and a line counter that belong to the parser object, and moves the cursor over
+/// the bytes that it takes:
 ///
 ///     scanner.advance(2);                        // over "</"
 ///     const ustring8 name = scanner.take_name();
-///     if (name.empty())                          // the data end here, or there is no name
+///     if (name.empty())                          // the data ends here, or there is no name
 ///         return wait();
 ///
-/// The data may end at any byte, because the file is still growing. What is taken is therefore kept
-/// only from `commit` on; `return_to_commit` starts the construct again. Invalid input throws
-/// `xml_stream_parser::error_type` with the cursor on the byte that is wrong.
+/// The data may end at any byte, because the file is still growing. A construct is therefore final
+/// only after `commit`; `return_to_commit` goes back to start it again. Invalid input throws
+/// `xml_stream_parser::error_type` with the cursor on the invalid byte.
 ///
 /// Positions are offsets into the buffer. Both the cursor and the committed position are at most
 /// one past the end: the declaration may end in a byte that has yet to arrive. The cursor is at or
@@ -44,7 +44,7 @@ public:
     /// @{
     bool at_end() const { return m_cursor >= m_end; }
     std::size_t remaining() const { return at_end() ? 0 : m_end - m_cursor; }
-    /// The byte `offset` bytes after the cursor; there must be as many.
+    /// The byte `offset` bytes after the cursor, which must exist.
     char byte(std::size_t offset = 0) const { return m_buffer.data()[m_cursor + offset]; }
     bool begins_with(const char* literal) const;
     void advance(std::size_t count) { m_cursor += count; }
@@ -67,10 +67,11 @@ public:
 
     /// @name Adding data
     /// @{
-    /// Moves the bytes from the committed position on to the front of the buffer, and the cursor to
-    /// the committed position, if `needed` bytes do not fit after the end of the data.
+    /// If `needed` bytes do not fit after the end of the data: moves the bytes from the committed
+    /// position on to the front of the buffer, and the cursor to the committed position.
     void make_room(std::size_t needed);
-    /// Reads up to `count` bytes to the end of the data, as far as there is room. Returns how many.
+    /// Reads up to `count` bytes and appends them to the data, as far as there is room. Returns how
+    /// many.
     std::size_t fill(std::istream& source, std::size_t count);
     /// @}
 
@@ -89,18 +90,19 @@ public:
     ///
     /// Stops on the name's last byte. Returns an empty string at the end of the data, which may
     /// have cut the name, and also if there is no name; the cursor is then one byte before the byte
-    /// that is none, or on it if that is the first byte of the buffer or whitespace precedes it.
+    /// that is not a name byte, or on it if that is the first byte of the buffer or whitespace
+    /// precedes it.
     strings::ustring8 take_name();
 
     /// Takes an entity or a character reference, stops on its `;`, commits there and returns its
-    /// one byte. Returns an empty string if more data are needed. Throws `syntax_error`.
+    /// one byte. Returns an empty string if more data is needed. Throws `syntax_error`.
     strings::ustring8 take_reference();
 
     /// Skips whitespace, takes a quoted value and stops on the closing quote. Returns false if the
     /// data end first. Throws `missing_quote` and `syntax_error`.
     bool take_value(strings::ustring8& value);
 
-    /// Takes text and stops on the `<` that ends it. Returns false if more data are needed. Throws
+    /// Takes text and stops on the `<` that ends it. Returns false if more data is needed. Throws
     /// `syntax_error`.
     bool take_text(strings::ustring8& text);
 
@@ -109,15 +111,16 @@ public:
     /// `syntax_error`.
     bool skip_comment();
 
-    /// Looks for the start tag of one of the names and counts no lines. Returns true with cursor
-    /// and committed position on its `<`. Returns false with the cursor at the end of the data, or
-    /// on the `<` that is the last byte of the data.
+    /// Searches for the start tag of one of the names, without counting lines. Returns true with
+    /// cursor and committed position on its `<`. Returns false with the cursor at the end of the
+    /// data, or on the `<` that is the last byte of the data.
     bool find_start_tag(const std::list<strings::ustring8>& names);
     /// @}
 
 private:
-    // The loops over single bytes. They look at no byte from `end` on, change nothing but their
-    // results, and are the only ones of this parser, so that a vector form has one place to go.
+    // The loops over single bytes. They examine no byte from `end` on and change nothing but their
+    // results. The parser has no other such loops, so a vector form would only have to replace
+    // these.
     std::size_t end_of_whitespace(std::size_t begin, unsigned int& lines) const;
     std::size_t end_of_name(std::size_t begin) const;
     std::size_t end_of_digits(std::size_t begin, bool hexadecimal) const;

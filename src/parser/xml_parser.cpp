@@ -8,18 +8,17 @@
 // One pass over one document, in three layers:
 //
 //   xml_parser         what is exported: the delegates, and the state that outlives a run
-//   xml_parser::run    one call of `parse`: which construct begins at the cursor, what it reports
+//   xml_parser::run    one call of `parse`: which construct begins at the cursor, what it reports,
 //                      and how it changes the state
 //   document_scanner   the bytes: where whitespace, a name, a value or a piece of text ends
 //
 // State between two constructs:
 //
-//   m_in_tag           after `<name` or `</name`, until the `>`
-//   m_open_elements    names of the elements that are open, the innermost on top
-//   m_attributes       names of the attributes since the last start tag
-//   m_line             line feeds in the whitespace taken so far
-//   m_root_seen        an element has begun in this run
-//   m_buffer           the whitespace or text last taken; comments and sections append to it
+//   m_in_tag           after `<name` or `</name`, until the `>` m_open_elements    names of the
+//   elements that are open, the innermost on top m_attributes       names of the attributes since
+//   the last start tag m_line             line feeds in the whitespace taken so far m_root_seen
+//   an element has begun in this run m_buffer           the last whitespace or text; comments and
+//   sections append to it
 //
 // Each turn of the main loop takes whitespace, which `on_space` receives outside of tags, and then
 // one construct by the byte at the cursor:
@@ -38,8 +37,9 @@
 // once, so it leaves the tag that its `<` opened. Errors are thrown as `parse_error` and become the
 // result in `do_parse`.
 //
-// A handler may parse with the same parser. Nothing that a run keeps may therefore refer to what
-// lies in the parser across a call: names are copied before it, and stacks are tested after it.
+// A handler may parse with the same parser. A run must therefore not keep references to the
+// parser's state across a call to a handler: names are copied before it, and stacks are tested
+// again after it.
 
 namespace TOVA_2_18 {
 namespace parser {
@@ -55,7 +55,7 @@ public:
         : m_parser(parser), m_scanner(cursor, end, parser.m_line), m_root_seen(false),
           m_calling(false) {}
 
-    // Whether an exception comes from a handler rather than from the grammar.
+    // Whether an exception comes from a handler, not from the grammar.
     bool calling() const { return m_calling; }
 
     parse_error parse() {
@@ -71,15 +71,14 @@ public:
             else
                 take_text();
         }
-        // Contract: the end of the document reports line 0, with an element open as well as
-        // without.
+        // Contract: the end of the document reports line 0, whether or not an element is open.
         return m_parser.m_open_elements.empty()
                    ? parse_error(parse_error::no_error, 0, ustring8())
                    : parse_error(parse_error::unexpected_end, 0, ustring8());
     }
 
 private:
-    // The stream parser also skips whitespace before the declaration, and wants 50 bytes in all.
+    // The stream parser also skips whitespace before the declaration, and requires 50 bytes in all.
     void take_header() {
         // Three bytes of any kind may precede the declaration, usually a byte order mark.
         if (m_scanner.byte(3) == '<')
@@ -147,7 +146,7 @@ private:
     }
 
     void take_start_tag() {
-        // Contract: a second root is refused before its name is looked at.
+        // Contract: a second root is rejected before its name is examined.
         if (m_parser.m_open_elements.empty() && m_root_seen)
             m_scanner.fail(parse_error::data_after_root);
         m_scanner.step(1);
@@ -159,8 +158,8 @@ private:
     }
 
     // Contract: the element is closed before the end of the document is noticed. An end tag with no
-    // element open counts as one that matches. The attribute set stays as the last start tag left
-    // it, and since the tag is open until its '>', an end tag may have attributes.
+    // open element counts as matching. The attribute set is still that of the last start tag, and
+    // since the tag is open until its '>', an end tag may have attributes.
     void take_end_tag() {
         m_scanner.step(2);
         m_scanner.take_name(m_name);
@@ -192,8 +191,8 @@ private:
         m_parser.m_attributes.clear();
     }
 
-    // Contract: the whitespace before a comment or CDATA section is still in the buffer and begins
-    // its text, although `on_space` has received it as well.
+    // Contract: the whitespace before a comment or CDATA section is still in the buffer and becomes
+    // the start of its text, although `on_space` has received it as well.
     void take_section(std::ptrdiff_t opening, const char (&closing)[4],
                       functor::delegate_t<void(const ustring8&)>& delegate) {
         m_scanner.step(opening);
@@ -214,14 +213,13 @@ private:
         m_scanner.step(1);
         m_scanner.skip_whitespace();
         m_scanner.take_value(m_value);
-        // Contract: a value that the end of the document cuts off is reported before it is an
-        // error.
+        // Contract: a value cut off by the end of the document is reported before the error.
         call(m_parser.on_attribute, m_name, m_value);
         if (m_scanner.at_end())
             m_scanner.fail(parse_error::missing_quote, m_name);
     }
 
-    // The flag stays set where the handler raises, and `do_parse` lets that exception pass.
+    // The flag stays set if the handler raises, and `do_parse` lets that exception pass.
     template <typename Delegate, typename... Strings>
     void call(Delegate& delegate, const Strings&... strings) {
         m_calling = true;
@@ -266,7 +264,7 @@ parse_error xml_parser::do_parse(iterator& cursor, iterator& end) {
     try {
         return current.parse();
     } catch (const parse_error& error) {
-        // A handler may throw a `parse_error` of its own, which is not the result of this run.
+        // A handler may throw its own `parse_error`, which is not the result of this run.
         if (current.calling())
             throw;
         return error;

@@ -50,8 +50,8 @@ void xml_stream_parser::init(const ustring8& file) {
     m_last = m_buffer.size();
     m_cursor = m_committed = m_end = m_first;
 
-    // The id 0 of the top level is there whatever the file is: a caller who resets the status after
-    // a failure parses with these stacks.
+    // The id 0 of the top level is pushed even if the file cannot be used: a caller who resets the
+    // status after a failure parses with these stacks.
     m_next_id = 1;
     m_open_ids.push(0);
 

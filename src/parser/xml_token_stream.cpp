@@ -58,7 +58,7 @@ xml_parser::parse_error xml_token_stream::parse(const ustring8& text) {
 
 xml_parser::parse_error xml_token_stream::parse(const ustring8::const_iterator& begin,
                                                 const ustring8::const_iterator& end) {
-    // Contract: a start_tag_end that an earlier document left due is not added any more.
+    // Contract: a start_tag_end still pending from an earlier document is not added.
     m_tag_closed = true;
     return m_parser.parse(begin, end);
 }
@@ -95,8 +95,8 @@ void xml_token_stream::on_element_end(const ustring8& name) {
     m_tag_closed = true;
 }
 
-// Contract: attributes and comments neither add a start_tag_end nor change whether one is due. A
-// comment directly after a start tag therefore precedes that tag's start_tag_end.
+// Contract: attributes and comments neither add a start_tag_end nor change whether one is pending.
+// A comment directly after a start tag therefore precedes that tag's start_tag_end.
 void xml_token_stream::on_attribute(const ustring8& name, const ustring8& value) {
     m_tokens.emplace_back(token::attribute_name, name);
     m_tokens.emplace_back(token::attribute_value, value);
