@@ -12,7 +12,7 @@ limit=120  # seconds
 
 root=$(mktemp -d "${TMPDIR:-/tmp}/first_contact_XXXXXX")
 clean_up() {
-    umount "$root/proc" "$root/dev" 2>/dev/null || true
+    umount "$root/proc" 2>/dev/null || true
     rm -rf --one-file-system "$root"
 }
 trap clean_up EXIT
@@ -25,7 +25,6 @@ rm -f "$root.log"
 cp /etc/resolv.conf "$root/etc/" 2>/dev/null || true
 cp -r /etc/apt/auth.conf.d "$root/etc/apt/" 2>/dev/null || true
 mount -t proc proc "$root/proc"
-mount --rbind /dev "$root/dev" 2>/dev/null && mount --make-rslave "$root/dev"
 
 git clone -q --bare . "$root/tova.git"
 inside() {
@@ -63,7 +62,8 @@ packages=$(awk '/==> Installing/ {begin = $1; next}
                 END {print sum + 0}' "$root/root/stamped")
 own=$((total - packages))
 
-tail -4 "$root/printed" | diff "$root/expected" - ||
+# The shell shows each command after a "+".
+grep -v '^+' "$root/printed" | tail -4 | diff "$root/expected" - ||
     { echo "first contact: the README shows something else"; exit 1; }
 for sentence in "One program, six languages" "==> Installed below /usr/local"; do
     grep -qF "$sentence" "$root/printed" || { echo "first contact: nothing says $sentence"; exit 1; }
