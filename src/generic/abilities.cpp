@@ -22,8 +22,8 @@ reference_count_pointer_ability_b::reference_count_pointer_ability_b(
     const reference_count_pointer_ability_b& source)
     : alloc_detection_ability(source), count(0) {}
 
-// Contract: an assignment moves neither the mark nor the count. They describe where the object is
-// and who holds it, not its value.
+// Contract: an assignment copies neither the heap mark nor the count. They describe where the
+// object is and who holds it, not its value.
 reference_count_pointer_ability_b&
 reference_count_pointer_ability_b::operator=(const reference_count_pointer_ability_b&) {
     return *this;

@@ -37,7 +37,7 @@ bool argument::has_name() const {
     return !m_name.empty();
 }
 
-// Contract: a named nil is not nil. That is what allows one in the middle of an argument list.
+// Contract: a named nil is not nil. This is why it may appear in the middle of an argument list.
 bool argument::equal(const types::nil_t& nil_tag) const {
     return !has_name() && m_value == nil_tag;
 }

@@ -1,6 +1,6 @@
 // A vector of arguments in order of insertion. Names are found by a linear search: lists are as
-// short as argument lists of calls, and an index would have to follow changes through iterators and
-// references, which may rename any argument.
+// short as the argument lists of calls, and an index would have to track changes made through
+// iterators and references, which may rename any argument.
 #include <tova/generic/varg_list.hpp>
 
 #include <algorithm>
@@ -12,7 +12,7 @@ namespace generic {
 
 namespace {
 
-// Contract: the message is published, so it is written out here instead of left to the installed
+// Contract: the message is published, so it is written out here and doesn't depend on the installed
 // standard library.
 void require_position(unsigned long position, unsigned long count) {
     if (position < count)
@@ -39,8 +39,8 @@ varg_list::varg_list() : m_arguments() {}
 
 varg_list::varg_list(const varg_list& other) : m_arguments(other.m_arguments) {}
 
-// Parameters that a caller leaves out are `nil_argument`, so they end the list by the same rule as
-// a nil that is passed. They are compared and never copied.
+// Parameters that a caller omits default to `nil_argument`, so they end the list by the same rule
+// as a nil that is passed. They are compared and never copied.
 varg_list::varg_list(const argument& a1, const argument& a2, const argument& a3, const argument& a4,
                      const argument& a5, const argument& a6, const argument& a7, const argument& a8,
                      const argument& a9, const argument& a10, const argument& a11,
@@ -61,7 +61,8 @@ varg_list::varg_list(const argument& a1, const argument& a2, const argument& a3,
     }
 }
 
-// Contract: the first argument of a name wins; a later one is refused and never replaces it.
+// Contract: the first argument with a given name wins; a later one is rejected and never replaces
+// it.
 bool varg_list::push_back(const argument& value) {
     if (value.has_name() && has_argument(value.name()))
         return false;

@@ -14,11 +14,12 @@
 //
 // State between two constructs:
 //
-//   m_in_tag           after `<name` or `</name`, until the `>` m_open_elements    names of the
-//   elements that are open, the innermost on top m_attributes       names of the attributes since
-//   the last start tag m_line             line feeds in the whitespace taken so far m_root_seen
-//   an element has begun in this run m_buffer           the last whitespace or text; comments and
-//   sections append to it
+//   m_in_tag           after `<name` or `</name`, until the `>`
+//   m_open_elements    names of the open elements, the innermost on top
+//   m_attributes       names of the attributes since the last start tag
+//   m_line             line feeds in the whitespace taken so far
+//   m_root_seen        an element has begun in this run
+//   m_buffer           the last whitespace or text; comments and sections append to it
 //
 // Each turn of the main loop takes whitespace, which `on_space` receives outside of tags, and then
 // one construct by the byte at the cursor:

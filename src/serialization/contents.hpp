@@ -1,7 +1,7 @@
 /// @file
-/// What the buffers have in common, whatever their encoding.
+/// Helpers that all buffers share, whatever their encoding.
 ///
-/// Threads: as for every buffer, one thread at a time.
+/// Threads: one thread at a time may use a buffer.
 #pragma once
 
 #include <tova/serialization/serialize_buffer.hpp>
@@ -21,14 +21,14 @@ inline void take_over_state(serialize_buffer& copy, const serialize_buffer& sour
     copy.allocated = source.allocated;
 }
 
-// Contract: the message is published, so it is written out here instead of left to the installed
+// Contract: the message is published, so it is written out here and doesn't depend on the installed
 // standard library.
 inline void require_text(const char* text, int length) {
     if (text == nullptr && length != 0)
         throw std::logic_error("basic_string::_M_construct null not valid");
 }
 
-// A negative length becomes a huge size, which the string refuses with `std::length_error`.
+// A negative length becomes a huge size, for which the string throws `std::length_error`.
 inline void replace(std::string& content, const char* text, int length) {
     require_text(text, length);
     if (length == 0)
@@ -37,7 +37,7 @@ inline void replace(std::string& content, const char* text, int length) {
         content.assign(text, static_cast<std::size_t>(length));
 }
 
-// Sets the heap mark of what a factory made. The caller holds or deletes it.
+// Sets the heap mark of an object created by a factory. The caller holds or deletes it.
 template <typename Buffer>
 Buffer* marked(Buffer* made) {
     made->allocated = true;

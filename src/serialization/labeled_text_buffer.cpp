@@ -1,22 +1,23 @@
-// A tree is a map from label to a pair: a group, which is a buffer by value, and a value, which is
-// a variant. A label without a group has an empty one, and a label without a value has nil.
+// A tree maps each label to a pair: a group, which is a buffer by value, and a value, which is a
+// variant. A label without a group has an empty group, and a label without a value has nil.
 //
-// The encoded form is a sequence of strings (text_items.hpp) in pairs of label and payload:
+// The encoded form is a sequence of strings (text_items.hpp), alternating label and payload:
 //
 //     the entry has            written
 //     an empty group           label, value            (a nil value as an empty string)
 //     a group and a value      label, value; label + " ", encoded group
 //     a group and nil          label + " ", encoded group
 //
-// Groups are nested as deep as the caller or the text says, deeper than any stack. So nothing here
-// recurses: each walk over a tree is a loop that keeps its way down in a vector of steps.
+// A caller or a text may nest groups deeper than any stack allows. So nothing here recurses: each
+// walk over a tree is a loop that keeps its path in a vector of steps.
 //
 // - `tree::copy` copies entries from the top down.
-// - `tree::dismantle` removes entries from the leaves up. It serves a destructor and must not
-//   allocate, so each group that is about to go keeps the way back up in its `m_text`.
-// - `tree::encode` writes from the end to the front: the length of a group's text precedes it, and
-//   is known once the text has been written. Each byte is written once, however deep it is.
-// - `tree::read` reads nested groups in place. The top level of `assign(text)` alone goes through
+// - `tree::dismantle` removes entries from the leaves up. It runs in a destructor and must not
+//   allocate, so each group that is about to be destroyed stores the way back up in its `m_text`.
+// - `tree::encode` writes from back to front: the length of a group's text precedes the text, and
+//   is known only once the text has been written. Each byte is written once, however deeply it is
+//   nested.
+// - `tree::read` reads nested groups in place. Only the top level of `assign(text)` goes through
 //   the virtual operations and the read position of `m_text`.
 // - `tree::overlay` merges one tree into another; either may be part of the other.
 //
@@ -42,8 +43,8 @@ namespace {
 
 const char group_mark = ' ';  // the last byte of a group's label in the encoded form
 
-// Contract: these four bytes and no others are trimmed. `isspace` would also know \v and \f, and
-// would ask the locale.
+// Contract: only these four bytes are trimmed. `isspace` would also accept \v and \f, and would
+// depend on the locale.
 std::string trimmed(const std::string& label) {
     const char whitespace[] = " \n\r\t";
     const std::size_t last = label.find_last_not_of(whitespace);
@@ -54,7 +55,7 @@ std::string trimmed(const std::string& label) {
 }
 
 // A string of items that grows at its front. The bytes written so far are at the end of `m_bytes`,
-// from `m_begin` on, with free room before them.
+// from `m_begin` on, with free space before them.
 class backward_writer {
 public:
     explicit backward_writer(std::size_t room) : m_bytes(room, '\0'), m_begin(room) {}
@@ -62,7 +63,7 @@ public:
     std::size_t size() const { return m_bytes.size() - m_begin; }
     std::string written() const { return m_bytes.substr(m_begin); }
 
-    // A string item, from its last byte to its first: separator, bytes, length field.
+    // Writes a string item from its last byte to its first: separator, bytes, length field.
     void prepend_string(const std::string& bytes) {
         prepend_separator();
         prepend(bytes.data(), bytes.size());
@@ -86,7 +87,7 @@ private:
         m_bytes.replace(m_begin, count, bytes, count);
     }
 
-    // Doubles the room, so that all growing together takes time linear in the length of the text.
+    // Doubles the space, so the total time for growing is linear in the length of the text.
     void grow(std::size_t count) {
         std::string wider(m_bytes.size() * 2 + count, '\0');
         const std::size_t begin = wider.size() - size();
@@ -105,18 +106,18 @@ private:
 struct labeled_text_buffer::tree {
     typedef entry_map::mapped_type entry_type;
 
-    // Returns the group of a label, emptied. A new label is added with a nil value.
+    // Empties the group of a label and returns it. A new label is added with a nil value.
     static labeled_text_buffer& empty_group(entry_map& entries, const std::string& label) {
         const auto place = entries.lower_bound(label);
         if (place == entries.end() || place->first != label)
             return add(entries, place, label, types::variant()).first;
         labeled_text_buffer& group = place->second.first;
         group.m_entries.clear();
-        group.m_text = serialize_text_buf();  // the memory of its last encoding goes, too
+        group.m_text = serialize_text_buf();  // also frees the memory of its last encoding
         return group;
     }
 
-    // Adds an entry with an empty group, built in the map: a group has no cheap move.
+    // Adds an entry with an empty group, constructed in the map: a group has no cheap move.
     static entry_type& add(entry_map& entries, entry_map::const_iterator place,
                            const std::string& label, const types::variant& value) {
         return entries
@@ -137,7 +138,7 @@ private:
     static labeled_text_buffer* remembered(const labeled_text_buffer& group) TOVA_NOTHROW;
 };
 
-// Copies all entries, level by level, into a map that is empty.
+// Copies all entries, level by level, into an empty map.
 void labeled_text_buffer::tree::copy(const entry_map& from, entry_map& to) {
     struct step {
         const entry_map* from;
@@ -176,8 +177,8 @@ labeled_text_buffer::tree::remembered(const labeled_text_buffer& group) TOVA_NOT
     return parent;
 }
 
-// Removes all entries from the leaves up, so that the destructor of an entry never finds a group
-// with entries, which would make it recurse.
+// Removes all entries from the leaves up, so the destructor of an entry never finds a group with
+// entries, which would make it recurse.
 void labeled_text_buffer::tree::dismantle(labeled_text_buffer& root) TOVA_NOTHROW {
     labeled_text_buffer* current = &root;
     for (;;) {
@@ -236,10 +237,10 @@ std::string labeled_text_buffer::tree::encode(const labeled_text_buffer& root) {
     }
 }
 
-// What `assign(text)` does, for a group that has just been created and all groups inside it. The
-// text of each group is part of the text of the one around it and is read in place.
+// Does what `assign(text)` does, for a group that has just been created and all groups inside it.
+// The text of each group is part of the text of the enclosing group and is read in place.
 //
-// Contract: a payload that is missing is read from the start of the group's text again, as in
+// Contract: if a payload is missing, reading starts over at the start of the group's text, as in
 // `assign`, and the loop doesn't end.
 void labeled_text_buffer::tree::read(labeled_text_buffer& group, const std::string& text) {
     struct step {
@@ -279,8 +280,8 @@ void labeled_text_buffer::tree::overlay(labeled_text_buffer& root,
         entry_map::const_iterator next;
         entry_map::const_iterator end;
     };
-    // A step advances only after its entry is merged completely, groups included. If one of the
-    // buffers is part of the other, the walk itself may add labels that it then comes to.
+    // A step advances only after its entry has been merged completely, including its groups. If one
+    // of the buffers is part of the other, the walk may add labels that it visits later.
     std::vector<step> open(1, step{&root, other.m_entries.begin(), other.m_entries.end()});
     for (;;) {
         step& current = open.back();
@@ -330,14 +331,14 @@ labeled_text_buffer& labeled_text_buffer::operator=(const labeled_text_buffer& o
     return assign(other);
 }
 
-// Contract: no test for self-assignment: a buffer assigned to itself is encoded and read again,
-// which turns its values into strings.
+// Contract: there is no test for self-assignment: a buffer assigned to itself is encoded and read
+// again, which turns its values into strings.
 labeled_serialize_buffer& labeled_text_buffer::assign(const labeled_serialize_buffer& other) {
     return assign(other.as_str());
 }
 
 // Contract: in a text that ends after a label, reading the payload wraps the read position to 0, as
-// `serialize_text_buf::read_string` says, and the loop doesn't end.
+// described in `serialize_text_buf::read_string`, and the loop doesn't end.
 labeled_serialize_buffer& labeled_text_buffer::assign(const std::string& text) {
     m_text.assign(text);
     m_entries.clear();

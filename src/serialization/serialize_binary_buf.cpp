@@ -1,7 +1,7 @@
-// Values are appended as their bytes in host order, and decoded at the read position. `at_end` is
-// the only test that a read makes: the position may go past the end, and everything read from there
-// on is 0, empty or null. Where a value is cut off by the end of the content, the missing bytes are
-// 0; memory outside the content is never read.
+// Values are appended as their bytes in host order, and decoded at the read position. The only
+// check in a read is `at_end`: the position may go past the end, and everything read from there on
+// is 0, empty or null. If the end of the content cuts a value off, the missing bytes are 0; memory
+// outside the content is never read.
 #include <tova/serialization/serialize_binary_buf.hpp>
 
 #include <tova/generic/convert/binary.hpp>
@@ -18,8 +18,8 @@ namespace {
 
 const std::size_t length_size = 4;  // bytes of the length field of a string
 
-// Contract: no test that all bytes of the type are there. Those past the end of the content count
-// as 0, and the read position goes past the end.
+// Contract: there is no check that all bytes of the type are present. Those past the end of the
+// content count as 0, and the read position goes past the end.
 template <typename Value>
 Value decode(const std::string& text, std::size_t position, Value (*reader)(const char*)) {
     const std::size_t left = text.size() - std::min(position, text.size());
@@ -31,7 +31,7 @@ Value decode(const std::string& text, std::size_t position, Value (*reader)(cons
     return reader(bytes);
 }
 
-// Contract: the only test is the virtual `at_end`, so a derived class decides where the end is.
+// Contract: the only check is the virtual `at_end`, so a derived class decides where the end is.
 template <typename Value>
 Value read_fixed(const serialize_buffer& buffer, const std::string& text, std::size_t& position,
                  Value (*reader)(const char*)) {
@@ -46,8 +46,8 @@ unsigned char decode_byte(const char* byte) {
     return static_cast<unsigned char>(*byte);
 }
 
-// Reads the bytes of a string or nested buffer. Returns false at the end, and if nothing follows
-// the length field; the length is not used then.
+// Reads the bytes of a string or nested buffer. Returns false at the end, and also if nothing
+// follows the length field; the length is not used then.
 bool read_bytes(const serialize_buffer& buffer, const std::string& text, std::size_t& position,
                 std::string& bytes) {
     if (buffer.at_end())
@@ -58,13 +58,13 @@ bool read_bytes(const serialize_buffer& buffer, const std::string& text, std::si
     if (buffer.at_end())
         return false;
     bytes = text.substr(position, length);
-    // Contract: the position moves by the length field, not by the bytes that were there.
+    // Contract: the position moves by the length field, not by the number of bytes present.
     position += length;
     return true;
 }
 
 void append_bytes(std::string& text, const std::string& bytes) {
-    // The bytes may be the content itself, which grows by its length field first.
+    // The bytes may be the content itself, to which the length field is appended first.
     const std::size_t length = bytes.size();
     // Contract: the field keeps the low 32 bits of the size.
     text += generic::convert::uint32_to_bin_str(static_cast<unsigned int>(length));
@@ -117,7 +117,7 @@ const std::string& serialize_binary_buf::as_str() const {
     return m_text;
 }
 
-// One-byte values go straight into the string; the others are built by the host-order functions.
+// One-byte values are appended directly; the others are written by the host-order functions.
 void serialize_binary_buf::append_int8(const signed char& value) {
     m_text.push_back(static_cast<char>(value));
 }

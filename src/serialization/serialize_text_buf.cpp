@@ -3,8 +3,8 @@
 // - An item is a field and the separator 0x01. Numbers are built in a buffer on the stack; only
 //   floating-point values in a locale other than the classic one need a stream. A string is a
 //   length field and its bytes.
-// - The read position is the index of the next field, or npos once a read found no separator. From
-//   npos every number is 0 and every string empty, until `reset_read`.
+// - The read position is the index of the next field, or npos after a read that found no separator.
+//   At npos every number reads as 0 and every string as empty, until `reset_read`.
 // - Positions past the end come from wrong lengths and from `assign` with shorter content. The next
 //   read raises, and leaves the position at npos.
 //
@@ -42,9 +42,9 @@ void append_integer(std::string& text, Integer value) {
     append_item(text, digits, write_decimal(digits, value));
 }
 
-// Contract: a default stream, so the global C++ locale decides over point and grouping. Only a
-// locale other than the classic one needs the stream itself. The C library cuts the precision to an
-// `int`, and takes a negative one for 6.
+// Contract: a default stream, so the global C++ locale determines decimal point and grouping. Only
+// a locale other than the classic one needs the stream itself. The C library cuts the precision to
+// an `int`, and takes a negative one for 6.
 template <typename Floating>
 void append_floating(std::string& text, Floating value, unsigned int precision) {
     if (!generic::convert::detail::is_global_classic()) {
@@ -58,7 +58,7 @@ void append_floating(std::string& text, Floating value, unsigned int precision) 
 }
 
 void append_bytes(std::string& text, const std::string& bytes) {
-    // The bytes may be the content itself, which grows by its length field first.
+    // The bytes may be the content itself, to which the length field is appended first.
     const std::size_t length = bytes.size();
     append_integer(text, length);
     text.append(bytes, 0, length);
@@ -219,9 +219,9 @@ double serialize_text_buf::read_double() const {
     return read_floating<double>(m_text, m_read_position, generic::convert::str_to_double);
 }
 
-// Contract: the length comes from the virtual `read_int32`, so a derived class that reads its
-// numbers differently reads the lengths of its strings with them. At the end of the content the
-// length is 0 and the position npos, and the addition in `next_bytes` wraps the position to 0.
+// Contract: the length comes from the virtual `read_int32`, so if a derived class reads numbers
+// differently, it reads string lengths the same way. At the end of the content the length is 0 and
+// the position is npos, and the addition in `next_bytes` wraps the position to 0.
 std::string serialize_text_buf::read_string() const {
     if (m_read_position == std::string::npos)
         return std::string();
@@ -230,7 +230,7 @@ std::string serialize_text_buf::read_string() const {
 }
 
 serialize_buffer* serialize_text_buf::read_buffer() const {
-    // Never null: an empty buffer means that nothing is left, as an empty string does.
+    // Never null: an empty buffer means that nothing is left, just like an empty string.
     if (m_read_position == std::string::npos)
         return detail::marked(new serialize_text_buf());
     const int length = read_int32();

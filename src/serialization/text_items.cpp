@@ -11,7 +11,7 @@ namespace detail {
 namespace {
 
 // Contract: the message is that of `std::string::substr`. It is published, so it is written out
-// here instead of left to the installed standard library.
+// here and doesn't depend on the installed standard library.
 void require_position(std::size_t position, std::size_t size) {
     if (position > size)
         throw std::out_of_range("basic_string::substr: __pos (which is " +

@@ -4,7 +4,7 @@
 /// `serialize_text_buf` reads one item per call. The parser of the labeled buffer reads groups that
 /// are nested in the content of others, and works on them in place, as runs of bytes.
 ///
-/// Threads: nothing is shared; the caller owns content and position.
+/// Threads: functions without state; the caller owns content and position.
 #pragma once
 
 #include <tova/generic/convert/str_to_x.hpp>
@@ -19,7 +19,7 @@ namespace detail {
 // The last byte of each item.
 const char item_separator = 0x01;
 
-// Part of a content, without a copy of its bytes.
+// A part of the content, without a copy of its bytes.
 struct byte_run {
     const char* begin;
     std::size_t length;
@@ -32,10 +32,10 @@ struct byte_run {
 // the position is past the end; the position is already npos then.
 byte_run next_field(const byte_run& content, std::size_t& position);
 
-// Returns the bytes that a length field announces, as far as the content has them, and moves the
+// Returns as many bytes as the length field says, or those that the content has, and moves the
 // position past them and their separator.
 //
-// Contract: the separator is skipped by addition, without a look at it, and the sum wraps. From
+// Contract: the separator is skipped by addition, without examining it, and the sum wraps. From
 // npos (the length field had no separator) a length of 0 leads to position 0, which is why reading
 // a string at the end starts over. Raises `std::out_of_range` if the length isn't 0 and the
 // position is past the end; the position has already moved then.
@@ -44,9 +44,9 @@ byte_run next_bytes(const byte_run& content, std::size_t& position, int length);
 // Both of the above: reads a string item.
 byte_run next_string(const byte_run& content, std::size_t& position);
 
-// A field as a number, with the prefixes that the parser detects. An empty field is 0 and never
-// reaches the parser: to the signed ones a length of 0 means "up to the terminator", and a field
-// has none.
+// A field as a number, with the prefixes that the parser detects. An empty field is 0 and is never
+// passed to the parser: the signed ones take a length of 0 to mean "up to the terminator", and a
+// field has none.
 template <typename Number>
 Number as_integer(const byte_run& field,
                   Number (*parse)(const char*, unsigned long, types::radix_t::base, bool)) {
@@ -55,7 +55,7 @@ Number as_integer(const byte_run& field,
     return parse(field.begin, field.length, types::radix_t::detect, false);
 }
 
-// npos is past the end of every content.
+// npos is past the end of any content.
 inline bool at_end(const byte_run& content, std::size_t position) {
     return position >= content.length;
 }

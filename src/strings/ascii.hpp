@@ -1,16 +1,15 @@
 /// @file
 /// Classes of single bytes that no locale changes.
 ///
-/// The tokenizers below `parser` and others ask these questions for every byte of a document, and
-/// the answer must not depend on `setlocale`:
+/// The tokenizers of `parser` and others classify every byte of a document, and the result must not
+/// depend on `setlocale`:
 ///
 ///     detail::is_white_space('\r')      // true
 ///     detail::is_white_space('\v')      // false, unlike std::isspace
 ///     detail::is_ascii_letter('\xE4')   // false, whatever the locale
 ///
-/// A class that follows the locale is asked for by `strings/ctype.hpp` or by the C library's own
-/// functions. The functions read nothing but their argument, so any number of threads may call
-/// them.
+/// For classes that follow the locale, use `strings/ctype.hpp` or the C library's own functions.
+/// These functions read nothing but their argument, so any number of threads may call them.
 #pragma once
 
 namespace TOVA_2_18 {

@@ -9,7 +9,7 @@ namespace strings {
 
 namespace {
 
-// One unit at a time: a character of several units is not looked at, whatever its letters are.
+// One unit at a time: a character of several units is left alone, even if it is a letter.
 template <typename String>
 String lower_range(const String& text, std::size_t first, std::size_t last) {
     String result(text);
@@ -26,8 +26,8 @@ String upper_all(const String& text) {
     return result;
 }
 
-// A `last` of (size_t)-1 means the end. Any other one past the end breaks the caller's duty; it is
-// cut to the size, so that no memory but the string's is touched.
+// A `last` of (size_t)-1 means the end. Any other value past the end violates the precondition; it
+// is limited to the size, so only the string's memory is touched.
 template <typename String>
 String lower_in_bounds(const String& text, std::size_t first, std::size_t last) {
     return lower_range(text, first, std::min(last, text.size()));

@@ -6,21 +6,21 @@
 // iconv converts as far as it can. If it stops before the end of the input, its errno selects the
 // next step:
 //
-//   E2BIG   the output is full                      make room, and go on
-//   EILSEQ  a character that the target lacks, or   skip one byte of input, write "?", and go on
+//   E2BIG   the output is full                      make room and continue
+//   EILSEQ  a character that the target lacks, or   skip one byte of input, write "?", continue
 //           a byte that the source doesn't know
 //   EINVAL  the input ends within a character       drop the rest
 //   other   iconv is broken                         raise
 //
-// After an error iconv is offered a small window of the input, then larger ones, because a call
-// costs as much as what it is offered, not as what it converts.
+// After an error iconv is given a small window of the input, then larger ones, because the cost of
+// a call depends on what it is given, not on what it converts.
 //
-// A `conversion` holds the state of the loop: the input not yet read, the output made so far, and
-// the room that iconv may fill next. Invariant: offset + room <= size of the output. The room can
-// be less than what the output has left, see `make_room`.
+// A `conversion` holds the state of the loop: the input not yet read, the output so far, and the
+// room that iconv may fill next. Invariant: offset + room <= size of the output. The room can be
+// less than the output has left, see `make_room`.
 //
 // iconv is called for all characters at once, ASCII included. A faster path for runs of ASCII would
-// go in front of the call in `conversion::run`.
+// go before the call in `conversion::run`.
 #include <tova/strings/code_page.hpp>
 
 #include <tova/exceptions/exceptions.hpp>
@@ -39,12 +39,12 @@ namespace strings {
 namespace {
 
 const char source_path[] = "strings/code_page";  // path below src/, no extension
-const unsigned int to_system_type_line = 589;    // published; it stays when the code moves
+const unsigned int to_system_type_line = 589;    // published; it stays the same when the code moves
 
 const std::size_t iconv_failed = static_cast<std::size_t>(-1);
 
-// The names that iconv knows the pages by. The three locale values are not here: their name is
-// asked for at each conversion.
+// The names of the pages in iconv. The three locale values are missing: their name is looked up on
+// each conversion.
 const struct {
     code_page::encoding_type page;
     const char* name;
@@ -78,7 +78,7 @@ const struct {
     {code_page::encoding_125100, "ANSI_X3.4-1968"},
 };
 
-// The published locations of one direction's raises.
+// The published locations of the exceptions of one direction.
 struct locations {
     const char* function;
     unsigned int not_supported_line;
@@ -140,12 +140,12 @@ public:
 
     bool has_input() const { return m_input_left > 0; }
 
-    // Converts as far as iconv can. Returns false if it stopped; errno then says why.
+    // Converts as far as iconv can. Returns false if it stopped; errno then has the reason.
     //
-    // After an error the rest of the input is offered in windows that begin small and double. iconv
-    // decodes a large block of what it is offered before it finds that the target lacks the first
-    // character, and it would do so again for each such character. A character that the end of a
-    // window cuts is offered again with the next one.
+    // After an error the rest of the input is offered in windows that start small and double in
+    // size. iconv decodes a large block of its input before it notices that the target lacks the
+    // first character, and it would do so again for each such character. A character cut by the end
+    // of a window is offered again with the next window.
     bool run(iconv_t handle) {
         const std::size_t left_before = m_input_left;
         const std::size_t room_before = m_room;
@@ -166,10 +166,10 @@ public:
     }
 
     // Contract: the output grows by twice the input left, and the room becomes exactly that, even
-    // if the output has more. How a string that ends within a character is converted depends on it.
+    // if the output has more. The result for a string that ends within a character depends on this.
     //
-    // One case needs more: a last byte that becomes three would be offered two for ever. If room
-    // was made before and nothing could be converted since, all that the output has is room.
+    // One case needs more: a last byte that becomes three would get room for two forever. If room
+    // was made before and nothing could be converted since, the rest of the output becomes room.
     void make_room() {
         const bool in_vain = m_made_room && m_stood_still;
         grow(m_input_left);
@@ -181,12 +181,12 @@ public:
     // Writes "?" for the byte at the input.
     //
     // Contract: one "?" for each byte, so a character of three bytes that the target lacks becomes
-    // three of them. A page that composes characters may still hold a letter; it comes out after
-    // the "?".
+    // three of them. A page that composes characters may still hold a letter back; it is written
+    // after the "?".
     void replace_invalid_byte() {
         write_mark();
-        // Where windows matter, the rest of a UTF-8 character needs no call: iconv would refuse it
-        // byte by byte, as no character begins with a continuation.
+        // Where windows matter, the rest of a UTF-8 character needs no call: iconv would reject it
+        // byte by byte, since no character begins with a continuation.
         while (m_from_utf8 && m_input_left > window_after_error &&
                detail::is_continuation(static_cast<unsigned char>(*m_input)))
             write_mark();
@@ -194,7 +194,7 @@ public:
 
     // The input ends within a character.
     //
-    // Contract: with room left the output just ends here. Without room it gains two NUL bytes.
+    // Contract: if room is left, the output just ends here. If not, two NUL bytes are appended.
     void end_within_character() {
         if (m_room == 0) {
             m_output.resize(m_output.size() + 2);
@@ -210,12 +210,12 @@ public:
 
 private:
     static const std::size_t unlimited = static_cast<std::size_t>(-1);
-    // Longer than any character, so that each window moves on.
+    // Longer than any character, so that each window makes progress.
     static const std::size_t window_after_error = 16;
 
     void write_mark() {
-        // Some tables of iconv step over what they refuse (A2 E8 of CP949), so that at the end of
-        // the input no byte is left to skip. The "?" still replaces the character.
+        // Some iconv tables step over what they reject (A2 E8 in CP949), so at the end of the input
+        // no byte may be left to skip. The "?" still replaces the character.
         if (m_room == 0)
             grow(std::max<std::size_t>(m_input_left, 1));
         if (m_input_left > 0) {
@@ -236,12 +236,12 @@ private:
     char* m_input;
     std::size_t m_input_left;
     std::string m_output;
-    std::size_t m_offset;  // bytes of the output made so far
+    std::size_t m_offset;  // bytes of output so far
     std::size_t m_room;    // bytes that iconv may write next
     const bool m_from_utf8;
     std::size_t m_window;  // bytes of input that iconv is offered at most
     bool m_made_room;      // since the last "?"
-    bool m_stood_still;    // the last run read and wrote nothing, all its windows together
+    bool m_stood_still;    // the last run, all its windows together, read and wrote nothing
 };
 
 std::string convert(const char* to, const char* from, const std::string& source,
@@ -270,8 +270,8 @@ std::string convert(const char* to, const char* from, const std::string& source,
         }
     }
 
-    // Contract: iconv is not flushed. A page that composes characters keeps a last letter to
-    // itself, and a stateful one its last shift sequence.
+    // Contract: iconv is not flushed. A page that composes characters never writes its last letter,
+    // and a stateful page never writes its last shift sequence.
     std::string result = work.take_output();
     if (iconv_close(handle.release()) != 0)
         raise("iconv failed to close", at.close_failed_line, at);
@@ -331,8 +331,8 @@ code_page& code_page::assign(const encoding_type& value) {
 }
 
 bool code_page::equal(const types::nil_t&) const {
-    // Contract: nil means a number outside the enumeration here, although assigning nil sets 0. An
-    // object that was assigned nil doesn't equal nil.
+    // Contract: here nil means a number outside the enumeration, although assigning nil sets 0. An
+    // object to which nil was assigned doesn't equal nil.
     return static_cast<int>(m_type) < 0;
 }
 

@@ -1,17 +1,17 @@
 /// @file
 /// The C library's character classes and case mapping, for one unit of any width.
 ///
-/// In C `tolower`, `isspace` and their siblings are macros that look into a table. In C++ the
-/// standard library switches these macros off, and each question is a call through the PLT. The
-/// functions below look into the same tables:
+/// In C, `tolower`, `isspace` and their siblings are macros that look up a table. In C++ the
+/// standard library disables these macros, and each lookup is a call through the PLT. The functions
+/// below use the same tables:
 ///
 ///     detail::lower('A')                                // 'a'
 ///     detail::is_space(static_cast<unsigned short>(9))  // true
 ///
 /// A table is indexed by a `char` with its sign and covers -128 to 255. A unit outside that range
-/// belongs to no class and maps to itself, so no wide unit is mistaken for the byte that it ends
-/// with. The tables are those of the calling thread's current locale; they are only read, and any
-/// number of threads may ask.
+/// belongs to no class and maps to itself, so no wide unit is mistaken for its low byte. The tables
+/// are those of the calling thread's current locale; they are only read, so any number of threads
+/// may call these functions.
 #pragma once
 
 #include <ctype.h>
@@ -52,7 +52,8 @@ inline bool is_alnum(Unit unit) {
 }
 
 // Contract: a table maps the values below 0 to those from 128 up, so the 32-bit units -128 to -2
-// become 128 to 254. In the narrower widths the low bits are kept and nothing shows.
+// become 128 to 254. In the narrower widths only the low bits are kept, and there is no visible
+// difference.
 template <typename Unit>
 inline Unit lower(Unit unit) {
     return in_ctype_table(unit)

@@ -45,9 +45,9 @@ std::string from_ansi(const std::string& text) {
 
 unsigned int replace_all(std::string& text, const std::string& search,
                          const std::string& replacement) {
-    // Contract: an empty search is not refused here. It is found wherever it is looked for, so the
-    // string grows by the replacement each time until memory runs out; with an empty replacement
-    // the loop just goes on. `strings::replace_all` returns 0 instead.
+    // Contract: an empty search string is not rejected here. It matches everywhere, so the string
+    // grows by the replacement each time until memory runs out; with an empty replacement the loop
+    // never ends. `strings::replace_all` returns 0 instead.
     for (std::string::size_type match = 0; search.empty(); match += replacement.size())
         text.insert(match, replacement);
     return strings::replace_all(text, search, replacement);

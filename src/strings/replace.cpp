@@ -7,8 +7,8 @@ namespace strings {
 
 namespace {
 
-// A replacement that is no longer than what it replaces: the string is compacted in place. The
-// write position never passes the read position, so what is searched has not been written to.
+// For a replacement that is no longer than what it replaces: the string is compacted in place. The
+// write position never passes the read position, so the part still to be searched is unchanged.
 template <typename String, typename Searcher>
 unsigned int replace_in_place(String& text, const String& search, const String& replacement,
                               Searcher& searcher, std::size_t match) {
@@ -30,8 +30,8 @@ unsigned int replace_in_place(String& text, const String& search, const String& 
     return count;
 }
 
-// A longer replacement: a new string is written, into room of its final size. Both forms take
-// linear time, where one insertion or removal for each match would take quadratic time.
+// For a longer replacement: a new string is allocated in its final size and written. Both forms
+// take linear time; inserting or removing for each match would take quadratic time.
 template <typename String, typename Searcher>
 unsigned int replace_growing(String& text, const String& search, const String& replacement,
                              Searcher& searcher, std::size_t match) {

@@ -1,5 +1,5 @@
 /// @file
-/// A search for one string in another that takes linear time, whatever both hold.
+/// A search for one string in another that takes linear time, whatever the strings contain.
 ///
 ///     detail::searcher<char> search("ab", 2);
 ///     search.find("xxab", 4, 0);  // 2
@@ -7,10 +7,10 @@
 ///
 /// The plain search looks for the first unit and compares there. It is the fastest on ordinary
 /// strings, but "aaa...b" in "aaa...a" costs it the product of both sizes. So a searcher counts the
-/// units that it compared in vain; if they are many for the distance that it moved, it goes on by
-/// the two-way algorithm, which compares each unit at most twice and needs no table.
+/// units that it compared in vain; if there are too many for the distance that it moved, it
+/// continues with the two-way algorithm, which compares each unit at most twice and needs no table.
 ///
-/// A searcher refers to the units that it looks for and belongs to one thread.
+/// A searcher refers to the units that it searches for and belongs to one thread.
 #pragma once
 
 #include <cstddef>
@@ -59,7 +59,8 @@ public:
     }
 
 private:
-    // Units compared in vain that a search may spend before and for each unit that it moves.
+    // How many units a search may compare in vain: a fixed number, plus a number for each unit that
+    // it moves.
     static const std::size_t free_units = 256;
     static const std::size_t units_per_step = 4;
 
@@ -94,7 +95,7 @@ private:
         return equal;
     }
 
-    // Where the greatest suffix begins, in the order of the units or in the reverse order, and the
+    // The start of the greatest suffix, in the order of the units or in the reverse order, and the
     // period of that suffix.
     std::size_t greatest_suffix(bool reverse, std::size_t& period) const {
         std::size_t suffix = 0;
@@ -122,8 +123,8 @@ private:
         return suffix;
     }
 
-    // Cuts the wanted string in two so that a mismatch in the right part, read forwards, moves the
-    // search past what was read. The left part is read only after the right one matched.
+    // Splits the wanted string in two so that a mismatch in the right part, read forward, moves the
+    // search past what was read. The left part is read only after the right part has matched.
     void prepare_two_way() {
         std::size_t period;
         std::size_t reverse_period;
@@ -140,7 +141,7 @@ private:
     }
 
     std::size_t find_by_two_ways(const Unit* text, std::size_t size, std::size_t at) const {
-        std::size_t known = 0;  // units at the front that match already
+        std::size_t known = 0;  // units at the front that are known to match
         while (at <= size && size - at >= m_size) {
             std::size_t k = known > m_cut ? known : m_cut;
             while (k < m_size && m_wanted[k] == text[at + k])

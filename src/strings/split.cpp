@@ -24,8 +24,8 @@ std::vector<String> split(const String& text, const String& separator, int limit
             break;
         fields.emplace_back(text, position, match - position);
         position = match + separator.size();
-        // Contract: the limit is compared after the split, so 0 and below never match and mean no
-        // limit; the splits aren't counted then.
+        // Contract: the limit is compared after a split, so a limit of 0 or less never matches and
+        // means no limit; the splits aren't counted then.
         if (limit > 0 && ++count == limit)
             break;
     }

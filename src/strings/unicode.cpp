@@ -14,10 +14,11 @@
 //
 // What is valid is decided in utf8.hpp and utf16.hpp, and only by structure: a lead byte with its
 // continuations, a high surrogate with its low one. Overlong forms, encoded surrogates and values
-// above U+10FFFF pass. Conversions, `unichar`, `character_index` and `gh2::validate_utf8` all walk
-// by this one rule, so an offset that one of them found is a character for the others.
+// above U+10FFFF pass. Conversions, `unichar`, `character_index` and `gh2::validate_utf8` all
+// follow this one rule, so an offset found by one of them is the start of a character for the
+// others.
 //
-// "-1" replaces the whole result; a caller never sees a part of a string. Nothing here raises an
+// "-1" replaces the whole result; a caller never sees a partial string. Nothing here raises an
 // exception of the library.
 #include <tova/strings/unicode.hpp>
 
@@ -48,8 +49,8 @@ unsigned int fail(unsigned long& advance) {
     return '?';
 }
 
-// Appends what a kernel makes of the source, a block at a time. Returns false if the kernel met an
-// invalid unit. `Widest` is the most units that one unit of the source becomes.
+// Appends the output of a kernel, a block at a time. Returns false if the kernel finds an invalid
+// unit. One unit of the source becomes at most `Widest` units.
 template <std::size_t Widest, typename Result, typename Source, typename Unit>
 bool append_blocks(Result& result, const Source* source, std::size_t size,
                    kernels::progress (*convert)(const Source*, std::size_t, Unit*)) {
@@ -119,9 +120,9 @@ ustring16 utf8_to_utf16(const ustring8& source) {
 }
 
 ustring8 utf16_to_utf8(const ustring16& source) {
-    // Contract: the swap returns its argument, so a string in the other byte order never arrives
-    // and the stack runs out. Callers bring such a string into host order first. The first unit of
-    // an empty string is its terminator.
+    // Contract: the swap returns its argument unchanged, so for a string in the other byte order
+    // the recursion never ends and the stack overflows. Callers convert such a string to host order
+    // first. The first unit of an empty string is its terminator.
     if (source[0] == swapped_mark)
         return utf16_to_utf8(swap_string_bytes_order(source));
 
@@ -176,8 +177,9 @@ unsigned long character_index(const ustring8& text, unsigned long character) {
             return failed;
         offset += taken;
     }
-    // Contract: the walk goes on past the terminator, where every byte reads as 0 and counts as a
-    // character. The rest of the walk is therefore one byte each, and nothing is read there.
+    // Contract: the walk continues past the terminator, where every byte reads as 0 and counts as a
+    // character. The rest of the walk is therefore one byte per character, and no memory is read
+    // there.
     return offset + character;
 }
 

@@ -5,8 +5,8 @@
 // `detail::read_sequence` or `detail::read_units`, one character at a time.
 //
 // The block forms stop after `block_size` units so that their results fit on the stack of the
-// caller. A character that begins within the block is converted whole, so the next block starts
-// between characters.
+// caller. A character that begins within the block is converted completely, so the next block
+// starts between characters.
 #include "strings/unicode_kernels.hpp"
 
 #include "strings/ascii_run.hpp"
@@ -27,8 +27,9 @@ const progress invalid_block = {0, 0};
 
 // Writes the two units of a complete four-byte sequence.
 //
-// Contract: the value isn't checked, so the unsigned terms wrap before they are cut to 16 bits. An
-// overlong F0 80 80 80 becomes D7C0 DC00, and F4 90 80 80, above Unicode, becomes DC00 DC00.
+// Contract: the value isn't checked, so the unsigned terms wrap before they are truncated to 16
+// bits. An overlong F0 80 80 80 becomes D7C0 DC00, and F4 90 80 80, above Unicode, becomes DC00
+// DC00.
 void write_pair(const unsigned char* sequence, unsigned short* to) {
     const unsigned int b = sequence[0];
     const unsigned int c1 = sequence[1];
@@ -51,8 +52,8 @@ std::size_t count_characters(const unsigned char* from, std::size_t size) {
     return count;
 }
 
-// `to` needs no more room than `size` units: a sequence of n bytes becomes one unit, or two for n
-// = 4.
+// `to` needs room for at most `size` units: a sequence of n bytes becomes one unit, or two if n is
+// 4.
 std::size_t utf8_to_utf16(const unsigned char* from, std::size_t size, unsigned short* to) {
     std::size_t k = 0;
     for (std::size_t i = 0; i < size;) {
@@ -119,7 +120,8 @@ progress utf8_to_utf32(const unsigned char* from, std::size_t size, wchar_t* to)
             k += 8;
             continue;
         }
-        // Contract: a byte that begins no sequence is skipped alone, so what follows it is decoded.
+        // Contract: only the byte that doesn't begin a sequence is skipped, so what follows it is
+        // decoded.
         unsigned int point = '?';
         const std::size_t taken = detail::read_sequence(from + i, size - i, point);
         to[k++] = static_cast<wchar_t>(point);
@@ -150,8 +152,8 @@ progress utf32_to_utf8(const wchar_t* from, std::size_t size, char* to) {
         const int c = from[i];
         if (detail::is_surrogate(c))
             return invalid_block;
-        // Contract: a negative value is below 0x80 and becomes its low byte; a value above
-        // Unicode is dropped without a trace, although a surrogate makes the whole string invalid.
+        // Contract: a negative value is below 0x80 and becomes its low byte; a value above Unicode
+        // is dropped silently, although a surrogate makes the whole string invalid.
         if (c < 0x80)
             to[k++] = static_cast<char>(c);
         else if (c < unicode_end)

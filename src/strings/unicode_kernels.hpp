@@ -17,19 +17,21 @@ namespace kernels {
 
 const std::size_t invalid = static_cast<std::size_t>(-1);
 
-// The bytes that are no continuation: the characters of a valid string, and at most those of any
-// other.
+// The number of bytes that are not continuations: the number of characters of a valid string, and
+// an upper limit for any other.
 std::size_t count_characters(const unsigned char* from, std::size_t size);
 
-// The units written to `to`, which has room for `size`; `invalid` for a byte that begins no
-// sequence.
+// The number of units written to `to`, which has room for `size`; `invalid` for a byte that doesn't
+// begin a sequence.
 std::size_t utf8_to_utf16(const unsigned char* from, std::size_t size, unsigned short* to);
 
-// The bytes written to `to`, which has room for 4 * `size`; `invalid` for an unpaired surrogate.
+// The number of bytes written to `to`, which has room for 4 * `size`; `invalid` for an unpaired
+// surrogate.
 std::size_t utf16_to_utf8(const unsigned short* from, std::size_t size, char* to);
 
-// The other four append to a string, so they convert a block at a time: the characters that begin
-// in the first `block_size` of the `size` units at `from`, of which there is at least one.
+// The results of the other four are appended to a string, so they convert a block at a time: the
+// characters that begin in the first `block_size` of the `size` units at `from`. There is at least
+// one unit.
 
 const std::size_t block_size = 256;
 

@@ -7,7 +7,7 @@ namespace strings {
 
 namespace {
 
-// One allocation for both operands, where a copy and an append would take two.
+// A single allocation for both operands; a copy and an append would need two.
 ustring8 join(const char* left, std::size_t left_size, const char* right, std::size_t right_size) {
     ustring8 result;
     result.reserve(left_size + right_size);
@@ -20,7 +20,7 @@ ustring8 join(const char* left, std::size_t left_size, const char* right, std::s
 // Out of line, unlike the other constructors: its symbol is part of the interface.
 ustring8::ustring8(const char* text) : base_type(_private::require_text(text)) {}
 
-// Sizes first: most strings that differ differ there.
+// Compares sizes first: most unequal strings have different sizes.
 bool operator==(const ustring8& left, const ustring8& right) {
     return left.size() == right.size() && left.compare(right) == 0;
 }

@@ -4,9 +4,9 @@
 ///     unsigned int point;
 ///     detail::read_sequence(bytes, left, point);  // 3 and 0x20AC for E2 82 AC
 ///
-/// A sequence is a lead byte and as many continuation bytes as the lead announces. All functions of
-/// the library that walk UTF-8 use this rule, so they agree on where each character ends. Pure
-/// functions; any number of threads may call them.
+/// A sequence is a lead byte and as many continuation bytes as the lead byte requires. All
+/// functions of the library that walk UTF-8 use this rule, so they agree on where each character
+/// ends. Pure functions; any number of threads may call them.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@ inline bool is_continuation(unsigned int byte) {
     return (byte & 0xC0) == 0x80;
 }
 
-// The length of the sequence that a first byte announces, or 0 for a byte that begins none.
+// The length of the sequence that starts with this byte, or 0 for a byte that cannot start one.
 inline std::size_t announced_length(unsigned int byte) {
     if (byte < 0x80)
         return 1;

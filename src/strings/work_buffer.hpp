@@ -15,7 +15,7 @@ namespace strings {
 namespace detail {
 
 // A fixed number of units, allocated once and filled by index. Small buffers are on the stack. The
-// units are not cleared, because only what was filled is copied out.
+// units are not initialized, because only those that were filled are copied out.
 template <typename Unit>
 class work_buffer {
 public:

@@ -13,7 +13,8 @@ namespace types {
 
 namespace {
 
-// The length in a unit, from md. 0 for a type that is no unit: subclasses choose theirs freely.
+// Converts a length from md to a unit. 0 for a type that is not a unit: subclasses may use any
+// value.
 double length_of(double md, absolute_unit::unit_types unit) {
     switch (unit) {
     case absolute_unit::md:

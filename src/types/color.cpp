@@ -21,8 +21,8 @@ color_t::color_t(unsigned char red, unsigned char green, unsigned char blue, uns
 color_t::color_t(unsigned char red, unsigned char green, unsigned char blue)
     : m_red(red), m_green(green), m_blue(blue), m_alpha(255) {}
 
-// The copy constructor and the destructor are calls, not trivial, so compilers pass a color by
-// reference at machine level. Callers depend on that.
+// The copy constructor and the destructor are not trivial, so compilers pass a color by reference
+// at machine level. Callers depend on that.
 color_t::~color_t() TOVA_NOTHROW {}
 
 color_t color_t::rgba(const int& word) {
@@ -55,7 +55,8 @@ color_t& color_t::operator=(const color_t& source) {
     return assign(source);
 }
 
-// The word is the four bytes in memory order, so the byte order of the host decides where red is.
+// The word is the four bytes in memory order, so the byte order of the host determines where red
+// is.
 color_t& color_t::assign(int word) {
     unsigned char bytes[sizeof word];
     std::memcpy(bytes, &word, sizeof word);

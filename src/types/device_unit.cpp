@@ -20,7 +20,7 @@ device_unit::device_unit(const signed char& value) : m_value(value) {}
 device_unit::device_unit(const short& value) : m_value(value) {}
 
 // Contract: a long keeps its low 32 bits, while a floating-point value out of range becomes the
-// least int.
+// smallest int.
 device_unit::device_unit(const long& value) : m_value(static_cast<int>(value)) {}
 
 device_unit::device_unit(const unsigned char& value) : m_value(value) {}

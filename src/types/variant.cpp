@@ -10,8 +10,8 @@ namespace types {
 
 namespace {
 
-// Makes a body for a handle to hold. The value is copied before the body is allocated, so a failure
-// leaves nothing behind.
+// Creates a body for a handle to hold. The value is copied before the body is allocated, so nothing
+// leaks if that fails.
 template <typename T>
 variant_type* make_body(T value) {
     variant_type* const body = new variant_value_t<T>(std::move(value));
@@ -21,12 +21,13 @@ variant_type* make_body(T value) {
 
 }  // namespace
 
-// Contract: each nil handle has a new body; no global one is shared.
+// Contract: each nil handle has a body of its own; no global body is shared.
 variant::variant() : m_body(make_body(nil_t())) {}
 
 variant::variant(nil_t&) : m_body(make_body(nil_t())) {}
 
-// A body for each of the other seventeen types; pointers make the body of the string they refer to.
+// A body for each of the other seventeen types; a pointer gets the body of the string that it
+// points to.
 variant::variant(const signed char& value) : m_body(make_body(value)) {}
 
 variant::variant(const short& value) : m_body(make_body(value)) {}
@@ -87,7 +88,8 @@ variant& variant::operator=(const nil_t&) {
     return *this;
 }
 
-// The comparison of `std::type_info` is the standard one, so a body of another module counts, too.
+// The standard comparison of `std::type_info` is used, so a body created in another module matches,
+// too.
 bool variant::equal(const nil_t&) const TOVA_NOTHROW {
     return type() == typeid(nil_t);
 }
@@ -104,7 +106,7 @@ const std::type_info& variant::type() const {
     return m_body->type();
 }
 
-// The conversions forward to the slot of the same name.
+// The conversions forward to the slot with the same name.
 bool variant::as_bool() const {
     return m_body->as_bool();
 }
@@ -165,8 +167,8 @@ unsigned long variant::as_uint64() const {
     return m_body->as_uint64();
 }
 
-// Contract: these five go through the signed conversion of their width, although an unsigned one
-// exists. The string "4294967295" is 2147483647 here.
+// Contract: these five use the signed conversion of their width, although an unsigned one exists.
+// The string "4294967295" is 2147483647 here.
 int variant::as_signed() const {
     return m_body->as_int();
 }
@@ -187,7 +189,7 @@ unsigned short variant::as_ushort() const {
     return static_cast<unsigned short>(m_body->as_short());
 }
 
-// Contract: a nil handle has an empty string, while its body says "0".
+// Contract: a nil handle converts to an empty string, while its body converts to "0".
 strings::ustring8 variant::as_string() const {
     return equal(nil) ? strings::ustring8() : m_body->as_string();
 }
@@ -212,7 +214,7 @@ strings::ustring32 variant::as_utf32() const {
     return equal(nil) ? strings::ustring32() : m_body->as_utf32();
 }
 
-// No test for nil here: a nil body prints as 0.
+// No test for nil here: a nil body is printed as 0.
 std::ostream& operator<<(std::ostream& stream, const variant& value) {
     return value.m_body->ostream(stream);
 }

@@ -55,8 +55,8 @@ struct conversions;
 
 // --- Nil ---------------------------------------------------------------------------------------
 
-// Contract: the body says "0", while its handle has an empty string. Code that prints or stores a
-// body without a handle relies on a string that reads back as a number.
+// Contract: the body converts to "0", while its handle converts to an empty string. Code that
+// prints or stores a body without a handle relies on a string that reads back as a number.
 template <>
 struct conversions<nil_t> {
     template <typename Number>
@@ -102,7 +102,7 @@ struct integer_conversions {
     static ustring32 utf32(T value) { return decimal<ustring32>(value); }
     static std::wstring wide(T value) { return decimal<std::wstring>(value); }
 
-    // Contract: a stream takes `signed char` and `unsigned char` for characters, while their
+    // Contract: a stream writes `signed char` and `unsigned char` as characters, while their
     // strings are digits.
     static void print(std::ostream& stream, T value) { stream << value; }
 
@@ -190,7 +190,7 @@ struct conversions<bool> : stream_conversions<bool> {
     static bool boolean(const bool& value) { return value; }
 
 private:
-    // Contract: the stored byte decides, and only the byte 1 is 1.
+    // Contract: the result depends on the stored byte, and only the byte 1 becomes 1.
     static int byte(const bool& value) {
         return *reinterpret_cast<const unsigned char*>(&value) == 1 ? 1 : 0;
     }
@@ -239,8 +239,8 @@ struct floating_conversions : stream_conversions<T> {
     }
     static bool boolean(T value) { return value != T(0); }  // true for a NaN
 
-    // Contract: the narrow string, decoded. The difference shows in a global locale that punctuates
-    // narrow and wide numbers differently.
+    // Contract: this is the narrow string, decoded. The difference is visible in a global locale
+    // that punctuates narrow and wide numbers differently.
     static std::wstring wide(T value) { return stream_conversions<T>::utf32(value); }
 };
 
@@ -259,8 +259,8 @@ struct conversions<long double> : floating_conversions<long double> {
 
 // --- Strings -----------------------------------------------------------------------------------
 
-// One name for the parsers, chosen by the type of the result. They detect the radix, saturate and
-// never throw.
+// A single name for the parsers, selected by the type of the result. They detect the radix,
+// saturate and never throw.
 template <typename Unit>
 void parse(const Unit* text, unsigned long length, signed char& result) {
     result = convert::str_to_int8(text, length, radix_t::detect, false);
@@ -311,7 +311,7 @@ Floating parsed(const ustring8& text) {
     return result;
 }
 
-// What all five string types do in the same way.
+// The rules that all five string types share.
 //
 // Contract: integers are parsed from the code units, in every width, while floating-point values
 // are parsed from UTF-8. A string that doesn't convert to UTF-8 ("-1") may therefore be 5 as an
@@ -329,7 +329,7 @@ struct string_conversions {
     }
 };
 
-// Contract: prints as a C string, up to the first NUL. Only a `std::string` prints whole.
+// Contract: printed as a C string, up to the first NUL. Only a `std::string` is printed completely.
 void print_up_to_nul(std::ostream& stream, const ustring8& text) {
     stream << text.c_str();
 }
@@ -393,7 +393,7 @@ struct conversions<ustring32> : utf32_conversions<ustring32> {
 
 template <>
 struct conversions<std::wstring> : utf32_conversions<std::wstring> {
-    // Contract: not the string, but a mark for debugging with the address of the stored value.
+    // Contract: this is not the string, but a debugging aid with the address of the stored value.
     static void print(std::ostream& stream, const std::wstring& text) {
         stream << "< " << typeid(std::wstring).name() << " instance at "
                << static_cast<const void*>(&text) << " >";
@@ -420,7 +420,7 @@ const std::type_info& variant_value_t<T>::type() const TOVA_NOTHROW {
     return typeid(T);
 }
 
-// The copy starts with a count of 0: the base copies neither count nor heap mark.
+// The copy starts with a count of 0: the base class copies neither the count nor the heap mark.
 template <typename T>
 variant_type* variant_value_t<T>::clone() TOVA_NOTHROW {
     variant_value_t* const copy = new variant_value_t(*this);

@@ -2,15 +2,15 @@
 //
 // Two byte orders exist: that of the host, which is little-endian, and the swapped one, with the
 // most significant byte first. The four templates below, a writer and a reader for each order, do
-// all the work. The 67 functions after them only name a type and an order:
+// all the work. The 67 functions after them only select a type and an order:
 //
 //   generic::convert                host order
 //   generic::convert::little_endian swapped
 //   generic::convert::big_endian    swapped
 //
-// The sets are published with gaps: some readers exist for `const char*` alone, some for
-// `const std::string&` alone, and `big_endian` reads no `float`. Each function is spelled out,
-// because its name is a symbol of the shared object; one set can't be an alias of another.
+// The sets are published with gaps: some readers exist for `const char*` alone, some for `const
+// std::string&` alone, and `big_endian` reads no `float`. Each function is spelled out because its
+// name is a symbol of the shared object; one set can't be an alias of another.
 #include <tova/generic/convert/binary.hpp>
 
 #include <algorithm>
@@ -35,8 +35,8 @@ Value from_host_bytes(const char* bytes) {
     return value;
 }
 
-// 0 for a string shorter than the limit. Where the limit is below the size of the value, the
-// missing bytes read as 0, so that nothing past the end of the string is read.
+// Returns 0 for a string shorter than the limit. If the limit is below the size of the value,
+// missing bytes count as 0, so nothing past the end of the string is read.
 template <typename Value>
 Value from_host_bytes(const std::string& bytes, std::size_t limit = sizeof(Value)) {
     if (bytes.size() < limit)
@@ -151,8 +151,8 @@ float bin_str_to_float(const char* bytes) {
     return from_host_bytes<float>(bytes);
 }
 
-// Contract: this form and that of `double` have each other's limit. A string of the four bytes of a
-// `float` reads as 0.0 here; it is read through `const char*`.
+// Contract: this form and the one for `double` have their limits swapped. The four bytes of a
+// `float` read as 0.0 here; use the `const char*` form for them.
 float bin_str_to_float(const std::string& bytes) {
     return from_host_bytes<float>(bytes, sizeof(double));
 }
@@ -161,13 +161,13 @@ double bin_str_to_double(const char* bytes) {
     return from_host_bytes<double>(bytes);
 }
 
-// Contract: four bytes are enough here, the counterpart of the limit of the `float` form.
+// Contract: four bytes are enough here; the limits of this form and the `float` form are swapped.
 double bin_str_to_double(const std::string& bytes) {
     return from_host_bytes<double>(bytes, sizeof(float));
 }
 
 // Contract: both named sets put the most significant byte first, whatever their names suggest.
-// Files and peers hold bytes written by either.
+// Existing files and peers use bytes written by either.
 
 namespace little_endian {
 

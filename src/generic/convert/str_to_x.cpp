@@ -1,30 +1,30 @@
 // Strings to numbers. The integer parsers are written here; the floating ones are in
 // floating_reader.cpp, and a standard stream reads for locales other than the classic one.
 //
-// Most integers are a minus or none, a digit that opens no prefix, and more digits. `read_decimal`
-// reads these, eight characters at a time. It only ever reads what the stages below read the same:
-// an integer that begins in another way is read by them, in one pass:
+// Most integers are an optional minus sign, a digit that doesn't start a prefix, and more digits.
+// `read_decimal` reads these, eight characters at a time, with the same result as the stages below.
+// An integer that begins in any other way goes through the stages, in one pass:
 //
 //   whitespace -> sign -> radix check -> prefix, if the radix is 0 -> first digit -> digits -> sign
 //
 // A `number_cursor` walks over the units. Each step that moves it returns whether units are left,
-// and a parser returns 0 as soon as a step says no before the first digit. From the first digit on
+// and a parser returns 0 if a step returns false before the first digit. After the first digit
 // there is a number, and whatever ends it is ignored.
 //
 // Invariants: the position is below the length whenever a unit is read. The one exception is a
 // length of 0 in the unsigned parser, where the position starts at the length and the first unit is
-// read all the same. The magnitude read so far never exceeds the limit, so no multiplication wraps.
+// still read. The magnitude read so far never exceeds the limit, so no multiplication wraps.
 //
 // `strtointx` and `strtouintx` are two functions on purpose. They share the stages up to the first
 // digit and the loop over the digits, and differ in everything around them:
 //
 //                          strtointx                      strtouintx
-//   length of 0            measured up to the terminator  taken as it is
+//   length of 0            measured up to the terminator  used as given
 //   radix compared         signed                         unsigned
-//   limit of a negative    one more than the greatest     the greatest value; the sign is refused
+//   limit of a negative    one more than the greatest     the greatest value; the sign is rejected
 //                          value                          after the number was read
 //
-// Their names, the source path and the line numbers below travel in the exceptions.
+// Exceptions carry their names, the source path and the line numbers below.
 #include <tova/generic/convert/str_to_x.hpp>
 
 #include <tova/exceptions/exceptions.hpp>
@@ -55,8 +55,8 @@ const char source_path[] = "generic/convert/str_to_x";  // path below src/, no e
 const char signed_parser[] = "strtointx";
 const char unsigned_parser[] = "strtouintx";
 
-// No line is published for these raises. The numbers are our own choice, and they stay when the
-// code moves, so that a number seen in a report names the same raise in every release.
+// No line is published for these exceptions. The numbers are our own choice and stay the same when
+// the code moves, so a number in a bug report identifies the same throw in every release.
 const unsigned signed_radix_line = 88;
 const unsigned signed_range_line = 131;
 const unsigned unsigned_radix_line = 178;
@@ -69,21 +69,22 @@ const unsigned unsigned_sign_line = 233;
         function);
 }
 
-// A number outside the range of the result.
+// Raised for a number outside the range of the result.
 [[noreturn]] void raise_range(bool negative, unsigned line, const char* function) {
     if (negative)
         throw exceptions::underflow_error("Number value is to small", line, source_path, function);
     throw exceptions::overflow_error("Number value is to large", line, source_path, function);
 }
 
-// Most strings begin with a digit, which is whitespace in no locale: the table isn't asked for it.
+// Most strings begin with a digit, which isn't whitespace in any locale, so digits skip the table
+// lookup.
 template <typename Unit>
 inline bool is_whitespace(Unit unit) {
     return !(unit >= '0' && unit <= '9') && strings::detail::is_space(unit);
 }
 
-// The value of a digit, or -1 for any other unit. The whole unit is compared, as a signed number,
-// so that neither a byte from 0x80 up nor a wide unit that ends like a digit is taken for one. A
+// The value of a digit, or -1 for any other unit. The whole unit is compared as a signed number, so
+// neither a byte from 0x80 up nor a wide unit whose low byte is a digit is mistaken for a digit. A
 // negative radix has no digits.
 inline long digit_value(long unit, long radix) {
     if (unit >= '0' && unit < '0' + std::min(radix, 10L))
@@ -104,12 +105,14 @@ struct number_cursor {
 
     long unit() const { return static_cast<long>(text[position]); }
 
-    // Steps over one unit. With a length of 0 the position passes it, and nothing is left.
+    // Steps over one unit. With a length of 0 the position moves past the length, and no units are
+    // left.
     bool advance() { return ++position < length; }
 
     // Steps over whitespace and one sign.
     //
-    // Contract: the first unit is read before the length is tested, so a length of 0 still has one.
+    // Contract: the first unit is read before the length is tested, so even a length of 0 has one
+    // unit.
     bool skip_to_number(bool& negative) {
         while (is_whitespace(text[position]))
             if (!advance())
@@ -118,10 +121,10 @@ struct number_cursor {
         return !(negative || unit() == '+') || advance();
     }
 
-    // Steps over a prefix and sets `radix` to what it means.
+    // Steps over a prefix and sets `radix` accordingly.
     //
-    // Contract: a backslash opens a prefix as `0` does, so that "\x41" and "\101" read as character
-    // escapes. The `0` of an octal number is a prefix as well, so "08" has no digit.
+    // Contract: a backslash starts a prefix just as `0` does, so "\x41" and "\101" are read like
+    // character escapes. The `0` of an octal number is a prefix as well, so "08" has no digits.
     bool detect_radix(long& radix) {
         if (unit() != '0' && unit() != '\\') {
             radix = 10;
@@ -134,7 +137,7 @@ struct number_cursor {
         return radix == 8 || advance();
     }
 
-    // Moves to the first digit, over a prefix if the radix is 0.
+    // Moves to the first digit, past a prefix if the radix is 0.
     bool find_first_digit(long& radix, long& digit) {
         if (radix == radix_t::detect && !detect_radix(radix))
             return false;
@@ -143,8 +146,8 @@ struct number_cursor {
     }
 };
 
-// Reads the digits from `digit` on, which is the one at the position. Returns whether their value
-// is at most `limit`. The test comes before each multiplication, so the value never wraps.
+// Reads digits, starting with `digit`, the one at the position. Returns whether their value is at
+// most `limit`. The test comes before each multiplication, so the value never wraps.
 template <typename Magnitude, typename Unit, typename Radix>
 inline bool read_digits_of(number_cursor<Unit> from, long digit, Radix radix, Magnitude limit,
                            Magnitude& value) {
@@ -163,7 +166,7 @@ inline bool read_digits_of(number_cursor<Unit> from, long digit, Radix radix, Ma
     return true;
 }
 
-// The common radices as constants, which spares the divisions of the limits.
+// The common radices are constants, which avoids dividing the limits at run time.
 template <typename Magnitude, typename Unit>
 bool read_digits(const number_cursor<Unit>& from, long digit, long radix, Magnitude limit,
                  Magnitude& value) {
@@ -174,7 +177,7 @@ bool read_digits(const number_cursor<Unit>& from, long digit, long radix, Magnit
     return read_digits_of(from, digit, radix, limit, value);
 }
 
-// Magnitudes are computed in the narrower of these types that holds them.
+// Magnitudes are computed in the narrower of these two types that can hold them.
 template <typename Result>
 using magnitude_of = typename std::conditional<sizeof(Result) <= sizeof(unsigned int), unsigned int,
                                                unsigned long>::type;
@@ -278,7 +281,7 @@ inline bool read_decimal(const Unit* text, unsigned long length, long radix,
 template <typename Result, typename Unit>
 Result strtointx(const Unit* text, unsigned long length, radix_t::base base, bool throw_on_range) {
     using magnitude = magnitude_of<Result>;
-    // The magnitude of the least value is one more than the greatest value, hence unsigned.
+    // The magnitude of the smallest value is one more than the largest value, hence unsigned.
     const magnitude greatest = static_cast<magnitude>(std::numeric_limits<Result>::max());
     number_cursor<Unit> from = {text, length != 0 ? length : strings::string_length(text), 0};
     long radix = static_cast<long>(base);
@@ -290,9 +293,9 @@ Result strtointx(const Unit* text, unsigned long length, radix_t::base base, boo
         if (!from.skip_to_number(negative))
             return 0;
 
-        // Contract: the radix is checked after whitespace and sign, so a string of nothing else is
-        // 0 in any radix. It is compared as a signed number here: a negative radix passes and has
-        // no digits.
+        // Contract: the radix is checked after whitespace and sign, so a string that contains
+        // nothing else is 0 in any radix. It is compared as a signed number here: a negative radix
+        // passes and has no digits.
         if (radix == 1 || radix > radix_t::highest)
             raise_radix(signed_radix_line, signed_parser);
 
@@ -310,7 +313,7 @@ Result strtointx(const Unit* text, unsigned long length, radix_t::base base, boo
 }
 
 // Contract: a length of 0 is not measured here, unlike in the signed parser. The length is tested
-// after each unit, so one digit is still read, while whitespace, a sign or a prefix gives 0.
+// after each unit, so one digit is still read, while whitespace, a sign or a prefix yields 0.
 template <typename Result, typename Unit>
 Result strtouintx(const Unit* text, unsigned long length, radix_t::base base, bool throw_on_range) {
     using magnitude = magnitude_of<Result>;
@@ -340,7 +343,8 @@ Result strtouintx(const Unit* text, unsigned long length, radix_t::base base, bo
         value = greatest;
     }
 
-    // Contract: a minus is refused only here, after the number was read, and "-0" is accepted.
+    // Contract: a minus sign is rejected only here, after the number has been read, and "-0" is
+    // accepted.
     if (!negative || value == 0)
         return static_cast<Result>(value);
     if (throw_on_range)
@@ -348,8 +352,8 @@ Result strtouintx(const Unit* text, unsigned long length, radix_t::base base, bo
     return 0;
 }
 
-// Contract: exactly what operator>> accepts. The stream refuses a number out of range, which is
-// then 0.0; the integer parsers saturate instead.
+// Contract: accepts exactly what operator>> accepts. The stream rejects a number out of range, so
+// the result is 0.0; the integer parsers saturate instead.
 //
 // Only a locale of the caller's own needs a stream. It hands on a failed allocation, which it would
 // otherwise take for a string without a number.

@@ -3,8 +3,8 @@
 ///
 ///     detail::is_truth_word(u"Yes", 3)  // true
 ///
-/// Letters are compared through the C library's `tolower` of the current locale. Nothing is
-/// written, so any number of threads may ask.
+/// Letters are compared with the C library's `tolower` in the current locale. Nothing is written,
+/// so any number of threads may call this.
 #pragma once
 
 #include "strings/ctype.hpp"
@@ -16,8 +16,8 @@ namespace generic {
 namespace convert {
 namespace detail {
 
-// The word is in lower case and ASCII. A unit above the C library's table is no letter of it, even
-// if its low byte is one.
+// The word must be lower-case ASCII. A unit beyond the C library's table never matches, even if its
+// low byte is a letter of the word.
 template <typename Unit>
 bool equals_in_lower_case(const Unit* text, std::size_t length, const char* word) {
     std::size_t i = 0;
@@ -27,7 +27,7 @@ bool equals_in_lower_case(const Unit* text, std::size_t length, const char* word
     return i == length && word[i] == '\0';
 }
 
-// Contract: only words for true exist. "no" and "off" are false because they parse as 0.
+// Contract: there are words only for true. "no" and "off" are false because they parse as 0.
 template <typename Unit>
 bool is_truth_word(const Unit* text, std::size_t length) {
     return equals_in_lower_case(text, length, "yes") || equals_in_lower_case(text, length, "on") ||

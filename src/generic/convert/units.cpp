@@ -20,7 +20,8 @@ int wrapping_product(int left, int right) {
 }
 
 // Contract: the division comes first, so only whole inches remain. It is done in 64 bits because
-// the quotient of the least length at -1 dpi doesn't fit into 32; there it wraps like the product.
+// the quotient of the smallest length at -1 dpi doesn't fit into 32; there it wraps like the
+// product.
 int md_of_whole_inches(int units, int dpi) {
     const long inches = static_cast<long>(units) / dpi;
     return wrapping_product(static_cast<int>(inches), md_per_inch);

@@ -13,8 +13,8 @@ namespace convert {
 
 namespace {
 
-// Writes the digits with the last one first and returns the end. At least one digit is written, so
-// that 0 is "0".
+// Writes the digits in reverse order and returns the end. At least one digit is written, so 0
+// becomes "0".
 template <typename Unit, typename Value>
 inline Unit* write_reversed(Value value, Unit* end, Value radix) {
     do {
@@ -68,7 +68,7 @@ inline void write_decimal_string(unsigned long value, Unit* text) {
     *end = Unit();
 }
 
-// Contract: the radix is not checked. 0 divides by zero, 1 never ends for any value but 0, and a
+// Contract: the radix is not checked. 0 divides by zero, 1 never ends for any value except 0, and a
 // radix above 36 writes the characters after z.
 template <typename Unit, typename Value>
 inline void write_unsigned(Value value, Unit* first, unsigned int radix) {
@@ -81,7 +81,7 @@ inline void write_unsigned(Value value, Unit* first, unsigned int radix) {
     std::reverse(first, end);
 }
 
-// The magnitude is unsigned, so that the least value has one too.
+// The magnitude is unsigned, so the smallest value has one, too.
 template <typename Value, typename Signed, typename Unit>
 void write_signed(Signed value, Unit* buffer, unsigned int radix) {
     Value magnitude = static_cast<Value>(value);
