@@ -1,0 +1,460 @@
+/// @file
+/// One pass over one document for `xml_parser`: which construct begins at the cursor, what it
+/// reports, and how it changes the state.
+///
+/// The pass is a template over its context, which has the state and takes the events. So one
+/// grammar serves the delegates of `xml_parser` and lists of tokens without a call for each event:
+///
+///     document_walk<list_of_tokens> walk(context, begin, end);
+///     walk.run();  // raises `xml_parser::parse_error`
+///
+/// State between two constructs, all of it in the context but the last two:
+///
+///     in_tag            after `<name` or `</name`, until the `>`
+///     open elements     names, the innermost on top
+///     attribute names   those since the last start tag
+///     line              line feeds in the whitespace taken so far
+///     m_root_seen       an element has begun in this run
+///     m_space           the whitespace last taken; comments and sections begin with it
+///
+/// Each turn of the main loop takes whitespace, which is reported outside of tags, and then one
+/// construct by the byte at the cursor:
+///
+///     byte     outside of a tag                               inside a tag
+///     -----    --------------------------------------------   ----------------------------------
+///     '<'      in tag; `</` end tag, `<!--` comment,          error 5
+///              `<![CDATA[` section, otherwise start tag
+///     '>'      error 5                                        not in tag
+///     '/'      text                                           `/>` ends the innermost element,
+///                                                             not in tag; otherwise error 5
+///     other    text                                           attribute
+///     (end)    success, or error 1 if an element is open      the same
+///
+/// A start tag pushes its name, an end tag and `/>` pop one. A comment or section is complete at
+/// once, so it leaves the tag that its `<` opened.
+///
+/// A handler may parse with the same parser, or move a cursor that is its caller's. So the context
+/// is told the position before each event and asked for it afterwards, and the state is read again.
+///
+/// A walk belongs to one thread.
+#pragma once
+
+#include <tova/parser/xml_parser.hpp>
+#include <tova/strings/ustring.hpp>
+
+#include "parser/byte_blocks.hpp"
+#include "parser/document_scanner.hpp"
+#include "parser/equal_bytes.hpp"
+#include "strings/ascii.hpp"
+
+#include <cctype>
+#include <cstddef>
+#include <cstring>
+
+// The loop over constructs is one function, so that the cursor stays in a register.
+#define TOVA_INLINE __attribute__((always_inline)) inline
+
+namespace TOVA_2_18 {
+namespace parser {
+namespace detail {
+
+/// A name, value or text as it is in the document.
+struct piece {
+    piece(const char* from, std::size_t count) : data(from), size(count) {}
+    piece(const char* begin, const char* end)
+        : data(begin), size(static_cast<std::size_t>(end - begin)) {}
+
+    strings::ustring8 string() const { return strings::ustring8(data, size); }
+
+    const char* data;
+    std::size_t size;
+};
+
+/// The context has the operations below. The events come with the position of the cursor and return
+/// where to go on. A text that has references, or whitespace before it, isn't in the document as it
+/// is; it is in a string of the walk for the time of the event.
+///
+///     bool& in_tag();
+///     unsigned int& line();
+///     bool has_open_element();
+///     piece innermost();                          // there is one
+///     void open(piece name);
+///     void close();                               // there is one
+///     void forget_attributes();
+///     bool add_attribute(piece name);             // false if there is one of that name
+///     void move_to(const char* cursor);           // for an error
+///     const char* end();                          // of the document, after an event
+///     const char* element_start(piece name, const char* cursor);
+///     const char* element_end(piece name, const char* cursor);
+///     const char* empty_element_end(const char* cursor);  // of the innermost element
+///     const char* space(piece text, const char* cursor);
+///
+/// and these with a piece or a string:
+///
+///     const char* attribute(piece name, ... value, const char* cursor);
+///     const char* character(... text, const char* cursor);
+///     const char* comment(... text, const char* cursor);
+template <typename Context>
+class document_walk {
+public:
+    using iterator = xml_parser::iterator;
+    using parse_error = xml_parser::parse_error;
+
+    document_walk(Context& context, iterator begin, iterator end)
+        : m_context(context), m_begin(begin.base()), m_end(end.base()), m_blocks(m_begin, m_end),
+          m_space(m_begin, m_begin), m_root_seen(false) {}
+
+    /// Returns kind 0 or, with an element open, kind 1. Raises other errors.
+    parse_error run() {
+        const char* cursor = take_header();
+        for (;;) {
+            if (m_context.in_tag()) {
+                // Whitespace within a tag is not reported.
+                cursor = end_of_white_space(cursor);
+                if (cursor == m_end)
+                    break;
+                cursor = take_within_tag(cursor);
+                continue;
+            }
+            cursor = take_space(cursor);
+            if (cursor == m_end)
+                break;
+            // The handler may have gone into a tag, by parsing.
+            if (m_context.in_tag())
+                cursor = take_within_tag(cursor);
+            else if (*cursor == '<')
+                cursor = take_markup(cursor);
+            else
+                cursor = take_text(cursor);
+        }
+        m_context.move_to(cursor);
+        // Contract: the end of the document reports line 0, with an element open as well as
+        // without.
+        return parse_error(m_context.has_open_element() ? parse_error::unexpected_end
+                                                        : parse_error::no_error,
+                           0, strings::ustring8());
+    }
+
+private:
+    // The stream parser also skips whitespace before the declaration, and wants 50 bytes in all.
+    const char* take_header() {
+        iterator cursor(m_begin);
+        const iterator end(m_end);
+        document_scanner scanner(cursor, end, m_context.line());
+        // Three bytes of any kind may precede the declaration, usually a byte order mark.
+        if (scanner.byte(3) == '<')
+            scanner.step(3);
+        if (!scanner.begins_with("<?xml"))
+            fail(parse_error::no_header, cursor.base());
+        scanner.step(5);
+        scanner.skip_declaration();
+        if (scanner.remaining() > 1 && scanner.byte() != '?')
+            fail(parse_error::no_header, cursor.base());
+        if (scanner.remaining() <= 2)
+            fail(parse_error::no_root, cursor.base());
+        scanner.step(2);
+        scanner.skip_whitespace();
+        if (scanner.at_end())
+            fail(parse_error::no_root, cursor.base());
+        return cursor.base();
+    }
+
+    TOVA_INLINE const char* take_space(const char* cursor) {
+        const char* const end = end_of_white_space(cursor);
+        m_space = piece(cursor, end);
+        return cursor == end ? end : after(m_context.space(m_space, end));
+    }
+
+    TOVA_INLINE const char* take_within_tag(const char* cursor) {
+        switch (*cursor) {
+        case '<':
+            refuse_byte(cursor);
+        case '>':
+            m_context.in_tag() = false;
+            return cursor + 1;
+        case '/':
+            return take_empty_element_end(cursor);
+        default:
+            return take_attribute(cursor);
+        }
+    }
+
+    TOVA_INLINE const char* take_text(const char* cursor) {
+        if (*cursor == '>')
+            refuse_byte(cursor);
+        const char* end = m_blocks.end_of_text(cursor);
+        if (end == m_end || *end != '&')
+            return after(m_context.character(piece(cursor, end), end));
+        m_composed.clear();
+        while (end != m_end && *end == '&') {
+            take_reference(cursor, end);
+            end = m_blocks.end_of_text(cursor);
+        }
+        m_composed.append(cursor, end);
+        return after(m_context.character(m_composed, end));
+    }
+
+    TOVA_INLINE const char* take_markup(const char* cursor) {
+        m_context.in_tag() = true;
+        const char kind = byte(cursor, 1);
+        if (kind == '/')
+            return take_end_tag(cursor);
+        if (kind == '!') {
+            if (begins_with(cursor, "<!--"))
+                return take_comment(cursor + 4);
+            if (begins_with(cursor, "<![CDATA["))
+                return take_character_section(cursor + 9);
+        }
+        return take_start_tag(cursor);
+    }
+
+    TOVA_INLINE const char* take_start_tag(const char* cursor) {
+        // Contract: a second root is refused before its name is looked at.
+        if (!m_context.has_open_element() && m_root_seen)
+            fail(parse_error::data_after_root, cursor);
+        const char* const end = end_of_name(cursor + 1);
+        const piece name(cursor + 1, end);
+        m_context.open(name);
+        m_context.forget_attributes();
+        cursor = after(m_context.element_start(name, end - 1));
+        m_root_seen = true;
+        return cursor + 1;
+    }
+
+    // Contract: the element is closed before the end of the document is noticed. An end tag with no
+    // element open counts as one that matches. The attribute names stay as the last start tag left
+    // them, and since the tag is open until its '>', an end tag may have attributes.
+    TOVA_INLINE const char* take_end_tag(const char* cursor) {
+        const char* const end = end_of_name(cursor + 2);
+        const piece name(cursor + 2, end);
+        if (m_context.has_open_element()) {
+            const piece open = m_context.innermost();
+            if (open.size != name.size || !have_equal_bytes(open.data, name.data, name.size))
+                fail(parse_error::mismatched_end, end - 1, name.string());
+            m_context.close();
+        }
+        if (end == m_end)
+            fail(parse_error::unexpected_end, end - 1);
+        return after(m_context.element_end(name, end - 1)) + 1;
+    }
+
+    TOVA_INLINE const char* take_empty_element_end(const char* cursor) {
+        ++cursor;
+        if (byte(cursor) != '>')
+            refuse_byte(cursor);
+        if (!m_context.has_open_element())
+            fail(parse_error::mismatched_end, cursor);
+        cursor = after(m_context.empty_element_end(cursor));
+        m_context.in_tag() = false;
+        // The handler may have closed the element itself, by parsing its end tag.
+        if (m_context.has_open_element())
+            m_context.close();
+        m_context.forget_attributes();
+        return cursor + 1;
+    }
+
+    const char* take_comment(const char* begin) {
+        const char* const end = end_of_section(begin, "-->");
+        const char* const last = end + 2;
+        return after(m_space.size == 0 ? m_context.comment(piece(begin, end), last)
+                                       : m_context.comment(with_space(begin, end), last)) +
+               1;
+    }
+
+    const char* take_character_section(const char* begin) {
+        const char* const end = end_of_section(begin, "]]>");
+        const char* const last = end + 2;
+        return after(m_space.size == 0 ? m_context.character(piece(begin, end), last)
+                                       : m_context.character(with_space(begin, end), last)) +
+               1;
+    }
+
+    __attribute__((noinline)) const char* end_of_section(const char* begin,
+                                                         const char (&closing)[4]) {
+        const char* const end = find_closing(begin, closing);
+        if (end == nullptr)
+            fail(parse_error::unexpected_end, begin);
+        m_context.in_tag() = false;
+        return end;
+    }
+
+    // Contract: the whitespace before a comment or CDATA section begins its text, although it was
+    // reported as well.
+    const strings::ustring8& with_space(const char* begin, const char* end) {
+        m_composed.assign(m_space.data, m_space.size);
+        m_composed.append(begin, end);
+        return m_composed;
+    }
+
+    // The stream parser allows no whitespace before the '='.
+    TOVA_INLINE const char* take_attribute(const char* cursor) {
+        const char* const end = end_of_name(cursor);
+        const piece name(cursor, end);
+        if (!m_context.add_attribute(name))
+            fail(parse_error::attribute_redefined, end - 1, name.string());
+        cursor = end_of_white_space(end);
+        if (byte(cursor) != '=')
+            fail(parse_error::missing_equals, cursor, name.string());
+        cursor = end_of_white_space(cursor + 1);
+        const char quote = byte(cursor);
+        if (quote != '"' && quote != '\'')
+            fail(parse_error::missing_quote, cursor);
+        ++cursor;
+        const char* last = m_blocks.end_of_value(cursor, quote);
+        if (last == m_end || *last == quote) {
+            cursor = after(m_context.attribute(name, piece(cursor, last), last));
+        } else {
+            last = compose_value(cursor, last, quote);
+            cursor = after(m_context.attribute(name, m_composed, last));
+        }
+        // Contract: a value that the end of the document cuts off is reported before it is an
+        // error.
+        if (cursor == m_end)
+            fail(parse_error::missing_quote, cursor, name.string());
+        return cursor + 1;
+    }
+
+    // A value with references. Returns the closing quote, or the end of the document.
+    __attribute__((noinline)) const char* compose_value(const char* begin, const char* end,
+                                                        char quote) {
+        m_composed.clear();
+        while (end != m_end && *end != quote) {
+            if (*end == '<')
+                refuse_byte(end);
+            take_reference(begin, end);
+            end = m_blocks.end_of_value(begin, quote);
+        }
+        m_composed.append(begin, end);
+        return end;
+    }
+
+    // Appends what precedes a reference, and its byte, and moves the beginning behind it.
+    void take_reference(const char*& begin, const char* reference) {
+        m_composed.append(begin, reference);
+        begin = reference;
+        m_composed.push_back(read_reference(begin));
+        ++begin;
+    }
+
+    // Moves the cursor to the ';'.
+    char read_reference(const char*& cursor) {
+        static const struct {
+            char text[7];
+            unsigned char size;
+            char result;
+        } entities[] = {{"&lt;", 4, '<'},   {"&gt;", 4, '>'},    {"&amp;", 5, '&'},
+                        {"&quot;", 6, '"'}, {"&apos;", 6, '\''}, {"&nbsp;", 6, ' '}};
+        for (const auto& entity : entities) {
+            if (m_end - cursor >= entity.size &&
+                have_equal_bytes(cursor, entity.text, entity.size)) {
+                cursor += entity.size - 1;
+                return entity.result;
+            }
+        }
+        // Numbers, and references that are invalid.
+        iterator at(cursor);
+        const iterator end(m_end);
+        try {
+            const char result = document_scanner(at, end, m_context.line()).take_reference();
+            cursor = at.base();
+            return result;
+        } catch (...) {
+            m_context.move_to(at.base());
+            throw;
+        }
+    }
+
+    TOVA_INLINE const char* end_of_white_space(const char* cursor) {
+        if (cursor == m_end || !strings::detail::is_white_space(*cursor))
+            return cursor;
+        if (*cursor == ' ' && m_end - cursor > 1 && !strings::detail::is_white_space(cursor[1]))
+            return cursor + 1;
+        return m_blocks.end_of_white_space(cursor, m_context.line());
+    }
+
+    // Contract: names follow the C library's classes, so in a locale with an 8-bit character set
+    // its letters may occur in names. ASCII letters and digits need no call, and neither do the
+    // bytes that usually end a name.
+    TOVA_INLINE const char* end_of_name(const char* begin) {
+        if (begin == m_end ||
+            !(strings::detail::is_ascii_letter(*begin) || std::isalpha(*begin) != 0))
+            refuse_byte(begin);
+        for (const char* end = begin;;) {
+            end = m_blocks.end_of_name(end + 1);
+            if (end == m_end)
+                return end;
+            switch (*end) {
+            case '>':
+            case '=':
+            case ' ':
+            case '/':
+            case '\n':
+                return end;
+            default:
+                if (std::isalnum(*end) == 0)
+                    return end;
+            }
+        }
+    }
+
+    // The closing '>' of a section is rare in its content, so the search is for that. Returns the
+    // first byte of the closing string, or null. The stream parser looks for the first "--" of a
+    // comment and refuses it unless '>' follows; it knows no CDATA sections.
+    const char* find_closing(const char* begin, const char (&closing)[4]) const {
+        for (const char* from = begin; from != m_end;) {
+            const auto* const last = static_cast<const char*>(
+                std::memchr(from, closing[2], static_cast<std::size_t>(m_end - from)));
+            if (last == nullptr)
+                break;
+            if (last - begin >= 2 && last[-2] == closing[0] && last[-1] == closing[1])
+                return last - 2;
+            from = last + 1;
+        }
+        return nullptr;
+    }
+
+    // The byte that is `offset` bytes after the cursor; past the end of the document it is NUL.
+    char byte(const char* cursor, std::ptrdiff_t offset = 0) const {
+        return m_end - cursor > offset ? cursor[offset] : '\0';
+    }
+
+    template <std::size_t Size>
+    bool begins_with(const char* cursor, const char (&literal)[Size]) const {
+        return m_end - cursor >= static_cast<std::ptrdiff_t>(Size - 1) &&
+               std::memcmp(cursor, literal, Size - 1) == 0;
+    }
+
+    // Where to go on after an event, whose handler may have moved the end of its caller, too.
+    TOVA_INLINE const char* after(const char* cursor) {
+        if (m_context.end() != m_end) {
+            m_end = m_context.end();
+            m_blocks.set_range(m_begin, m_end);
+        }
+        return cursor;
+    }
+
+    [[noreturn]] __attribute__((noinline, cold)) void refuse_byte(const char* cursor) {
+        fail(parse_error::unexpected_character, cursor, strings::ustring8(1, byte(cursor)));
+    }
+
+    [[noreturn]] __attribute__((noinline, cold)) void
+    fail(parse_error::error_type kind, const char* cursor,
+         const strings::ustring8& subject = strings::ustring8()) {
+        m_context.move_to(cursor);
+        throw parse_error(kind, m_context.line(), subject);
+    }
+
+    Context& m_context;
+    const char* const m_begin;
+    const char* m_end;
+    byte_blocks m_blocks;
+    strings::ustring8 m_composed;
+    piece m_space;
+    bool m_root_seen;
+};
+
+}  // namespace detail
+}  // namespace parser
+}  // namespace TOVA_2_18
+
+#undef TOVA_INLINE

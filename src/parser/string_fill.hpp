@@ -1,0 +1,68 @@
+/// @file
+/// Fills a string with bytes of a document, for parsers that reuse one string for all events.
+///
+///     fill(name, begin, end - begin, document_end - begin);
+///
+/// `std::string::assign` allows for bytes of the string itself, and is a call into the C++ library.
+/// Files that include this may be compiled as C++23, where a string can be filled in place; before
+/// that it is an `assign`. Functions without state.
+#pragma once
+
+#include <tova/strings/ustring.hpp>
+
+#include <cstddef>
+#include <cstring>
+#include <string>
+
+namespace TOVA_2_18 {
+namespace parser {
+namespace detail {
+
+#if defined(__cpp_lib_string_resize_and_overwrite)
+
+// The size that the operation is handed may be the new capacity, as in libstdc++ 12, so it is not
+// used.
+__attribute__((noinline)) inline void fill_long(std::string& into, const char* data,
+                                                std::size_t size) {
+    into.resize_and_overwrite(size, [data, size](char* to, std::size_t) {
+        std::memcpy(to, data, size);
+        return size;
+    });
+}
+
+/// Replaces the contents of a string. Of the bytes at `data`, which are not the string's own,
+/// `readable` may be read, and that is `size` or more.
+//
+// Most names and values fit into the room that every string has without an allocation, its
+// terminator included, or into as much as is copied by two instructions.
+__attribute__((always_inline)) inline void fill(strings::ustring8& into, const char* data,
+                                                std::size_t size, std::size_t readable) {
+    const std::size_t small = 16;
+    const std::size_t chunk = 32;
+    std::string& base = into;
+    if (size < small && readable >= small) {
+        base.resize_and_overwrite(small - 1, [data, size](char* to, std::size_t) {
+            std::memcpy(to, data, small);
+            return size;
+        });
+    } else if (size <= chunk && readable >= chunk && base.capacity() >= chunk) {
+        base.resize_and_overwrite(chunk, [data, size](char* to, std::size_t) {
+            std::memcpy(to, data, chunk);
+            return size;
+        });
+    } else {
+        fill_long(base, data, size);
+    }
+}
+
+#else
+
+inline void fill(strings::ustring8& into, const char* data, std::size_t size, std::size_t) {
+    into.assign(data, size);
+}
+
+#endif
+
+}  // namespace detail
+}  // namespace parser
+}  // namespace TOVA_2_18

@@ -1,0 +1,113 @@
+#include <tova/parser/xml_parser.hpp>
+
+#include "parser/document_walk.hpp"
+#include "parser/string_fill.hpp"
+#include "parser/xml_parser_run.hpp"
+
+// This file is compiled as C++23, where a string can be filled in place. It has no function of an
+// empty exception specification, which would end the program in another way there.
+
+namespace TOVA_2_18 {
+namespace parser {
+
+using detail::piece;
+using strings::ustring8;
+using iterator = xml_parser::iterator;
+using parse_error = xml_parser::parse_error;
+
+// Hands the events to the delegates, each string in one of two that are reused.
+class xml_parser::run::reporting : public xml_parser::run {
+public:
+    reporting(xml_parser& parser, iterator& cursor, const iterator& end)
+        : run(parser, end.base()), m_cursor(cursor), m_caller_end(end), m_calling(false) {}
+
+    // Whether an exception comes from a handler rather than from the grammar.
+    bool calling() const { return m_calling; }
+
+    void move_to(const char* cursor) { m_cursor = iterator(cursor); }
+    const char* end() {
+        m_end = m_caller_end.base();
+        return m_end;
+    }
+
+    const char* element_start(piece name, const char* cursor) {
+        return report(m_parser.on_element_start, name, cursor);
+    }
+    const char* element_end(piece name, const char* cursor) {
+        return report(m_parser.on_element_end, name, cursor);
+    }
+    // The name is the parser's, and the handler may close the element itself, by parsing its end
+    // tag. So it gets a copy.
+    const char* empty_element_end(const char* cursor) {
+        if (m_parser.on_element_end.is_empty())
+            return cursor;
+        m_string = m_parser.m_open_elements.top();
+        return report(m_parser.on_element_end, m_string, cursor);
+    }
+    template <typename Text>
+    const char* attribute(piece name, const Text& value, const char* cursor) {
+        if (m_parser.on_attribute.is_empty())
+            return cursor;
+        fill(m_name, name);
+        move_to(cursor);
+        const ustring8& value_string = string_of(value);
+        m_calling = true;
+        m_parser.on_attribute.invoke(m_name, value_string);
+        m_calling = false;
+        return m_cursor.base();
+    }
+    template <typename Text>
+    const char* character(const Text& text, const char* cursor) {
+        return report(m_parser.on_character, text, cursor);
+    }
+    const char* space(piece text, const char* cursor) {
+        return report(m_parser.on_space, text, cursor);
+    }
+    template <typename Text>
+    const char* comment(const Text& text, const char* cursor) {
+        return report(m_parser.on_comment, text, cursor);
+    }
+
+private:
+    const ustring8& string_of(const ustring8& string) const { return string; }
+    const ustring8& string_of(piece bytes) {
+        fill(m_string, bytes);
+        return m_string;
+    }
+
+    // The flag stays set where the handler raises, and `do_parse` lets that exception pass.
+    template <typename Delegate, typename Text>
+    const char* report(Delegate& delegate, const Text& text, const char* cursor) {
+        if (delegate.is_empty())
+            return cursor;
+        move_to(cursor);
+        const ustring8& string = string_of(text);
+        m_calling = true;
+        delegate.invoke(string);
+        m_calling = false;
+        return m_cursor.base();
+    }
+
+    iterator& m_cursor;  // the caller's, as is the end
+    const iterator& m_caller_end;
+    ustring8 m_name;
+    ustring8 m_string;
+    bool m_calling;
+};
+
+parse_error xml_parser::do_parse(iterator& cursor, iterator& end) {
+    m_line = 0;
+    m_in_tag = false;
+    run::reporting current(*this, cursor, end);
+    try {
+        return detail::document_walk<run::reporting>(current, cursor, end).run();
+    } catch (const parse_error& error) {
+        // A handler may throw a `parse_error` of its own, which is not the result of this run.
+        if (current.calling())
+            throw;
+        return error;
+    }
+}
+
+}  // namespace parser
+}  // namespace TOVA_2_18
