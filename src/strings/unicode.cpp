@@ -1,16 +1,20 @@
 // Conversions between the three widths, and the walks over characters.
 //
 // A conversion has three stages: check the first unit for the other byte order (UTF-16 sources
-// only), run a kernel over the units, and build the string. The kernels in unicode_kernels.cpp hold
-// the loops; this file decides where their output goes and what invalid input becomes:
+// only), run a kernel over the units, and build the string. The kernels hold the loops, in a form
+// for each instruction set; this file decides where their output goes and what invalid input
+// becomes:
 //
-//   from     to       output of the kernel             invalid input
-//   UTF-8    UTF-16   work buffer for the worst case   "-1"
-//   UTF-16   UTF-8    work buffer for the worst case   "-1"
-//   UTF-8    UTF-32   appended in blocks               "?" for each byte
-//   UTF-16   UTF-32   appended in blocks               "-1"
-//   UTF-32   UTF-8    appended in blocks               "-1", or dropped
-//   UTF-32   UTF-16   appended in blocks               "-1"
+//   from     to                        invalid input
+//   UTF-8    UTF-16                    "-1"
+//   UTF-16   UTF-8                     "-1"
+//   UTF-8    UTF-32                    "?" for each byte
+//   UTF-16   UTF-32                    "-1"
+//   UTF-32   UTF-8                     "-1", or dropped
+//   UTF-32   UTF-16                    "-1"
+//
+// A short source is converted on the stack. For a longer one a kernel measures the result first, so
+// that the string is allocated once, in its exact size, and filled in place.
 //
 // What is valid is decided in utf8.hpp and utf16.hpp, and only by structure: a lead byte with its
 // continuations, a high surrogate with its low one. Overlong forms, encoded surrogates and values
@@ -23,10 +27,12 @@
 #include <tova/strings/unicode.hpp>
 
 #include "debug/assertion.hpp"
+#include "strings/unfilled.hpp"
 #include "strings/unicode_kernels.hpp"
 #include "strings/utf16.hpp"
 #include "strings/utf8.hpp"
-#include "strings/work_buffer.hpp"
+
+#include <algorithm>
 
 namespace TOVA_2_18 {
 namespace strings {
@@ -49,20 +55,65 @@ unsigned int fail(unsigned long& advance) {
     return '?';
 }
 
-// Appends the output of a kernel, a block at a time. Returns false if the kernel finds an invalid
-// unit. One unit of the source becomes at most `Widest` units.
-template <std::size_t Widest, typename Result, typename Source, typename Unit>
-bool append_blocks(Result& result, const Source* source, std::size_t size,
-                   kernels::progress (*convert)(const Source*, std::size_t, Unit*)) {
-    Unit block[Widest * kernels::block_size + 8];
-    for (std::size_t i = 0; i < size;) {
-        const kernels::progress done = convert(source + i, size - i, block);
-        if (done.read == 0)
-            return false;
-        result.append(block, done.written);
-        i += done.read;
+// Units in a buffer on the stack, up to 512 bytes of them.
+template <typename Unit>
+constexpr std::size_t local_units() {
+    return 512 / sizeof(Unit);
+}
+
+// Converts the source into `text`, which is empty. Returns how far that went; if it is not the end,
+// `text` is the result up to there. `Widest` is the most units that one unit of the source becomes.
+template <std::size_t Widest, typename Source, typename Result>
+kernels::progress convert(const Source* source, std::size_t size, Result& text,
+                          kernels::measure<Source>* measure,
+                          kernels::convert<Source, typename Result::value_type>* convert,
+                          std::size_t least_capacity = 0) {
+    typedef typename Result::value_type unit;
+    if (Widest * size <= local_units<unit>()) {
+        unit buffer[local_units<unit>()];
+        const kernels::progress done = convert(source, size, buffer, local_units<unit>());
+        text.reserve(std::max(least_capacity, done.written));
+        text.assign(buffer, done.written);
+        return done;
     }
-    return true;
+    kernels::progress done = {0, 0};
+    const std::size_t room = measure(source, size);
+    text.reserve(std::max(least_capacity, room));
+    detail::append_unfilled(text, room, [&](unit* to) {
+        done = convert(source, size, to, room);
+        return done.written;
+    });
+    return done;
+}
+
+// The characters from `at` on, each invalid byte being one.
+std::size_t count_with_marks(const unsigned char* bytes, std::size_t size, std::size_t at) {
+    std::size_t count = 0;
+    for (; at < size; ++count)
+        at += std::max<std::size_t>(detail::sequence_length(bytes + at, size - at), 1);
+    return count;
+}
+
+// Goes on from the first invalid byte, at `read`.
+void append_with_marks(ustring32& text, const unsigned char* bytes, std::size_t size,
+                       std::size_t read) {
+    const std::size_t room = count_with_marks(bytes, size, read);
+    detail::append_unfilled(text, room, [&](wchar_t* to) {
+        std::size_t written = 0;
+        while (read < size) {
+            const kernels::progress done = kernels::unicode().utf8_to_utf32(
+                bytes + read, size - read, to + written, room - written);
+            read += done.read;
+            written += done.written;
+            // Contract: only the byte that doesn't begin a sequence is skipped, so what follows it
+            // is decoded.
+            for (unsigned int point;
+                 read < size && detail::read_sequence(bytes + read, size - read, point) == 0;
+                 ++read)
+                to[written++] = '?';
+        }
+        return written;
+    });
 }
 
 }  // namespace
@@ -101,22 +152,29 @@ unsigned int unichar(const wchar_t* text, unsigned long length, unsigned long in
 }
 
 ustring32 utf8_to_utf32(const ustring8& source) {
+    const kernels::unicode_form& form = kernels::unicode();
+    const std::size_t size = source.size();
     ustring32 text;
-    text.reserve(kernels::count_characters(bytes_of(source), source.size()));
-    append_blocks<1>(text, bytes_of(source), source.size(), kernels::utf8_to_utf32);
+    const kernels::progress done =
+        convert<1>(bytes_of(source), size, text, form.measure_8_to_32, form.utf8_to_utf32);
+    if (done.read < size)
+        append_with_marks(text, bytes_of(source), size, done.read);
     return text;
 }
 
 ustring16 utf8_to_utf16(const ustring8& source) {
+    const kernels::unicode_form& form = kernels::unicode();
     const std::size_t length = source.size();
-    detail::work_buffer<unsigned short> output(length);
-    const std::size_t k = kernels::utf8_to_utf16(bytes_of(source), length, output.units());
-    if (k == kernels::invalid)
+    ustring16 text;
+    const kernels::progress done =
+        convert<1>(bytes_of(source), length, text, form.measure_8_to_16, form.utf8_to_utf16);
+    if (done.read < length)
         return utf8_to_utf16("-1");
+    const std::size_t k = done.written;
     debug::detail::check(k <= length, "k <= length", source_path, utf8_to_utf16_line,
                          "TOVA_2_18::strings::ustring16 "
                          "TOVA_2_18::strings::utf8_to_utf16(const TOVA_2_18::strings::ustring8 &)");
-    return ustring16(output.units(), k);
+    return text;
 }
 
 ustring8 utf16_to_utf8(const ustring16& source) {
@@ -126,29 +184,37 @@ ustring8 utf16_to_utf8(const ustring16& source) {
     if (source[0] == swapped_mark)
         return utf16_to_utf8(swap_string_bytes_order(source));
 
-    detail::work_buffer<char> output(4 * source.size());
-    const std::size_t k = kernels::utf16_to_utf8(source.data(), source.size(), output.units());
-    if (k == kernels::invalid)
+    const kernels::unicode_form& form = kernels::unicode();
+    ustring8 output;
+    const kernels::progress done =
+        convert<3>(source.data(), source.size(), output, form.measure_16_to_8, form.utf16_to_utf8);
+    if (done.read < source.size())
         return "-1";
+    const std::size_t k = done.written;
     debug::detail::check(
         k <= output.size(), "k <= output.size()", source_path, utf16_to_utf8_line,
         "TOVA_2_18::strings::ustring8 "
         "TOVA_2_18::strings::utf16_to_utf8(const TOVA_2_18::strings::ustring16 &)");
-    return ustring8(output.units(), k);
+    return output;
 }
 
 ustring8 utf32_to_utf8(const ustring32& source) {
+    const kernels::unicode_form& form = kernels::unicode();
     ustring8 text;
-    text.reserve(2 * source.size());
-    if (!append_blocks<4>(text, source.data(), source.size(), kernels::utf32_to_utf8))
+    const kernels::progress done =
+        convert<4>(source.data(), source.size(), text, form.measure_32_to_8, form.utf32_to_utf8,
+                   2 * source.size());
+    if (done.read < source.size())
         return "-1";
     return text;
 }
 
 ustring16 utf32_to_utf16(const ustring32& source) {
+    const kernels::unicode_form& form = kernels::unicode();
     ustring16 text;
-    text.reserve(source.size());
-    if (!append_blocks<2>(text, source.data(), source.size(), kernels::utf32_to_utf16))
+    const kernels::progress done =
+        convert<2>(source.data(), source.size(), text, form.measure_32_to_16, form.utf32_to_utf16);
+    if (done.read < source.size())
         return utf8_to_utf16("-1");
     return text;
 }
@@ -158,9 +224,11 @@ ustring32 utf16_to_utf32(const ustring16& source) {
     if (source[0] == swapped_mark)
         return utf16_to_utf32(swap_string_bytes_order(source));
 
+    const kernels::unicode_form& form = kernels::unicode();
     ustring32 text;
-    text.reserve(source.size());
-    if (!append_blocks<1>(text, source.data(), source.size(), kernels::utf16_to_utf32))
+    const kernels::progress done =
+        convert<1>(source.data(), source.size(), text, form.measure_16_to_32, form.utf16_to_utf32);
+    if (done.read < source.size())
         return utf8_to_utf32("-1");
     return text;
 }

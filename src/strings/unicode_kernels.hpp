@@ -1,13 +1,17 @@
 /// @file
 /// The loops of the Unicode conversions: raw units in, raw units out, no string and no allocation.
 ///
-///     unsigned short units[4];
-///     kernels::utf8_to_utf16(bytes, 4, units);  // the number of units written
+///     const kernels::unicode_form& form = kernels::unicode();
+///     const std::size_t room = form.measure_8_to_16(bytes, size);  // units of the result
+///     form.utf8_to_utf16(bytes, size, units, room);                // {size, room} if valid
 ///
-/// A kernel accepts any input of any length, valid or not, and reads nothing past its last unit.
-/// The portable loops in unicode_kernels.cpp are the reference that every other form is compared
-/// with, byte for byte. Kernels share nothing; any number of threads may run them.
+/// Each instruction set has a form of its own, one file each; the portable loops are the reference
+/// that the others are compared with, unit for unit. A kernel accepts any input of any length,
+/// valid or not, reads nothing past its last unit and writes nothing past the room it was given.
+/// Kernels share nothing; any number of threads may run them.
 #pragma once
+
+#include "detail/cpu_features.hpp"
 
 #include <cstddef>
 
@@ -15,42 +19,65 @@ namespace TOVA_2_18 {
 namespace strings {
 namespace kernels {
 
-const std::size_t invalid = static_cast<std::size_t>(-1);
-
-// The number of bytes that are not continuations: the number of characters of a valid string, and
-// an upper limit for any other.
-std::size_t count_characters(const unsigned char* from, std::size_t size);
-
-// The number of units written to `to`, which has room for `size`; `invalid` for a byte that doesn't
-// begin a sequence.
-std::size_t utf8_to_utf16(const unsigned char* from, std::size_t size, unsigned short* to);
-
-// The number of bytes written to `to`, which has room for 4 * `size`; `invalid` for an unpaired
-// surrogate.
-std::size_t utf16_to_utf8(const unsigned short* from, std::size_t size, char* to);
-
-// The results of the other four are appended to a string, so they convert a block at a time: the
-// characters that begin in the first `block_size` of the `size` units at `from`. There is at least
-// one unit.
-
-const std::size_t block_size = 256;
-
+// How far a conversion got: all of the source, or up to the first character that is invalid.
 struct progress {
-    std::size_t read;     // units of the source; 0 if a unit is invalid
+    std::size_t read;     // units of the source
     std::size_t written;  // units of the result
 };
 
-// At most one unit for each byte, and up to 7 more than a block; an invalid byte becomes "?".
-progress utf8_to_utf32(const unsigned char* from, std::size_t size, wchar_t* to);
+// Exactly the units that a valid source becomes, and for any other source no less than what the
+// characters before the first invalid one become.
+template <typename Source>
+using measure = std::size_t(const Source* from, std::size_t size);
 
-// At most one unit for each unit; an unpaired surrogate is invalid.
-progress utf16_to_utf32(const unsigned short* from, std::size_t size, wchar_t* to);
+// Converts up to the first invalid character. `room` is at least what `measure` returned.
+template <typename Source, typename Target>
+using convert = progress(const Source* from, std::size_t size, Target* to, std::size_t room);
 
-// At most four bytes for each unit; a surrogate is invalid, a value from 0x110000 up is dropped.
-progress utf32_to_utf8(const wchar_t* from, std::size_t size, char* to);
+struct unicode_form {
+    measure<unsigned char>* measure_8_to_16;
+    measure<unsigned char>* measure_8_to_32;
+    measure<unsigned short>* measure_16_to_8;
+    measure<unsigned short>* measure_16_to_32;
+    measure<wchar_t>* measure_32_to_8;
+    measure<wchar_t>* measure_32_to_16;
 
-// At most two units for each unit; a surrogate and a value from 0x110000 up are invalid.
-progress utf32_to_utf16(const wchar_t* from, std::size_t size, unsigned short* to);
+    convert<unsigned char, unsigned short>* utf8_to_utf16;  // a byte that begins no sequence
+    convert<unsigned char, wchar_t>* utf8_to_utf32;         // the same
+    convert<unsigned short, char>* utf16_to_utf8;           // an unpaired surrogate
+    convert<unsigned short, wchar_t>* utf16_to_utf32;       // the same
+    convert<wchar_t, char>* utf32_to_utf8;                  // a surrogate
+    convert<wchar_t, unsigned short>* utf32_to_utf16;       // a surrogate, or from 0x110000 up
+};
+
+extern const unicode_form unicode_portable;
+#if defined(__x86_64__)
+extern const unicode_form unicode_sse2;
+extern const unicode_form unicode_avx2;
+extern const unicode_form unicode_avx512;
+#endif
+
+// The form for a level.
+inline const unicode_form& unicode(TOVA_2_18::detail::cpu_form level) {
+#if defined(__x86_64__)
+    switch (level) {
+    case TOVA_2_18::detail::cpu_form::avx512:
+        return unicode_avx512;
+    case TOVA_2_18::detail::cpu_form::avx2:
+        return unicode_avx2;
+    case TOVA_2_18::detail::cpu_form::sse2:
+        return unicode_sse2;
+    case TOVA_2_18::detail::cpu_form::portable:
+        break;
+    }
+#endif
+    return unicode_portable;
+}
+
+// The form for the processor that runs the program.
+inline const unicode_form& unicode() {
+    return unicode(TOVA_2_18::detail::cpu_level());
+}
 
 }  // namespace kernels
 }  // namespace strings

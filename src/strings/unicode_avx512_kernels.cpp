@@ -1,0 +1,677 @@
+// The AVX-512 form, with VBMI2. A step takes up to 64 bytes of the source:
+//
+//   decode UTF-8   masks of leads and continuations check the structure of a step at once; the
+//                  places of the leads are compressed, and a permutation gathers each character
+//   encode UTF-8   each character is spread over a lane of 2 or 4 bytes with its tag bits, and the
+//                  bytes in use are compressed
+//   UTF-16, UTF-32 lanes are widened or narrowed; pairs are compressed
+//
+// A step writes whole vectors where there is room for one, and masked ones near the end. A vector
+// loop stops before the first character that it doesn't handle: an invalid one, or a value that
+// `utf32_to_utf8` cuts or drops. `loops::take_turns` then lets the plain loop decide.
+#include "strings/unicode_kernels.hpp"
+
+#if defined(__x86_64__)
+
+#include "strings/unicode_loops.hpp"
+
+#include <cstdint>
+#include <immintrin.h>
+
+// The headers of g++ 12 begin some intrinsics with a value that they never read.
+#if !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+
+#define TOVA_AVX512                                                                                \
+    __attribute__((                                                                                \
+        target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt")))
+#define TOVA_AVX512_INLINE TOVA_AVX512 __attribute__((always_inline)) inline
+
+namespace TOVA_2_18 {
+namespace strings {
+namespace kernels {
+
+namespace {
+
+const std::uint64_t all_ones = ~std::uint64_t(0);
+
+TOVA_AVX512_INLINE std::size_t count(std::uint64_t mask) {
+    return static_cast<std::size_t>(_mm_popcnt_u64(mask));
+}
+
+TOVA_AVX512_INLINE std::uint64_t lowest(std::size_t bits) {
+    return _bzhi_u64(all_ones, static_cast<unsigned int>(bits));
+}
+
+TOVA_AVX512_INLINE __m512i all_bytes(int value) {
+    return _mm512_set1_epi8(static_cast<char>(value));
+}
+
+TOVA_AVX512_INLINE __m512i all_units(int value) {
+    return _mm512_set1_epi16(static_cast<short>(value));
+}
+
+TOVA_AVX512_INLINE __m512i all_points(unsigned int value) {
+    return _mm512_set1_epi32(static_cast<int>(value));
+}
+
+// Up to one vector of the source; what is past its end reads as 0.
+TOVA_AVX512_INLINE __m512i load(const unsigned char* from, std::size_t left) {
+    return left >= 64 ? _mm512_loadu_si512(from) : _mm512_maskz_loadu_epi8(lowest(left), from);
+}
+
+TOVA_AVX512_INLINE __m512i load(const unsigned short* from, std::size_t left) {
+    return left >= 32 ? _mm512_loadu_si512(from)
+                      : _mm512_maskz_loadu_epi16(static_cast<__mmask32>(lowest(left)), from);
+}
+
+TOVA_AVX512_INLINE __m512i load(const wchar_t* from, std::size_t left) {
+    return left >= 16 ? _mm512_loadu_si512(from)
+                      : _mm512_maskz_loadu_epi32(static_cast<__mmask16>(lowest(left)), from);
+}
+
+// The first `used` units of a vector. With room for all of it the rest is written, too, and
+// overwritten by the next step.
+TOVA_AVX512_INLINE void store(char* to, std::size_t room, __m512i bytes, std::size_t used) {
+    if (room >= 64)
+        _mm512_storeu_si512(to, bytes);
+    else
+        _mm512_mask_storeu_epi8(to, lowest(used), bytes);
+}
+
+TOVA_AVX512_INLINE void store(unsigned short* to, std::size_t room, __m512i units,
+                              std::size_t used) {
+    if (room >= 32)
+        _mm512_storeu_si512(to, units);
+    else
+        _mm512_mask_storeu_epi16(to, static_cast<__mmask32>(lowest(used)), units);
+}
+
+TOVA_AVX512_INLINE void store(wchar_t* to, std::size_t room, __m512i points, std::size_t used) {
+    if (room >= 16)
+        _mm512_storeu_si512(to, points);
+    else
+        _mm512_mask_storeu_epi32(to, static_cast<__mmask16>(lowest(used)), points);
+}
+
+// --- Decoding UTF-8 -----------------------------------------------------------------------------
+
+// 0 to 63, and the number of the character that each byte of a group is for.
+struct index_tables {
+    alignas(64) unsigned char identity[64];
+    alignas(64) unsigned char by_four[4][64];  // 16 characters for each of four groups
+    alignas(64) unsigned char by_two[2][64];   // 32 characters for each of two groups
+
+    constexpr index_tables() : identity(), by_four(), by_two() {
+        for (unsigned char i = 0; i < 64; ++i) {
+            identity[i] = i;
+            for (unsigned char group = 0; group < 4; ++group)
+                by_four[group][i] = static_cast<unsigned char>(16 * group + i / 4);
+            for (unsigned char group = 0; group < 2; ++group)
+                by_two[group][i] = static_cast<unsigned char>(32 * group + i / 2);
+        }
+    }
+};
+
+constexpr index_tables tables;
+
+// What is cut from the 21 bits that four bytes make, by the top four bits of the first one: a
+// sequence shorter than four has another one's bytes at its end.
+alignas(64) const int cut_bits[16] = {18, 18, 18, 18, 18, 18, 18, 18, 18, 18, 18, 18, 12, 12, 6, 0};
+alignas(64) const int kept_bits[16] = {0x7F, 0x7F, 0x7F, 0x7F, 0x7F,  0x7F,  0x7F,   0x7F,
+                                       0x7F, 0x7F, 0x7F, 0x7F, 0x7FF, 0x7FF, 0xFFFF, 0x1FFFFF};
+
+// 32 characters of one or two bytes, or of up to three. `leads` has the place of each in `bytes`.
+template <bool Three>
+TOVA_AVX512_INLINE __m512i decode_32(__m512i bytes, __m512i leads, unsigned int group) {
+    const __m512i at = _mm512_permutexvar_epi8(_mm512_load_si512(tables.by_two[group]), leads);
+    // the first byte above the second
+    const __m512i both = _mm512_permutexvar_epi8(_mm512_add_epi8(at, all_units(0x0001)), bytes);
+    const __m512i two =
+        _mm512_maddubs_epi16(_mm512_and_si512(both, all_units(0x1F3F)), all_units(0x4001));
+    __m512i result = _mm512_mask_mov_epi16(_mm512_srli_epi16(both, 8),
+                                           _mm512_cmpge_epu16_mask(both, all_units(0xC000)), two);
+    if (Three) {
+        const __m512i third = _mm512_maskz_permutexvar_epi8(
+            0x5555555555555555u, _mm512_add_epi8(at, all_units(2)), bytes);
+        const __m512i high = _mm512_slli_epi16(_mm512_and_si512(both, all_units(0x0F00)), 4);
+        const __m512i middle = _mm512_slli_epi16(_mm512_and_si512(both, all_units(0x003F)), 6);
+        const __m512i low = _mm512_and_si512(third, all_units(0x003F));
+        result = _mm512_mask_mov_epi16(result, _mm512_cmpge_epu16_mask(both, all_units(0xE000)),
+                                       _mm512_or_si512(_mm512_or_si512(high, middle), low));
+    }
+    return result;
+}
+
+// 16 characters of up to four bytes. The top four bits of their first bytes go to `kinds`.
+TOVA_AVX512_INLINE __m512i decode_16(__m512i bytes, __m512i leads, unsigned int group,
+                                     __m512i& kinds) {
+    const __m512i at = _mm512_permutexvar_epi8(_mm512_load_si512(tables.by_four[group]), leads);
+    // four bytes, the first one on top
+    const __m512i four =
+        _mm512_permutexvar_epi8(_mm512_add_epi8(at, all_points(0x00010203)), bytes);
+    const __m512i halves =
+        _mm512_maddubs_epi16(_mm512_and_si512(four, all_points(0xFF3F3F3F)), all_units(0x4001));
+    const __m512i whole = _mm512_madd_epi16(halves, all_points(0x10000001));
+    kinds = _mm512_srli_epi32(four, 28);
+    return _mm512_and_si512(
+        _mm512_srlv_epi32(whole, _mm512_permutexvar_epi32(kinds, _mm512_load_si512(cut_bits))),
+        _mm512_permutexvar_epi32(kinds, _mm512_load_si512(kept_bits)));
+}
+
+TOVA_AVX512_INLINE std::size_t write_ascii(__m512i bytes, std::size_t used, unsigned short* to,
+                                           std::size_t room) {
+    const __m512i first = _mm512_cvtepu8_epi16(_mm512_castsi512_si256(bytes));
+    store(to, room, first, used);
+    if (used > 32) {
+        const __m512i second = _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(bytes, 1));
+        store(to + 32, room - 32, second, used - 32);
+    }
+    return used;
+}
+
+TOVA_AVX512_INLINE std::size_t write_ascii(__m512i bytes, std::size_t used, wchar_t* to,
+                                           std::size_t room) {
+    store(to, room, _mm512_cvtepu8_epi32(_mm512_castsi512_si128(bytes)), used);
+    if (used > 16)
+        store(to + 16, room - 16, _mm512_cvtepu8_epi32(_mm512_extracti32x4_epi32(bytes, 1)),
+              used - 16);
+    if (used > 32)
+        store(to + 32, room - 32, _mm512_cvtepu8_epi32(_mm512_extracti32x4_epi32(bytes, 2)),
+              used - 32);
+    if (used > 48)
+        store(to + 48, room - 48, _mm512_cvtepu8_epi32(_mm512_extracti32x4_epi32(bytes, 3)),
+              used - 48);
+    return used;
+}
+
+// The characters of a step, `used` of them. Returns the number of units.
+TOVA_AVX512_INLINE std::size_t write_points(__m512i bytes, __m512i leads, std::size_t used, bool,
+                                            bool, wchar_t* to, std::size_t room) {
+    __m512i kinds;
+    store(to, room, decode_16(bytes, leads, 0, kinds), used);
+    if (used > 16)
+        store(to + 16, room - 16, decode_16(bytes, leads, 1, kinds), used - 16);
+    if (used > 32)
+        store(to + 32, room - 32, decode_16(bytes, leads, 2, kinds), used - 32);
+    if (used > 48)
+        store(to + 48, room - 48, decode_16(bytes, leads, 3, kinds), used - 48);
+    return used;
+}
+
+template <bool Three>
+TOVA_AVX512_INLINE std::size_t write_units(__m512i bytes, __m512i leads, std::size_t used,
+                                           unsigned short* to, std::size_t room) {
+    store(to, room, decode_32<Three>(bytes, leads, 0), used);
+    if (used > 32)
+        store(to + 32, room - 32, decode_32<Three>(bytes, leads, 1), used - 32);
+    return used;
+}
+
+TOVA_AVX512_INLINE std::size_t write_points(__m512i bytes, __m512i leads, std::size_t used,
+                                            bool has_three, bool has_four, unsigned short* to,
+                                            std::size_t room) {
+    if (!has_three)
+        return write_units<false>(bytes, leads, used, to, room);
+    if (!has_four)
+        return write_units<true>(bytes, leads, used, to, room);
+    std::size_t written = 0;
+    for (unsigned int group = 0; 16 * group < used; ++group) {
+        __m512i kinds;
+        const __m512i points = decode_16(bytes, leads, group, kinds);
+        const unsigned int in = static_cast<unsigned int>(lowest(used - 16 * group)) & 0xFFFFu;
+        const unsigned int pairs = _mm512_cmpeq_epi32_mask(kinds, all_points(15)) & in;
+        // Contract: as `loops::write_pair`, the value isn't checked and the high unit wraps.
+        const __m512i high =
+            _mm512_add_epi32(_mm512_srli_epi32(points, 10), all_points(0xD800 - 64));
+        const __m512i low =
+            _mm512_add_epi32(_mm512_and_si512(points, all_points(0x3FF)), all_points(0xDC00));
+        const __m512i both = _mm512_mask_or_epi32(points, static_cast<__mmask16>(pairs),
+                                                  _mm512_and_si512(high, all_points(0xFFFF)),
+                                                  _mm512_slli_epi32(low, 16));
+        const __mmask32 keep = _pdep_u32(in, 0x55555555u) | _pdep_u32(pairs, 0xAAAAAAAAu);
+        const std::size_t units = count(keep);
+        store(to + written, room - written, _mm512_maskz_compress_epi16(keep, both), units);
+        written += units;
+    }
+    return written;
+}
+
+// Where the character begins that the step before `i` left open, and its units.
+template <typename Target>
+inline progress step_back(const unsigned char* from, progress done) {
+    do
+        --done.read;
+    while (detail::is_continuation(from[done.read]));
+    done.written -= sizeof(Target) == 2 && from[done.read] >= 0xF0 ? 2 : 1;
+    return done;
+}
+
+// A step is 61 bytes, so that a character that begins in it ends within the vector. `owed` are the
+// continuations that the last character of a step still needs, in the bits of the next one.
+template <typename Target>
+TOVA_AVX512 progress decode(const unsigned char* from, std::size_t size, Target* to,
+                            std::size_t room, progress done) {
+    const __m512i identity = _mm512_load_si512(tables.identity);
+    std::uint64_t owed = 0;
+    while (done.read < size) {
+        const std::size_t left = size - done.read;
+        const __m512i bytes = load(from + done.read, left);
+        const std::uint64_t high = _mm512_movepi8_mask(bytes);
+        Target* const at = to + done.written;
+        const std::size_t free = room - done.written;
+        if ((high | owed) == 0) {
+            const std::size_t used = std::min<std::size_t>(left, 64);
+            done.written += write_ascii(bytes, used, at, free);
+            done.read += used;
+            continue;
+        }
+        const bool last = left <= 64;
+        const std::uint64_t step = lowest(last ? left : 61);
+        const std::uint64_t from_two = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xC0));
+        const std::uint64_t two = from_two & step;
+        const std::uint64_t three = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xE0)) & step;
+        const std::uint64_t four = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xF0)) & step;
+        const std::uint64_t none = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xF8)) & step;
+        const std::uint64_t continuations = high & ~from_two;
+        const std::uint64_t wanted = owed | two << 1 | three << 2 | four << 3;
+        // what a character in the last step wants past the end
+        const std::uint64_t cut =
+            last ? (wanted & ~step) | two >> 63 | three >> 62 | four >> 61 : 0;
+        if ((((wanted ^ continuations) & step) | none | cut) != 0)
+            return owed != 0 ? step_back<Target>(from, done) : done;
+        owed = last ? 0 : wanted >> 61;
+        const std::uint64_t leads = ~continuations & step;
+        done.written += write_points(bytes, _mm512_maskz_compress_epi8(leads, identity),
+                                     count(leads), three != 0, four != 0, at, free);
+        done.read += last ? left : 61;
+    }
+    return done;
+}
+
+// --- Encoding UTF-8 -----------------------------------------------------------------------------
+
+// 32 units below 0x800, the first `used` of them.
+TOVA_AVX512_INLINE std::size_t encode_two(__m512i units, __mmask32 from_two, std::size_t used,
+                                          char* to, std::size_t room) {
+    const __m512i lead = _mm512_or_si512(_mm512_srli_epi16(units, 6), all_units(0x80C0));
+    const __m512i trail = _mm512_slli_epi16(_mm512_and_si512(units, all_units(0x3F)), 8);
+    const __m512i bytes = _mm512_mask_mov_epi16(units, from_two, _mm512_or_si512(lead, trail));
+    // a low byte always, also if it is 0; a high one if there is any
+    const std::uint64_t keep =
+        _mm512_test_epi8_mask(_mm512_or_si512(bytes, all_units(0x00FF)), all_bytes(0xFF)) &
+        lowest(2 * used);
+    const std::size_t written = count(keep);
+    store(to, room, _mm512_maskz_compress_epi8(keep, bytes), written);
+    return written;
+}
+
+// The six bits for each byte of a character, the last one on top.
+alignas(64) const unsigned char six_bits[64] = {
+    18, 12, 6,  0,  50, 44, 38, 32, 18, 12, 6,  0,  50, 44, 38, 32, 18, 12, 6,  0,  50, 44,
+    38, 32, 18, 12, 6,  0,  50, 44, 38, 32, 18, 12, 6,  0,  50, 44, 38, 32, 18, 12, 6,  0,
+    50, 44, 38, 32, 18, 12, 6,  0,  50, 44, 38, 32, 18, 12, 6,  0,  50, 44, 38, 32};
+
+// The code points in the lanes of `in`, all of them below 0x110000.
+template <bool Four>
+TOVA_AVX512_INLINE std::size_t encode_16(__m512i points, __mmask16 in, char* to, std::size_t room) {
+    // A byte that is not in use stays 0 until it gets a tag.
+    const __m512i tag_two = all_points(0x80C00000);
+    const __m512i tag_three = all_points(0x8080E000);
+    const __m512i groups = _mm512_multishift_epi64_epi8(_mm512_load_si512(six_bits), points);
+    __m512i tags = _mm512_mask_mov_epi32(
+        tag_two, _mm512_cmpge_epu32_mask(points, all_points(0x800)), tag_three);
+    if (Four)
+        tags = _mm512_mask_mov_epi32(tags, _mm512_cmpge_epu32_mask(points, all_points(0x10000)),
+                                     all_points(0x808080F0));
+    __m512i bytes = _mm512_ternarylogic_epi32(groups, all_bytes(0x3F), tags, 0xEA);  // and, or
+    bytes = _mm512_mask_slli_epi32(bytes, _mm512_cmplt_epu32_mask(points, all_points(0x80)), points,
+                                   24);
+    const __m512i in_use = _mm512_maskz_or_epi32(in, bytes, all_points(0x80000000));
+    const std::uint64_t keep = _mm512_test_epi8_mask(in_use, in_use);
+    const std::size_t written = count(keep);
+    store(to, room, _mm512_maskz_compress_epi8(keep, bytes), written);
+    return written;
+}
+
+TOVA_AVX512_INLINE __m512i lower_half(__m512i units) {
+    return _mm512_cvtepu16_epi32(_mm512_castsi512_si256(units));
+}
+
+TOVA_AVX512_INLINE __m512i upper_half(__m512i units) {
+    return _mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(units, 1));
+}
+
+// The surrogates among 32 units of which `used` are given. `used` shrinks by a high one at the end
+// of the vector, whose partner is in the next. Returns false if one of them has no partner.
+struct surrogates {
+    std::uint32_t high;
+    std::uint32_t low;
+};
+
+TOVA_AVX512_INLINE bool find_pairs(__m512i units, std::size_t left, std::size_t& used,
+                                   surrogates& found) {
+    const __m512i kind = _mm512_and_si512(units, all_units(0xFC00));
+    found.high = _mm512_cmpeq_epi16_mask(kind, all_units(0xD800));
+    found.low = _mm512_cmpeq_epi16_mask(kind, all_units(0xDC00));
+    if (left > 32 && found.high >> 31 != 0) {
+        used = 31;
+        found.high &= 0x7FFFFFFF;
+        found.low &= 0x7FFFFFFF;
+    }
+    return static_cast<std::uint64_t>(found.high) << 1 == found.low;
+}
+
+// The code points of 16 units; those of low surrogates mean nothing.
+TOVA_AVX512_INLINE __m512i combine_16(__m512i units, __m512i next, std::uint32_t high) {
+    const __m512i pair = _mm512_add_epi32(_mm512_slli_epi32(units, 10),
+                                          _mm512_sub_epi32(next, all_points(0x35FDC00)));
+    return _mm512_mask_mov_epi32(units, static_cast<__mmask16>(high), pair);
+}
+
+// Each unit's successor.
+TOVA_AVX512_INLINE __m512i successors(__m512i units) {
+    const __m512i bytes = _mm512_add_epi8(_mm512_load_si512(tables.identity), all_bytes(2));
+    return _mm512_permutexvar_epi8(bytes, units);
+}
+
+TOVA_AVX512 progress encode_16_to_8(const unsigned short* from, std::size_t size, char* to,
+                                    std::size_t room, progress done) {
+    while (done.read < size) {
+        const std::size_t left = size - done.read;
+        const __m512i units = load(from + done.read, left);
+        std::size_t used = std::min<std::size_t>(left, 32);
+        char* at = to + done.written;
+        std::size_t free = room - done.written;
+        const __mmask32 from_two = _mm512_cmpge_epu16_mask(units, all_units(0x80));
+        if (from_two == 0) {
+            const __m256i bytes = _mm512_cvtepi16_epi8(units);
+            if (free >= 32)
+                _mm256_storeu_si256(reinterpret_cast<__m256i*>(at), bytes);
+            else
+                _mm256_mask_storeu_epi8(at, static_cast<__mmask32>(lowest(used)), bytes);
+            done.written += used;
+            done.read += used;
+            continue;
+        }
+        if (_mm512_cmpge_epu16_mask(units, all_units(0x800)) == 0) {
+            done.written += encode_two(units, from_two, used, at, free);
+            done.read += used;
+            continue;
+        }
+        const __m512i kind = _mm512_and_si512(units, all_units(0xF800));
+        std::size_t written;
+        if (_mm512_cmpeq_epi16_mask(kind, all_units(0xD800)) == 0) {
+            const std::uint32_t in = static_cast<std::uint32_t>(lowest(used));
+            written = encode_16<false>(lower_half(units), static_cast<__mmask16>(in), at, free);
+            if (used > 16)
+                written += encode_16<false>(upper_half(units), static_cast<__mmask16>(in >> 16),
+                                            at + written, free - written);
+        } else {
+            surrogates found;
+            if (!find_pairs(units, left, used, found))
+                return done;
+            const std::uint32_t in = static_cast<std::uint32_t>(lowest(used)) & ~found.low;
+            const __m512i next = successors(units);
+            written = encode_16<true>(combine_16(lower_half(units), lower_half(next), found.high),
+                                      static_cast<__mmask16>(in), at, free);
+            if (used > 16)
+                written += encode_16<true>(
+                    combine_16(upper_half(units), upper_half(next), found.high >> 16),
+                    static_cast<__mmask16>(in >> 16), at + written, free - written);
+        }
+        done.written += written;
+        done.read += used;
+    }
+    return done;
+}
+
+// 32 code points as two vectors. Values that a vector doesn't handle are reported by `is_plain`.
+TOVA_AVX512_INLINE bool is_plain(__m512i points) {
+    const __m512i kind = _mm512_and_si512(points, all_points(0xFFFFF800));
+    return (_mm512_cmpeq_epi32_mask(kind, all_points(0xD800)) |
+            _mm512_cmpge_epu32_mask(points, all_points(0x110000))) == 0;
+}
+
+TOVA_AVX512 progress encode_32_to_8(const wchar_t* from, std::size_t size, char* to,
+                                    std::size_t room, progress done) {
+    while (done.read < size) {
+        const std::size_t left = size - done.read;
+        const wchar_t* const next = from + done.read;
+        const std::size_t used = std::min<std::size_t>(left, 32);
+        const __m512i first = load(next, left);
+        const __m512i second = left > 16 ? load(next + 16, left - 16) : _mm512_setzero_si512();
+        const __m512i both = _mm512_or_si512(first, second);
+        char* const at = to + done.written;
+        const std::size_t free = room - done.written;
+        if (_mm512_test_epi32_mask(both, all_points(0xFFFFF800)) == 0) {  // below 0x800
+            const __m512i units =
+                _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi32_epi16(first)),
+                                   _mm512_cvtepi32_epi16(second), 1);
+            const __mmask32 from_two = _mm512_cmpge_epu16_mask(units, all_units(0x80));
+            if (from_two == 0) {
+                const __m256i bytes = _mm512_cvtepi16_epi8(units);
+                if (free >= 32)
+                    _mm256_storeu_si256(reinterpret_cast<__m256i*>(at), bytes);
+                else
+                    _mm256_mask_storeu_epi8(at, static_cast<__mmask32>(lowest(used)), bytes);
+                done.written += used;
+            } else {
+                done.written += encode_two(units, from_two, used, at, free);
+            }
+            done.read += used;
+            continue;
+        }
+        if (!is_plain(first) || !is_plain(second))
+            return done;
+        const std::uint32_t in = static_cast<std::uint32_t>(lowest(used));
+        const __mmask16 in_first = static_cast<__mmask16>(in);
+        const __mmask16 in_second = static_cast<__mmask16>(in >> 16);
+        std::size_t written;
+        if (_mm512_test_epi32_mask(both, all_points(0xFFFF0000)) == 0) {
+            written = encode_16<false>(first, in_first, at, free);
+            if (used > 16)
+                written += encode_16<false>(second, in_second, at + written, free - written);
+        } else {
+            written = encode_16<true>(first, in_first, at, free);
+            if (used > 16)
+                written += encode_16<true>(second, in_second, at + written, free - written);
+        }
+        done.written += written;
+        done.read += used;
+    }
+    return done;
+}
+
+// --- UTF-16 and UTF-32 --------------------------------------------------------------------------
+
+TOVA_AVX512 progress widen_16_to_32(const unsigned short* from, std::size_t size, wchar_t* to,
+                                    std::size_t room, progress done) {
+    while (done.read < size) {
+        const std::size_t left = size - done.read;
+        const __m512i units = load(from + done.read, left);
+        std::size_t used = std::min<std::size_t>(left, 32);
+        wchar_t* const at = to + done.written;
+        const std::size_t free = room - done.written;
+        const __m512i kind = _mm512_and_si512(units, all_units(0xF800));
+        if (_mm512_cmpeq_epi16_mask(kind, all_units(0xD800)) == 0) {
+            store(at, free, lower_half(units), used);
+            if (used > 16)
+                store(at + 16, free - 16, upper_half(units), used - 16);
+            done.written += used;
+            done.read += used;
+            continue;
+        }
+        surrogates found;
+        if (!find_pairs(units, left, used, found))
+            return done;
+        const __m512i next = successors(units);
+        const std::uint32_t in = static_cast<std::uint32_t>(lowest(used)) & ~found.low;
+        const std::size_t first = count(in & 0xFFFF);
+        store(at, free,
+              _mm512_maskz_compress_epi32(
+                  static_cast<__mmask16>(in),
+                  combine_16(lower_half(units), lower_half(next), found.high)),
+              first);
+        const std::size_t second = count(in >> 16);
+        store(at + first, free - first,
+              _mm512_maskz_compress_epi32(
+                  static_cast<__mmask16>(in >> 16),
+                  combine_16(upper_half(units), upper_half(next), found.high >> 16)),
+              second);
+        done.written += first + second;
+        done.read += used;
+    }
+    return done;
+}
+
+// 16 code points, the first `used` of them.
+TOVA_AVX512_INLINE std::size_t narrow_16(__m512i points, std::size_t used, unsigned short* to,
+                                         std::size_t room) {
+    const std::uint32_t in = static_cast<std::uint32_t>(lowest(used));
+    const std::uint32_t pairs = _mm512_cmpge_epu32_mask(points, all_points(0xFFFF)) & in;
+    // Contract: 0x10000 is not subtracted, see `loops::utf32_to_utf16`.
+    const __m512i high = _mm512_and_si512(
+        _mm512_add_epi32(_mm512_srli_epi32(points, 10), all_points(0xD800)), all_points(0xFFFF));
+    const __m512i low =
+        _mm512_add_epi32(_mm512_and_si512(points, all_points(0x3FF)), all_points(0xDC00));
+    const __m512i units = _mm512_mask_or_epi32(points, static_cast<__mmask16>(pairs), high,
+                                               _mm512_slli_epi32(low, 16));
+    const __mmask32 keep = _pdep_u32(in, 0x55555555u) | _pdep_u32(pairs, 0xAAAAAAAAu);
+    const std::size_t written = count(keep);
+    store(to, room, _mm512_maskz_compress_epi16(keep, units), written);
+    return written;
+}
+
+TOVA_AVX512 progress narrow_32_to_16(const wchar_t* from, std::size_t size, unsigned short* to,
+                                     std::size_t room, progress done) {
+    while (done.read < size) {
+        const std::size_t left = size - done.read;
+        const wchar_t* const next = from + done.read;
+        const std::size_t used = std::min<std::size_t>(left, 32);
+        const __m512i first = load(next, left);
+        const __m512i second = left > 16 ? load(next + 16, left - 16) : _mm512_setzero_si512();
+        if (!is_plain(first) || !is_plain(second))
+            return done;
+        unsigned short* const at = to + done.written;
+        const std::size_t free = room - done.written;
+        const __m512i end = all_points(0xFFFF);
+        if ((_mm512_cmpge_epu32_mask(first, end) | _mm512_cmpge_epu32_mask(second, end)) == 0) {
+            const __m512i units =
+                _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi32_epi16(first)),
+                                   _mm512_cvtepi32_epi16(second), 1);
+            store(at, free, units, used);
+            done.written += used;
+        } else {
+            std::size_t written = narrow_16(first, std::min<std::size_t>(used, 16), at, free);
+            if (used > 16)
+                written += narrow_16(second, used - 16, at + written, free - written);
+            done.written += written;
+        }
+        done.read += used;
+    }
+    return done;
+}
+
+// --- Sizes --------------------------------------------------------------------------------------
+
+TOVA_AVX512 std::size_t measure_8_to_16(const unsigned char* from, std::size_t size) {
+    std::size_t units = 0;
+    for (std::size_t i = 0; i < size; i += 64) {
+        const __m512i bytes = load(from + i, size - i);
+        units += count(_mm512_cmpgt_epi8_mask(bytes, all_bytes(0xBF))) +
+                 count(_mm512_cmpge_epu8_mask(bytes, all_bytes(0xF0)));
+    }
+    return units - (64 - size % 64) % 64;  // the zeros that the last load had for the rest
+}
+
+TOVA_AVX512 std::size_t measure_8_to_32(const unsigned char* from, std::size_t size) {
+    std::size_t points = 0;
+    for (std::size_t i = 0; i < size; i += 64)
+        points += count(_mm512_cmpgt_epi8_mask(load(from + i, size - i), all_bytes(0xBF)));
+    return points - (64 - size % 64) % 64;
+}
+
+TOVA_AVX512 std::size_t measure_16_to_8(const unsigned short* from, std::size_t size) {
+    std::size_t bytes = size;
+    for (std::size_t i = 0; i < size; i += 32) {
+        const __m512i units = load(from + i, size - i);
+        const __m512i kind = _mm512_and_si512(units, all_units(0xF800));
+        bytes += count(_mm512_cmpge_epu16_mask(units, all_units(0x80))) +
+                 count(_mm512_cmpge_epu16_mask(units, all_units(0x800))) -
+                 count(_mm512_cmpeq_epi16_mask(kind, all_units(0xD800)));
+    }
+    return bytes;
+}
+
+TOVA_AVX512 std::size_t measure_16_to_32(const unsigned short* from, std::size_t size) {
+    std::size_t points = size;
+    for (std::size_t i = 0; i < size; i += 32) {
+        const __m512i kind = _mm512_and_si512(load(from + i, size - i), all_units(0xFC00));
+        points -= count(_mm512_cmpeq_epi16_mask(kind, all_units(0xDC00)));
+    }
+    return points;
+}
+
+TOVA_AVX512 std::size_t measure_32_to_8(const wchar_t* from, std::size_t size) {
+    std::size_t bytes = size;
+    for (std::size_t i = 0; i < size; i += 16) {
+        const __m512i points = load(from + i, size - i);  // signed, as a negative one is a byte
+        bytes += count(_mm512_cmpge_epi32_mask(points, all_points(0x80))) +
+                 count(_mm512_cmpge_epi32_mask(points, all_points(0x800))) +
+                 count(_mm512_cmpge_epi32_mask(points, all_points(0x10000))) -
+                 4 * count(_mm512_cmpge_epi32_mask(points, all_points(0x110000)));
+    }
+    return bytes;
+}
+
+TOVA_AVX512 std::size_t measure_32_to_16(const wchar_t* from, std::size_t size) {
+    std::size_t units = size;
+    for (std::size_t i = 0; i < size; i += 16)
+        units += count(_mm512_cmpge_epi32_mask(load(from + i, size - i), all_points(0xFFFF)));
+    return units;
+}
+
+// --- The form -----------------------------------------------------------------------------------
+
+progress utf8_to_utf16(const unsigned char* from, std::size_t size, unsigned short* to,
+                       std::size_t room) {
+    return loops::take_turns(decode<unsigned short>, loops::utf8_to_utf16, from, size, to, room);
+}
+
+progress utf8_to_utf32(const unsigned char* from, std::size_t size, wchar_t* to, std::size_t room) {
+    return loops::take_turns(decode<wchar_t>, loops::utf8_to_utf32, from, size, to, room);
+}
+
+progress utf16_to_utf8(const unsigned short* from, std::size_t size, char* to, std::size_t room) {
+    return loops::take_turns(encode_16_to_8, loops::utf16_to_utf8, from, size, to, room);
+}
+
+progress utf16_to_utf32(const unsigned short* from, std::size_t size, wchar_t* to,
+                        std::size_t room) {
+    return loops::take_turns(widen_16_to_32, loops::utf16_to_utf32, from, size, to, room);
+}
+
+progress utf32_to_utf8(const wchar_t* from, std::size_t size, char* to, std::size_t room) {
+    return loops::take_turns(encode_32_to_8, loops::utf32_to_utf8, from, size, to, room);
+}
+
+progress utf32_to_utf16(const wchar_t* from, std::size_t size, unsigned short* to,
+                        std::size_t room) {
+    return loops::take_turns(narrow_32_to_16, loops::utf32_to_utf16, from, size, to, room);
+}
+
+}  // namespace
+
+const unicode_form unicode_avx512 = {
+    measure_8_to_16, measure_8_to_32,  measure_16_to_8, measure_16_to_32,
+    measure_32_to_8, measure_32_to_16, utf8_to_utf16,   utf8_to_utf32,
+    utf16_to_utf8,   utf16_to_utf32,   utf32_to_utf8,   utf32_to_utf16,
+};
+
+}  // namespace kernels
+}  // namespace strings
+}  // namespace TOVA_2_18
+
+#endif
