@@ -37,8 +37,10 @@ BASELINE = ROOT / "benchmarks" / "baseline.json"
 
 NO_PEERS = ("floor", "plain")
 TOLERANCE = 1.25  # how much slower a cell may be than the baseline
+SLOWER_THAN_PLAIN = 1.05  # a ratio up to this may be noise
 
-Limit = collections.namedtuple("Limit", "names bound ratio")  # a ratio of None: not installed
+# The fastest of the libraries that a limit names, and our ratio to it: None if none is installed.
+Limit = collections.namedtuple("Limit", "names bound peer ratio")
 
 
 # --- The machine ------------------------------------------------------------------------------------
@@ -122,7 +124,7 @@ def judge(by_library, limits):
     found = []
     for names, bound in limits.items():
         best = best_peer(by_library, None if names == "best" else names.split())
-        found.append(Limit(names, bound, best[1] if best else None))
+        found.append(Limit(names, bound, *(best or (None, None))))
     return found
 
 
@@ -130,6 +132,12 @@ def is_met(limits):
     """Whether a cell is within all limits that could be measured; None if none could."""
     measured = [limit.ratio <= limit.bound for limit in limits if limit.ratio is not None]
     return all(measured) if measured else None
+
+
+def deciding(limits):
+    """The limit that is furthest from being met, of those that could be measured; or None."""
+    return max((limit for limit in limits if limit.ratio is not None),
+               key=lambda limit: limit.ratio / limit.bound, default=None)
 
 
 def limits_of(row, cell):
@@ -230,7 +238,7 @@ def page(machine_line, rows, results, notes):
             continue
         verdicts += [is_met(limits) for _, _, limits in cells]
         sections += [f"## {row['row']}. {row['title']}", "",
-                     f"![Ratios to the best peer: {row['title']}](images/{chart_name(row)})", "",
+                     f"![Ratios and limits: {row['title']}](images/{chart_name(row)})", "",
                      table(cells), ""]
         for note in notes_for(row, cells, notes):
             sections += [note, ""]
@@ -264,20 +272,14 @@ text { font: 12px sans-serif; fill: #57606a }
 
 
 def chart(row, cells):
-    """An SVG of our ratio to the best peer for each cell: bars on a logarithmic scale, a line at 1,
-    and a mark at a limit that refers to the peer shown. It has no background and follows the color
-    scheme of the reader."""
-    shown = []
-    for cell, by_library, limits in cells:
-        best = best_peer(by_library)
-        if best is not None:
-            bounds = [limit.bound for limit in limits
-                      if limit.names == "best" or best[0] in limit.names.split()]
-            shown.append((cell, best, min(bounds) if bounds else None, is_met(limits)))
-    values = [1.0] + [best[1] for _, best, _, _ in shown] + [b for _, _, b, _ in shown if b]
+    """An SVG of the limit of each cell that is furthest from being met: our ratio as a bar on a
+    logarithmic scale, the limit as a mark, and a line at 1. It has no background and follows the
+    color scheme of the reader."""
+    shown = [(cell, deciding(limits)) for cell, _, limits in cells if deciding(limits) is not None]
+    values = [1.0] + [value for _, limit in shown for value in (limit.ratio, limit.bound)]
     low = 10 ** math.floor(math.log10(min(values) * 0.999))
     high = 10 ** math.ceil(math.log10(max(values) * 1.001))
-    left, width, step = 240, 420, 22
+    left, width, step = 250, 340, 22
     bottom = 34 + step * len(shown)
 
     def x(value):
@@ -285,7 +287,7 @@ def chart(row, cells):
 
     parts = [f'<svg xmlns="http://www.w3.org/2000/svg" width="800" height="{bottom + 30}" '
              f'viewBox="0 0 800 {bottom + 30}" role="img">',
-             f"<title>{html.escape(row['title'])}: our time divided by the best peer's</title>",
+             f"<title>{html.escape(row['title'])}: our time divided by that of others</title>",
              f"<style>{STYLE}</style>"]
     for power in range(round(math.log10(low)), round(math.log10(high)) + 1):
         parts.append(f'<line class="axis" x1="{x(10 ** power):.1f}" y1="{bottom}" '
@@ -293,18 +295,17 @@ def chart(row, cells):
                      f'<text x="{x(10 ** power):.1f}" y="{bottom + 19}" text-anchor="middle">'
                      f"{10.0 ** power:g}</text>")
     parts.append(f'<line class="axis" x1="{left}" y1="{bottom}" x2="{left + width}" y2="{bottom}"/>')
-    parts.append(f'<text x="{left}" y="16">shorter is faster; 1 is the best peer</text>')
-    for number, (cell, (peer, ratio), bound, met) in enumerate(shown):
+    parts.append(f'<text x="{left}" y="16">shorter is faster; the marks are the limits</text>')
+    for number, (cell, limit) in enumerate(shown):
         y = 28 + step * number
-        kind = "missed" if met is False else "met"
+        kind = "met" if limit.ratio <= limit.bound else "missed"
+        label = f"{ratio_text(limit.ratio)} of {limit.peer}, {kind}"
         parts.append(f'<text x="{left - 8}" y="{y + 12}" text-anchor="end">{html.escape(cell)}</text>'
                      f'<rect class="{kind}" x="{left}" y="{y}" height="16" '
-                     f'width="{max(x(ratio) - left, 1):.1f}"/>')
-        if bound:
-            parts.append(f'<line class="limit" x1="{x(bound):.1f}" y1="{y - 2}" '
-                         f'x2="{x(bound):.1f}" y2="{y + 18}"/>')
-        label = f"{ratio_text(ratio)} of {peer}" + (", missed" if met is False else "")
-        parts.append(f'<text x="{x(max(ratio, bound or 0)) + 6:.1f}" y="{y + 12}">'
+                     f'width="{max(x(limit.ratio) - left, 1):.1f}"/>'
+                     f'<line class="limit" x1="{x(limit.bound):.1f}" y1="{y - 2}" '
+                     f'x2="{x(limit.bound):.1f}" y2="{y + 18}"/>'
+                     f'<text x="{x(max(limit.ratio, limit.bound)) + 6:.1f}" y="{y + 12}">'
                      f"{html.escape(label)}</text>")
     parts.append(f'<line class="one" x1="{x(1):.1f}" y1="22" x2="{x(1):.1f}" y2="{bottom}"/>')
     return "\n".join(parts + ["</svg>", ""])
@@ -368,6 +369,8 @@ def print_results(rows, results):
         others = [ratio_text(by_library[name]) if name in by_library else "" for name in NO_PEERS]
         print(f"{row:>3}  {cell:36} {f'{ratio_text(best[1])} of {best[0]}' if best else '':24} "
               f"{others[0]:>7} {others[1]:>7}  {'; '.join(map(limit_text, limits))}")
+        if by_library.get("plain", 0) > SLOWER_THAN_PLAIN:
+            print(f"     slower than its plain form: {cell}")
     judged_cells = [verdict for verdict in verdicts if verdict is not None]
     if judged_cells:
         print(f"{sum(judged_cells)} of {len(judged_cells)} cells are within their limits")

@@ -150,7 +150,7 @@ class Page(unittest.TestCase):
         self.assertIn("\nMeasured on: the machine.\n\n1 of 2 cells are within their limits.\n", text)
         self.assertTrue(text.endswith(
             "\n## 7. Loading & more\n"
-            "\n![Ratios to the best peer: Loading & more](images/performance_07.svg)\n"
+            "\n![Ratios and limits: Loading & more](images/performance_07.svg)\n"
             "\n| cell | best peer | of the best peer | of the floor | of the plain form | limits |\n"
             "|---|---|---:|---:|---:|---|\n"
             "| load/small | b | 0.800 | 3.00 |  | 1 of the best peer: met; "
@@ -183,18 +183,26 @@ class Chart(unittest.TestCase):
     def all_of(self, name, kind):
         return [one for one in self.svg.getElementsByTagName(name) if one.getAttribute("class") == kind]
 
-    def test_has_a_longer_bar_for_a_larger_ratio(self):
+    def test_shows_the_limit_that_is_furthest_from_being_met(self):
+        # load/small has 0.8 of its bound at the best peer, and 1.5 times that at the floor.
+        self.assertIn(">3.00 of floor, missed</text>", self.text)
+        self.assertIn(">0.250 of a, met</text>", self.text)
+        self.assertNotIn("of b", self.text)
+
+    def test_has_a_longer_bar_for_a_larger_ratio_and_a_mark_at_each_limit(self):
         missed, met = self.all_of("rect", "missed"), self.all_of("rect", "met")
         self.assertEqual((1, 1), (len(missed), len(met)))
-        self.assertLess(float(missed[0].getAttribute("width")), float(met[0].getAttribute("width")))
+        self.assertGreater(float(missed[0].getAttribute("width")), float(met[0].getAttribute("width")))
+        marks = [float(one.getAttribute("x1")) for one in self.all_of("line", "limit")]
+        ends = [float(one.getAttribute("x")) + float(one.getAttribute("width"))
+                for one in missed + met]
+        self.assertEqual(2, len(marks))
+        self.assertLess(marks[0], ends[0])
+        self.assertGreater(marks[1], ends[1])
 
-    def test_marks_the_limit_only_where_it_refers_to_the_peer_shown(self):
-        # The limit of load/large refers to a and c, and the best peer is b.
-        self.assertEqual(1, len(self.all_of("line", "limit")))
-
-    def test_says_in_words_what_its_colors_say(self):
-        self.assertIn(">0.800 of b, missed</text>", self.text)
-        self.assertIn(">4.00 of b</text>", self.text)
+    def test_leaves_out_a_cell_whose_peers_are_not_installed(self):
+        cells = bench_table.judged(ROW, {"load/large": {"b": 1.0}})
+        self.assertNotIn("<rect", bench_table.chart(ROW, cells))
 
     def test_follows_the_color_scheme_and_has_no_background(self):
         self.assertIn("@media (prefers-color-scheme: dark)", self.text)
@@ -202,7 +210,7 @@ class Chart(unittest.TestCase):
 
     def test_stays_within_its_width(self):
         for mark in self.svg.getElementsByTagName("rect"):
-            self.assertLessEqual(float(mark.getAttribute("x")) + float(mark.getAttribute("width")), 700)
+            self.assertLessEqual(float(mark.getAttribute("x")) + float(mark.getAttribute("width")), 600)
 
 
 class Tree(unittest.TestCase):
