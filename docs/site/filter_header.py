@@ -95,27 +95,31 @@ def declared_name(statement):
 
 @functools.lru_cache(maxsize=None)
 def surprises(header):
-    """The sections about surprises of a header, as (reference, title, the names in the section)."""
+    """The sections about surprises of a header, as (reference, title, the names that it is about)."""
     found = []
     for path in sorted((ROOT / "docs").glob("surprises_*.md")):
         if not any(fnmatch.fnmatch(header, pattern) for pattern in FAMILIES.get(path.stem, ())):
             continue
-        lines = path.read_text(encoding="utf-8").splitlines()
         anchors = dict(filter_markdown.headings(path))
-        section, fences = None, 0
-        for number, line in enumerate(lines, 1):
+        section, fences, is_rule, code = None, 0, True, set()
+        for number, line in enumerate(path.read_text(encoding="utf-8").splitlines() + ["## "], 1):
             if filter_markdown.FENCE.match(line):
                 fences += 1
-            elif number in anchors and line.startswith("## "):
+            elif line.startswith("## ") and (number in anchors or line == "## "):
+                if section and not section[2]:
+                    section[2].update(code)
+                if line == "## ":
+                    break
                 section = (f"{filter_markdown.page_name(path)}-{anchors[number]}", line[3:].strip(),
-                           set(re.findall(r"[\w:~]+", line)))
+                           {name for name in re.findall(r"[\w:~]+", line) if re.search("[_:]", name)})
                 found.append(section)
-                fences = 0
+                fences, is_rule, code = 0, True, set()
             elif section and fences % 2 == 0:
-                for span in re.findall(r"`([^`]+)`", line):
+                is_rule = is_rule and not line.startswith("**Instead")
+                for span in re.findall(r"`([^`]+)`", line) if is_rule else []:
                     section[2].update(re.findall(r"[\w:~]+", span))
-            elif section and fences == 1:  # the first block of a section shows the surprise
-                section[2].update(name for name in re.findall(r"\w+", line) if "_" in name)
+            elif section and fences == 1:  # a section that names nothing shows it in its first block
+                code.update(name for name in re.findall(r"\w+", line) if "_" in name)
     return found
 
 
@@ -123,8 +127,12 @@ def links(header, name, owner, indent):
     """The comment lines with the surprises of one declaration."""
     if not name or name.startswith(("~", "operator")):
         return []
-    # The surprises of a class are at the class, not at each of its constructors.
-    wanted = {f"{owner}::{name}"} | ({name} if name != owner else set()) if owner else {name}
+    # The surprises of a class are at the class, not at each of its constructors. A free function may
+    # be named with its namespace, which the path of the header contains.
+    if owner:
+        wanted = {f"{owner}::{name}"} | ({name} if name != owner else set())
+    else:
+        wanted = {name} | {f"{part}::{name}" for part in re.split("[/.]", header)}
     sections = [s for s in surprises(header) if s[2] & wanted]
     if not sections:
         return []

@@ -3,7 +3,7 @@
 ///
 ///     tova::strings::ustring8 name("caf\xC3\xA9");  // UTF-8
 ///     name += ".txt";                              // what std::string offers
-///     std::ifstream file(name);                    // wherever a std::string is asked for
+///     std::ifstream file(name);                    // wherever a std::string is expected
 ///
 /// The types differ in their unit only, and each is declared in full all the same. Its direct base
 /// is the standard string, and the constructors are its own: a shared template or a macro would
@@ -41,8 +41,8 @@ inline const Unit* require_text(const Unit* text) {
 /// A string of 8-bit units: UTF-8, by agreement and unchecked.
 ///
 /// A plain derivation of `std::string` with no data and no virtual operation of its own: it offers
-/// what its base offers and passes wherever its base is asked for. Sizes, indexes and lengths count
-/// bytes.
+/// what its base offers and can be passed wherever its base is expected. Sizes, indexes and lengths
+/// count bytes.
 class TOVA_API ustring8 : public std::basic_string<char> {
 public:
     /// The standard string that this type derives from.

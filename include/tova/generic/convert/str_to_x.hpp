@@ -99,9 +99,10 @@ TOVA_API long str_to_int64(const wchar_t* text, unsigned long length, types::rad
 /// @name String to unsigned integer
 ///
 /// Reads a number as the signed parsers do, except for three points. A `length` of 0 is not
-/// measured: only the first unit is read, so a digit gives its value and anything else gives 0. A
-/// negative number gives 0 if `throw_on_range` is false and raises `exceptions::underflow_error` if
-/// it is true, however large it is; "-0" is 0. A negative radix raises as one above 36 does.
+/// measured: only the first unit is read, so a digit returns its value and anything else returns 0.
+/// A negative number returns 0 if `throw_on_range` is false and raises
+/// `exceptions::underflow_error` if it is true, however large it is; "-0" is 0. A negative radix
+/// raises as one above 36 does.
 /// @{
 TOVA_API unsigned int str_to_unsigned(const char* text, unsigned long length,
                                       types::radix_t::base radix, bool throw_on_range);

@@ -53,7 +53,7 @@ TOVA_API types::basic_absolute_impl<1> to_md(const int& length, types::device_un
                                              int dpi);
 
 /// The physical length of a fractional number of device units, which keeps the fraction of an inch:
-/// 150.0 units at 96 dpi are 156250 md. A resolution of 0 gives infinity or NaN.
+/// 150.0 units at 96 dpi are 156250 md. A resolution of 0 returns infinity or NaN.
 TOVA_API types::basic_absolute_impl<1> to_md(const double& length,
                                              types::device_unit::unit_types type, int dpi);
 
