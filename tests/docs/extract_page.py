@@ -5,6 +5,7 @@ A page is written for its readers; these are the rules that let a test run it:
 
 - A ```cpp block is a piece of a function, or a whole program if it defines `main`. What it prints is
   in the ```output block that follows it; without one it prints nothing.
+- ```cpp part is the first part of a program; the next block of code, which has a `main`, is the rest.
 - ```cpp hazard marks code that must not end normally. It runs with limits of memory, stack and time.
 - ```xml NAME, ```cfg NAME and ```text NAME are files. Each block of code finds all files of the page
   in its working directory.
@@ -54,6 +55,9 @@ def snippets(page):
         if kind == "setup":
             setup += text
         elif kind == "cpp":
+            if detail == "part":
+                setup += text
+                continue
             if detail not in ("", "hazard"):
                 sys.exit(f"{page}:{line}: unknown word after cpp: {detail}")
             found.append({"line": line, "code": text, "setup": setup, "output": "",
@@ -65,6 +69,8 @@ def snippets(page):
             found[-1]["output"] = text
         elif kind in ("xml", "cfg", "text") and detail:
             files.append((detail, text))
+    if setup:
+        sys.exit(f"{page}: the last part or hidden comment has no block of code after it")
     return found, files
 
 

@@ -1,8 +1,9 @@
 // Runs the examples of docs/catalogs.md: what the guide says about catalogs is what they do.
 //
-// A block "xmc" is a catalog file, or a part of one that is completed here; "xmc file=NAME" is a
-// file for the examples after it to include. A block "gives [LOCALE]" follows, with a line
-// "[KEY:] ARGUMENTS -> TEXT" for each rendering, or a block "report" with the error report.
+// A block "xmc" or "xml" is a catalog file, or a part of one that is completed here; "xmc
+// file=NAME" is a file for the examples after it to include. A block "gives [LOCALE]" follows, with
+// a line "[KEY:] ARGUMENTS -> TEXT" for each rendering, or a block "report" with the error report.
+// tests/docs runs the code.
 #include <tova/i18n/message_catalogs.hpp>
 
 #include "support/guide.hpp"
@@ -131,7 +132,7 @@ TEST_F(CatalogsGuide, ShowsTheRealResultsOfEachExample) {
         SCOPED_TRACE("the block at line " + std::to_string(b.line));
         if (b.kind == "xmc" && begins_with(b.detail, "file=")) {
             files.write(b.detail.substr(5), b.text);
-        } else if (b.kind == "xmc") {
+        } else if (b.kind == "xmc" || b.kind == "xml") {
             EXPECT_TRUE(is_checked) << "the example before this one shows no result";
             is_checked = false;
             files.write("catalog.xmc", completed(b.text));
@@ -142,7 +143,7 @@ TEST_F(CatalogsGuide, ShowsTheRealResultsOfEachExample) {
             check_report(b);
             is_checked = true;
         } else {
-            EXPECT_EQ("cpp", b.kind);
+            EXPECT_TRUE(b.kind == "cpp" || b.kind == "output") << b.kind;
         }
     }
     EXPECT_TRUE(is_checked);
@@ -152,7 +153,7 @@ TEST_F(CatalogsGuide, ShowsTheRealResultsOfEachExample) {
 TEST_F(CatalogsGuide, ShowsEveryElementAttributeTypeAndOptionInAnExample) {
     std::string examples;
     for (const guide_block& b : blocks)
-        if (b.kind == "xmc")
+        if (b.kind == "xmc" || b.kind == "xml")
             examples += b.text;
     for (const char* piece : {"<xmc version=\"1.1\"",
                               "<catalog name=",

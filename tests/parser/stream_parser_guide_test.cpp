@@ -10,10 +10,14 @@ namespace {
 TEST(StreamParserGuide, ShowsTheCodeOfTheExample) {
     const std::string code =
         test_support::read_bytes(test_support::project_path("examples/tail/main.cpp"));
-    const auto blocks = test_support::guide_blocks("docs/stream_parser.md", "cpp");
-    EXPECT_EQ(2u, blocks.size());
-    for (const auto& block : blocks)
+    int parts = 0;
+    for (const auto& block : test_support::guide_blocks("docs/stream_parser.md", "cpp")) {
+        if (block.detail != "part")
+            continue;
         EXPECT_THAT(code, ::testing::HasSubstr(block.text)) << "the block at line " << block.line;
+        ++parts;
+    }
+    EXPECT_EQ(2, parts);
 }
 
 }  // namespace

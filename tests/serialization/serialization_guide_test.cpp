@@ -1,4 +1,4 @@
-// Checks the byte tables of docs/serialization.md and compiles and runs its code.
+// Checks the byte tables of docs/serialization.md. tests/docs runs its code.
 #include <tova/serialization/labeled_text_buffer.hpp>
 #include <tova/serialization/serialize_binary_buf.hpp>
 #include <tova/serialization/serialize_text_buf.hpp>
@@ -9,17 +9,14 @@
 
 #include <cstdlib>
 #include <map>
-#include <memory>
 #include <sstream>
 #include <string>
-#include <typeinfo>
 #include <vector>
 
 namespace {
 
 using test_support::guide_blocks;
 using test_support::lines_of;
-using tova::serialization::labeled_serialize_buffer;
 using tova::serialization::labeled_text_buffer;
 using tova::serialization::serialize_binary_buf;
 using tova::serialization::serialize_buffer;
@@ -111,46 +108,6 @@ TEST(SerializationGuide, ShowsTheBytesThatAreWritten) {
         shown[block.detail] = bytes_of(block.text);
     EXPECT_EQ(written, shown);
     EXPECT_EQ(7u, shown.size());
-}
-
-TEST(SerializationGuide, ShowsCodeThatRuns) {
-    serialize_text_buf buffer;
-    buffer.append_int32(5);
-    buffer.append_string("ab");
-    buffer.append_double(1.5, 6);
-
-    const serialize_text_buf received(buffer.as_str());
-    const int number = received.read_int32();
-    const std::string name = received.read_string();
-    const double share = received.read_double();
-    EXPECT_EQ(5, number);
-    EXPECT_EQ("ab", name);
-    EXPECT_EQ(1.5, share);
-
-    const serialize_text_buf nested = text_with_nested_buffers();
-    const std::unique_ptr<serialize_buffer> first(nested.read_buffer());
-    const std::unique_ptr<serialize_buffer> second(nested.read_buffer());
-    const int seven = first->read_uint8();
-    const int word = serialize_binary_buf(second->as_str()).read_uint16();
-    EXPECT_EQ(7, seven);
-    EXPECT_EQ(258, word);
-
-    labeled_text_buffer tree;
-    tree.add_value("a", 1);
-    labeled_serialize_buffer* const group = tree.create_group("g");
-    group->add_value("b", "x");
-    const labeled_text_buffer loaded(tree.as_str());
-    const tova::types::variant value = loaded.retrieve_value("a");
-    const bool is_text = value.type() == typeid(std::string);
-    const int one = value.as_int();
-    EXPECT_TRUE(is_text);
-    EXPECT_EQ(1, one);
-}
-
-TEST(SerializationGuide, ShowsTheCodeOfThisTest) {
-    EXPECT_EQ(4u, guide_blocks(guide, "cpp").size());
-    test_support::expect_code_of_guide(guide, "tests/serialization/serialization_guide_test.cpp",
-                                       "ShowsCodeThatRuns");
 }
 
 }  // namespace

@@ -50,7 +50,9 @@ public:
     ///
     /// Contract: an entry is written under every section whose name has as many bytes as that of
     /// its own section. Sections with names of equal length therefore take each other's entries;
-    /// give them names of different lengths.
+    /// give them names of different lengths. 150 such sections with one entry each, a file of 2.6
+    /// kB, make 35 MB after two rounds of load and save. If names contain brackets, repeated rounds
+    /// grow a file without bound: one of 2.6 kB reached 309 MB in four.
     ///
     /// A symbolic link is not written. A pipe is, and the call waits until something reads from it.
     /// Returns true, also if nothing could be written.
