@@ -1,6 +1,8 @@
 #include <tova/strings/case.hpp>
 
+#include "strings/byte_kernels.hpp"
 #include "strings/ctype.hpp"
+#include "strings/unfilled.hpp"
 
 #include <algorithm>
 
@@ -9,20 +11,47 @@ namespace strings {
 
 namespace {
 
-// One unit at a time: a character of several units is left alone, even if it is a letter.
+// One unit at a time: a character of several units is not looked at, whatever its letters are. The
+// tables are those of the locale in use, so the kernel for bytes is given the table at each call.
+void lower_units(const char* from, std::size_t size, char* to) {
+    kernels::bytes().map(from, size, to, *__ctype_tolower_loc());
+}
+
+void upper_units(const char* from, std::size_t size, char* to) {
+    kernels::bytes().map(from, size, to, *__ctype_toupper_loc());
+}
+
+template <typename Unit>
+void lower_units(const Unit* from, std::size_t size, Unit* to) {
+    for (std::size_t i = 0; i < size; ++i)
+        to[i] = detail::lower(from[i]);
+}
+
+template <typename Unit>
+void upper_units(const Unit* from, std::size_t size, Unit* to) {
+    for (std::size_t i = 0; i < size; ++i)
+        to[i] = detail::upper(from[i]);
+}
+
 template <typename String>
-String lower_range(const String& text, std::size_t first, std::size_t last) {
-    String result(text);
-    for (std::size_t i = first; i < last; ++i)
-        result[i] = detail::lower(result[i]);
+String lower_all(const String& text) {
+    String result;
+    result.reserve(text.size());
+    detail::append_unfilled(result, text.size(), [&](typename String::value_type* to) {
+        lower_units(text.data(), text.size(), to);
+        return text.size();
+    });
     return result;
 }
 
 template <typename String>
 String upper_all(const String& text) {
-    String result(text);
-    for (std::size_t i = 0; i < result.size(); ++i)
-        result[i] = detail::upper(result[i]);
+    String result;
+    result.reserve(text.size());
+    detail::append_unfilled(result, text.size(), [&](typename String::value_type* to) {
+        upper_units(text.data(), text.size(), to);
+        return text.size();
+    });
     return result;
 }
 
@@ -30,21 +59,25 @@ String upper_all(const String& text) {
 // is limited to the size, so only the string's memory is touched.
 template <typename String>
 String lower_in_bounds(const String& text, std::size_t first, std::size_t last) {
-    return lower_range(text, first, std::min(last, text.size()));
+    String result(text);
+    const std::size_t end = std::min(last, text.size());
+    if (first < end)
+        lower_units(text.data() + first, end - first, &result[first]);
+    return result;
 }
 
 }  // namespace
 
 ustring8 to_lower(const ustring8& text) {
-    return lower_range(text, 0, text.size());
+    return lower_all(text);
 }
 
 ustring16 to_lower(const ustring16& text) {
-    return lower_range(text, 0, text.size());
+    return lower_all(text);
 }
 
 ustring32 to_lower(const ustring32& text) {
-    return lower_range(text, 0, text.size());
+    return lower_all(text);
 }
 
 ustring8 to_upper(const ustring8& text) {

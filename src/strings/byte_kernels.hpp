@@ -1,0 +1,63 @@
+/// @file
+/// The loops over single bytes: case mapping by a table, and the search for a short string.
+///
+///     kernels::bytes().map(from, size, to, table);  // to[i] = table[from[i]]
+///
+/// Each instruction set has a form of its own, one file each; the portable loops are the reference
+/// that the others are compared with. A kernel accepts any bytes and any size and touches nothing
+/// past them. Kernels share nothing; any number of threads may run them.
+#pragma once
+
+#include "detail/cpu_features.hpp"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace TOVA_2_18 {
+namespace strings {
+namespace kernels {
+
+struct byte_form {
+    // Maps each byte to the low bits of its entry, which is indexed by the byte with its sign. `to`
+    // may be `from`.
+    void (*map)(const char* from, std::size_t size, char* to, const int* table);
+
+    // Sets bit i % 64 of masks[i / 64] for each i below `size` with text[i] == first and
+    // text[i + distance] == last, and clears the others of these masks. Reads `distance` bytes past
+    // `size`.
+    void (*find)(const char* text, std::size_t size, char first, char last, std::size_t distance,
+                 std::uint64_t* masks);
+};
+
+extern const byte_form bytes_portable;
+#if defined(__x86_64__)
+extern const byte_form bytes_sse2;
+extern const byte_form bytes_avx2;
+extern const byte_form bytes_avx512;
+#endif
+
+// The form for a level.
+inline const byte_form& bytes(TOVA_2_18::detail::cpu_form level) {
+#if defined(__x86_64__)
+    switch (level) {
+    case TOVA_2_18::detail::cpu_form::avx512:
+        return bytes_avx512;
+    case TOVA_2_18::detail::cpu_form::avx2:
+        return bytes_avx2;
+    case TOVA_2_18::detail::cpu_form::sse2:
+        return bytes_sse2;
+    case TOVA_2_18::detail::cpu_form::portable:
+        break;
+    }
+#endif
+    return bytes_portable;
+}
+
+// The form for the processor that runs the program.
+inline const byte_form& bytes() {
+    return bytes(TOVA_2_18::detail::cpu_level());
+}
+
+}  // namespace kernels
+}  // namespace strings
+}  // namespace TOVA_2_18
