@@ -36,7 +36,7 @@ public:
         pixel_96 = 8     ///< 96
     };
 
-    absolute_unit();  ///< 0 md.
+    absolute_unit();  ///< A length of 0 md.
     absolute_unit(const absolute_unit& source);
     absolute_unit(int value);  ///< A length in md.
 
@@ -50,7 +50,7 @@ public:
     /// Copies the length; the object keeps its unit.
     absolute_unit& operator=(const absolute_unit& source);
 
-    /// The results of the virtual operations of the same names.
+    /// Returns what the virtual operation of the same name after `do_` returns.
     unit_types type() const;
     int as_int32() const;
     double as_double() const;
@@ -83,7 +83,7 @@ public:
     basic_absolute_impl(double length);                ///< A length in the unit of this class.
     basic_absolute_impl(const absolute_unit& source);  ///< The same length in this unit.
 
-    unit_types do_type() const override;  ///< `N`.
+    unit_types do_type() const override;  ///< The unit `N`.
 
     /// The length in the unit, rounded to a whole number; a half rounds up.
     int do_as_int32() const override;

@@ -30,7 +30,7 @@ public:
         device = 1  ///< A unit of the device.
     };
 
-    device_unit();  ///< 0 units.
+    device_unit();  ///< A length of 0 units.
     device_unit(const device_unit& source);
     device_unit(const int& value);  ///< That many units.
 
@@ -58,7 +58,7 @@ public:
     bool operator==(const device_unit& other) const;
     bool operator!=(const device_unit& other) const;
 
-    /// The results of the virtual operations of the same names.
+    /// Returns what the virtual operation of the same name after `do_` returns.
     unit_types type() const;
     int as_int32() const;
     float as_float() const;

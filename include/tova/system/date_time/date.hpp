@@ -27,7 +27,7 @@ namespace date_time {
 /// through the day number, in which the stored day counts. There are no comparison operators.
 class TOVA_API date {
 public:
-    /// Day, month and year 0. No setter accepts a day or month of 0. `day()` is 0.
+    /// A date with day, month and year 0. No setter accepts a day or month of 0. `day()` is 0.
     date();
 
     date(const date& source);
@@ -36,7 +36,8 @@ public:
     /// do, so an invalid day is reported first.
     date(unsigned int day, unsigned int month, unsigned int year);
 
-    /// Today, in the time zone of the process or in UTC. One thread at a time.
+    /// Today, in the time zone of the process (`local_date`) or in UTC (`UTC_date`). Call them from
+    /// one thread at a time.
     static date local_date();
     static date UTC_date();
 
@@ -55,8 +56,8 @@ public:
     unsigned int month(unsigned int value);
     unsigned int year(unsigned int value);
 
-    bool is_valid_day(unsigned int value) const;    ///< 1 to 31.
-    bool is_valid_month(unsigned int value) const;  ///< 1 to 12.
+    bool is_valid_day(unsigned int value) const;    ///< Whether it is 1 to 31.
+    bool is_valid_month(unsigned int value) const;  ///< Whether it is 1 to 12.
     bool is_leap_year() const;                      ///< Whether the year has 366 days.
 
     /// Whether `day()` differs from the stored day, because the month is shorter.
@@ -72,8 +73,8 @@ public:
     date& operator+=(const date_duration& duration);
     date& plus_assign(const date_duration& duration);
 
-    /// Moves the date back. Raises `exceptions::out_of_range` unless the day number, read as a
-    /// signed number, is greater than the number of days.
+    /// Moves the date back by a number of days. Raises `exceptions::out_of_range` unless the day
+    /// number, read as a signed number, is greater than the number of days.
     date& operator-=(const date_duration& duration);
     date& minus_assign(const date_duration& duration);
 

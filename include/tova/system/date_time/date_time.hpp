@@ -31,16 +31,16 @@ public:
 
     date_time_t(const date_time_t& source);
 
-    /// Both parts as they are. Never fails.
+    /// A moment from its two parts, which are not changed. Never fails.
     date_time_t(const date_time::date& date, const date_time::time& time);
 
-    /// Now, in the time zone of the process or in UTC, from a single reading of the clock. One
-    /// thread at a time.
+    /// Now, in the time zone of the process (`local_date_time`) or in UTC (`UTC_date_time`), from a
+    /// single reading of the clock. Call them from one thread at a time.
     static date_time_t local_date_time();
     static date_time_t UTC_date_time();
 
-    /// The operations of the same names of `date`, on the date of this object. The setters raise
-    /// `exceptions::out_of_range` as they do there.
+    /// Returns or sets a part of the date, as the operation of the same name of `date` does. The
+    /// setters raise `exceptions::out_of_range` as they do there.
     unsigned int year() const;
     unsigned int month() const;
     unsigned int day() const;
@@ -50,8 +50,8 @@ public:
     bool is_leap_year() const;
     bool is_day_constrained() const;
 
-    /// The operations of the same names of `time`, on the time of this object. The setters raise
-    /// `exceptions::out_of_range` as they do there.
+    /// Returns or sets a part of the time, as the operation of the same name of `time` does. The
+    /// setters raise `exceptions::out_of_range` as they do there.
     unsigned int hour() const;
     unsigned int minute() const;
     unsigned int second() const;
@@ -74,8 +74,10 @@ public:
     date_time_t& assign(const date_time_t& source);
     date_time_t& operator=(const date_time_t& source);
 
-    /// Contract: days change nothing here, although they move a `date`. To move the date, move a
-    /// copy of `date()` and assign it. Never fails.
+    /// Changes nothing, and returns this object. To move the date, move a copy of `date()` and
+    /// assign it. Never fails.
+    ///
+    /// Contract: days have no effect here, although they move a `date`.
     date_time_t& operator+=(const date_duration& duration);
     date_time_t& plus_assign(const date_duration& duration);
     date_time_t& operator-=(const date_duration& duration);
@@ -90,8 +92,9 @@ public:
     date_time_t& operator+=(const time_duration& duration);
     date_time_t& plus_assign(const time_duration& duration);
 
-    /// The same, but date and time move back. The sign of the hours is that of the duration as
-    /// given, so a negative duration of a day or more raises here, too.
+    /// Moves the time of day back. It wraps at midnight, and from 24 complete hours on the date
+    /// moves back as well, as described for `+=`. The sign of the hours is that of the duration as
+    /// given, so a negative duration of a day or more raises `exceptions::out_of_range` here, too.
     date_time_t& operator-=(const time_duration& duration);
     date_time_t& minus_assign(const time_duration& duration);
 

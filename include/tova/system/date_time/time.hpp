@@ -30,14 +30,16 @@ public:
     /// Sets the four fields, in this order. Raises `exceptions::out_of_range` as the setters do.
     time(unsigned int hour, unsigned int minute, unsigned int second, unsigned int millisecond);
 
-    /// The time now, in the time zone of the process or in UTC. One thread at a time.
+    /// The time now, in the time zone of the process (`local_time`) or in UTC (`UTC_time`). Call
+    /// them from one thread at a time. `local_time` raises `exceptions::out_of_range` within a leap
+    /// second, if the time zone data have leap seconds.
     static time local_time();
     static time UTC_time();
 
-    unsigned int hour() const;         ///< 0 to 23.
-    unsigned int minute() const;       ///< 0 to 59.
-    unsigned int second() const;       ///< 0 to 59.
-    unsigned int millisecond() const;  ///< 0 to 999.
+    unsigned int hour() const;         ///< The hour, 0 to 23.
+    unsigned int minute() const;       ///< The minute, 0 to 59.
+    unsigned int second() const;       ///< The second, 0 to 59.
+    unsigned int millisecond() const;  ///< The millisecond, 0 to 999.
 
     /// Stores a value and returns it: hours below 24, minutes and seconds below 60 (a leap second
     /// is out of range), milliseconds below 1000. Raises `exceptions::out_of_range` for other
@@ -47,10 +49,10 @@ public:
     unsigned int second(unsigned int value);
     unsigned int millisecond(unsigned int value);
 
-    bool is_valid_hour(int value) const;         ///< 0 to 23.
-    bool is_valid_minute(int value) const;       ///< 0 to 59.
-    bool is_valid_second(int value) const;       ///< 0 to 59.
-    bool is_valid_millisecond(int value) const;  ///< 0 to 999.
+    bool is_valid_hour(int value) const;         ///< Whether it is 0 to 23.
+    bool is_valid_minute(int value) const;       ///< Whether it is 0 to 59.
+    bool is_valid_second(int value) const;       ///< Whether it is 0 to 59.
+    bool is_valid_millisecond(int value) const;  ///< Whether it is 0 to 999.
 
     time& operator=(const time& source);
     time& assign(const time& source);
