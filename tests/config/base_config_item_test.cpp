@@ -86,7 +86,7 @@ TEST(BaseConfigItem, SetsAKeyToAValueAPairOrALine) {
                                            "d: 0 true", "d.e: 1 'xy'", "f: 3 'x y'"));
 }
 
-TEST(BaseConfigItem, ReadsALineWhenItGetsTwoArgumentsEvenWithANumber) {
+TEST(BaseConfigItem, ParsesTheFirstOfTwoArgumentsAsALineEvenIfTheSecondIsANumber) {
     plain_item item;
     item.set("n", 1);
     item.set("m", 6);
@@ -106,7 +106,7 @@ TEST(BaseConfigItem, FindsNodesAndLists) {
     EXPECT_NE(nullptr, unchanged.get_value("a"));
 }
 
-TEST(SetArray, StoresAHeadAndTheElements) {
+TEST(SetArray, StoresTheArrayHeadAndTheElements) {
     plain_item item;
     item.set_array("k", varg_list(argument("x"), argument(2)), varg_list());
     EXPECT_THAT(content(item), ElementsAre("k: 3 nil", "k.0: 1 'x'", "k.1: 1 '2' int"));
@@ -153,7 +153,7 @@ TEST(SetArray, StoresTheValuesOfNamedArguments) {
     EXPECT_THAT(content(item), ElementsAre("k: 3 nil", "k.0: 1 'x'"));
 }
 
-TEST(SetArray, LeavesTheLastElementsOfALongerArray) {
+TEST(SetArray, KeepsTheLastElementsOfALongerArray) {
     plain_item item;
     item.set_array("k", varg_list(argument("a"), argument("b")), varg_list());
     item.set_array("k", varg_list(argument("c")), varg_list());
@@ -161,8 +161,8 @@ TEST(SetArray, LeavesTheLastElementsOfALongerArray) {
 }
 
 // The element's key is the head's key, "." and the number. If the head's key ends in a separator,
-// that adds a segment with the empty name.
-TEST(SetArray, AppendsElementNumbersToTheKeyAsItIsWritten) {
+// this adds a segment with an empty name.
+TEST(SetArray, AppendsElementNumbersToTheKeyAsWritten) {
     plain_item item;
     item.set_array("a.", varg_list(argument("x")), varg_list());
     EXPECT_THAT(content(item), ElementsAre("a: 3 nil", "a.: 0 true", "a..0: 1 'x'"));
@@ -187,13 +187,13 @@ TEST(BaseConfigItem, CopiesItsNameAndItsWholeTree) {
     expect_independent_clone(item);
 }
 
-TEST(BaseConfigItem, StartsWithoutANameAndNodes) {
+TEST(BaseConfigItem, StartsWithoutANameOrNodes) {
     plain_item item;
     EXPECT_EQ("", item.get_id());
     EXPECT_THAT(content(item), IsEmpty());
 }
 
-// Counts the calls of the forms that take no list.
+// Counts the calls to the forms without a list.
 class counting_item : public plain_item {
 public:
     using base_config_item::load;

@@ -1,7 +1,7 @@
-// A second, plain reader and writer of configuration files, to compare the real ones with.
+// A second, simple reader and writer of configuration files, to compare the real ones with.
 //
-// It splits the whole text into tokens first and keeps all nodes in one flat map by their paths. It
-// may take its time.
+// It first splits the whole text into tokens and keeps all nodes in one flat map by path. Speed
+// doesn't matter here.
 #pragma once
 
 #include <map>
@@ -36,8 +36,8 @@ inline bool is_digit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// Splits a text into its tokens. Long because each kind of token is one branch of the same chain,
-// in the order in which they are tried.
+// Splits a text into tokens. Long because each kind of token is a branch of one chain, in the order
+// in which they are tried.
 inline std::vector<piece> cut(const std::string& text) {
     std::vector<piece> pieces;
     std::size_t i = 0;
@@ -140,10 +140,11 @@ inline bool vanishes(kind what) {
     return what == kind::space || what == kind::line_end;
 }
 
-// Comments are skipped on the way and not removed up front, because "#" and "//" are part of a key.
+// Comments are skipped on the way and not removed beforehand, because "#" and "//" are part of a
+// key.
 //
-// Long because it is one loop: an oracle that follows the file from top to bottom is easier to
-// check than one in pieces.
+// Long because it is one loop: an oracle that reads the file from top to bottom is easier to check
+// than one split into pieces.
 inline nodes read(const std::string& text) {
     const std::vector<piece> all = cut(text);
     nodes tree;
@@ -215,7 +216,7 @@ inline nodes read(const std::string& text) {
     return tree;
 }
 
-// The nodes under the names of a recursive listing, in its order.
+// The nodes with the names of a recursive listing, in its order.
 struct entry {
     std::string name;
     std::string component;

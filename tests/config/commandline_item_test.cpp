@@ -17,7 +17,7 @@ using ::testing::internal::GetCapturedStdout;
 using tova::config::commandline_item;
 using tova::memory::pointers::rc_pointer;
 
-// The nodes that a command line sets, except those of the program's name, and what it prints.
+// The nodes that a command line sets, without those of the program's name, and its output.
 struct outcome {
     lines nodes;
     std::string output;
@@ -115,7 +115,7 @@ TEST(CommandlineItem, SetsNothingWithoutArguments) {
     commandline_item empty(0, none);
     EXPECT_TRUE(empty.load());
     EXPECT_EQ(lines(), content(empty));
-    // A null string ends the arguments before the count does.
+    // A null string ends the arguments even before the count is reached.
     commandline_item counted(2, none);
     EXPECT_TRUE(counted.load());
     EXPECT_EQ(lines(), content(counted));
@@ -143,8 +143,8 @@ TEST(CommandlineItem, StoresAFlagAsAnEmptyString) {
     EXPECT_EQ((lines{"a: 1 ''", "b: 1 ''"}), nodes({"-a", "/b"}));
 }
 
-TEST(CommandlineItem, ReadsAFlagAsALine) {
-    // The key of the option is tokenized again, and a "=" that was quoted now splits it.
+TEST(CommandlineItem, ParsesAFlagAsALine) {
+    // The key of the option is tokenized again, and now even a quoted "=" splits it.
     EXPECT_EQ((lines{"a: 1 'b'"}), nodes({"-\"a=b\""}));
     EXPECT_EQ((lines{"a==b: 1 ''"}), nodes({"-a==b"}));
 }
@@ -234,7 +234,7 @@ TEST(CommandlineItem, RepeatsTheTokenBeforeASpace) {
     EXPECT_EQ((lines{"k: 1 'aab'"}), nodes({"-k", "a b"}));
     EXPECT_EQ((lines{"k: 1 'aa'"}), nodes({"-k=a   "}));
     EXPECT_EQ((lines{"aab: 1 '1'"}), nodes({"-a b=1"}));
-    // That token may be the separator that ended the key, or be in an earlier argument.
+    // That token may be the separator that ended the key, or come from an earlier argument.
     EXPECT_EQ((lines{"k: 1 '=a'"}), nodes({"-k= a"}));
     EXPECT_EQ((lines{"k: 1 '$a'"}), nodes({"-k$ a"}));
     EXPECT_EQ((lines{"k: 1 'ka'"}), nodes({"-k", " a"}));
@@ -261,9 +261,9 @@ TEST(CommandlineItem, ReportsAnArgumentThatIsNotAnOptionAndContinues) {
     EXPECT_EQ((lines{"a: 1 '1'", "b: 1 ''"}), more.nodes);
 }
 
-TEST(CommandlineItem, LetsTheLastOfEqualKeysWin) {
+TEST(CommandlineItem, KeepsTheLastValueOfARepeatedKey) {
     EXPECT_EQ((lines{"a: 1 '2'"}), nodes({"-a=1", "-A=2"}));
-    // A plain value of the same key leaves the elements of an array.
+    // A plain value with the same key keeps the elements of an array.
     EXPECT_EQ((lines{"a: 1 'z'", "a.0: 1 'x'", "a.1: 1 'y'"}), nodes({"-a=x,y", "-a=z"}));
 }
 
@@ -273,7 +273,7 @@ TEST(CommandlineItem, StartsEachListEmpty) {
               nodes({"-a=1,2", "-b", "3", "4", "-c=5"}));
 }
 
-TEST(CommandlineItem, LoadsAndUnloadsThroughItsBase) {
+TEST(CommandlineItem, LoadsAndUnloadsThroughItsBaseClass) {
     const char* const arguments[] = {"tool", "-a=1", nullptr};
     commandline_item item(2, arguments);
     expect_loads_and_unloads(item, {"a: 1 '1'", "application: 0 true",

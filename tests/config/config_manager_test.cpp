@@ -27,7 +27,7 @@ using tova::config::std_config_dispatch;
 using tova::generic::argument;
 using tova::generic::varg_list;
 
-// Sets up recording sources with the given names and records its own calls.
+// Sets up recording sources with the given names and records its own calls, too.
 class test_dispatch : public config_dispatch {
 public:
     test_dispatch(const std::vector<std::string>& names, lines& calls)
@@ -135,7 +135,7 @@ TEST(ConfigManagerLife, ClonesTheDispatcherAndSetsUpAnEmptyList) {
                                    "dispatcher destroyed", "a destroyed"));
 }
 
-TEST(ConfigManagerLife, ReplacesDispatcherAndItemsAtASecondInit) {
+TEST(ConfigManagerLife, ReplacesDispatcherAndItemsOnASecondInit) {
     lines calls;
     config_manager manager;
     manager.init(test_dispatch({"a", "b"}, calls));
@@ -192,7 +192,7 @@ TEST_F(ConfigManager, TestsForAnArrayBeforeItTestsForAnAlias) {
     item("a").set("k", variant("target"), 6);
     item("a").set("k.0", variant("target"), 4);
     item("a").set("target = reached", 0);
-    // The first element is an alias, too, which is followed only if it is looked up by its own key.
+    // The first element is an alias, too, which is followed only in a lookup of its own key.
     EXPECT_EQ("target", value("k"));
     EXPECT_EQ("reached", value("k.0"));
 }
@@ -202,7 +202,7 @@ TEST_F(ConfigManager, FollowsAliasesThroughAllSources) {
     item("b").set("y", variant("Z.deep"), 4);
     item("c").set("z.deep = end", 0);
     EXPECT_EQ("end", value("x"));
-    // The lookup of the target starts at the first source again.
+    // The lookup of the target starts again at the first source.
     item("a").set("z.deep = earlier", 0);
     EXPECT_EQ("earlier", value("x"));
 }
@@ -226,10 +226,11 @@ TEST_F(ConfigManager, EndsACycleWithTheValueOfItsLastAlias) {
     EXPECT_EQ("p", value("x"));
 }
 
-TEST_F(ConfigManager, ComparesTheKeysOfACycleByCase) {
+TEST_F(ConfigManager, ComparesTheKeysOfACycleCaseSensitively) {
     item("a").set("a", variant("B"), 4);
     item("a").set("b", variant("a"), 4);
-    // From "A" the lookups are A, B, a, and then B again: the last alias is the one of the key a.
+    // Starting from "A" the lookups are A, B, a, and then B again: the last alias is that of the
+    // key a.
     EXPECT_EQ("B", value("A"));
     EXPECT_EQ("a", value("a"));
 }
@@ -268,7 +269,7 @@ TEST_F(ConfigManager, FindsAnArrayInAnySource) {
     EXPECT_TRUE(manager.is_array("m"));
 }
 
-TEST_F(ConfigManager, SkipsPlainNodesInSearchOfAnArray) {
+TEST_F(ConfigManager, SkipsPlainNodesWhenSearchingForAnArray) {
     item("a").set("k = plain", 0);
     item("b").set_array("k", varg_list(argument("x"), argument("y")), varg_list());
     item("c").set_array("k", varg_list(argument("z")), varg_list());
@@ -305,7 +306,7 @@ TEST_F(ConfigManager, ListsTheFirstSourceWithAnyNodeAndMergesNothing) {
     EXPECT_THAT(below("", true), IsEmpty());
 }
 
-// The lookup takes the empty key for a child with the empty name, the listing for the root.
+// For a lookup the empty key names a child with an empty name, for a listing it names the root.
 TEST_F(ConfigManager, ListsTheRootForTheEmptyKeyIfASourceHasSuchANode) {
     item("b").set("s.x = 1", 0);
     item("c").set("", variant("e"), 0);
@@ -340,7 +341,7 @@ TEST_F(ConfigManager, DumpsEachItem) {
     EXPECT_EQ(out.str(), inserted.str());
 }
 
-// With the three real sources.
+// Tests with the three real sources.
 TEST(ConfigManagerStandard, PrefersTheCommandLineToTheFileToTheEnvironment) {
     const test_support::temporary_directory directory;
     const std::string option = "-cfg_file=" + directory.write("x.cfg", "a=file\nb=file\n");
@@ -390,7 +391,7 @@ TEST(ConfigManagerStandard, IgnoresAFileNameInTheEnvironmentWhichIsReadLater) {
     EXPECT_EQ("named", manager.get_value("a", variant("none")).as_string());
 }
 
-TEST(ConfigManagerStandard, LooksForTheFileInAllSourcesAtASecondLoad) {
+TEST(ConfigManagerStandard, LooksForTheFileNameInAllSourcesOnASecondLoad) {
     const test_support::temporary_directory directory;
     const std::string other = directory.write("other.cfg", "a=other\n");
     const std::string given =
@@ -402,11 +403,11 @@ TEST(ConfigManagerStandard, LooksForTheFileInAllSourcesAtASecondLoad) {
     };
     manager.load();
     EXPECT_EQ("given", value("a"));
-    // The first file names the second one, and what only the first one has stays.
+    // The first file names the second one, and entries found only in the first one are kept.
     manager.load();
     EXPECT_EQ("other", value("a"));
     EXPECT_EQ("given", value("b"));
-    // The name that was chosen outlives an unload, but not a second `init`.
+    // The chosen name survives an unload, but not a second `init`.
     manager.unload();
     manager.load();
     EXPECT_EQ("other", value("a"));

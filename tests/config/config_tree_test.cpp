@@ -42,7 +42,7 @@ lines array(config_tree& tree, const char* key) {
     return show(nodes);
 }
 
-TEST(ConfigTree, StartsWithoutChildrenHoldersAndHeapMark) {
+TEST(ConfigTree, StartsWithoutChildrenHoldersOrHeapMark) {
     config_tree tree;
     EXPECT_THAT(content(tree), IsEmpty());
     EXPECT_EQ(0u, tree.count);
@@ -69,7 +69,7 @@ TEST(ParseString, SplitsOffTheFirstSegmentInLowerCase) {
     }
 }
 
-TEST(ParseString, LowersEachByteAsTheCLibraryDoes) {
+TEST(ParseString, ConvertsEachByteToLowerCaseLikeTheCLibrary) {
     for (int byte = 0; byte < 256; ++byte) {
         const char character = static_cast<char>(byte);
         if (character == '.' || character == '/' || character == '\\')
@@ -130,7 +130,7 @@ TEST(SetNode, TreatsTheThreeSeparatorsAlike) {
     EXPECT_THAT(content(tree), ElementsAre("a: 0 true", "a.b: 0 true", "a.b.c: 1 '3' int"));
 }
 
-TEST(SetNode, IgnoresATrailingSeparatorAndTakesTwoForAnEmptyName) {
+TEST(SetNode, IgnoresATrailingSeparatorAndReadsTwoAsAnEmptyName) {
     config_tree tree;
     tree.set_node("a.", variant(1), 0);
     EXPECT_THAT(content(tree), ElementsAre("a: 1 '1' int"));
@@ -152,7 +152,7 @@ TEST(SetNode, StoresTheEmptyKeyAsAChildWithTheEmptyName) {
     EXPECT_EQ("1 'f'", shown(tree, "//"));
     EXPECT_EQ("1 'e'", shown(tree, "."));
     tree.set_node(".x", variant("g"), 0);
-    // The names below a child of the root with the empty name don't start with a dot.
+    // Names below a child of the root whose name is empty don't start with a dot.
     EXPECT_THAT(content(tree), ElementsAre(": 1 'e'", ": 1 'f'", "x: 1 'g'"));
 }
 
@@ -180,7 +180,7 @@ TEST(GetNode, PointsIntoTheTree) {
     EXPECT_EQ("5 '2' int", show(*node));
 }
 
-TEST(GetArray, NeedsTheBitOfAnArrayHead) {
+TEST(GetArray, RequiresTheBitOfAnArrayHead) {
     config_tree tree;
     tree.set_node("k.0", variant("x"), 0);
     tree.set_node("k.1", variant("y"), 0);
@@ -234,7 +234,7 @@ TEST(GetArray, AppendsToTheList) {
     EXPECT_THAT(show(out), ElementsAre("old: 9 '1' int", "0: 5 'x'"));
 }
 
-TEST(GetArray, ListsElementsThatAreOnlySteps) {
+TEST(GetArray, ListsElementsThatAreMerelySteps) {
     config_tree tree;
     tree.set_node("k", variant(), 2);
     tree.set_node("k.0.deep", variant("x"), 0);
@@ -341,7 +341,7 @@ TEST(ConfigTree, CopiesItsOwnNodeToo) {
     EXPECT_EQ("5 'own'", show(fields::node(assigned)));
 }
 
-TEST(ConfigTree, CopiesHaveNoHoldersAndNoHeapMark) {
+TEST(ConfigTree, CopiesHaveNeitherHoldersNorHeapMark) {
     config_tree* const original = new config_tree;
     original->allocated = true;
     const rc_pointer<config_tree> holder(original);
@@ -392,7 +392,7 @@ TEST(ConfigTree, OutlivesAHolderUnlessMarked) {
     EXPECT_EQ("1 '1' int", shown(tree, "a"));
 }
 
-TEST(ConfigTree, LeavesAChildIntactThatOthersHold) {
+TEST(ConfigTree, DoesNotDestroyAChildThatOthersHold) {
     rc_pointer<config_tree> kept;
     {
         config_tree tree;

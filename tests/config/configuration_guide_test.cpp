@@ -1,7 +1,7 @@
 // Runs the examples of docs/configuration.md.
 //
 // A block of kind "cfg", "shell", "shell name" or "environment" is an input; the blocks "gives",
-// "saved" and "prints" that follow it show its results. tests/docs runs the code.
+// "saved" and "prints" after it show its results. tests/docs runs the code.
 #include <tova/config/commandline_item.hpp>
 #include <tova/config/enviroment_item.hpp>
 #include <tova/config/file_item.hpp>
@@ -27,7 +27,7 @@ using tova::config::commandline_item;
 using tova::config::enviroment_item;
 using tova::config::file_item;
 
-// The words of a command line, split by the rules of a shell for spaces and quotes.
+// The words of a command line, split at spaces and quotes as a shell would.
 lines words_of(const std::string& line) {
     lines words;
     bool inside = false;

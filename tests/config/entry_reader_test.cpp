@@ -28,7 +28,7 @@ TEST(EntryReader, ReadsEntriesAndSections) {
         {"[a.b]\nkey=1", {"a: 0 true", "a.b: 0 true", "a.b.key: 1 '1'"}},
         {"[S]k=1", {"s: 0 true", "s.k: 1 '1'"}},
         {"[s]\nk=1\n[t]\nk=2", {"s: 0 true", "s.k: 1 '1'", "t: 0 true", "t.k: 1 '2'"}},
-        // An empty header is the top level again.
+        // An empty header returns to the top level.
         {"[s]\nk=1\n[]\nm=2", {"m: 1 '2'", "s: 0 true", "s.k: 1 '1'"}},
         {"[s]\nk=1\n[ \t\n]m=2", {"m: 1 '2'", "s: 0 true", "s.k: 1 '1'"}},
         // A header alone stores nothing.
@@ -40,24 +40,24 @@ TEST(EntryReader, ReadsEntriesAndSections) {
         // Without a closing bracket the header runs to the end.
         {"[s\nk=1\nm=2", {}},
         {"a=1\n[s\nk=1", {"a: 1 '1'"}},
-        // A header that ends in a separator adds a segment with the empty name.
+        // A header that ends in a separator adds a segment with an empty name.
         {"[s.]k=1", {"s: 0 true", "s.: 0 true", "s..k: 1 '1'"}},
         {"[.]k=1", {": 0 true", ": 0 true", "k: 1 '1'"}},
-        // After the start of a key a bracket is part of it.
+        // Once a key has started, a bracket is part of it.
         {"a[1]=2", {"a[1]: 1 '2'"}},
         {"a=1\n[s]b=2\n", {"a: 1 '1'", "s: 0 true", "s.b: 1 '2'"}},
         {"]=1", {"]: 1 '1'"}},
     });
 }
 
-TEST(EntryReader, ReadsAKeyOverLinesUpToTheFirstPlainEquals) {
+TEST(EntryReader, ReadsAKeyAcrossLinesUpToTheFirstPlainEquals) {
     expect_loaded({
         {"a\nb\r\nc = 1", {"abc: 1 '1'"}},
         {"a\rb=1", {"a\rb: 1 '1'"}},
         {"\"a b\" = 1", {"a b: 1 '1'"}},
         {"\"a.b\" = 1", {"a: 0 true", "a.b: 1 '1'"}},
         {"x\"a = b\"y = 1", {"xa = by: 1 '1'"}},
-        // No comment starts inside a key.
+        // Comments are not recognized inside a key.
         {"a # c = 1", {"a#c: 1 '1'"}},
         {"a // c = 1", {"a: 0 true", "a.: 0 true", "a..c: 1 '1'"}},
         {"a */ c = 1", {"a*: 0 true", "a*.c: 1 '1'"}},
@@ -66,7 +66,7 @@ TEST(EntryReader, ReadsAKeyOverLinesUpToTheFirstPlainEquals) {
         {"a+=1\nb=2", {"a+=1b: 1 '2'"}},
         {"a:=1\nb=2\nc=3", {"a:=1b: 1 '2'", "c: 1 '3'"}},
         {"a===1", {"a==: 1 '1'"}},
-        // No "=" at all.
+        // There is no "=" at all.
         {"just words", {}},
         {"a=1\nwords", {"a: 1 '1'"}},
         // An empty key leaves the rest of the line to the next entry.
@@ -104,7 +104,7 @@ TEST(EntryReader, ReadsAValueUpToTheLineEndOrAComment) {
     });
 }
 
-TEST(EntryReader, PassesOverComments) {
+TEST(EntryReader, SkipsComments) {
     expect_loaded({
         {"# a = 1\nb = 2", {"b: 1 '2'"}},
         {"// a = 1\nb = 2", {"b: 1 '2'"}},
@@ -113,7 +113,7 @@ TEST(EntryReader, PassesOverComments) {
         {"# to the end", {}},
         {"#", {}},
         {"#\n", {}},
-        // A comment in C's form isn't recognized: "/" and "*" are part of the key.
+        // A C comment isn't recognized: "/" and "*" are part of the key.
         {"/* a */ \nb=1", {": 0 true", "*a*: 0 true", "*a*.b: 1 '1'"}},
         // A double quote in a comment opens a string: the line end inside doesn't count.
         {"# don't \"say\na=1\n\" b=2\nc=3", {"c: 1 '3'"}},
@@ -132,7 +132,7 @@ TEST(EntryReader, ReadsArrays) {
         {"k[]x = a", {"k[]x: 1 'a'"}},
         {"[s]\nk[] = a,b", {"s: 0 true", "s.k: 3 nil", "s.k.0: 1 'a'", "s.k.1: 1 'b'"}},
         {"k[] = \"a, b\", c d", {"k: 3 nil", "k.0: 1 'a, b'", "k.1: 1 'cd'"}},
-        // Only a comma separates.
+        // Only a comma separates elements.
         {"k[] = a_b;c'd%e\xC3\xA4", {"k: 3 nil", "k.0: 1 'a_b;c'd%e\xC3\xA4'"}},
         {"k[] = ,a", {"k: 3 nil", "k.0: 1 ''", "k.1: 1 'a'"}},
         {"k[] = a,,b", {"k: 3 nil", "k.0: 1 'a'", "k.1: 1 ''", "k.2: 1 'b'"}},
@@ -143,16 +143,16 @@ TEST(EntryReader, ReadsArrays) {
         {"k[] = 1,\n\n\n2", {"k: 3 nil", "k.0: 1 '1'", "k.1: 1 '2'"}},
         {"k[] = 1, 2\n3 = 4", {"3: 1 '4'", "k: 3 nil", "k.0: 1 '1'", "k.1: 1 '2'"}},
         {"k[] = 1\n, 2 = 3", {",2: 1 '3'", "k: 3 nil", "k.0: 1 '1'"}},
-        // A comma at the line end takes the whole next line.
+        // After a comma at the line end, the whole next line is part of the array.
         {"k[] = 1,\nm = 2\nn=3", {"k: 3 nil", "k.0: 1 '1'", "k.1: 1 'm=2'", "n: 1 '3'"}},
         {"k[] = 1,\n[s]\nn=3", {"k: 3 nil", "k.0: 1 '1'", "k.1: 1 '[s]'", "n: 1 '3'"}},
-        // With nothing after "=" nothing is stored, not even a head.
+        // With nothing after "=", nothing is stored, not even an array head.
         {"k[] =", {}},
         {"k[] =\nm=1", {"m: 1 '1'"}},
         {"k[] = \t# none\nm=1", {"m: 1 '1'"}},
         {"k[]", {}},
         {"k[] = \"\"\nm=1", {"m: 1 '1'"}},
-        // A second array replaces as many elements as it has and leaves the others.
+        // A second array replaces as many elements as it has and keeps the others.
         {"k[]=a,b\nk[]=c", {"k: 3 nil", "k.0: 1 'c'", "k.1: 1 'b'"}},
         {"k[]=a\nk=b", {"k: 1 'b'", "k.0: 1 'a'"}},
     });
@@ -168,7 +168,7 @@ TEST(EntryReader, KeepsTheElementsOfADroppedArrayForTheNextOne) {
         loaded("x[]=a,\"\"\n[s]\nk=v\ny[]=b,\"\"\n[]\nn[]=c\n"));
 }
 
-// An array with an empty name is the section itself. Its elements are below a child with the empty
+// An array with an empty name is the section itself. Its elements are below a child with an empty
 // name, because their keys are the prefix with its separator, a second separator and the number.
 TEST(EntryReader, StoresAnArrayWithoutANameInTheSectionItself) {
     EXPECT_EQ((lines{"s: 3 nil", "s.: 0 true", "s..0: 1 'a'"}), loaded("[s]\n\"[]\"=a"));
@@ -183,7 +183,7 @@ TEST(EntryReader, AppendsElementNumbersToAKeyThatEndsInASeparator) {
               loaded("[s]\nk/[] = a"));
 }
 
-TEST(EntryReader, TakesAnyBytes) {
+TEST(EntryReader, AcceptsAnyBytes) {
     EXPECT_EQ((lines{std::string("\0a: 1 '\0\xFF\x01'", 11)}),
               loaded(std::string("\0A = \0\xFF\x01\n", 9)));
     // A byte order mark is part of the first key.
@@ -206,8 +206,9 @@ TEST(EntryReader, AddsToTheNodesOfTheTree) {
     EXPECT_NE("", item.get_filename());
 }
 
-// Time and stack stay proportional to the text: a section of very many segments with very many
-// entries, a key of very many segments, and one line with very many elements.
+// Time is linear in the size of the text, and the stack doesn't overflow: a section name of very
+// many segments with very many entries, a key of very many segments, and a line with very many
+// elements.
 TEST(EntryReader, ReadsLargeFilesInLinearTime) {
     std::string text = "[";
     for (int i = 0; i < 100000; ++i)

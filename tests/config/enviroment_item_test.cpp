@@ -37,7 +37,7 @@ TEST(EnviromentItem, SetsAKeyForEachString) {
                             "x.y: 1 '1'", "x.z: 1 '2'"));
 }
 
-TEST(EnviromentItem, KeepsCommentCharactersAndDropsTabsAndFurtherLines) {
+TEST(EnviromentItem, KeepsCommentCharactersAndDropsTabsAndLaterLines) {
     const char* const strings[] = {"A=x # y // z", "B=x\ty", "C=x\ny", "D\n=x", "=hidden", nullptr};
     enviroment_item item(strings);
     item.load();
@@ -45,7 +45,7 @@ TEST(EnviromentItem, KeepsCommentCharactersAndDropsTabsAndFurtherLines) {
                 ElementsAre(": 1 'hidden'", "a: 1 'x#y//z'", "b: 1 'xy'", "c: 1 'x'", "d: 1 'x'"));
 }
 
-TEST(EnviromentItem, LetsTheLastOfEqualKeysWin) {
+TEST(EnviromentItem, KeepsTheLastValueOfARepeatedKey) {
     const char* const strings[] = {"KEY=1", "key=2", nullptr};
     enviroment_item item(strings);
     item.load();
@@ -59,7 +59,7 @@ TEST(EnviromentItem, LoadsNothingFromNull) {
     EXPECT_EQ(nullptr, item.get_envp());
 }
 
-TEST(EnviromentItem, LoadsAndUnloadsThroughItsBase) {
+TEST(EnviromentItem, LoadsAndUnloadsThroughItsBaseClass) {
     const char* const strings[] = {"A=1", nullptr};
     enviroment_item item(strings);
     expect_loads_and_unloads(item, {"a: 1 '1'"});

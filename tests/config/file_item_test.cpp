@@ -45,7 +45,7 @@ TEST(FileItem, ClonesWithItsTree) {
     expect_independent_clone(item);
 }
 
-TEST(FileItem, LoadsAndUnloadsThroughItsBase) {
+TEST(FileItem, LoadsAndUnloadsThroughItsBaseClass) {
     const temporary_directory directory;
     file_item item(directory.write("x.cfg", "a=1\n"));
     expect_loads_and_unloads(item, {"a: 1 '1'"});
@@ -77,7 +77,7 @@ TEST(FileItem, LoadsNothingFromAFileThatCannotBeRead) {
     }
 }
 
-// Counts how often a file is opened by anybody while the object exists.
+// Counts how often any process opens a file while the object exists.
 class open_counter {
 public:
     explicit open_counter(const std::string& path) : m_queue(inotify_init1(IN_NONBLOCK)) {
@@ -87,7 +87,7 @@ public:
     open_counter(const open_counter&) = delete;
     open_counter& operator=(const open_counter&) = delete;
 
-    // The number since the last call. The kernel merges equal events, so only 0 is exact.
+    // The count since the last call. The kernel merges equal events, so only 0 is exact.
     std::size_t events() const {
         alignas(inotify_event) char buffer[4096];
         const ssize_t size = read(m_queue, buffer, sizeof buffer);
@@ -98,12 +98,12 @@ private:
     int m_queue;
 };
 
-TEST(FileItem, OpensAFileButNotWhatASymbolicLinkPointsTo) {
+TEST(FileItem, OpensAFileButNotTheTargetOfASymbolicLink) {
     const temporary_directory directory;
     const std::string file = directory.write("target.cfg", "a=1\n");
     const std::string pipe = directory.path("pipe");
     ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
-    // A terminal of our own stands for the devices: nobody else opens it.
+    // A terminal of our own represents devices: nobody else opens it.
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_LE(0, terminal);
     ASSERT_EQ(0, grantpt(terminal));
@@ -131,7 +131,7 @@ TEST(FileItem, OpensAFileButNotWhatASymbolicLinkPointsTo) {
     EXPECT_EQ("a=1\n", read_bytes(file));
 }
 
-TEST(FileItem, RefusesAFileOfTwoGibibytes) {
+TEST(FileItem, RejectsAFileOfTwoGibibytes) {
     const temporary_directory directory;
     const std::string path = directory.write("x.cfg", "a=1\n");
     ASSERT_EQ(0, truncate(path.c_str(), 0x80000000L));
@@ -164,7 +164,7 @@ protected:
     config_item_list items;
 };
 
-TEST_F(FileChoice, ChoosesTheFirstFileThatOpens) {
+TEST_F(FileChoice, ChoosesTheFirstFileThatCanBeOpened) {
     add("");
     add(("cfg_file=\"" + missing + "\"").c_str());
     add(("cfg_file=\"" + one + "\"").c_str());
@@ -174,7 +174,7 @@ TEST_F(FileChoice, ChoosesTheFirstFileThatOpens) {
     EXPECT_EQ(one, chosen(missing));
 }
 
-TEST_F(FileChoice, KeepsTheGivenNameIfNoneOpens) {
+TEST_F(FileChoice, KeepsTheGivenNameIfNoFileCanBeOpened) {
     add(("cfg_file=\"" + missing + "\"").c_str());
     add(("application.name.raw=\"" + directory.path("one") + "\"").c_str());
     EXPECT_EQ(two, chosen(two));
@@ -195,13 +195,13 @@ TEST_F(FileChoice, PrefersCfgFileInAnySourceToTheProgramsName) {
     EXPECT_EQ(one, chosen(""));
 }
 
-TEST_F(FileChoice, LeavesTheNameEmptyIfNothingOpens) {
+TEST_F(FileChoice, LeavesTheNameEmptyIfNoFileCanBeOpened) {
     add("cfg_file=");
     add(("application.name.raw=\"" + missing + "\"").c_str());
     EXPECT_EQ("", chosen(""));
 }
 
-TEST_F(FileChoice, ChoosesALinkThatOpensAndThenReadsNothing) {
+TEST_F(FileChoice, ChoosesALinkThatCanBeOpenedAndThenReadsNothing) {
     ASSERT_EQ(0, symlink(one.c_str(), directory.path("link.cfg").c_str()));
     add(("cfg_file=\"" + directory.path("link.cfg") + "\"").c_str());
     file_item item("");
@@ -276,7 +276,7 @@ TEST(QuoteValue, QuotesStringsWithSpacesTabsOrLineEnds) {
     }
 }
 
-TEST(FileItem, SavesThroughItsBaseWithAndWithoutAList) {
+TEST(FileItem, SavesThroughItsBaseClassWithAndWithoutAList) {
     const temporary_directory directory;
     file_item item(directory.path("x.cfg"));
     item.set("s.a = 1", 0);
@@ -288,7 +288,7 @@ TEST(FileItem, SavesThroughItsBaseWithAndWithoutAList) {
     EXPECT_EQ("[s]\na=2\n\n", read_bytes(item.get_filename()));
 }
 
-TEST(FileItem, ReturnsTrueForASaveThatCannotBeWritten) {
+TEST(FileItem, ReturnsTrueEvenIfASaveFails) {
     const temporary_directory directory;
     const std::string target = directory.write("target.cfg", "kept");
     ASSERT_EQ(0, symlink(target.c_str(), directory.path("link.cfg").c_str()));
@@ -313,7 +313,7 @@ TEST(FileItem, SavesToAPipeWithAReader) {
     const temporary_directory directory;
     const std::string pipe = directory.path("pipe");
     ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
-    // Opened without waiting: the test fails rather than hangs if nothing is written.
+    // Opened without blocking: if nothing is written, the test fails rather than hangs.
     const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
     ASSERT_LE(0, reader);
     file_item item(pipe);

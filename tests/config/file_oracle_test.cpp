@@ -1,4 +1,4 @@
-// Compares the reader and the writer of files with a second, plain implementation.
+// Compares the reader and the writer of files with a second, simple implementation.
 #include <tova/config/file_item.hpp>
 
 #include "config/cfg_oracle.hpp"
@@ -18,7 +18,7 @@ using config_support::content;
 using config_support::ustring8;
 using tova::config::file_item;
 
-// A text of random pieces, most of which matter to the syntax of a file.
+// A text of random pieces, most of which have a meaning in the syntax of a file.
 std::string random_text(std::mt19937& random, const std::vector<std::string>& pieces) {
     std::string text;
     for (unsigned long left = random() % 40; left != 0; --left)
@@ -28,7 +28,7 @@ std::string random_text(std::mt19937& random, const std::vector<std::string>& pi
 
 class FileOracle : public ::testing::Test {
 protected:
-    // Both read the same nodes and write the same file from them.
+    // Checks that both read the same nodes and write the same file from them.
     void expect_equal(const std::string& text) {
         SCOPED_TRACE(::testing::PrintToString(text));
         const std::string path = directory.write("x.cfg", text);
@@ -46,7 +46,7 @@ protected:
     test_support::temporary_directory directory;
 };
 
-TEST_F(FileOracle, AgreesOnFilesOfTheUsualForm) {
+TEST_F(FileOracle, AgreesOnTypicalFiles) {
     std::mt19937 random(1);
     const std::vector<std::string> entries = {
         "a=1\n",
@@ -96,7 +96,7 @@ TEST_F(FileOracle, AgreesOnRandomBytes) {
     }
 }
 
-// All prefixes of a text that has an example of everything.
+// All prefixes of a text that contains an example of every construct.
 TEST_F(FileOracle, AgreesOnEveryPrefixOfAFile) {
     const std::string text = "# note \"a\nb\" c\r\ntop = 1\n[s.t]\r\nk[] = 1, \"2, 3\",\n  4 # e\n"
                              "\"a b\" = c \"d\\\" e\" // f\n[u]\nx+=1\ny = [z]\n[]\nk[]=,\"\"\n"

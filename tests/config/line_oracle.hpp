@@ -1,5 +1,5 @@
-// A second, plain reader of command lines and environments. It uses the tokens and nodes of the one
-// for files.
+// A second, simple reader of command lines and environments. It uses the tokens and nodes of the
+// one for files.
 #pragma once
 
 #include "cfg_oracle.hpp"
@@ -18,7 +18,7 @@ inline bool is_sign(const piece& part, const std::string& sign) {
     return !part.quoted && part.text == sign;
 }
 
-// A line `KEY=value`, which is the form of an environment string and of a flag.
+// A line `KEY=value`, the form of environment strings and flags.
 inline void read_line(nodes& tree, const std::string& line) {
     std::string texts[2];
     int side = 0;
@@ -33,13 +33,13 @@ inline void read_line(nodes& tree, const std::string& line) {
     cfg_oracle::store(tree, texts[0], texts[1]);
 }
 
-// The tokens of an argument. A run of spaces has the text of the token before it.
+// The tokens of an argument. A run of spaces repeats the text of the previous token.
 inline std::vector<piece> pieces_of(const std::string& argument, std::string& last) {
     std::vector<piece> pieces = cfg_oracle::cut(argument);
     for (piece& part : pieces) {
         if (part.what == kind::space && part.text != "\t") {
             part.text = last;
-            part.quoted = true;  // not a separator, whatever it repeats
+            part.quoted = true;  // not a separator, whatever its text
         } else if (part.what == kind::line_end) {
             part.text = "\n";
         }
@@ -62,7 +62,7 @@ inline void store(nodes& tree, const std::string& key, const std::vector<std::st
         cfg_oracle::store_array(tree, key, values);
 }
 
-// Reads all arguments but the first. Returns those that are ignored.
+// Reads all arguments except the first. Returns those that are ignored.
 inline std::vector<std::string> read_options(nodes& tree, const std::vector<std::string>& all) {
     const std::set<std::string> separators = {"=", ":", ":=", ">=", "<=", "+=", "-=", "*=", "/="};
     const auto begins_with = [&](std::size_t i, const std::string& any) {

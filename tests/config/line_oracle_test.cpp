@@ -1,4 +1,4 @@
-// Compares command line and environment with a second, plain implementation.
+// Compares command line and environment with a second, simple implementation.
 #include <tova/config/commandline_item.hpp>
 #include <tova/config/enviroment_item.hpp>
 
@@ -36,7 +36,7 @@ std::string random_text(std::mt19937& random, unsigned most) {
     return text;
 }
 
-// The strings in the form in which a program gets them.
+// The strings in the form in which a program receives them.
 std::vector<const char*> pointers(const lines& strings) {
     std::vector<const char*> result;
     for (const std::string& each : strings)

@@ -60,7 +60,7 @@ inline std::vector<std::string> content(base_config_item& item) {
 
 typedef std::vector<std::string> lines;
 
-// The smallest possible source. Tests can reach its tree.
+// The smallest possible source. It exposes its tree to tests.
 class plain_item : public base_config_item {
 public:
     plain_item() {}

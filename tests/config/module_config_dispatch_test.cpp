@@ -62,7 +62,7 @@ TEST(ModuleConfigDispatch, CallsEveryItemInOrderWithTheWholeList) {
     expect_calls_every_item_in_order(module_config_dispatch(varg_list(), nullptr));
 }
 
-TEST(ModuleConfigDispatch, LetsEarlierFilesWinAndTheProgramLose) {
+TEST(ModuleConfigDispatch, PrefersEarlierFilesAndUsesTheProgramsValuesLast) {
     const test_support::temporary_directory directory;
     const std::string first = directory.write("one.cfg", "a=1\n");
     const std::string second = directory.write("two.cfg", "a=2\nb=3\nc=4\n");
@@ -80,13 +80,13 @@ TEST(ModuleConfigDispatch, LetsEarlierFilesWinAndTheProgramLose) {
     EXPECT_EQ("4", manager.get_value("c", variant()).as_string());
     EXPECT_EQ("user", manager.get_value("d", variant()).as_string());
 
-    // Unloading leaves the program's own values alone.
+    // Unloading keeps the program's own values.
     EXPECT_TRUE(manager.unload());
     EXPECT_EQ("user", manager.get_value("c", variant()).as_string());
     EXPECT_FALSE(manager.value_exist("b"));
 }
 
-TEST(ModuleConfigDispatch, HasTheFirstOfItsFilesUnderTheNameThatAllBear) {
+TEST(ModuleConfigDispatch, FindsTheFirstFileByTheNameThatAllFilesShare) {
     config_manager manager;
     manager.init(
         module_config_dispatch(varg_list(argument("one.cfg"), argument("two.cfg")), nullptr));

@@ -1,4 +1,4 @@
-// A source that records its calls, and the check of a dispatcher that it makes possible.
+// A source that records its calls, and a check for dispatchers that is based on it.
 #pragma once
 
 #include <tova/config/config_dispatch.hpp>
@@ -44,8 +44,8 @@ private:
     bool m_records_end = false;
 };
 
-// Each operation calls every item in order, passes on the whole list and returns true although the
-// items return false.
+// Checks that each operation calls every item in order, passes on the whole list and returns true
+// although the items return false.
 inline void expect_calls_every_item_in_order(const tova::config::config_dispatch& dispatch) {
     lines calls;
     tova::config::config_item_list items;

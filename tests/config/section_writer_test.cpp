@@ -1,4 +1,4 @@
-// What a save writes.
+// Tests what a save writes.
 #include <tova/config/file_item.hpp>
 
 #include "config/listing.hpp"
@@ -26,15 +26,16 @@ TEST(SectionWriter, WritesInTreeOrderAndLowerCaseWithoutComments) {
               resaved("# remark\n[BB]\nM=3 # remark\n\n[A]\nY=2\nX=1\n"));
 }
 
-TEST(SectionWriter, LosesEntriesOutsideOfAnySection) {
+TEST(SectionWriter, DropsEntriesOutsideAnySection) {
     EXPECT_EQ("[s]\nk=2\n\n", resaved("top=1\n[s]\nk=2\n"));
     EXPECT_EQ("", resaved("top=1\narray[]=1,2\n"));
 }
 
-TEST(SectionWriter, WritesAnEntryUnderEverySectionWithANameOfEqualLength) {
+TEST(SectionWriter, WritesAnEntryUnderEverySectionWithANameOfTheSameLength) {
     EXPECT_EQ("[a]\nx=1\ny=2\n\n[b]\nx=1\ny=2\n\n", resaved("[a]\nx=1\n[b]\ny=2\n"));
     EXPECT_EQ("[a]\nx=1\n\n[bb]\ny=2\n\n", resaved("[a]\nx=1\n[bb]\ny=2\n"));
-    // The parent may itself be an entry: its children then come under a section as long as it.
+    // The parent may itself be an entry: its children then appear under a section whose name is as
+    // long.
     EXPECT_EQ("[z]\nsub=2\nx=1\n\n", saved([](file_item& item) {
                   item.set("z.x = 1", 0);
                   item.set("k = top", 0);
@@ -56,13 +57,14 @@ TEST(SectionWriter, WritesMoreThanTenElementsInByteOrder) {
               resaved("[s]\nk[]=0,1,2,3,4,5,6,7,8,9,10,11\n"));
 }
 
-TEST(SectionWriter, RepeatsElementsUnderASectionAsLongAsTheArraysPath) {
+TEST(SectionWriter, RepeatsElementsUnderASectionWithANameAsLongAsTheArraysPath) {
     EXPECT_EQ("[abc]\nx=1\n0=a\n1=b\n\n[s]\nk[]=a,b\n\n", resaved("[s]\nk[]=a,b\n[abc]\nx=1\n"));
 }
 
-TEST(SectionWriter, WritesAKeyThatReadsAsANumberAsPartOfTheArrayBeforeIt) {
+TEST(SectionWriter, WritesAKeyThatParsesAsANumberAsPartOfTheArrayBeforeIt) {
     EXPECT_EQ("[s]\n1[]=a,v\nx=w\n\n", resaved("[s]\n1[]=a\n5=v\nx=w\n"));
-    // The number may have a sign, a prefix and letters after it; what reads as 0 is not one.
+    // The number may have a sign, a prefix and trailing letters; a key that parses as 0 doesn't
+    // count.
     EXPECT_EQ("[s]\n![]=a,v,w\n08=x\n9=y\n\n", resaved("[s]\n![]=a\n-5=v\n07z=w\n08=x\n9=y\n"));
 }
 
@@ -93,7 +95,7 @@ TEST(SectionWriter, WritesAnArrayWithoutElementsEvenAsTheVeryLastEntry) {
               }));
 }
 
-TEST(SectionWriter, WritesOnlyTheWordThreeAsAnArrayAndOnlyZeroAsASection) {
+TEST(SectionWriter, WritesOnlyTheFlagsWord3AsAnArrayAndOnly0AsASection) {
     EXPECT_EQ("[s]\nalias=t\nk=v\nn=\n\n", saved([](file_item& item) {
                   item.set("s.alias", variant("t"), 4);
                   item.set("s.k", variant("v"), 6);
@@ -119,12 +121,12 @@ TEST(SectionWriter, QuotesKeysAndSectionsToo) {
 }
 
 TEST(SectionWriter, ListsAnEmptyNameLikeAnyOther) {
-    // The section "a" has an entry with the empty name.
+    // The section "a" has an entry with an empty name.
     EXPECT_EQ("[a]\n=1\nx=2\n\n", saved([](file_item& item) {
                   item.set("a.. = 1", 0);
                   item.set("a.x = 2", 0);
               }));
-    // Nodes below a child of the root with the empty name are listed like children of the root.
+    // Nodes below a child of the root whose name is empty are listed like children of the root.
     EXPECT_EQ("[]\n\n", saved([](file_item& item) { item.set(".x = 1", 0); }));
 }
 

@@ -1,4 +1,4 @@
-// Runs the settings example as a user does, on a copy of its file.
+// Runs the settings example as a user would, on a copy of its file.
 #include "support/guide.hpp"
 #include "support/program.hpp"
 #include "support/temporary_directory.hpp"
@@ -16,7 +16,7 @@ using ::testing::HasSubstr;
 
 class SettingsExample : public ::testing::Test {
 protected:
-    // What the program prints in the folder of the test, in an environment of nothing but the given
+    // The output of the program in the folder of the test, in an environment of only the given
     // variables.
     std::string run(const std::string& environment, const std::string& arguments) {
         const auto result =
@@ -50,7 +50,7 @@ TEST_F(SettingsExample, SavesItsCountInSections) {
               read_bytes(directory.path("settings.cfg")));
 }
 
-TEST_F(SettingsExample, TakesTheFirstSourceOfEachSetting) {
+TEST_F(SettingsExample, UsesTheFirstSourceOfEachSetting) {
     give_file("settings.cfg");
     const std::string output =
         run("SERVER.HOST=env server.scheme=https", "-server.timeout=1 -port=7");
@@ -61,7 +61,7 @@ TEST_F(SettingsExample, TakesTheFirstSourceOfEachSetting) {
     EXPECT_THAT(output, HasSubstr("port is short for server.port, which is 7\n"));
 }
 
-TEST_F(SettingsExample, ReadsTheFileThatItIsTold) {
+TEST_F(SettingsExample, ReadsTheFileNamedOnTheCommandLine) {
     give_file("other.cfg");
     const std::string output = run("", "-cfg_file=other.cfg");
     EXPECT_THAT(output, HasSubstr("read from other.cfg\n"));

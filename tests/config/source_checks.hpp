@@ -1,4 +1,4 @@
-// What every source of the library does alike: loading, unloading, cloning.
+// Checks of what every source of the library does: loading, unloading, cloning.
 #pragma once
 
 #include <tova/config/base_config_item.hpp>
@@ -9,8 +9,8 @@
 
 namespace config_support {
 
-// Loads through the slots of the base with and without a list; each load fills an empty tree with
-// `expected` again.
+// Loads through the virtual functions of the base class, with and without a list. Checks that each
+// load fills an empty tree with `expected` again.
 inline void expect_loads_and_unloads(base_config_item& source, const lines& expected) {
     source.unload();
     EXPECT_EQ(lines(), content(source));
@@ -22,7 +22,8 @@ inline void expect_loads_and_unloads(base_config_item& source, const lines& expe
     EXPECT_EQ(expected, content(source));
 }
 
-// A clone is on the heap, belongs to its first holder and shares no node with the source.
+// Checks that a clone is on the heap, belongs to its first holder and shares no node with the
+// source.
 inline void expect_independent_clone(base_config_item& source) {
     source.set("a = 1", 0);
     const tova::memory::pointers::rc_pointer<base_config_item> clone(source.clone());

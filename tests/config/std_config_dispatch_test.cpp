@@ -49,7 +49,7 @@ TEST(StdConfigDispatch, SetsUpCommandLineFileAndEnvironmentInThatOrder) {
     }
 }
 
-TEST(StdConfigDispatch, AppendsToWhatTheListHolds) {
+TEST(StdConfigDispatch, AppendsToTheList) {
     const std_config_dispatch dispatch(2, arguments, environment, "", "");
     config_item_list items;
     dispatch.setup(items);
@@ -61,7 +61,7 @@ TEST(StdConfigDispatch, CallsEveryItemInOrderWithTheWholeList) {
     expect_calls_every_item_in_order(std_config_dispatch(0, nullptr, nullptr, "", ""));
 }
 
-TEST(StdConfigDispatch, HandsTheFileWhatTheCommandLineSays) {
+TEST(StdConfigDispatch, PassesTheFileNameOnTheCommandLineToTheFile) {
     const test_support::temporary_directory directory;
     const std::string option = "-cfg_file=" + directory.write("x.cfg", "[s]\nk=from file\n");
     const char* const with_file[] = {"tool", option.c_str(), nullptr};
@@ -88,7 +88,7 @@ TEST(StdConfigDispatch, ClonesWithAllFields) {
     EXPECT_EQ(environment, dynamic_cast<enviroment_item&>(*items.back()).get_envp());
 }
 
-TEST(StdConfigDispatch, MadeByDefaultTakesItsFieldsByAssignment) {
+TEST(StdConfigDispatch, IsDefaultConstructedAndThenAssignsItsFields) {
     std_config_dispatch dispatch;
     dispatch = std_config_dispatch(2, arguments, environment, "name.cfg", "");
     config_item_list items;

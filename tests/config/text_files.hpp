@@ -1,4 +1,4 @@
-// Files that exist for one call: what a text reads as, and what a save writes.
+// Files that exist for one call: they show what is read from a text, and what a save writes.
 #pragma once
 
 #include <tova/config/file_item.hpp>
@@ -43,7 +43,7 @@ std::string saved(Fill fill) {
     return test_support::read_bytes(item.get_filename());
 }
 
-// The bytes of a file with this text after it was loaded and saved.
+// The bytes of a file with this text after it has been loaded and saved.
 inline std::string resaved(const std::string& text) {
     const test_support::temporary_directory directory;
     tova::config::file_item item(directory.write("x.cfg", text));

@@ -1,4 +1,4 @@
-// The tokenizer, through the published form of it.
+// Tests the tokenizer through its published form.
 #include <tova/config/base_config_item.hpp>
 
 #include "config/listing.hpp"
@@ -113,7 +113,7 @@ TEST(TokenScanner, TakesTheLongestTokenFromTheLeft) {
     });
 }
 
-TEST(TokenScanner, LeavesTheTextOfTheTokenBeforeUnchangedAtSpaces) {
+TEST(TokenScanner, KeepsTheTextOfThePreviousTokenAtSpaces) {
     EXPECT_EQ((lines{"0 0-1 a", "6 1-3 a", "0 3-4 b", "6 4-5 b"}), tokens("a  b "));
     EXPECT_EQ((lines{"30 0-3 x", "6 3-4 x"}), tokens("\"x\" "));
 }

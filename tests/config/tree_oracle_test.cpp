@@ -1,4 +1,4 @@
-// Compares trees and the manager with a second, plain implementation, under random operations.
+// Compares trees and the manager with a second, simple implementation, using random operations.
 #include <tova/config/config_manager.hpp>
 
 #include "config/listing.hpp"
@@ -25,10 +25,10 @@ using tova::config::config_item_list;
 using tova::config::config_manager;
 using tova::memory::pointers::rc_pointer;
 
-// A tree by the rules as they are written: a step is a recursive call, a copy is a copy of a map.
+// A tree that follows the rules literally: a step is a recursive call, a copy is a copy of a map.
 struct plain_tree {
     unsigned word = 0;
-    std::string value = "true";  // as `show` writes it
+    std::string value = "true";  // in the format of `show`
     std::string text = "1";
     std::map<std::string, plain_tree> children;
 
@@ -244,7 +244,7 @@ protected:
     plain_tree plain[3];
 };
 
-TEST_F(TreeOracle, AgreesOnEveryLookupUnderRandomChanges) {
+TEST_F(TreeOracle, AgreesOnEveryLookupAfterRandomChanges) {
     for (int i = 0; i < 20000; ++i) {
         SCOPED_TRACE(i);
         ASSERT_NO_FATAL_FAILURE(change());

@@ -40,7 +40,7 @@ struct heard {
     unsigned int line = 0;
 };
 
-// Records its arguments, writes to the line, and throws if told to.
+// Records its arguments, changes the line, and throws on request.
 class recording_hook : public hook_function {
 public:
     explicit recording_hook(heard& record) : m_record(&record) {}
@@ -77,7 +77,7 @@ protected:
     heard record;
 };
 
-TEST_F(Assert, HasNoHookAtLoad) {
+TEST_F(Assert, HasNoHookInitially) {
     EXPECT_FALSE(s_hook_set_at_load);
 }
 
@@ -171,7 +171,7 @@ TEST_F(Assert, PassesExpressionFileAndLineToTheHook) {
     EXPECT_EQ(353u, record.line);
 }
 
-TEST_F(Assert, PassesNullPointersOn) {
+TEST_F(Assert, PassesNullPointersToTheHook) {
     listen();
     ____________________ASSERT____________________(nullptr, nullptr, 0, nullptr);
     EXPECT_EQ(1, record.calls);
@@ -179,7 +179,7 @@ TEST_F(Assert, PassesNullPointersOn) {
     EXPECT_EQ(nullptr, record.file);
 }
 
-TEST_F(Assert, IgnoresWhatTheHookWritesToTheLine) {
+TEST_F(Assert, IgnoresChangesOfTheLineByTheHook) {
     listen();
     unsigned int line = 4294967295u;
     ____________________ASSERT____________________("e", "f", line, "g");
@@ -371,7 +371,7 @@ public:
     recording_hook* do_clone() const override { return new last_words(*this); }
 };
 
-TEST_F(Assert, DeletesTheHookAtProcessExitAndHasNoneFromThenOn) {
+TEST_F(Assert, DeletesTheHookAtProcessExitAndHasNoneAfterThat) {
     const auto result = test_support::run_in_child([] {
         static heard late;
         set_assert_hook(hook_delegate(last_words(late)));

@@ -12,7 +12,7 @@ namespace {
 using tova::detail::cpu_form;
 namespace detail = tova::detail;
 
-// Built before all objects without a priority, and before those of `cpu_features.cpp`.
+// Constructed before all objects without a priority, and before those of `cpu_features.cpp`.
 struct early_question {
     early_question() : level(detail::cpu_level()) {}
     cpu_form level;
@@ -24,7 +24,7 @@ protected:
     ~CpuFeatures() override { detail::force_cpu_level(detail::best_cpu_level()); }
 };
 
-TEST_F(CpuFeatures, AreKnownBeforeStaticObjectsAreBuilt) {
+TEST_F(CpuFeatures, AreKnownBeforeStaticObjectsAreConstructed) {
     EXPECT_EQ(detail::best_cpu_level(), asked_early.level);
     EXPECT_EQ(detail::best_cpu_level(), detail::cpu_level());
 }
@@ -43,7 +43,7 @@ TEST_F(CpuFeatures, IncludeTheBaselineOfTheArchitecture) {
 #endif
 }
 
-TEST_F(CpuFeatures, AreTheSameForAllThreadsThatAskFirst) {
+TEST_F(CpuFeatures, AreTheSameForAllThreadsThatCallFirst) {
     for (int round = 0; round < 100; ++round) {
         detail::chosen_cpu_level = -1;
         std::vector<cpu_form> levels(4);
@@ -57,7 +57,7 @@ TEST_F(CpuFeatures, AreTheSameForAllThreadsThatAskFirst) {
     }
 }
 
-TEST_F(CpuFeatures, AreLoweredByATest) {
+TEST_F(CpuFeatures, CanBeLoweredByATest) {
     for (int level = 0; level <= static_cast<int>(detail::best_cpu_level()); ++level) {
         detail::force_cpu_level(static_cast<cpu_form>(level));
         EXPECT_EQ(static_cast<cpu_form>(level), detail::cpu_level());

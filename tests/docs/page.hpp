@@ -1,4 +1,4 @@
-// What extract_page.py makes of a guide: its code blocks as functions, and its files.
+// The output of extract_page.py for a guide: its code blocks as functions, and its files.
 #pragma once
 
 #include <tova/tova.hpp>
@@ -28,9 +28,9 @@
 namespace docs_test {
 
 struct snippet {
-    int line;  // of the code in the page, counted from 1
+    int line;  // line of the code in the page, counted from 1
     void (*run)();
-    const char* output;  // what it prints to standard output and standard error
+    const char* output;  // its output to standard output and standard error
     bool is_hazard;      // it must end by a signal, a limit or an exception
 };
 

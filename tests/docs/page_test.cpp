@@ -1,5 +1,5 @@
-// Runs the code blocks of one guide, each in a process and a directory of its own, and compares
-// what they print with what the guide says.
+// Runs the code blocks of one guide, each in its own process and directory, and compares their
+// output with the guide.
 #include "docs/page.hpp"
 #include "support/child_process.hpp"
 #include "support/temporary_directory.hpp"
@@ -45,7 +45,7 @@ std::string place(const snippet& code) {
     return std::string("docs/") + docs_test::page_name + ":" + std::to_string(code.line);
 }
 
-TEST(Page, PrintsWhatItSays) {
+TEST(Page, ShowsTheRealOutputOfItsCode) {
     int checked = 0;
     for (const snippet& code : docs_test::snippets) {
         SCOPED_TRACE(place(code));
@@ -60,7 +60,7 @@ TEST(Page, PrintsWhatItSays) {
     EXPECT_GT(checked, 0);
 }
 
-TEST(Page, MarksAsHazardsWhatDoesNotEndNormally) {
+TEST(Page, MarksCodeThatDoesNotEndNormallyAsAHazard) {
     for (const snippet& code : docs_test::snippets) {
         SCOPED_TRACE(place(code));
         if (code.is_hazard) {

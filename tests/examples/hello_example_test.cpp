@@ -18,7 +18,7 @@ program_result run_hello(const std::string& directory, const std::string& argume
                                      arguments);
 }
 
-TEST(HelloExample, RendersItsMessageInTheLanguageAskedFor) {
+TEST(HelloExample, RendersItsMessageInTheRequestedLanguage) {
     const struct {
         const char* arguments;
         const char* output;
@@ -47,13 +47,13 @@ TEST(HelloExample, IsTheProgramOfTheReadme) {
                                      run_hello("examples/hello", "de_AT").output + "```\n"));
 }
 
-TEST(HelloExample, SaysWhatIsMissingWithoutItsCatalogs) {
+TEST(HelloExample, ReportsMissingCatalogs) {
     const program_result result = run_hello("examples", "");
     EXPECT_EQ(1, result.exit_code);
     EXPECT_THAT(result.output, ::testing::HasSubstr("\"catalogs\" was not found on disk"));
 }
 
-TEST(HelloExample, ExplainsItselfAndItsExitStatus) {
+TEST(HelloExample, DocumentsItsUsageAndExitStatus) {
     const program_result result = run_hello("examples/hello", "--help");
     EXPECT_EQ(0, result.exit_code);
     EXPECT_THAT(result.output, ::testing::StartsWith("usage: hello"));

@@ -1,4 +1,4 @@
-// Runs every program of examples/tour as a user does and compares what it prints.
+// Runs every program of examples/tour as a user would and compares its output.
 #include "support/guide.hpp"
 #include "support/program.hpp"
 #include "support/temporary_directory.hpp"
@@ -25,7 +25,7 @@ std::vector<std::string> tour() {
 
 class TourExample : public ::testing::TestWithParam<std::string> {
 protected:
-    // Each program runs in an empty directory of its own, with the environment of a bare process.
+    // Each program runs in its own empty directory, with a minimal environment.
     program_result run(const std::string& arguments) const {
         return test_support::run_program("cd '" + m_directory.path() + "' && env -i '" +
                                          TOVA_EXAMPLES "/tour/tova_example_tour_" + GetParam() +
@@ -40,7 +40,7 @@ private:
     test_support::temporary_directory m_directory;
 };
 
-TEST_P(TourExample, PrintsWhatIsStoredForItAndLeavesNoFile) {
+TEST_P(TourExample, PrintsItsStoredOutputAndLeavesNoFile) {
     const program_result result = run("");
     EXPECT_EQ(0, result.exit_code);
     EXPECT_EQ(test_support::read_bytes(TOVA_TEST_DATA "/examples/" + GetParam() + ".txt"),
@@ -48,7 +48,7 @@ TEST_P(TourExample, PrintsWhatIsStoredForItAndLeavesNoFile) {
     EXPECT_TRUE(directory_is_empty());
 }
 
-TEST_P(TourExample, ExplainsItselfAndItsExitStatus) {
+TEST_P(TourExample, DocumentsItsUsageAndExitStatus) {
     const program_result result = run("--help");
     EXPECT_EQ(0, result.exit_code);
     EXPECT_THAT(result.output, ::testing::StartsWith("usage: " + GetParam() + "\n"));

@@ -93,7 +93,7 @@ TEST_F(ExceptionState, HasRoomFor255CharactersAndATerminator) {
     EXPECT_EQ(longest + '\0', bytes(where->function, 256));
 }
 
-TEST_F(ExceptionState, DoesNotCutLongerStrings) {
+TEST_F(ExceptionState, DoesNotTruncateLongerStrings) {
     const std::string too_long(300, 'x');
     const location* const where = make(1, too_long.c_str(), nullptr);
     const char* const fields = reinterpret_cast<const char*>(where) + sizeof(unsigned int);
@@ -170,7 +170,7 @@ TYPED_TEST(ExceptionClass, OwnsItsMessage) {
                  raised.get_message());
 }
 
-TYPED_TEST(ExceptionClass, CarriesTheLocationOfItsRaise) {
+TYPED_TEST(ExceptionClass, CarriesTheLocationWhereItWasRaised) {
     const TypeParam raised = this->make("message");
     EXPECT_EQ(12u, place_of_raise(raised).line);
     EXPECT_STREQ("folder/file", place_of_raise(raised).file);
@@ -186,7 +186,7 @@ TYPED_TEST(ExceptionClass, AcceptsTheLocationAsARecord) {
     EXPECT_STREQ("other", place_of_raise(raised).function);
 }
 
-TYPED_TEST(ExceptionClass, WritesOnlyAsMuchOfTheLocationAsThereIs) {
+TYPED_TEST(ExceptionClass, WritesOnlyTheBytesThatTheLocationHas) {
     filled<TypeParam> from_arguments;
     TypeParam* raised = new (from_arguments.memory()) TypeParam("message", 1, nullptr, "");
     EXPECT_EQ(untouched(256), bytes(place_of_raise(*raised).file, 256));
@@ -291,7 +291,7 @@ TEST(ExceptionTree, HasThreeLeavesUnderLogicErrorAndFourUnderRuntimeError) {
     EXPECT_TRUE((is_leaf_of<exceptions::runtime_error, exceptions::underflow_error>()));
 }
 
-TEST(ExceptionTree, KeepsTheTwinsApart) {
+TEST(ExceptionTree, KeepsLogicErrorAndRuntimeErrorApart) {
     EXPECT_FALSE(
         (std::is_convertible<exceptions::overflow_error*, exceptions::logic_error*>::value));
     EXPECT_FALSE(

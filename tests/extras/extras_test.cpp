@@ -1,4 +1,4 @@
-// The add-ons, built with every standard that programs may use.
+// Tests the add-ons, built with every C++ standard that programs may use.
 #include <tova/extras.hpp>
 #include <tova/tova.hpp>
 
@@ -103,8 +103,8 @@ TEST(ExtrasDates, CompareByYearMonthAndDay) {
                 date_time_t(date(1, 1, 2026), time_of_day(9, 0, 0, 1)));
 }
 
-// Every day of 800 years: the difference to the day before is 1, and the way over a time point and
-// over ISO 8601 leads back.
+// Every day of 800 years: the difference to the day before is 1, and conversions to a time point
+// and to ISO 8601 lead back to the same date.
 TEST(ExtrasDates, CountsEveryDayOfEightHundredYears) {
     using namespace tova::extras;
     date before(31, 12, 1599);
@@ -178,7 +178,7 @@ TEST(ExtrasDates, ReadsTimesWithAndWithoutSecondsAndFractions) {
     EXPECT_FALSE(extras::date_time_from_iso("2026-02-03"));
 }
 
-TEST(ExtrasDates, MeetsTimePointsBeforeTheEpoch) {
+TEST(ExtrasDates, ConvertsTimePointsBeforeTheEpoch) {
     using std::chrono::milliseconds;
     const std::chrono::system_clock::time_point epoch;
     const auto is_held = [](const date& day) {
@@ -200,7 +200,7 @@ TEST(ExtrasDates, MeetsTimePointsBeforeTheEpoch) {
               extras::to_iso(extras::from_time_point(epoch - std::chrono::nanoseconds(1))));
 }
 
-TEST(ExtrasDates, GoesIntoAMessageInParts) {
+TEST(ExtrasDates, BecomeMessageArgumentsForEachPart) {
     tova::generic::varg_list list;
     EXPECT_TRUE(extras::push_date(list, "due", date(3, 2, 2026)));
     EXPECT_EQ(2026, list["due.year"].value().as_int());
@@ -329,7 +329,7 @@ TEST(ExtrasViews, RaisesForInvalidInput) {
 
 // --- checked.hpp ---------------------------------------------------------------------------------
 
-TEST(ExtrasChecked, RefusesWhatStrictUtf8DoesNotAllow) {
+TEST(ExtrasChecked, RejectsWhatStrictUtf8DoesNotAllow) {
     const struct {
         const char* text;
         extras::check_error error;
@@ -360,7 +360,7 @@ TEST(ExtrasChecked, RefusesWhatStrictUtf8DoesNotAllow) {
     }
 }
 
-TEST(ExtrasChecked, ConvertsEveryCodePointThereAndBack) {
+TEST(ExtrasChecked, RoundTripsEveryCodePoint) {
     for (unsigned code = 0; code <= 0x110000; ++code) {
         const ustring32 wide(1, static_cast<wchar_t>(code));
         const bool is_valid = code <= 0x10FFFF && (code < 0xD800 || code >= 0xE000);
@@ -377,7 +377,7 @@ TEST(ExtrasChecked, ConvertsEveryCodePointThereAndBack) {
     }
 }
 
-TEST(ExtrasChecked, TakesASwappedMarkForTheNoncharacterThatItIs) {
+TEST(ExtrasChecked, TreatsASwappedByteOrderMarkAsANoncharacter) {
     const ustring16 text = {0xFFFE, 0x41};
     EXPECT_EQ("\xEF\xBF\xBE"
               "A",
@@ -387,7 +387,7 @@ TEST(ExtrasChecked, TakesASwappedMarkForTheNoncharacterThatItIs) {
     EXPECT_EQ(1u, extras::try_utf16_to_utf8(cut).position());
 }
 
-TEST(ExtrasChecked, ParsesIntegersAtBothSidesOfEachLimit) {
+TEST(ExtrasChecked, ParsesIntegersOnBothSidesOfEachLimit) {
     using extras::check_error;
     EXPECT_EQ(127, *extras::try_parse<signed char>("127"));
     EXPECT_EQ(check_error::out_of_range, extras::try_parse<signed char>("128").code());
@@ -411,7 +411,7 @@ TEST(ExtrasChecked, ParsesIntegersAtBothSidesOfEachLimit) {
     EXPECT_EQ(5, *extras::try_parse<int>("101", 2));
 }
 
-TEST(ExtrasChecked, SaysWhereANumberIsInvalid) {
+TEST(ExtrasChecked, ReportsWhereANumberIsInvalid) {
     const struct {
         const char* text;
         extras::check_error error;
@@ -444,7 +444,7 @@ TEST(ExtrasChecked, SaysWhereANumberIsInvalid) {
     }
 }
 
-TEST(ExtrasChecked, TellsWhatACodePageLoses) {
+TEST(ExtrasChecked, ReportsWhatACodePageLoses) {
     const tova::strings::code_page western(tova::strings::code_page::encoding_1252);
     EXPECT_EQ("5 \x80", *extras::try_encode(western, "5 €"));
     const auto lost = extras::try_encode(western, "Łódź");
@@ -464,7 +464,7 @@ int twice(int value) {
     return 2 * value;
 }
 
-TEST(ExtrasCallables, MakesDelegatesOfAnyCallable) {
+TEST(ExtrasCallables, MakesDelegatesFromAnyCallable) {
     int calls = 0;
     auto counting = extras::delegate<int(int)>([&calls](int value) { return value + ++calls; });
     EXPECT_EQ(11, counting.invoke(10));
@@ -507,7 +507,7 @@ TEST(ExtrasCallables, BindsMembersAndKeepsSharedObjectsAlive) {
 
 // --- variants.hpp --------------------------------------------------------------------------------
 
-TEST(ExtrasVariants, GivesTheValueOfItsOwnTypeOnly) {
+TEST(ExtrasVariants, ReturnsTheValueOnlyAsItsOwnType) {
     const variant value = 42;
     EXPECT_TRUE(extras::holds<int>(value));
     EXPECT_FALSE(extras::holds<long>(value));
@@ -589,7 +589,7 @@ TEST(ExtrasVariants, ComparesNumbersByValueAndStringsByUtf8) {
     EXPECT_TRUE(variant("x") == "x");
 }
 
-TEST(ExtrasVariants, IsMadeOfMoreTypes) {
+TEST(ExtrasVariants, ConvertsFromMoreTypes) {
     enum class size : short { small = 3 };
     EXPECT_EQ(42, extras::make_variant(42ll).as_long());
     EXPECT_EQ(42u, extras::make_variant(42ull).as_uint64());

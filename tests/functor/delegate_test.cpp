@@ -37,7 +37,7 @@ private:
     int m_sum;
 };
 
-TEST_F(Delegate, IsOnePointerWideAndEmptyAtFirst) {
+TEST_F(Delegate, IsTheSizeOfAPointerAndInitiallyEmpty) {
     delegate_t<void()> empty;
     EXPECT_EQ(sizeof(void*), sizeof empty);
     EXPECT_FALSE(std::is_polymorphic<delegate_t<void()>>::value);
@@ -81,7 +81,7 @@ TEST_F(Delegate, SharesNoFunctionObjectWithItsCopy) {
     EXPECT_EQ("delete f''; ", log);
 }
 
-TEST_F(Delegate, CopiesOfAnEmptyOneAreEmpty) {
+TEST_F(Delegate, IsEmptyAsACopyOfAnEmptyOne) {
     const delegate_t<void()> empty;
     const delegate_t<void()> copied(empty);
     EXPECT_TRUE(copied.is_empty());
@@ -116,7 +116,7 @@ TEST_F(Delegate, IsEmptyWhenAssignedToItself) {
     EXPECT_EQ("delete f'; ", log);
 }
 
-// Can be cloned once, into a delegate; cloning the clone fails.
+// Can be cloned once, into a delegate. Cloning the clone fails.
 class failing : public counting {
 public:
     failing(std::string& log, bool fails) : counting(log, "failing"), m_log(&log), m_fails(fails) {}
@@ -153,7 +153,7 @@ TEST_F(Delegate, StaysCallableAfterTheBindingItWasMadeFromIsDestroyed) {
     EXPECT_EQ(0, delegate.invoke(3));
 }
 
-TEST_F(Delegate, PassesReferencesAndResultsThrough) {
+TEST_F(Delegate, PassesArgumentsByReferenceAndReturnsResults) {
     class setter : public functor::function_type_interface<int&(int&, std::string)> {
     public:
         int& invoke(int& value, std::string text) override {

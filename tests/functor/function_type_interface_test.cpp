@@ -33,7 +33,7 @@ TEST(FunctionTypeInterface, IsAbstractAndCloneableAndHasTheTraitsOfItsSignature)
     EXPECT_TRUE((std::is_same<int, interface::result_type>::value));
 }
 
-TEST(FunctionTypeInterface, IsCalledClonedComparedAndDeletedThroughItsBase) {
+TEST(FunctionTypeInterface, IsCalledClonedComparedAndDeletedThroughItsBaseClass) {
     int deleted = 0;
     doubler twice(&deleted);
     function_type_interface<int(int)>& base = twice;

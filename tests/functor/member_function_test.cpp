@@ -43,7 +43,7 @@ TEST(MemberFunction, CallsTheFunctionOfTheObject) {
     EXPECT_EQ("abc", target.text());
 }
 
-TEST(MemberFunction, CallsThroughItsBase) {
+TEST(MemberFunction, CallsThroughItsBaseClass) {
     writer target;
     binding prepend(&target, &writer::prepend);
     function_type_interface<signature>& base = prepend;

@@ -18,7 +18,7 @@ public:
     int value = 1;
 };
 
-TEST(Abilities, StartWithoutHeapMarkAndHolders) {
+TEST(Abilities, StartWithoutHeapMarkOrHolders) {
     EXPECT_FALSE(alloc_detection_ability().allocated);
     const reference_count_pointer_ability_b base;
     EXPECT_FALSE(base.allocated);

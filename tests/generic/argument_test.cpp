@@ -98,7 +98,7 @@ TEST(Argument, SharesTheBodyOfItsValueWithItsCopies) {
     EXPECT_NE(printed(value), printed(variant(std::wstring(L"shared"))));
 }
 
-TEST(Argument, IsNotNilWithANameAlthoughItsValueIsNil) {
+TEST(Argument, IsNotNilIfItHasANameEvenIfItsValueIsNil) {
     const argument named("name", nil);
     EXPECT_FALSE(named == nil);
     EXPECT_TRUE(named != nil);
@@ -106,7 +106,7 @@ TEST(Argument, IsNotNilWithANameAlthoughItsValueIsNil) {
     EXPECT_TRUE(named.value() == nil);
 }
 
-TEST(Argument, ReturnsWhatWasSet) {
+TEST(Argument, ReturnsTheNameAndValueThatWereSet) {
     argument target;
     const ustring8& name = target.name("new");
     EXPECT_EQ("new", name);

@@ -72,13 +72,13 @@ TEST(VargListConstructor, EndsAtTheFirstUnnamedNil) {
     EXPECT_EQ("1", shown(varg_list(1, argument("", nil), 3)));
 }
 
-TEST(VargListConstructor, StoresANamedNilAndGoesOn) {
+TEST(VargListConstructor, StoresANamedNilAndContinues) {
     const varg_list list(1, argument("gap", nil), 3);
     EXPECT_EQ("1 gap=nil 3", shown(list));
     EXPECT_TRUE(list.has_argument("gap"));
 }
 
-TEST(VargListConstructor, DropsARepeatedNameAndGoesOn) {
+TEST(VargListConstructor, DropsARepeatedNameAndContinues) {
     EXPECT_EQ("a=1 b=3 4",
               shown(varg_list(argument("a", 1), argument("a", 2), argument("b", 3), 4)));
 }
@@ -111,7 +111,7 @@ TEST(VargListConstructor, LeaksNothingWhenMemoryRunsOut) {
 
 // --- Filling -----------------------------------------------------------------------------------
 
-TEST(VargListPushBack, RefusesANameThatIsAlreadyInTheList) {
+TEST(VargListPushBack, RejectsANameThatIsAlreadyInTheList) {
     varg_list list;
     EXPECT_TRUE(list.push_back(argument("a", 1)));
     EXPECT_FALSE(list.push_back(argument("a", 2)));
@@ -152,7 +152,7 @@ TEST(VargListLookup, ComparesNamesByteForByte) {
     EXPECT_FALSE(list.has_argument("names"));
     EXPECT_TRUE(list.has_argument(ustring8("a\0b", 3)));
     EXPECT_EQ(3, list[ustring8("a\0b", 3)].value().as_int());
-    // The same letter, encoded in two ways, makes two names.
+    // The same letter encoded in two ways makes two different names.
     EXPECT_TRUE(list.push_back("\xC3\xA4", 4));
     EXPECT_TRUE(list.push_back("a\xCC\x88", 5));
 }
@@ -170,8 +170,8 @@ TEST(VargListLookup, ReturnsTheNilArgumentForAnUnknownName) {
     EXPECT_EQ("a=1", shown(list));
 }
 
-// The reference count of an argument's body: a variant is one pointer to its body, which has the
-// pointer to its slots, the heap mark and then the count.
+// The reference count of an argument's body: a variant is one pointer to its body, which starts
+// with the pointer to its virtual table, the heap mark and then the count.
 unsigned int holders_of(const argument& shared) {
     unsigned int count = 0;
     std::memcpy(&count, static_cast<const char*>(test_support::pointer_at(&shared.value())) + 12,
@@ -186,7 +186,7 @@ TEST(VargListLookup, SharesOneNilArgumentAmongAllListsOfTheProcess) {
     EXPECT_EQ(&missing, &second.at("y"));
     EXPECT_EQ(&missing, &second["y"]);
 
-    // A comparison leaves the count alone. A copy changes it, which is what two threads race on.
+    // A comparison doesn't change the count. A copy does, and two threads that copy race on it.
     EXPECT_EQ(1u, holders_of(missing));
     EXPECT_TRUE(second["y"] == nil);
     EXPECT_EQ(1u, holders_of(missing));
@@ -235,7 +235,7 @@ TEST(VargListLookup, FindReturnsIterators) {
     EXPECT_EQ("1 b=changed 3", shown(list));
 }
 
-TEST(VargListLookup, HasTheNilArgumentBeforeMain) {
+TEST(VargListLookup, CanUseTheNilArgumentBeforeMain) {
     EXPECT_TRUE(s_early_reader.was_nil);
     EXPECT_EQ(3u, s_early_reader.count);
     EXPECT_TRUE(varg_list::nil_argument == nil);
@@ -270,7 +270,7 @@ TEST(VargListPosition, IsCheckedByAllFourForms) {
     EXPECT_EQ("none", message_of([&] { list[2]; }));
 }
 
-TEST(VargListPosition, GivesAccessToTheArgument) {
+TEST(VargListPosition, RefersToTheArgument) {
     varg_list list(1, 2, 3);
     const varg_list& constant = list;
     list[0].value(variant(7));
@@ -360,7 +360,7 @@ TEST(VargListAssign, ReplacesTheContents) {
     EXPECT_TRUE(target.empty());
 }
 
-TEST(VargListAssign, LeavesAListUnchangedThatIsAssignedToItself) {
+TEST(VargListAssign, DoesNotChangeAListAssignedToItself) {
     varg_list target(1, argument("b", 2));
     varg_list& same = target;
     target = same;

@@ -146,7 +146,7 @@ TYPED_TEST(Directories, AreCreatedUpToTheLastSlashOfAPath) {
     }
 }
 
-TYPED_TEST(Directories, AreCreatedNextToTheCurrentOneThoughTheResultIsFalse) {
+TYPED_TEST(Directories, AreCreatedNextToTheCurrentOneAlthoughTheResultIsFalse) {
     this->make("inner");
     expect_in_child([&] {
         ASSERT_EQ(0, ::chdir(this->directory.path("inner").c_str()));
@@ -165,7 +165,7 @@ TYPED_TEST(Directories, AreCreatedBelowAnAbsolutePath) {
     EXPECT_TRUE(create_directory(path_text<TypeParam>("/")));
 }
 
-TYPED_TEST(Directories, BelowTheRootAreCreatedThoughTheResultIsFalse) {
+TYPED_TEST(Directories, BelowTheRootAreCreatedAlthoughTheResultIsFalse) {
     expect_in_child([&] {
         // Only root can change its root directory; for other users nothing is created.
         const bool is_root = ::geteuid() == 0 && ::chroot(this->directory.path().c_str()) == 0;
@@ -374,7 +374,7 @@ TEST_F(DirectoriesOfASystem, AreNamedMinusOneForAnInvalidPath) {
 }
 
 TEST_F(DirectoriesOfASystem, AreTriedInTimeProportionalToThePath) {
-    // Copying the path for each of its parts would take minutes.
+    // Copying the path once per part would take minutes.
     EXPECT_FALSE(create_directory(ustring8(500000, '/')));
 }
 

@@ -110,7 +110,7 @@ TYPED_TEST(Files, ReplaceLongerAndShorterContent) {
     EXPECT_EQ(std::string(100000, 'x'), this->content);
 }
 
-TYPED_TEST(Files, AreNotLoadedThroughALinkWhateverItPointsTo) {
+TYPED_TEST(Files, AreNotLoadedThroughALinkWhateverItsTarget) {
     this->directory.write("file", "bytes");
     this->directory.write("folder/file", "bytes");
     make_link("file", this->directory.path("to_file"));
@@ -129,7 +129,7 @@ TYPED_TEST(Files, AreNotLoadedThroughALinkWhateverItPointsTo) {
     EXPECT_EQ("bytes", this->content);
 }
 
-TYPED_TEST(Files, AreFoundThroughALinkBeforeTheName) {
+TYPED_TEST(Files, AreFoundThroughALinkInThePathBeforeTheName) {
     this->directory.write("folder/file", "bytes");
     make_link("folder", this->directory.path("link"));
     EXPECT_EQ(0, load_file(this->path("link/file"), this->content));
@@ -173,7 +173,7 @@ TYPED_TEST(Files, CannotBeStoredWhereTheyCannotBeOpened) {
     EXPECT_EQ(1, store_file(TypeParam(), ustring8("new")));
 }
 
-TYPED_TEST(Files, HaveReadAccessIfTheirOwnerHasItWhoeverAsks) {
+TYPED_TEST(Files, AreReadableIfTheirOwnerMayReadThemWhoeverCalls) {
     const struct {
         const char* name;
         unsigned int mode;
@@ -217,7 +217,7 @@ TYPED_TEST(Files, RaiseWhenTheTestForALinkFails) {
 
 typedef Files<ustring8> FilesOfAUser;
 
-TEST_F(FilesOfAUser, RaiseInADirectoryThatMayNotBeSearched) {
+TEST_F(FilesOfAUser, RaiseInADirectoryWithoutSearchPermission) {
     ASSERT_EQ(0, ::chmod(directory.path().c_str(), 0755));
     directory.write("locked/file", "bytes");
     ASSERT_EQ(0, ::chmod(directory.path("locked").c_str(), 0));
@@ -231,7 +231,7 @@ TEST_F(FilesOfAUser, RaiseInADirectoryThatMayNotBeSearched) {
     EXPECT_EQ("bytes", read_bytes(directory.path("locked/file")));
 }
 
-TEST_F(FilesOfAUser, AreRefusedWhenTheyMayNotBeOpened) {
+TEST_F(FilesOfAUser, FailWithoutPermissionToOpenThem) {
     ASSERT_EQ(0, ::chmod(directory.path().c_str(), 0755));
     for (const char* name : {"private", "readable"})
         directory.write(name, "bytes");
@@ -247,10 +247,10 @@ TEST_F(FilesOfAUser, AreRefusedWhenTheyMayNotBeOpened) {
     });
 }
 
-TEST_F(FilesOfAUser, MayBeReadableToTheirOwnerAlone) {
+TEST_F(FilesOfAUser, MayBeReadableOnlyByTheirOwner) {
     ASSERT_EQ(0, ::chmod(directory.path().c_str(), 0755));
     ASSERT_EQ(0, ::chmod(directory.write("file", "bytes").c_str(), 0400));
-    // A plain user can't create a file that someone else owns, but the first process offers one.
+    // A plain user can't create a file that someone else owns, but the first process has one.
     const ustring8 foreign = ::geteuid() == 0 ? path("file") : ustring8("/proc/1/environ");
     test_support::expect_as_plain_user([this, &foreign] {
         EXPECT_TRUE(have_read_access(foreign));
@@ -260,7 +260,7 @@ TEST_F(FilesOfAUser, MayBeReadableToTheirOwnerAlone) {
     });
 }
 
-TEST_F(FilesOfAUser, MayFailToBeWrittenWithoutAnError) {
+TEST_F(FilesOfAUser, ReportNoErrorWhenWritingFails) {
     EXPECT_EQ(0, store_file(ustring8("/dev/full"), ustring8("bytes")));
 }
 

@@ -40,7 +40,7 @@ protected:
 };
 TYPED_TEST_SUITE(Io, test_support::all_widths, test_support::width_name);
 
-TYPED_TEST(Io, TellsFilesFromDirectories) {
+TYPED_TEST(Io, DistinguishesFilesFromDirectories) {
     this->directory.write("file", "");
     this->directory.write("\xC3\xA4", "");
     this->make("folder");
@@ -124,7 +124,7 @@ TYPED_TEST(Io, RemoveDirRemovesOnlyEmptyDirectories) {
     EXPECT_TRUE(entry_exists(this->name("target")));
 }
 
-TYPED_TEST(Io, MovesTheSecondToTheFirst) {
+TYPED_TEST(Io, MovesTheSecondPathToTheFirst) {
     this->directory.write("a", "bytes of a");
     io::move(this->path("b"), this->path("a"));
     EXPECT_FALSE(entry_exists(this->name("a")));
@@ -149,7 +149,7 @@ TYPED_TEST(Io, MovesDirectoriesAndMovesLinksThemselves) {
     EXPECT_FALSE(entry_exists(this->name("link")));
 }
 
-TYPED_TEST(Io, ReportsNoFailedMove) {
+TYPED_TEST(Io, DoesNotReportAFailedMove) {
     this->directory.write("file", "bytes");
     this->directory.write("full/file", "");
     io::move(this->path("file"), this->path("missing"));
@@ -161,7 +161,7 @@ TYPED_TEST(Io, ReportsNoFailedMove) {
     EXPECT_FALSE(entry_exists(this->name("missing")));
 }
 
-TYPED_TEST(Io, MkdirRecursesUntilTheStackEndsAndCreatesNothing) {
+TYPED_TEST(Io, MkdirRecursesUntilTheStackOverflowsAndCreatesNothing) {
     for (const char* entry : {"new", ""}) {
         SCOPED_TRACE(entry);
         test_support::child_limits limits;

@@ -39,7 +39,7 @@ inline tova::strings::ustring32 bad_utf32() {
     return tova::strings::ustring32(1, static_cast<wchar_t>(0xD800));
 }
 
-// Whether there is an entry of that name, links not followed.
+// Whether there is an entry with that name, without following links.
 inline bool entry_exists(const std::string& path) {
     struct stat status;
     return ::lstat(path.c_str(), &status) == 0;

@@ -14,13 +14,13 @@ namespace convert = tova::generic::convert;
 namespace little_endian = convert::little_endian;
 namespace big_endian = convert::big_endian;
 
-// The bytes of a literal, embedded NULs kept.
+// The bytes of a literal, including embedded NULs.
 template <std::size_t Size>
 std::string bytes(const char (&literal)[Size]) {
     return std::string(literal, Size - 1);
 }
 
-// The functions of one set for one type. A reader that the set doesn't have is null.
+// The functions of one set for one type. A reader that doesn't exist in the set is null.
 template <typename Value>
 struct function_set {
     const char* name;
@@ -160,7 +160,7 @@ std::vector<number<unsigned long>> numbers() {
          bytes("\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFE")}};
 }
 
-// The string readers of `float` and `double` in host order have each other's limit.
+// The limits of the string readers of `float` and `double` in host order are swapped.
 template <>
 std::vector<function_set<float>> function_sets() {
     return {{"host", false, convert::float_to_bin_str, convert::bin_str_to_float,
@@ -251,7 +251,7 @@ TYPED_TEST(NumberBytes, OfAStringBelowTheLimitAreZero) {
     }
 }
 
-// --- What the names do not say -----------------------------------------------------------------
+// --- Surprises -------------------------------------------------------------------------------
 
 TEST(NumberBytesInHostOrder, OfAFloatNeedAStringOfEightBytes) {
     const std::string one = convert::float_to_bin_str(1.0f);

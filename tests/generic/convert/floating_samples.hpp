@@ -1,5 +1,5 @@
-// Random and hard values and strings for the floating-point conversions, and what a standard stream
-// makes of them. The test in the suite takes a few of them, the proof many.
+// Random and difficult values and strings for the floating-point conversions, and the results of a
+// standard stream for them. The test in the suite uses a few of them, the proof many.
 #pragma once
 
 #include <tova/generic/convert/str_to_x.hpp>
@@ -21,7 +21,7 @@ typedef std::mt19937_64 generator;
 
 template <typename Floating>
 bool same_bits(Floating left, Floating right) {
-    // Ten bytes of a long double are its value, the others padding.
+    // Ten bytes of a long double are its value, the others are padding.
     return std::memcmp(&left, &right, sizeof left < 10 ? sizeof left : 10) == 0;
 }
 
@@ -31,8 +31,8 @@ inline double from_bits(unsigned long bits) {
     return value;
 }
 
-// Values of many kinds: any bits, decimal fractions, integers, numbers next to a power of two or
-// ten, subnormal ones, and the middle between two numbers of few digits.
+// Values of many kinds: random bits, decimal fractions, integers, numbers next to a power of two or
+// ten, subnormal numbers, and midpoints between two numbers with few digits.
 inline double random_value(generator& random) {
     const unsigned long bits = random();
     const double sign = bits & 1 ? -1 : 1;
@@ -64,7 +64,7 @@ inline double random_value(generator& random) {
     }
 }
 
-// The middle between a double and its neighbor, exactly: up to 767 digits.
+// The exact midpoint between a double and its neighbor: up to 767 digits.
 inline std::string middle_after(double value) {
     const double next = std::nextafter(value, std::numeric_limits<double>::infinity());
     const long double middle = (static_cast<long double>(value) + next) / 2;
@@ -81,7 +81,7 @@ inline std::string random_digits(generator& random, unsigned long count) {
     return digits;
 }
 
-// A string that begins like a number in most cases.
+// A string that in most cases begins like a number.
 inline std::string random_text(generator& random) {
     char text[900];
     const unsigned kind = random() % 16;
@@ -96,7 +96,7 @@ inline std::string random_text(generator& random) {
         return text;
     }
     if (kind == 5) {
-        // Cut anywhere, the middle is a hard case of that many digits.
+        // Cut anywhere, the midpoint is a difficult case with that many digits.
         std::string middle = middle_after(random_value(random));
         const auto exponent = middle.find('e');
         if (exponent == std::string::npos)
@@ -149,7 +149,7 @@ std::string written_by_stream(Floating value, unsigned precision = 6) {
     return stream.str();
 }
 
-// The differences between our conversions and the stream's, as a line each; empty for none.
+// The differences between our conversions and the stream's, one per line; empty if there are none.
 
 inline std::string check_reading(const std::string& text) {
     namespace convert = tova::generic::convert;

@@ -86,7 +86,7 @@ TEST(FloatingReader, StopsAtAnEmbeddedNul) {
     EXPECT_EQ(1.5, convert::str_to_double(ustring8("1.5\0007", 5)));
 }
 
-// Each prefix of a number, so that every length meets every state of the scan.
+// Each prefix of a number, so that the scan ends in every state.
 TEST(FloatingReader, ReadsEveryPrefixLikeAStream) {
     const std::string texts[] = {
         " -00012345678901234567890.00123456789012345678e-0012x", "+.000000000000000000000123E+200",
@@ -106,8 +106,8 @@ TEST(FloatingReader, ReadsRandomStringsLikeAStream) {
         ASSERT_EQ("", test_support::check_reading_long_double(test_support::random_text(random)));
 }
 
-// The middle between two neighbors, and the numbers that differ from it in the last digit only.
-TEST(FloatingReader, ReadsTheMiddleBetweenTwoNumbersLikeAStream) {
+// The midpoint between two neighbors, and the numbers that differ from it only in the last digit.
+TEST(FloatingReader, ReadsTheMidpointBetweenTwoNumbersLikeAStream) {
     generator random(2);
     for (int i = 0; i != 3000; ++i) {
         std::string text = test_support::middle_after(test_support::random_value(random));
@@ -226,7 +226,7 @@ TEST(FloatingWriter, WritesLongDoublesLikeAStream) {
     }
 }
 
-// A locale with a decimal comma for the C library alone. Few machines have one installed, so it is
+// A locale with a decimal comma for the C library only. Few machines have one installed, so it is
 // compiled from the sources that come with the C library.
 class c_locale_with_comma {
 public:
@@ -283,8 +283,8 @@ TEST(Floating, FollowsTheGlobalLocale) {
     EXPECT_EQ("1", variant(true).as_string());
 }
 
-// Without memory a conversion raises, or its result is right: never a number that the value or the
-// string doesn't have.
+// When memory runs out, a conversion either raises or returns the right result, never a wrong
+// number.
 TEST(Floating, NeverYieldsAWrongNumberWithoutMemory) {
     const double value = 1.2345678901234568e-300;
     const ustring8 dotted("1.2345678901234568e-300");

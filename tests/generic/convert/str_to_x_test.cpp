@@ -104,7 +104,7 @@ parse_outcome outcome_of(const parser<Unit>& with, const Unit* units, unsigned l
     }
 }
 
-// Compares one call with the oracle. Silent on success, because the sweeps make many calls.
+// Compares one call with the oracle. Prints nothing on success, because the sweeps make many calls.
 template <typename String>
 bool agrees(const parser<typename String::value_type>& with, const String& source,
             unsigned long length, int base, bool throw_on_range) {
@@ -138,7 +138,7 @@ public:
 };
 TYPED_TEST_SUITE(StringToInteger, test_support::all_widths, test_support::width_name);
 
-// --- Prefixes, signs and what ends a number ----------------------------------------------------
+// --- Prefixes, signs and the end of a number ---------------------------------------------------
 
 TYPED_TEST(StringToInteger, ReadsPrefixesSignsAndDigits) {
     const struct {
@@ -311,14 +311,14 @@ TYPED_TEST(StringToInteger, RaisesADifferentClassForEachError) {
     EXPECT_THROW(this->parse("str_to_int8", "1", 37), exceptions::invalid_argument_value);
 }
 
-// The location that an exception carries: it has no accessor, but follows the virtual table
-// pointer.
+// The location that an exception carries: it has no accessor, but is stored right after the virtual
+// table pointer.
 const exceptions::exception::state& location_of(const exceptions::exception& raised) {
     return *reinterpret_cast<const exceptions::exception::state*>(
         reinterpret_cast<const char*>(&raised) + sizeof(void*));
 }
 
-TYPED_TEST(StringToInteger, RaisesFromTheSameLineOfTheInnerRoutineInEveryRelease) {
+TYPED_TEST(StringToInteger, ReportsTheSameLineOfTheInnerRoutineInEveryRelease) {
     const struct {
         const char* input;
         int base;
@@ -441,7 +441,7 @@ TYPED_TEST(StringToInteger, MeasuresAStringOfLengthZeroInTheSignedParsersOnly) {
     }
 }
 
-TYPED_TEST(StringToInteger, ReadsNoFurtherThanTheLength) {
+TYPED_TEST(StringToInteger, DoesNotReadPastTheLength) {
     const auto source = text<TypeParam>("  -123456");
     const struct {
         unsigned long length;
@@ -681,9 +681,9 @@ TEST(StrToDouble, ReadsAsAStreamDoes) {
     }
 }
 
-TEST(StrToFloat, RoundsOnceAndReturnsZeroForWhatAFloatCannotHold) {
+TEST(StrToFloat, RoundsOnceAndReturnsZeroOutsideTheRangeOfAFloat) {
     EXPECT_EQ(1.5f, str_to_float("1.5abc"));
-    // Just above the midpoint of two floats; by way of a double it would round down to 1.
+    // Just above the midpoint of two floats; rounded to a double first, it would become 1.
     EXPECT_EQ(1.00000012f, str_to_float("1.000000059604644775390626"));
     EXPECT_EQ(3.4028235e38f, str_to_float("3.4028235e38"));
     EXPECT_EQ(0.0f, str_to_float("3.5e38"));

@@ -25,7 +25,7 @@ TEST(ToDeviceUnit, ReturnsADeviceLengthUnchanged) {
     EXPECT_EQ(150, to_device_unit(device_unit(150)).as_int32());
 }
 
-TEST(ToDeviceUnit, TakesANumberAndIgnoresTheType) {
+TEST(ToDeviceUnit, AcceptsANumberAndIgnoresTheType) {
     for (int number : {0, 1, 2, -1}) {
         const auto type = static_cast<device_unit::unit_types>(number);
         EXPECT_EQ(7, to_device_unit(7, type).as_int32());
@@ -70,7 +70,7 @@ TEST(ToDeviceUnit, WrapsAt32BitsInEveryPosition) {
     }
 }
 
-TEST(ToDeviceUnit, TakesALengthInAnyUnit) {
+TEST(ToDeviceUnit, AcceptsALengthInAnyUnit) {
     const struct {
         double an_inch;
         absolute_unit::unit_types type;
@@ -108,7 +108,7 @@ TEST(ToMd, ConvertsAnyLengthWithItsFraction) {
     EXPECT_EQ(absolute_unit::md, to_md(basic_absolute_impl<5>(1.0)).type());
 }
 
-TEST(ToMd, TakesANumberOfAnyUnit) {
+TEST(ToMd, AcceptsANumberInAnyUnit) {
     const struct {
         double length;
         absolute_unit::unit_types type;
@@ -171,7 +171,7 @@ TEST(ToMd, ReturnsInfinityOrNaNForADoubleAtAResolutionOf0) {
     EXPECT_TRUE(std::isnan(to_md(0.0, device_unit::device, 0).value()));
 }
 
-// The sanitizers end the process in their own way.
+// Sanitizers end the process in their own way.
 void expect_division_by_zero(void (*divide)()) {
     const test_support::child_result result = test_support::run_in_child(divide);
     EXPECT_FALSE(result.exited && result.exit_code == 0);
@@ -180,7 +180,7 @@ void expect_division_by_zero(void (*divide)()) {
     }
 }
 
-TEST(ToMd, EndsTheProcessForWholeUnitsAtAResolutionOf0) {
+TEST(ToMd, CrashesForWholeUnitsAtAResolutionOf0) {
     expect_division_by_zero([] { to_md(device_unit(1), 0); });
     expect_division_by_zero([] { to_md(1, device_unit::device, 0); });
     expect_division_by_zero([] { to_md(0, device_unit::device, 0); });

@@ -1,4 +1,4 @@
-// A plain calendar of month lengths, to compare the day numbers with.
+// A simple calendar of month lengths, to compare the day numbers with.
 #pragma once
 
 namespace test_support {
@@ -48,7 +48,8 @@ inline unsigned number_of(const calendar_day& day) {
     return static_cast<unsigned>(year * 365UL + leap_days + days_before_month[month - 1] + day.day);
 }
 
-// The day with a number, found by walking over years from March to February, and then over months.
+// The day with a given number, found by stepping through years from March to February, and then
+// through months.
 inline calendar_day day_with(unsigned number) {
     const unsigned days = number - 1;
     unsigned year = days / 146097 * 400;
@@ -67,7 +68,7 @@ inline calendar_day day_with(unsigned number) {
     return day;
 }
 
-// The date that is set from a number: never a 29 February.
+// The date that is set from a number: never 29 February.
 inline calendar_day reached_by(unsigned number) {
     const calendar_day day = day_with(number);
     return day.month == 2 && day.day == 29 ? calendar_day{day.year, 3, 1} : day;

@@ -1,5 +1,5 @@
-// The functions that read the clock, and the timer, with a clock of this program: the library finds
-// its symbols before those of the C library.
+// Tests the functions that read the clock, and the timer, with a clock defined in this program: the
+// library finds its symbols before those of the C library.
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/system/date_time/date_time.hpp>
 #include <tova/system/date_time/timer.hpp>
@@ -20,8 +20,8 @@ using tova::system::date_time::date_time_t;
 using tova::system::date_time::time;
 using tova::system::date_time::timer;
 
-// The planned readings in microseconds, and how many have been made. The first six are for the load
-// of the library: a warm-up of 500 microseconds, and two samples of 7 and 4.
+// The planned readings in microseconds, and how many have been made. The first six are used while
+// the library is loaded: a warm-up of 500 microseconds, and two samples of 7 and 4.
 unsigned long readings[16] = {1000000, 1000500, 2000000, 2000007, 3000000, 3000004};
 unsigned readings_planned = 6;
 unsigned readings_made = 0;
@@ -157,7 +157,7 @@ protected:
     }
 };
 
-TEST_F(Timer, HasMeasuredTheClockAtLoad) {
+TEST_F(Timer, MeasuresTheClockWhenTheLibraryIsLoaded) {
     EXPECT_EQ(6u, readings_at_load);
     EXPECT_EQ(5u, overhead_at_load);
 }

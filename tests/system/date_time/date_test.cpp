@@ -35,7 +35,7 @@ date date_with(unsigned number) {
     return result;
 }
 
-// The stored day of a date, which a month of 31 days returns unchanged.
+// The stored day of a date. A month of 31 days returns it unchanged.
 unsigned stored_day(date value) {
     value.month(1);
     return value.day();
@@ -165,7 +165,7 @@ TEST(Date, StoresADayBeyondTheMonthAndReturnsTheLastDayOfTheMonth) {
     }
 }
 
-TEST(Date, ReturnsTheStoredDayAgainWhenMonthAndYearHaveRoomForIt) {
+TEST(Date, ReturnsTheStoredDayAgainOnceTheMonthIsLongEnough) {
     date value(31, 2, 2001);
     EXPECT_EQ(28u, value.day());
     EXPECT_TRUE(value.is_day_constrained());
@@ -178,7 +178,7 @@ TEST(Date, ReturnsTheStoredDayAgainWhenMonthAndYearHaveRoomForIt) {
     EXPECT_FALSE(value.is_day_constrained());
 }
 
-TEST(Date, IsConstrainedWithADayButNoMonth) {
+TEST(Date, IsConstrainedIfItHasADayButNoMonth) {
     date value;
     value.day(5);
     EXPECT_EQ(0u, value.day());
@@ -267,7 +267,7 @@ TEST(DayNumber, ReplacesAllFieldsOfADate) {
     EXPECT_EQ(1u, stored_day(value));
 }
 
-// Every day of 800 years, to its number and back, beside a calendar of month lengths.
+// Every day of 800 years, to its number and back, compared with a calendar of month lengths.
 TEST(DayNumber, RoundTripsEveryDayOf800YearsExcept29February) {
     calendar_day day = {0, 3, 1};
     unsigned exceptions = 0;
@@ -283,8 +283,8 @@ TEST(DayNumber, RoundTripsEveryDayOf800YearsExcept29February) {
     EXPECT_EQ(194u, exceptions);
 }
 
-// The oracle for single numbers agrees with the walk, and dates agree with the oracle everywhere
-// else.
+// The oracle for single numbers agrees with stepping through the calendar, and dates agree with the
+// oracle everywhere else.
 TEST(DayNumber, AgreesWithTheCalendarOverTheWholeRange) {
     calendar_day day = {0, 3, 1};
     for (unsigned number = 1; number <= 292194; ++number, day = next_day(day)) {
@@ -323,7 +323,7 @@ TEST(DateSum, MovesAlongTheCalendar) {
     }
 }
 
-TEST(DateSum, NeverArrivesAtA29February) {
+TEST(DateSum, NeverResultsIn29February) {
     date same(29, 2, 2000);
     same += date_duration(0);
     EXPECT_EQ((calendar_day{2000, 3, 1}), shown(same));
@@ -433,8 +433,8 @@ TEST(DateDifference, MovesADefaultDateFromItsWrappedNumber) {
     expect_invalid_move([&] { none -= date_duration(1041529479); });
 }
 
-// Every day of 800 years, moved a day on and a day back.
-TEST(DateSum, AndDifferenceMoveADayOnAndADayBackIn800Years) {
+// Every day of 800 years, moved one day forward and one day back.
+TEST(DateSum, AndDifferenceMoveADayForwardAndBackIn800Years) {
     calendar_day day = {1601, 1, 1};
     for (; day.year < 2401; day = next_day(day)) {
         const unsigned number = test_support::number_of(day);

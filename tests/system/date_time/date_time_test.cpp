@@ -120,7 +120,7 @@ TEST(DateTime, ReplacesOnePartOrBoth) {
     EXPECT_EQ("28.2.2001 1:2:3.4", shown(date_time_t(value)));
 }
 
-TEST(DateTime, IsUnchangedByDays) {
+TEST(DateTime, IsNotChangedByADateDuration) {
     for (int days :
          {0, 1, -1, 365, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
         SCOPED_TRACE(days);
@@ -208,7 +208,7 @@ TEST(DateTimeDifference, SetsTheDayToTheHoursAfterWholeDaysAndMovesBackByThem) {
     }
 }
 
-TEST(DateTimeDifference, HasMovedTheDateWhenTheTimeTurnsOutToBeOutOfRange) {
+TEST(DateTimeDifference, HasAlreadyMovedTheDateWhenTheTimeIsOutOfRange) {
     date_time_t value(date(5, 1, 2001), time(12, 0, 0, 0));
     EXPECT_TRUE(raises<out_of_range>([&] { value -= milliseconds(241 * an_hour); },
                                      "Hour value out of valid range", 51, time_source, "hour"));
@@ -216,7 +216,7 @@ TEST(DateTimeDifference, HasMovedTheDateWhenTheTimeTurnsOutToBeOutOfRange) {
 }
 
 // Every whole hour from 24 hours to five days, in both directions.
-TEST(DateTimeSum, RaisesForRemaindersOf0AndBelowAndChangesNothing) {
+TEST(DateTimeSum, RaisesForRemaindersOf0OrLessAndChangesNothing) {
     for (long hours = -120; hours <= 120; ++hours) {
         if (hours > -24 && hours < 24)
             continue;
@@ -257,7 +257,7 @@ TEST(DateTimeSum, StoresTheDayBeforeTheDateIsMoved) {
 }
 
 TEST(DateTimeSum, CountsTheHoursOfTheLongestDurations) {
-    // 2,562,047,788,015 hours are whole days and 7 hours; the time wraps at 64 bits.
+    // 2,562,047,788,015 hours are a number of whole days and 7 hours; the time wraps at 64 bits.
     date_time_t value(date(20, 3, 2001), time(0, 0, 0, 0));
     EXPECT_TRUE(
         raises<out_of_range>([&] { value += milliseconds(std::numeric_limits<long>::max()); },
@@ -300,7 +300,7 @@ bool has_comparison() {
     return has_equality<Value, Value>::value || has_order<Value, Value>::value;
 }
 
-TEST(DateTime, HasNoComparisonLikeAllClassesOfItsNamespace) {
+TEST(DateTime, AndItsSiblingsHaveNoComparisons) {
     EXPECT_FALSE(has_comparison<date>());
     EXPECT_FALSE(has_comparison<time>());
     EXPECT_FALSE(has_comparison<date_time_t>());
@@ -309,7 +309,7 @@ TEST(DateTime, HasNoComparisonLikeAllClassesOfItsNamespace) {
     EXPECT_TRUE(has_comparison<int>());
 }
 
-TEST(DateTime, HasNoFreeSumOrDifferenceLikeADate) {
+TEST(DateTime, AndDateHaveNoFreeSumsOrDifferences) {
     EXPECT_FALSE((has_sum<date, date_duration>::value));
     EXPECT_FALSE((has_sum<date_duration, date>::value));
     EXPECT_FALSE((has_difference<date, date_duration>::value));

@@ -69,7 +69,7 @@ std::string moved(Value value, const std::string& sign, const Duration& duration
 }
 
 // Runs the left half of a step, "VALUE += COUNT UNIT" or "VALUE" with single spaces, and returns
-// what its right half has to say.
+// the expected right half.
 std::string outcome(const std::string& step) {
     std::smatch match;
     if (!std::regex_match(step, match, std::regex("(.*\\d) ([+-]=) (-?\\d+) (\\w+)")))
@@ -90,7 +90,7 @@ std::string outcome(const std::string& step) {
                      : moved(time_of(value), sign, milliseconds);
 }
 
-TEST(DatesGuide, ShowsStepsThatHappen) {
+TEST(DatesGuide, ShowsTheRealResultOfEachStep) {
     unsigned steps = 0;
     for (const auto& block : guide_blocks(guide, "steps")) {
         for (const auto& line : lines_of(block.text)) {

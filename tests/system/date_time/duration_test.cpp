@@ -21,7 +21,7 @@ time_duration milliseconds(long count) {
     return time_duration(0, 0, 0, count);
 }
 
-// All forms of a sum and a difference, for days and milliseconds alike.
+// All forms of sums and differences, for days and for milliseconds.
 template <typename Duration, typename Number>
 void expect_arithmetic(const Duration& left, const Duration& right,
                        Number (Duration::*total)() const, Number sum, Number difference) {
@@ -192,7 +192,7 @@ TEST(TimeDuration, KeepsTheLow32BitsOfMoreHoursThanAnIntHolds) {
     EXPECT_EQ(0, milliseconds(4294967296 * 3600000L).hour());
 }
 
-TEST(TimeDuration, ReturnsTheWholeInOneUnit) {
+TEST(TimeDuration, ReturnsTheTotalInOneUnit) {
     const time_duration value(1, 30, 36, 900);  // 5,436,900 ms
     EXPECT_DOUBLE_EQ(1.51025, value.total_hours());
     EXPECT_DOUBLE_EQ(90.615, value.total_minutes());
@@ -222,7 +222,7 @@ TEST(TimeDuration, DividesTheTotalAsADoubleInOneStep) {
     }
 }
 
-TEST(TimeDuration, ReturnsTheWholeAtTheEndsOfTheRange) {
+TEST(TimeDuration, ReturnsTheTotalAtTheEndsOfTheRange) {
     EXPECT_EQ(2562047788015, milliseconds(most).total_complete_hours());
     EXPECT_EQ(153722867280912, milliseconds(most).total_complete_minutes());
     EXPECT_EQ(9223372036854775, milliseconds(most).total_complete_seconds());

@@ -67,7 +67,7 @@ TEST(Time, IsMadeFromItsFourFields) {
     EXPECT_EQ("23:59:59.999", shown(time(23, 59, 59, 999)));
 }
 
-TEST(Time, ReportsTheFirstInvalidFieldInTheirOrder) {
+TEST(Time, ReportsTheFirstInvalidFieldInOrder) {
     expect_invalid_hour([] { time(24, 0, 0, 0); });
     expect_invalid_hour([] { time(24, 60, 60, 1000); });
     expect_invalid_minute([] { time(23, 60, 60, 1000); });
@@ -178,7 +178,7 @@ TEST(TimeSum, WrapsAtMidnight) {
     }
 }
 
-// From a day before midnight on the remainder is negative, or 0 for whole days.
+// From a day before midnight and earlier, the remainder is negative, or 0 for whole days.
 TEST(TimeSum, RaisesAtTheFirstNegativePartAndKeepsTheOnesBeforeIt) {
     time hours(1, 2, 3, 4);
     expect_invalid_hour([&] { hours += milliseconds(-a_day - 3723004 - 3723004); });
@@ -224,11 +224,12 @@ TEST(TimeSum, WrapsAt64Bits) {
     time over;
     expect_invalid_hour([&] { over += milliseconds(std::numeric_limits<long>::max()); });
     time least;
-    // The least duration is its own negation.
+    // The smallest duration is its own negation.
     expect_invalid_hour([&] { least -= milliseconds(std::numeric_limits<long>::min()); });
 }
 
-// Moves of up to a day in both directions, from all over the day, against plain arithmetic.
+// Moves of up to a day in both directions, from times throughout the day, compared with plain
+// arithmetic.
 TEST(TimeSum, AgreesWithPlainArithmeticAroundTheDay) {
     for (long start = 0; start < a_day; start += 613001) {
         const time from = time() + milliseconds(start);
