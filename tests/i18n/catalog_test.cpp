@@ -171,7 +171,7 @@ TEST(Catalog, ListsEachLocaleOnceIncludingTheEmptyOne) {
     EXPECT_FALSE(catalog.is_language_loaded(ustring8("fr")));
 }
 
-TEST(Catalog, DropsItsLocalesWhenAMessageIsStored) {
+TEST(Catalog, ClearsItsLocalesWhenAMessageIsStored) {
     catalog_t catalog;
     catalog.message("a", message("text", "en"));
     EXPECT_THAT(languages(catalog), ElementsAre("en"));
@@ -180,7 +180,7 @@ TEST(Catalog, DropsItsLocalesWhenAMessageIsStored) {
     EXPECT_FALSE(catalog.is_language_loaded(ustring8("en")));
 }
 
-TEST(Catalog, BuildsItsLocalesInEveryQuery) {
+TEST(Catalog, CollectsItsLocalesInEveryQuery) {
     catalog_t catalog;
     catalog.message("a", message("text", "en"));
     {
@@ -222,7 +222,7 @@ TEST(Catalog, CopiesNameLocalesAndMessagesButNeitherCountNorHeapMark) {
 
     catalog_t target;
     target.message("b", message("other"));
-    catalog_t* volatile const place = &target;  // otherwise compilers warn of a delete
+    catalog_t* volatile const place = &target;  // otherwise compilers warn about a delete
     shared_pointer<catalog_t> first(place), second(place);
     EXPECT_EQ(&target, &(target = *source));
     EXPECT_EQ("app", target.name());
@@ -239,7 +239,7 @@ TEST(Catalog, CopiesNameLocalesAndMessagesButNeitherCountNorHeapMark) {
     EXPECT_EQ(0u, copy.count);
 }
 
-TEST(Catalog, ReplacesItsLocalesByThoseOfTheSource) {
+TEST(Catalog, ReplacesItsLocalesWithThoseOfTheSource) {
     catalog_t source, target;
     source.message("a", message("text", "en"));
     target.message("a", message("text", "fr"));
@@ -257,7 +257,7 @@ TEST(Catalog, IsUnchangedBySelfAssignment) {
     EXPECT_EQ("text", text_of(catalog.message("a")));
 }
 
-TEST(Catalog, IsEmptiedByNil) {
+TEST(Catalog, IsEmptiedByAssigningNil) {
     for (bool by_operator : {true, false}) {
         catalog_t catalog;
         catalog._name("app");
@@ -271,7 +271,7 @@ TEST(Catalog, IsEmptiedByNil) {
     }
 }
 
-TEST(Catalog, IsNilWithoutNameAndMessages) {
+TEST(Catalog, IsNilWithoutANameAndMessages) {
     catalog_t named, filled;
     named._name("app");
     filled.message("a", message_t());

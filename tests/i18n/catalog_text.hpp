@@ -1,4 +1,4 @@
-// Pieces of XMC files for tests, and what a loader read from them in a readable form.
+// Pieces of XMC files for tests, and what a loader has read from them, in readable form.
 #pragma once
 
 #include <tova/i18n/_private/xmc_file_loader.hpp>
@@ -12,7 +12,7 @@ namespace test_support {
 using loaded_catalogs = std::map<tova::strings::ustring8,
                                  tova::memory::pointers::shared_pointer<tova::i18n::catalog_t>>;
 
-// A whole file around the content of its root.
+// A complete file around the content of its root.
 inline std::string xmc(const std::string& content) {
     return "<?xml version=\"1.0\"?><xmc version=\"1.1\">" + content + "</xmc>";
 }
@@ -38,7 +38,7 @@ inline std::string items_of(const tova::i18n::message_t& message) {
     return result;
 }
 
-// What a loader read, merged into an empty set.
+// What a loader has read, merged into an empty set.
 inline loaded_catalogs combined(tova::i18n::_private::xmc_file_loader& loader) {
     loaded_catalogs result;
     loader.combine_data(result, {});

@@ -1,4 +1,4 @@
-// Runs the examples of docs/catalogs.md: what the guide says about catalogs is what they do.
+// Runs the examples of docs/catalogs.md and compares the results with the guide.
 //
 // A block "xmc" or "xml" is a catalog file, or a part of one that is completed here; "xmc
 // file=NAME" is a file for the examples after it to include. A block "gives [LOCALE]" follows, with
@@ -32,7 +32,7 @@ bool begins_with(const std::string& text, const std::string& front) {
     return text.compare(0, front.size(), front) == 0;
 }
 
-// The whole file of an example that shows only a part of one.
+// The complete file for an example that shows only a part of one.
 std::string completed(std::string text) {
     if (begins_with(text, "<?xml"))
         return text;
@@ -46,7 +46,7 @@ std::string completed(std::string text) {
     return "<?xml version=\"1.0\"?>\n" + text;
 }
 
-// The content of a quoted string, its escapes resolved; any other word unchanged.
+// The content of a quoted string with its escapes resolved; any other word unchanged.
 std::string unquoted(const std::string& text) {
     if (text.size() < 2 || text.front() != '"' || text.back() != '"')
         return text;
@@ -203,7 +203,7 @@ TEST_F(CatalogsGuide, ShowsEveryElementAttributeTypeAndOptionInAnExample) {
         EXPECT_THAT(examples, ::testing::HasSubstr(piece));
 }
 
-// The table of error reports says what to look for after each of them.
+// The table of error reports explains each of them.
 TEST_F(CatalogsGuide, ListsTheErrorReports) {
     const std::string text = test_support::read_bytes(test_support::project_path(guide));
     for (const char* report : {"Valid XML header not found",

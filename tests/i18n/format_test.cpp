@@ -94,7 +94,7 @@ void expect_values(std::string (*render)(const variant&, const char*),
     }
 }
 
-// The prefixes of a word, from the shortest one wanted to the whole word.
+// The prefixes of a word, from the shortest one requested to the whole word.
 std::vector<std::string> prefixes(const std::string& word, std::size_t shortest = 0) {
     std::vector<std::string> result;
     for (std::size_t size = shortest; size <= word.size(); ++size)
@@ -337,7 +337,7 @@ TEST(FormatInt, AcceptsEveryPrefixOfAKeyAndOfAWord) {
     const struct {
         const char* word;
         const char* text;
-        std::size_t shortest;  // a shorter prefix means an earlier word
+        std::size_t shortest;  // a shorter prefix matches an earlier word
     } words[] = {
         {"dec", "4095", 0},   {"default", "4095", 0}, {"spaced_dec", "4 095", 1},
         {"hex", "0x0fff", 1}, {"oct", "o7777", 1},    {"bin", "111111111111b", 1},
@@ -362,7 +362,7 @@ TEST(FormatInt, ReturnsTheMarkerForUnknownKeysAndWords) {
 TEST(FormatInt, ReturnsTheMarkerForAnOddNumberOfTokens) {
     const int_case cases[] = {
         {255, "base", "-0"},
-        {255, "base|", "-0"},  // an empty tail is no token
+        {255, "base|", "-0"},  // an empty tail is not a token
         {255, "|", "-0"},
         {255, "x", "-0"},
         {255, "base|hex|fieldsize", "-0"},
@@ -394,7 +394,7 @@ std::string plain_complement(unsigned long magnitude, int base, int field, int p
             digits.push_back(0);
     };
     if (field == 0) {
-        // There is room for the sign if the number is at most half of the power.
+        // There is room for the sign if the number is at most half the power.
         bool too_large = digits.back() > base / 2;
         if (digits.back() == base / 2)
             for (std::size_t i = 0; i + 1 < digits.size(); ++i)
@@ -471,7 +471,7 @@ TEST(FormatInt, AgreesWithDigitByDigitComplementsAroundThePowersOfTwo) {
     const struct {
         int base;
         const char* format;
-        int last_shift;  // a higher one makes a complement of more than 64 bits
+        int last_shift;  // a higher one produces a complement of more than 64 bits
     } bases[] = {{2, "base|bin", 60}, {8, "base|oct", 58}, {16, "base|hex", 46}};
     for (const auto& b : bases)
         for (int shift = 0; shift <= b.last_shift; ++shift)
@@ -497,7 +497,7 @@ TEST(FormatDouble, WritesTwoDecimalsWithoutOptions) {
     expect_doubles(double_text, cases);
 }
 
-TEST(FormatDouble, WritesAsManyDecimalsAsThePrecisionSays) {
+TEST(FormatDouble, WritesThePrecisionAsTheNumberOfDecimals) {
     const double_case cases[] = {
         {3.14159, "p|4", "3.1416"},
         {3.14159, "precision|4", "3.1416"},
@@ -730,7 +730,7 @@ TEST(FormatDuration, AppliesThePrecisionToTheSeconds) {
     expect_doubles(duration_text, cases);
 }
 
-TEST(FormatDuration, ShowsTheMarkerInPlaceOfTheSecondsForAnEmptyPrecision) {
+TEST(FormatDuration, ShowsTheMarkerInsteadOfTheSecondsForAnEmptyPrecision) {
     EXPECT_EQ("-0 sec", duration_text(12.5, "precision||short_form|false"));
     EXPECT_EQ("1 dy 1 hr 1 min -0 sec", duration_text(90061.25, "precision||short_form|false"));
     EXPECT_EQ("1d 1h 1m -0s", duration_text(90061.25, "precision||short_form|true"));
@@ -754,7 +754,7 @@ TEST(FormatDuration, CutsTheDaysTo32Bits) {
     EXPECT_EQ("1 dy 0 hr 0 min 0.00 sec", duration_text(86400.0 * 4294967297, ""));
 }
 
-TEST(FormatDuration, SurvivesValuesThatNoIntegerCanHold) {
+TEST(FormatDuration, HandlesValuesThatNoIntegerCanHold) {
     const double values[] = {1e19,
                              -1e19,
                              1e300,
@@ -903,7 +903,7 @@ TEST(FormatMemory, ShowsBytesForAnEmptyKeyWhateverItsValue) {
     expect_values(memory_text, cases);
 }
 
-TEST(FormatMemory, HasNoWordForAnyUnit) {
+TEST(FormatMemory, HasNoWordThatMeansAnyUnit) {
     const char* const formats[] = {
         "target_unit|any",   "target_unit|default", "base_unit|any",
         "base_unit|default", "target_unit|K",       "target_unit|kB",
@@ -938,7 +938,7 @@ TEST(FormatMemory, ReadsASemicolonInAValueAsASeparator) {
     expect_values(memory_text, cases);
 }
 
-TEST(FormatMemory, KeepsTheUnitWhenANumberOnlyReadsLikeTheMarker) {
+TEST(FormatMemory, KeepsTheUnitIfTheNumberOnlyLooksLikeTheMarker) {
     EXPECT_EQ("-0/B", memory_text(-0.3, "precision|1;precision;0"));
 }
 
@@ -985,7 +985,7 @@ TEST(MemPrefixIndex, ReadsTwoBytesAndIgnoresTheRest) {
         }
 }
 
-TEST(MemPrefixIndex, KnowsOnlyOneSingleByte) {
+TEST(MemPrefixIndex, RecognizesOnlyOneSingleByte) {
     for (int byte = 0; byte < 256; ++byte)
         EXPECT_EQ(byte == 'B' ? 0 : -1, mem_prefix_index(ustring8(1, static_cast<char>(byte))));
     EXPECT_EQ(-1, mem_prefix_index(""));
@@ -1107,7 +1107,7 @@ TEST(FormatMetric, ReadsASemicolonInAValueAsASeparator) {
     expect_values(metric_text, cases);
 }
 
-TEST(FormatMetric, AcceptsEveryPrefixOfItsKeysAndTheEmptyOneAsBaseUnit) {
+TEST(FormatMetric, AcceptsEveryPrefixOfItsKeysAndTheEmptyKeyAsBaseUnit) {
     const struct {
         const char* key;
         const char* value;
@@ -1140,14 +1140,14 @@ TEST(FormatMetric, ClearsTheUnitBeforeItReadsTheFormat) {
     EXPECT_EQ("k", both);
 }
 
-TEST(Thousands, KnowsThePrefixesOfTheWordBase) {
+TEST(Thousands, RecognizesThePrefixesOfTheWordBase) {
     for (const auto& word : prefixes("base"))
         EXPECT_EQ(0, thousands(word)) << word;
     EXPECT_EQ(-1000, thousands("bases"));
     EXPECT_EQ(-1000, thousands("Base"));
 }
 
-TEST(Thousands, KnowsEverySymbolAndNoName) {
+TEST(Thousands, RecognizesEverySymbolAndNoName) {
     for (const auto& row : metric_table) {
         EXPECT_EQ(row.power, thousands(row.symbol));
         const int power_of_name = row.power == 0 ? 0 : -1000;
@@ -1155,7 +1155,7 @@ TEST(Thousands, KnowsEverySymbolAndNoName) {
     }
 }
 
-TEST(Thousands, KnowsEveryByteAndEveryPairOfBytes) {
+TEST(Thousands, ClassifiesEveryByteAndEveryPairOfBytes) {
     const struct {
         char symbol;
         int power;

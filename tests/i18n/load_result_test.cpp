@@ -1,4 +1,4 @@
-// The outcome of a load: its kinds, and the messages for them.
+// Tests the outcome of a load: its kinds and their messages.
 #include <tova/i18n/message_catalogs.hpp>
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ outcome seen(const result_type& result) {
     return outcome(result.type, result.message);
 }
 
-TEST(ResultType, RendersEachKindThatNeedsNoFile) {
+TEST(ResultType, RendersEachKindThatInvolvesNoFile) {
     const struct {
         message_catalogs::error_type kind;
         const char* message;

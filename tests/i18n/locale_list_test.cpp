@@ -1,4 +1,4 @@
-// The locale list of a load, seen through the operations of the loader.
+// Tests the locale list of a load through the operations of the loader.
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 
 #include "i18n/_private/loader_support.hpp"
@@ -18,7 +18,7 @@ using test_support::text_of;
 using test_support::xmc;
 using tova::i18n::_private::xmc_file_loader;
 
-// The weights of some locales, separated by spaces, for a wanted locale: "en=2" and so on.
+// The weights of some locales for a requested locale, separated by spaces: "en=2" and so on.
 std::vector<std::string> locale_list(const std::string& wanted, const std::string& candidates) {
     xmc_file_loader loader;
     loader.handle_language(wanted);
@@ -47,7 +47,7 @@ TEST(LocaleList, PutsSpecificLocalesAfterGeneralOnes) {
     EXPECT_THAT(locale_list("de", "de de_DE"), ElementsAre("de=3", "de_DE=0"));
 }
 
-TEST(LocaleList, HoldsOnlyTheTwoFallbacksForTheEmptyLocale) {
+TEST(LocaleList, HasOnlyTheTwoFallbacksForTheEmptyLocale) {
     xmc_file_loader loader;
     loader.handle_language("");
     EXPECT_EQ(1u, loader.get_locale_weight("."));
@@ -55,14 +55,14 @@ TEST(LocaleList, HoldsOnlyTheTwoFallbacksForTheEmptyLocale) {
     EXPECT_EQ(0u, loader.get_locale_weight(""));
 }
 
-TEST(LocaleList, IsEmptyAtFirst) {
+TEST(LocaleList, IsInitiallyEmpty) {
     xmc_file_loader loader;
     EXPECT_EQ(0u, loader.get_locale_weight("."));
     EXPECT_EQ(0u, loader.get_locale_weight("en"));
     EXPECT_FALSE(loader.is_lang_id_good("en"));
 }
 
-TEST(LocaleList, IsAppendedToAndTheFirstOfEqualEntriesCounts) {
+TEST(LocaleList, GrowsAndUsesTheFirstOfEqualEntries) {
     xmc_file_loader loader;
     loader.handle_language("de");  // . en de
     loader.handle_language("fr");  // . en fr
@@ -72,7 +72,7 @@ TEST(LocaleList, IsAppendedToAndTheFirstOfEqualEntriesCounts) {
     EXPECT_EQ(6u, loader.get_locale_weight("fr"));
 }
 
-TEST(LocaleList, ReadsDotsAndHyphensOfTheAskedLocaleAsUnderscores) {
+TEST(LocaleList, ReadsDotsAndHyphensOfTheRequestedLocaleAsUnderscores) {
     xmc_file_loader loader;
     loader.handle_language("de-AT.utf8");
     for (const char* name : {"de_AT", "de-AT", "de.AT"})
@@ -82,7 +82,7 @@ TEST(LocaleList, ReadsDotsAndHyphensOfTheAskedLocaleAsUnderscores) {
     EXPECT_FALSE(loader.is_lang_id_good("at"));
 }
 
-TEST(LocaleList, LeavesALocaleOfOneByteAsItIs) {
+TEST(LocaleList, DoesNotChangeAOneByteLocale) {
     xmc_file_loader dot;
     dot.handle_language(".");  // . en .
     EXPECT_EQ(1u, dot.get_locale_weight("."));
@@ -105,7 +105,7 @@ TEST(LocaleList, KeepsAnEmptyPartAsAnEntry) {
     EXPECT_EQ(5u, doubled.get_locale_weight("de__AT"));
     EXPECT_EQ(0u, doubled.get_locale_weight("de_AT"));
 
-    // A catalog without a locale is read then.
+    // Then a catalog without a locale is read.
     EXPECT_EQ("x", text_of(load(xmc("<catalog name=\"c\"><msg name=\"k\">x</msg></catalog>"), "_"),
                            "c", "k"));
 }

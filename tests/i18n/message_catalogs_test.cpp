@@ -1,4 +1,4 @@
-// The catalog set: loads of files, directories and lists in all widths, lookups, copies.
+// Tests the catalog set: loading files, directories and lists in all widths, lookups, copies.
 #include <tova/i18n/message_catalogs.hpp>
 
 #include "i18n/catalog_text.hpp"
@@ -112,7 +112,7 @@ TYPED_TEST(MessageCatalogs, LoadsNothingForAnUnknownCatalogName) {
               seen(this->set.load(file, this->s("en"), this->s("z"))));
 }
 
-TYPED_TEST(MessageCatalogs, RefusesAnEmptyLocaleUnlessACatalogIsNamed) {
+TYPED_TEST(MessageCatalogs, RejectsAnEmptyLocaleUnlessACatalogIsNamed) {
     this->files.write("d/a.xmc", xmc(catalog("c", ".", msg("k", "dot")) +
                                      catalog("c", "de", msg("l", "deutsch"))));
     const TypeParam none = this->s("");
@@ -347,7 +347,7 @@ TYPED_TEST(MessageCatalogs, ReportsMissingPathsInListsOfStandardStrings) {
     EXPECT_EQ(plain_success, seen(this->set.load(std::vector<std::wstring>(), this->s("en"))));
 }
 
-TYPED_TEST(MessageCatalogs, ReadsForTheWantedLocale) {
+TYPED_TEST(MessageCatalogs, ReadsTheRequestedLocale) {
     const TypeParam file = this->s(this->files.write(
         "a", xmc(catalog("c", "de", msg("k", "deutsch")) + catalog("c", "en", msg("k", "english")) +
                  catalog("c", "ja", msg("k", "nihongo")))));
@@ -393,7 +393,7 @@ TYPED_TEST(MessageCatalogs, ReturnsDifferentNilObjectsForAnAbsentCatalogAndAnAbs
     EXPECT_TRUE(this->set.catalog(this->s("z")) == nil);
 }
 
-TYPED_TEST(MessageCatalogs, HasNoMessageWhereANilOneIsStored) {
+TYPED_TEST(MessageCatalogs, HasNoMessageIfTheStoredOneIsNil) {
     this->set.load_file(
         ustring8(this->files.write("a", xmc(catalog("c", "en", "<msg/><msg name=\"k\"/>")))), "en");
     EXPECT_FALSE(this->set.has_message(this->s("c"), this->s("")));
@@ -477,7 +477,7 @@ TYPED_TEST(MessageCatalogs, NeverFindsAStoredLocaleWithAHyphen) {
     EXPECT_FALSE(this->set.has_catalog(this->s("c"), this->s("de_DE")));
 }
 
-// ---- one width is enough
+// ---- what needs only one width
 
 class CatalogSet : public ::testing::Test {
 protected:
@@ -516,7 +516,7 @@ TEST_F(CatalogSet, SharesItsCatalogsWithItsCopies) {
     EXPECT_EQ(&set.catalog(ustring8("c")), &named.catalog(ustring8("c")));
     EXPECT_EQ(4u, set.catalog(ustring8("c")).count);
 
-    // All of them see what a load adds to a shared catalog. A new catalog is the copy's own.
+    // All of them see what a load adds to a shared catalog. A new catalog belongs only to the copy.
     copy.load_file(file("b", xmc(catalog("c", "en", msg("k", "2") + msg("l", "3")) +
                                  catalog("d", "en", msg("k", "4")))),
                    "en");
@@ -609,7 +609,7 @@ TEST_F(CatalogSet, IsUnchangedByEveryPrefixOfAFile) {
     EXPECT_EQ("after", rendered(set, "c", "k"));
 }
 
-// A scan goes in the order of the file system, which is that of `list_directory`.
+// A scan follows the order of the file system, which is also that of `list_directory`.
 TEST_F(CatalogSet, ReadsNothingAfterTheErrorThatEndsAScan) {
     for (const char* name : {"a", "b", "c", "d", "e"})
         file(std::string("d/") + name + ".xmc", small_file(name, "k"));
@@ -648,14 +648,14 @@ TEST_F(CatalogSet, ASubdirectoryWithoutCatalogsResetsTheOutcome) {
     EXPECT_TRUE(set.has_catalog(ustring8("c")));
 }
 
-TEST_F(CatalogSet, HasNoCatalogForTheEmptyLocaleEvenIfItHoldsItsMessages) {
+TEST_F(CatalogSet, HasNoCatalogForTheEmptyLocaleEvenIfItHasSuchMessages) {
     set.load_file(file("a", xmc("<catalog name=\"c\"><msg name=\"k\">x</msg></catalog>")), "_");
     EXPECT_EQ("x", rendered(set, "c", "k"));
     EXPECT_TRUE(set.catalog(ustring8("c")).is_language_loaded(ustring8()));
     EXPECT_FALSE(set.has_catalog(ustring8("c"), ustring8()));
 }
 
-TEST_F(CatalogSet, ReportsAnErrorFromTheInsideOutward) {
+TEST_F(CatalogSet, ReportsAnErrorInnermostLevelFirst) {
     file("b.part", "<?xml?>\n<xmc version=\"1.1\">\n<catalog name=\"c\" lang=\"en\">\n"
                    "<msg name=\"k\">a & b</msg></catalog></xmc>");
     const ustring8 outer = file("a.xmc", xmc("<include file=\"b.part\"/>"));

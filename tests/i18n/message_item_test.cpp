@@ -31,7 +31,7 @@ TEST(MessageItem, NumbersItsTypes) {
     static_assert(sizeof(message_item::type_t) == 4, "the enumeration has 32 bits");
 }
 
-TEST(MessageItem, IsLiteralWhenMadeFromAStringAlone) {
+TEST(MessageItem, IsLiteralWhenMadeFromJustAString) {
     const message_item literal("Hello");
     EXPECT_EQ(message_item::type_text, literal.type());
     EXPECT_EQ("Hello", literal.data());
@@ -88,7 +88,7 @@ TEST(MessageItem, CopiesBothFields) {
     EXPECT_EQ(source.data(), other.data());
 }
 
-TEST(MessageItem, ShowsAnArgumentByTheRuleOfItsType) {
+TEST(MessageItem, ShowsAnArgumentAccordingToItsType) {
     const varg_list args(argument("i", 255), argument("d", 3.14159), argument("s", "text"),
                          argument("m", 1536), argument("t", 90061.25));
     const struct {
@@ -156,7 +156,7 @@ TEST(MessageItem, ShowsAnInvalidFormatAsInvalid) {
         EXPECT_EQ("?invalid?", item(c.type, c.data).as_string(args)) << c.type << " " << c.data;
 }
 
-TEST(MessageItem, ShowsANumberThatReadsLikeTheMarkerAsInvalid) {
+TEST(MessageItem, ShowsANumberThatLooksLikeTheMarkerAsInvalid) {
     const varg_list args(argument("n", -0.3), argument("text", "-0"));
     EXPECT_EQ("?invalid?", item(4, "n|precision|0").as_string(args));
     EXPECT_EQ("-0.3", item(4, "n|precision|1").as_string(args));
@@ -174,7 +174,7 @@ TEST(MessageItem, ShowsANamedNilAsAnEmptyStringAndAsTheNumber0) {
     EXPECT_EQ("0.00 sec", item(11, "n").as_string(args));
 }
 
-TEST(MessageItem, UsesTheFirstArgumentOfAName) {
+TEST(MessageItem, UsesTheFirstArgumentWithAName) {
     varg_list args(argument("n", 1), argument("m", 2));
     args[1].name("n");
     EXPECT_EQ("1", item(1, "n").as_string(args));

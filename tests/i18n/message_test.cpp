@@ -46,7 +46,7 @@ TEST(Message, IsEmptyByDefaultAndFromNil) {
     }
 }
 
-TEST(Message, IsMadeFromKeyItemsAndMetaText) {
+TEST(Message, IsMadeFromAKeyItemsAndMetaText) {
     const message_t two("key", items{message_item("a")});
     EXPECT_EQ("key", two.name());
     EXPECT_EQ(1u, two.count());
@@ -67,7 +67,7 @@ TEST(Message, RendersItsItemsInOrder) {
                         .as_string(varg_list()));
 }
 
-TEST(Message, ShowsInvalidInPlaceOfAnItemAndRendersTheRest) {
+TEST(Message, ShowsAnInvalidItemAsInvalidAndRendersTheRest) {
     EXPECT_EQ("Size: ?invalid? of ?invalid?.", sample().as_string(varg_list()));
     EXPECT_EQ("Size: ?invalid? of files.",
               sample().as_string(varg_list(argument("what", "files"))));
@@ -90,7 +90,7 @@ TEST(Message, IgnoresPositionsAndUnnamedAndUnusedArguments) {
         sample().as_string(varg_list(argument(types::variant(1)), argument(types::variant(2)))));
 }
 
-TEST(Message, ShowsNumberAndUnitOfOneArgumentByTwoItems) {
+TEST(Message, ShowsNumberAndUnitOfOneArgumentInTwoItems) {
     const message_t message("k", items{item(7, "m|precision|1"), message_item(" "),
                                        item(8, "m|precision|1"), message_item(", "), item(9, "q"),
                                        message_item(" "), item(10, "q")});
@@ -112,7 +112,7 @@ TEST(Message, RendersTheSameTextInEveryWidth) {
     EXPECT_EQ(L"a\xE9\x20AC\x1F600\xE9", message.as_wstring(args));
 }
 
-TEST(Message, ConvertsInvalidUtf8ByTheRulesOfEachWidth) {
+TEST(Message, ConvertsInvalidUtf8AccordingToEachWidth) {
     const message_t message("k", items{message_item("ok \xFF\xFE")});
     EXPECT_EQ("ok \xFF\xFE", message.as_string(varg_list()));
     EXPECT_EQ((ustring16{'-', '1'}), message.as_utf16(varg_list()));
@@ -206,7 +206,7 @@ TEST(Message, ListsEveryArgumentWithoutAName) {
     EXPECT_EQ(2u, message_t("k", items{item(1, ""), item(3, "")}).arguments().count());
 }
 
-TEST(Message, HasValidArgumentsWhenEachItemFindsItsNameAndTheListIsLongEnough) {
+TEST(Message, HasValidArgumentsIfEachItemFindsItsNameAndTheListIsLongEnough) {
     EXPECT_TRUE(sample().has_valid_args(varg_list(argument("n", 1), argument("what", 2))));
     EXPECT_TRUE(sample().has_valid_args(varg_list(argument("what", types::variant()),
                                                   argument("x", 2), argument("n", "no number"))));
@@ -216,7 +216,7 @@ TEST(Message, HasValidArgumentsWhenEachItemFindsItsNameAndTheListIsLongEnough) {
     EXPECT_FALSE(sample().has_valid_args(varg_list(argument("n", 1), argument(types::variant(2)))));
 }
 
-TEST(Message, HasValidArgumentsForLiteralsAloneButNotForNoItems) {
+TEST(Message, HasValidArgumentsForLiteralsOnlyButNotWithoutItems) {
     const message_t literals("k", items{message_item("a"), message_item("b")});
     EXPECT_TRUE(literals.has_valid_args(varg_list()));
     EXPECT_EQ("ab", literals.as_string(varg_list()));
@@ -228,7 +228,7 @@ TEST(Message, CountsItemsAndNotNamesForValidArguments) {
     const message_t message("k", items{item(7, "m"), item(8, "m")});
     EXPECT_FALSE(message.has_valid_args(varg_list(argument("m", 1))));
     EXPECT_TRUE(message.has_valid_args(varg_list(argument("m", 1), argument("x", 1))));
-    // Reserved types need their argument, although they never show it.
+    // Reserved types require their argument, although they never show it.
     EXPECT_FALSE(message_t("k", items{item(5, "t")}).has_valid_args(varg_list(argument("x", 1))));
     EXPECT_TRUE(message_t("k", items{item(5, "t")}).has_valid_args(varg_list(argument("t", 1))));
 }
@@ -246,7 +246,7 @@ TEST(Message, IteratesOverItsItems) {
     EXPECT_EQ(5, message.end() - message.begin());
 }
 
-TEST(Message, ReturnsTheFieldFromASetterButTheMessageFromThatOfTheKey) {
+TEST(Message, ReturnsTheFieldFromASetterButTheMessageFromTheSetterOfTheKey) {
     message_t message;
     message_t& whole = message.name("key");
     EXPECT_EQ(&message, &whole);
@@ -306,7 +306,7 @@ TEST(Message, KeepsItsLocaleWhenNilIsAssigned) {
     }
 }
 
-TEST(Message, IsNilWithoutItemsKeyAndMetaTextWhateverItsLocale) {
+TEST(Message, IsNilWithoutItemsKeyAndMetaTextWhateverTheLocale) {
     message_t message;
     message._orginal_locale("de");
     EXPECT_TRUE(message == types::nil);

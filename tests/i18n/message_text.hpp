@@ -1,5 +1,5 @@
 /// @file
-/// Items and format strings as the tests write them: "|" means the separator byte 0x01.
+/// Items and format strings as spelled in the tests: "|" means the separator byte 0x01.
 #pragma once
 
 #include <tova/i18n/message_item.hpp>
@@ -15,7 +15,7 @@ inline tova::strings::ustring8 with_separators(std::string text) {
     return tova::strings::ustring8(text);
 }
 
-/// An item of any type, unknown ones included.
+/// An item of any type, including unknown ones.
 inline tova::i18n::message_item item(unsigned int type, const std::string& data) {
     return tova::i18n::message_item(with_separators(data),
                                     static_cast<tova::i18n::message_item::type_t>(type));

@@ -1,4 +1,4 @@
-// Runs the message example as a user does.
+// Runs the message example as a user would.
 #include "support/guide.hpp"
 #include "support/program.hpp"
 #include "support/temporary_directory.hpp"
@@ -12,7 +12,7 @@ namespace {
 
 using test_support::program_result;
 
-// The program runs in the folder of the example, so that its output shows no path of this machine.
+// The program runs in the folder of the example, so its output contains no path of this machine.
 program_result run_example(const std::string& environment, const std::string& arguments) {
     return test_support::run_program("cd '" + test_support::project_path("examples/messages") +
                                      "' && env " + environment + " '" TOVA_EXAMPLE_PROGRAM "' " +
@@ -58,7 +58,7 @@ TEST(MessageExample, TakesTheLocaleFromTheEnvironment) {
     }
 }
 
-TEST(MessageExample, ReadsALocaleArgumentAsItReadsTheEnvironment) {
+TEST(MessageExample, ReadsALocaleArgumentLikeTheEnvironment) {
     EXPECT_EQ("Messages for the locale de_AT",
               first_line(run_example("LANG=fr", "de_AT.UTF-8").output));
     EXPECT_EQ("Messages for the locale en", first_line(run_example("LANG=fr", "C").output));
@@ -72,7 +72,7 @@ TEST(MessageExample, FallsBackFromTheSpecialLocaleToTheGeneralOne) {
         EXPECT_THAT(output, ::testing::HasSubstr(text));
 }
 
-TEST(MessageExample, FailsWithAReasonInAFolderWithoutCatalogs) {
+TEST(MessageExample, ReportsAFolderWithoutCatalogs) {
     const program_result result = run_example("", "en /no/such/folder");
     EXPECT_EQ(1, result.exit_code);
     EXPECT_EQ("message_catalogs::result_type - Entity (file or directory) "

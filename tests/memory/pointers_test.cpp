@@ -18,7 +18,7 @@ using tova::generic::abilities::reference_count_pointer_ability;
 using tova::memory::pointers::rc_pointer;
 using tova::memory::pointers::shared_pointer;
 
-// Counts its destructions, and records the count of another object at that moment.
+// Counts its destructions and records the count of another object at that time.
 class plain_item : public reference_count_pointer_ability<plain_item> {
 public:
     explicit plain_item(int value = 0) : m_value(value) {}
@@ -30,7 +30,7 @@ public:
     }
 
     int value() const { return m_value; }
-    // Hides the field of that name, as an operation of a counted class may.
+    // Hides the field with that name, as an operation of a counted class may.
     std::string count() const { return "an operation"; }
 
     plain_item* clone() const {
@@ -100,7 +100,7 @@ typedef ::testing::Types<kind<rc_pointer<virtual_item>, virtual_item>,
     both_kinds;
 TYPED_TEST_SUITE(Pointer, both_kinds, test_support::class_name);
 
-TYPED_TEST(Pointer, IsOnePointerWideAndNullAtFirst) {
+TYPED_TEST(Pointer, IsTheSizeOfAPointerAndInitiallyNull) {
     const typename TypeParam::holder empty;
     EXPECT_EQ(sizeof(void*), sizeof empty);
     EXPECT_EQ(nullptr, empty.get());
@@ -127,7 +127,7 @@ TYPED_TEST(Pointer, ReturnsTheObject) {
     EXPECT_TRUE(static_cast<bool>(holder));
 }
 
-TYPED_TEST(Pointer, CountsEachHolderAndNoRawPointer) {
+TYPED_TEST(Pointer, CountsHoldersButNotRawPointers) {
     typedef typename TypeParam::holder holder;
     typename TypeParam::item item;
     EXPECT_EQ(0u, count_of(item));

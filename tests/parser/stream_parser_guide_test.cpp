@@ -1,4 +1,5 @@
-// Checks that docs/stream_parser.md shows the code of the example that follows a growing file.
+// Checks that docs/stream_parser.md shows the actual code of the example that follows a growing
+// file.
 #include "support/guide.hpp"
 #include "support/temporary_directory.hpp"
 

@@ -1,4 +1,4 @@
-// Runs the example that follows a growing file as a user does.
+// Runs the example that follows a growing file, as a user would.
 #include "support/program.hpp"
 #include "support/temporary_directory.hpp"
 
@@ -51,7 +51,7 @@ TEST(TailExample, FollowsAFileWhileItIsWritten) {
               result.output);
 }
 
-TEST(TailExample, EndsAtTheEndTagOfTheRootWhateverFollowsItsName) {
+TEST(TailExample, EndsAtTheRootsEndTagWhateverFollowsItsName) {
     const test_support::temporary_directory directory;
     for (const std::string end : {"</log>", "</log ", "</log x>", "</log x><y"}) {
         SCOPED_TRACE(end);

@@ -1,6 +1,6 @@
-// The C library decides which bytes may occur in names, in whatever locale the program has chosen.
+// The C library decides which bytes may occur in names, in the locale that the program has chosen.
 //
-// This program replaces the C library's classes by its own: those of the C locale with one more
+// This program replaces the C library's classes with its own: those of the C locale plus one
 // letter, as in an 8-bit character set.
 #include <tova/parser/xml_parser.hpp>
 
@@ -62,7 +62,7 @@ TEST(XmlCharacterClasses, AllowALetterOfTheLocaleInNames) {
     EXPECT_EQ("\xE5", continued.text);
 }
 
-TEST(XmlCharacterClasses, AreAskedWithTheSignOfAPlainChar) {
+TEST(XmlCharacterClasses, AreQueriedWithASignedPlainChar) {
     asked.clear();
     xml_parser parser;
     for (int byte = 0; byte < 256; ++byte)

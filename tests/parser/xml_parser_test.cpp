@@ -1,9 +1,9 @@
 // `xml_parser`, construct by construct: header, elements, names, attributes, tags, character data,
-// references, comments, CDATA sections, lines. After them what concerns whole runs, the delegates,
-// the grammar functions by themselves, and random documents.
+// references, comments, CDATA sections, lines. After these come tests of whole runs, delegates,
+// individual grammar functions, and random documents.
 //
-// A document's expected result is an `outcome`: its events as strings, then kind, line and text.
-// Where a rule is about one byte, `expect_for_every_byte` tries all 256 of them.
+// A document's expected result is an `outcome`: its events as strings, then kind, line and text. If
+// a rule is about one byte, `expect_for_every_byte` tries all 256.
 #include <tova/parser/xml_parser.hpp>
 
 #include <tova/functor/member_function.hpp>
@@ -36,7 +36,7 @@ std::string of_byte(int value) {
 
 const std::string nul_byte = of_byte(0);
 
-// Records the events of a parser, one string each. The destructor leaves its delegates empty.
+// Records the events of a parser, one string each. The destructor empties its delegates.
 class recorder {
 public:
     explicit recorder(xml_parser& parser) : m_parser(parser) {
@@ -79,7 +79,7 @@ private:
     xml_parser& m_parser;
 };
 
-// All that a run produces: its events, and the three fields of its result.
+// Everything that a run produces: its events and the three fields of its result.
 struct outcome {
     std::vector<std::string> events;
     int kind;
@@ -138,7 +138,8 @@ unsigned lines_of(int byte) {
     return byte == '\n' ? 1 : 0;
 }
 
-// Replaces the '$' of a document by each of the 256 bytes and compares with `expected`.
+// Replaces the '$' in a document with each of the 256 bytes and compares the outcome with
+// `expected`.
 template <typename Expected>
 void expect_for_every_byte(const std::string& document, const Expected& expected) {
     const auto place = document.find('$');
@@ -179,7 +180,7 @@ TEST(XmlParseError, HoldsItsArgumentsAndIsCopied) {
     EXPECT_EQ("", copy.text);
 }
 
-TEST(XmlParser, CallsNoEmptyDelegate) {
+TEST(XmlParser, DoesNotCallEmptyDelegates) {
     xml_parser parser;
     EXPECT_TRUE(parser.on_element_start.is_empty());
     EXPECT_TRUE(parser.on_element_end.is_empty());
@@ -227,8 +228,8 @@ TEST(XmlParser, ParsesARangeOfALongerString) {
     EXPECT_THAT(events.events, ::testing::ElementsAre("start a", "end a"));
 }
 
-// The list of the header, which says what ordinary XML is not read.
-TEST(XmlParser, RefusesMuchOfOrdinaryXml) {
+// The list in the header of ordinary XML that is not supported.
+TEST(XmlParser, RejectsMuchOfOrdinaryXml) {
     expect_all({
         {"<a/>", {{}, 4, 0, ""}},
         {"<!-- comment --><?xml?><a/>", {{}, 4, 0, ""}},
@@ -286,7 +287,7 @@ TEST(XmlParserHeader, ReturnsNoRootIfTheDocumentEndsWithinOrAfterIt) {
     });
 }
 
-TEST(XmlParserHeader, DoesNotLookAtTheLastByteOfTheDocument) {
+TEST(XmlParserHeader, DoesNotExamineTheLastByteOfTheDocument) {
     expect_all({
         {"<?xml>", {{}, 3, 0, ""}},
         {"<?xml <", {{}, 3, 0, ""}},
@@ -295,7 +296,7 @@ TEST(XmlParserHeader, DoesNotLookAtTheLastByteOfTheDocument) {
     });
 }
 
-TEST(XmlParserHeader, MayContainAnyByteButAngleBrackets) {
+TEST(XmlParserHeader, MayContainAnyByteExceptAngleBrackets) {
     expect_for_every_byte("<?xml$?><a/>", [](int byte) {
         if (byte == '<' || byte == '>')
             return outcome{{}, 4, 0, ""};
@@ -363,7 +364,7 @@ TEST(XmlParserElements, HaveOneRoot) {
     });
 }
 
-TEST(XmlParserElements, RefuseASecondRootBeforeItsNameIsRead) {
+TEST(XmlParserElements, RejectASecondRootBeforeItsNameIsRead) {
     expect_all({
         {"<?xml?><a/><!DOCTYPE b>", {{"start a", "end a"}, 10, 0, ""}},
         {"<?xml?><a/><?pi?>", {{"start a", "end a"}, 10, 0, ""}},
@@ -430,7 +431,7 @@ TEST(XmlParserElements, CloseBeforeTheEndOfTheDocumentIsNoticed) {
     });
     xml_parser parser;
     EXPECT_EQ(1, read(parser, "<?xml?><a></a").kind);
-    // Nothing is open any more, so the next run refuses a second root.
+    // Nothing is open any more, so the next run rejects a second root.
     EXPECT_EQ((outcome{{"start b", "end b"}, 10, 0, ""}), read(parser, "<?xml?><b/><c/>"));
 }
 
@@ -444,7 +445,7 @@ TEST(XmlParserElements, ReturnUnexpectedEndAndLineZeroWhenLeftOpen) {
     });
 }
 
-TEST(XmlParserElements, AllowWhitespaceAloneBeforeTheAngleBracketOfAnEndTag) {
+TEST(XmlParserElements, AllowOnlyWhitespaceBeforeTheAngleBracketOfAnEndTag) {
     expect_all({
         {"<?xml?><a></a \t\r\n>", {{"start a", "end a"}, 0, 0, ""}},
         {"<?xml?><a></a<", {{"start a", "end a"}, 5, 0, "<"}},
@@ -541,7 +542,7 @@ TEST(XmlParserAttributes, MayHaveWhitespaceOnBothSidesOfTheEqualsSign) {
     });
 }
 
-TEST(XmlParserAttributes, NeedAnEqualsSign) {
+TEST(XmlParserAttributes, RequireAnEqualsSign) {
     expect_all({
         {"<?xml?><a b>", {{"start a"}, 8, 0, "b"}},
         {"<?xml?><a b", {{"start a"}, 8, 0, "b"}},
@@ -559,7 +560,7 @@ TEST(XmlParserAttributes, NeedAnEqualsSign) {
     });
 }
 
-TEST(XmlParserAttributes, NeedAQuoteWhereTheirValueBegins) {
+TEST(XmlParserAttributes, RequireAQuoteBeforeTheirValue) {
     expect_all({
         {"<?xml?><a b=1>", {{"start a"}, 6, 0, ""}},
         {"<?xml?><a b=", {{"start a"}, 6, 0, ""}},
@@ -587,7 +588,7 @@ TEST(XmlParserAttributes, AreReportedBeforeAMissingClosingQuoteIs) {
     });
 }
 
-TEST(XmlParserAttributes, MayContainAnyByteButTheQuoteAngleBracketAndAmpersand) {
+TEST(XmlParserAttributes, MayContainAnyByteExceptTheQuoteAngleBracketAndAmpersand) {
     expect_for_every_byte("<?xml?><a b='$'/>", [](int byte) {
         switch (byte) {
         case '\'':
@@ -639,7 +640,7 @@ TEST(XmlParserAttributes, MayBeMany) {
     EXPECT_EQ("b777", read(document + " b777=''").text);
 }
 
-TEST(XmlParserTags, RefuseAnAngleBracketWithin) {
+TEST(XmlParserTags, RejectAnAngleBracketInside) {
     expect_all({
         {"<?xml?><a<b>", {{"start a"}, 5, 0, "<"}},
         {"<?xml?><a <b>", {{"start a"}, 5, 0, "<"}},
@@ -652,7 +653,7 @@ TEST(XmlParserTags, DoNotReportTheirWhitespace) {
               read("<?xml?><a \n  b='1' \n ></a \n >"));
 }
 
-TEST(XmlParserCharacterData, RefusesAnAngleBracketOnlyAtItsBeginning) {
+TEST(XmlParserCharacterData, RejectsAnAngleBracketOnlyAtItsBeginning) {
     expect_all({
         {"<?xml?><a>></a>", {{"start a"}, 5, 0, ">"}},
         {"<?xml?>>", {{}, 5, 0, ">"}},
@@ -723,7 +724,7 @@ TEST(XmlParserCharacterData, KeepsNulBytes) {
               read("<?xml?><a>x" + nul_byte + "y</a>"));
 }
 
-TEST(XmlParserReferences, KnowSixNames) {
+TEST(XmlParserReferences, RecognizeSixNames) {
     expect_all({
         {"<?xml?>&amp;", {{"text &"}, 0, 0, ""}},
         {"<?xml?>&apos;", {{"text '"}, 0, 0, ""}},
@@ -736,7 +737,7 @@ TEST(XmlParserReferences, KnowSixNames) {
     });
 }
 
-TEST(XmlParserReferences, RefuseTheAmpersandOfAWordThatBeginsLikeAnEntity) {
+TEST(XmlParserReferences, RejectTheAmpersandOfAWordThatBeginsLikeAnEntity) {
     const char* words[] = {"a;",    "am;",  "amp",   "amp ;", "ampx;", "ap;",  "apos",
                            "aposs", "apo;", "AMP;a", "g;",    "g",     "gt",   "gtx;",
                            "l;",    "l",    "lt",    "lt ",   "n;",    "nbsp", "nb;",
@@ -817,7 +818,7 @@ TEST(XmlParserReferences, ProduceANulByteForANumberWithoutDigits) {
     });
 }
 
-TEST(XmlParserReferences, RefuseTheByteAfterANumberUnlessItIsASemicolon) {
+TEST(XmlParserReferences, RejectTheByteAfterANumberUnlessItIsASemicolon) {
     expect_for_every_byte("<?xml?>&#1$;", [](int byte) {
         if (is_digit(byte))
             return outcome{{"text " + of_byte(10 + byte - '0')}, 0, 0, ""};
@@ -944,7 +945,7 @@ TEST(XmlParserLines, CountOnlyInWhitespaceBetweenAndWithinTags) {
         {"<?xml?><a\nb\n=\n'1'\n:", {{"start a", "attribute b=1"}, 5, 4, ":"}},
         {"<?xml?><a></a\n\n:", {{"start a", "end a"}, 5, 2, ":"}},
         {"<?xml?>x\n\ny&", {{"text x", "space \n\n"}, 7, 2, ""}},
-        // Not within the header, character data, values, comments and sections.
+        // Not within the header, character data, values, comments or sections.
         {"<?xml\n\n?><:", {{}, 5, 0, ":"}},
         {"<?xml?>x\ny\nz&", {{}, 7, 0, ""}},
         {"<?xml?>x\n<:", {{"text x\n"}, 5, 0, ":"}},
@@ -952,7 +953,7 @@ TEST(XmlParserLines, CountOnlyInWhitespaceBetweenAndWithinTags) {
         {"<?xml?><!--\n\n--><:", {{"comment \n\n"}, 5, 0, ":"}},
         {"<?xml?><![CDATA[\n\n]]><:", {{"text \n\n"}, 5, 0, ":"}},
         {"<?xml?>&#10;&#10;<:", {{"text \n\n"}, 5, 0, ":"}},
-        // Carriage returns do not count.
+        // Carriage returns are not counted.
         {"<?xml?>\r\r\n\r<:", {{}, 5, 1, ":"}},
     });
 }
@@ -964,13 +965,13 @@ TEST(XmlParserLines, StartAtZeroInEachRun) {
     EXPECT_EQ(0u, parser.parse("").line);
 }
 
-TEST(XmlParserRuns, StartOutsideOfAnyTag) {
+TEST(XmlParserRuns, StartOutsideAnyTag) {
     xml_parser parser;
     EXPECT_EQ(5, read(parser, "<?xml?></a<").kind);
     EXPECT_EQ((outcome{{"start b", "end b"}, 0, 0, ""}), read(parser, "<?xml?><b/>"));
 }
 
-TEST(XmlParserRuns, KeepWhatAFailedOneLeftOpen) {
+TEST(XmlParserRuns, KeepElementsThatAFailedRunLeftOpen) {
     xml_parser parser;
     EXPECT_EQ((outcome{{"start a", "start b"}, 1, 0, ""}), read(parser, "<?xml?><a><b>"));
     // Both are still open, so several roots are allowed and the document ends too soon.
@@ -981,7 +982,7 @@ TEST(XmlParserRuns, KeepWhatAFailedOneLeftOpen) {
     EXPECT_EQ((outcome{{"end a"}, 0, 0, ""}), read(parser, "<?xml?></a>"));
 }
 
-TEST(XmlParserRuns, KeepWhatAFailedOneLeftOpenEvenAfterADocumentWithoutAHeader) {
+TEST(XmlParserRuns, KeepElementsThatAFailedRunLeftOpenEvenAfterADocumentWithoutAHeader) {
     xml_parser parser;
     EXPECT_EQ(1, read(parser, "<?xml?><a>").kind);
     EXPECT_EQ(4, read(parser, "").kind);
@@ -998,8 +999,8 @@ TEST(XmlParserRuns, KeepTheAttributesOfTheLastStartTag) {
     EXPECT_EQ((outcome{{"end b", "attribute x=2"}, 0, 0, ""}), read(parser, "<?xml?></b x='2'>"));
 }
 
-// A document, and the kind that each of its prefixes returns, from the empty one on: one digit
-// each, 'A' for 10.
+// A document, and the kind returned for each of its prefixes, starting with the empty one: one
+// digit each, 'A' for 10.
 const struct {
     std::string document;
     std::string kinds;
@@ -1087,7 +1088,7 @@ TEST(XmlParserRuns, ReturnAValidKindWhateverByteIsReplaced) {
     }
 }
 
-TEST(XmlParserRuns, LeaveTheCursorWhereTheyEnded) {
+TEST(XmlParserRuns, LeaveTheCursorWhereTheyEnd) {
     const ustring8 text = "<?xml?><a>\n:</a>";
     xml_parser parser;
     iterator cursor = text.begin();
@@ -1103,7 +1104,7 @@ TEST(XmlParserRuns, LeaveTheCursorWhereTheyEnded) {
     EXPECT_EQ(':', *cursor);
 }
 
-// The target of handlers that raise.
+// The target of handlers that throw.
 class thrower {
 public:
     void raise(const ustring8&) { throw std::runtime_error("from a delegate"); }
@@ -1183,8 +1184,8 @@ TEST(XmlParserDelegates, ReceiveTheEndOfAnEmptyElementBeforeItIsClosed) {
     EXPECT_EQ((outcome{{"start b", "end b"}, 0, 0, ""}), read(parser, "<?xml?><b/>"));
 }
 
-// Records events as `recorder` does. At the event called `event` it then parses `inner` with the
-// same parser, once, and either goes on or raises.
+// Records events like `recorder`. At the event named `event` it also parses `inner` with the same
+// parser, once, and then either continues or throws.
 class intruder {
 public:
     intruder(xml_parser& parser, const std::string& event, const std::string& inner, bool raises)
@@ -1234,17 +1235,17 @@ private:
     bool m_raises;
 };
 
-// Whatever a handler left behind, the parser takes the next document.
+// Whatever state a handler has left, the parser can parse the next document.
 void expect_usable(xml_parser& parser) {
     recorder events(parser);
     parser.parse("<?xml?><a b='c'> <!--d-->e</a>");
     EXPECT_THAT(events.events, ::testing::Contains("start a"));
 }
 
-// One table, and long for that reason.
+// Long because it is one table.
 TEST(XmlParserDelegates, MayParseWithTheSameParser) {
     // The inner run shares the open elements, the attribute set, the line counter and whether a tag
-    // is open; the outer run goes on with what the inner one left.
+    // is open; the outer run continues with the state that the inner one left.
     const struct {
         const char* event;
         const char* outer;
@@ -1347,7 +1348,7 @@ TEST(XmlParserDelegates, MayParseWithTheSameParserAndRaiseAtEveryEvent) {
     }
 }
 
-TEST(XmlParserDelegates, MayRaiseOutOfARunWithinARun) {
+TEST(XmlParserDelegates, MayRaiseThroughARunWithinARun) {
     xml_parser parser;
     const intruder raising(parser, "end", "", true);
     EXPECT_THROW(parser.parse("<?xml?><a/>"), std::runtime_error);
@@ -1362,7 +1363,8 @@ TEST(XmlParserDelegates, MayRaiseOutOfARunWithinARun) {
     EXPECT_EQ((outcome{{"end b"}, 0, 0, ""}), read(parser, "<?xml?></b>"));
 }
 
-// One grammar function over one string: what it returned or threw, and where it left the cursor.
+// The result of one grammar function for one string: what it returned or threw, and where it left
+// the cursor.
 struct piece {
     std::string result;
     long cursor;
@@ -1414,7 +1416,7 @@ TEST(XmlParserGrammar, TakesARunOfWhitespaceAndCountsItsLines) {
     EXPECT_EQ((piece{"", 0, 5, 4, "?"}), take(parser, &xml_parser::parse_name, "?"));
 }
 
-TEST(XmlParserGrammar, KnowsFourWhitespaceBytes) {
+TEST(XmlParserGrammar, RecognizesFourWhitespaceBytes) {
     const xml_parser parser;
     for (int byte = 0; byte < 256; ++byte) {
         const ustring8 text(1, static_cast<char>(byte));
@@ -1577,7 +1579,7 @@ private:
     std::vector<std::string> m_events;
 };
 
-TEST(XmlParserRuns, ReportWhatAWellFormedDocumentWasWrittenFrom) {
+TEST(XmlParserRuns, ReportTheEventsFromWhichAWellFormedDocumentWasWritten) {
     std::size_t longest = 0;
     for (unsigned round = 0; round < 3000; ++round) {
         const document_writer document(round);
@@ -1598,7 +1600,7 @@ TEST(XmlParserRuns, ReportTheEventsOfATruncatedDocumentUpToItsEnd) {
             if (result.kind == 0 && result.events != std::vector<std::string>{"comment head"}) {
                 ASSERT_EQ(all, result.events) << document.text().substr(0, length);
             }
-            // All events but the last are those of the whole document; the last may be cut off.
+            // All events except the last are those of the whole document; the last may be cut off.
             ASSERT_LE(result.events.size(), all.size());
             for (std::size_t i = 0; i + 1 < result.events.size(); ++i)
                 ASSERT_EQ(all[i], result.events[i]);
@@ -1606,7 +1608,7 @@ TEST(XmlParserRuns, ReportTheEventsOfATruncatedDocumentUpToItsEnd) {
     }
 }
 
-TEST(XmlParserRuns, TakeTimeInProportionToTheText) {
+TEST(XmlParserRuns, TakeTimeProportionalToTheText) {
     // A quadratic parser would need hours for these.
     const std::size_t size = 4000000;
     EXPECT_EQ(1, read("<?xml?><!--" + std::string(size, '-')).kind);

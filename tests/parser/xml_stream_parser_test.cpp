@@ -34,7 +34,7 @@ using node = xml_stream_parser::node;
 // 55 bytes, so that any document after it is long enough to be parsed.
 const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>";
 
-// A file that the test extends.
+// A file to which the test appends.
 class growing_file {
 public:
     explicit growing_file(const std::string& bytes)
@@ -67,7 +67,7 @@ std::string described(const node& one) {
     return text;
 }
 
-// Takes all nodes that are ready or become so, each followed by "; ".
+// Takes all nodes that are ready or become ready, each followed by "; ".
 std::string taken(xml_stream_parser& parser) {
     std::string nodes;
     while (!parser.node_queue_empty())
@@ -109,7 +109,7 @@ void expect_readings(const std::vector<reading>& readings) {
         EXPECT_EQ(one.result, read(one.body, one.depth)) << one.body << " at depth " << one.depth;
 }
 
-// What `read` returns for a file that holds only `size` bytes of the body at the first `parse`.
+// What `read` returns for a file that has only `size` bytes of the body at the first `parse`.
 std::string read_in_two(const std::string& body, std::size_t size, unsigned depth = 1) {
     const growing_file file(declaration + body.substr(0, size));
     xml_stream_parser parser(file.path(), depth);
@@ -139,7 +139,7 @@ TEST(StreamParserFile, IsCheckedButNotReadByTheConstructor) {
     EXPECT_EQ(0u, parser.node_queue_size());
 }
 
-TEST(StreamParserFile, CausesStatus11ForGoodIfItCannotBeOpened) {
+TEST(StreamParserFile, CausesStatus11PermanentlyIfItCannotBeOpened) {
     const test_support::temporary_directory directory;
     const std::string path = directory.path("later.xml");
     xml_stream_parser parser(path, 1);
@@ -151,7 +151,7 @@ TEST(StreamParserFile, CausesStatus11ForGoodIfItCannotBeOpened) {
     EXPECT_EQ(62u, parser.file_length());
 }
 
-TEST(StreamParserFile, CausesStatus11ForGoodIfItIsRemoved) {
+TEST(StreamParserFile, CausesStatus11PermanentlyIfItIsRemoved) {
     const growing_file file(declaration + "<r>");
     xml_stream_parser parser(file.path(), 1);
     EXPECT_EQ("1 r 1/0; status 0", read_on(parser));
@@ -216,7 +216,7 @@ TEST(StreamParserFile, CausesStatus10IfItBecomesASymbolicLink) {
     EXPECT_EQ(10, parser.parse());
 }
 
-TEST(StreamParserFile, LetsExceptionsOfTheFileSystemPass) {
+TEST(StreamParserFile, PropagatesExceptionsOfTheFileSystem) {
     const test_support::temporary_directory directory;
     EXPECT_THROW(xml_stream_parser(directory.path(std::string(300, 'x')), 1), std::runtime_error);
 
@@ -234,7 +234,7 @@ TEST(StreamParserFile, LetsExceptionsOfTheFileSystemPass) {
     EXPECT_EQ("1 r 1/0; 3 r 1/0; status 3", read_on(parser));
 }
 
-TEST(StreamParserFile, LetsExceptionsOfTheFileSystemPassWhileANodeIsTaken) {
+TEST(StreamParserFile, PropagatesExceptionsOfTheFileSystemWhileANodeIsTaken) {
     const test_support::temporary_directory directory;
     const std::string path = directory.write("folder/file.xml", declaration + "<r>");
     xml_stream_parser parser(path, 1);
@@ -247,7 +247,7 @@ TEST(StreamParserFile, LetsExceptionsOfTheFileSystemPassWhileANodeIsTaken) {
     EXPECT_THROW(parser.recover(std::list<ustring8>{"r"}), std::runtime_error);
 }
 
-TEST(StreamParserFile, HoldsNoDataIfItIsAFolder) {
+TEST(StreamParserFile, HasNoDataIfItIsAFolder) {
     const test_support::temporary_directory directory;
     xml_stream_parser parser(directory.path(), 1);
     EXPECT_EQ(0, parser.error());
@@ -298,7 +298,7 @@ TEST(StreamParserFile, HasItsCurrentLength) {
     EXPECT_EQ(0, parser.error());
 }
 
-TEST(StreamParserFile, HoldsNoNewDataAfterShrinkingUntilItIsLongerThanBefore) {
+TEST(StreamParserFile, HasNoNewDataAfterShrinkingUntilItIsLongerThanBefore) {
     const growing_file file(declaration + "<r><a/>");
     xml_stream_parser parser(file.path(), 1);
     EXPECT_EQ("1 r 1/0; 0 a 2/1; status 0", read_on(parser));
@@ -365,7 +365,7 @@ TEST(StreamParserHeader, MayFollowThreeBytesOfAnyKind) {
 }
 
 TEST(StreamParserHeader, MayFollowThreeBytesThatBeginADeclaration) {
-    // The fourth byte is '<', so "<?x" is passed over.
+    // The fourth byte is '<', so "<?x" is skipped.
     EXPECT_EQ("1 r 1/0; 3 r 1/0; status 3", read_file("<?x" + declaration + "<r></r>", 1));
 }
 
@@ -399,7 +399,7 @@ TEST(StreamParserHeader, EndsAtTheFirstQuestionMarkOrAngle) {
         {"<?xml a='>'?><r></r>", "status 6"},
         {"<?xml?><r></r>", "1 r 1/0; 3 r 1/0; status 3"},
         {"<?xmlish?><r></r>", "1 r 1/0; 3 r 1/0; status 3"},
-        // Only the byte after the one looked at is compared with '>', so this one ends nothing.
+        // Only the byte after the current one is compared with '>', so this one ends nothing.
         {"<?xml><q><r></r>", "1 r 1/0; 3 r 1/0; status 3"},
         {"<?xml >< r></ r>", "1 r 1/0; 3 r 1/0; status 3"},
     };
@@ -409,14 +409,14 @@ TEST(StreamParserHeader, EndsAtTheFirstQuestionMarkOrAngle) {
     }
 }
 
-TEST(StreamParserHeader, IsReadOnceAndMustBeCompleteThen) {
+TEST(StreamParserHeader, IsReadOnlyOnceAndMustBeCompleteByThen) {
     for (std::size_t size = 50; size <= declaration.size(); ++size) {
         SCOPED_TRACE(size);
         const growing_file file(declaration.substr(0, size));
         xml_stream_parser parser(file.path(), 1);
         EXPECT_EQ("status 0", read_on(parser));
         file.append(declaration.substr(size) + "<r></r>");
-        // At 54 the data end after the '?', and the '>' that has yet to arrive is passed over.
+        // At 54 the data ends after the '?', and the '>' that has yet to arrive is skipped.
         EXPECT_EQ(size < 54 ? "status 6" : "1 r 1/0; 3 r 1/0; status 3", read_on(parser));
     }
 }
@@ -436,7 +436,7 @@ TEST(StreamParserLevels, AreReportedTwiceUpToTheOpenDepth) {
     });
 }
 
-TEST(StreamParserLevels, KeepWholeNodesUntilTheyClose) {
+TEST(StreamParserLevels, HoldBackWholeNodesUntilTheyClose) {
     const growing_file file(declaration + "<r><a><b/><c/>");
     xml_stream_parser parser(file.path(), 1);
     EXPECT_EQ("1 r 1/0; status 0", read_on(parser));
@@ -603,7 +603,7 @@ TEST(StreamParserTags, StayAtTheEndIfTheRootsEndTagContainsAnElement) {
     EXPECT_EQ("1 r 1/0; 3 r 1/0; 1 s 2/0; 0 s 1/0; status 3", read("<r></r<s></s>", 2));
     EXPECT_EQ("1 r 1/0; 3 r 1/0; 1 s 2/0; 0 s 1/0; status 3", read("<r></r<s></s>>", 2));
 
-    // The document is over with the root's name, so the element is not looked at again.
+    // The document ends with the root's name, so the element is not examined again.
     const growing_file file(declaration + "<r></r<s></s ");
     xml_stream_parser parser(file.path(), 2);
     EXPECT_EQ("1 r 1/0; 3 r 1/0; 1 s 2/0; 0 s 1/0; status 0", read_on(parser));
@@ -613,7 +613,7 @@ TEST(StreamParserTags, StayAtTheEndIfTheRootsEndTagContainsAnElement) {
 
 // --- Names --------------------------------------------------------------------------------------
 
-TEST(StreamParserNames, HoldLettersDigitsUnderscoresAndHighBytes) {
+TEST(StreamParserNames, ContainLettersDigitsUnderscoresAndHighBytes) {
     for (int value = 0; value != 256; ++value) {
         SCOPED_TRACE(value);
         const char byte = static_cast<char>(value);
@@ -714,7 +714,7 @@ TEST(StreamParserAttributes, MayRepeatNamesOfOtherElements) {
               read("<r x='1'><a x='2'><b x='3'/></a><c x='4'/></r>"));
 }
 
-TEST(StreamParserAttributes, AreAddedOnceWhereverTheDataEnd) {
+TEST(StreamParserAttributes, AreAddedOnceWhereverTheDataEnds) {
     const std::string body = "<r><i a='1' b='2' c='3'/></r>";
     for (std::size_t size = 0; size <= body.size(); ++size) {
         EXPECT_EQ("1 r 1/0; 0 i 2/1 a=1 b=2 c=3; 3 r 1/0; status 3", read_in_two(body, size))
@@ -774,7 +774,7 @@ TEST(StreamParserText, IsTheLastRunOfAnElement) {
               read("<r><a>one<b>in</b>two</a></r>"));
 }
 
-TEST(StreamParserText, HoldsAnyByte) {
+TEST(StreamParserText, MayContainAnyByte) {
     for (int value = 0; value != 256; ++value) {
         SCOPED_TRACE(value);
         const std::string text = std::string("x") + static_cast<char>(value) + "y";
@@ -864,8 +864,8 @@ TEST(StreamParserReferences, AreErrorsOtherwise) {
     }
 }
 
-// Where the parser has committed in a run of text that the end of the data cuts: at its beginning,
-// which counts as 0, or at the ';' of the last reference. Then the status.
+// Where the parser has committed in a run of text cut off by the end of the data: at its beginning,
+// which counts as 0, or at the ';' of the last reference. The status follows.
 std::string committed_in_text(const std::string& text) {
     const growing_file file(declaration + "<r><a>" + text);
     xml_stream_parser parser(file.path(), 1);
@@ -894,7 +894,7 @@ TEST(StreamParserReferences, WaitForTheirLengthAndOftenForOneByteMore) {
     }
 }
 
-TEST(StreamParserReferences, AreErrorsAsSoonAsEnoughBytesAreThere) {
+TEST(StreamParserReferences, AreErrorsAsSoonAsEnoughBytesArrive) {
     const struct {
         const char* text;
         int status;
@@ -924,7 +924,7 @@ TEST(StreamParserReferences, CommitSoThatAValueIsResumedAsAnAttribute) {
     xml_stream_parser parser(file.path(), 1);
     EXPECT_EQ(0, parser.parse());
     EXPECT_EQ(55u + 16u, parser.parse_offset());
-    // No more data are needed to see that.
+    // No more data is needed to detect that.
     EXPECT_EQ(6, parser.parse());
     file.append("'/></r>");
     EXPECT_EQ("1 r 1/0; status 6", read_on(parser));
@@ -939,7 +939,7 @@ TEST(StreamParserReferences, CommitTheLineAsWell) {
     EXPECT_EQ(2u, parser.line());
 }
 
-TEST(StreamParserReferences, AreDroppedFromAValueIfTheDataEndSoonAfterThem) {
+TEST(StreamParserReferences, AreDroppedFromAValueIfTheDataEndsSoonAfterThem) {
     const struct {
         const char* value;  // with what follows it, up to the end of the data
         const char* rest;
@@ -957,7 +957,7 @@ TEST(StreamParserReferences, AreDroppedFromAValueIfTheDataEndSoonAfterThem) {
         {"\"&amp\">", "</a></r>", "0 a 2/1 v=p; 3 r 1/0; status 3"},
         {"\"&a\">", "</a></r>", "0 a 2/1 v=a; 3 r 1/0; status 3"},
         {"\"&a\">\n", "</a></r>", "0 a 2/1 v=; 3 r 1/0; status 3"},
-        // The byte that is dropped may be the closing quote, and the value goes on.
+        // The dropped byte may be the closing quote, and then the value continues.
         {"\"&a\">\n\n", "\"></a></r>", "status 6"},
     };
     for (const auto& c : cases) {
@@ -1006,13 +1006,13 @@ TEST(StreamParserComments, LoseTheByteAfterThem) {
     }
 }
 
-// Whether the byte after the comment is lost, if the data first end `size` bytes after its
+// Whether the byte after the comment is lost if the data first ends `size` bytes after its
 // beginning.
 bool loses_a_byte(const std::string& comment, std::size_t size) {
     return size < 4 || size > comment.size();
 }
 
-TEST(StreamParserComments, LoseNoByteIfTheDataEndWithinThem) {
+TEST(StreamParserComments, LoseNoByteIfTheDataEndsWithinThem) {
     const std::string comment = "<!-- c\n-\n c -->";
     const std::string body = "<r><a>" + comment + "xy</a></r>";
     const std::size_t begin = 6;
@@ -1074,10 +1074,10 @@ TEST(StreamParserComments, MayBeLongerThanTheBuffer) {
 
 // --- Lines and offsets --------------------------------------------------------------------------
 
-TEST(StreamParserLines, CountLineFeedsBetweenAndInsideTags) {
+TEST(StreamParserLines, AreCountedByLineFeedsBetweenAndInsideTags) {
     const struct {
         const char* body;
-        std::vector<unsigned> lines;  // of the nodes, and of the parser at the end
+        std::vector<unsigned> lines;  // lines of the nodes, and of the parser at the end
     } cases[] = {
         {"<r></r>", {1, 1, 1}},
         {"\n<r>\n\n</r>", {2, 4, 4}},
@@ -1105,14 +1105,14 @@ TEST(StreamParserLines, CountLineFeedsBetweenAndInsideTags) {
     }
 }
 
-TEST(StreamParserLines, CountThoseBeforeAndAfterTheDeclaration) {
+TEST(StreamParserLines, IncludeThoseBeforeAndAfterTheDeclaration) {
     const growing_file file("\n\n" + declaration + "\n<r></r>");
     xml_stream_parser parser(file.path(), 1);
     ASSERT_EQ(3, parser.parse());
     EXPECT_EQ(4u, parser.node_queue_front().line);
 }
 
-TEST(StreamParserLines, CountOnceWhereverTheDataEnd) {
+TEST(StreamParserLines, AreCountedOnceWhereverTheDataEnds) {
     const std::string body = "\n<\nr\na=\n'1'\n>\n<a\n/>\n<!--\n\n-->\t\n<b\n>t</b\n>\n</\nr\n>";
     for (std::size_t size = 0; size <= body.size(); ++size) {
         SCOPED_TRACE(size);
@@ -1206,7 +1206,7 @@ TEST(StreamParserQueue, LosesANodeThatIsPoppedTooEarly) {
 }
 
 TEST(StreamParserQueue, StaysSafeWheneverOpenNodesAreTaken) {
-    // Later text and attributes of the nodes that are gone are dropped.
+    // Later text and attributes of nodes that have been taken are dropped.
     const std::string body = "<r a='1' b='2'><s c='3' d='4'>text<t e='5'><u>more</u>last</t>"
                              "</s><s f='6'/>";
     for (unsigned depth = 0; depth != 5; ++depth) {
@@ -1279,7 +1279,7 @@ TEST(StreamParserQueue, IsFullForTheNextCallWithAHundredNodes) {
     }
 }
 
-TEST(StreamParserQueue, HasNoLimitWithFewerThanTwoReadyNodesInFront) {
+TEST(StreamParserQueue, HasNoLimitWithFewerThanTwoReadyNodesAtTheFront) {
     const std::string children = repeated("<i/>", 300);
     const growing_file one_ready(declaration + "<r><w>" + children);
     xml_stream_parser unlimited(one_ready.path(), 1);
@@ -1294,7 +1294,7 @@ TEST(StreamParserQueue, HasNoLimitWithFewerThanTwoReadyNodesInFront) {
     EXPECT_EQ(55u + 10 + 98 * 4, limited.parse_offset());
     EXPECT_EQ("r", limited.node_queue_pop().name);
     EXPECT_EQ(55u + 10 + 98 * 4, limited.parse_offset());
-    EXPECT_EQ("s", limited.node_queue_pop().name);  // parses on, as w is not ready
+    EXPECT_EQ("s", limited.node_queue_pop().name);  // continues parsing, since w is not ready
     EXPECT_EQ(55u + 10 + 1200, limited.parse_offset());
     two_ready.append("</w>");
     limited.parse();
@@ -1358,7 +1358,7 @@ const std::list<ustring8> only(const char* name) {
     return std::list<ustring8>(1, name);
 }
 
-TEST(StreamParserRecovery, ResumesAtTheNextElementOfANameOnTheList) {
+TEST(StreamParserRecovery, ResumesAtTheNextElementWithANameOnTheList) {
     const struct {
         const char* body;
         std::list<ustring8> names;
@@ -1371,10 +1371,10 @@ TEST(StreamParserRecovery, ResumesAtTheNextElementOfANameOnTheList) {
         {"<r><b =/><bb/><b/></r>", {"b"}, "0 b 3/0; 3 r 1/0; status 3"},
         {"<r><b =/></c><!c><c/></r>", {"c"}, "0 c 3/0; 3 r 1/0; status 3"},
         {"<r><b =/><<c/></r>", {"c"}, "0 c 3/0; 3 r 1/0; status 3"},
-        // The second '<' is passed over, as a byte after whitespace that is no name byte.
+        // The second '<' is skipped, like any byte after whitespace that is not a name byte.
         {"<r><b =/>< <c/><c n='2'/></r>", {"c"}, "0 c 3/0 n=2; 3 r 1/0; status 3"},
         {"<r><b =/><!<c/></r>", {"c"}, "0 c 3/0; 3 r 1/0; status 3"},
-        // The search looks into comments and values, too.
+        // The search includes comments and values.
         {"<r><b =/><!-- <c n='1'/> --><c n='2'/></r>", {"c"}, "0 c 3/0 n=1; status 6"},
         {"<r><b =/><d v='<c/>'/><c n='2'/></r>", {"c"}, "0 c 3/0; status 6"},
         // An error in a deeper element closes all deeper elements.
@@ -1429,7 +1429,7 @@ TEST(StreamParserRecovery, DropsLaterTextOfNodesThatItRemoved) {
 }
 
 TEST(StreamParserRecovery, ClearsTheFlagsOfTheConstructThatFailed) {
-    // Inside a comment, inside a tag, and with the '>' of an end tag due.
+    // Inside a comment, inside a tag, and before the '>' of an end tag.
     for (const std::string broken : {"<!-- -- >", "<b x='1'", "<b></b &;zzz>"}) {
         SCOPED_TRACE(broken);
         const growing_file file(declaration + "<r>" + broken + "<c/></r>");
@@ -1445,7 +1445,7 @@ TEST(StreamParserRecovery, ClearsTheFlagsOfTheConstructThatFailed) {
     EXPECT_EQ("0 c 3/0; status 6", read_on(parser)) << "no '>' is due";
 }
 
-TEST(StreamParserRecovery, FailsUntilTheFileHoldsSuchAnElement) {
+TEST(StreamParserRecovery, FailsUntilTheFileHasSuchAnElement) {
     const growing_file file(declaration + "<r><b =/>");
     xml_stream_parser parser(file.path(), 1);
     EXPECT_EQ(6, parser.parse());
@@ -1493,7 +1493,7 @@ TEST(StreamParserRecovery, LooksAgainAtAnAngleThatEndedTheData) {
     }
 }
 
-TEST(StreamParserRecovery, PassesOverANameThatTheEndOfTheDataCuts) {
+TEST(StreamParserRecovery, SkipsANameCutOffByTheEndOfTheData) {
     for (const std::string cut : {"<c", "< ", "<cc", "< c"}) {
         SCOPED_TRACE(cut);
         const growing_file file(declaration + "<r><b =/>" + cut);
@@ -1508,9 +1508,9 @@ TEST(StreamParserRecovery, PassesOverANameThatTheEndOfTheDataCuts) {
 }
 
 // The file is complete, but the search sees 65536 bytes of it at a time.
-TEST(StreamParserRecovery, PassesOverANameThatTheEndOfTheBufferCuts) {
+TEST(StreamParserRecovery, SkipsANameCutOffByTheEndOfTheBuffer) {
     for (std::size_t inside = 0; inside != 8; ++inside) {
-        SCOPED_TRACE(inside);  // the bytes of the first tag that are within the first 65536
+        SCOPED_TRACE(inside);  // bytes of the first tag within the first 65536
         std::string document = declaration + "<r><b =/>";
         document.resize(65536 - inside, ' ');
         const growing_file file(document + "<item n='1'/><item n='2'/></r>");
@@ -1524,7 +1524,7 @@ TEST(StreamParserRecovery, PassesOverANameThatTheEndOfTheBufferCuts) {
     }
 }
 
-TEST(StreamParserRecovery, LosesNoByteAfterAReferenceThatTheEndOfTheDataCuts) {
+TEST(StreamParserRecovery, LosesNoByteAfterAReferenceCutOffByTheEndOfTheData) {
     for (const std::string cut :
          {"<a x='q&#x41", "<a x='&#65", "<a x=\"q&#1234567", "<a x='&amp;&#x4"}) {
         SCOPED_TRACE(cut);
@@ -1598,7 +1598,7 @@ TEST(StreamParserRecovery, IsFatalWithoutARoot) {
     EXPECT_EQ(10, other.recover(only("r")));
 }
 
-TEST(StreamParserRecovery, OnlyFailsWithoutNames) {
+TEST(StreamParserRecovery, FailsWithoutNames) {
     const growing_file file(declaration + "<r><a/></x></r>");
     xml_stream_parser parser(file.path(), 1);
     EXPECT_EQ(4, parser.parse());
@@ -1668,7 +1668,7 @@ const char growth_nodes[] =
     "0 include 7/2 file=other.xml; "
     "0 day 2/0; 1 day 8/1 date=2020-01-02; 0 day 2/0; 3 journal 1/0; ";
 
-TEST(StreamParserGrowth, MakesTheSameNodesForEverySplitInTwo) {
+TEST(StreamParserGrowth, ProducesTheSameNodesForEverySplitInTwo) {
     const std::string document = growth_document;
     for (std::size_t size = 0; size <= document.size(); ++size) {
         SCOPED_TRACE(size);
@@ -1685,7 +1685,7 @@ TEST(StreamParserGrowth, MakesTheSameNodesForEverySplitInTwo) {
     }
 }
 
-TEST(StreamParserGrowth, MakesTheSameNodesForRandomPieces) {
+TEST(StreamParserGrowth, ProducesTheSameNodesForRandomPieces) {
     const std::string document = growth_document;
     std::mt19937 random(1);
     for (int round = 0; round != 60; ++round) {
@@ -1711,7 +1711,7 @@ TEST(StreamParserGrowth, MakesTheSameNodesForRandomPieces) {
 
 TEST(StreamParserGrowth, LosesTextBeforeACommittedReference) {
     // '&' is at 1, ';' at 5 and the tag's '<' at 8. With 7 bytes the entity is taken and committed,
-    // and up to 8 there is no tag to complete the text.
+    // and with up to 8 there is no tag to complete the text.
     const std::string text = "a&amp;bc</a></r>";
     for (std::size_t size = 0; size <= text.size(); ++size) {
         const bool is_cut = size >= 7 && size <= 8;
@@ -1784,7 +1784,7 @@ TEST(StreamParserBuffer, IsRefilledInsideAnyConstruct) {
 }
 
 TEST(StreamParserBuffer, ResumesAValueAtItsFirstByte) {
-    // After the buffer is refilled its first byte is the ';' of the entity, and nothing precedes
+    // After the buffer is refilled, its first byte is the ';' of the entity, with nothing before
     // it.
     std::string document = declaration + "<r><a v='";
     document.resize(65536 - 11, 'x');

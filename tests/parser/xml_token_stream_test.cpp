@@ -73,7 +73,7 @@ TEST(XmlToken, HoldsATypeAndAValue) {
     EXPECT_EQ(" ", copy.value());
 }
 
-TEST(XmlTokenStream, IsEmptyAtFirst) {
+TEST(XmlTokenStream, IsInitiallyEmpty) {
     xml_token_stream stream;
     EXPECT_EQ(0u, stream.size());
     EXPECT_EQ(stream.begin(), stream.end());
@@ -81,7 +81,7 @@ TEST(XmlTokenStream, IsEmptyAtFirst) {
     EXPECT_EQ(constant.begin(), constant.end());
 }
 
-TEST(XmlTokenStream, IsNotCopied) {
+TEST(XmlTokenStream, IsNotCopyable) {
     EXPECT_FALSE(std::is_copy_constructible<xml_token_stream>::value);
     EXPECT_FALSE(std::is_copy_assignable<xml_token_stream>::value);
     EXPECT_FALSE(std::is_copy_constructible<xml_parser>::value);
@@ -142,7 +142,7 @@ TEST(XmlTokenStream, PutsACommentAfterAStartTagBeforeTheTokenOfItsEnd) {
     });
 }
 
-TEST(XmlTokenStream, KeepsCommentsAndWhitespaceOutsideOfTheRoot) {
+TEST(XmlTokenStream, KeepsCommentsAndWhitespaceOutsideTheRoot) {
     EXPECT_THAT(tokens_of("<?xml?> <!--c-->\n<a/>\n"),
                 ElementsAre("comment c", "space \n", "element_start a", "start_tag_end",
                             "element_end a", "space \n"));
@@ -165,7 +165,7 @@ TEST(XmlTokenStream, ReturnsTheErrorAndKeepsTheTokensBeforeIt) {
                             "attribute_name c", "attribute_value 1"));
 }
 
-TEST(XmlTokenStream, MakesNoTokenOfAnEmptyDocument) {
+TEST(XmlTokenStream, ProducesNoTokenForAnEmptyDocument) {
     xml_token_stream stream;
     EXPECT_EQ(parse_error::no_header, stream.parse("").type);
     EXPECT_THAT(lines_of(stream), IsEmpty());
@@ -210,7 +210,7 @@ TEST(XmlTokenStream, ParsesARange) {
     EXPECT_EQ(parse_error::no_header, stream.parse(text.begin(), text.end()).type);
 }
 
-TEST(XmlTokenStream, OffersConstantAndOtherIterators) {
+TEST(XmlTokenStream, HasConstantAndMutableIterators) {
     xml_token_stream stream;
     ASSERT_EQ(parse_error::no_error, stream.parse("<?xml?><a/>").type);
     const xml_token_stream& constant = stream;
@@ -225,13 +225,13 @@ TEST(XmlTokenStream, OffersConstantAndOtherIterators) {
     EXPECT_TRUE((std::is_same<unsigned long, decltype(constant.size())>::value));
 }
 
-// What each handler does in the two states that a stream can be in. The state after the call shows
-// in whether a space then adds a start_tag_end.
+// What each handler does in the two states that a stream can be in. The state after the call is
+// visible in whether a space then adds a start_tag_end.
 struct handler_row {
     const char* name;
     void (*call)(xml_token_stream&);
-    std::vector<std::string> closed;  // with no start_tag_end due
-    std::vector<std::string> open;    // with one due
+    std::vector<std::string> closed;  // with no start_tag_end pending
+    std::vector<std::string> open;    // with one pending
 };
 
 TEST(XmlTokenStream, EndsStartTagsByTheTableOfHandlers) {
@@ -294,13 +294,13 @@ TEST(XmlTokenStream, HoldsTheTokensOfManyElements) {
     EXPECT_EQ(300003u, stream.size());
 }
 
-// A name, a value and pieces of text that do not fit into a string without an allocation.
+// A name, a value and pieces of text that are too long for a string without an allocation.
 const char long_document[] =
     "<?xml?><a_name_of_many_letters an_attribute_of_many_letters='a value of many letters'>"
     "<!-- a comment of many letters --> a text of many letters                    &amp;<b/>"
     "</a_name_of_many_letters>";
 
-TEST(XmlTokenStream, PassesAFailedAllocationOnAndLeaksNothing) {
+TEST(XmlTokenStream, PropagatesAFailedAllocationAndLeaksNothing) {
     const ustring8 text(long_document);
     unsigned failures = 0;
     for (bool failed = true; failed; ++failures) {

@@ -1,4 +1,4 @@
-// Checks that the tests of several buffers share.
+// Checks shared by the tests of several buffers.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,14 +9,15 @@
 
 namespace test_support {
 
-// A literal with exactly the bytes that it shows, embedded zeros included. The separator of the
-// text encoding is written \001.
+// A literal with exactly the bytes shown, including embedded zeros. The separator of the text
+// encoding is written \001.
 template <std::size_t Size>
 std::string bytes(const char (&literal)[Size]) {
     return std::string(literal, Size - 1);
 }
 
-// That `assign` refuses null pointers with a length and negative lengths, and changes nothing then.
+// Checks that `assign` rejects null pointers with a length and negative lengths, and then changes
+// nothing.
 template <typename Buffer>
 void expect_invalid_pointers_are_refused(Buffer& buffer) {
     const std::string before = buffer.as_str();

@@ -1,4 +1,5 @@
-// A `serialize_buffer` as a user may write one: each item is its bytes in hexadecimal and a comma.
+// A `serialize_buffer` as a user might write one: each item is its bytes in hexadecimal and a
+// comma.
 #pragma once
 
 #include <tova/serialization/serialize_buffer.hpp>

@@ -16,7 +16,7 @@ using tova::serialization::labeled_serialize_buffer;
 using tova::serialization::labeled_text_buffer;
 using tova::types::variant;
 
-// A class of a user: it records what it is assigned, and stores nothing.
+// A user's class: it records what is assigned to it and stores nothing.
 class noting_buffer : public labeled_serialize_buffer {
 public:
     labeled_serialize_buffer& assign(const labeled_serialize_buffer& other) override {
@@ -113,7 +113,7 @@ public:
 
 const char two_levels[] = "1\001a\0011\001x\0012\001g \0018\0011\001b\0011\001y\001\001";
 
-TEST(LabeledTextBufferSlots, EveryAssignmentOfTextCallsTheOneOfAString) {
+TEST(LabeledTextBufferSlots, EveryAssignmentOfTextCallsTheFormForAString) {
     labeled_text_buffer source;
     source.add_value("a", 1);
     overriding_buffer buffer;
@@ -139,7 +139,7 @@ TEST(LabeledTextBufferSlots, TheParserPassesTheTextOfAGroupToTheGroup) {
     buffer.assign(std::string(two_levels));
     EXPECT_EQ("[1\001b\0011\001y\001]", group.assigned);
 
-    // The same for a group of a class that derives from `labeled_text_buffer`.
+    // The same for a group whose class derives from `labeled_text_buffer`.
     overriding_buffer derived;
     buffer.group = &derived;
     buffer.assign(std::string(two_levels));
@@ -155,7 +155,7 @@ TEST(LabeledTextBufferSlots, HasValueAndHasGroupCallTheVirtualRetrieveOperations
     EXPECT_FALSE(buffer.has_group("a"));
     EXPECT_EQ("retrieve_group ", buffer.calls);
 
-    // A group of another class is only asked for its text.
+    // For a group of another class, only its text is requested.
     noting_buffer group;
     buffer.group = &group;
     EXPECT_FALSE(buffer.has_group("nowhere"));

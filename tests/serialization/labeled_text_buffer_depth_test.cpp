@@ -1,4 +1,4 @@
-// Trees that are deeper than any stack.
+// Tests trees that are deeper than any stack.
 #include <tova/serialization/labeled_text_buffer.hpp>
 
 #include "support/child_process.hpp"
@@ -31,8 +31,8 @@ std::string bottom_of(const labeled_serialize_buffer& buffer) {
     return group->retrieve_value("bottom").as_string();
 }
 
-// The text of such a tree, built from the inside out: first what precedes the value, backwards, and
-// after it one closing separator for each group.
+// The text of such a tree, built from the inside out: first what precedes the value, in reverse,
+// and after it one closing separator for each group.
 std::string deep_text(const std::string& value) {
     std::string front;
     const auto prepend = [&front](const std::string& bytes) {

@@ -38,7 +38,7 @@ std::string value_of(const labeled_serialize_buffer& buffer, const std::string& 
     return buffer.retrieve_value(label).as_string();
 }
 
-TEST(LabeledTextBuffer, IsEmptyAtFirst) {
+TEST(LabeledTextBuffer, IsInitiallyEmpty) {
     const labeled_text_buffer buffer;
     EXPECT_TRUE(buffer.is_empty());
     EXPECT_EQ("", buffer.as_str());
@@ -47,7 +47,7 @@ TEST(LabeledTextBuffer, IsEmptyAtFirst) {
     EXPECT_FALSE(buffer.allocated);
 }
 
-TEST(LabeledTextBuffer, WritesLabelsAndPayloadsInPairs) {
+TEST(LabeledTextBuffer, WritesPairsOfLabelAndPayload) {
     labeled_text_buffer buffer;
     buffer.add_value("a", 1);
     buffer.create_group("g")->add_value("b", "x");
@@ -127,7 +127,7 @@ TEST(LabeledTextBuffer, ReturnsWhetherAValueWasReplaced) {
     EXPECT_EQ("3", value_of(buffer, "a"));
 }
 
-TEST(LabeledTextBuffer, KeepsValueAndGroupOfALabelApart) {
+TEST(LabeledTextBuffer, StoresValueAndGroupOfALabelSeparately) {
     labeled_text_buffer buffer;
     labeled_serialize_buffer* const group = buffer.create_group("g");
     group->add_value("x", 1);
@@ -240,7 +240,7 @@ TEST(LabeledTextBuffer, EmptiesAGroupThatAppearsTwiceInTheText) {
     EXPECT_EQ(strings({"g", "w", "g ", strings({"y", "2"})}), buffer.as_str());
 }
 
-TEST(LabeledTextBuffer, IsEmptiedByAnEmptyText) {
+TEST(LabeledTextBuffer, IsClearedByAssigningAnEmptyText) {
     labeled_text_buffer buffer;
     buffer.add_value("a", 1);
     EXPECT_EQ(&buffer, &buffer.assign(std::string()));
@@ -279,7 +279,7 @@ TEST(LabeledTextBuffer, KeepsValueTypesOnlyWhenAssignedFromItsOwnClass) {
     EXPECT_TRUE(by_operator.retrieve_value("n").type() == typeid(int));
 }
 
-TEST(LabeledTextBuffer, IsReadAgainWhenAssignedToItselfAsABase) {
+TEST(LabeledTextBuffer, IsReadAgainWhenAssignedToItselfAsItsBaseClass) {
     labeled_text_buffer buffer;
     buffer.add_value("n", 5);
     labeled_serialize_buffer* const group = buffer.create_group("g");
@@ -313,7 +313,7 @@ TEST(LabeledTextBuffer, IsAssignedFromItsOwnGroupAndToIt) {
     EXPECT_EQ(strings({"g ", before}), copy.as_str());
 }
 
-TEST(LabeledTextBuffer, CopiesTheTreeAndSharesNothingOfIt) {
+TEST(LabeledTextBuffer, CopiesTheTreeAndSharesNothing) {
     labeled_text_buffer source;
     source.add_value("n", 5);
     source.create_group("g")->create_group("h")->add_value("x", 1);
@@ -363,7 +363,7 @@ TEST(LabeledTextBuffer, ReturnsAReferenceIntoItself) {
     EXPECT_EQ("1\001a\0011\0011\001", text);
 }
 
-TEST(LabeledTextBuffer, ReadsWhateverBrokenStringsYield) {
+TEST(LabeledTextBuffer, ReadsBrokenStringsAsDocumented) {
     const struct {
         const char* name;
         std::string text;
@@ -394,7 +394,7 @@ TEST(LabeledTextBuffer, RaisesForALengthWithoutASeparator) {
     labeled_text_buffer buffer;
     EXPECT_THROW(buffer.assign(std::string("1\001a\0011")), std::out_of_range);
     EXPECT_TRUE(buffer.is_empty());
-    // What was read before stays, also in a group.
+    // What was read before is kept, even in a group.
     EXPECT_THROW(buffer.assign(strings({"a", "1", "g ", "1\001x\0011\001y\0017"})),
                  std::out_of_range);
     EXPECT_EQ(strings({"a", "1", "g ", strings({"x", "y"})}), buffer.as_str());
@@ -468,7 +468,7 @@ TEST(LabeledTextBufferOverlay, ClearsAValueForANilWithoutAGroup) {
     buffer.add_value("b", 1);
     labeled_text_buffer other;
     other.add_value("a", variant());
-    other.create_group("b");  // an empty group, which is no group in the merge
+    other.create_group("b");  // an empty group, which counts as no group in the merge
     buffer.overlay(other);
     EXPECT_TRUE(buffer.has_label("a"));
     EXPECT_FALSE(buffer.has_value("a"));
@@ -493,7 +493,7 @@ TEST(LabeledTextBufferOverlay, AcceptsItsOwnGroups) {
     buffer.create_group("g")->create_group("g")->add_value("x", 1);
     labeled_text_buffer down(buffer);
     buffer.overlay(group_of(buffer, "g"));
-    // The inner "g" is merged into the outer one, which the walk is inside of.
+    // The inner "g" is merged into the outer one, in which the walk currently is.
     EXPECT_EQ(strings({"g ", strings({"g ", strings({"x", "1"}), "x", "1"}), "x", "1"}),
               buffer.as_str());
     const std::string before = group_of(down, "g").as_str();
@@ -504,7 +504,7 @@ TEST(LabeledTextBufferOverlay, AcceptsItsOwnGroups) {
     EXPECT_EQ(strings({"g ", strings({"x", "1"})}), before);
 }
 
-// Makes random trees, as a buffer and as the plain recursive model.
+// Creates random trees, as a buffer and as the simple recursive model.
 class tree_maker {
 public:
     explicit tree_maker(unsigned seed) : m_random(seed) {}
@@ -548,7 +548,7 @@ private:
     std::mt19937 m_random;
 };
 
-TEST(LabeledTextBuffer, AgreesWithAPlainModelOnRandomTrees) {
+TEST(LabeledTextBuffer, AgreesWithASimpleModelOnRandomTrees) {
     for (unsigned seed = 0; seed < 400; ++seed) {
         SCOPED_TRACE(seed);
         tree_maker maker(seed);
@@ -577,7 +577,7 @@ TEST(LabeledTextBuffer, AgreesWithAPlainModelOnRandomTrees) {
 }
 
 // Texts with one byte changed: the same tree or the same failure.
-TEST(LabeledTextBuffer, AgreesWithAPlainModelOnBrokenTexts) {
+TEST(LabeledTextBuffer, AgreesWithASimpleModelOnBrokenTexts) {
     int outcomes[3] = {0, 0, 0};
     for (unsigned seed = 0; seed < 60; ++seed) {
         tree_maker maker(seed);

@@ -24,7 +24,7 @@ using tova::serialization::serialize_text_buf;
 
 const char guide[] = "docs/serialization.md";
 
-// The bytes of a table. Two spaces separate the bytes of a line from its remark.
+// The bytes of a table. Two spaces separate the bytes of a line from its note.
 std::string bytes_of(const std::string& table) {
     std::string bytes;
     for (const auto& line : lines_of(table)) {

@@ -111,7 +111,7 @@ TEST(SerializeBinaryBufReading, ReturnsNothingFromEmptyContent) {
     }
 }
 
-// Every fixed-size read, with fewer bytes left than it takes, down to one.
+// Every fixed-size read, with fewer bytes left than it needs, down to one.
 TEST(SerializeBinaryBufReading, CountsMissingBytesAsZerosAndGoesPastTheEnd) {
     const std::string content = bytes("\x11\x22\x33\x44\x55\x66\x77");
     const unsigned long all = 0x0077665544332211ul;
@@ -186,7 +186,7 @@ TEST(SerializeBinaryBufReading, ReturnsAnEmptyBufferInTheMiddleAndNullAtTheEnd) 
 TEST(SerializeBinaryBufReading, IgnoresALengthThatComesLast) {
     serialize_binary_buf buffer(bytes("\x10\0\0\0"));
     EXPECT_EQ(nullptr, buffer.read_buffer());
-    // The position moved by four bytes, and not by sixteen more.
+    // The position moves by four bytes, not by sixteen more.
     buffer.assign(bytes("\x10\0\0\0\x07"));
     EXPECT_FALSE(buffer.at_end());
     EXPECT_EQ(7, buffer.read_int8());

@@ -21,7 +21,7 @@ using tova::serialization::serialize_binary_buf;
 using tova::serialization::serialize_buffer;
 using tova::serialization::serialize_text_buf;
 
-// What both encodings have in common.
+// Tests what both encodings have in common.
 template <typename Buffer>
 class SerializeBuffer : public ::testing::Test {};
 
@@ -100,7 +100,7 @@ TYPED_TEST(SerializeBuffer, ReadsAnyEncodedTextFromItsStart) {
     read_each_type(buffer, nested.as_str());
 }
 
-TYPED_TEST(SerializeBuffer, HoldsABufferOfAnyClassAsItsBytes) {
+TYPED_TEST(SerializeBuffer, StoresABufferOfAnyClassAsItsBytes) {
     test_support::hex_buffer own;
     own.append_int16(-2);
     own.append_string("xy");
@@ -120,7 +120,7 @@ TYPED_TEST(SerializeBuffer, HoldsABufferOfAnyClassAsItsBytes) {
     EXPECT_EQ("xy", again.read_string());
 }
 
-TYPED_TEST(SerializeBuffer, IsHeldByABufferOfAnyClass) {
+TYPED_TEST(SerializeBuffer, MayBeStoredInABufferOfAnyClass) {
     const TypeParam inner = two_numbers<TypeParam>();
     test_support::hex_buffer outer;
     outer.append_buffer(inner);
@@ -131,7 +131,7 @@ TYPED_TEST(SerializeBuffer, IsHeldByABufferOfAnyClass) {
     EXPECT_EQ(8, again.read_int32());
 }
 
-TYPED_TEST(SerializeBuffer, IsEmptyAtFirst) {
+TYPED_TEST(SerializeBuffer, IsInitiallyEmpty) {
     const TypeParam buffer;
     EXPECT_EQ("", buffer.as_str());
     EXPECT_TRUE(buffer.at_end());
@@ -163,7 +163,7 @@ TYPED_TEST(SerializeBuffer, AppendsWithoutMovingTheReadPosition) {
     EXPECT_EQ(10, buffer.read_int32());
 }
 
-TYPED_TEST(SerializeBuffer, AppendsItsOwnContentAsItWasBefore) {
+TYPED_TEST(SerializeBuffer, AppendsItsOwnPreviousContent) {
     TypeParam buffer;
     buffer.append_string("ab");
     const std::string before = buffer.as_str();
@@ -245,7 +245,7 @@ TYPED_TEST(SerializeBuffer, IsCreatedEmptyAndMarked) {
     EXPECT_EQ(1, created->read_int32());
 }
 
-TYPED_TEST(SerializeBuffer, StartsWithoutCountAndMarkFromAString) {
+TYPED_TEST(SerializeBuffer, StartsWithoutCountOrMarkFromAString) {
     const TypeParam buffer(std::string("abc"));
     EXPECT_EQ(0u, buffer.count);
     EXPECT_FALSE(buffer.allocated);
@@ -282,7 +282,7 @@ TYPED_TEST(SerializeBuffer, IsDeletedByTheLastOfItsHolders) {
     EXPECT_EQ(1, destroyed);
 }
 
-TYPED_TEST(SerializeBuffer, LeavesTheReadPositionAloneWhenAssigned) {
+TYPED_TEST(SerializeBuffer, KeepsTheReadPositionWhenAssigned) {
     const TypeParam other = two_numbers<TypeParam>();
     TypeParam buffer = two_numbers<TypeParam>();
     EXPECT_EQ(7, buffer.read_int32());
@@ -329,7 +329,7 @@ TYPED_TEST(SerializeBuffer, KeepsItsCountAndMarkWhenAssigned) {
     target.count = 0;
 }
 
-TYPED_TEST(SerializeBuffer, CopiesTheReadPositionByTheOperator) {
+TYPED_TEST(SerializeBuffer, CopiesTheReadPositionInTheAssignmentOperator) {
     const TypeParam source = two_numbers<TypeParam>();
     EXPECT_EQ(7, source.read_int32());
     TypeParam target;
@@ -343,7 +343,7 @@ TYPED_TEST(SerializeBuffer, AcceptsPartsOfItsOwnContent) {
     EXPECT_EQ("cde", buffer.as_str());
 }
 
-TYPED_TEST(SerializeBuffer, RefusesANullPointerWithALength) {
+TYPED_TEST(SerializeBuffer, RejectsANullPointerWithALength) {
     TypeParam buffer(std::string("abc"));
     test_support::expect_invalid_pointers_are_refused(buffer);
     EXPECT_EQ("abc", buffer.as_str());

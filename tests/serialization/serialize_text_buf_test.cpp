@@ -185,7 +185,7 @@ TEST(SerializeTextBufReading, SaturatesAtTheRangeOfTheTypeRead) {
     EXPECT_TRUE(buffer.at_end());
 }
 
-TEST(SerializeTextBufReading, TreatsPrefixesSpacesAndTrailingTextAsTheNumberParsersDo) {
+TEST(SerializeTextBufReading, TreatsPrefixesSpacesAndTrailingTextLikeTheNumberParsers) {
     const struct {
         const char* field;
         int as_int;
@@ -254,7 +254,7 @@ TEST(SerializeTextBufReading, ReturnsZerosAfterTheLastItem) {
         EXPECT_EQ(0.0, buffer.read_double());
         EXPECT_EQ(0u, buffer.read_uint64());
     }
-    // At npos a string or buffer is empty as well, and the position stays.
+    // At npos a string or buffer is empty as well, and the position doesn't move.
     EXPECT_EQ("", buffer.read_string());
     EXPECT_TRUE(buffer.at_end());
     const std::unique_ptr<serialize_buffer> nested(buffer.read_buffer());
@@ -305,7 +305,7 @@ TEST(SerializeTextBufReading, ReturnsANewEmptyBufferFromEmptyContent) {
     EXPECT_TRUE(nested->allocated);
 }
 
-TEST(SerializeTextBufReading, SkipsTheByteAfterAStringWithoutALook) {
+TEST(SerializeTextBufReading, SkipsTheByteAfterAStringWithoutExaminingIt) {
     const serialize_text_buf buffer(bytes("2\001abX7\001"));
     EXPECT_EQ("ab", buffer.read_string());
     EXPECT_EQ(7, buffer.read_int32());
@@ -324,11 +324,11 @@ TEST(SerializeTextBufReading, SkipsBothSeparatorsOfAnEmptyString) {
     EXPECT_EQ(6, buffer.read_int32());
 }
 
-TEST(SerializeTextBufReading, CutsAStringOffWhereTheContentEnds) {
+TEST(SerializeTextBufReading, CutsAStringOffAtTheEndOfTheContent) {
     const serialize_text_buf buffer(bytes("5\001abc"));
     EXPECT_EQ("abc", buffer.read_string());
     EXPECT_TRUE(buffer.at_end());
-    // The position is past the end but not npos: a number raises there, and leaves npos.
+    // The position is past the end but not npos: reading a number raises and sets npos.
     expect_beyond("8", "5", [&] { buffer.read_int32(); });
     EXPECT_TRUE(buffer.at_end());
     EXPECT_EQ(0, buffer.read_int32());
@@ -353,11 +353,11 @@ TEST(SerializeTextBufReading, ReadsTheLengthAsA32BitNumber) {
 TEST(SerializeTextBufReading, MovesBackwardsByANegativeLength) {
     const serialize_text_buf buffer(bytes("7\001-4\001abc\001"));
     EXPECT_EQ(7, buffer.read_int32());
-    // The rest of the content, and position 5 - 4 + 1.
+    // The rest of the content is read, and the position is 5 - 4 + 1.
     EXPECT_EQ(bytes("abc\001"), buffer.read_string());
     EXPECT_EQ(-4, buffer.read_int32());
 
-    // A position that becomes npos by the sum is the end.
+    // If the sum is npos, the position is at the end.
     const serialize_text_buf ends(bytes("-5\001ab\001"));
     EXPECT_EQ(bytes("ab\001"), ends.read_string());
     EXPECT_TRUE(ends.at_end());
@@ -369,7 +369,7 @@ TEST(SerializeTextBufReading, RaisesForALengthWithoutASeparator) {
     const serialize_text_buf buffer(bytes("1\0013"));
     EXPECT_EQ(1, buffer.read_int32());
     expect_beyond(npos, "3", [&] { buffer.read_string(); });
-    // The position is moved before the bytes are taken: npos + 3 + 1.
+    // The position moves before the bytes are taken: npos + 3 + 1.
     EXPECT_TRUE(buffer.at_end());
     buffer.reset_read();
     EXPECT_EQ(1, buffer.read_int32());
@@ -397,7 +397,7 @@ TEST(SerializeTextBufReading, RaisesOnceAfterShorterContentIsAssigned) {
     expect_beyond("4", "2", [&] { buffer.read_int32(); });
     EXPECT_EQ(0, buffer.read_int32());
     buffer.assign(bytes("8\001"));
-    EXPECT_EQ(0, buffer.read_int32());  // npos stays as well
+    EXPECT_EQ(0, buffer.read_int32());  // npos is kept as well
     buffer.reset_read();
     EXPECT_EQ(8, buffer.read_int32());
 }

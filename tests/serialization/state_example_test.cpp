@@ -1,4 +1,4 @@
-// Runs the state example as a user does.
+// Runs the state example as a user would.
 #include <tova/serialization/labeled_text_buffer.hpp>
 #include <tova/serialization/serialize_binary_buf.hpp>
 #include <tova/serialization/serialize_text_buf.hpp>
@@ -24,7 +24,7 @@ program_result run(const std::string& folder, const std::string& arguments) {
                                      arguments);
 }
 
-TEST(StateExample, ShowsTheBytesOfEachEncodingAndWhatIsReadBack) {
+TEST(StateExample, ShowsTheBytesOfEachEncodingAndReadsThemBack) {
     const temporary_directory directory;
     const program_result result = run(directory.path(), "");
     EXPECT_EQ(0, result.exit_code);
@@ -44,7 +44,7 @@ TEST(StateExample, LeavesAFileInEachEncoding) {
     EXPECT_EQ(29, tree.retrieve_group("begun")->retrieve_value("day").as_int());
 }
 
-TEST(StateExample, FailsWithAReasonWhereNothingCanBeWritten) {
+TEST(StateExample, ReportsAFolderThatCannotBeWritten) {
     const program_result result = run("/", "/no/such/folder");
     EXPECT_EQ(1, result.exit_code);
     const std::string reason = "cannot write /no/such/folder/drawing.text\n";

@@ -1,5 +1,5 @@
-// The labeled tree a second time, written recursively and step by step. The tests and the fuzz
-// target compare `labeled_text_buffer` with it.
+// A second implementation of the labeled tree, written recursively and step by step. The tests and
+// the fuzz target compare `labeled_text_buffer` with it.
 #pragma once
 
 #include <tova/serialization/labeled_text_buffer.hpp>
@@ -58,7 +58,7 @@ struct tree_model {
         return text.as_str();
     }
 
-    // How reading a text can end.
+    // The ways in which reading a text can end.
     enum outcome { complete, raises, endless };
 
     outcome read(const std::string& content) {
@@ -67,7 +67,8 @@ struct tree_model {
         std::set<std::string> positions;
         try {
             while (!text.at_end()) {
-                // All that follows depends on the position alone: one that comes back is a loop.
+                // Everything that follows depends only on the position: a repeated position means a
+                // loop.
                 if (!positions.insert(position_of(text)).second)
                     return endless;
                 const std::string label = text.read_string();

@@ -1,5 +1,5 @@
-// What the tests of the loader share: the outcome of an operation, files read from their bytes, and
-// token lists for the operations of the grammar.
+// Helpers for the tests of the loader: the outcome of an operation, files read from bytes, and
+// token lists for the grammar operations.
 #pragma once
 
 #include "i18n/catalog_text.hpp"
@@ -37,14 +37,14 @@ outcome thrown(Operation operation) {
     return outcome(-1, "nothing thrown");
 }
 
-// The outcome of reading a file from its bytes, for a wanted locale.
+// The outcome of reading a file from its bytes for a requested locale.
 inline outcome parse(const std::string& bytes, const std::string& locale = "en") {
     tova::i18n::_private::xmc_file_loader loader;
     loader.handle_language(locale);
     return seen(loader.parse_string(bytes, "f.xmc"));
 }
 
-// The catalogs of a file that has no error.
+// The catalogs of a file without errors.
 inline loaded_catalogs load(const std::string& bytes, const std::string& locale = "en") {
     tova::i18n::_private::xmc_file_loader loader;
     loader.handle_language(locale);

@@ -1,6 +1,6 @@
-// The loader of one file: what it reads of a file, its catalogs and its includes, and the errors
-// that it returns. The grammar of messages, the wordings and the choice of translations have tests
-// of their own beside this one.
+// Tests the loader of one file: what it reads from a file, its catalogs and its includes, and the
+// errors that it returns. The grammar of messages, the text of errors and the choice of
+// translations have their own tests next to this one.
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 
 #include "i18n/_private/loader_support.hpp"
@@ -95,11 +95,11 @@ TEST(ParseFile, AppendsTheFallbacksAgainIfACatalogIsNamed) {
     EXPECT_EQ(1u, loader.get_locale_weight("."));
     EXPECT_EQ(2u, loader.get_locale_weight("en"));
     EXPECT_EQ(3u, loader.get_locale_weight("de"));
-    loader.handle_language("fr");  // . en fr, from the sixth place on
+    loader.handle_language("fr");  // . en fr, from position 6 on
     EXPECT_EQ(8u, loader.get_locale_weight("fr"));
 }
 
-TEST(ParseFile, WithoutALocaleReadsForTheFallbacks) {
+TEST(ParseFile, WithoutALocaleUsesTheFallbacks) {
     const temporary_directory files;
     const std::string path = files.write("a.xmc", xmc(catalog("c", "en", msg("k", "x"))));
     xmc_file_loader loader;
@@ -113,7 +113,7 @@ TEST(ParseFile, NamesAMissingFileWithoutAFileLine) {
               seen(loader.parse("no/such.xmc", "en")));
 }
 
-TEST(ParseFile, ReturnsKindThreeForALinkThatLeadsNowhere) {
+TEST(ParseFile, ReturnsKindThreeForADanglingLink) {
     const temporary_directory files;
     const std::string dangling = files.path("dangling.xmc");
     const std::string circle = files.path("circle.xmc");
@@ -126,7 +126,7 @@ TEST(ParseFile, ReturnsKindThreeForALinkThatLeadsNowhere) {
     }
 }
 
-TEST(ParseFile, TreatsWhatCannotBeReadAsEmpty) {
+TEST(ParseFile, TreatsAFileThatCannotBeReadAsEmpty) {
     const temporary_directory files;
     const std::string target = files.write("target.xmc", xmc(catalog("c", "en", "")));
     const std::string link = files.path("link.xmc");
@@ -161,7 +161,7 @@ TEST(ParseFile, SkipsAByteOrderMark) {
     EXPECT_EQ("x", text_of(combined(loader), "c", "k"));
 }
 
-TEST(ParseFile, AddsToWhatAnEarlierParseRead) {
+TEST(ParseFile, AddsToTheCatalogsOfAnEarlierParse) {
     const temporary_directory files;
     const std::string first = files.write("a.xmc", xmc(catalog("a", "en", msg("k", "1"))));
     const std::string second = files.write("b.xmc", xmc(catalog("b", "fr", msg("k", "2"))));
@@ -200,7 +200,7 @@ TEST(ParseString, WrapsAnXmlErrorWithItsLineAndTheFile) {
     }
 }
 
-TEST(ParseString, RefusesARootThatIsNotXmc) {
+TEST(ParseString, RejectsARootThatIsNotXmc) {
     EXPECT_EQ(outcome(7, front + "Not XMC file, root element is not XMC but \"notes\"\n in file: "
                                  "\"f.xmc\""),
               parse("<?xml?><notes/>"));
@@ -221,7 +221,7 @@ TEST(ParseString, RequiresAVersionAsTheFirstAttribute) {
               parse("<?xml?><xmc name=\"a\" version=\"1.1\"/>"));
     EXPECT_EQ(outcome(5, front + "Invalid attibute \"Version\"\n in file: \"f.xmc\""),
               parse("<?xml?><xmc Version=\"1.1\"/>"));
-    // A comment in place of the attribute is taken for one.
+    // A comment in place of the attribute is read as an attribute.
     EXPECT_EQ(outcome(5, front + "Invalid attibute \"version\"\n in file: \"f.xmc\""),
               parse("<?xml?><xmc><!--version--></xmc>"));
 }
@@ -264,20 +264,20 @@ TEST(ParseString, IgnoresTextAndCommentsBetweenElements) {
     EXPECT_EQ("z", text_of(catalogs, "d", "k"));
 }
 
-TEST(ParseString, RefusesOtherElementsInTheRoot) {
+TEST(ParseString, RejectsOtherElementsInTheRoot) {
     EXPECT_EQ(outcome(6, front + "Invalid element \"msg\"\n in file: \"f.xmc\""),
               parse(xmc(msg("k", "x"))));
     EXPECT_EQ(outcome(6, front + "Invalid element \"Catalog\"\n in file: \"f.xmc\""),
               parse(xmc(catalog("c", "en", "") + "<Catalog/>")));
 }
 
-TEST(ParseString, IgnoresWhatFollowsTheRoot) {
+TEST(ParseString, IgnoresEverythingAfterTheRoot) {
     EXPECT_EQ(0, parse(xmc(catalog("c", "en", "")) + " trailing words <!-- and more -->").first);
-    // The XML parser accepts an end tag that closes nothing, so it passes as well.
+    // The XML parser accepts an end tag that closes nothing, so this is accepted as well.
     EXPECT_EQ(0, parse(xmc(catalog("c", "en", "")) + "</more>").first);
 }
 
-TEST(ParseString, TakesACommentDirectlyAfterTheRootTagForTheEndOfTheTag) {
+TEST(ParseString, ReadsACommentDirectlyAfterTheRootTagAsTheEndOfTheTag) {
     EXPECT_EQ(outcome(6, front + "Invalid element \"\"\n in file: \"f.xmc\""),
               parse(xmc("<!-- c -->" + catalog("c", "en", ""))));
     EXPECT_EQ(0, parse(xmc(" <!-- c -->" + catalog("c", "en", ""))).first);
@@ -322,14 +322,14 @@ TEST(ParseCatalog, AddsNoCatalogWithoutMessages) {
     EXPECT_TRUE(load(xmc(catalog("c", "en", " <!-- nothing --> "))).empty());
 }
 
-TEST(ParseCatalog, RefusesOtherElementsThanMessages) {
+TEST(ParseCatalog, RejectsElementsOtherThanMessages) {
     EXPECT_EQ(outcome(13, front + "Expected catalog end tag not found for catalog \"c\"\n in "
                                   "file: \"f.xmc\""),
               parse(xmc(catalog("c", "en", msg("k", "x") + "<text/>"))));
     EXPECT_EQ(13, parse(xmc(catalog("c", "en", "<include file=\"a\"/>"))).first);
 }
 
-TEST(ParseCatalog, TakesACommentDirectlyAfterItsTagForAnAttribute) {
+TEST(ParseCatalog, ReadsACommentDirectlyAfterItsTagAsAnAttribute) {
     EXPECT_EQ(outcome(5, front + "Invalid attibute \" c \"\n in file: \"f.xmc\""),
               parse(xmc("<catalog name=\"c\" lang=\"en\"><!-- c --></catalog>")));
     EXPECT_EQ(outcome(5, front + "Invalid attibute \"lang\"\n in file: \"f.xmc\""),
@@ -337,7 +337,7 @@ TEST(ParseCatalog, TakesACommentDirectlyAfterItsTagForAnAttribute) {
     EXPECT_EQ(0, parse(xmc(catalog("c", "en", "\n<!-- c -->"))).first);
 }
 
-TEST(ParseCatalog, StoresTheLocaleAsTheFileWritesIt) {
+TEST(ParseCatalog, StoresTheLocaleAsSpelledInTheFile) {
     const loaded_catalogs catalogs =
         load(xmc(catalog("c", "de-DE", msg("k", "x")) + catalog("d", ".", msg("k", "y"))),
              "de_DE.UTF-8");
@@ -345,7 +345,7 @@ TEST(ParseCatalog, StoresTheLocaleAsTheFileWritesIt) {
     EXPECT_EQ(".", std::string(catalogs.at("d")->message("k")._orginal_locale()));
 }
 
-TEST(ParseCatalog, KeepsTheHeaviestLocaleInAnyOrder) {
+TEST(ParseCatalog, KeepsTheLocaleOfTheHighestWeightInAnyOrder) {
     const std::string english = catalog("c", "en", msg("k", "english"));
     const std::string german = catalog("c", "de", msg("k", "deutsch"));
     const std::string austrian = catalog("c", "de_AT", msg("k", "\xC3\xB6sterreichisch"));
@@ -364,7 +364,7 @@ TEST(ParseCatalog, KeepsTheHeaviestLocaleInAnyOrder) {
     EXPECT_EQ("(none)", text_of(load(xmc(german + french), "ja"), "c", "k"));
 }
 
-TEST(ParseCatalog, KeepsTheFirstOfTwoEqualLocalesWithinOneLoad) {
+TEST(ParseCatalog, KeepsTheFirstMessageOfEqualLocalesWithinOneLoad) {
     EXPECT_EQ("1", text_of(load(xmc(catalog("c", "en", msg("k", "1") + msg("k", "2")))), "c", "k"));
     EXPECT_EQ("1", text_of(load(xmc(catalog("c", "en", msg("k", "1")) +
                                     catalog("c", "en", msg("k", "2")))),
@@ -376,12 +376,12 @@ TEST(ParseCatalog, KeepsTheFirstOfTwoEqualLocalesWithinOneLoad) {
 }
 
 TEST(ParseCatalog, TreatsAnEmptyMessageWithoutANameAsAbsent) {
-    // Its locale weighs more, but it is replaced all the same.
+    // Its locale has a higher weight, but it is still replaced.
     EXPECT_EQ(
         "x",
         text_of(load(xmc(catalog("c", "de", "<msg/>") + catalog("c", "en", "<msg>x</msg>")), "de"),
                 "c", ""));
-    // A name or a meta text is enough for it to stay.
+    // A name or a meta text is enough to keep it.
     EXPECT_EQ("", text_of(load(xmc(catalog("c", "de", "<msg meta=\"m\"/>") +
                                    catalog("c", "en", "<msg>x</msg>")),
                                "de"),
@@ -485,7 +485,7 @@ TEST_F(Include, StartsFromTheWorkingDirectoryForAPlainName) {
     ASSERT_EQ(0, ::chdir(files.path().c_str()));
     EXPECT_EQ(outcome(3, front + "File \"./x.xmc\" was not found on disk\n in file: \"a.xmc\""),
               seen(fresh.parse_file("a.xmc")));
-    // The error left the directory of its file in place.
+    // After the error the base directory is still that of its file.
     at.rewind();
     EXPECT_EQ(outcome(3, front + "File \"./x.xmc\" was not found on disk"),
               thrown([&] { fresh.parse_include(at.cursor, at.end); }));
@@ -508,7 +508,7 @@ TEST_F(Include, EndsTheDirectoryAtEitherSeparator) {
               load("sub\\a.xmc"));
 }
 
-TEST_F(Include, RefusesAnEmptyName) {
+TEST_F(Include, RejectsAnEmptyName) {
     files.write("a.xmc", xmc("<include file=\"\"/>"));
     EXPECT_EQ(outcome(3, front + "File \"\" was not found on disk" + in_file("a.xmc")),
               load("a.xmc"));
@@ -524,7 +524,7 @@ TEST_F(Include, NamesBothFilesInErrors) {
     EXPECT_EQ(4, seen(xmc_file_loader().parse(files.path("a.xmc"), "en")).first);
 }
 
-TEST_F(Include, FailsWithAFileThatReadsNothing) {
+TEST_F(Include, FailsForAFileWithoutElements) {
     files.write("a.xmc", xmc("<include file=\"b.xmc\"/>"));
     files.write("b.xmc", xmc(""));
     EXPECT_EQ(outcome(1, front + "No catalog was loaded in file: \"" + files.path("b.xmc") + "\"" +
@@ -552,7 +552,7 @@ TEST_F(Include, ReportsAFileThatIncludesItself) {
               load("a.xmc"));
 }
 
-TEST_F(Include, ReportsACycleOfFilesHoweverTheyAreSpelled) {
+TEST_F(Include, ReportsACycleOfFilesHoweverTheirPathsAreSpelled) {
     files.write("a.xmc", xmc("<include file=\"sub/b.xmc\"/>"));
     files.write("sub/b.xmc", xmc("<include file=\".././a.xmc\"/>"));
     EXPECT_EQ(outcome(14, front +
@@ -629,7 +629,7 @@ TEST(BadInput, EveryPrefixOfAFileIsAnError) {
     const std::size_t declaration = whole.find("?>") + 2;
     for (std::size_t length = 0; length <= whole.size(); ++length) {
         SCOPED_TRACE(length);
-        // After the declaration, or its line, the appended NUL byte is a text without a root.
+        // After the declaration or its line, the appended NUL byte is text without a root.
         const bool has_text_only = length == declaration || length == declaration + 1;
         const int expected = length == whole.size() ? 0 : has_text_only ? 7 : 4;
         xmc_file_loader loader;

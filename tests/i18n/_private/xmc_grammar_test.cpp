@@ -1,4 +1,4 @@
-// What the tokens of messages and arguments say, through the operations of the loader.
+// Tests how the tokens of messages and arguments are read, through the operations of the loader.
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 
 #include "i18n/_private/loader_support.hpp"
@@ -31,19 +31,19 @@ using tova::i18n::message_t;
 using tova::i18n::_private::xmc_file_loader;
 using tova::parser::xml_token_stream;
 
-// The items of a message with that content.
+// The items of a message with this content.
 std::string items(const std::string& content) {
     const loaded_catalogs catalogs = load(xmc(catalog("c", "en", msg("k", content))));
     const auto entry = catalogs.find("c");
     return entry == catalogs.end() ? "(none)" : items_of(entry->second->message("k"));
 }
 
-// The error, all lines of it, of a message with that content.
+// All lines of the error of a message with this content.
 std::string message_error(const std::string& content) {
     return parse(xmc(catalog("c", "en", msg("k", content)))).second;
 }
 
-TEST(ParseMessage, HasKeyMetaAndItems) {
+TEST(ParseMessage, ReadsKeyMetaTextAndItems) {
     const loaded_catalogs catalogs =
         load("<?xml version=\"1.0\"?><xmc version=\"1.1\"><catalog name=\"app\" lang=\"en\"><msg "
              "name=\"hello\" meta=\"greeting\">Hello <arg name=\"who\" "
@@ -91,7 +91,7 @@ TEST(ParseMessage, KeepsSingleWhitespaceAndReducesRunsToOneSpace) {
         {"a&nbsp;", "[0:a ]"},
         {"&#65;&#x42;", "[0:AB]"},
         {"<![CDATA[a  <b>  c]]>", "[0:a  <b>  c]"},
-        {"x  <![CDATA[a]]>", "[0:x   a]"},  // the section repeats the whitespace before it
+        {"x  <![CDATA[a]]>", "[0:x   a]"},  // the CDATA section repeats the whitespace before it
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.content);
@@ -99,7 +99,7 @@ TEST(ParseMessage, KeepsSingleWhitespaceAndReducesRunsToOneSpace) {
     }
 }
 
-TEST(ParseMessage, MakesAnItemOfTheSpaceAfterAnArgument) {
+TEST(ParseMessage, KeepsTheSpaceAfterAnArgumentAsAnItem) {
     const struct {
         const char* content;
         const char* items;
@@ -129,16 +129,16 @@ TEST(ParseMessage, SkipsComments) {
     EXPECT_EQ("[0:b]", items(" <!-- c --> b"));
 }
 
-TEST(ParseMessage, TakesACommentDirectlyAfterItsTagForAnAttribute) {
+TEST(ParseMessage, ReadsACommentDirectlyAfterItsTagAsAnAttribute) {
     EXPECT_EQ(front + "Invalid attibute \"c\"\n in catalog element: \"c\"\n in file: \"f.xmc\"",
               message_error("<!--c-->x"));
 }
 
-TEST(ParseMessage, RefusesOtherAttributes) {
+TEST(ParseMessage, RejectsOtherAttributes) {
     EXPECT_EQ(5, parse(xmc(catalog("c", "en", "<msg lang=\"de\" name=\"k\">x</msg>"))).first);
 }
 
-TEST(ParseMessage, RefusesOtherElements) {
+TEST(ParseMessage, RejectsOtherElements) {
     EXPECT_EQ(front + "Invalid element \"b\"\n in catalog element: \"c\"\n in file: \"f.xmc\"",
               message_error("a <b>bold</b>"));
     EXPECT_EQ(front + "Invalid element \"Arg\"\n in catalog element: \"c\"\n in file: \"f.xmc\"",
@@ -190,7 +190,7 @@ TEST(ParseArgument, AppendsOtherAttributesToTheName) {
     }
 }
 
-TEST(ParseArgument, EndsEarlyAtAnElementInIt) {
+TEST(ParseArgument, EndsEarlyAtAnElementInsideIt) {
     EXPECT_EQ(front + "Expected catalog end tag not found for catalog \"c\"\n in file: \"f.xmc\"",
               message_error("<arg name='a'><b/></arg>"));
 }
@@ -257,7 +257,7 @@ TEST(ParseArgument, NamesItsMessageAndCatalogInErrors) {
               thrown([&] { loader.parse_catalog(at.cursor, at.end); }));
 }
 
-TEST(ParseMessageType, KnowsEachWordInAnyLetterCase) {
+TEST(ParseMessageType, RecognizesEachWordInAnyLetterCase) {
     const struct {
         const char* word;
         int type;
@@ -328,7 +328,7 @@ TEST(Grammar, RequiresEachOperationToStartAtItsElement) {
 }
 
 TEST(Grammar, ReportsKindThirteenForASkippedCatalogThatDoesNotEnd) {
-    xmc_file_loader loader;  // no locale is wanted
+    xmc_file_loader loader;  // no locale is requested
     walk at = tokens_of("<catalog name=\"c\" lang=\"en\"><msg>x</msg>");
     EXPECT_EQ(outcome(13, front + "Expected catalog end tag not found for catalog \"c\""),
               thrown([&] { loader.parse_catalog(at.cursor, at.end); }));

@@ -1,4 +1,4 @@
-// The wordings of the errors of one file.
+// Tests the messages for the errors of one file.
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 
 #include "i18n/_private/loader_support.hpp"
@@ -19,7 +19,7 @@ using tova::strings::ustring8;
 
 using parse_error = xml_parser::parse_error;
 
-TEST(LoadError, RendersEachKindWithItsText) {
+TEST(LoadError, RendersEachKindWithItsMessage) {
     const struct {
         xmc_file_loader::error_type kind;
         const char* message;

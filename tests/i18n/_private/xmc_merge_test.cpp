@@ -1,4 +1,4 @@
-// Which of several translations is kept, within a load and between loads.
+// Tests which of several translations is kept, within a load and between loads.
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 
 #include "i18n/_private/loader_support.hpp"
@@ -19,7 +19,7 @@ using tova::i18n::message_item;
 using tova::i18n::message_t;
 using tova::i18n::_private::xmc_file_loader;
 
-// A message of one text item, or of none for the empty string.
+// A message with one text item, or with none for the empty string.
 message_t message(const std::string& key, const std::string& locale, const std::string& text) {
     std::vector<message_item> text_items;
     if (!text.empty())
@@ -29,7 +29,7 @@ message_t message(const std::string& key, const std::string& locale, const std::
     return result;
 }
 
-TEST(SetMessage, StoresTheHeavierMessageAndKeepsTheFirstOfEquals) {
+TEST(SetMessage, StoresTheMessageOfHigherWeightAndKeepsTheFirstOnATie) {
     xmc_file_loader loader;
     loader.handle_language("de");
     loader.set_message(message("k", "en", "1"), "c");
@@ -65,7 +65,7 @@ TEST(CombineData, AddsCatalogsAndReturnsTheNumberOfMessagesStored) {
     EXPECT_EQ(1u, target.at("c")->count);
 }
 
-TEST(CombineData, ReplacesAMessageByALaterOneOfTheSameWeight) {
+TEST(CombineData, ReplacesAMessageWithALaterOneOfTheSameWeight) {
     loaded_catalogs target;
     for (const char* text : {"1", "2"}) {
         xmc_file_loader loader;
@@ -76,7 +76,7 @@ TEST(CombineData, ReplacesAMessageByALaterOneOfTheSameWeight) {
     }
 }
 
-TEST(CombineData, KeepsAStoredMessageThatWeighsMore) {
+TEST(CombineData, KeepsAStoredMessageOfHigherWeight) {
     xmc_file_loader german;
     german.handle_language("de");
     german.set_message(message("k", "de", "deutsch"), "c");
@@ -141,9 +141,9 @@ TEST(CombineData, ThrowsACharacterArrayForAnEntryWithoutACatalog) {
     }
 }
 
-TEST(CombineData, LeavesOtherCatalogsAlone) {
+TEST(CombineData, DoesNotChangeOtherCatalogs) {
     loaded_catalogs target;
-    target["other"];  // empty, but not looked at
+    target["other"];  // empty, but not accessed
     xmc_file_loader loader;
     EXPECT_EQ(0u, loader.combine_data(target, {}));
     loader.set_message(message("k", "en", "1"), "c");

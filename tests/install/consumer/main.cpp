@@ -1,4 +1,4 @@
-// A program as a user writes it: built out of tree against the installed copy.
+// A program as a user would write it, built outside the source tree against the installed copy.
 #include <cstdio>
 #include <fstream>
 #include <iostream>
