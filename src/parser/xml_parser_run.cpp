@@ -1,8 +1,9 @@
+#include "parser/xml_parser_run.hpp"
+
 #include <tova/parser/xml_parser.hpp>
 
 #include "parser/document_walk.hpp"
 #include "parser/string_fill.hpp"
-#include "parser/xml_parser_run.hpp"
 
 // This file is compiled as C++23, where a string can be filled in place. It has no function of an
 // empty exception specification, which would end the program in another way there.

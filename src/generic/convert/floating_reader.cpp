@@ -201,7 +201,8 @@ struct format {
 };
 
 // Sets the bits of the value nearest to digits * 10^exponent, infinity included. False if the
-// product is too close to the middle between two values.
+// product is too close to the middle between two values. It is long because its steps share all of
+// their numbers.
 template <typename Floating>
 bool nearest(unsigned long digits, long exponent, unsigned long& bits) {
     typedef format<Floating> target;
