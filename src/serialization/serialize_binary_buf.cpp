@@ -4,8 +4,6 @@
 // outside the content is never read.
 #include <tova/serialization/serialize_binary_buf.hpp>
 
-#include <tova/generic/convert/binary.hpp>
-
 #include "serialization/contents.hpp"
 
 #include <algorithm>
@@ -21,29 +19,27 @@ const std::size_t length_size = 4;  // bytes of the length field of a string
 // Contract: there is no check that all bytes of the type are present. Those past the end of the
 // content count as 0, and the read position goes past the end.
 template <typename Value>
-Value decode(const std::string& text, std::size_t position, Value (*reader)(const char*)) {
+Value decode(const std::string& text, std::size_t position) {
+    Value value;
+    if (text.size() >= sizeof value && position <= text.size() - sizeof value) {
+        std::memcpy(&value, text.data() + position, sizeof value);
+        return value;
+    }
+    char bytes[sizeof value] = {};
     const std::size_t left = text.size() - std::min(position, text.size());
-    if (left >= sizeof(Value))
-        return reader(text.data() + position);
-    char bytes[sizeof(Value)] = {};
-    if (left != 0)
-        std::memcpy(bytes, text.data() + position, left);
-    return reader(bytes);
+    std::memcpy(bytes, text.data() + (text.size() - left), left);
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
 }
 
 // Contract: the only check is the virtual `at_end`, so a derived class decides where the end is.
 template <typename Value>
-Value read_fixed(const serialize_buffer& buffer, const std::string& text, std::size_t& position,
-                 Value (*reader)(const char*)) {
+Value read_fixed(const serialize_buffer& buffer, const std::string& text, std::size_t& position) {
     if (buffer.at_end())
         return 0;
-    const Value value = decode(text, position, reader);
+    const Value value = decode<Value>(text, position);
     position += sizeof(Value);
     return value;
-}
-
-unsigned char decode_byte(const char* byte) {
-    return static_cast<unsigned char>(*byte);
 }
 
 // Reads the bytes of a string or nested buffer. Returns false at the end, and also if nothing
@@ -52,8 +48,7 @@ bool read_bytes(const serialize_buffer& buffer, const std::string& text, std::si
                 std::string& bytes) {
     if (buffer.at_end())
         return false;
-    const std::size_t length =
-        decode<unsigned int>(text, position, generic::convert::bin_str_to_uint32);
+    const std::size_t length = decode<unsigned int>(text, position);
     position += length_size;
     if (buffer.at_end())
         return false;
@@ -63,11 +58,19 @@ bool read_bytes(const serialize_buffer& buffer, const std::string& text, std::si
     return true;
 }
 
+// The bytes in host order, as the functions of binary.hpp have them, without a string of their own.
+template <typename Value>
+void append_fixed(std::string& text, const Value& value) {
+    char bytes[sizeof value];
+    std::memcpy(bytes, &value, sizeof value);
+    text.append(bytes, sizeof bytes);
+}
+
 void append_bytes(std::string& text, const std::string& bytes) {
     // The bytes may be the content itself, to which the length field is appended first.
     const std::size_t length = bytes.size();
     // Contract: the field keeps the low 32 bits of the size.
-    text += generic::convert::uint32_to_bin_str(static_cast<unsigned int>(length));
+    append_fixed(text, static_cast<unsigned int>(length));
     text.append(bytes, 0, length);
 }
 
@@ -117,21 +120,20 @@ const std::string& serialize_binary_buf::as_str() const {
     return m_text;
 }
 
-// One-byte values are appended directly; the others are written by the host-order functions.
 void serialize_binary_buf::append_int8(const signed char& value) {
     m_text.push_back(static_cast<char>(value));
 }
 
 void serialize_binary_buf::append_int16(const short& value) {
-    m_text += generic::convert::int16_to_bin_str(value);
+    append_fixed(m_text, value);
 }
 
 void serialize_binary_buf::append_int32(const int& value) {
-    m_text += generic::convert::int32_to_bin_str(value);
+    append_fixed(m_text, value);
 }
 
 void serialize_binary_buf::append_int64(const long& value) {
-    m_text += generic::convert::int64_to_bin_str(value);
+    append_fixed(m_text, value);
 }
 
 void serialize_binary_buf::append_uint8(const unsigned char& value) {
@@ -139,23 +141,23 @@ void serialize_binary_buf::append_uint8(const unsigned char& value) {
 }
 
 void serialize_binary_buf::append_uint16(const unsigned short& value) {
-    m_text += generic::convert::uint16_to_bin_str(value);
+    append_fixed(m_text, value);
 }
 
 void serialize_binary_buf::append_uint32(const unsigned int& value) {
-    m_text += generic::convert::uint32_to_bin_str(value);
+    append_fixed(m_text, value);
 }
 
 void serialize_binary_buf::append_uint64(const unsigned long& value) {
-    m_text += generic::convert::int64_to_bin_str(static_cast<long>(value));
+    append_fixed(m_text, value);
 }
 
 void serialize_binary_buf::append_float(const float& value, const unsigned int&) {
-    m_text += generic::convert::float_to_bin_str(value);
+    append_fixed(m_text, value);
 }
 
 void serialize_binary_buf::append_double(const double& value, const unsigned int&) {
-    m_text += generic::convert::double_to_bin_str(value);
+    append_fixed(m_text, value);
 }
 
 void serialize_binary_buf::append_string(const std::string& bytes) {
@@ -167,47 +169,43 @@ void serialize_binary_buf::append_buffer(const serialize_buffer& other) {
 }
 
 signed char serialize_binary_buf::read_int8() const {
-    return static_cast<signed char>(
-        read_fixed<unsigned char>(*this, m_text, m_read_position, decode_byte));
+    return read_fixed<signed char>(*this, m_text, m_read_position);
 }
 
 short serialize_binary_buf::read_int16() const {
-    return read_fixed<short>(*this, m_text, m_read_position, generic::convert::bin_str_to_int16);
+    return read_fixed<short>(*this, m_text, m_read_position);
 }
 
 int serialize_binary_buf::read_int32() const {
-    return read_fixed<int>(*this, m_text, m_read_position, generic::convert::bin_str_to_int32);
+    return read_fixed<int>(*this, m_text, m_read_position);
 }
 
 long serialize_binary_buf::read_int64() const {
-    return read_fixed<long>(*this, m_text, m_read_position, generic::convert::bin_str_to_int64);
+    return read_fixed<long>(*this, m_text, m_read_position);
 }
 
 unsigned char serialize_binary_buf::read_uint8() const {
-    return read_fixed<unsigned char>(*this, m_text, m_read_position, decode_byte);
+    return read_fixed<unsigned char>(*this, m_text, m_read_position);
 }
 
 unsigned short serialize_binary_buf::read_uint16() const {
-    return read_fixed<unsigned short>(*this, m_text, m_read_position,
-                                      generic::convert::bin_str_to_uint16);
+    return read_fixed<unsigned short>(*this, m_text, m_read_position);
 }
 
 unsigned int serialize_binary_buf::read_uint32() const {
-    return read_fixed<unsigned int>(*this, m_text, m_read_position,
-                                    generic::convert::bin_str_to_uint32);
+    return read_fixed<unsigned int>(*this, m_text, m_read_position);
 }
 
 unsigned long serialize_binary_buf::read_uint64() const {
-    return read_fixed<unsigned long>(*this, m_text, m_read_position,
-                                     generic::convert::bin_str_to_uint64);
+    return read_fixed<unsigned long>(*this, m_text, m_read_position);
 }
 
 float serialize_binary_buf::read_float() const {
-    return read_fixed<float>(*this, m_text, m_read_position, generic::convert::bin_str_to_float);
+    return read_fixed<float>(*this, m_text, m_read_position);
 }
 
 double serialize_binary_buf::read_double() const {
-    return read_fixed<double>(*this, m_text, m_read_position, generic::convert::bin_str_to_double);
+    return read_fixed<double>(*this, m_text, m_read_position);
 }
 
 std::string serialize_binary_buf::read_string() const {

@@ -14,6 +14,7 @@
 #include <tova/generic/convert/str_to_x.hpp>
 
 #include "generic/convert/decimal_digits.hpp"
+#include "generic/convert/floating_reader.hpp"
 #include "generic/convert/floating_writer.hpp"
 #include "generic/convert/number_locale.hpp"
 #include "generic/convert/streamed.hpp"
@@ -81,7 +82,11 @@ Number read_floating(const std::string& text, std::size_t& position,
     const detail::byte_run field = detail::next_field(all_of(text), position);
     if (field.length == 0)
         return 0;
-    return parse(strings::ustring8(field.begin, field.length));
+    if (!generic::convert::detail::is_global_classic())
+        return parse(strings::ustring8(field.begin, field.length));
+    // The separator or the terminator of the content follows the field and ends the number.
+    Number value;
+    return generic::convert::detail::read_floating(field.begin, field.length, value) ? value : 0;
 }
 
 }  // namespace
