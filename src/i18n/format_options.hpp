@@ -17,6 +17,7 @@
 /// without state: any number of threads may call them at once.
 #pragma once
 
+#include "generic/convert/decimal_digits.hpp"
 #include "i18n/rendering.hpp"
 
 #include <algorithm>
@@ -54,6 +55,13 @@ inline bool abbreviates(token t, const char* word) {
 ///
 /// Contract: a token that is not a number is 0, and the number is cut to 32 bits: 4294967298 is 2.
 inline int read_number(token t) {
+    // Nearly all tokens are a few digits, in which every locale agrees.
+    if (t.size != 0 && t.size <= 8) {
+        const unsigned long word = generic::convert::detail::load_up_to_eight(t.text, t.size);
+        const int count = static_cast<int>(t.size);
+        if (generic::convert::detail::count_digits(word) == count)
+            return static_cast<int>(generic::convert::detail::leading_digits(word, count));
+    }
     // This is `atol` without its effect on errno. The call is spelled `strtol` because compilers
     // assume that `atol` leaves errno alone, and then drop the store that restores it.
     const int caller_errno = errno;

@@ -19,6 +19,12 @@ variant_type* make_body(T value) {
     return body;
 }
 
+// The standard comparison of `std::type_info`, so a body created in another module matches, too.
+// Names that begin differently are told apart without a call.
+inline bool is_nil_type(const std::type_info& type) {
+    return *type.name() == *typeid(nil_t).name() && type == typeid(nil_t);
+}
+
 }  // namespace
 
 // Contract: each nil handle has a body of its own; no global body is shared.
@@ -88,10 +94,8 @@ variant& variant::operator=(const nil_t&) {
     return *this;
 }
 
-// The standard comparison of `std::type_info` is used, so a body created in another module matches,
-// too.
 bool variant::equal(const nil_t&) const TOVA_NOTHROW {
-    return type() == typeid(nil_t);
+    return is_nil_type(type());
 }
 
 bool variant::operator==(const nil_t& nil_tag) const TOVA_NOTHROW {

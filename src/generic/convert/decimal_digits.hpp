@@ -54,6 +54,22 @@ inline unsigned long load_four(const char* text) {
     return word;
 }
 
+/// Loads the first `length` characters, at most 8, without reading past them. The bytes after them
+/// are zeros, which are no digits.
+inline unsigned long load_up_to_eight(const char* text, unsigned long length) {
+    if (length >= 8)
+        return load_eight(text);
+    // The loads overlap where they have the same characters.
+    if (length >= 4)
+        return load_four(text) | load_four(text + length - 4) << (8 * (length - 4));
+    if (length == 0)
+        return 0;
+    const auto at = [text](unsigned long i) {
+        return static_cast<unsigned long>(static_cast<unsigned char>(text[i])) << (8 * i);
+    };
+    return at(0) | at(length / 2) | at(length - 1);
+}
+
 /// The number of leading characters of the word that are digits, 0 to 8.
 inline int count_digits(unsigned long word) {
     const unsigned long values = word ^ ascii_zeros;

@@ -2,7 +2,7 @@
 //
 //     value * 10^k = an integer of that many digits and a fraction     one product of 64 x 128 bits
 //     round by the fraction                                            `rounded_digits`
-//     digits, without zeros at the end                                 `strip`
+//     digits, without zeros at the end                                 `write_significant`
 //     fixed or scientific notation, by the exponent of the digits
 //
 // The error of the product is known as in floating_reader.cpp. A fraction too close to one half is
@@ -135,6 +135,20 @@ void write_padded(char* text, unsigned long number, int count) {
     store_eight(text + count - 8, digit_values(last) | ascii_zeros);
 }
 
+// Writes all digits of a number that has `count` of them, at most 17. Returns how many there are
+// without zeros at the end.
+inline int write_significant(char* text, unsigned long number, int count) {
+    if (count <= 8) {
+        const unsigned long values = digit_values(number) >> (8 * (8 - count));
+        store_eight(text, values | ascii_zeros);
+        return 8 - __builtin_clzl(values) / 8;
+    }
+    write_padded(text, number, count);
+    while (text[count - 1] == '0')
+        --count;
+    return count;
+}
+
 // "e", a sign and at least two digits.
 char* write_exponent(char* out, int exponent) {
     *out++ = 'e';
@@ -152,11 +166,7 @@ char* write_exponent(char* out, int exponent) {
 // The notation of "%g" for digits without a sign. Zeros at the end are not shown.
 char* write_digits(char* out, const decimal_form& number, int precision) {
     char digits[digits_size];
-    write_padded(digits, number.digits, precision);
-    int count = precision;
-    while (count > 1 && digits[count - 1] == '0')
-        --count;
-
+    const int count = write_significant(digits, number.digits, precision);
     const int exponent = number.exponent;
     if (exponent < -4 || exponent >= precision) {
         *out++ = digits[0];

@@ -191,30 +191,6 @@ struct decimal_start {
     unsigned long value;   // below 10^16
 };
 
-// Loads the first `length` characters, at most 16, without reading past them. The bytes after them
-// are zeros.
-inline void load_sixteen(const char* text, unsigned long length, unsigned long& first,
-                         unsigned long& second) {
-    second = 0;
-    if (length >= 16) {
-        second = detail::load_eight(text + 8);
-        first = detail::load_eight(text);
-    } else if (length >= 8) {
-        first = detail::load_eight(text);
-        if (length != 8)
-            second = detail::load_eight(text + length - 8) >> (8 * (16 - length));
-    } else if (length >= 4) {
-        // The two loads overlap where both have the same characters.
-        first = detail::load_four(text) | detail::load_four(text + length - 4)
-                                              << (8 * (length - 4));
-    } else {
-        const auto at = [text](unsigned long i) {
-            return static_cast<unsigned long>(static_cast<unsigned char>(text[i])) << (8 * i);
-        };
-        first = at(0) | at(length / 2) | at(length - 1);
-    }
-}
-
 // False for a string that begins in another way.
 inline bool read_decimal_start(const char* text, unsigned long length, long radix,
                                decimal_start& start) {
@@ -230,14 +206,14 @@ inline bool read_decimal_start(const char* text, unsigned long length, long radi
                                   : first_digit - 1 > 8 || radix != radix_t::detect)
         return false;
 
-    unsigned long first, second;
-    load_sixteen(text + sign, left, first, second);
+    const unsigned long first = detail::load_up_to_eight(text + sign, left);
     const int count = detail::count_digits(first);
     start.value = detail::leading_digits(first, count);
     if (count != 8) {
         start.complete = true;
         return true;
     }
+    const unsigned long second = detail::load_up_to_eight(text + sign + 8, left - 8);
     const int more = detail::count_digits(second);
     start.value = start.value * detail::small_powers[more] + detail::leading_digits(second, more);
     start.length = sign + 16;
