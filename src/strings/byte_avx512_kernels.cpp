@@ -75,10 +75,16 @@ TOVA_AVX512 void find(const char* text, std::size_t size, char first, char last,
                       std::size_t distance, std::uint64_t* masks) {
     const __m512i firsts = _mm512_set1_epi8(first);
     const __m512i lasts = _mm512_set1_epi8(last);
-    for (std::size_t i = 0; i < size; i += 64) {
+    std::size_t i = 0;
+    for (; size - i >= 64; i += 64) {
+        const __mmask64 found = _mm512_cmpeq_epi8_mask(_mm512_loadu_si512(text + i), firsts);
+        masks[i / 64] =
+            _mm512_mask_cmpeq_epi8_mask(found, _mm512_loadu_si512(text + i + distance), lasts);
+    }
+    if (i < size) {
         const std::size_t left = size - i;
-        const __mmask64 in = lowest(left < 64 ? left : 64);
-        const __mmask64 found = _mm512_mask_cmpeq_epi8_mask(in, load(text + i, left), firsts);
+        const __mmask64 found =
+            _mm512_mask_cmpeq_epi8_mask(lowest(left), load(text + i, left), firsts);
         masks[i / 64] = _mm512_mask_cmpeq_epi8_mask(found, load(text + i + distance, left), lasts);
     }
 }

@@ -1,6 +1,9 @@
 #include <tova/strings/replace.hpp>
 
-#include "strings/search.hpp"
+#include "strings/matches.hpp"
+#include "strings/unfilled.hpp"
+
+#include <algorithm>
 
 namespace TOVA_2_18 {
 namespace strings {
@@ -9,21 +12,30 @@ namespace {
 
 // For a replacement that is no longer than what it replaces: the string is compacted in place. The
 // write position never passes the read position, so the part still to be searched is unchanged.
-template <typename String, typename Searcher>
-unsigned int replace_in_place(String& text, const String& search, const String& replacement,
-                              Searcher& searcher, std::size_t match) {
+template <typename String>
+unsigned int replace_in_place(String& text, const String& search, const String& replacement) {
+    typedef typename String::value_type unit;
     typedef typename String::traits_type traits;
+    detail::matches<unit> all(text.data(), text.size(), search.data(), search.size());
+    std::size_t match = all.next();
+    if (match == detail::not_found)
+        return 0;
+    unit* const units = &text[0];
+    const bool moves = replacement.size() < search.size();
     std::size_t written = match;
     unsigned int count = 0;
     while (match != detail::not_found) {
-        traits::copy(&text[0] + written, replacement.data(), replacement.size());
+        traits::copy(units + written, replacement.data(), replacement.size());
         written += replacement.size();
         ++count;
 
         const std::size_t begin = match + search.size();
-        match = searcher.find(text.data(), text.size(), begin);
+        match = all.next();
         const std::size_t end = match == detail::not_found ? text.size() : match;
-        traits::move(&text[0] + written, text.data() + begin, end - begin);
+        // What is left between both positions is spare, and so is what follows, to read.
+        if (moves)
+            detail::copy_ahead(units + written, units + begin, end - begin,
+                               std::min(begin - written, text.size() - end) * sizeof(unit));
         written += end - begin;
     }
     text.resize(written);
@@ -32,23 +44,37 @@ unsigned int replace_in_place(String& text, const String& search, const String& 
 
 // For a longer replacement: a new string is allocated in its final size and written. Both forms
 // take linear time; inserting or removing for each match would take quadratic time.
-template <typename String, typename Searcher>
-unsigned int replace_growing(String& text, const String& search, const String& replacement,
-                             Searcher& searcher, std::size_t match) {
-    const std::size_t first = match;
+template <typename String>
+unsigned int replace_growing(String& text, const String& search, const String& replacement) {
+    typedef typename String::value_type unit;
+    typedef typename String::traits_type traits;
+    detail::matches<unit> counted(text.data(), text.size(), search.data(), search.size());
     unsigned int count = 0;
-    for (; match != detail::not_found; ++count)
-        match = searcher.find(text.data(), text.size(), match + search.size());
+    while (counted.next() != detail::not_found)
+        ++count;
+    if (count == 0)
+        return 0;
 
     String result;
-    result.reserve(text.size() + count * (replacement.size() - search.size()));
-    std::size_t begin = 0;
-    for (match = first; match != detail::not_found;) {
-        result.append(text, begin, match - begin).append(replacement);
-        begin = match + search.size();
-        match = searcher.find(text.data(), text.size(), begin);
-    }
-    result.append(text, begin, String::npos);
+    const std::size_t size = text.size() + count * (replacement.size() - search.size());
+    result.reserve(size);
+    detail::append_unfilled(result, size, [&](unit* to) {
+        detail::matches<unit> all(text.data(), text.size(), search.data(), search.size());
+        std::size_t begin = 0;
+        std::size_t written = 0;
+        for (unsigned int left = count;; --left) {
+            const std::size_t end = left == 0 ? text.size() : all.next();
+            // As much is left of the result as of the string, or more.
+            detail::copy_ahead(to + written, text.data() + begin, end - begin,
+                               (text.size() - end) * sizeof(unit));
+            written += end - begin;
+            if (left == 0)
+                return written;
+            traits::copy(to + written, replacement.data(), replacement.size());
+            written += replacement.size();
+            begin = end + search.size();
+        }
+    });
     text.swap(result);
     return count;
 }
@@ -59,13 +85,9 @@ template <typename String>
 unsigned int replace(String& text, const String& search, const String& replacement) {
     if (search.empty())
         return 0;
-    detail::searcher<typename String::value_type> searcher(search.data(), search.size());
-    const std::size_t match = searcher.find(text.data(), text.size(), 0);
-    if (match == detail::not_found)
-        return 0;
     if (replacement.size() <= search.size())
-        return replace_in_place(text, search, replacement, searcher, match);
-    return replace_growing(text, search, replacement, searcher, match);
+        return replace_in_place(text, search, replacement);
+    return replace_growing(text, search, replacement);
 }
 
 }  // namespace

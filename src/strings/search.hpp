@@ -16,6 +16,9 @@
 #include <cstddef>
 #include <cstring>
 #include <cwchar>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace TOVA_2_18 {
 namespace strings {
@@ -41,6 +44,25 @@ inline std::size_t find_unit(const wchar_t* text, std::size_t size, const wchar_
     const wchar_t* const found = std::wmemchr(text, unit, size);
     return found ? static_cast<std::size_t>(found - text) : not_found;
 }
+
+#if defined(__SSE2__)
+inline std::size_t find_unit(const unsigned short* text, std::size_t size,
+                             const unsigned short& unit) {
+    const __m128i wanted = _mm_set1_epi16(static_cast<short>(unit));
+    std::size_t i = 0;
+    for (; size - i >= 8; i += 8) {
+        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + i));
+        const int found = _mm_movemask_epi8(_mm_cmpeq_epi16(units, wanted));
+        if (found != 0)
+            return i +
+                   static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned int>(found))) / 2;
+    }
+    for (; i < size; ++i)
+        if (text[i] == unit)
+            return i;
+    return not_found;
+}
+#endif
 
 template <typename Unit>
 class searcher {
