@@ -1,4 +1,5 @@
-// The layout of the catalog loader and the catalog set: their sizes, and the offsets of all fields.
+// Tests the layout of the catalog loader and the catalog set: their sizes and the offsets of all
+// fields.
 #include <tova/i18n/message_catalogs.hpp>
 
 #include "i18n/catalog_text.hpp"
@@ -23,8 +24,8 @@ using TOVA_2_18::strings::ustring8;
 using load_error = xmc_file_loader::load_error;
 using result_type = message_catalogs::result_type;
 
-// These classes hold standard containers and so have no standard layout. The compilers that we
-// build with know the offsets of their fields all the same.
+// These classes contain standard containers, so they have no standard layout; the compilers that we
+// build with still support `offsetof` for them.
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
 static_assert(sizeof(xmc_file_loader::error_type) == 4, "kinds are 32 bits");
@@ -92,7 +93,7 @@ TEST(CatalogLayout, HasTheFieldsOfASetInOrder) {
     ASSERT_EQ(1u, resolve.size());
     EXPECT_EQ("b", std::string(resolve.at("a")));
 
-    // A copy has a resolve container of its own, and removing all catalogs leaves it as it is.
+    // A copy has its own resolve container, and removing all catalogs doesn't change it.
     const message_catalogs copy(set);
     EXPECT_TRUE((field_at<std::map<ustring8, ustring8>>(copy, 48).empty()));
     message_catalogs assigned;

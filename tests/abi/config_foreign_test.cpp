@@ -1,5 +1,5 @@
-// The configuration as a program sees it that has no header of the library. README.md says what
-// this checks. The library's manager calls sources and a dispatcher of this program.
+// The configuration classes as seen by a program without the headers of the library. README.md says
+// what this checks. The library's manager calls sources and a dispatcher of this program.
 #include "abi/foreign/arguments.hpp"
 #include "abi/foreign/bodies.hpp"
 #include "abi/foreign/nil.hpp"
@@ -311,7 +311,7 @@ TEST(ForeignConfigToken, IsFilledByTheTokenizerOfASource) {
 
 // --- Trees -------------------------------------------------------------------------------------
 
-TEST(ForeignConfigTree, HoldsNodesInItsFields) {
+TEST(ForeignConfigTree, StoresNodesInItsFields) {
     config_tree tree;
     EXPECT_TRUE(tree.children.empty());
     EXPECT_EQ("0 1", shown(&tree.node));
@@ -554,7 +554,7 @@ TEST(ForeignConfigManager, LooksUpInSourcesOfThisProgram) {
     EXPECT_EQ(once + once, stream.str());
 }
 
-TEST(ForeignConfigDispatch, OfTheLibraryIsCalledThroughItsBase) {
+TEST(ForeignConfigDispatch, OfTheLibraryIsCalledThroughItsBaseClass) {
     const char* const arguments[] = {"tool", "-a=line", nullptr};
     const char* const environment[] = {"A=env", "B=env", nullptr};
     const config::std_config_dispatch standard(2, arguments, environment, "no such.cfg", "second");

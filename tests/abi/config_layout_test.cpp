@@ -1,4 +1,5 @@
-// Sizes, offsets, bases and slots of the configuration classes, which compiled programs rely on.
+// Tests sizes, offsets, bases and slots of the configuration classes, on which compiled programs
+// rely.
 #include <tova/config/config.hpp>
 
 #include "config/tree_nodes.hpp"
@@ -182,7 +183,7 @@ TEST(ConfigLayout, StoresTheListOfAManagerBeforeItsDispatcher) {
 
 TEST(ConfigLayout, LeavesTheFieldsOfADefaultStandardDispatcherUninitialized) {
     alignas(std_config_dispatch) unsigned char memory[sizeof(std_config_dispatch)];
-    // The fields keep these bytes. The compiler must not know that it may drop the writes.
+    // The fields keep these bytes. The compiler must not find out that it could drop the writes.
     for (unsigned char& byte : memory)
         byte = 0x5A;
     asm volatile("" : : "r"(memory) : "memory");

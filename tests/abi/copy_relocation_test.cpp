@@ -1,5 +1,5 @@
-// This program is not position independent, so the linker moves the library's data objects into it.
-// The library must then use them there.
+// This program is not position-independent, so the linker moves the library's data objects into it.
+// The library must use them there.
 #include <tova/debug/assert.hpp>
 #include <tova/generic/varg_list.hpp>
 #include <tova/i18n/message_catalogs.hpp>

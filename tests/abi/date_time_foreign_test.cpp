@@ -1,4 +1,4 @@
-// Dates, times and durations as a program sees them that has no header of the library. README.md
+// Dates, times and durations as seen by a program without the headers of the library. README.md
 // says what this checks.
 #include "abi/foreign/exceptions.hpp"
 
@@ -284,7 +284,7 @@ TEST(ForeignDate, RaisesWithItsSourceLocation) {
     expect_fields(value, 0, 3, 1);
 }
 
-TEST(ForeignTime, HoldsFourFields) {
+TEST(ForeignTime, HasFourFields) {
     expect_fields(names::time(), 0, 0, 0, 0);
     names::time value(23, 59, 58, 997);
     expect_fields(value, 23, 59, 58, 997);
@@ -384,7 +384,7 @@ TEST(ForeignDateTime, IsADateWithATime) {
     expect_fields(value.m_time, 1, 2, 3, 4);
 }
 
-TEST(ForeignDateTime, IsMovedByTimeDurationsAlone) {
+TEST(ForeignDateTime, IsMovedOnlyByTimeDurations) {
     date_time_t value(names::date(5, 1, 2001), names::time(12, 0, 0, 0));
     EXPECT_EQ(&value, &(value += date_duration(7)));
     EXPECT_EQ(&value, &(value -= date_duration(7)));

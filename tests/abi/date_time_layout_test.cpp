@@ -1,4 +1,5 @@
-// Sizes, offsets and results of dates, times and durations, as callers have compiled them in.
+// Tests sizes, offsets and result types of dates, times and durations, as compiled callers expect
+// them.
 #include <tova/system/date_time/date_time.hpp>
 #include <tova/system/date_time/timer.hpp>
 
@@ -32,7 +33,7 @@ static_assert(std::is_empty<auto_tester>::value, "");
 static_assert(std::is_same<decltype(sAutoTester), auto_tester>::value, "");
 static_assert(std::is_same<decltype(timer::m_overheadMicroseconds), unsigned long>::value, "");
 
-// No bases, no slots, and a copy constructor that is a call.
+// There are no bases and no slots, and the copy constructor is not trivial.
 template <typename Value>
 constexpr bool is_a_plain_value() {
     return std::is_standard_layout<Value>::value && !std::is_polymorphic<Value>::value &&

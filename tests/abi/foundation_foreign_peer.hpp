@@ -9,7 +9,8 @@ void throw_out_of_range(const char* message);
 // The class of the library's headers that catches what `thrower` throws, followed by its message.
 const char* catch_by_headers(void (*thrower)());
 
-// These call a function object with the signature of the assertion hook through its base class.
+// These functions call a function object with the signature of the assertion hook through its base
+// class.
 void invoke(void* function, const char* expression, const char* file, unsigned int& line);
 bool equal(const void* function, const void* other);
 void* clone(const void* function);

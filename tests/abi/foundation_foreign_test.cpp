@@ -1,5 +1,5 @@
-// The foundation as a program sees that has no header of the library. README.md says what this
-// checks.
+// The foundation classes as seen by a program without the headers of the library. README.md says
+// what this checks.
 #include "abi/foreign/abilities.hpp"
 #include "abi/foreign/exceptions.hpp"
 #include "abi/foreign/nil.hpp"
@@ -15,8 +15,8 @@
 
 namespace TOVA_2_18 {
 
-// Two counted classes, one for each order of the bases. They declare the destructor alone, so that
-// a derived class of this program can be created.
+// Two counted classes, one for each order of the bases. They declare only the destructor, so that a
+// derived class of this program can be created.
 namespace types {
 
 class variant_type : public generic::abilities::reference_count_pointer_ability<variant_type>,
@@ -221,7 +221,7 @@ void expect_exception_of_the_library() {
     EXPECT_STREQ("an exception of the library", caught);
 }
 
-TEST_F(Foreign, ExceptionsOfEveryClassAreMadeCopiedAndCaught) {
+TEST_F(Foreign, ExceptionsOfEveryClassAreCreatedCopiedAndCaught) {
     using namespace exceptions;
     expect_exception_of_the_library<logic_error, logic_error>();
     expect_exception_of_the_library<logic_error, out_of_range>();
@@ -234,7 +234,7 @@ TEST_F(Foreign, ExceptionsOfEveryClassAreMadeCopiedAndCaught) {
     expect_exception_of_the_library<runtime_error, underflow_error>();
 }
 
-TEST_F(Foreign, ExceptionsOfAnOwnClassAreCaughtAsTheRoot) {
+TEST_F(Foreign, ExceptionsOfADerivedClassAreCaughtAsTheRoot) {
     class own_error : public exceptions::exception {
     public:
         own_error() : exception(3, "own", "f") {}
@@ -261,7 +261,7 @@ TEST_F(Foreign, FunctionObjectsAreCalledThroughTheirSlots) {
     EXPECT_EQ("clone1 end2 ", s_log);
 }
 
-TEST_F(Foreign, FunctionObjectsGoIntoDelegatesOfTheLibrary) {
+TEST_F(Foreign, FunctionObjectsAreStoredInDelegatesOfTheLibrary) {
     {
         const foreign_hook hook(1);
         unsigned int line = 7;

@@ -1,4 +1,4 @@
-// Sizes, offsets, bases and slots of the foundation classes, as callers have compiled them in.
+// Tests sizes, offsets, bases and slots of the foundation classes, as compiled callers expect them.
 #include <tova/debug/assert.hpp>
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/functor/delegate.hpp>
@@ -60,7 +60,7 @@ static_assert(sizeof(functor::delegate_t<attribute_signature>) == 8, "delegate_t
 static_assert(sizeof(types::nil_t) == 1, "nil_t");
 static_assert(sizeof(debug::_private::g_assert_callback) == 8, "g_assert_callback");
 
-// Passed by reference at machine level, since copy and destruction are not trivial.
+// Passed by reference at machine level, since copying and destruction are not trivial.
 static_assert(!std::is_trivially_copyable<functor::delegate_t<hook_signature>>::value,
               "delegate_t");
 static_assert(!std::is_trivially_copyable<place>::value, "state");
@@ -219,7 +219,7 @@ TEST(DelegateLayout, HasInvokeEqualAndCloneAfterTheDestructor) {
     call::destroy_and_free(clone);
 }
 
-TEST(DelegateLayout, IsThePointerToTheFunctionObject) {
+TEST(DelegateLayout, IsAPointerToTheFunctionObject) {
     listener target;
     const functor::delegate_t<hook_signature> empty;
     EXPECT_EQ(nullptr, pointer_at(&empty));
@@ -227,7 +227,7 @@ TEST(DelegateLayout, IsThePointerToTheFunctionObject) {
     EXPECT_EQ(&target, pointer_at(pointer_at(&bound), 8));
 }
 
-TEST(PointerLayout, IsThePointerToTheObject) {
+TEST(PointerLayout, IsAPointerToTheObject) {
     counted_first first;
     counted_only only;
     const memory::pointers::rc_pointer<counted_first> rc(&first);

@@ -1,4 +1,4 @@
-// Sizes, offsets and bases of the message classes, as compiled callers expect them.
+// Tests sizes, offsets and bases of the message classes, as compiled callers expect them.
 #include <tova/i18n/catalog.hpp>
 #include <tova/i18n/format.hpp>
 #include <tova/i18n/message.hpp>

@@ -1,4 +1,4 @@
-// The serialize buffers as a program sees them that has no header of the library. README.md says
+// The serialize buffers as seen by a program without the headers of the library. README.md says
 // what this checks. The program also derives from the buffers, and the library calls its slots.
 #include "abi/foreign/abilities.hpp"
 #include "abi/foreign/nil.hpp"
@@ -60,7 +60,7 @@ public:
     virtual serialize_buffer* clone() const = 0;
 };
 
-// The two encodings differ in their name only, but a template would have other symbols.
+// The two encodings differ only in name, but a template would have different symbols.
 class serialize_text_buf : public serialize_buffer {
 public:
     serialize_text_buf();
@@ -266,7 +266,7 @@ TYPED_TEST(ForeignSequence, WritesAndReadsEachTypeThroughTheSlots) {
     EXPECT_EQ(content, buffer.as_str());
 }
 
-TYPED_TEST(ForeignSequence, TakesPositionAndStateAsEachConstructorPromises) {
+TYPED_TEST(ForeignSequence, CopiesPositionAndStateAsEachConstructorPromises) {
     TypeParam held(bytes("1\0012\001"));
     held.read_int16();
     EXPECT_EQ(2u, held.read_position);
@@ -299,7 +299,7 @@ TYPED_TEST(ForeignSequence, TakesPositionAndStateAsEachConstructorPromises) {
     EXPECT_EQ(2u, held.read_position);
 }
 
-TEST(ForeignSequence, ReadsFromAPositionThatThisProgramStores) {
+TEST(ForeignSequence, ReadsFromAPositionStoredByThisProgram) {
     serialize_text_buf text(bytes("5\0016\001"));
     text.read_position = 2;
     EXPECT_EQ(6, text.read_int32());
@@ -374,7 +374,7 @@ private:
 
 int letters::s_destroyed = 0;
 
-TEST(ForeignSequence, OfThisProgramIsNestedAndHeldByTheLibrary) {
+TEST(ForeignSequence, OfThisProgramIsNestedAndOwnedByTheLibrary) {
     letters own("xyz");
     serialize_text_buf text;
     text.append_buffer(own);
@@ -473,7 +473,7 @@ TEST(ForeignTree, IsCopiedAssignedAndOverlaidByItsOwnClass) {
     EXPECT_EQ("1\001a\0011\0015\0011\001n\0013\0011.5\001", copy.as_str());
 }
 
-TEST(ForeignTree, ChangesItsTextOnlyWhereItPromisesTo) {
+TEST(ForeignTree, ChangesItsTextOnlyAsDocumented) {
     const std::string content = bytes("1\001a\0011\0015\001");
     labeled_text_buffer tree(content);
     EXPECT_EQ(content, tree.text.text);
@@ -504,7 +504,7 @@ TEST(ForeignTree, ChangesItsTextOnlyWhereItPromisesTo) {
     tree.overlay(copy);
     EXPECT_EQ(3u, tree.text.read_position);
 
-    // Nothing after an empty label is read.
+    // Nothing is read after an empty label.
     tree.assign(bytes("0\001\0011\001a\001"));
     EXPECT_TRUE(tree.entries.empty());
     EXPECT_EQ(3u, tree.text.read_position);

@@ -1,4 +1,4 @@
-// Sizes, offsets, bases and slots of the serialize buffers, as callers have compiled them in.
+// Tests sizes, offsets, bases and slots of the serialize buffers, as compiled callers expect them.
 #include <tova/serialization/labeled_text_buffer.hpp>
 #include <tova/serialization/serialize_binary_buf.hpp>
 #include <tova/serialization/serialize_text_buf.hpp>
@@ -42,10 +42,10 @@ using types::variant;
 static_assert(sizeof(serialize_buffer) == 24 && alignof(serialize_buffer) == 8, "");
 static_assert(sizeof(labeled_serialize_buffer) == 24, "");
 static_assert(alignof(labeled_serialize_buffer) == 8, "");
-// And a string and a position.
+// Plus a string and a position.
 static_assert(sizeof(serialize_text_buf) == 64 && alignof(serialize_text_buf) == 8, "");
 static_assert(sizeof(serialize_binary_buf) == 64 && alignof(serialize_binary_buf) == 8, "");
-// And a map and a text buffer.
+// Plus a map and a text buffer.
 static_assert(sizeof(labeled_text_buffer) == 136 && alignof(labeled_text_buffer) == 8, "");
 
 static_assert(std::is_abstract<serialize_buffer>::value, "");
@@ -306,8 +306,8 @@ TEST(SerializationSlots, OfASequenceAreInOrder) {
     EXPECT_EQ(33, buffer.reached);
 }
 
-// The same through the base class, which is how other modules call a class of a user.
-TEST(SerializationSlots, OfASequenceAreReachedThroughTheBase) {
+// The same through the base class, which is how other modules call a user's class.
+TEST(SerializationSlots, OfASequenceAreReachedThroughTheBaseClass) {
     recording_buffer own;
     const serialize_buffer& constant = own;
     serialize_text_buf text(constant);
@@ -332,7 +332,7 @@ void expect_destructor_slots() {
     std::free(memory);
     EXPECT_EQ((std::is_same<Buffer, recording_buffer>::value ? 1 : 0), recording_buffer::destroyed);
     call<void>(new Buffer, 1);
-    // The second table has only the destructor, which finds its way back to the whole object.
+    // The second table has only the destructor, which adjusts the pointer to the whole object.
     Buffer* const made = new Buffer;
     const void* const second = static_cast<const clone_ability*>(made);
     slot<void(const void*)>(second, 1)(second);
@@ -347,7 +347,7 @@ TEST(SerializationSlots, BeginWithTheDestructor) {
 }
 
 // A few slots of both encodings, from each kind of operation.
-TEST(SerializationSlots, OfTheEncodingsAreThoseOfTheBase) {
+TEST(SerializationSlots, OfTheEncodingsAreThoseOfTheBaseClass) {
     const serialize_text_buf text;
     const serialize_binary_buf binary;
     for (const serialize_buffer* buffer : {static_cast<const serialize_buffer*>(&text),
@@ -467,7 +467,7 @@ TEST(SerializationSlots, OfATreeAsTextEndWithTheAssignmentOfItsOwnClass) {
     EXPECT_EQ(5, (call<variant, const std::string&>(&target, 12, label).as_int()));
     EXPECT_EQ("1\001n\0011\0015\001", call<const std::string&>(&target, 5));
 
-    // A derived class is called through that slot.
+    // Calls a derived class through that slot.
     struct recording : labeled_text_buffer {
         using labeled_text_buffer::assign;
         labeled_text_buffer& assign(const labeled_text_buffer&) override {

@@ -1,5 +1,5 @@
-// The layout of the stream parser: sizes, the offsets of all fields, and the virtual slots of the
-// exception that it throws.
+// Tests the layout of the stream parser: sizes, the offsets of all fields, and the virtual slots of
+// the exception that it throws.
 #include <tova/parser/xml_stream_parser.hpp>
 
 #include "support/raw_memory.hpp"
@@ -32,7 +32,7 @@ using attribute_list = std::list<std::pair<ustring8, ustring8>>;
 using open_elements = std::stack<std::pair<ustring8, std::list<node>::iterator>>;
 
 // The classes contain standard containers, so they have no standard layout; the compilers that we
-// build with support `offsetof` for them all the same.
+// build with still support `offsetof` for them.
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
 static_assert(sizeof(error_type) == 4, "statuses are 32 bits");
@@ -109,9 +109,9 @@ TEST(StreamParserLayout, HasItsFieldsInOrder) {
     EXPECT_EQ(65536u, field_at<unsigned long>(object, 664));
     EXPECT_EQ(document, buffer.substr(0, document.size()));
     EXPECT_EQ(1, field_at<unsigned char>(object, 672));  // in a tag
-    EXPECT_EQ(0, field_at<unsigned char>(object, 673));  // a '>' is due
+    EXPECT_EQ(0, field_at<unsigned char>(object, 673));  // a '>' is expected
     EXPECT_EQ(0, field_at<unsigned char>(object, 674));  // in a comment
-    EXPECT_EQ(1, field_at<unsigned char>(object, 675));  // the declaration is done
+    EXPECT_EQ(1, field_at<unsigned char>(object, 675));  // the declaration has been read
     EXPECT_EQ(0, field_at<unsigned char>(object, 676));  // finished
     EXPECT_EQ(1, field_at<unsigned char>(object, 677));  // usable
     EXPECT_EQ(0, field_at<unsigned char>(object, 678));  // the last value was empty
@@ -132,7 +132,7 @@ TEST(StreamParserLayout, HasItsFieldsInOrder) {
     EXPECT_EQ(static_cast<const void*>(&parser.error()), static_cast<const char*>(object) + 1016);
 }
 
-TEST(StreamParserLayout, HasTheIdOfTheTopLevelWhateverTheFileIs) {
+TEST(StreamParserLayout, HasTheIdOfTheTopLevelForAnyFile) {
     const test_support::temporary_directory directory;
     directory.write("file.xml", declaration);
     ASSERT_EQ(0, ::symlink("file.xml", directory.path("link.xml").c_str()));

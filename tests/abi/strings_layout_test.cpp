@@ -1,4 +1,5 @@
-// The strings family as compiled callers see it: sizes, how values are passed, and result types.
+// Tests the strings family as compiled callers see it: sizes, how values are passed, and result
+// types.
 #include <tova/strings/strings.hpp>
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Lengths and colors as a program sees them that has no header of the library. README.md says what
+// Lengths and colors as seen by a program without the headers of the library. README.md says what
 // this checks.
 #include <gtest/gtest.h>
 
@@ -278,7 +278,7 @@ TEST(ForeignAbsoluteUnit, HasEightUnits) {
     expect_unit<8>(96);
 }
 
-TEST(ForeignConversions, HaveAllTheirForms) {
+TEST(ForeignConversions, ExistInAllForms) {
     const auto device = device_unit::pixels;
     EXPECT_EQ(150, to_device_unit(device_unit(150)).m_value);
     EXPECT_EQ(-7, to_device_unit(-7.9, device).m_value);

@@ -1,4 +1,4 @@
-// Sizes, offsets and slots of lengths and colors, as compiled callers expect them.
+// Tests sizes, offsets and slots of lengths and colors, as compiled callers expect them.
 #include <tova/generic/convert/units.hpp>
 #include <tova/types/absolute_unit.hpp>
 #include <tova/types/color.hpp>
@@ -38,7 +38,7 @@ static_assert(std::is_base_of<absolute_unit, basic_absolute_impl<3>>::value, "")
 static_assert(!std::is_polymorphic<color_t>::value, "");
 static_assert(std::is_standard_layout<color_t>::value, "");
 
-// Passed by reference at machine level, because copying or destroying them is a call.
+// Passed by reference at machine level, because copying and destruction are not trivial.
 static_assert(!std::is_trivially_copy_constructible<device_unit>::value, "");
 static_assert(!std::is_trivially_copy_constructible<basic_absolute_impl<1>>::value, "");
 static_assert(!std::is_trivially_copy_constructible<color_t>::value, "");

@@ -1,4 +1,4 @@
-// Numbers, variants and argument lists as a program sees them that has no header of the library.
+// Numbers, variants and argument lists as seen by a program without the headers of the library.
 // README.md says what this checks.
 #include "abi/foreign/arguments.hpp"
 #include "abi/foreign/exceptions.hpp"
@@ -93,7 +93,7 @@ void ulltoa(unsigned long, char*, unsigned int);
 void ulltoa(unsigned long, unsigned short*, unsigned int);
 void ulltoa(unsigned long, wchar_t*, unsigned int);
 
-// No body: every call must find an instantiation that the library exports.
+// Without bodies: every call must find an instantiation that the library exports.
 template <typename T>
 strings::ustring8 to_str(const T&);
 strings::ustring8 to_str(unsigned int);
@@ -296,7 +296,7 @@ TYPED_TEST(ForeignNumbers, RaiseWithTheirSourceLocation) {
     EXPECT_EQ("nothing", parsed_as_unsigned("-0", 0));
 }
 
-TEST(ForeignText, IsReadAsBooleanAndAsFloatingNumbers) {
+TEST(ForeignText, IsReadAsABooleanAndAsFloatingPointNumbers) {
     EXPECT_TRUE(convert::str_to_bool(ustring16(1, '7')));
     EXPECT_FALSE(convert::str_to_bool(ustring16(2, '0')));
     const std::locale& classic = std::locale::classic();
@@ -310,7 +310,7 @@ TEST(ForeignText, IsReadAsBooleanAndAsFloatingNumbers) {
     EXPECT_EQ(std::string("4294967295"), convert::to_str(4294967295u));
 }
 
-TEST(ForeignBytes, GoThereAndBackInHostOrder) {
+TEST(ForeignBytes, RoundTripInHostOrder) {
     using namespace convert;
     EXPECT_EQ(-2, bin_str_to_int16(int16_to_bin_str(-2)));
     EXPECT_EQ(-2, bin_str_to_int16(int16_to_bin_str(-2).data()));
@@ -330,7 +330,7 @@ TEST(ForeignBytes, GoThereAndBackInHostOrder) {
     EXPECT_EQ(2.5, bin_str_to_double(double_to_bin_str(2.5).data()));
 }
 
-TEST(ForeignBytes, GoThereAndBackInLittleEndian) {
+TEST(ForeignBytes, RoundTripInLittleEndian) {
     using namespace convert::little_endian;
     EXPECT_EQ(-2, bin_str_to_int16(int16_to_bin_str(-2)));
     EXPECT_EQ(-3, bin_str_to_int32(int32_to_bin_str(-3)));
@@ -349,7 +349,7 @@ TEST(ForeignBytes, GoThereAndBackInLittleEndian) {
     EXPECT_EQ(2.5, bin_str_to_double(double_to_bin_str(2.5).data()));
 }
 
-TEST(ForeignBytes, GoThereAndBackInBigEndian) {
+TEST(ForeignBytes, RoundTripInBigEndian) {
     using namespace convert::big_endian;
     EXPECT_EQ(-2, bin_str_to_int16(int16_to_bin_str(-2)));
     EXPECT_EQ(-2, bin_str_to_int16(int16_to_bin_str(-2).data()));
@@ -429,7 +429,7 @@ TEST(ForeignVariant, IsMadeFromEachOfTheEighteenTypes) {
     EXPECT_TRUE(typeid(types::nil_t) == variant(nil).type());
 }
 
-TEST(ForeignVariant, SharesAssignsAndBecomesNil) {
+TEST(ForeignVariant, IsSharedAssignedAndSetToNil) {
     variant first("text");
     const variant second(first);
     EXPECT_EQ(first.body.object, second.body.object);
@@ -470,7 +470,7 @@ TEST(ForeignVariant, HasBodiesWhoseSlotsReturnTheValue) {
     EXPECT_EQ(1u, clone->count);
 }
 
-// A body of this program. Each operation returns another number, so a wrong slot shows.
+// A body of this program. Each operation returns a different number, so a wrong slot is detected.
 class foreign_body : public variant_type {
 public:
     explicit foreign_body(int& ends) : m_ends(ends) { allocated = true; }
@@ -615,7 +615,7 @@ TEST(ForeignVargList, IsFilledReadAndEmptied) {
     EXPECT_EQ(0u, list.count());
 }
 
-TEST(ForeignVargList, Takes26Arguments) {
+TEST(ForeignVargList, Accepts26Arguments) {
     const argument a(variant(1));
     EXPECT_EQ(
         26u, varg_list(a, a, a, a, a, a, a, a, a, a, a, a, a, a, a, a, a, a, a, a, a, a, a, a, a, a)

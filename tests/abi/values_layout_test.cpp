@@ -1,5 +1,5 @@
-// Sizes, offsets, bases and slots of the variant and the argument lists, as compiled callers expect
-// them.
+// Tests sizes, offsets, bases and slots of the variant and the argument lists, as compiled callers
+// expect them.
 #include <tova/generic/convert/binary.hpp>
 #include <tova/generic/varg_list.hpp>
 #include <tova/types/nil.hpp>
@@ -57,7 +57,7 @@ static_assert(!std::is_polymorphic<argument>::value, "argument");
 static_assert(sizeof(varg_list) == 24 && alignof(varg_list) == 8, "varg_list");
 static_assert(!std::is_polymorphic<varg_list>::value, "varg_list");
 
-// Passed by reference at machine level, because copying and destroying them is not trivial.
+// Passed by reference at machine level, because copying and destruction are not trivial.
 static_assert(!std::is_trivially_copyable<variant>::value, "variant");
 static_assert(!std::is_trivially_copyable<argument>::value, "argument");
 static_assert(!std::is_trivially_copyable<varg_list>::value, "varg_list");
@@ -91,13 +91,14 @@ struct is_ordered : std::false_type {};
 template <typename T>
 struct is_ordered<T, decltype(void(std::declval<const T&>() < std::declval<const T&>()))>
     : std::true_type {};
-static_assert(compares<ustring8>::value && is_ordered<ustring8>::value, "the tests can tell");
+static_assert(compares<ustring8>::value && is_ordered<ustring8>::value,
+              "the tests detect comparisons");
 static_assert(!compares<variant>::value && !is_ordered<variant>::value, "variant");
 static_assert(!compares<argument>::value && !compares<varg_list>::value, "arguments");
 
 // --- Offsets of fields and bases ---------------------------------------------------------------
 
-TEST(VariantLayout, HoldsNothingButItsBody) {
+TEST(VariantLayout, ContainsOnlyItsBody) {
     const variant value(7);
     const auto* const body = static_cast<const variant_type*>(pointer_at(&value));
     EXPECT_EQ(1u, body->count);
@@ -180,8 +181,8 @@ public:
 };
 int numbered_body::s_destroyed = 0;
 
-// Calls by slot number, as a program does that declares the interface without the library's
-// headers: only the order of the slots matters.
+// Calls by slot number, like a program that declares the interface without the library's headers:
+// only the order of the slots matters.
 struct by_slot {
     template <typename Result>
     TEST_CALLS_SLOTS static Result call(const void* body, std::size_t number) {
@@ -226,7 +227,7 @@ TEST(VariantBodySlots, AreInOrder) {
     EXPECT_EQ(26.0L, by_slot::call<long double>(&body, 26));
 }
 
-TEST(VariantBodySlots, BeginWithTheTwoOfTheDestructor) {
+TEST(VariantBodySlots, BeginWithTheTwoSlotsOfTheDestructor) {
     numbered_body::s_destroyed = 0;
     alignas(numbered_body) unsigned char memory[sizeof(numbered_body)];
     by_slot::destroy(new (memory) numbered_body, 0);
@@ -235,7 +236,7 @@ TEST(VariantBodySlots, BeginWithTheTwoOfTheDestructor) {
     EXPECT_EQ(2, numbered_body::s_destroyed);
 }
 
-TEST(VariantBodySlots, AreReachedThroughTheBaseOfAnotherModulesBody) {
+TEST(VariantBodySlots, AreReachedThroughTheBaseClassOfAnotherModulesBody) {
     const numbered_body body;
     const variant_type& base = body;
     EXPECT_EQ(6, base.as_int());
@@ -298,7 +299,7 @@ TEST(ByteStringReaders, LackFiveForms) {
     ASSERT_NE(nullptr, library) << dlerror();
     const std::string scope = "_ZN9TOVA_2_187generic7convert";
     const std::string text = "ERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE";
-    // The spelling of the names is right, since these exist.
+    // The names are spelled correctly, since these exist.
     EXPECT_NE(nullptr, dlsym(library, (scope + "16bin_str_to_floatEPKc").c_str()));
     EXPECT_NE(nullptr,
               dlsym(library, (scope + "13little_endian17bin_str_to_uint16" + text).c_str()));

@@ -1,4 +1,5 @@
-// The layout of the XML family: sizes, the offsets of all fields, and the slots of the bindings.
+// Tests the layout of the XML family: sizes, the offsets of all fields, and the slots of the
+// bindings.
 #include <tova/parser/xml_parser.hpp>
 #include <tova/parser/xml_token_stream.hpp>
 
@@ -30,8 +31,8 @@ using token = xml_token_stream::token;
 using text_signature = void(const ustring8&);
 using attribute_signature = void(const ustring8&, const ustring8&);
 
-// Standard containers among the fields make these classes non-standard-layout types; the compilers
-// that we build with support offsetof for them all the same.
+// These classes contain standard containers, so they have no standard layout; the compilers that we
+// build with still support `offsetof` for them.
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
 static_assert(sizeof(parse_error::error_type) == 4, "kinds are 32 bits");

@@ -6,7 +6,7 @@ namespace {
 
 using namespace tova::strings;
 
-TEST(RemoveBOM, RemovesOneMarkFromTheFrontOf8Bits) {
+TEST(RemoveBOM, RemovesOneMarkAtTheBeginningOfAn8BitString) {
     const struct {
         const char* text;
         const char* expected;
@@ -33,7 +33,7 @@ TEST(RemoveBOM, RemovesOneMarkFromTheFrontOf8Bits) {
     EXPECT_EQ(ustring8("\0a", 2), remove_BOM(ustring8("\xEF\xBB\xBF\0a", 5)));
 }
 
-TEST(RemoveBOM, RemovesOneMarkInHostOrderFromTheFrontOf16Bits) {
+TEST(RemoveBOM, RemovesOneMarkInHostOrderAtTheBeginningOfA16BitString) {
     EXPECT_EQ(ustring16(), remove_BOM(ustring16()));
     EXPECT_EQ(ustring16(), remove_BOM(ustring16{0xFEFF}));
     EXPECT_EQ((ustring16{'a'}), remove_BOM(ustring16{0xFEFF, 'a'}));
@@ -42,7 +42,7 @@ TEST(RemoveBOM, RemovesOneMarkInHostOrderFromTheFrontOf16Bits) {
     EXPECT_EQ((ustring16{'a', 0xFEFF}), remove_BOM(ustring16{'a', 0xFEFF}));
 }
 
-TEST(RemoveBOM, RemovesOneMarkInHostOrderFromTheFrontOf32Bits) {
+TEST(RemoveBOM, RemovesOneMarkInHostOrderAtTheBeginningOfA32BitString) {
     EXPECT_EQ(ustring32(), remove_BOM(ustring32()));
     EXPECT_EQ(ustring32(), remove_BOM(ustring32{0xFEFF}));
     EXPECT_EQ((ustring32{'a'}), remove_BOM(ustring32{0xFEFF, 'a'}));

@@ -18,7 +18,7 @@ template <typename String>
 class CaseMapping : public ::testing::Test {};
 TYPED_TEST_SUITE(CaseMapping, test_support::all_widths, test_support::width_name);
 
-TYPED_TEST(CaseMapping, ChangesTheLettersOfAsciiOnly) {
+TYPED_TEST(CaseMapping, ChangesOnlyAsciiLetters) {
     EXPECT_EQ(text<TypeParam>("abcxyz @[`{ 019 \0 end"),
               to_lower(text<TypeParam>("aBCXyZ @[`{ 019 \0 END")));
     EXPECT_EQ(text<TypeParam>("ABCXYZ @[`{ 019 \0 END"),
@@ -55,7 +55,7 @@ TYPED_TEST(CaseMapping, OfARangeChangesNoUnitOutsideIt) {
     EXPECT_EQ(TypeParam(), lower_case(TypeParam(), 0, end));
 }
 
-// Even if the caller doesn't keep `last` in range, no other memory is touched.
+// Even if the caller passes a `last` out of range, no other memory is touched.
 TYPED_TEST(CaseMapping, OfARangeStaysInsideTheString) {
     const TypeParam source(1000, 'A');
     EXPECT_EQ(TypeParam(1000, 'a'), lower_case(source, 0, 100000));
@@ -75,7 +75,7 @@ TEST(CaseMapping16, KeepsUnitsAbove127InTheStartingLocale) {
               to_lower(ustring16{0xC9, 'T', 0x416, 0xD83D, 0xFFFF}));
 }
 
-// Sets a locale for the length of a test.
+// Sets a locale for the duration of a test.
 class locale_guard {
 public:
     explicit locale_guard(const char* name) : m_set(setlocale(LC_CTYPE, name) != nullptr) {}
@@ -86,7 +86,7 @@ private:
     bool m_set;
 };
 
-// Compares with the C library, for every unit that its table covers and some that it doesn't.
+// Compares with the C library for every unit that its table covers and some that it doesn't.
 template <typename String>
 void expect_the_table() {
     typedef typename String::value_type unit_type;
@@ -114,7 +114,7 @@ TYPED_TEST(CaseMapping, AgreesWithTheCLibraryInTheStartingLocale) {
 }
 
 TYPED_TEST(CaseMapping, AgreesWithTheCLibraryInTheCurrentLocale) {
-    // Not all of these are installed everywhere; those that are have to agree.
+    // Not all of these are installed everywhere; those that are must agree.
     for (const char* name : {"C", "POSIX", "C.UTF-8", "en_US.ISO-8859-1", "de_DE.ISO-8859-1",
                              "ru_RU.KOI8-R", "tr_TR.ISO-8859-9", "el_GR.ISO-8859-7"}) {
         const locale_guard locale(name);

@@ -115,7 +115,7 @@ TEST(CodePageNames, AnyOtherNumberRaises) {
     EXPECT_EQ(message, invalid_value_of([] { code_page().encode(ustring8("a")); }));
 }
 
-TEST(CodePageNames, EveryNumberUpToTheGreatestIsKnownOrRaises) {
+TEST(CodePageNames, EveryNumberUpToTheLargestIsKnownOrRaises) {
     int known = 0;
     for (int value = -2000; value < 130000; ++value)
         known += invalid_value_of([&] { code_page().to_system_type(number(value)); }) ==
@@ -125,7 +125,7 @@ TEST(CodePageNames, EveryNumberUpToTheGreatestIsKnownOrRaises) {
     EXPECT_EQ(30, known);
 }
 
-TEST(CodePageValue, HoldsTheNumberThatItWasGiven) {
+TEST(CodePageValue, StoresTheGivenNumber) {
     static_assert(sizeof(code_page::encoding_type) == 4, "32 bits");
     EXPECT_EQ(code_page::encoding_default, code_page().type());
     EXPECT_EQ(0, static_cast<int>(code_page::encoding_default));
@@ -135,7 +135,7 @@ TEST(CodePageValue, HoldsTheNumberThatItWasGiven) {
     EXPECT_EQ(code_page::encoding_932, code_page(source).type());
 }
 
-TEST(CodePageValue, SetsItsFieldThroughTypeAndReturnsIt) {
+TEST(CodePageValue, SetsItsFieldWithTypeAndReturnsIt) {
     code_page page;
     code_page::encoding_type& field = page.type();
     EXPECT_EQ(&field, &page.type(code_page::encoding_936));
@@ -253,7 +253,7 @@ const struct {
     {code_page::encoding_125100, "ASCII", "ASCII"},
 };
 
-TEST(CodePageConversion, GoesBothWaysInEveryWidth) {
+TEST(CodePageConversion, WorksBothWaysInEveryWidth) {
     for (const auto& known : known_texts) {
         SCOPED_TRACE(static_cast<int>(known.encoding));
         const code_page page(known.encoding);
@@ -368,8 +368,8 @@ TEST(CodePageDecode, ReplacesEachInvalidByte) {
     }
 }
 
-// Among them are some that iconv steps over although it refuses them, such as A2 E8 of CP949.
-TEST(CodePageDecode, MakesAtMostFourCharactersOfAnyPairOfBytes) {
+// Among them are some that iconv steps over although it rejects them, such as A2 E8 in CP949.
+TEST(CodePageDecode, ProducesAtMostFourCharactersForAnyPairOfBytes) {
     for (const int value : {932, 936, 949, 950}) {
         const code_page page(number(value));
         for (int pair = 0x8000; pair < 0x10000; ++pair) {

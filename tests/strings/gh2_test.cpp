@@ -14,7 +14,7 @@ namespace {
 
 namespace gh2 = tova::strings::gh2;
 
-// What a static object of a program finds while the program is loaded.
+// What a program's static object sees while the program is being loaded.
 std::istream* const in_at_load = &gh2::ucin;
 std::ostream* const out_at_load = &gh2::ucout;
 std::ostream* const error_at_load = &gh2::ucerr;
@@ -51,7 +51,7 @@ TEST(Gh2Ansi, ConvertsToTheCharacterSetOfTheLocale) {
     EXPECT_EQ("", gh2::from_ansi(""));
 }
 
-TEST(Gh2ReplaceAll, LoopsForEverOnAnEmptySearchAndReplacement) {
+TEST(Gh2ReplaceAll, LoopsForeverOnAnEmptySearchAndReplacement) {
     test_support::child_limits limits;
     limits.cpu_seconds = 1;
     const auto result = test_support::run_in_child(
@@ -77,7 +77,7 @@ TEST(Gh2ReplaceAll, GrowsTheStringForAnEmptySearchUntilMemoryRunsOut) {
     EXPECT_EQ(text.size() - 3, text.find_first_not_of('x'));
 }
 
-TEST(Gh2Utf8Length, DependsOnTheFirstByteOnly) {
+TEST(Gh2Utf8Length, DependsOnlyOnTheFirstByte) {
     for (unsigned value = 0; value < 0x100; ++value) {
         const unsigned char byte = static_cast<unsigned char>(value);
         const char character = static_cast<char>(byte);
@@ -100,7 +100,7 @@ TEST(Gh2Utf8Length, OfNoBytesIsZero) {
     EXPECT_EQ(0u, gh2::get_utf8_length(static_cast<const char*>(nullptr), 0));
 }
 
-TEST(Gh2ValidateUtf8, ChecksTheFirstSequenceOnly) {
+TEST(Gh2ValidateUtf8, ChecksOnlyTheFirstSequence) {
     const struct {
         const char* bytes;
         unsigned long size;

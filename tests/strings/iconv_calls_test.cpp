@@ -1,4 +1,4 @@
-// How the code pages use iconv: which calls they make, in which order, and what each failure
+// Tests how the code pages use iconv: which calls they make, in which order, and what each failure
 // raises.
 //
 // This program replaces the C library's functions with its own, which record each call and pass it
@@ -25,7 +25,7 @@ struct {
     std::set<iconv_t> open;
     int open_error = 0;  // errno of a failing iconv_open
     int error = 0;       // errno of a failing iconv
-    // What iconv writes while it steps over the whole input before it refuses it; null if it
+    // What iconv writes while it steps over the whole input before it rejects it; null if it
     // doesn't.
     const char* stepped_over = nullptr;
     bool close_fails = false;
@@ -141,7 +141,7 @@ TEST_F(IconvCalls, OfferTwiceTheInputLeftAfterTheOutputWasFull) {
         record.calls);
 }
 
-// One byte of the old room was left; it is not offered again.
+// One byte of the old room is left; it is not offered again.
 TEST_F(IconvCalls, OfferExactlyTwiceTheInputLeft) {
     EXPECT_EQ("a\xE2\x82\xAC"
               "b",
@@ -152,7 +152,7 @@ TEST_F(IconvCalls, OfferExactlyTwiceTheInputLeft) {
         record.calls);
 }
 
-TEST_F(IconvCalls, OfferAllTheRoomAfterATurnWithoutProgress) {
+TEST_F(IconvCalls, OfferAllTheRoomAfterACallWithoutProgress) {
     EXPECT_EQ("\xE2\x82\xAC", western.as_utf8("\x80"));
     EXPECT_EQ((calls{"open UTF-8 CP1252", "reset", "convert 1 into 1", "convert 1 into 2",
                      "convert 1 into 5", "close"}),
@@ -166,8 +166,8 @@ TEST_F(IconvCalls, OfferTwiceTheInputLeftForAnInvalidByteWithoutRoom) {
         record.calls);
 }
 
-// No byte is left to skip then, and none to make room for.
-TEST_F(IconvCalls, ThatRefuseACharacterAfterTheLastByteGiveOneMark) {
+// Then no byte is left to skip, and none to make room for.
+TEST_F(IconvCalls, ThatRejectACharacterAfterTheLastByteYieldOneQuestionMark) {
     record.stepped_over = "";
     EXPECT_EQ("?", latin.encode(ustring8("ab")));
     EXPECT_EQ((calls{"open ISO-8859-1 UTF-8", "reset", "convert 2 into 2", "close"}), record.calls);
@@ -182,7 +182,7 @@ TEST_F(IconvCalls, EndAtACutCharacter) {
     EXPECT_EQ((calls{"open UTF-8 GBK", "reset", "convert 3 into 3", "close"}), record.calls);
 }
 
-// The windows after an error.
+// Tests of the windows after an error.
 
 TEST_F(IconvCalls, AfterAnErrorOfferWindowsThatDouble) {
     const std::string rest(100, 'a');
@@ -192,7 +192,7 @@ TEST_F(IconvCalls, AfterAnErrorOfferWindowsThatDouble) {
               record.calls);
 }
 
-TEST_F(IconvCalls, OfferTheCharacterThatAWindowCutsAgain) {
+TEST_F(IconvCalls, OfferACharacterCutByAWindowAgain) {
     // The first window ends with the lead byte of the accented letter.
     const ustring8 text("\xC5\x82" + std::string(15, 'a') + "\xC3\xA9" + std::string(40, 'b'));
     EXPECT_EQ("??" + std::string(15, 'a') + "\xE9" + std::string(40, 'b'), latin.encode(text));
@@ -270,7 +270,7 @@ TEST_F(IconvCalls, RaiseForAPairThatIconvDoesNotKnow) {
               record.calls);
 }
 
-TEST_F(IconvCalls, RaiseForTheLocaleAsForItsCodePage) {
+TEST_F(IconvCalls, RaiseForTheLocaleJustAsForItsCodePage) {
     record.open_error = EINVAL;
     EXPECT_EQ("convertions not supported", runtime_error_of([] { gh2::to_ansi("a"); }));
     EXPECT_EQ("convertions not supported", runtime_error_of([] { gh2::from_ansi(""); }));
@@ -308,7 +308,7 @@ TEST_F(IconvCalls, AreNotMadeForANumberWithoutAName) {
     EXPECT_EQ(calls(), record.calls);
 }
 
-// The location of a raise is stored inside the exception, in the record after its table pointer.
+// The location is stored inside the exception, in the record after its table pointer.
 struct location {
     unsigned int line;
     char file[256];

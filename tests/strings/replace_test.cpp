@@ -42,13 +42,13 @@ const struct {
     {"a.b.", ".", "...", 2, "a...b..."},
     {"-", "-", "---", 1, "---"},
     {"a&b", "&", "&amp;", 1, "a&amp;b"},
-    // what was inserted is not searched again, even together with what follows
+    // inserted units are not searched again, even together with what follows
     {"aab", "ab", "b", 1, "ab"},
     {"aabb", "ab", "a", 1, "aab"},
     {"xxyy", "xy", "xyx", 1, "xxyxy"},
 };
 
-TYPED_TEST(ReplaceAll, ReplacesFromTheFrontAndCounts) {
+TYPED_TEST(ReplaceAll, ReplacesFromTheBeginningAndCounts) {
     for (const auto& c : replace_cases) {
         SCOPED_TRACE(c.text);
         SCOPED_TRACE(c.search);
@@ -76,7 +76,7 @@ TYPED_TEST(ReplaceAll, TreatsNulUnitsLikeAnyOther) {
     EXPECT_EQ(text<TypeParam>("a\0\0b\0\0"), changed);
 }
 
-// The same rule in its plainest form: in place, in quadratic time.
+// The same rule in its simplest form: in place, in quadratic time.
 template <typename String>
 unsigned int plainly_replace(String& text, const String& search, const String& replacement) {
     unsigned int count = 0;
@@ -90,7 +90,7 @@ unsigned int plainly_replace(String& text, const String& search, const String& r
 }
 
 // Every string of up to 6 letters a and b, with every search and replacement of up to 3.
-TYPED_TEST(ReplaceAll, AgreesWithThePlainFormOnEveryShortString) {
+TYPED_TEST(ReplaceAll, AgreesWithTheSimpleFormOnEveryShortString) {
     std::vector<TypeParam> texts(1);
     for (std::size_t i = 0; i < texts.size() && texts[i].size() < 6; ++i)
         for (const char letter : {'a', 'b'}) {
@@ -109,7 +109,7 @@ TYPED_TEST(ReplaceAll, AgreesWithThePlainFormOnEveryShortString) {
             }
 }
 
-TEST(ReplaceAllOfGh2, ReplacesAsTheOtherOverloadsDo) {
+TEST(ReplaceAllOfGh2, ReplacesLikeTheOtherOverloads) {
     for (const auto& c : replace_cases) {
         SCOPED_TRACE(c.text);
         SCOPED_TRACE(c.search);

@@ -1,5 +1,5 @@
-// The search below `split_string` and `replace_all`, compared with the plainest one, and the work
-// that it does for strings made to slow it down.
+// Compares the search used by `split_string` and `replace_all` with the simplest one, and checks
+// the work that it does for strings made to slow it down.
 #include <tova/abi.hpp>
 
 #include "strings/search.hpp"
@@ -15,7 +15,7 @@ namespace {
 using tova::strings::detail::not_found;
 using tova::strings::detail::searcher;
 
-// A unit that counts the comparisons with it.
+// A unit that counts its comparisons.
 struct counted {
     char value;
     static std::size_t comparisons;
@@ -95,7 +95,7 @@ TEST(Search, FindsNothingPastTheEnd) {
     EXPECT_EQ(not_found, search.find("xxab", 3, 0)) << "the match is cut";
 }
 
-TEST(Search, AgreesWithThePlainestSearchForAllShortStringsOfTwoLetters) {
+TEST(Search, AgreesWithTheSimplestSearchForAllShortStringsOfTwoLetters) {
     for (std::size_t size = 1; size <= 5; ++size)
         for (unsigned wanted = 0; wanted < 1u << size; ++wanted)
             for (unsigned text = 0; text < 1u << 10; ++text) {
@@ -111,7 +111,7 @@ TEST(Search, AgreesWithThePlainestSearchForAllShortStringsOfTwoLetters) {
 
 // A long run of near matches first, so that the search changes its algorithm before it gets to the
 // random part.
-TEST(Search, AgreesWithThePlainestSearchAfterManyNearMatches) {
+TEST(Search, AgreesWithTheSimplestSearchAfterManyNearMatches) {
     std::mt19937 random(7);
     for (int round = 0; round < 4000; ++round) {
         const unsigned letters = 2 + random() % 2;
@@ -145,7 +145,7 @@ TEST(Search, AgreesWithThePlainestSearchAfterManyNearMatches) {
     }
 }
 
-TEST(Search, ComparesEachUnitAFewTimesWhateverBothStringsHold) {
+TEST(Search, ComparesEachUnitAFewTimesWhateverTheStringsContain) {
     for (const std::size_t half : {1000, 2000, 50000}) {
         std::string period;
         for (std::size_t i = 0; i < half; ++i)

@@ -53,7 +53,7 @@ const split_case split_cases[] = {
     {"a, b,c", ", ", 0, {"a", "b,c"}},
     {"abc", "abc", 0, {""}},
     {"ab", "abc", 0, {"ab"}},
-    // an empty separator gives one field
+    // an empty separator yields one field
     {"", "", 0, {""}},
     {"abc", "", 0, {"abc"}},
     {"abc", "", 1, {"abc"}},
@@ -100,7 +100,7 @@ TYPED_TEST(SplitString, FieldsJoinBackToTheStringForEveryLimit) {
     }
 }
 
-TEST(SplitStringAtLiteral, MakesAStringOfTheSeparator) {
+TEST(SplitStringAtLiteral, ConvertsTheSeparatorToAString) {
     for (const auto& c : split_cases) {
         SCOPED_TRACE(c.input);
         std::vector<ustring8> expected(c.fields.begin(), c.fields.end());

@@ -1,6 +1,6 @@
-// Every form of the conversion loops, compared with the portable one: the same result, the same
-// place of the first invalid character, the same sizes. The sources end at a page that can't be
-// read, and the results end at guard units, so nothing past either is touched.
+// Compares every form of the conversion loops with the portable one: the same result, the same
+// position of the first invalid character, the same sizes. The sources end at a page that can't be
+// read, and the results end at guard units, so accesses past either are detected.
 //
 // This program compiles the kernels itself, as they aren't exported.
 #include <tova/abi.hpp>
@@ -26,7 +26,7 @@ namespace kernels = tova::strings::kernels;
 const std::size_t page = 4096;
 const std::size_t pages = 4;
 
-// Memory in front of a page that can't be read or written.
+// Memory before a page that can't be read or written.
 class guarded {
 public:
     guarded()
@@ -72,7 +72,7 @@ protected:
 
         EXPECT_EQ(room, (m_form.*measure)(from, size)) << "the measure of " << size << " units";
         EXPECT_LE(to_expect.written, room);
-        // Once with just the room that was measured, once with more.
+        // Once with exactly the measured room, once with more.
         for (const std::size_t more : {std::size_t(0), std::size_t(100)}) {
             Target* const to = m_target.end<Target>() - room - more;
             Target before[4];
@@ -180,7 +180,7 @@ TEST_P(UnicodeKernels, ConvertOverlongSequences) {
     }
 }
 
-// Strings of ASCII and of longer characters to put something into.
+// Strings of ASCII and of longer characters, into which the tests insert something.
 std::vector<std::vector<unsigned char>> fillings(std::size_t size) {
     const std::vector<unsigned int> letters = {'a', 0xE9, 0x4E2D, 0x1F600};
     std::vector<std::vector<unsigned char>> result;

@@ -1,4 +1,4 @@
-// The conversions in their plainest form, to compare the fast ones with.
+// The conversions in their simplest form, to compare the fast ones with.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@
 
 namespace unicode_oracle {
 
-typedef std::vector<long> points;  // code points or units, each as its value
+typedef std::vector<long> points;  // code points or units as numbers
 
 struct answer {
     bool good;

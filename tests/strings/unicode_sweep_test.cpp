@@ -1,4 +1,4 @@
-// Whole domains and random mixes through every conversion, compared with the plain oracle.
+// Runs whole domains and random mixes through every conversion and compares with the simple oracle.
 #include <tova/strings/unicode.hpp>
 
 #include <tova/strings/gh2.hpp>
@@ -205,8 +205,8 @@ TEST(UnicodeSweep, ValuesAtTheLimitsOf32BitsAgreeWithTheOracle) {
     }
 }
 
-// Runs of ASCII are read in words, so one other character is put at each place of a run.
-TEST(UnicodeSweep, ACharacterAtAnyPlaceOfAnAsciiRunIsFound) {
+// Runs of ASCII are read in words, so one other character is put at each position of a run.
+TEST(UnicodeSweep, ACharacterAtAnyPositionOfAnAsciiRunIsFound) {
     const ustring8 characters[] = {"",     "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80",
                                    "\xFF", "\xC3"};
     for (std::size_t length = 0; length <= 40; ++length) {
@@ -224,7 +224,7 @@ TEST(UnicodeSweep, ACharacterAtAnyPlaceOfAnAsciiRunIsFound) {
     }
 }
 
-// Short results are made on the stack, long ones on the heap and in blocks.
+// Short results are built on the stack, long ones on the heap and in blocks.
 TEST(UnicodeSweep, StringsOfEveryLengthUpToAThousandUnitsAreComplete) {
     points text;
     const long cycle[] = {'a', 0xE9, 0x20AC, 0x1F600, 'z', 0x42F};

@@ -28,7 +28,7 @@ ustring32 wide(const std::vector<long>& values) {
     return result;
 }
 
-TEST(UnicodeConversions, AnEmptySourceGivesAnEmptyResult) {
+TEST(UnicodeConversions, AnEmptySourceYieldsAnEmptyResult) {
     EXPECT_EQ("", utf16_to_utf8(ustring16()));
     EXPECT_EQ("", utf32_to_utf8(ustring32()));
     EXPECT_EQ(ustring16(), utf32_to_utf16(ustring32()));
@@ -64,12 +64,12 @@ TEST(UnicodeConversions, TheSwappedMarkIsACharacterAfterTheFirstUnit) {
     EXPECT_EQ((ustring16{0xFFFE}), utf8_to_utf16("\xEF\xBF\xBE"));
 }
 
-TEST(UnicodeConversions, ASourceThatSaysMinusOneLooksLikeAFailure) {
+TEST(UnicodeConversions, ASourceOfMinusOneLooksLikeAFailure) {
     EXPECT_EQ(bad_16, utf8_to_utf16("-1"));
     EXPECT_EQ(utf8_to_utf16("\xFF"), utf8_to_utf16("-1"));
 }
 
-// Fails each allocation of a conversion in turn, until a run makes no more of them.
+// Fails each allocation of a conversion in turn, until a run makes no more allocations.
 template <typename Conversion>
 void expect_clean_failures(Conversion convert) {
     unsigned failures = 0;
@@ -146,7 +146,7 @@ TEST(Utf8Decoding, ReadsTheStructureAndNothingElse) {
 TEST(Utf8Decoding, RejectsIncompleteSequences) {
     const struct {
         const char* bytes;
-        std::vector<long> points;  // "?" a byte
+        std::vector<long> points;  // one "?" per byte
     } cases[] = {
         {"\x80", {'?'}},
         {"\xBF", {'?'}},
@@ -173,7 +173,7 @@ TEST(Utf8Decoding, RejectsIncompleteSequences) {
     }
 }
 
-TEST(Utf16Encoding, WritesOneToFourBytesACharacter) {
+TEST(Utf16Encoding, WritesOneToFourBytesPerCharacter) {
     const struct {
         ustring16 units;
         const char* bytes;
@@ -202,7 +202,7 @@ TEST(Utf16Encoding, WritesOneToFourBytesACharacter) {
 TEST(Utf16Encoding, AnUnpairedSurrogateMakesTheWholeResultMinusOne) {
     const ustring16 cases[] = {
         {0xD800},            // high at the end
-        {'a', 'b', 0xDBFF},  // the terminator is no low surrogate
+        {'a', 'b', 0xDBFF},  // the terminator is not a low surrogate
         {0xD800, 'a'},      {0xD800, 0xD800},         {0xD800, 0xDBFF, 0xDC00}, {0xDC00},
         {'a', 0xDFFF, 'b'}, {0xD800, 0xDC00, 0xDC00}, {0xD800, 0xE000},         {0xDC00, 0xD800},
     };
@@ -226,7 +226,7 @@ void expect_exhausted_stack(const std::function<void()>& body) {
     }
 }
 
-TEST(Utf16Encoding, ALeadingSwappedMarkRecursesUntilTheStackIsExhausted) {
+TEST(Utf16Encoding, ALeadingSwappedMarkRecursesUntilTheStackOverflows) {
     const ustring16 sources[] = {{0xFFFE}, {0xFFFE, 0x4100}, ustring16(500, 0xFFFE)};
     for (const ustring16& source : sources) {
         expect_exhausted_stack([&] { std::printf("%zu", utf16_to_utf8(source).size()); });
@@ -242,7 +242,7 @@ TEST(Utf16Encoding, ALeadingSwappedMarkConvertsAfterTheModifyingSwap) {
               utf16_to_utf8(source));
 }
 
-TEST(Utf32Encoding, WritesOneToFourBytesACharacter) {
+TEST(Utf32Encoding, WritesOneToFourBytesPerCharacter) {
     EXPECT_EQ("\x7F", utf32_to_utf8({0x7F}));
     EXPECT_EQ("\xC2\x80", utf32_to_utf8({0x80}));
     EXPECT_EQ("\xDF\xBF", utf32_to_utf8({0x7FF}));
@@ -252,7 +252,7 @@ TEST(Utf32Encoding, WritesOneToFourBytesACharacter) {
     EXPECT_EQ("\xF4\x8F\xBF\xBF", utf32_to_utf8({0x10FFFF}));
 }
 
-TEST(Utf32Encoding, DropsAValueAboveUnicodeQuietly) {
+TEST(Utf32Encoding, DropsAValueAboveUnicodeSilently) {
     EXPECT_EQ("AB", utf32_to_utf8({0x41, 0x110000, 0x42}));
     EXPECT_EQ("", utf32_to_utf8({0x7FFFFFFF}));
 }
@@ -265,7 +265,7 @@ TEST(Utf32Encoding, RejectsASurrogateValueAndDropsWhatWasConverted) {
     EXPECT_EQ("-1", utf32_to_utf8(ustring32(5000, L'a') + wchar_t(0xD800)));
 }
 
-TEST(Utf32Encoding, ANegativeValueGivesItsLowByte) {
+TEST(Utf32Encoding, ANegativeValueBecomesItsLowByte) {
     EXPECT_EQ("\xFF", utf32_to_utf8(wide({-1})));
     EXPECT_EQ("A", utf32_to_utf8(wide({-256 + 0x41})));
     EXPECT_EQ(ustring8(1, '\0'), utf32_to_utf8(wide({-0x80000000L})));
@@ -351,7 +351,7 @@ TEST(Unichar, Of16BitsPairsSurrogates) {
     }
 }
 
-TEST(Unichar, Of32BitsGivesTheUnitUnchecked) {
+TEST(Unichar, Of32BitsReturnsTheUnitUnchecked) {
     const ustring32 units = wide({0x41, 0xD800, 0x110000, -1});
     unsigned long advance = 99;
     EXPECT_EQ(0x41u, unichar(units.data(), 4, 0, advance));
@@ -383,7 +383,7 @@ TYPED_TEST(CharacterIndex, OfAsciiIsTheNumberUpToTheSize) {
     EXPECT_EQ(failed, character_index(abc, 3));
 }
 
-TEST(CharacterIndex8, WalksSequencesAndGoesOnPastTheTerminator) {
+TEST(CharacterIndex8, WalksSequencesAndContinuesPastTheTerminator) {
     const ustring8 text = "\xC3\xA9\xC3\xA9";
     EXPECT_EQ(0u, character_index(text, 0));
     EXPECT_EQ(2u, character_index(text, 1));
@@ -404,7 +404,7 @@ TEST(CharacterIndex8, ReadsZerosFarPastTheEnd) {
     EXPECT_EQ(4000u + 2999u, character_index(emoji, 3999));
 }
 
-TEST(CharacterIndex8, AnInvalidSequenceFailsOnlyOnTheWay) {
+TEST(CharacterIndex8, AnInvalidSequenceFailsOnlyBeforeTheCharacter) {
     EXPECT_EQ(0u, character_index("\xFF"
                                   "abc",
                                   0));
@@ -415,7 +415,7 @@ TEST(CharacterIndex8, AnInvalidSequenceFailsOnlyOnTheWay) {
     EXPECT_EQ(failed, character_index("a\xC3z", 2));
 }
 
-TEST(CharacterIndex16, WalksPairsAndGoesOnPastTheTerminator) {
+TEST(CharacterIndex16, WalksPairsAndContinuesPastTheTerminator) {
     const ustring16 text = {0xD83D, 0xDE00, 0xD83D, 0xDE00};
     EXPECT_EQ(0u, character_index(text, 0));
     EXPECT_EQ(2u, character_index(text, 1));
@@ -431,7 +431,7 @@ TEST(CharacterIndex16, AHighSurrogateNeedsItsLowOne) {
     EXPECT_EQ(0u, character_index(ustring16{0xD800, 'a', 'b'}, 0));
 }
 
-TEST(CharacterIndex16, AStrayLowSurrogateCountsExceptAtTheFront) {
+TEST(CharacterIndex16, AStrayLowSurrogateCountsExceptAtTheBeginning) {
     EXPECT_EQ(3u, character_index(ustring16{'a', 0xDC00, 'b', 'c'}, 3));
     EXPECT_EQ(0u, character_index(ustring16{0xDC00, 'a', 'b'}, 0));
     EXPECT_EQ(failed, character_index(ustring16{0xDC00, 'a', 'b'}, 1));

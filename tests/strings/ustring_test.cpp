@@ -35,7 +35,7 @@ TYPED_TEST(Ustring, HasNoDataOfItsOwn) {
               static_cast<const void*>(static_cast<const base*>(&value)));
 }
 
-TYPED_TEST(Ustring, IsConstructedAsItsBaseIs) {
+TYPED_TEST(Ustring, IsConstructedLikeItsBaseClass) {
     typedef typename TypeParam::base_type base;
     const TypeParam abc = text<TypeParam>("abc");
     const base plain = abc;
@@ -61,7 +61,7 @@ TYPED_TEST(Ustring, TakesOverTheContentOfAMovedBase) {
     EXPECT_EQ(1000u, taken.size());
 }
 
-TYPED_TEST(Ustring, IsAssignedAsItsBaseIs) {
+TYPED_TEST(Ustring, IsAssignedLikeItsBaseClass) {
     const TypeParam abc = text<TypeParam>("abc");
     const typename TypeParam::base_type plain = abc;
     TypeParam value;
@@ -97,7 +97,7 @@ TYPED_TEST(Ustring, ANullPointerRaisesTheStandardLogicError) {
     EXPECT_EQ(expected, logic_error_of([&] { value = null; }));
 }
 
-TYPED_TEST(Ustring, ComparesAndJoinsThroughItsBase) {
+TYPED_TEST(Ustring, ComparesAndJoinsThroughItsBaseClass) {
     const TypeParam ab = text<TypeParam>("ab");
     const TypeParam cd = text<TypeParam>("cd");
     const typename TypeParam::base_type plain = ab;
@@ -222,7 +222,7 @@ TEST(Ustring8, JoinsStringsOfEveryKindFromEitherSide) {
     EXPECT_EQ("o", other);
 }
 
-TEST(Ustring8, PassesWhereverItsBaseIsAskedFor) {
+TEST(Ustring8, CanBePassedWhereItsBaseClassIsExpected) {
     std::ostringstream out;
     out << ustring8("shown");
     EXPECT_EQ("shown", out.str());

@@ -63,7 +63,7 @@ void drop_rights() {
 }
 
 // The exit code of a child whose body ran to its end without a failed check. A child that ends
-// early has another one.
+// early has a different one.
 const int body_passed = 11;
 
 }  // namespace

@@ -1,4 +1,5 @@
-// Runs code that ends the process, exhausts the stack or never returns in a child with limits.
+// Runs code in a child process with limits, for code that ends the process, exhausts the stack or
+// never returns.
 #pragma once
 
 #include <cstddef>
@@ -14,8 +15,8 @@ struct child_limits {
 };
 
 struct child_result {
-    bool exited = false;  // by itself, not by a signal
-    int exit_code = 0;    // if exited
+    bool exited = false;  // whether it exited by itself, not by a signal
+    int exit_code = 0;    // if it exited
     int signal = 0;       // the signal that ended it otherwise
     std::string output;   // standard output and standard error, in the order written
 };

@@ -1,4 +1,4 @@
-// Names the instances of a typed test after their type argument.
+// Names the instances of a typed test after their type arguments.
 #pragma once
 
 #include <string>

@@ -4,7 +4,8 @@
 
 namespace test_support {
 
-// While an object of this class exists, one allocation fails: the first after `successes` others.
+// While an object of this class exists, one allocation fails: the first one after `successes`
+// others.
 class failing_allocation {
 public:
     explicit failing_allocation(unsigned successes = 0);
@@ -19,7 +20,7 @@ public:
 // The number of allocations that the program has made so far.
 unsigned long allocations();
 
-// The number of allocations not yet released. Only the difference of two calls has a meaning.
+// The number of allocations not yet released. Only the difference between two calls is meaningful.
 long live_allocations();
 
 }  // namespace test_support

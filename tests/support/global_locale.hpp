@@ -27,7 +27,7 @@ inline std::locale comma_locale() {
     return std::locale(std::locale::classic(), new punctuation<char>(',', '.'));
 }
 
-// Makes a locale the global one for the duration of a test. A locale without a name, such as
+// Makes a locale the global locale for the duration of a test. A locale without a name, such as
 // `comma_locale()`, does not change the C library's locale.
 class global_locale {
 public:

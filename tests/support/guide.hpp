@@ -6,12 +6,12 @@
 
 namespace test_support {
 
-// The absolute path of a file of the project, from its path below the top folder.
+// The absolute path of a file in the project, from its path below the top folder.
 std::string project_path(const std::string& name);
 
 // A fenced block of a guide. The text after the opening fence is "KIND" or "KIND DETAIL".
 struct guide_block {
-    int line;  // of the opening fence, counted from 1
+    int line;  // line of the opening fence, counted from 1
     std::string kind;
     std::string detail;
     std::string text;  // all lines between the fences, each with its line end

@@ -1,5 +1,5 @@
-// A simple reference for the integer parsers: it reads the whole number first and clamps it to the
-// range of the type afterwards.
+// A simple reference for the integer parsers: it reads the whole number first and then clamps it to
+// the range of the type.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
-// The source location that an exception of the library carries. It has no accessor for it.
+// The source location that an exception of the library carries. The exception has no accessor for
+// it.
 #pragma once
 
 #include <tova/exceptions/exceptions.hpp>

@@ -1,4 +1,4 @@
-// Runs a program the way a user does and returns what it printed.
+// Runs a program as a user would and returns its output.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@ struct program_result {
     std::string output;  // standard output and standard error, in the order written
 };
 
-// Runs a command line of the shell and waits for its end. The caller quotes what needs quoting.
+// Runs a shell command line and waits for it to end. The caller does any quoting.
 program_result run_program(const std::string& command);
 
 }  // namespace test_support

@@ -53,7 +53,7 @@ const Part& part_at(const void* object, std::size_t offset) {
 }
 
 // Result types are not part of a symbol. `static_assert(returns<int>(&type::operation), "")` fails
-// to compile if the const operation returns anything else.
+// to compile if the const operation returns any other type.
 template <typename Result, typename Class, typename... Arguments>
 constexpr bool returns(Result (Class::*)(Arguments...) const) {
     return true;

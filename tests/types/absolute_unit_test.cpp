@@ -139,7 +139,7 @@ struct unit_row {
 const unit_row units[] = {{1, 100000.0}, {2, 300.0}, {3, 25.4}, {4, 2.54},
                           {5, 1.0},      {6, 72.0},  {7, 6.0},  {8, 96.0}};
 
-// Rounds one step to a double: the compiler cannot fuse steps through a volatile.
+// Rounds one step to a double: the compiler cannot fuse steps across a volatile.
 double rounded(volatile double value) {
     return value;
 }
@@ -225,17 +225,17 @@ TYPED_TEST(BasicAbsolute, RoundsToWholeNumbersAndToHundredthsWithHalvesUp) {
     for (int i = -20000; i <= 20000; ++i) {
         for (double length : {i * 0.5, i * 0.005, i * 0.01, i * 0.0333, i * 777.777}) {
             const TypeParam value(length);
-            const double told = oracle_length(row(value), oracle_md(row(value), length));
-            ASSERT_EQ(told, value.value()) << length;
-            ASSERT_EQ(oracle_whole(told), value.as_int32()) << length;
+            const double expected = oracle_length(row(value), oracle_md(row(value), length));
+            ASSERT_EQ(expected, value.value()) << length;
+            ASSERT_EQ(oracle_whole(expected), value.as_int32()) << length;
             ASSERT_EQ(value.as_int32(), value.do_as_int32()) << length;
-            ASSERT_EQ(oracle_hundredths(told), value.as_double()) << length;
+            ASSERT_EQ(oracle_hundredths(expected), value.as_double()) << length;
             ASSERT_EQ(value.as_double(), value.do_as_double()) << length;
         }
     }
 }
 
-TYPED_TEST(BasicAbsolute, ReturnsTheLeastIntForALengthThatDoesNotFit) {
+TYPED_TEST(BasicAbsolute, ReturnsTheSmallestIntForALengthThatDoesNotFit) {
     for (double length : {1e12, -1e12, std::numeric_limits<double>::infinity(),
                           std::numeric_limits<double>::quiet_NaN()})
         EXPECT_EQ(least, TypeParam(length).as_int32()) << length;

@@ -82,7 +82,7 @@ TEST(Color, IsCopiedAndAssignedInEveryForm) {
     expect_parts(color, 0x44, 0x33, 0x22, 0x11);
 }
 
-TEST(Color, IsEqualByAllFourBytes) {
+TEST(Color, IsEqualIfAllFourBytesAre) {
     const color_t color(1, 2, 3, 4);
     EXPECT_TRUE(color.equal(color_t(1, 2, 3, 4)));
     EXPECT_TRUE(color == color_t(1, 2, 3, 4));

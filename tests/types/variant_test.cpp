@@ -195,7 +195,7 @@ TEST(VariantConversions, ConvertEveryTypeToAString) {
     }
 }
 
-TEST(VariantConversions, KnowTheirType) {
+TEST(VariantConversions, ReportTheirType) {
     for (const conversion_row& row : conversion_rows()) {
         SCOPED_TRACE(row.name);
         EXPECT_TRUE(*row.type == row.value.type());
@@ -203,7 +203,7 @@ TEST(VariantConversions, KnowTheirType) {
     }
 }
 
-TEST(VariantConversions, UseTheSignedSlotsForTheFurtherNames) {
+TEST(VariantConversions, UseTheSignedSlotsForTheAlternativeNames) {
     for (const conversion_row& row : conversion_rows()) {
         SCOPED_TRACE(row.name);
         const variant& value = row.value;
@@ -215,7 +215,7 @@ TEST(VariantConversions, UseTheSignedSlotsForTheFurtherNames) {
     }
 }
 
-TEST(VariantConversions, SaturateAtTheSignedLimitUnderTheFurtherNames) {
+TEST(VariantConversions, SaturateAtTheSignedLimitUnderTheAlternativeNames) {
     const variant large("99999999999999999999");
     EXPECT_EQ(2147483647u, large.as_uint());
     EXPECT_EQ(2147483647u, large.as_unsigned());
@@ -228,7 +228,7 @@ TEST(VariantConversions, SaturateAtTheSignedLimitUnderTheFurtherNames) {
     EXPECT_EQ(3000000000u, variant(3000000000.0).as_uint32());
 }
 
-TEST(VariantConversions, ConvertNotANumberToTheLeastIntegerAndToTrue) {
+TEST(VariantConversions, ConvertNotANumberToTheSmallestIntegerAndToTrue) {
     for (const variant& value : {variant(static_cast<float>(not_a_number)), variant(not_a_number),
                                  variant(static_cast<long double>(not_a_number))}) {
         SCOPED_TRACE(value.type().name());
@@ -304,7 +304,7 @@ TYPED_TEST(VariantBoolean, IsTrueForThreeWordsAndEveryNumberExceptZero) {
     }
 }
 
-TEST(VariantBoolean, DoesNotTakeAWideUnitForALetter) {
+TEST(VariantBoolean, DoesNotMistakeAWideUnitForALetter) {
     EXPECT_FALSE(variant(ustring32{0x16F, 0x16E}).as_bool());
     EXPECT_FALSE(variant(std::wstring{0x10006F, 'n'}).as_bool());
     EXPECT_FALSE(variant(ustring16{0x014F, 'N'}).as_bool());
@@ -354,7 +354,7 @@ TEST(VariantString, ParsesIntegersFromCodeUnitsButFloatingPointValuesFromUtf8) {
     EXPECT_EQ(-1.0, plain.as_double());
 }
 
-TEST(VariantString, ConvertsInvalidUtf8ByTheRulesOfEachWidth) {
+TEST(VariantString, ConvertsInvalidUtf8AccordingToEachWidth) {
     const variant bad("1\xFF");
     EXPECT_EQ("1\xFF", bad.as_string());
     EXPECT_EQ(wide16("-1"), bad.as_utf16());
@@ -595,7 +595,7 @@ TEST(VariantInALocale, WritesTheWideStringOfALongDoubleThroughAWideStream) {
     EXPECT_EQ(L"123_456", variant(123456.0L).as_wstring());
 }
 
-TEST(VariantInALocale, ParsesFloatingPointValuesByItAndIntegersWithoutIt) {
+TEST(VariantInALocale, ParsesFloatingPointValuesButNotIntegersByTheLocale) {
     const global_locale locale(two_faced_locale());
     EXPECT_EQ(1.5, variant("1,5").as_double());
     EXPECT_EQ(1234.0f, variant(wide16("1.234")).as_float());
@@ -659,7 +659,7 @@ TEST(VariantConversions, EndTheProcessThroughUnexpectedWhenMemoryRunsOut) {
 TEST(VariantConversions, EndTheProcessThroughUnexpectedWhenAStreamThrows) {
     const auto result = test_support::run_in_child([] {
         test_support::exit_42_on_unexpected();
-        std::ostream stream(nullptr);  // without a buffer it is bad from the start
+        std::ostream stream(nullptr);  // without a buffer the stream is bad from the start
         stream.clear(std::ios::goodbit);
         try {
             stream.exceptions(std::ios::badbit);

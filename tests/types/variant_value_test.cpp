@@ -63,13 +63,13 @@ TYPED_TEST(VariantBody, IsConvertibleAndNamesItsType) {
     EXPECT_TRUE(typeid(TypeParam) == body.type());
 }
 
-TYPED_TEST(VariantBody, StartsWithoutHoldersAndWithoutHeapMark) {
+TYPED_TEST(VariantBody, StartsWithoutHoldersOrHeapMark) {
     const variant_value_t<TypeParam> body(sample<TypeParam>());
     EXPECT_EQ(0u, body.count);
     EXPECT_FALSE(body.allocated);
 }
 
-TYPED_TEST(VariantBody, ClonesItselfWithHeapMarkAndWithoutHolders) {
+TYPED_TEST(VariantBody, ClonesItselfWithAHeapMarkAndWithoutHolders) {
     variant_value_t<TypeParam> body(sample<TypeParam>());
     body.count = 7;
     variant_type* const clone = body.clone();
@@ -88,7 +88,7 @@ TYPED_TEST(VariantBody, ClonesItselfWithHeapMarkAndWithoutHolders) {
     EXPECT_GT(live, test_support::live_allocations());
 }
 
-TYPED_TEST(VariantBody, OutlivesItsHoldersOnTheStack) {
+TYPED_TEST(VariantBody, OutlivesItsHoldersIfItIsOnTheStack) {
     variant_value_t<TypeParam> body(sample<TypeParam>());
     {
         const rc_pointer<variant_type> first(&body);

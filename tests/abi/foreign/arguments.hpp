@@ -19,7 +19,7 @@ public:
     argument(const types::variant&);
     argument(const types::nil_t&);
     argument(const strings::ustring8& name, const types::variant& value);
-    // No body: a program uses the instantiations that the library exports.
+    // Without bodies: a program uses the instantiations that the library exports.
     template <typename T>
     argument(const T&);
     const strings::ustring8& name() const;

@@ -1,5 +1,5 @@
-// Bodies for the members of abilities.hpp and of `rc_pointer`, for a program that takes none of
-// them from the library. Objects of such a program and of the library must still work together.
+// Bodies for the members of abilities.hpp and `rc_pointer`, for a program that uses none of those
+// in the library. Objects of such a program and of the library must still work together.
 #pragma once
 
 #include "abi/foreign/abilities.hpp"
@@ -44,7 +44,7 @@ void hold(T* object) {
         ++object->count;
 }
 
-// Not inlined: the compiler cannot see that an object on the stack is never `allocated`, and would
+// Not inlined: the compiler cannot tell that an object on the stack is never `allocated`, and would
 // warn about the `delete`.
 template <typename T>
 __attribute__((noinline)) void release(T* object) {
