@@ -24,14 +24,15 @@
 // Apart from that, `m_text` holds the result of `as_str` or the source of `assign(text)`.
 #include <tova/serialization/labeled_text_buffer.hpp>
 
-#include <tova/generic/convert/x_to_str.hpp>
 #include <tova/types/nil.hpp>
 
+#include "generic/convert/decimal_digits.hpp"
 #include "serialization/contents.hpp"
 #include "serialization/text_items.hpp"
 
 #include <cstddef>
 #include <cstring>
+#include <limits>
 #include <tuple>
 #include <typeinfo>
 #include <vector>
@@ -61,7 +62,14 @@ public:
     explicit backward_writer(std::size_t room) : m_bytes(room, '\0'), m_begin(room) {}
 
     std::size_t size() const { return m_bytes.size() - m_begin; }
-    std::string written() const { return m_bytes.substr(m_begin); }
+
+    // Replaces the content of the buffer with what has been written.
+    void store_in(serialize_text_buf& buffer) const {
+        if (size() <= static_cast<std::size_t>(std::numeric_limits<int>::max()))
+            buffer.assign(m_bytes.data() + m_begin, static_cast<int>(size()));
+        else
+            buffer.assign(m_bytes.substr(m_begin));
+    }
 
     // Writes a string item from its last byte to its first: separator, bytes, length field.
     void prepend_string(const std::string& bytes) {
@@ -71,10 +79,10 @@ public:
     }
 
     void prepend_length(std::size_t length) {
-        char digits[24];  // 20 digits and a terminator at most
-        generic::convert::ulltoa(length, digits, 10);
+        char digits[generic::convert::detail::max_decimal_size];
+        const std::size_t size = generic::convert::detail::write_decimal(digits, length);
         prepend_separator();
-        prepend(digits, std::strlen(digits));
+        prepend(digits, size);
     }
 
     void prepend_separator() { prepend(&detail::item_separator, 1); }
@@ -129,7 +137,7 @@ struct labeled_text_buffer::tree {
 
     static void copy(const entry_map& from, entry_map& to);
     static void dismantle(labeled_text_buffer& root) TOVA_NOTHROW;
-    static std::string encode(const labeled_text_buffer& root);
+    static void encode(const labeled_text_buffer& root, backward_writer& out);
     static void read(labeled_text_buffer& group, const std::string& text);
     static void overlay(labeled_text_buffer& root, const labeled_text_buffer& other);
 
@@ -197,13 +205,12 @@ void labeled_text_buffer::tree::dismantle(labeled_text_buffer& root) TOVA_NOTHRO
     }
 }
 
-std::string labeled_text_buffer::tree::encode(const labeled_text_buffer& root) {
+void labeled_text_buffer::tree::encode(const labeled_text_buffer& root, backward_writer& out) {
     struct step {
         const labeled_text_buffer* group;
         entry_map::const_reverse_iterator next;
         std::size_t size_after;  // bytes written before this group, which follow it in the text
     };
-    backward_writer out(root.m_text.as_str().size() + 256);
     std::vector<step> open(1, step{&root, root.m_entries.rbegin(), 0});
     for (;;) {
         step& current = open.back();
@@ -213,7 +220,7 @@ std::string labeled_text_buffer::tree::encode(const labeled_text_buffer& root) {
             const std::size_t length = out.size() - current.size_after;
             open.pop_back();
             if (open.empty())
-                return out.written();
+                return;
             out.prepend_length(length);
             const auto& entry = *open.back().next++;
             out.prepend_string(entry.first + group_mark);
@@ -370,7 +377,9 @@ labeled_serialize_buffer& labeled_text_buffer::assign(const char* text, int leng
 }
 
 const std::string& labeled_text_buffer::as_str() const {
-    m_text.assign(tree::encode(*this));
+    backward_writer out(m_text.as_str().size() + 256);  // room for a text as long as the last one
+    tree::encode(*this, out);
+    out.store_in(m_text);
     return m_text.as_str();
 }
 
@@ -401,7 +410,13 @@ bool labeled_text_buffer::has_value(const std::string& label) const {
 
 bool labeled_text_buffer::has_group(const std::string& label) const {
     const labeled_serialize_buffer* const group = retrieve_group(label);
-    return group != nullptr && !group->as_str().empty();
+    if (group == nullptr)
+        return false;
+    // Exactly this class: its text is empty if it has no entries, and isn't made to find out. Any
+    // other class, which an override of `retrieve_group` may return, is asked for its text.
+    if (typeid(*group) == typeid(labeled_text_buffer))
+        return !static_cast<const labeled_text_buffer*>(group)->m_entries.empty();
+    return !group->as_str().empty();
 }
 
 bool labeled_text_buffer::is_empty() const {

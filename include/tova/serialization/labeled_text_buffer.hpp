@@ -11,7 +11,7 @@
 ///     const std::string text = all.as_str();
 ///
 /// Threads: a tree, its groups and the values taken from it belong to one thread at a time, even
-/// for reading: `as_str` and `has_group` are const and encode the tree into a member.
+/// for reading: `as_str` is const and encodes the tree into a member.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -84,7 +84,7 @@ public:
 
     /// Whether a label is present (`has_label`), has a value that is not nil, or has a group. The
     /// label is not trimmed. `has_group` returns whether the label has a group that is not
-    /// empty; it encodes the group to find out.
+    /// empty.
     bool has_label(const std::string& label) const override;
     bool has_value(const std::string& label) const override;
     bool has_group(const std::string& label) const override;
