@@ -199,6 +199,14 @@ struct format {
     static const unsigned long infinity = static_cast<unsigned long>(2 * bias + 1)
                                           << (mantissa_bits - 1);
 };
+template <typename Floating>
+const int format<Floating>::mantissa_bits;
+template <typename Floating>
+const int format<Floating>::least_exponent;
+template <typename Floating>
+const int format<Floating>::bias;
+template <typename Floating>
+const unsigned long format<Floating>::infinity;
 
 // Sets the bits of the value nearest to digits * 10^exponent, infinity included. False if the
 // product is too close to the middle between two values. It is long because its steps share all of
