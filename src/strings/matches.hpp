@@ -112,7 +112,8 @@ private:
             return false;
         }
         m_block_begin = m_next_word + skipped;
-        const std::size_t size = std::min<std::size_t>(m_places - m_block_begin, block);
+        const std::size_t left = m_places - m_block_begin;
+        const std::size_t size = left < block ? left : block;
         kernels::bytes().find(m_text + m_block_begin, size, m_wanted[0],
                               m_wanted[m_wanted_size - 1], m_wanted_size - 1, m_masks);
         m_next_word = m_block_begin;
