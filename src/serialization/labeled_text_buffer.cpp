@@ -33,6 +33,8 @@
 #include <cstddef>
 #include <cstring>
 #include <limits>
+#include <stdexcept>
+#include <string>
 #include <tuple>
 #include <typeinfo>
 #include <vector>
@@ -373,6 +375,9 @@ labeled_serialize_buffer& labeled_text_buffer::assign(const std::string& text) {
 
 labeled_serialize_buffer& labeled_text_buffer::assign(const char* text, int length) {
     detail::require_text(text, length);
+    // What the string's constructor raises, without computing a pointer past all memory first.
+    if (length < 0)
+        throw std::length_error("basic_string::_M_create");
     return assign(std::string(text, static_cast<std::size_t>(length)));
 }
 

@@ -18,6 +18,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -32,7 +33,9 @@ namespace extras {
 /// Whether the variant holds exactly a `T`, one of the eighteen types (`types::nil_t` for nil).
 template <typename T>
 bool holds(const types::variant& value) {
-    return value.type() == typeid(T);
+    // By name: some compilers compare addresses in C++23, and each module has its own for a
+    // standard type.
+    return std::strcmp(value.type().name(), typeid(T).name()) == 0;
 }
 
 namespace _private {
