@@ -11,6 +11,25 @@ function(tova_sources)
   target_sources(tova PRIVATE ${ARGN})
 endfunction()
 
+# tova_fills_strings(a.cpp ...): sources of the shared object that fill strings without clearing them
+# first, which `std::string` offers from C++23 on. Other compilers build them as C++14 and clear.
+# clang before 15 takes `if consteval` in the standard library for true at run time, so each
+# `replace` in the whole library would copy its string byte by byte.
+function(tova_fills_strings)
+  include(CheckCXXSourceCompiles)
+  set(CMAKE_REQUIRED_FLAGS -std=c++2b)
+  check_cxx_source_compiles("
+    #include <string>
+    #if defined(__clang__) && __clang_major__ < 15
+    #error if consteval is true at run time
+    #endif
+    int main() { std::string s; s.resize_and_overwrite(1, [](char*, std::size_t) { return 0; }); }"
+    TOVA_CAN_FILL_STRINGS)
+  if(TOVA_CAN_FILL_STRINGS)
+    set_source_files_properties(${ARGN} TARGET_DIRECTORY tova PROPERTIES COMPILE_OPTIONS -std=c++2b)
+  endif()
+endfunction()
+
 # tova_add_test(NAME a_test.cpp ...): one GoogleTest program from sources of the current folder. Its
 # tests run in random order.
 function(tova_add_test name)
