@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <stdexcept>
 
 namespace TOVA_2_18 {
@@ -24,9 +25,27 @@ void require_position(unsigned long position, unsigned long count) {
     throw std::out_of_range(text);
 }
 
+// Most names differ in length or in the first byte.
+inline bool is_same_name(const strings::ustring8& left, const strings::ustring8& right) {
+    return left.size() == right.size() && *left.data() == *right.data() &&
+           std::memcmp(left.data(), right.data(), left.size()) == 0;
+}
+
 template <typename Iterator>
 Iterator find_name(Iterator first, Iterator last, const strings::ustring8& name) {
-    return std::find_if(first, last, [&name](const argument& a) { return a.name() == name; });
+    return std::find_if(first, last,
+                        [&name](const argument& a) { return is_same_name(a.name(), name); });
+}
+
+// Room for the arguments of a usual call, so that a list grows once. Only an empty list is grown
+// here: an argument to be appended may be part of a longer one.
+const std::size_t usual_count = 4;
+
+template <typename... Values>
+void append(std::vector<argument>& arguments, const Values&... values) {
+    if (arguments.capacity() == 0)
+        arguments.reserve(usual_count);
+    arguments.emplace_back(values...);
 }
 
 }  // namespace
@@ -66,14 +85,14 @@ varg_list::varg_list(const argument& a1, const argument& a2, const argument& a3,
 bool varg_list::push_back(const argument& value) {
     if (value.has_name() && has_argument(value.name()))
         return false;
-    m_arguments.push_back(value);
+    append(m_arguments, value);
     return true;
 }
 
 bool varg_list::push_back(const strings::ustring8& name, const types::variant& value) {
     if (!name.empty() && has_argument(name))
         return false;
-    m_arguments.push_back(argument(name, value));
+    append(m_arguments, name, value);
     return true;
 }
 

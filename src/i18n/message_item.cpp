@@ -2,6 +2,9 @@
 
 #include "i18n/rendering.hpp"
 
+#include <algorithm>
+#include <cstring>
+
 namespace TOVA_2_18 {
 namespace i18n {
 
@@ -14,12 +17,25 @@ strings::ustring8 name_in(const strings::ustring8& data) {
     return strings::ustring8(data, 0, data.find(detail::data_separator));
 }
 
-// The value of the argument that the data names, or null. Most items have no attributes; the data
-// is then the name and isn't copied.
+// The value of the argument that the data names, or null. The name is not copied.
 const types::variant* find_value(const generic::varg_list& args, const strings::ustring8& data) {
     const auto separator = data.find(detail::data_separator);
-    const auto found = separator == std::string::npos ? args.find(data) : args.find(name_in(data));
+    const auto found =
+        separator == std::string::npos
+            ? args.find(data)
+            : std::find_if(args.begin(), args.end(), [&](const generic::argument& a) {
+                  const strings::ustring8& name = a.name();
+                  return name.size() == separator &&
+                         std::memcmp(name.data(), data.data(), separator) == 0;
+              });
     return found == args.end() ? nullptr : &found->value();
+}
+
+// Whether the end of the text, from `begin` on, reads like the failure marker.
+bool ends_with_marker(const std::string& text, std::size_t begin) {
+    const std::size_t length = sizeof detail::failure_marker - 1;
+    return text.size() - begin == length &&
+           std::memcmp(text.data() + begin, detail::failure_marker, length) == 0;
 }
 
 // Appends the formatted value. Returns false and appends nothing for an invalid format string and
@@ -29,7 +45,7 @@ bool append_valid_value(std::string& text, message_item::type_t type, const type
     const auto begin = text.size();
     if (!detail::append_value(text, type, value, data))
         return false;
-    if (text.compare(begin, std::string::npos, detail::failure_marker) != 0)
+    if (!ends_with_marker(text, begin))
         return true;
     text.resize(begin);
     return false;
