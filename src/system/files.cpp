@@ -1,13 +1,19 @@
-// The 8-bit form of each operation does the work, in the published order: test for a link, open,
-// and then steps that report no errors. The other two forms convert the path to UTF-8.
+// The 8-bit form of each operation does the work; the other two forms convert the path to UTF-8. A
+// link is refused before anything else is done: writing tests for one, reading opens the file in a
+// way that fails for one. The steps after opening report no errors.
 #include <tova/system/files.hpp>
 
 #include <tova/strings/unicode.hpp>
 
+#include "strings/unfilled.hpp"
 #include "system/file_status.hpp"
 
-#include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <fstream>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace TOVA_2_18 {
 namespace system {
@@ -23,23 +29,72 @@ const int failure = 1;
 
 const mode_t owner_may_read = 0x100;  // Contract: the owner's permission bit, whoever the caller is
 
+// A file that is open for reading, for the time of one call.
+class input_file {
+public:
+    // A symbolic link is not opened.
+    explicit input_file(const char* path)
+        : m_descriptor(::open(path, O_RDONLY | O_NOFOLLOW | O_CLOEXEC)) {}
+    ~input_file() {
+        if (is_open())
+            ::close(m_descriptor);
+    }
+    input_file(const input_file&) = delete;
+    input_file& operator=(const input_file&) = delete;
+
+    bool is_open() const { return m_descriptor != -1; }
+
+    // The position of the end, or -1 for a file without positions.
+    off_t end() const { return ::lseek(m_descriptor, 0, SEEK_END); }
+
+    // Reads up to `size` bytes from the start. Returns how many there were before the end or an
+    // error.
+    std::size_t read(char* bytes, std::size_t size) const {
+        std::size_t done = 0;
+        while (done != size) {
+            const ssize_t count =
+                ::pread(m_descriptor, bytes + done, size - done, static_cast<off_t>(done));
+            if (count > 0)
+                done += static_cast<std::size_t>(count);
+            else if (count == 0 || errno != EINTR)
+                break;
+        }
+        return done;
+    }
+
+private:
+    int m_descriptor;
+};
+
 int load(const ustring8& path, std::string& content) {
-    if (detail::is_symbolic_link(path))
+    const input_file file(path.c_str());
+    if (!file.is_open()) {
+        // Contract: a path whose status cannot be read raises.
+        detail::is_symbolic_link(path);
         return failure;
-    std::ifstream file(path.c_str(), std::ios::binary);
-    if (!file.is_open())
-        return failure;
+    }
 
     // Contract: the size passes through a 32-bit `int`. A position of -1, which an unseekable file
     // reports, or a size of 2 GiB or more becomes a huge length that the string rejects.
-    file.seekg(0, std::ios::end);
-    const std::streamoff end = file.tellg();
-    content.assign(static_cast<std::string::size_type>(static_cast<int>(end)), '\0');
-    file.seekg(0, std::ios::beg);
-    // Only for a file of 4 GiB or more, which is out of range anyway, is the content shorter than
-    // the file; the read must not go past its end.
-    file.read(&content[0], std::min(end, static_cast<std::streamoff>(content.size())));
-    file.close();
+    const int size = static_cast<int>(file.end());
+    if (size < 0) {
+        content.assign(static_cast<std::string::size_type>(size), '\0');
+        return failure;  // never reached
+    }
+    // A string without the room is replaced once there is a new one, and is unchanged if there is
+    // no memory.
+    const std::size_t room = static_cast<std::size_t>(size);
+    std::string larger;
+    std::string& target = content.capacity() < room ? larger : content;
+    target.clear();
+    strings::detail::append_unfilled(target, room, [&file, room](char* bytes) {
+        // What cannot be read is zeros: the file has become shorter, or is a directory.
+        const std::size_t done = file.read(bytes, room);
+        std::memset(bytes + done, 0, room - done);
+        return room;
+    });
+    if (&target == &larger)
+        content.swap(larger);
     return success;
 }
 

@@ -25,24 +25,11 @@ const unsigned day_line = 68;
 const unsigned minus_assign_line = 146;
 
 const unsigned days_in_400_years = 146097;
-const unsigned days_in_100_years = 36524;
-const unsigned days_in_4_years = 1461;
 const unsigned days_in_a_year = 365;
 
-// A year that begins in March consists of pairs of months, numbered from 0, of 61 days each: 31 and
-// 30 days, or 30 and 31 in the pairs 3 (September and October) and 4 (November and December). July
-// and August have 62 days together, so one day is added from pair 3 on. The last pair (January and
-// February) is cut short by the end of the year.
-const unsigned days_in_a_pair = 61;
-const unsigned day_of_pair_3 = 184;
-
-unsigned days_in_first_month(unsigned pair) {
-    return pair == 3 || pair == 4 ? 30 : 31;
-}
-
-unsigned days_before(unsigned pair) {
-    return pair * days_in_a_pair + (pair >= 3 ? 1 : 0);
-}
+// The days of a year that begins in March, before the month of the index. January and February end
+// the year before; 0 is the month of a default date and counts as December.
+const unsigned short days_before[] = {275, 306, 337, 0, 31, 61, 92, 122, 153, 184, 214, 245, 275};
 
 }  // namespace
 
@@ -177,45 +164,41 @@ date& date::minus_assign(const date_duration& duration) {
 // All arithmetic is unsigned and wraps: a default date, and January and February of year 0, come
 // before day 1, so their numbers wrap around modulo 2^32.
 unsigned int date::pJulian_day_number() const {
-    unsigned years = m_year;
-    unsigned from_march = m_month - 3;
-    if (m_month < 3) {
-        from_march += 12;
-        years -= 1;  // wraps to the largest year before year 0
-    }
-    const unsigned pair = from_march / 2;
-    const unsigned first_month = from_march % 2 != 0 ? days_in_first_month(pair) : 0;
-    return years * days_in_a_year + years / 4 - (years / 100 - years / 400) + days_before(pair) +
-           first_month + m_day;
+    // In January and February of year 0 this is the largest year before it.
+    const unsigned years = m_month < 3 ? m_year - 1 : m_year;
+    const unsigned centuries = years / 100;
+    return years * days_in_a_year + years / 4 - (centuries - centuries / 4) + days_before[m_month] +
+           m_day;
 }
 
-// Contract: the counts of centuries and of single years are not limited to 3. The last day of a
-// cycle of 4 or 400 years, 29 February, is therefore read as 1 March, the first day of another
-// year.
+// Each division is a multiplication, and gives quotient and rest in one product:
+//
+//   days to centuries      4 * day + 3 in units of 146097, the days of 400 years
+//   days to years          4 * day + 3 in units of 1461, the days of 4 years, as a fraction of 2^32
+//                          2939745 = 2^32 / 1461, rounded up; exact for the days of a century
+//   days to months         a straight line through the lengths of the months, times 2^16
+//                          2141 = 2^16 * 5 / 153, about; exact for the days of a year
+//
+// Contract: 29 February is read as 1 March of the same calendar year, the first day of the next
+// year here. It is the last day of a cycle of 4 or 400 years.
 void date::pJulian_day_number(unsigned int number) {
-    unsigned rest = number - 1;
-    unsigned years = rest / days_in_400_years * 400;
-    rest %= days_in_400_years;
-    years += rest / days_in_100_years * 100;
-    rest %= days_in_100_years;
-    years += rest / days_in_4_years * 4;
-    rest %= days_in_4_years;
-    years += rest / days_in_a_year;
-    const unsigned day_of_year = rest % days_in_a_year + 1;
+    const unsigned long quarters = 4UL * (number - 1) + 3;
+    const unsigned long centuries = quarters / days_in_400_years;
+    const unsigned long day_of_century = quarters % days_in_400_years / 4;
 
-    const unsigned added_day = day_of_year >= day_of_pair_3 ? 1 : 0;
-    const unsigned pair = (day_of_year - added_day - 1) / days_in_a_pair;
-    const unsigned day_of_pair = day_of_year - days_before(pair);
-    const unsigned first_month = days_in_first_month(pair);
-    const bool in_second = day_of_pair > first_month;
-
-    m_month = (in_second ? 1 : 0) + 2 * pair + 3;
-    if (m_month > 12) {
-        m_month -= 12;
-        years += 1;
+    const unsigned long scaled = 2939745UL * (4 * day_of_century + 3);
+    unsigned years = static_cast<unsigned>(100 * centuries + (scaled >> 32));
+    unsigned day_of_year = static_cast<unsigned>(scaled) / 2939745 / 4;
+    if (day_of_year == days_in_a_year) {
+        day_of_year = 0;
+        ++years;
     }
-    m_year = years;
-    m_day = in_second ? day_of_pair - first_month : day_of_pair;
+
+    const unsigned months = 2141 * day_of_year + 197913;
+    const bool in_next_year = day_of_year >= days_before[1];
+    m_year = years + (in_next_year ? 1 : 0);
+    m_month = (months >> 16) - (in_next_year ? 12 : 0);
+    m_day = (months & 0xffff) / 2141 + 1;
 }
 
 }  // namespace date_time
