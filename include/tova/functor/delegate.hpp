@@ -35,15 +35,15 @@ namespace functor {
 
 namespace _private {
 
-// A clone of a function object, reached through the base that promises one.
+// A clone of a function object. Its own interface promises one.
 template <typename Function>
-Function* clone(const generic::abilities::clone_ability& source) {
-    return dynamic_cast<const Function&>(source).do_clone();
+Function* clone(const Function& source) {
+    return source.do_clone();
 }
 
 template <typename Function>
 Function* clone_held(const Function* source) {
-    return source != nullptr ? clone<Function>(*source) : nullptr;
+    return source != nullptr ? source->do_clone() : nullptr;
 }
 
 // The store is volatile because a compiler may otherwise drop it before the end of a delegate's
@@ -74,8 +74,7 @@ public:
     constexpr delegate_t() : m_function(nullptr) {}
 
     /// Owns a clone of the function object. Raises what its `do_clone` raises.
-    delegate_t(const function_type& function)
-        : m_function(_private::clone<function_type>(function)) {}
+    delegate_t(const function_type& function) : m_function(_private::clone(function)) {}
 
     /// Owns a clone of the function object of `source`, or nothing if that is empty. Raises what
     /// its `do_clone` raises.
@@ -87,7 +86,7 @@ public:
     /// afterwards, and so is one whose new function object fails to clone.
     delegate_t& operator=(const function_type& function) {
         _private::clear(m_function);
-        m_function = _private::clone<function_type>(function);
+        m_function = _private::clone(function);
         return *this;
     }
     delegate_t& operator=(const delegate_t& source) {
