@@ -30,6 +30,7 @@
 #include "serialization/contents.hpp"
 #include "serialization/text_items.hpp"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <limits>
@@ -73,28 +74,47 @@ public:
             buffer.assign(m_bytes.substr(m_begin));
     }
 
-    // Writes a string item from its last byte to its first: separator, bytes, length field.
-    void prepend_string(const std::string& bytes) {
-        prepend_separator();
-        prepend(bytes.data(), bytes.size());
-        prepend_length(bytes.size());
+    // Writes a string item from its last byte to its first: separator, bytes, length field. The
+    // label of a group has one more byte, its mark.
+    void prepend_string(const std::string& bytes, bool is_group = false) {
+        const std::size_t length = bytes.size() + (is_group ? 1 : 0);
+        need(length + max_overhead);
+        put(detail::item_separator);
+        if (is_group)
+            put(group_mark);
+        m_begin -= bytes.size();
+        std::memcpy(&m_bytes[m_begin], bytes.data(), bytes.size());
+        put_length(length);
     }
 
     void prepend_length(std::size_t length) {
-        char digits[generic::convert::detail::max_decimal_size];
-        const std::size_t size = generic::convert::detail::write_decimal(digits, length);
-        prepend_separator();
-        prepend(digits, size);
+        need(max_overhead);
+        put_length(length);
     }
 
-    void prepend_separator() { prepend(&detail::item_separator, 1); }
+    void prepend_separator() {
+        need(1);
+        put(detail::item_separator);
+    }
 
 private:
-    void prepend(const char* bytes, std::size_t count) {
+    // Two separators and a length field, whose digits are stored eight at a time.
+    static const std::size_t max_overhead = 2 + generic::convert::detail::max_decimal_size;
+
+    // Makes room before what has been written. The functions below rely on it.
+    void need(std::size_t count) {
         if (count > m_begin)
             grow(count);
-        m_begin -= count;
-        m_bytes.replace(m_begin, count, bytes, count);
+    }
+
+    void put(char byte) { m_bytes[--m_begin] = byte; }
+
+    void put_length(std::size_t length) {
+        char digits[generic::convert::detail::max_decimal_size];
+        const std::size_t size = generic::convert::detail::write_decimal(digits, length);
+        put(detail::item_separator);
+        m_begin -= size;
+        std::memcpy(&m_bytes[m_begin], digits, size);
     }
 
     // Doubles the space, so the total time for growing is linear in the length of the text.
@@ -118,7 +138,7 @@ struct labeled_text_buffer::tree {
 
     // Empties the group of a label and returns it. A new label is added with a nil value.
     static labeled_text_buffer& empty_group(entry_map& entries, const std::string& label) {
-        const auto place = entries.lower_bound(label);
+        const auto place = place_of(entries, label);
         if (place == entries.end() || place->first != label)
             return add(entries, place, label, types::variant()).first;
         labeled_text_buffer& group = place->second.first;
@@ -135,6 +155,20 @@ struct labeled_text_buffer::tree {
                           std::forward_as_tuple(std::piecewise_construct, std::forward_as_tuple(),
                                                 std::forward_as_tuple(value)))
             ->second;
+    }
+
+    // The place for a label, or of it. Labels that arrive in order are added at the end.
+    static entry_map::iterator place_of(entry_map& entries, const std::string& label) {
+        if (!entries.empty() && entries.rbegin()->first < label)
+            return entries.end();
+        return entries.lower_bound(label);
+    }
+
+    // Whether each group in the map is empty.
+    static bool holds_no_groups(const entry_map& entries) TOVA_NOTHROW {
+        return std::all_of(entries.begin(), entries.end(), [](const entry_map::value_type& entry) {
+            return entry.second.first.m_entries.empty();
+        });
     }
 
     static void copy(const entry_map& from, entry_map& to);
@@ -191,11 +225,15 @@ labeled_text_buffer::tree::remembered(const labeled_text_buffer& group) TOVA_NOT
 // entries, which would make it recurse.
 void labeled_text_buffer::tree::dismantle(labeled_text_buffer& root) TOVA_NOTHROW {
     labeled_text_buffer* current = &root;
+    bool entered = true;
     for (;;) {
         entry_map& entries = current->m_entries;
+        if (entered && holds_no_groups(entries))
+            entries.clear();  // in one go, which most groups are ready for
         while (!entries.empty() && entries.begin()->second.first.m_entries.empty())
             entries.erase(entries.begin());
-        if (!entries.empty()) {
+        entered = !entries.empty();
+        if (entered) {
             labeled_text_buffer& group = entries.begin()->second.first;
             remember(group, current);
             current = &group;
@@ -225,7 +263,7 @@ void labeled_text_buffer::tree::encode(const labeled_text_buffer& root, backward
                 return;
             out.prepend_length(length);
             const auto& entry = *open.back().next++;
-            out.prepend_string(entry.first + group_mark);
+            out.prepend_string(entry.first, true);
             if (entry.second.second != types::nil) {
                 out.prepend_string(entry.second.second.as_string());
                 out.prepend_string(entry.first);
@@ -390,7 +428,7 @@ const std::string& labeled_text_buffer::as_str() const {
 
 bool labeled_text_buffer::add_value(const std::string& label, const types::variant& value) {
     const std::string key = trimmed(label);
-    const auto place = m_entries.lower_bound(key);
+    const auto place = tree::place_of(m_entries, key);
     if (place == m_entries.end() || place->first != key) {
         tree::add(m_entries, place, key, value);
         return false;

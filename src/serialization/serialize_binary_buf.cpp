@@ -4,6 +4,7 @@
 // outside the content is never read.
 #include <tova/serialization/serialize_binary_buf.hpp>
 
+#include "serialization/append_bytes.hpp"
 #include "serialization/contents.hpp"
 
 #include <algorithm>
@@ -59,11 +60,18 @@ bool read_bytes(const serialize_buffer& buffer, const std::string& text, std::si
 }
 
 // The bytes in host order, as the functions of binary.hpp have them, without a string of their own.
+// They are copied first: the value may be part of the content.
 template <typename Value>
 void append_fixed(std::string& text, const Value& value) {
+    static_assert(sizeof value == 2 || sizeof value == 4 || sizeof value == 8, "");
     char bytes[sizeof value];
     std::memcpy(bytes, &value, sizeof value);
-    text.append(bytes, sizeof bytes);
+    if (sizeof value == 2)
+        detail::append_two(text, bytes);
+    else if (sizeof value == 4)
+        detail::append_four(text, bytes);
+    else
+        detail::append_eight(text, bytes);
 }
 
 void append_bytes(std::string& text, const std::string& bytes) {
