@@ -240,17 +240,19 @@ bool nearest(unsigned long digits, long exponent, unsigned long& bits) {
     }
 
     // The kept bits and one more, which says on which side of the middle the value is; then the
-    // rest of the upper 128 bits.
-    const int dropped = 127 + top - kept - 1;
-    const unsigned long rounded = static_cast<unsigned long>(product.high >> dropped);
-    const uint128 all_ones = (static_cast<uint128>(1) << dropped) - 1;
-    const uint128 rest = product.high & all_ones;
+    // rest of the upper 128 bits. At most 53 bits are kept, so all of them are in the upper 64.
+    const unsigned long upper = static_cast<unsigned long>(product.high >> 64);
+    const unsigned long lower = static_cast<unsigned long>(product.high);
+    const int dropped = 63 + top - kept - 1;
+    const unsigned long rounded = upper >> dropped;
+    const unsigned long all_ones = (1UL << dropped) - 1;
+    const unsigned long rest = upper & all_ones;
     bool up = (rounded & 1) != 0;
     if (exponent > last_exact_power) {
         // The exact product is less than `factor` above this one, and never in the middle.
-        if (rest == all_ones && product.low + factor < product.low)
+        if (rest == all_ones && lower == ~0UL && product.low + factor < product.low)
             return false;
-    } else if (up && rest == 0) {
+    } else if (up && rest == 0 && lower == 0) {
         bool tie = product.low == 0;
         if (exponent < 0 && product.low <= factor) {
             // The exact product is less than `factor` below this one.
