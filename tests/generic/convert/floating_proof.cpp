@@ -2,9 +2,9 @@
 //
 //     floating_proof [COUNT [SEED]]    COUNT of each kind, 10,000,000 if not given
 //
-// It prints every difference, and the exit status is 1 if there is one. All floats of a range of
-// bit patterns are read and written as well, so 2^32 inputs and COUNT values cover every float.
-// Each input takes about 12 microseconds.
+// It prints every difference, and the exit status is 1 if there is one. As many floats are read and
+// written as well, spread evenly over all bit patterns; a COUNT of 4294967296 covers every float.
+// Each input takes about 16 microseconds.
 #include "generic/convert/floating_samples.hpp"
 
 #include <cstdlib>
