@@ -16,6 +16,7 @@
 #include <tova/extras/errors.hpp>
 #include <tova/extras/format.hpp>
 #include <tova/extras/hash.hpp>
+#include <tova/extras/plural.hpp>
 #include <tova/extras/stream.hpp>
 #include <tova/extras/variants.hpp>
 #include <tova/extras/views.hpp>
