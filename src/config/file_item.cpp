@@ -19,8 +19,6 @@
 #include "config/token_scanner.hpp"
 #include "system/file_status.hpp"
 
-#include <sys/stat.h>
-
 #include <fstream>
 #include <limits>
 #include <stdexcept>
@@ -35,13 +33,8 @@ namespace {
 
 const char file_id[] = "standard file";
 
-// A pipe is never opened for reading: that would block until a writer opens it, perhaps forever.
-bool is_pipe(const ustring8& name) {
-    return system::detail::has_mode_bits(name, S_IFIFO);
-}
-
 bool opens_for_reading(const ustring8& name) {
-    return !is_pipe(name) && !system::io::is_directory(name) &&
+    return !TOVA_2_18::detail::is_pipe(name) && !system::io::is_directory(name) &&
            std::ifstream(name.c_str(), std::ios::binary).is_open();
 }
 
@@ -65,12 +58,14 @@ bool read_file(const ustring8& name, ustring8& content) {
     if (name.empty())
         return false;
     try {
-        return !system::detail::is_symbolic_link(name) && !is_pipe(name) &&
+        return !system::detail::is_symbolic_link(name) && !TOVA_2_18::detail::is_pipe(name) &&
                has_loadable_size(name) && system::load_file(name, content) == 0;
     } catch (const std::runtime_error&) {
         // If there is no way to find out whether the path is a link, the file cannot be read
         // either.
         return false;
+    } catch (const std::length_error&) {
+        return false;  // the size was known before, and is not any more
     }
 }
 

@@ -1,8 +1,9 @@
 /// @file
-/// The test for symbolic links. Several families refuse a file whose name is a symbolic link. The
-/// test is here, below all of them, because the stream parser must not depend on `system`.
+/// The tests for files that are not opened. Several families refuse a file whose name is a symbolic
+/// link, or a pipe. The tests are here, below all of them, because the stream parser must not
+/// depend on `system`.
 ///
-/// Keeps no state: any number of threads may call it.
+/// Keeps no state: any number of threads may call them.
 #pragma once
 
 #include <string>
@@ -13,6 +14,10 @@ namespace detail {
 /// Whether the last component of the path is a symbolic link. A missing file is not one. Raises
 /// `boost::filesystem::filesystem_error` if the status of the path cannot be read.
 bool is_symbolic_link(const std::string& path);
+
+/// Whether the path is a pipe, links followed. Opening one for reading blocks until a writer opens
+/// it, perhaps forever. Never fails.
+bool is_pipe(const std::string& path);
 
 }  // namespace detail
 }  // namespace TOVA_2_18

@@ -28,11 +28,16 @@ private:
 
 }  // namespace
 
+void open_for_reading(std::ifstream& stream, const strings::ustring8& name) {
+    if (!TOVA_2_18::detail::is_pipe(name))
+        stream.open(name.c_str(), std::ios::in | std::ios::binary);
+}
+
 xml_stream_parser::error_type stream_file::check() {
     if (TOVA_2_18::detail::is_symbolic_link(m_name))
         return xml_stream_parser::internal_failure;
     const stream_closer closer(m_stream);
-    m_stream.open(m_name.c_str(), std::ios::in | std::ios::binary);
+    open_for_reading(m_stream, m_name);
     return m_stream.is_open() ? xml_stream_parser::no_error : xml_stream_parser::open_failed;
 }
 
@@ -42,7 +47,7 @@ unsigned long stream_file::load(stream_scanner& scanner, xml_stream_parser::erro
         return 0;
     }
     const stream_closer closer(m_stream);
-    m_stream.open(m_name.c_str(), std::ios::in | std::ios::binary);
+    open_for_reading(m_stream, m_name);
     if (!m_stream.is_open()) {
         status = xml_stream_parser::open_failed;
         return 0;

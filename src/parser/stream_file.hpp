@@ -16,6 +16,10 @@ namespace TOVA_2_18 {
 namespace parser {
 namespace detail {
 
+/// Opens a file, unless it is a pipe: that would wait for a writer, and a pipe has no positions
+/// from which to read on.
+void open_for_reading(std::ifstream& stream, const strings::ustring8& name);
+
 class stream_file {
 public:
     /// A view of fields of the parser: the file name, a stream that is open only within `load`, the

@@ -106,7 +106,8 @@ unsigned long xml_stream_parser::parse_offset() {
 }
 
 unsigned long xml_stream_parser::file_length() {
-    std::ifstream file(m_file_name.c_str(), std::ios::in | std::ios::binary);
+    std::ifstream file;
+    detail::open_for_reading(file, m_file_name);
     if (!file.is_open())
         return 0;
     file.seekg(0, std::ios::end);

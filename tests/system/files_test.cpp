@@ -274,10 +274,40 @@ TEST_F(FilesOfAUser, AreOutOfRangeFrom2GibOn) {
     ASSERT_EQ(0, ::truncate(file.c_str(), 0x80000000L));
     EXPECT_THROW(load_file(path("sparse"), content), std::length_error);
     EXPECT_EQ("as it was before", content);
-    // Only the low 32 bits of a size count, and nothing is read past the content.
-    ASSERT_EQ(0, ::truncate(file.c_str(), 0x100000003L));
-    EXPECT_EQ(0, load_file(path("sparse"), content));
-    EXPECT_EQ("fro", content);
+}
+
+// The files are sparse: they take no room on the disk.
+TEST_F(FilesOfAUser, LoadAsTheLowBitsOfTheirSizeFrom4GibOn) {
+    const std::string file = directory.write("sparse", "0123456789ab");
+    const off_t gib = 1L << 30;
+    const struct {
+        off_t size;
+        std::size_t loaded;
+    } cases[] = {
+        {4 * gib, 0}, {4 * gib + 10, 10}, {4 * gib + (1 << 20), 1 << 20}, {8 * gib + 3, 3}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.size);
+        ASSERT_EQ(0, ::truncate(file.c_str(), c.size));
+        EXPECT_EQ(0, load_file(path("sparse"), content));
+        EXPECT_EQ(c.loaded, content.size());
+        EXPECT_EQ(std::string("0123456789ab").substr(0, c.loaded), content.substr(0, 12));
+    }
+    for (const off_t size : {2 * gib, 4 * gib - 1, 6 * gib, 8 * gib - 1}) {
+        SCOPED_TRACE(size);
+        ASSERT_EQ(0, ::truncate(file.c_str(), size));
+        EXPECT_THROW(load_file(path("sparse"), content), std::length_error);
+        EXPECT_EQ("012", content);
+    }
+}
+
+TEST_F(FilesOfAUser, LoadAGibibyteOfFive) {
+    const std::string file = directory.write("sparse", "front");
+    ASSERT_EQ(0, ::truncate(file.c_str(), 5L << 30));
+    test_support::expect_in_child([this] {
+        EXPECT_EQ(0, load_file(path("sparse"), content));
+        EXPECT_EQ(std::size_t(1) << 30, content.size());
+        EXPECT_EQ("front", content.substr(0, 5));
+    });
 }
 
 TEST_F(FilesOfAUser, AreNamedMinusOneForAnInvalidPath) {

@@ -45,7 +45,8 @@ public:
     bool init(const config_dispatch& dispatcher);
 
     /// Lets the dispatcher load, unload or save all sources. Returns false without a dispatcher and
-    /// true otherwise; that a source fails doesn't show here.
+    /// true otherwise; that a source fails doesn't show here. A file that cannot be read, for
+    /// whatever reason, is as good as an empty one and raises nothing.
     ///
     /// A second `load` without `init` stores over what the first one found, and finds `cfg_file` in
     /// every source, the file and the environment included: it may read another file than before.

@@ -71,7 +71,7 @@ public:
         missing_equals = 9,       ///< An attribute name that `=` does not follow at once.
         internal_failure = 10,    ///< The file is a symbolic link, there is no root to recover
                                   ///< in, or an exception such as `std::bad_alloc` occurred.
-        open_failed = 11,         ///< The file cannot be opened.
+        open_failed = 11,         ///< The file cannot be opened, or is a pipe.
         not_xml = 12              ///< The file does not begin with an XML declaration.
     };
 
@@ -111,8 +111,9 @@ public:
         const char* what() const TOVA_NOTHROW override;
     };
 
-    /// Checks the file without reading it: the status is then 0, 10 for a symbolic link, or 11. The
-    /// 16- and 32-bit forms convert the name to UTF-8.
+    /// Checks the file without reading it: the status is then 0, 10 for a symbolic link, or 11. A
+    /// pipe is never opened, since that could wait forever. The 16- and 32-bit forms convert the
+    /// name to UTF-8.
     xml_stream_parser(const strings::ustring8& file, unsigned int open_depth);
     xml_stream_parser(const strings::ustring16& file, unsigned int open_depth);
     xml_stream_parser(const strings::ustring32& file, unsigned int open_depth);

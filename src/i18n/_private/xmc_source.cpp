@@ -55,8 +55,9 @@ ustring8 xmc_source::directory() const {
 // Contract: the NUL byte is part of the parsed text, so the last token of a file is often a piece
 // of text that contains it, and an XML error at the end may quote it.
 //
-// Contract: there is no check whether the file could be read. For a symbolic link, a directory or
-// an unreadable file only the NUL byte is parsed, and the error is the missing XML declaration.
+// Contract: there is no check whether the file could be read. For a symbolic link, a directory, a
+// pipe or an unreadable file only the NUL byte is parsed, and the error is the missing XML
+// declaration. No exception of a failed system call leaves a load.
 ustring8 xmc_source::read() const {
     ustring8 bytes;
     if (m_status.st_size < largest_file)
@@ -64,7 +65,9 @@ ustring8 xmc_source::read() const {
     try {
         system::load_file(m_path, bytes);
     } catch (const std::length_error&) {
-        bytes.clear();  // a directory, or a device without a size
+        bytes.clear();  // a directory, a pipe, or a device without a size
+    } catch (const std::runtime_error&) {
+        bytes.clear();  // there is no way to find out whether the path is a link
     }
     bytes.push_back('\0');
     return bytes;
