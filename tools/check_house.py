@@ -378,7 +378,7 @@ BODY = "    ++i;\n" * 60
       ("src/a.cpp", "void f() {\n" + "    g([] { h(); });\n" * 20 + "}\nvoid g() {\n}\n", 0))
 def long_functions(file):
     """A function above 50 lines says in a comment why it is long."""
-    if not file.is_cpp or file.top not in ("src", "include", "tools", "examples"):
+    if not file.is_cpp or file.top not in ("src", "include", "programs", "tools", "examples"):
         return
     for function in functions(file.text):
         length = function.closing - function.opening + 1
@@ -436,7 +436,7 @@ def guide_and_example_tests(file):
 def folders_list_their_files(file):
     """Each folder lists its own sources, by name."""
     if file.path.name != "CMakeLists.txt" or file.top not in (
-            "src", "tests", "benchmarks", "fuzz", "examples"):
+            "src", "programs", "tests", "benchmarks", "fuzz", "examples"):
         return
     text = re.sub(r"#.*", "", file.text)
     for number, line in enumerate(text.splitlines(), 1):
