@@ -24,3 +24,10 @@ install(FILES ${PROJECT_BINARY_DIR}/tovaConfig.cmake ${PROJECT_BINARY_DIR}/tovaC
 file(RELATIVE_PATH TOVA_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tova.pc.in ${PROJECT_BINARY_DIR}/tova.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tova.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# gdb loads the printers by itself from the folder that mirrors the library's own path. The prefix is
+# known only when the files are installed.
+install(FILES ${PROJECT_SOURCE_DIR}/tools/debugger/tova_printers.py
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}"
+  RENAME libtova.so.${PROJECT_VERSION}-gdb.py)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/debugger/tova.natvis DESTINATION ${CMAKE_INSTALL_DATADIR}/tova)
