@@ -19,19 +19,25 @@
 // room that iconv may fill next. Invariant: offset + room <= size of the output. The room can be
 // less than the output has left, see `make_room`.
 //
-// iconv is called for all characters at once, ASCII included. A faster path for runs of ASCII would
-// go before the call in `conversion::run`.
+// A long string mostly takes another way: iconv is asked once for each different character, and the
+// answers are kept in a table for the rest of the conversion, see `learned_page`. What the table
+// leaves open goes through the loop above. Nothing is kept between conversions: each one opens a
+// descriptor of its own, and the modules that iconv loads may change between two of them.
 #include <tova/strings/code_page.hpp>
 
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/strings/unicode.hpp>
 
+#include "strings/ascii_run.hpp"
+#include "strings/learned_page.hpp"
 #include "strings/utf8.hpp"
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <iconv.h>
 #include <langinfo.h>
+#include <memory>
 
 namespace TOVA_2_18 {
 namespace strings {
@@ -77,6 +83,20 @@ const struct {
     {code_page::encoding_28605, "ISO-8859-15"},
     {code_page::encoding_125100, "ANSI_X3.4-1968"},
 };
+
+// Sizes, in bytes, from which asking for each character once takes less time.
+const std::size_t worth_learning = 4096;
+
+// Whether no character of the page depends on those before it. CP1255 and CP1258 compose letters,
+// and of a page that only the locale names nothing is known. UTF-8 has too many characters.
+bool can_be_learned(const std::string& page) {
+    if (page == "UTF-8" || page == "CP1255" || page == "CP1258")
+        return false;
+    for (const auto& known : page_names)
+        if (page == known.name)
+            return true;
+    return false;
+}
 
 // The published locations of the exceptions of one direction.
 struct locations {
@@ -136,7 +156,7 @@ public:
         : m_input(const_cast<char*>(source.data())),  // iconv doesn't write there
           m_input_left(source.size()), m_output(source.size(), '\0'), m_offset(0),
           m_room(source.size()), m_from_utf8(from_utf8), m_window(unlimited), m_made_room(false),
-          m_stood_still(false) {}
+          m_run_left(source.size()), m_run_room(source.size()) {}
 
     bool has_input() const { return m_input_left > 0; }
 
@@ -146,23 +166,139 @@ public:
     // size. iconv decodes a large block of its input before it notices that the target lacks the
     // first character, and it would do so again for each such character. A character cut by the end
     // of a window is offered again with the next window.
-    bool run(iconv_t handle) {
-        const std::size_t left_before = m_input_left;
-        const std::size_t room_before = m_room;
-        bool done = false;
-        for (bool cut = true; cut;) {
+    //
+    // For a page that is being learned one window is enough; true then means that it was converted.
+    bool run(iconv_t handle, bool one_window) {
+        if (one_window)
+            m_window = window_after_error;
+        for (;;) {
             std::size_t offered = std::min(m_input_left, m_window);
             const std::size_t behind = m_input_left - offered;
             char* position = &m_output[0] + m_offset;
-            done = iconv(handle, &m_input, &offered, &position, &m_room) != iconv_failed;
+            const bool done = iconv(handle, &m_input, &offered, &position, &m_room) != iconv_failed;
             m_offset = static_cast<std::size_t>(position - &m_output[0]);
             m_input_left = behind + offered;
-            cut = behind > 0 && (done || errno == EINVAL);
-            if (cut && m_window <= unlimited / 2)
+            if (behind == 0 || !(done || errno == EINVAL))
+                return done;
+            if (one_window)
+                return true;
+            if (m_window <= unlimited / 2)
                 m_window *= 2;
         }
-        m_stood_still = m_input_left == left_before && m_room == room_before;
-        return done;
+    }
+
+    // Converts by what is known of the page, as far as that goes: the same results in the same room
+    // as from iconv, see `make_room`. What is next then is for iconv.
+    template <bool FromUtf8>
+    void run(detail::learned_page<FromUtf8>& page) {
+        while (m_input_left > 0) {
+            copy_single_bytes(page);
+            copy_known(page);
+            if (m_input_left == 0)
+                return;
+            std::size_t taken;
+            const unsigned char* const text = reinterpret_cast<const unsigned char*>(m_input);
+            const detail::learned_character* const known = page.find(text, m_input_left, taken);
+            if (known == nullptr)
+                return;
+            if (known->kind == detail::learned_character::refused) {
+                for (std::size_t marks = known->size; marks > 0; --marks)
+                    write_mark();
+            } else if (known->size > m_room) {
+                make_room();
+            }
+        }
+    }
+
+    // The characters that need nothing but room that is there. The bytes written could be those of
+    // any object, so the state is kept in local variables.
+    template <bool FromUtf8>
+    void copy_known(detail::learned_page<FromUtf8>& page) {
+        const unsigned char* text = reinterpret_cast<const unsigned char*>(m_input);
+        const unsigned char* const end = text + m_input_left;
+        char* to = &m_output[0] + m_offset;
+        char* const last = &m_output[0] + m_output.size();
+        std::size_t room = m_room;
+        bool has_marks = false;
+        while (text != end) {
+            if (end - text >= 8 && room >= 8 && detail::all_ascii(text)) {
+                std::memcpy(to, text, 8);
+                text += 8;
+                to += 8;
+                room -= 8;
+                continue;
+            }
+            std::size_t taken;
+            const detail::learned_character* const known =
+                page.find(text, static_cast<std::size_t>(end - text), taken);
+            if (known == nullptr || known->size > room)
+                break;
+            if (known->kind == detail::learned_character::refused) {
+                has_marks = true;
+                taken = known->size;
+            }
+            // A copy of a fixed size costs less; the next character overwrites the rest.
+            if (last - to >= 4)
+                std::memcpy(to, known->bytes, 4);
+            else
+                std::memcpy(to, known->bytes, known->size);
+            text += taken;
+            to += known->size;
+            room -= known->size;
+        }
+        if (has_marks)
+            m_made_room = false;
+        m_input_left = static_cast<std::size_t>(end - text);
+        m_input += text - reinterpret_cast<const unsigned char*>(m_input);
+        m_offset = static_cast<std::size_t>(to - &m_output[0]);
+        m_room = room;
+    }
+
+    void copy_single_bytes(detail::learned_page<true>&) {}
+
+    // The bytes of a page that are a character each, as long as there is room for any. No branch
+    // depends on the string, unless a byte is new or begins a longer character.
+    void copy_single_bytes(detail::learned_page<false>& page) {
+        typedef detail::learned_page<false> learned;
+        const unsigned char* text = reinterpret_cast<const unsigned char*>(m_input);
+        const unsigned char* const end = text + m_input_left;
+        char* to = &m_output[0] + m_offset;
+        char* const last = to + m_room;
+        std::uint32_t seen = 0;
+        for (;;) {
+            while (end - text >= 4 && last - to >= 16) {
+                const std::uint32_t w0 = page.single_byte(text[0]);
+                const std::uint32_t w1 = page.single_byte(text[1]);
+                const std::uint32_t w2 = page.single_byte(text[2]);
+                const std::uint32_t w3 = page.single_byte(text[3]);
+                if ((w0 & w1 & w2 & w3 & learned::single_bit) == 0)
+                    break;
+                seen |= w0 | w1 | w2 | w3;
+                to = learned::write(w3,
+                                    learned::write(w2, learned::write(w1, learned::write(w0, to))));
+                text += 4;
+            }
+            std::size_t taken;
+            if (text == end || last - to < 4)
+                break;
+            const detail::learned_character* const known =
+                page.find(text, static_cast<std::size_t>(end - text), taken);
+            if (known == nullptr)
+                break;
+            if (known->kind == detail::learned_character::refused) {
+                seen |= learned::refused_bit;
+                taken = 1;
+            }
+            std::memcpy(to, known->bytes, 4);
+            to += known->size;
+            text += taken;
+        }
+        if ((seen & learned::refused_bit) != 0)
+            m_made_room = false;
+        m_input_left = static_cast<std::size_t>(end - text);
+        m_input += text - reinterpret_cast<const unsigned char*>(m_input);
+        m_room = static_cast<std::size_t>(last - to);
+        m_offset = static_cast<std::size_t>(to - &m_output[0]);
     }
 
     // Contract: the output grows by twice the input left, and the room becomes exactly that, even
@@ -171,11 +307,13 @@ public:
     // One case needs more: a last byte that becomes three would get room for two forever. If room
     // was made before and nothing could be converted since, the rest of the output becomes room.
     void make_room() {
-        const bool in_vain = m_made_room && m_stood_still;
+        const bool in_vain = m_made_room && m_input_left == m_run_left && m_room == m_run_room;
         grow(m_input_left);
         if (in_vain)
             m_room = m_output.size() - m_offset;
         m_made_room = true;
+        m_run_left = m_input_left;
+        m_run_room = m_room;
     }
 
     // Writes "?" for the byte at the input.
@@ -241,17 +379,37 @@ private:
     const bool m_from_utf8;
     std::size_t m_window;  // bytes of input that iconv is offered at most
     bool m_made_room;      // since the last "?"
-    bool m_stood_still;    // the last run, all its windows together, read and wrote nothing
+    // The input left and the room when room was made; if both are the same, nothing was converted.
+    std::size_t m_run_left;
+    std::size_t m_run_room;
 };
 
-std::string convert(const char* to, const char* from, const std::string& source,
-                    const locations& at) {
-    descriptor handle(to, from, at);
-    conversion work(source, &at == &encode_locations);
+// The characters of a page in one direction, if the source is worth learning them.
+template <bool FromUtf8>
+std::unique_ptr<detail::learned_page<FromUtf8>> learn(iconv_t handle, const std::string& page,
+                                                      const std::string& source) {
+    std::unique_ptr<detail::learned_page<FromUtf8>> learned;
+    if (source.size() >= worth_learning && can_be_learned(page))
+        learned.reset(new detail::learned_page<FromUtf8>(handle));
+    if (learned && !learned->usable())
+        learned.reset();
+    return learned;
+}
+
+template <bool FromUtf8>
+std::string convert(const std::string& page, const std::string& source, const locations& at) {
+    descriptor handle(FromUtf8 ? page.c_str() : "UTF-8", FromUtf8 ? "UTF-8" : page.c_str(), at);
+    conversion work(source, FromUtf8);
 
     iconv(handle, nullptr, nullptr, nullptr, nullptr);  // back to the initial shift state
+    const auto learned = learn<FromUtf8>(handle, page, source);
     while (work.has_input()) {
-        if (work.run(handle))
+        if (learned) {
+            work.run(*learned);
+            if (!work.has_input())
+                break;
+        }
+        if (work.run(handle, learned != nullptr))
             continue;
         switch (errno) {
         case E2BIG:
@@ -375,8 +533,7 @@ std::string code_page::to_system_type(encoding_type value) const {
 }
 
 std::string code_page::encode(const ustring8& text) const {
-    const std::string to = to_system_type(m_type);
-    return convert(to.c_str(), "UTF-8", text, encode_locations);
+    return convert<true>(to_system_type(m_type), text, encode_locations);
 }
 
 std::string code_page::encode(const ustring16& text) const {
@@ -388,8 +545,7 @@ std::string code_page::encode(const ustring32& text) const {
 }
 
 ustring8 code_page::as_utf8(const std::string& text) const {
-    const std::string from = to_system_type(m_type);
-    return convert("UTF-8", from.c_str(), text, as_utf8_locations);
+    return convert<false>(to_system_type(m_type), text, as_utf8_locations);
 }
 
 ustring16 code_page::as_utf16(const std::string& text) const {

@@ -1,0 +1,143 @@
+/// @file
+/// What iconv makes of single characters, learned while a long string is converted.
+///
+///     detail::learned_page<true> page(handle);     // from UTF-8
+///     if (page.usable())
+///         page.find(text, left, taken);  // iconv is asked once for each different character
+///
+/// A page whose characters don't depend on each other is a table, and most strings have few
+/// different characters. Nothing outlives the conversion, and a character that iconv treats in an
+/// unusual way is left to it. An object belongs to one thread.
+#pragma once
+
+#include "strings/utf8.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <iconv.h>
+#include <memory>
+
+namespace TOVA_2_18 {
+namespace strings {
+namespace detail {
+
+struct learned_character {
+    enum result_kind : unsigned char {
+        unknown,    // not asked yet
+        converted,  // becomes `size` bytes
+        refused,    // becomes a "?" for each of `size` bytes of the source
+        ask         // anything else
+    };
+
+    result_kind kind;
+    unsigned char size;  // at most four
+    char bytes[6];       // more than that, so that iconv never lacks room
+};
+
+template <bool FromUtf8>
+class learned_page {
+public:
+    // The handle is in its initial state, and stays there.
+    explicit learned_page(iconv_t handle);
+
+    // Whether there is memory for the table, and ASCII is the same on both sides.
+    bool usable() const { return m_usable; }
+
+    // The character that begins at `text` and takes `taken` bytes; null if it isn't complete or
+    // iconv has to see it.
+    const learned_character* find(const unsigned char* text, std::size_t left, std::size_t& taken) {
+        const std::size_t at = place_of(text, left, taken);
+        if (at == nowhere)
+            return nullptr;
+        learned_character& known = m_table.get()[at];
+        if (known.kind == learned_character::unknown)
+            ask_iconv(text, taken, known);
+        return known.kind == learned_character::ask ? nullptr : &known;
+    }
+
+    // What a byte of a page becomes if it is a character of its own: the bytes from the lowest on,
+    // in the top byte their number, whether the byte is refused, and a bit that is always set.
+    // Otherwise, and before `find` was asked for it, 0.
+    std::uint32_t single_byte(unsigned char byte) const { return m_single_bytes[byte]; }
+
+    static const std::uint32_t single_bit = 0x40000000u;
+    static const std::uint32_t refused_bit = 0x80000000u;
+
+    // Writes such a byte with room for four, and returns the end of what counts of them.
+    static char* write(std::uint32_t single, char* to) {
+        std::memcpy(to, &single, sizeof single);
+        return to + (single >> 24 & 3);
+    }
+
+private:
+    // The characters of a page by their bytes, and those of UTF-8 by their value, up to U+FFFF. The
+    // others share the places above, each with the value that it is for.
+    static const std::size_t places = 0x10000;
+    static const std::size_t shared_places = 0x400;
+    static const std::size_t nowhere = static_cast<std::size_t>(-1);
+
+    struct free_memory {
+        void operator()(learned_character* table) const { std::free(table); }
+    };
+
+    // The branches make `taken` known before the table is read.
+    std::size_t place_of(const unsigned char* text, std::size_t left, std::size_t& taken) {
+        return FromUtf8 ? place_of_sequence(text, left, taken) : place_of_bytes(text, left, taken);
+    }
+
+    std::size_t place_of_sequence(const unsigned char* text, std::size_t left, std::size_t& taken) {
+        const unsigned int b = text[0];
+        if (b < 0x80) {
+            taken = 1;
+            return b;
+        }
+        if (b >= 0xC2 && b < 0xE0 && left >= 2 && is_continuation(text[1])) {
+            taken = 2;
+            return (b & 0x1F) << 6 | (text[1] & 0x3Fu);
+        }
+        if (b > 0xE0 && b < 0xF0 && b != 0xED && left >= 3 && is_continuation(text[1]) &&
+            is_continuation(text[2])) {
+            taken = 3;
+            return (b & 0x0F) << 12 | (text[1] & 0x3Fu) << 6 | (text[2] & 0x3Fu);
+        }
+        return place_of_rare_sequence(text, left, taken);
+    }
+
+    // A byte alone, or two after a lead.
+    std::size_t place_of_bytes(const unsigned char* text, std::size_t left, std::size_t& taken) {
+        const unsigned char first = text[0];
+        if (m_first[first] == not_asked)
+            learn_first(text);
+        if (m_first[first] == single) {
+            taken = 1;
+            return first;
+        }
+        taken = 2;
+        if (m_first[first] == leads && left >= 2)
+            return static_cast<std::size_t>(first) << 8 | text[1];
+        return nowhere;
+    }
+
+    std::size_t place_of_rare_sequence(const unsigned char* text, std::size_t left,
+                                       std::size_t& taken);
+    void learn_first(const unsigned char* text);
+    bool keeps_ascii();
+    int ask_iconv(const unsigned char* text, std::size_t size, learned_character& answer);
+
+    iconv_t m_handle;
+    bool m_usable;
+    // Zeroed memory from the system: only what is used of it costs time.
+    std::unique_ptr<learned_character, free_memory> m_table;
+    unsigned int m_owner[shared_places] = {};
+    std::uint32_t m_single_bytes[256] = {};
+    enum : unsigned char { not_asked, single, leads, neither } m_first[256] = {};
+};
+
+extern template class learned_page<true>;
+extern template class learned_page<false>;
+
+}  // namespace detail
+}  // namespace strings
+}  // namespace TOVA_2_18
