@@ -1,5 +1,8 @@
 #include "i18n/catalog_loading.hpp"
 
+#include "i18n/_private/xmc_merge.hpp"
+#include "i18n/_private/xmc_reader.hpp"
+#include "i18n/locale_list.hpp"
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 #include <tova/strings/case.hpp>
 #include <tova/system/directories.hpp>
@@ -11,6 +14,7 @@ namespace detail {
 
 using _private::xmc_file_loader;
 using strings::ustring8;
+using load_error = xmc_file_loader::load_error;
 using result_type = catalog_loading::result_type;
 
 // Decides which files a call loads. It only tests whether a path is a file or a directory; whether
@@ -93,13 +97,23 @@ result_type catalog_loading::scan_directory(const ustring8& directory) {
 }
 
 // A file is merged only after it has been read completely, so a file with an error changes nothing.
+//
+// The stages are those of an `xmc_file_loader` that is dropped afterwards. Since nobody sees what
+// was read but not merged, messages are made only when they are merged.
 result_type catalog_loading::load_file(const ustring8& file) {
-    xmc_file_loader loader;
-    const xmc_file_loader::load_error outcome = m_catalog_id == nullptr
-                                                    ? loader.parse(file, m_locale)
-                                                    : loader.parse(file, m_locale, *m_catalog_id);
+    const ustring8 all_catalogs;
+    locale_list locales;
+    append_wanted_locale(locales, m_locale);
+    if (m_catalog_id == nullptr && m_locale.empty())
+        return result_type(load_error(xmc_file_loader::no_default_locale, ""));
+
+    late_keeper keeper(locales);
+    ustring8 base_directory;
+    const load_state state = {locales, keeper, base_directory,
+                              m_catalog_id == nullptr ? all_catalogs : *m_catalog_id};
+    const load_error outcome = xmc_reader(state).read_file(file);
     if (outcome.type == xmc_file_loader::no_error)
-        loader.combine_data(m_catalogs, m_resolve);
+        keeper.merge_into(m_catalogs);
     return result_type(outcome);
 }
 

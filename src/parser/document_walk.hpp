@@ -45,6 +45,7 @@
 #include "parser/byte_blocks.hpp"
 #include "parser/document_scanner.hpp"
 #include "parser/equal_bytes.hpp"
+#include "parser/piece.hpp"
 #include "strings/ascii.hpp"
 
 #include <cctype>
@@ -57,18 +58,6 @@
 namespace TOVA_2_18 {
 namespace parser {
 namespace detail {
-
-/// A name, value or text as it is in the document.
-struct piece {
-    piece(const char* from, std::size_t count) : data(from), size(count) {}
-    piece(const char* begin, const char* end)
-        : data(begin), size(static_cast<std::size_t>(end - begin)) {}
-
-    strings::ustring8 string() const { return strings::ustring8(data, size); }
-
-    const char* data;
-    std::size_t size;
-};
 
 /// The context has the operations below. The events come with the position of the cursor and return
 /// where to go on. A text that has references, or whitespace before it, isn't in the document as it

@@ -54,4 +54,17 @@ inline std::string text_of(const loaded_catalogs& catalogs, const std::string& c
     return entry->second->message(key).as_string(tova::generic::varg_list());
 }
 
+// All of a set, in one string.
+template <typename Catalogs>
+std::string everything_in(const Catalogs& catalogs) {
+    std::string all;
+    for (const auto& entry : catalogs) {
+        all += entry.first + " = " + entry.second->name() + "\n";
+        for (const auto& keyed : *entry.second)
+            all += keyed.first + " = " + keyed.second.name() + ", " + keyed.second.meta() + ", " +
+                   keyed.second._orginal_locale() + ": " + items_of(keyed.second) + "\n";
+    }
+    return all;
+}
+
 }  // namespace test_support

@@ -25,11 +25,23 @@ void* operator new(std::size_t size) {
     throw std::bad_alloc();
 }
 
+// The sanitizers have a form of their own, which operator delete below must not free.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 void operator delete(void* memory) noexcept {
     s_live -= memory != nullptr;
     std::free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
+    operator delete(memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
     operator delete(memory);
 }
 

@@ -24,6 +24,10 @@
 namespace TOVA_2_18 {
 namespace i18n {
 
+namespace detail {
+struct catalog_fields;
+}
+
 /// A catalog: a named map from key to message, in the byte order of the keys.
 ///
 /// Catalogs are shared through `memory::pointers::shared_pointer<catalog_t>`. The set of locales is
@@ -111,6 +115,8 @@ public:
     static message_t m_nil_message;
 
 private:
+    friend struct detail::catalog_fields;
+
     strings::ustring8 m_name;
     mutable std::set<strings::ustring8> m_languages;  // empty: not built yet
     std::map<strings::ustring8, message_t> m_messages;

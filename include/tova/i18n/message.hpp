@@ -25,6 +25,10 @@
 namespace TOVA_2_18 {
 namespace i18n {
 
+namespace detail {
+struct message_fields;
+}
+
 /// A message: its key, its items in output order, the locale that it came from, and meta text for
 /// translators and tools.
 ///
@@ -121,6 +125,8 @@ public:
     bool equal(const types::nil_t& nil) const;
 
 private:
+    friend struct detail::message_fields;
+
     strings::ustring8 m_name;
     std::vector<message_item> m_items;
     strings::ustring8 m_orginal_locale;

@@ -2,43 +2,59 @@
 /// A place among the tokens of an XMC file.
 ///
 /// The grammar accesses tokens only through these few operations, so it doesn't depend on how they
-/// are stored. A cursor belongs to one thread.
+/// are stored: in the list that the operations of `xmc_file_loader` take, or side by side as a
+/// load makes them. A cursor belongs to one thread.
 #pragma once
 
 #include <tova/i18n/_private/xmc_file_loader.hpp>
-#include <tova/strings/ustring.hpp>
+
+#include "parser/flat_tokens.hpp"
+#include "parser/piece.hpp"
+
+#include <cstddef>
 
 namespace TOVA_2_18 {
 namespace i18n {
 namespace detail {
 
-class token_cursor {
+using parser::detail::piece;
+
+// What both kinds have. `Position` is an iterator, or a reference to the caller's.
+template <typename Position, typename End>
+class basic_token_cursor {
 public:
     using token = _private::xmc_file_loader::token;
-    using iterator = _private::xmc_file_loader::token_iterator;
 
-    // The caller owns the position: it moves with the cursor, and after an exception it shows how
-    // far the walk got.
-    token_cursor(iterator& position, const iterator& end) : m_position(position), m_end(end) {}
+    basic_token_cursor(Position position, const End& end) : m_position(position), m_end(end) {}
 
     bool at_end() const { return m_position == m_end; }
 
-    // The token at the cursor. There must be one.
+    // The token at the cursor. There must be one. The value is valid as long as the tokens are.
     token::token_type type() const { return m_position->type(); }
-    const strings::ustring8& value() const { return m_position->value(); }
+    piece value() const { return piece(m_position->value()); }
 
     // Whether there is a token with that type and value.
-    bool is_at(token::token_type wanted, const char* name) const {
-        return !at_end() && type() == wanted && value() == name;
+    template <std::size_t Size>
+    bool is_at(token::token_type wanted, const char (&name)[Size]) const {
+        return !at_end() && type() == wanted && value().is(name);
     }
 
     // Moves to the next token, or to the end. There must be a token.
     void next() { ++m_position; }
 
 private:
-    iterator& m_position;
-    const iterator m_end;
+    Position m_position;
+    End m_end;
 };
+
+// The caller owns the position: it moves with the cursor, and after an exception it shows how far
+// the walk got.
+using list_cursor = basic_token_cursor<_private::xmc_file_loader::token_iterator&,
+                                       _private::xmc_file_loader::token_iterator>;
+
+// A copy stays where it is, so a message can be read again from there.
+using flat_cursor = basic_token_cursor<const parser::detail::flat_tokens::token*,
+                                       const parser::detail::flat_tokens::token*>;
 
 }  // namespace detail
 }  // namespace i18n

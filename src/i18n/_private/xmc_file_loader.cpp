@@ -21,7 +21,7 @@ namespace TOVA_2_18 {
 namespace i18n {
 namespace _private {
 
-using detail::token_cursor;
+using detail::list_cursor;
 using strings::ustring8;
 using load_error = xmc_file_loader::load_error;
 
@@ -29,8 +29,11 @@ using load_error = xmc_file_loader::load_error;
 class __attribute__((visibility("hidden"))) xmc_file_loader::reader : public detail::xmc_reader {
 public:
     explicit reader(xmc_file_loader& loader)
-        : xmc_reader({loader.m_locales, loader.m_catalogs, loader.m_base_directory,
-                      loader.m_catalog_id}) {}
+        : xmc_reader({loader.m_locales, m_keeper, loader.m_base_directory, loader.m_catalog_id}),
+          m_keeper(loader.m_catalogs, loader.m_locales) {}
+
+private:
+    detail::instant_keeper m_keeper;
 };
 
 xmc_file_loader::xmc_file_loader() {}
@@ -83,7 +86,7 @@ bool xmc_file_loader::is_cat_id_set() {
 }
 
 bool xmc_file_loader::is_catalog_matched(const ustring8& name) {
-    return reader(*this).is_catalog_wanted(name);
+    return reader(*this).is_catalog_wanted(detail::piece(name));
 }
 
 load_error xmc_file_loader::parse_file(const ustring8& file) {
@@ -95,37 +98,43 @@ load_error xmc_file_loader::parse_string(const ustring8& text, const ustring8& f
 }
 
 void xmc_file_loader::parse_xmc_header(token_iterator& cursor, token_iterator& end) {
-    token_cursor at(cursor, end);
+    list_cursor at(cursor, end);
     detail::read_header(at);
 }
 
 void xmc_file_loader::parse_ignorable(token_iterator& cursor, token_iterator& end) {
-    token_cursor at(cursor, end);
+    list_cursor at(cursor, end);
     detail::skip_ignorable(at);
 }
 
 void xmc_file_loader::parse_catalog(token_iterator& cursor, token_iterator& end) {
-    token_cursor at(cursor, end);
+    list_cursor at(cursor, end);
     reader(*this).keep_catalog(at);
 }
 
 void xmc_file_loader::parse_include(token_iterator& cursor, token_iterator& end) {
-    token_cursor at(cursor, end);
+    list_cursor at(cursor, end);
     reader(*this).follow_include(at);
 }
 
 message_t xmc_file_loader::parse_message(token_iterator& cursor, token_iterator& end) {
-    token_cursor at(cursor, end);
-    return detail::read_message(at);
+    list_cursor at(cursor, end);
+    detail::message_draft draft;
+    detail::read_message(at, &draft);
+    message_t message;
+    draft.write(message, detail::piece());
+    return message;
 }
 
 message_item xmc_file_loader::parse_message_arg(token_iterator& cursor, token_iterator& end) {
-    token_cursor at(cursor, end);
-    return detail::read_argument(at);
+    list_cursor at(cursor, end);
+    detail::message_draft draft;
+    detail::read_argument(at, &draft);
+    return draft.last_item();
 }
 
 message_item::type_t xmc_file_loader::parse_message_type(const ustring8& word) {
-    return detail::item_type(word);
+    return detail::item_type(detail::piece(word));
 }
 
 void xmc_file_loader::set_message(const message_t& msg, const ustring8& catalog) {

@@ -2,8 +2,6 @@
 
 #include <tova/strings/case.hpp>
 
-#include <vector>
-
 // The grammar, one function for each element, in the order of nesting:
 //
 //     xmc       read_header                        (the driver walks its children)
@@ -24,40 +22,43 @@ namespace detail {
 using _private::xmc_file_loader;
 using strings::ustring8;
 using load_error = xmc_file_loader::load_error;
-using token = token_cursor::token;
+using token = xmc_file_loader::token;
 
 namespace {
 
-void require_token(const token_cursor& cursor) {
+template <typename Cursor>
+void require_token(const Cursor& cursor) {
     if (cursor.at_end())
         throw load_error(xmc_file_loader::unexpected, "");
 }
 
-void step(token_cursor& cursor) {
+template <typename Cursor>
+void step(Cursor& cursor) {
     cursor.next();
     require_token(cursor);
 }
 
-void require_element(const token_cursor& cursor, const char* name) {
+template <typename Cursor, std::size_t Size>
+void require_element(const Cursor& cursor, const char (&name)[Size]) {
     require_token(cursor);
     if (!cursor.is_at(token::element_start, name))
-        throw load_error(xmc_file_loader::invalid_element, cursor.value());
+        throw load_error(xmc_file_loader::invalid_element, cursor.value().string());
 }
 
-[[noreturn]] void refuse_attribute(const ustring8& name) {
-    throw load_error(xmc_file_loader::invalid_attribute, name);
+[[noreturn]] void refuse_attribute(piece name) {
+    throw load_error(xmc_file_loader::invalid_attribute, name.string());
 }
 
-void ignore_attribute(const ustring8&) {}
+void ignore_attribute(piece) {}
 
 // Moves from the start of an element to just after the end of its start tag. Calls `take(name,
 // value)` for each attribute and `other(text)` for any other token: a comment that directly follows
 // the `>`, which the token stream puts before the end of the start tag.
-template <typename Take, typename Other>
-void read_start_tag(token_cursor& cursor, Take take, Other other) {
+template <typename Cursor, typename Take, typename Other>
+void read_start_tag(Cursor& cursor, Take take, Other other) {
     step(cursor);
     while (cursor.type() != token::start_tag_end) {
-        const ustring8& name = cursor.value();
+        const piece name = cursor.value();
         if (cursor.type() == token::attribute_name) {
             step(cursor);
             take(name, cursor.value());
@@ -69,20 +70,24 @@ void read_start_tag(token_cursor& cursor, Take take, Other other) {
     cursor.next();
 }
 
-bool is_at_argument(const token_cursor& cursor) {
+template <typename Cursor>
+bool is_at_argument(const Cursor& cursor) {
     return cursor.is_at(token::element_start, "argument") ||
            cursor.is_at(token::element_start, "arg");
 }
 
 // The content between the tags of one message: text is collected until an argument or the end turns
-// it into an item.
+// it into an item. Without a draft there is only a record of what there would be.
 class message_content {
 public:
-    explicit message_content(const ustring8& key) : m_key(key), m_follows_argument(false) {}
+    message_content(piece key, message_draft* draft)
+        : m_key(key), m_draft(draft), m_has_text(false), m_has_items(false),
+          m_follows_argument(false) {}
 
     // Consumes the piece at the cursor and leaves the cursor at the next one. There must be a
     // token.
-    void take(token_cursor& cursor) {
+    template <typename Cursor>
+    void take(Cursor& cursor) {
         const bool follows_argument = m_follows_argument;
         m_follows_argument = false;
         if (is_at_argument(cursor)) {
@@ -91,7 +96,7 @@ public:
             return;
         }
         if (cursor.type() == token::character)
-            m_text += cursor.value();
+            add(cursor.value());
         else if (cursor.type() == token::space)
             take_space(follows_argument);
         else if (cursor.type() == token::element_start)
@@ -100,41 +105,54 @@ public:
         step(cursor);
     }
 
-    const std::vector<message_item>& items() {
+    // Returns whether there is any item.
+    bool finish() {
         end_text();
-        return m_items;
+        return m_has_items;
     }
 
 private:
-    void end_text() {
-        if (!m_text.empty())
-            m_items.push_back(message_item(m_text));
-        m_text.clear();
+    void add(piece text) {
+        m_has_text = m_has_text || !text.empty();
+        if (m_draft != nullptr)
+            m_draft->append(text);
     }
 
-    void take_argument(token_cursor& cursor) {
+    void end_text() {
+        if (!m_has_text)
+            return;
+        if (m_draft != nullptr)
+            m_draft->end_item(message_item::type_text);
+        m_has_text = false;
+        m_has_items = true;
+    }
+
+    template <typename Cursor>
+    void take_argument(Cursor& cursor) {
         end_text();
         try {
-            m_items.push_back(read_argument(cursor));
+            read_argument(cursor, m_draft);
         } catch (load_error& error) {
-            error.append_error_stack(load_error::in_message, m_key);
+            error.append_error_stack(load_error::in_message, m_key.string());
             throw;
         }
+        m_has_items = true;
     }
 
-    // Contract: a run of whitespace is one space. At the start of a text item it is dropped, unless
-    // the token directly before it is an argument. If a comment is between the argument and the
-    // whitespace, the space is dropped, too.
+    // Contract: a run of whitespace is one space. Where a text item would begin with it, it is
+    // dropped, unless the token directly before it is an argument. A comment between the argument
+    // and the whitespace is such a token, so the space is lost then.
     void take_space(bool follows_argument) {
-        if (m_text.empty() ? follows_argument : m_text.back() != ' ')
-            m_text += ' ';
+        if (!m_has_text ? follows_argument : m_draft != nullptr && m_draft->last_byte() != ' ')
+            add(piece(" ", 1));
     }
 
     // Leaves the cursor at the end of the `br` element.
-    void take_line_break(token_cursor& cursor) {
-        if (cursor.value() != "br")
-            throw load_error(xmc_file_loader::invalid_element, cursor.value());
-        m_text += '\n';
+    template <typename Cursor>
+    void take_line_break(Cursor& cursor) {
+        if (!cursor.value().is("br"))
+            throw load_error(xmc_file_loader::invalid_element, cursor.value().string());
+        add(piece("\n", 1));
         step(cursor);
         if (cursor.type() != token::start_tag_end)
             refuse_attribute(cursor.value());
@@ -143,38 +161,42 @@ private:
             throw load_error(xmc_file_loader::br_not_closed, "");
     }
 
-    const ustring8& m_key;
-    std::vector<message_item> m_items;
-    ustring8 m_text;
+    const piece m_key;
+    message_draft* const m_draft;
+    bool m_has_text;  // since the last item
+    bool m_has_items;
     bool m_follows_argument;
 };
 
 // Contract: any token whose value is "msg" ends the message, even a text, a comment or the start of
 // another element. The catalog then finds content where its own end should be.
-bool is_at_message_end(const token_cursor& cursor) {
-    return cursor.type() == token::element_end || cursor.value() == "msg";
+template <typename Cursor>
+bool is_at_message_end(const Cursor& cursor) {
+    return cursor.type() == token::element_end || cursor.value().is("msg");
 }
 
 }  // namespace
 
-void skip_ignorable(token_cursor& cursor) {
+template <typename Cursor>
+void skip_ignorable(Cursor& cursor) {
     while (!cursor.at_end() && (cursor.type() == token::comment || cursor.type() == token::space ||
                                 cursor.type() == token::character))
         cursor.next();
 }
 
-void read_header(token_cursor& cursor) {
+template <typename Cursor>
+void read_header(Cursor& cursor) {
     if (cursor.at_end())
         throw load_error(xmc_file_loader::not_xmc, "Value Not Defined");
     if (!cursor.is_at(token::element_start, "xmc"))
-        throw load_error(xmc_file_loader::not_xmc, cursor.value());
+        throw load_error(xmc_file_loader::not_xmc, cursor.value().string());
 
     step(cursor);
     if (!cursor.is_at(token::attribute_name, "version"))
         refuse_attribute(cursor.value());
     step(cursor);
-    if (cursor.value() != "1.0" && cursor.value() != "1.1")
-        throw load_error(xmc_file_loader::bad_version, cursor.value());
+    if (!cursor.value().is("1.0") && !cursor.value().is("1.1"))
+        throw load_error(xmc_file_loader::bad_version, cursor.value().string());
 
     // Contract: the token after the version is assumed to be the end of the start tag. After a
     // second attribute or a comment, the real end is left to the caller, which finds no element
@@ -184,13 +206,14 @@ void read_header(token_cursor& cursor) {
         cursor.next();
 }
 
-catalog_tag read_catalog_tag(token_cursor& cursor) {
+template <typename Cursor>
+catalog_tag read_catalog_tag(Cursor& cursor) {
     require_element(cursor, "catalog");
     catalog_tag tag;
-    const auto take = [&tag](const ustring8& attribute, const ustring8& value) {
-        if (attribute == "name")
+    const auto take = [&tag](piece attribute, piece value) {
+        if (attribute.is("name"))
             tag.name = value;
-        else if (attribute == "lang")
+        else if (attribute.is("lang"))
             tag.locale = value;
         else
             refuse_attribute(attribute);
@@ -201,16 +224,14 @@ catalog_tag read_catalog_tag(token_cursor& cursor) {
 
 // Contract: errors in a message name the catalog. If the tokens end between two messages, the error
 // doesn't.
-void read_messages(token_cursor& cursor, const catalog_tag& catalog,
-                   const std::function<void(const message_t&)>& take) {
+template <typename Cursor>
+void read_messages(Cursor& cursor, const catalog_tag& catalog, const std::function<void()>& take) {
     skip_ignorable(cursor);
     while (cursor.is_at(token::element_start, "msg")) {
         try {
-            message_t message = read_message(cursor);
-            message._orginal_locale(catalog.locale);
-            take(message);
+            take();
         } catch (load_error& error) {
-            error.append_error_stack(load_error::in_catalog, catalog.name);
+            error.append_error_stack(load_error::in_catalog, catalog.name.string());
             throw;
         }
         skip_ignorable(cursor);
@@ -220,21 +241,24 @@ void read_messages(token_cursor& cursor, const catalog_tag& catalog,
 
 // Contract: the messages of a catalog that isn't wanted are not examined, so their errors show up
 // only when that catalog is loaded.
-void skip_messages(token_cursor& cursor) {
+template <typename Cursor>
+void skip_messages(Cursor& cursor) {
     while (!cursor.at_end() && !cursor.is_at(token::element_end, "catalog"))
         cursor.next();
 }
 
-void read_catalog_end(token_cursor& cursor, const catalog_tag& catalog) {
+template <typename Cursor>
+void read_catalog_end(Cursor& cursor, const catalog_tag& catalog) {
     if (!cursor.is_at(token::element_end, "catalog"))
-        throw load_error(xmc_file_loader::catalog_not_closed, catalog.name);
+        throw load_error(xmc_file_loader::catalog_not_closed, catalog.name.string());
     cursor.next();
 }
 
-void read_include(token_cursor& cursor, const std::function<void(const ustring8&)>& take) {
+template <typename Cursor>
+void read_include(Cursor& cursor, const std::function<void(piece file)>& take) {
     require_element(cursor, "include");
-    const auto take_file = [&take](const ustring8& attribute, const ustring8& value) {
-        if (attribute == "file")
+    const auto take_file = [&take](piece attribute, piece value) {
+        if (attribute.is("file"))
             take(value);
     };
     read_start_tag(cursor, take_file, ignore_attribute);
@@ -243,14 +267,17 @@ void read_include(token_cursor& cursor, const std::function<void(const ustring8&
     cursor.next();
 }
 
-message_t read_message(token_cursor& cursor) {
+template <typename Cursor>
+message_outline read_message(Cursor& cursor, message_draft* draft) {
     require_element(cursor, "msg");
-    ustring8 key;
-    ustring8 meta;
-    const auto take = [&key, &meta](const ustring8& attribute, const ustring8& value) {
-        if (attribute == "name")
+    if (draft != nullptr)
+        draft->clear();
+    piece key;
+    piece meta;
+    const auto take = [&key, &meta](piece attribute, piece value) {
+        if (attribute.is("name"))
             key = value;
-        else if (attribute == "meta")
+        else if (attribute.is("meta"))
             meta = value;
         else
             refuse_attribute(attribute);
@@ -258,29 +285,45 @@ message_t read_message(token_cursor& cursor) {
     read_start_tag(cursor, take, refuse_attribute);
     require_token(cursor);
 
-    message_content content(key);
+    message_content content(key, draft);
     while (!is_at_message_end(cursor))
         content.take(cursor);
     cursor.next();
-    return message_t(key, content.items(), meta);
+    if (draft != nullptr) {
+        draft->key = key;
+        draft->meta = meta;
+    }
+    const bool has_items = content.finish();
+    return {key, key.empty() && meta.empty() && !has_items};
 }
 
-message_item read_argument(token_cursor& cursor) {
-    if (!is_at_argument(cursor))
-        return message_item("", message_item::type_string);
-
+template <typename Cursor>
+void read_argument(Cursor& cursor, message_draft* draft) {
     message_item::type_t type = message_item::type_string;
-    ustring8 name;
-    ustring8 data;
-    const auto take = [&type, &name, &data](const ustring8& attribute, const ustring8& value) {
-        if (attribute == "name") {
-            // Contract: the name replaces the data, so attributes before it are lost.
+    if (!is_at_argument(cursor)) {
+        if (draft != nullptr)
+            draft->end_item(type);
+        return;
+    }
+
+    piece name;
+    const auto take = [&type, &name, draft](piece attribute, piece value) {
+        if (attribute.is("name")) {
+            // Contract: the name replaces the data, and attributes before it are lost.
             name = value;
-            data = value;
-        } else if (attribute == "type") {
+            if (draft != nullptr) {
+                draft->drop_data();
+                draft->append(value);
+            }
+        } else if (draft == nullptr) {
+            return;
+        } else if (attribute.is("type")) {
             type = item_type(value);
         } else {
-            data += '\x01' + attribute + '\x01' + value;
+            draft->append('\x01');
+            draft->append(attribute);
+            draft->append('\x01');
+            draft->append(value);
         }
     };
     read_start_tag(cursor, take, ignore_attribute);
@@ -290,12 +333,13 @@ message_item read_argument(token_cursor& cursor) {
     while (!cursor.at_end() && cursor.type() != token::element_end)
         cursor.next();
     if (cursor.at_end())
-        throw load_error(xmc_file_loader::arg_not_closed, name);
+        throw load_error(xmc_file_loader::arg_not_closed, name.string());
     step(cursor);
-    return message_item(data, type);
+    if (draft != nullptr)
+        draft->end_item(type);
 }
 
-message_item::type_t item_type(const ustring8& word) {
+message_item::type_t item_type(piece word) {
     static const struct {
         const char* word;
         message_item::type_t type;
@@ -315,12 +359,39 @@ message_item::type_t item_type(const ustring8& word) {
         {"metric_unit", message_item::type_metric_unit},
         {"duration", message_item::type_duration},
     };
-    const ustring8 lower = strings::lower_case(word, 0, static_cast<unsigned long>(-1));
-    for (const auto& entry : types)
-        if (lower == entry.word)
-            return entry.type;
+    ustring8 lower = word.string();
+    for (const bool is_lowered : {false, true}) {
+        // Most words are in lower case, which costs nothing to find out.
+        if (is_lowered)
+            lower = strings::lower_case(lower, 0, static_cast<unsigned long>(-1));
+        for (const auto& entry : types)
+            if (lower == entry.word)
+                return entry.type;
+    }
     return message_item::type_string;
 }
+
+// --- The two cursors ----------------------------------------------------------------------------
+
+template void skip_ignorable(list_cursor&);
+template void read_header(list_cursor&);
+template catalog_tag read_catalog_tag(list_cursor&);
+template void read_messages(list_cursor&, const catalog_tag&, const std::function<void()>&);
+template void skip_messages(list_cursor&);
+template void read_catalog_end(list_cursor&, const catalog_tag&);
+template void read_include(list_cursor&, const std::function<void(piece)>&);
+template message_outline read_message(list_cursor&, message_draft*);
+template void read_argument(list_cursor&, message_draft*);
+
+template void skip_ignorable(flat_cursor&);
+template void read_header(flat_cursor&);
+template catalog_tag read_catalog_tag(flat_cursor&);
+template void read_messages(flat_cursor&, const catalog_tag&, const std::function<void()>&);
+template void skip_messages(flat_cursor&);
+template void read_catalog_end(flat_cursor&, const catalog_tag&);
+template void read_include(flat_cursor&, const std::function<void(piece)>&);
+template message_outline read_message(flat_cursor&, message_draft*);
+template void read_argument(flat_cursor&, message_draft*);
 
 }  // namespace detail
 }  // namespace i18n

@@ -1,19 +1,19 @@
 /// @file
 /// The second stage of a load: what the tokens of an XMC file say.
 ///
-/// The grammar knows only tokens. It knows nothing about files, the requested locale or what else
-/// was read; its caller decides what to keep. Each function starts at the token named below and
-/// leaves the cursor after the last token that it used. Invalid input is thrown as a `load_error`,
-/// and so are tokens that end too early (kind 14).
+/// The grammar knows tokens alone. It knows no files, no wanted locale, and nothing of what else
+/// was read; whoever drives it decides what to keep. Each function starts at the token named below
+/// and leaves the cursor after the last token that it used. Invalid input is thrown as a
+/// `load_error`, and so are tokens that end too early (kind 14).
 ///
-/// Functions without state: two threads may walk two files.
+/// The templates exist for both cursors. Functions without state: two threads may walk two files.
 #pragma once
 
+#include "i18n/_private/message_draft.hpp"
 #include "i18n/_private/token_cursor.hpp"
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 #include <tova/i18n/message.hpp>
 #include <tova/i18n/message_item.hpp>
-#include <tova/strings/ustring.hpp>
 
 #include <functional>
 
@@ -21,41 +21,53 @@ namespace TOVA_2_18 {
 namespace i18n {
 namespace detail {
 
-// The attributes of a `catalog` element. A missing attribute is empty.
+// The attributes of a `catalog` element. A missing one is empty.
 struct catalog_tag {
-    strings::ustring8 name;
-    strings::ustring8 locale;
+    piece name;
+    piece locale;
 };
 
-// Skips comments, whitespace and text. Never fails.
-void skip_ignorable(token_cursor& cursor);
+// What is known of a message without its contents.
+struct message_outline {
+    piece key;
+    bool is_nil;  // no name, no meta text and no item
+};
+
+// Steps over comments, whitespace and text. Never fails.
+template <typename Cursor>
+void skip_ignorable(Cursor& cursor);
 
 // The `xmc` element, from its start to the end of its start tag.
-void read_header(token_cursor& cursor);
+template <typename Cursor>
+void read_header(Cursor& cursor);
 
-// A `catalog` element in three steps: its start tag, then its messages, read or skipped, then its
-// end. `take` is called for each message in order, with the locale of its catalog as spelled in the
-// file.
-catalog_tag read_catalog_tag(token_cursor& cursor);
-void read_messages(token_cursor& cursor, const catalog_tag& catalog,
-                   const std::function<void(const message_t&)>& take);
-void skip_messages(token_cursor& cursor);
-void read_catalog_end(token_cursor& cursor, const catalog_tag& catalog);
+// A `catalog` element in three pieces: its start tag, then its messages, read or skipped, then its
+// end. `take` is called at the start of each message and reads it.
+template <typename Cursor>
+catalog_tag read_catalog_tag(Cursor& cursor);
+template <typename Cursor>
+void read_messages(Cursor& cursor, const catalog_tag& catalog, const std::function<void()>& take);
+template <typename Cursor>
+void skip_messages(Cursor& cursor);
+template <typename Cursor>
+void read_catalog_end(Cursor& cursor, const catalog_tag& catalog);
 
-// A whole `include` element. `take` is called with the value of each `file` attribute as soon as it
-// is read, before the tokens after it are examined.
-void read_include(token_cursor& cursor,
-                  const std::function<void(const strings::ustring8& file)>& take);
+// A whole `include` element. `take` gets the value of each `file` attribute at the moment when it
+// is met, before the tokens after it are looked at.
+template <typename Cursor>
+void read_include(Cursor& cursor, const std::function<void(piece file)>& take);
 
-// A whole `msg` element. Its message has no locale yet.
-message_t read_message(token_cursor& cursor);
+// A whole `msg` element, into the draft. Without one the message is only checked.
+template <typename Cursor>
+message_outline read_message(Cursor& cursor, message_draft* draft);
 
-// A whole `arg` or `argument` element.
-message_item read_argument(token_cursor& cursor);
+// A whole `arg` or `argument` element, as the next item of the draft, if there is one.
+template <typename Cursor>
+void read_argument(Cursor& cursor, message_draft* draft);
 
-// The item type for the value of a `type` attribute, in any letter case; `type_string` for an
-// unknown word. Never fails.
-message_item::type_t item_type(const strings::ustring8& word);
+// The item type for the word of a `type` attribute, in any letter case; `type_string` for a word
+// that isn't known. Never fails.
+message_item::type_t item_type(piece word);
 
 }  // namespace detail
 }  // namespace i18n

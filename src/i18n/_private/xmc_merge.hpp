@@ -7,13 +7,19 @@
 /// The functions keep no state of their own; the catalogs that they change belong to one thread.
 #pragma once
 
+#include "i18n/_private/message_draft.hpp"
+#include "i18n/_private/token_cursor.hpp"
+#include "i18n/_private/xmc_grammar.hpp"
 #include "i18n/locale_list.hpp"
 #include <tova/i18n/catalog.hpp>
 #include <tova/i18n/message.hpp>
 #include <tova/memory/pointers.hpp>
 #include <tova/strings/ustring.hpp>
 
+#include <cstdint>
 #include <map>
+#include <memory>
+#include <vector>
 
 namespace TOVA_2_18 {
 namespace i18n {
@@ -30,11 +36,91 @@ using catalog_set = std::map<strings::ustring8, memory::pointers::shared_pointer
 void keep_message(read_catalogs& catalogs, const locale_list& locales,
                   const strings::ustring8& catalog, const message_t& message, unsigned int weight);
 
+// The same for a draft, with the name and the locale of its catalog.
+void keep_message(read_catalogs& catalogs, const locale_list& locales, const catalog_tag& catalog,
+                  const message_draft& draft, unsigned int weight);
+
 // Merges what was read into a set and returns the number of messages stored. A message of the set
 // is kept only if its locale, ranked by this list, weighs more than the new one's. Throws
 // "unreferanced object" as a `char const*` for an entry of the set with an empty pointer.
 unsigned long merge_catalogs(catalog_set& target, const read_catalogs& read,
                              const locale_list& locales);
+
+// The bytes of a file and its tokens, which refer to them.
+struct tokenized_file {
+    strings::ustring8 bytes;
+    parser::detail::flat_tokens tokens;
+};
+
+// Takes the messages of a load as they are read. What was taken before an error stays; whoever
+// drives the load doesn't merge it.
+class message_keeper {
+public:
+    virtual ~message_keeper() {}
+
+    // Reads the message at the cursor, which is one of that catalog, whose locale has that weight.
+    virtual void take(list_cursor& cursor, const catalog_tag& catalog, unsigned int weight) = 0;
+    virtual void take(flat_cursor& cursor, const catalog_tag& catalog, unsigned int weight) = 0;
+
+    // A file was read to its end without an error. Unless it is taken here, it ends.
+    virtual void retain(std::unique_ptr<tokenized_file>) {}
+};
+
+// Makes each message at once and keeps the best one for each key.
+class instant_keeper : public message_keeper {
+public:
+    instant_keeper(read_catalogs& catalogs, const locale_list& locales)
+        : m_catalogs(catalogs), m_locales(locales) {}
+
+    void take(list_cursor& cursor, const catalog_tag& catalog, unsigned int weight) override;
+    void take(flat_cursor& cursor, const catalog_tag& catalog, unsigned int weight) override;
+
+private:
+    template <typename Cursor>
+    void take_any(Cursor& cursor, const catalog_tag& catalog, unsigned int weight);
+
+    read_catalogs& m_catalogs;
+    const locale_list& m_locales;
+    message_draft m_draft;
+};
+
+// Only checks messages and notes where they are. They are made when they are merged, and then only
+// the best one for each key. The results are those of an `instant_keeper` and `merge_catalogs`.
+class late_keeper : public message_keeper {
+public:
+    explicit late_keeper(const locale_list& locales) : m_locales(locales), m_last(nullptr) {}
+
+    // A list of tokens isn't retained, so its messages are only checked.
+    void take(list_cursor& cursor, const catalog_tag& catalog, unsigned int weight) override;
+    void take(flat_cursor& cursor, const catalog_tag& catalog, unsigned int weight) override;
+    void retain(std::unique_ptr<tokenized_file> file) override;
+
+    // Once, after all files.
+    void merge_into(catalog_set& target);
+
+private:
+    // A message that was read. Key, locale and place are in a file that is retained.
+    struct found_message {
+        std::uint64_t order;  // of the key, as far as eight bytes tell
+        piece key;
+        piece locale;
+        flat_cursor place;
+        unsigned int weight;
+        bool is_nil;
+    };
+    using found_messages = std::vector<found_message>;
+
+    static void sort_by_key(found_messages& all);
+    static bool is_key_before(const found_message& a, const found_message& b);
+    void merge_message(catalog_t& catalog, const found_message& found, bool is_last);
+
+    const locale_list& m_locales;
+    std::vector<std::unique_ptr<tokenized_file>> m_files;
+    std::map<strings::ustring8, found_messages> m_catalogs;
+    piece m_last_name;  // of the catalog whose messages were added last
+    found_messages* m_last;
+    message_draft m_draft;
+};
 
 }  // namespace detail
 }  // namespace i18n

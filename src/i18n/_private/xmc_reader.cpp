@@ -1,7 +1,10 @@
 #include "i18n/_private/xmc_reader.hpp"
 
 #include "i18n/_private/xmc_grammar.hpp"
-#include <tova/parser/xml_token_stream.hpp>
+#include "parser/flat_tokens.hpp"
+
+#include <memory>
+#include <utility>
 
 namespace TOVA_2_18 {
 namespace i18n {
@@ -9,10 +12,10 @@ namespace detail {
 
 using _private::xmc_file_loader;
 using parser::xml_parser;
-using parser::xml_token_stream;
+using parser::detail::flat_tokens;
 using strings::ustring8;
 using load_error = xmc_reader::load_error;
-using token = token_cursor::token;
+using token = xmc_file_loader::token;
 
 // Elements are processed in the order of the file: an include is read where it appears, so a
 // message before it is stored first and wins a tie, and an error after it is found later. Messages
@@ -51,20 +54,28 @@ load_error xmc_reader::read_file(const ustring8& path) const {
     if (source.is_included_by_itself())
         return included_by_itself(path);
 
-    const ustring8 bytes = source.read();
+    std::unique_ptr<tokenized_file> file(new tokenized_file);
+    file->bytes = source.read();
     m_state.base_directory = source.directory();
-    return xmc_reader(m_state, &source).read_bytes(bytes, path);
+    const load_error result =
+        xmc_reader(m_state, &source).read_tokens(file->tokens, file->bytes, path);
+    if (result.type == xmc_file_loader::no_error)
+        m_state.keeper.retain(std::move(file));
+    return result;
 }
 
 load_error xmc_reader::read_bytes(const ustring8& bytes, const ustring8& path) const {
-    xml_token_stream stream;
-    const xml_parser::parse_error xml_error = stream.parse(bytes);
+    flat_tokens tokens;
+    return read_tokens(tokens, bytes, path);
+}
+
+load_error xmc_reader::read_tokens(flat_tokens& tokens, const ustring8& bytes,
+                                   const ustring8& path) const {
+    const xml_parser::parse_error xml_error = tokens.parse(bytes);
     if (xml_error.type != xml_parser::parse_error::no_error)
         return in_file(load_error(xmc_file_loader::xml_error, xml_error), path);
 
-    const xml_token_stream& tokens = stream;
-    token_cursor::iterator position = tokens.begin();
-    token_cursor cursor(position, tokens.end());
+    flat_cursor cursor(tokens.begin(), tokens.end());
     if (cursor.at_end())
         return load_error(xmc_file_loader::unexpected, "Nothing of interest in the file.");
     try {
@@ -74,11 +85,11 @@ load_error xmc_reader::read_bytes(const ustring8& bytes, const ustring8& path) c
     }
 }
 
-bool xmc_reader::is_catalog_wanted(const ustring8& name) const {
-    return m_state.catalog_id.empty() || name == m_state.catalog_id;
+bool xmc_reader::is_catalog_wanted(piece name) const {
+    return m_state.catalog_id.empty() || name.string() == m_state.catalog_id;
 }
 
-load_error xmc_reader::read_root(token_cursor& cursor, const ustring8& path) const {
+load_error xmc_reader::read_root(flat_cursor& cursor, const ustring8& path) const {
     skip_ignorable(cursor);
     read_header(cursor);
     skip_ignorable(cursor);
@@ -97,29 +108,32 @@ load_error xmc_reader::read_root(token_cursor& cursor, const ustring8& path) con
 
     // Anything after the end of the root is ignored.
     if (!cursor.at_end() && !cursor.is_at(token::element_end, "xmc"))
-        throw load_error(xmc_file_loader::invalid_element, cursor.value());
+        throw load_error(xmc_file_loader::invalid_element, cursor.value().string());
     // Contract: a skipped catalog counts as read. An empty root is valid, so its error is returned
     // rather than thrown and gets no line for the file.
     return is_anything_read ? load_error(xmc_file_loader::no_error, "")
                             : load_error(xmc_file_loader::no_catalog, path);
 }
 
-void xmc_reader::keep_catalog(token_cursor& cursor) const {
+template <typename Cursor>
+void xmc_reader::keep_catalog(Cursor& cursor) const {
     const catalog_tag tag = read_catalog_tag(cursor);
     const unsigned int weight =
-        is_catalog_wanted(tag.name) ? locale_weight(m_state.locales, tag.locale) : 0;
+        is_catalog_wanted(tag.name) ? locale_weight(m_state.locales, tag.locale.string()) : 0;
     if (weight != 0)
-        read_messages(cursor, tag, [&](const message_t& message) {
-            keep_message(m_state.catalogs, m_state.locales, tag.name, message, weight);
-        });
+        read_messages(cursor, tag, [&] { m_state.keeper.take(cursor, tag, weight); });
     else
         skip_messages(cursor);
     read_catalog_end(cursor, tag);
 }
 
-void xmc_reader::follow_include(token_cursor& cursor) const {
-    read_include(cursor, [this](const ustring8& name) { read_included_file(name); });
+template <typename Cursor>
+void xmc_reader::follow_include(Cursor& cursor) const {
+    read_include(cursor, [this](piece name) { read_included_file(name.string()); });
 }
+
+template void xmc_reader::keep_catalog(list_cursor&) const;
+template void xmc_reader::follow_include(list_cursor&) const;
 
 void xmc_reader::read_included_file(const ustring8& name) const {
     if (name.empty())

@@ -19,7 +19,7 @@ namespace detail {
 // The state of a load. Its loader holds it, and all files of the load share it.
 struct load_state {
     const locale_list& locales;
-    read_catalogs& catalogs;
+    message_keeper& keeper;
     strings::ustring8& base_directory;    // directory of this file, with its final separator
     const strings::ustring8& catalog_id;  // the only catalog to read; empty for all of them
 };
@@ -39,13 +39,17 @@ public:
     load_error read_bytes(const strings::ustring8& bytes, const strings::ustring8& path) const;
 
     // Read the children of the root, each from its start. Errors are thrown.
-    void keep_catalog(token_cursor& cursor) const;
-    void follow_include(token_cursor& cursor) const;
+    template <typename Cursor>
+    void keep_catalog(Cursor& cursor) const;
+    template <typename Cursor>
+    void follow_include(Cursor& cursor) const;
 
-    bool is_catalog_wanted(const strings::ustring8& name) const;
+    bool is_catalog_wanted(piece name) const;
 
 private:
-    load_error read_root(token_cursor& cursor, const strings::ustring8& path) const;
+    load_error read_tokens(parser::detail::flat_tokens& tokens, const strings::ustring8& bytes,
+                           const strings::ustring8& path) const;
+    load_error read_root(flat_cursor& cursor, const strings::ustring8& path) const;
     void read_included_file(const strings::ustring8& name) const;
 
     const load_state m_state;

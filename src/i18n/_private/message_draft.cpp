@@ -1,0 +1,42 @@
+#include "i18n/_private/message_draft.hpp"
+
+#include "i18n/fields.hpp"
+
+namespace TOVA_2_18 {
+namespace i18n {
+namespace detail {
+
+using strings::ustring8;
+
+namespace {
+
+void assign(ustring8& into, piece from) {
+    into.assign(from.data, from.size);
+}
+
+}  // namespace
+
+void message_draft::write(message_t& message, piece locale) const {
+    assign(message_fields::name(message), key);
+    assign(message_fields::meta(message), meta);
+    assign(message_fields::orginal_locale(message), locale);
+    std::vector<message_item>& items = message_fields::items(message);
+    items.clear();
+    items.reserve(m_items.size());
+    ustring8 data;
+    std::size_t begin = 0;
+    for (const item& one : m_items) {
+        data.assign(m_data, begin, one.end - begin);
+        items.emplace_back(data, one.type);
+        begin = one.end;
+    }
+}
+
+message_item message_draft::last_item() const {
+    const std::size_t begin = m_items.size() > 1 ? m_items[m_items.size() - 2].end : 0;
+    return message_item(ustring8(m_data, begin, m_items.back().end - begin), m_items.back().type);
+}
+
+}  // namespace detail
+}  // namespace i18n
+}  // namespace TOVA_2_18

@@ -1,0 +1,65 @@
+/// @file
+/// A message while it is being read: what the grammar writes into, and what messages are made of.
+///
+/// A draft is used again for each message of a load, so that its memory is allocated once. Belongs
+/// to one thread.
+#pragma once
+
+#include <tova/i18n/message.hpp>
+#include <tova/i18n/message_item.hpp>
+#include <tova/strings/ustring.hpp>
+
+#include "parser/piece.hpp"
+
+#include <cstddef>
+#include <vector>
+
+namespace TOVA_2_18 {
+namespace i18n {
+namespace detail {
+
+using parser::detail::piece;
+
+class message_draft {
+public:
+    // The name and the meta text, which lie in the tokens.
+    piece key;
+    piece meta;
+
+    void clear() {
+        key = piece();
+        meta = piece();
+        m_data.clear();
+        m_items.clear();
+    }
+
+    // The data of the item that has begun and not ended yet.
+    void append(piece data) { m_data.append(data.data, data.size); }
+    void append(char byte) { m_data.push_back(byte); }
+    void drop_data() { m_data.resize(item_begin()); }
+    bool has_data() const { return m_data.size() != item_begin(); }
+    char last_byte() const { return m_data.back(); }
+
+    void end_item(message_item::type_t type) { m_items.push_back({m_data.size(), type}); }
+
+    // Replaces a message: its name, its meta text, its items and its locale.
+    void write(message_t& message, piece locale) const;
+
+    // The last item as one of its own.
+    message_item last_item() const;
+
+private:
+    struct item {
+        std::size_t end;  // of its data, which begins where that of the item before it ends
+        message_item::type_t type;
+    };
+
+    std::size_t item_begin() const { return m_items.empty() ? 0 : m_items.back().end; }
+
+    strings::ustring8 m_data;
+    std::vector<item> m_items;
+};
+
+}  // namespace detail
+}  // namespace i18n
+}  // namespace TOVA_2_18

@@ -1,0 +1,69 @@
+/// @file
+/// The tokens of a document side by side, for a reader that keeps the document and needs no list.
+///
+///     flat_tokens tokens;
+///     if (tokens.parse(document).type == xml_parser::parse_error::no_error)
+///         for (const flat_tokens::token& one : tokens)
+///             use(one.type(), one.value());
+///
+/// They are the same tokens as those of an `xml_token_stream` that has read nothing else. A value
+/// is a piece of the document or, if it has references, of memory that belongs to the tokens; both
+/// must outlive its use. An object belongs to one thread.
+#pragma once
+
+#include <tova/parser/xml_parser.hpp>
+#include <tova/parser/xml_token_stream.hpp>
+#include <tova/strings/ustring.hpp>
+
+#include "parser/piece.hpp"
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace TOVA_2_18 {
+namespace parser {
+namespace detail {
+
+class flat_tokens {
+public:
+    using token_type = xml_token_stream::token::token_type;
+
+    class token {
+    public:
+        token(token_type type, piece value)
+            : m_data(value.data), m_size_and_type(value.size << 4 | type) {}
+
+        token_type type() const { return static_cast<token_type>(m_size_and_type & 15); }
+        piece value() const { return piece(m_data, m_size_and_type >> 4); }
+
+    private:
+        const char* m_data;
+        std::size_t m_size_and_type;  // the type in the lowest four bits
+    };
+
+    flat_tokens() : m_room(nullptr), m_room_size(0) {}
+    flat_tokens(const flat_tokens&) = delete;
+    flat_tokens& operator=(const flat_tokens&) = delete;
+
+    /// Once for an object. The tokens before an error are kept.
+    xml_parser::parse_error parse(const strings::ustring8& document);
+
+    const token* begin() const { return m_tokens.data(); }
+    const token* end() const { return m_tokens.data() + m_tokens.size(); }
+    std::size_t size() const { return m_tokens.size(); }
+
+private:
+    class context;
+
+    piece keep(const strings::ustring8& value);
+
+    std::vector<token> m_tokens;
+    std::vector<std::unique_ptr<char[]>> m_chunks;  // of the values with references
+    char* m_room;                                   // what is left of the last one
+    std::size_t m_room_size;
+};
+
+}  // namespace detail
+}  // namespace parser
+}  // namespace TOVA_2_18
