@@ -12,6 +12,7 @@
 
 #include <tova/extras/callables.hpp>
 #include <tova/extras/checked.hpp>
+#include <tova/extras/data_file.hpp>
 #include <tova/extras/dates.hpp>
 #include <tova/extras/errors.hpp>
 #include <tova/extras/format.hpp>

@@ -328,6 +328,28 @@ try_parse(const std::string& text) {
 }
 /// @}
 
+/// A number with as many digits as restore it exactly: "0.1", "0.30000000000000004". That takes at
+/// most 9 digits for a `float`, 17 for a `double` and 21 for a `long double`. The point is a point,
+/// whatever the locale is. "inf", "-inf" and "nan" are what streams write; `try_parse` refuses
+/// them.
+template <typename Floating>
+typename std::enable_if<std::is_floating_point<Floating>::value, strings::ustring8>::type
+exact(Floating value) {
+    std::string text;
+    for (int digits = std::numeric_limits<Floating>::digits10;
+         digits <= std::numeric_limits<Floating>::max_digits10; ++digits) {
+        std::ostringstream stream;
+        stream.imbue(std::locale::classic());
+        stream.precision(digits);
+        stream << value;
+        text = stream.str();
+        const checked<Floating> back = try_parse<Floating>(text);
+        if (back && !(back.value() < value) && !(value < back.value()))
+            break;
+    }
+    return text;
+}
+
 /// @name Code pages
 ///
 /// A conversion succeeds if converting back gives the input again; otherwise the error is
