@@ -1,0 +1,24 @@
+// The scanner of tova-xmc against the library's loader: any text as an XMC file. Both have the same
+// verdict and the same values for each locale, and an error is reported if and only if the loader
+// refuses the file.
+//
+// Input: the file.
+#include "programs/xmc/against_loader.hpp"
+#include "require.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    // An include may lead anywhere; its rules have tests of their own.
+    if (text.find("include") != std::string::npos && text.find("file") != std::string::npos)
+        return 0;
+    const std::string found = xmc_test::difference(text);
+    if (!found.empty())
+        std::fprintf(stderr, "%s\n", found.c_str());
+    fuzz_support::require(found.empty());
+    return 0;
+}
