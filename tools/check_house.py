@@ -234,7 +234,7 @@ def include_group(file, spelled):
     return OTHER
 
 
-USER_PROGRAMS = ("examples/", "tools/new_project/", "tests/install/consumer/")
+USER_PROGRAMS = ("examples/", "tools/new_project/", "tests/consumers/")
 GROUPS = ["its own header", "our headers", "headers of other libraries", "system headers",
           "standard headers"]
 
@@ -443,7 +443,7 @@ def folders_list_their_files(file):
         if re.search(r"\bGLOB(?:_RECURSE)?\b", line):
             yield number, "list the files by name instead of file(GLOB)"
         for outside in re.findall(r"(?<![\w/}])\.\./[\w./]+\.cpp", line):
-            if file.path.parts[:2] == ("tests", "install"):
+            if file.path.parts[:2] == ("tests", "consumers"):
                 continue  # its projects share one program
             yield number, f"{outside} belongs to another folder"
     words = re.findall(r"[\w./${}]+", text)
