@@ -9,6 +9,7 @@
 #include "config/tree_nodes.hpp"
 
 #include <ostream>
+#include <utility>
 
 namespace TOVA_2_18 {
 
@@ -80,25 +81,35 @@ void base_config_item::set_array(const ustring8& key, const generic::varg_list& 
                                  const generic::varg_list& flags) {
     set(key, types::variant(), detail::array_bit);
     if (!values.empty())
-        detail::set_elements(detail::make_node(tree, key + "."), values, flags);
+        detail::value_store().set_elements(detail::make_node(tree, key + "."), values, flags);
 }
 
 std::pair<ustring8, types::variant> base_config_item::make_key_value(const ustring8& line,
                                                                      config_token::tok_types stop) {
     detail::token_scanner scanner(line);
     ustring8 key;
+    // The runs of a key contain no `=`, but may contain another stop token.
+    const bool has_runs = stop == config_token::T_EQ;
+    if (has_runs)
+        scanner.append_run(key, detail::run_place::key);
     for (detail::scanned_token token = scanner.next();
-         token.type != config_token::T_END && token.type != stop; token = scanner.next())
+         token.type != config_token::T_END && token.type != stop; token = scanner.next()) {
         if (!token.is_space_or_line_end())
             token.append_to(key, line);
+        if (has_runs)
+            scanner.append_run(key, detail::run_place::key);
+    }
     // Unlike in a file, comments are not recognized here, so "#" and "//" belong to the value.
     ustring8 value;
+    scanner.append_run(value, detail::run_place::value);
     for (detail::scanned_token token = scanner.next();
          token.type != config_token::T_END && token.type != config_token::T_NEWLINE;
-         token = scanner.next())
+         token = scanner.next()) {
         if (!token.is_space())
             token.append_to(value, line);
-    return std::make_pair(key, types::variant(value));
+        scanner.append_run(value, detail::run_place::value);
+    }
+    return std::make_pair(std::move(key), types::variant(value));
 }
 
 config_token::tok_types base_config_item::get_token(const ustring8& text, unsigned int& position,

@@ -30,6 +30,18 @@ inline char lower(char character) {
     return static_cast<char>((*__ctype_tolower_loc())[static_cast<int>(character)]);
 }
 
+// The same for many bytes: the table of the locale is looked up once.
+class lower_caser {
+public:
+    lower_caser() : m_table(*__ctype_tolower_loc()) {}
+    char operator()(char character) const {
+        return static_cast<char>(m_table[static_cast<int>(character)]);
+    }
+
+private:
+    const __int32_t* m_table;
+};
+
 }  // namespace detail
 }  // namespace config
 }  // namespace TOVA_2_18

@@ -5,7 +5,7 @@
 //
 // An option is read in two steps: `read_key` takes the tokens up to a separator or the end, and
 // what ended the key determines where its values are. There may be one value, several (an array) or
-// none (a flag). Everything is stored through `set` and `set_array`.
+// none (a flag).
 #include <tova/config/commandline_item.hpp>
 
 #include <tova/generic/varg_list.hpp>
@@ -13,9 +13,13 @@
 
 #include "config/heap_mark.hpp"
 #include "config/node_flags.hpp"
+#include "config/token_scanner.hpp"
+#include "config/tree_nodes.hpp"
 
+#include <cstddef>
 #include <iostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace TOVA_2_18 {
@@ -37,13 +41,14 @@ enum class key_end {
 
 // Reads the options of a command line into an item.
 //
-// It uses the copying form of the tokenizer and a single token object for all arguments. A token of
-// spaces keeps the text of the previous token, which may come from an earlier argument, and that
-// text becomes part of the key or value.
+// Contract: a token of spaces has the text of the previous token, which may come from an earlier
+// argument, and that text becomes part of the key or value. The text is a part of an argument,
+// which outlives the reader.
 class option_reader {
 public:
-    option_reader(commandline_item& item, unsigned int argc, const char* const* argv)
-        : m_item(item), m_argc(argc), m_argv(argv) {}
+    option_reader(commandline_item& item, config_tree& tree, unsigned int argc,
+                  const char* const* argv)
+        : m_item(item), m_tree(tree), m_argc(argc), m_argv(argv) {}
 
     void read() {
         for (m_index = 1; has_argument(m_index); ++m_index) {
@@ -63,32 +68,45 @@ private:
         return m_argv[index][0] == '-' || m_argv[index][0] == '/';
     }
 
-    tok_types next() { return m_item.get_token(m_text, m_position, m_token); }
+    // Appends the text of the last token.
+    void append_to(ustring8& target) const { target.append(m_last, m_last_size); }
 
-    bool is_sign(tok_types type, const char* sign) const {
-        return type == config_token::T_NON_ALPHA_NUM && m_token.text == sign;
+    // Reads the next token of the current argument.
+    tok_types next(detail::token_scanner& scanner) {
+        const detail::scanned_token token = scanner.next();
+        if (token.type != config_token::T_END && token.type != config_token::T_SPACE) {
+            m_last = m_argv[m_index] + token.text_begin;
+            m_last_size = token.text_size;
+        }
+        return token.type;
+    }
+
+    bool is_sign(tok_types type, char sign) const {
+        return type == config_token::T_NON_ALPHA_NUM && *m_last == sign;
     }
 
     void read_option() {
-        m_text = m_argv[m_index];
-        m_position = 1;
-        ustring8 key;
-        switch (read_key(key)) {
+        m_text.assign(m_argv[m_index]);
+        m_key.clear();
+        m_value.clear();
+        detail::token_scanner scanner(m_text, 1);
+        switch (read_key(scanner)) {
         case key_end::plain_value:
-            m_item.set(key, types::variant(rest_of_text()), detail::no_flags);
+            read_rest(scanner);
+            m_store.set_node(m_tree, m_key, types::variant(m_value), detail::no_flags);
             break;
         case key_end::separator:
-            read_attached_values(key);
+            read_attached_values(scanner);
             break;
         case key_end::argument:
-            read_following_values(key);
+            read_following_values();
             break;
         }
     }
 
-    key_end read_key(ustring8& key) {
+    key_end read_key(detail::token_scanner& scanner) {
         for (;;) {
-            const tok_types type = next();
+            const tok_types type = next(scanner);
             switch (type) {
             case config_token::T_END:
                 return key_end::argument;
@@ -102,80 +120,85 @@ private:
             case config_token::T_MINUSEQ:
             case config_token::T_TIMESEQ:
             case config_token::T_DIVEQ:
-                key += m_token.text[0];
+                m_key += *m_last;
                 return key_end::separator;
             default:
-                if (is_sign(type, "$"))
+                if (is_sign(type, '$'))
                     return key_end::plain_value;
-                key += m_token.text;
+                append_to(m_key);
             }
         }
     }
 
-    // The concatenated text of all tokens from the current position on.
-    ustring8 rest_of_text() {
-        ustring8 value;
-        while (next() != config_token::T_END)
-            value += m_token.text;
-        return value;
+    // Appends the texts of all tokens from the current position on to the value.
+    void read_rest(detail::token_scanner& scanner) {
+        while (next(scanner) != config_token::T_END)
+            append_to(m_value);
     }
 
-    ustring8 whole_argument(unsigned int index) {
-        m_text = m_argv[index];
-        m_position = 0;
-        return rest_of_text();
+    void read_whole_argument(unsigned int index) {
+        m_index = index;
+        m_text.assign(m_argv[index]);
+        m_value.clear();
+        detail::token_scanner scanner(m_text);
+        read_rest(scanner);
     }
 
     // -k=a and -k=a,b
-    void read_attached_values(const ustring8& key) {
+    void read_attached_values(detail::token_scanner& scanner) {
         generic::varg_list values;
-        ustring8 value;
-        for (tok_types type = next(); type != config_token::T_END; type = next()) {
-            if (is_sign(type, ",")) {
-                values.push_back(generic::argument(types::variant(value)));
-                value.clear();
+        for (tok_types type = next(scanner); type != config_token::T_END; type = next(scanner)) {
+            if (is_sign(type, ',')) {
+                values.push_back(generic::argument(types::variant(m_value)));
+                m_value.clear();
             } else {
-                value += m_token.text;
+                append_to(m_value);
             }
         }
-        store(key, values, value);
+        store(values);
     }
 
     // -k, -k a and -k a b
-    void read_following_values(const ustring8& key) {
+    void read_following_values() {
         if (!has_argument(m_index + 1) || begins_option(m_index + 1)) {
             // Contract: a flag is stored by the form of `set` that parses a line, so its value is
             // the empty string, its flags word is 1, and even a quoted "=" splits it.
-            m_item.set(key, detail::value_bit);
+            const std::pair<ustring8, types::variant> entry =
+                m_item.make_key_value(m_key, config_token::T_EQ);
+            m_store.set_node(m_tree, entry.first, entry.second, detail::value_bit);
             return;
         }
         generic::varg_list values;
-        ustring8 value = whole_argument(++m_index);
+        read_whole_argument(m_index + 1);
         // Contract: after the first value, only "-" ends the list. A "/" starts another value.
         while (has_argument(m_index + 1) && m_argv[m_index + 1][0] != '-') {
-            values.push_back(generic::argument(types::variant(value)));
-            value = whole_argument(++m_index);
+            values.push_back(generic::argument(types::variant(m_value)));
+            read_whole_argument(m_index + 1);
         }
-        store(key, values, value);
+        store(values);
     }
 
-    // Stores a single value, or `values` with `last` appended as an array.
-    void store(const ustring8& key, generic::varg_list& values, const ustring8& last) {
+    // Stores a single value, or `values` with the value appended as an array.
+    void store(generic::varg_list& values) {
         if (values.empty()) {
-            m_item.set(key, types::variant(last), detail::no_flags);
+            m_store.set_node(m_tree, m_key, types::variant(m_value), detail::no_flags);
             return;
         }
-        values.push_back(generic::argument(types::variant(last)));
-        m_item.set_array(key, values, generic::varg_list());
+        values.push_back(generic::argument(types::variant(m_value)));
+        m_item.set_array(m_key, values, generic::varg_list());
     }
 
     commandline_item& m_item;
+    config_tree& m_tree;
     unsigned int m_argc;
     const char* const* m_argv;
     unsigned int m_index = 1;
-    ustring8 m_text;
-    unsigned int m_position = 0;
-    config_token m_token;
+    const char* m_last = "";  // the text of the last token that was not of spaces
+    std::size_t m_last_size = 0;
+    ustring8 m_text;  // the current argument
+    ustring8 m_key;   // of the current option
+    ustring8 m_value;
+    detail::value_store m_store;
 };
 
 // Sets the three keys of the program's name.
@@ -218,7 +241,7 @@ bool commandline_item::load() {
         return true;
     if (m_argv[0] != nullptr)
         set_name(*this, m_argv[0]);
-    option_reader(*this, m_argc, m_argv).read();
+    option_reader(*this, tree, m_argc, m_argv).read();
     return true;
 }
 

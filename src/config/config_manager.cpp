@@ -11,6 +11,51 @@ using strings::ustring8;
 
 namespace config {
 
+namespace {
+
+// What the first source that has a key has under it. Both pointers are null if no source does.
+struct found_node {
+    base_config_item* item;
+    const config_node* node;
+};
+
+found_node first_with(const config_item_list& items, const ustring8& key) {
+    for (const memory::pointers::rc_pointer<base_config_item>& item : items)
+        if (const config_node* const node = item->get_value(key))
+            return {item.get(), node};
+    return {nullptr, nullptr};
+}
+
+// The value of a node. The first element of an array comes from the same source, and its own flags
+// are ignored.
+types::variant value_of(const found_node& found, const ustring8& key) {
+    if (!detail::is_array(*found.node))
+        return found.node->second;
+    const config_node* const first = found.item->get_value(key + ".0");
+    return first == nullptr ? types::variant() : first->second;
+}
+
+// Each round looks up the target of an alias in all sources, from the first on. Anything else that
+// is found ends the lookup.
+types::variant follow_aliases(const config_item_list& items, found_node found, ustring8 key,
+                              const types::variant& default_value) {
+    std::set<ustring8> visited;
+    while (!detail::is_array(*found.node) && detail::is_alias(*found.node)) {
+        // Contract: a cycle ends with the value of its last alias, not with the default. Keys are
+        // compared as written, so a key that differs in letter case takes another round.
+        visited.insert(key);
+        key = found.node->second.as_string();
+        if (visited.count(key) != 0)
+            return found.node->second;
+        found = first_with(items, key);
+        if (found.node == nullptr)
+            return default_value;
+    }
+    return value_of(found, key);
+}
+
+}  // namespace
+
 config_manager::config_manager() : m_items(), m_dispatch(nullptr) {}
 
 config_manager::~config_manager() TOVA_NOTHROW {
@@ -47,38 +92,13 @@ bool config_manager::save() {
     return true;
 }
 
-// Each round looks up the current key in all sources, in order. An alias starts another round with
-// its target, again at the first source; anything else that is found ends the lookup.
 types::variant config_manager::get_value(const ustring8& key, types::variant default_value) {
-    const ustring8* current = &key;
-    std::set<ustring8> visited;
-    ustring8 target;
-    // `current` is the caller's key at first and `target` after that, so a plain lookup copies no
-    // key.
-    for (config_item_list::const_iterator item = m_items.begin(); item != m_items.end();) {
-        const config_node* const node = (*item)->get_value(*current);
-        if (node == nullptr) {
-            ++item;
-            continue;
-        }
-        if (detail::is_array(*node)) {
-            // The element comes from the same source, and its own flags are ignored.
-            const config_node* const first = (*item)->get_value(*current + ".0");
-            return first == nullptr ? types::variant() : first->second;
-        }
-        if (!detail::is_alias(*node))
-            return node->second;
-
-        // Contract: a cycle ends with the value of its last alias, not with the default. Keys are
-        // compared as written, so a key that differs in letter case takes another round.
-        visited.insert(*current);
-        target = node->second.as_string();
-        if (visited.count(target) != 0)
-            return node->second;
-        current = &target;
-        item = m_items.begin();
-    }
-    return default_value;
+    const found_node found = first_with(m_items, key);
+    if (found.node == nullptr)
+        return default_value;
+    if (detail::is_alias(*found.node))
+        return follow_aliases(m_items, found, key, default_value);
+    return value_of(found, key);
 }
 
 bool config_manager::value_exist(const ustring8& key) {

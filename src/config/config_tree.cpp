@@ -3,7 +3,8 @@
 // the class.
 //
 // A key is split into lower-case segments (key_segments.hpp), and each segment is looked up among
-// the children of the previous node. `find_node` stops at a missing child, `make_node` adds it.
+// the children of the previous node. `find_node` stops at a missing child, `make_node` adds it. A
+// node with few children is searched in order, without a string for the segment.
 //
 // Invariants:
 //   - Names are lower case and contain no separator, so a path of names joined by "." is a key.
@@ -45,8 +46,41 @@ config_tree& child_named(config_tree& tree, const ustring8& name) {
     children_type& children = fields::children(tree);
     children_type::iterator place = children.lower_bound(name);
     if (place == children.end() || children.key_comp()(name, place->first))
-        place = children.insert(place, children_type::value_type(name, held(new config_tree)));
+        place = children.emplace_hint(place, name, held(new config_tree));
     return *place->second;
+}
+
+// Up to this many children are compared one after the other. A name of another length, as most are,
+// is passed over without looking at its bytes.
+const std::size_t few_children = 8;
+
+// Whether a name of `size` bytes is the segment at `bytes` in lower case. Comparing byte by byte
+// takes less time than a copy in lower case, which a wide comparison would wait for.
+bool is_lower_case_of(const char* name, const char* bytes, std::size_t size,
+                      const detail::lower_caser& lower) {
+    const char* const end = name + size;
+    while (name != end && *name == lower(*bytes)) {
+        ++name;
+        ++bytes;
+    }
+    return name == end;
+}
+
+// Returns the child named by the segment from byte `begin` to `end` of the key, or null.
+const config_tree* find_child(const children_type& children, const ustring8& key,
+                              ustring8::size_type begin, ustring8::size_type end) {
+    if (children.size() <= few_children) {
+        const detail::lower_caser lower;
+        for (const children_type::value_type& child : children)
+            if (child.first.size() == end - begin &&
+                is_lower_case_of(child.first.data(), key.data() + begin, end - begin, lower))
+                return child.second.get();
+        return nullptr;
+    }
+    ustring8 name;
+    detail::read_segment(key, begin, name);
+    const children_type::const_iterator place = children.find(name);
+    return place == children.end() ? nullptr : place->second.get();
 }
 
 // Adds copies of the children of `source` to `target`, which has none yet. A leaf is copied at
@@ -131,13 +165,12 @@ namespace detail {
 
 const config_tree* find_node(const config_tree& tree, const ustring8& key) {
     const config_tree* found = &tree;
-    key_segments segments(key);
-    ustring8 segment;
-    while (found != nullptr && segments.next(segment)) {
-        const children_type& children = fields::children(*found);
-        const children_type::const_iterator place = children.find(segment);
-        found = place == children.end() ? nullptr : place->second.get();
-    }
+    ustring8::size_type begin = 0;
+    do {
+        const ustring8::size_type end = end_of_segment(key, begin);
+        found = find_child(fields::children(*found), key, begin, end);
+        begin = end + 1;
+    } while (found != nullptr && begin < key.size());
     return found;
 }
 
@@ -156,20 +189,44 @@ void set_value(config_tree& node, const types::variant& value, unsigned int flag
     stored.second = value;
 }
 
-void set_elements(config_tree& parent, const generic::varg_list& values,
-                  const generic::varg_list& flags) {
+void value_store::set_child(config_tree& parent, const ustring8& name, const types::variant& value,
+                            unsigned int flags) {
+    children_type& children = fields::children(parent);
+    const children_type::iterator place = children.lower_bound(name);
+    if (place != children.end() && !children.key_comp()(name, place->first)) {
+        set_value(*place->second, value, flags);
+        return;
+    }
+    set_value(m_model, value, flags);
+    children.emplace_hint(place, name, held(new config_tree(m_model)));
+}
+
+void value_store::set_node(config_tree& tree, const ustring8& key, const types::variant& value,
+                           unsigned int flags) {
+    config_tree* parent = &tree;
+    key_segments segments(key);
+    ustring8 segment;
+    segments.next(segment);
+    while (segments.has_next()) {
+        parent = &child_named(*parent, segment);
+        segments.next(segment);
+    }
+    set_child(*parent, segment, value, flags);
+}
+
+void value_store::set_elements(config_tree& parent, const generic::varg_list& values,
+                               const generic::varg_list& flags) {
     for (unsigned long i = 0; i < values.count(); ++i) {
-        config_tree& element =
-            child_named(parent, generic::convert::to_str(static_cast<unsigned int>(i)));
+        const ustring8 name = generic::convert::to_str(static_cast<unsigned int>(i));
         const types::variant& value = values[i].value();
         if (flags.empty())
-            set_value(element, value, no_flags);
+            set_child(parent, name, value, no_flags);
         else if (i < flags.count())
-            set_value(element, value, flags[i].value().as_uint32());
+            set_child(parent, name, value, flags[i].value().as_uint32());
         else
             // Contract: if the list of flags is too short, the values beyond its end are stored as
             // numbers.
-            set_value(element, types::variant(value.as_uint32()), no_flags);
+            set_child(parent, name, types::variant(value.as_uint32()), no_flags);
     }
 }
 
@@ -185,6 +242,8 @@ config_tree::config_tree(const config_tree& other)
 }
 
 config_tree::~config_tree() TOVA_NOTHROW {
+    if (m_children.empty())
+        return;
     try {
         std::vector<tree_pointer> parents;
         detach_children(*this, parents);

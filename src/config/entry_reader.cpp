@@ -12,7 +12,7 @@
 //
 // The end of the text ends every state. Comments are recognized only in the states start, value and
 // array. Keys and values are built by appending the tokens that count, so spaces outside quotes are
-// dropped.
+// dropped. Bytes that no rule looks at are appended as runs, without a token for each.
 //
 // Three things are kept from entry to entry: the section's name followed by ".", the section's
 // node, which is looked up when its first entry is stored, and the elements of an array that was
@@ -56,14 +56,14 @@ private:
             read_header();
             return;
         }
-        ustring8 key = read_key(token);
-        if (key.empty())
+        read_key(token);
+        if (m_key.empty())
             return;
-        if (key.size() >= 2 && key.compare(key.size() - 2, 2, "[]") == 0) {
-            key.resize(key.size() - 2);
-            read_array(key);
+        if (m_key.size() >= 2 && m_key[m_key.size() - 2] == '[' && m_key.back() == ']') {
+            m_key.resize(m_key.size() - 2);
+            read_array();
         } else {
-            read_value(key);
+            read_value();
         }
     }
 
@@ -81,31 +81,35 @@ private:
 
     // Contract: comments are not recognized inside a key. "#" and "//" belong to the key, which
     // continues across line ends up to the next plain "=".
-    ustring8 read_key(scanned_token token) {
-        ustring8 key;
+    void read_key(scanned_token token) {
+        m_key.clear();
         for (; token.type != config_token::T_EQ && token.type != config_token::T_END;
-             token = m_scanner.next())
+             token = m_scanner.next()) {
             if (!token.is_space_or_line_end())
-                token.append_to(key, m_text);
-        return key;
+                token.append_to(m_key, m_text);
+            m_scanner.append_run(m_key, run_place::key);
+        }
     }
 
-    void read_value(const ustring8& key) {
-        ustring8 value;
+    void read_value() {
+        m_value.clear();
+        m_scanner.append_run(m_value, run_place::value);
         for (scanned_token token = m_scanner.next();
              token.type != config_token::T_NEWLINE && token.type != config_token::T_END;
              token = m_scanner.next()) {
             if (token.is_comment_start())
                 m_scanner.skip_to_line_end();
             else if (!token.is_space())
-                token.append_to(value, m_text);
+                token.append_to(m_value, m_text);
+            m_scanner.append_run(m_value, run_place::value);
         }
-        if (!value.empty())
-            section().set_node(key, types::variant(value), no_flags);
+        if (!m_value.empty())
+            m_store.set_node(section(), m_key, types::variant(m_value), no_flags);
     }
 
-    void read_array(const ustring8& key) {
-        ustring8 value;
+    void read_array() {
+        m_value.clear();
+        m_scanner.append_run(m_value, run_place::element);
         bool after_comma = false;
         for (scanned_token token = m_scanner.next(); token.type != config_token::T_END;
              token = m_scanner.next()) {
@@ -115,20 +119,22 @@ private:
             } else if (token.is_comment_start()) {
                 m_scanner.skip_to_line_end();
             } else if (is_comma(token)) {
-                add_element(value);
-                value.clear();
+                add_element();
+                m_value.clear();
                 after_comma = true;
             } else if (!token.is_space()) {
-                token.append_to(value, m_text);
+                token.append_to(m_value, m_text);
                 after_comma = false;
             }
+            if (m_scanner.append_run(m_value, run_place::element))
+                after_comma = false;
         }
         // Contract: an array whose last element is empty is dropped, but the elements before it
         // stay on the list and become the first elements of the next array that the file stores.
-        if (value.empty())
+        if (m_value.empty())
             return;
-        add_element(value);
-        store_array(key);
+        add_element();
+        store_array();
         m_elements.clear();
     }
 
@@ -136,17 +142,15 @@ private:
         return token.type == config_token::T_NON_ALPHA_NUM && m_text[token.text_begin] == ',';
     }
 
-    void add_element(const ustring8& value) {
-        m_elements.push_back(generic::argument(types::variant(value)));
-    }
+    void add_element() { m_elements.push_back(generic::argument(types::variant(m_value))); }
 
-    void store_array(const ustring8& key) {
+    void store_array() {
         config_tree& parent = section();
         // The key may be empty, as in `"[]" = a`. Inside a section the full key is then just the
         // prefix, whose trailing separator starts no segment: the section itself becomes the array.
-        config_tree& head = key.empty() && !m_prefix.empty() ? parent : make_node(parent, key);
+        config_tree& head = m_key.empty() && !m_prefix.empty() ? parent : make_node(parent, m_key);
         set_value(head, types::variant(), array_bit);
-        set_elements(make_node(parent, key + "."), m_elements, generic::varg_list());
+        m_store.set_elements(make_node(parent, m_key + "."), m_elements, generic::varg_list());
     }
 
     // The node of the current section. Keys are stored below it instead of under prefix and key.
@@ -163,6 +167,9 @@ private:
     ustring8 m_prefix;                 // empty at the top level
     config_tree* m_section = nullptr;  // null until the section's first entry is stored
     generic::varg_list m_elements;
+    value_store m_store;
+    ustring8 m_key;  // of the current entry, and its value or element so far
+    ustring8 m_value;
 };
 
 }  // namespace

@@ -19,6 +19,8 @@
 #include "config/token_scanner.hpp"
 #include "system/file_status.hpp"
 
+#include <sys/stat.h>
+
 #include <fstream>
 #include <limits>
 #include <stdexcept>
@@ -52,12 +54,16 @@ bool has_loadable_size(const ustring8& name) {
 
 // Reads the whole file into `content` and returns whether that worked.
 //
-// The test for a link comes first, as in `system::load_file`: opening a link would open its target,
-// and opening a device may have side effects.
+// A regular file is opened once: its status has the size. For any other, the test for a link comes
+// first, as opening a link would open its target, and opening a device may have side effects.
 bool read_file(const ustring8& name, ustring8& content) {
     if (name.empty())
         return false;
     try {
+        struct stat status;
+        if (::stat(name.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size != 0)
+            return status.st_size <= std::numeric_limits<int>::max() &&
+                   system::load_file(name, content) == 0;
         return !system::detail::is_symbolic_link(name) && !TOVA_2_18::detail::is_pipe(name) &&
                has_loadable_size(name) && system::load_file(name, content) == 0;
     } catch (const std::runtime_error&) {

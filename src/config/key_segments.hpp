@@ -18,15 +18,23 @@ namespace TOVA_2_18 {
 namespace config {
 namespace detail {
 
+// The index of the first separator from byte `begin` on, or the size of the key.
+inline strings::ustring8::size_type end_of_segment(const strings::ustring8& key,
+                                                   strings::ustring8::size_type begin) {
+    const char* const bytes = key.data();
+    while (begin < key.size() && !is_separator(bytes[begin]))
+        ++begin;
+    return begin;
+}
+
 // Writes the segment of `key` that starts at byte `begin` to `segment`, in lower case. Returns the
 // index of the separator after it, or the size of the key.
 inline strings::ustring8::size_type read_segment(const strings::ustring8& key,
                                                  strings::ustring8::size_type begin,
                                                  strings::ustring8& segment) {
-    strings::ustring8::size_type end = begin;
-    while (end < key.size() && !is_separator(key[end]))
-        ++end;
+    const strings::ustring8::size_type end = end_of_segment(key, begin);
     segment.assign(key, begin, end - begin);
+    const lower_caser lower;
     for (char& character : segment)
         character = lower(character);
     return end;
@@ -49,6 +57,8 @@ public:
         m_ended = m_position >= m_key.size();
         return true;
     }
+
+    bool has_next() const { return !m_ended; }
 
 private:
     const strings::ustring8& m_key;

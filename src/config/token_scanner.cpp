@@ -10,7 +10,8 @@
 //     digit, letter                     T_NUM, T_VAR: the run of the same class
 //     any other byte                    T_NON_ALPHA_NUM: that byte alone
 //
-// One byte of lookahead is enough. The only state is the position.
+// One byte of lookahead is enough. The only state is the position. Readers that append each token
+// to a key or a value skip the tokenizer for runs of bytes that cannot end or start anything.
 #include "config/token_scanner.hpp"
 
 #include "config/character_classes.hpp"
@@ -109,7 +110,48 @@ punctuation punctuation_at(char character, char next) {
     }
 }
 
+// The bytes that end a run, by place. Spaces, line ends and quotes do everywhere. In a key so does
+// `=`, and with it all that forms a token with a `=` after it; in a value, what starts a comment.
+// The rest may be part of any token: its end and its type don't matter to a reader that appends it.
+class run_ends {
+public:
+    constexpr run_ends() : m_places() {
+        add(" \t\n\r\"*/",
+            bits(run_place::key) | bits(run_place::value) | bits(run_place::element));
+        add("=<>:+-", bits(run_place::key));
+        add("#", bits(run_place::value) | bits(run_place::element));
+        add(",", bits(run_place::element));
+    }
+    constexpr bool contain(char byte, run_place place) const {
+        return (m_places[static_cast<unsigned char>(byte)] & bits(place)) != 0;
+    }
+
+private:
+    static constexpr unsigned char bits(run_place place) {
+        return static_cast<unsigned char>(place);
+    }
+    constexpr void add(const char* bytes, int places) {
+        for (; *bytes != '\0'; ++bytes)
+            m_places[static_cast<unsigned char>(*bytes)] |= static_cast<unsigned char>(places);
+    }
+
+    unsigned char m_places[256];
+};
+
 }  // namespace
+
+bool token_scanner::append_run(ustring8& target, run_place place) {
+    static constexpr run_ends ends;
+    const size_type size = std::min(m_source.size(), last_position);
+    size_type at = m_position;
+    while (at < size && !ends.contain(m_source[at], place))
+        ++at;
+    if (at <= m_position)
+        return false;
+    target.append(m_source, m_position, at - m_position);
+    m_position = static_cast<unsigned int>(at);
+    return true;
+}
 
 scanned_token token_scanner::next() {
     const size_type start = m_position;

@@ -34,10 +34,25 @@ config_tree& make_node(config_tree& tree, const strings::ustring8& key);
 // Replaces the value and the flags word of a node. The new word is `flags` with bit 0 added.
 void set_value(config_tree& node, const types::variant& value, unsigned int flags);
 
-// Stores the values as the children "0", "1", "2" and so on of `parent`. `flags` follows the rule
-// of `base_config_item::set_array`.
-void set_elements(config_tree& parent, const generic::varg_list& values,
-                  const generic::varg_list& flags);
+// Stores any number of values. A new node is made as a copy of a model that has the value already:
+// the default constructor of a node allocates the value `true`, which would be dropped at once.
+class value_store {
+public:
+    // Does what `config_tree::set_node` does.
+    void set_node(config_tree& tree, const strings::ustring8& key, const types::variant& value,
+                  unsigned int flags);
+
+    // Stores the values as the children "0", "1", "2" and so on of `parent`. `flags` follows the
+    // rule of `base_config_item::set_array`.
+    void set_elements(config_tree& parent, const generic::varg_list& values,
+                      const generic::varg_list& flags);
+
+private:
+    void set_child(config_tree& parent, const strings::ustring8& name, const types::variant& value,
+                   unsigned int flags);
+
+    config_tree m_model;
+};
 
 }  // namespace detail
 }  // namespace config

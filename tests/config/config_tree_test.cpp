@@ -122,6 +122,30 @@ TEST(SetNode, KeepsTheChildrenOfTheNode) {
     EXPECT_THAT(content(tree), ElementsAre("a: 1 'above'", "a.b: 1 'below'"));
 }
 
+// Few children are searched in order and many by halves; both find the same.
+TEST(GetNode, FindsEachOfAnyNumberOfChildren) {
+    std::vector<std::string> names = {"", "a", "b", "ab", "abc", "b1", "\xC3\xA4"};
+    for (int i = 0; i != 13; ++i)
+        names.push_back(
+            std::string(static_cast<std::size_t>(7 * i + 1), static_cast<char>('c' + i)));
+    config_tree tree;
+    for (std::size_t count = 0; count != names.size(); ++count) {
+        SCOPED_TRACE(count);
+        tree.set_node("p." + names[count] + ".end", variant(static_cast<int>(count)), 0);
+        for (std::size_t i = 0; i != names.size(); ++i) {
+            std::string key = "P/" + names[i] + "\\END";
+            for (char& c : key)
+                c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
+            if (i <= count)
+                EXPECT_EQ("1 '" + std::to_string(i) + "' int", shown(tree, key.c_str()));
+            else
+                EXPECT_EQ("null", shown(tree, key.c_str()));
+            EXPECT_EQ("null", shown(tree, ("p." + names[i] + "x").c_str()));
+            EXPECT_EQ("null", shown(tree, ("p." + names[i] + ".en").c_str()));
+        }
+    }
+}
+
 TEST(SetNode, TreatsTheThreeSeparatorsAlike) {
     config_tree tree;
     tree.set_node("a.b.c", variant(1), 0);
