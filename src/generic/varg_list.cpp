@@ -4,6 +4,7 @@
 #include <tova/generic/varg_list.hpp>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>
@@ -15,7 +16,7 @@ namespace {
 
 // Contract: the message is published, so it is written out here and doesn't depend on the installed
 // standard library.
-void require_position(unsigned long position, unsigned long count) {
+void require_position(std::size_t position, std::size_t count) {
     if (position < count)
         return;
     char text[128];

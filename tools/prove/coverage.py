@@ -1,0 +1,144 @@
+"""Counts the lines, branches and conditions of src/ that the tests run.
+
+Two builds by clang 19 count: one lines and branches, in counters that a killed child leaves in the
+profile as well, one the conditions of each decision (MC/DC). The missing branches are listed with
+their reasons, which coverage.txt keeps by the text of the source line.
+"""
+import json
+import os
+import pathlib
+import shutil
+
+TITLE = "Coverage"
+REQUIRED = {"lines": 100.0, "branches": 99.5, "mcdc": 95.0}
+REASONS = "tools/prove/coverage.txt"
+
+
+def run_tests(context, build, pattern):
+    """Runs every program of the build and merges what the library counted."""
+    profiles = context.scratch / f"profiles-{build.name}"
+    shutil.rmtree(profiles, ignore_errors=True)
+    profiles.mkdir(parents=True)
+    context.run("ctest", "--test-dir", build, "-j", context.jobs, "--output-on-failure",
+                env=dict(os.environ, LLVM_PROFILE_FILE=str(profiles / pattern)))
+    merged = context.scratch / f"{build.name}.profdata"
+    files = [path for path in profiles.glob("*.profraw") if path.stat().st_size]
+    listing = context.scratch / "profiles.txt"
+    listing.write_text("\n".join(map(str, files)))
+    context.run("llvm-profdata-19", "merge", "--failure-mode=all", "-o", merged, "-f", listing)
+    return merged
+
+
+def export(context, build, merged, *arguments):
+    return json.loads(context.run("llvm-cov-19", "export", build / "libtova.so.2.18.0",
+                                  f"--instr-profile={merged}", *arguments))["data"][0]
+
+
+def files_of_src(context, data):
+    for entry in data["files"]:
+        name = pathlib.Path(entry["filename"])
+        name = name.relative_to(context.root) if name.is_absolute() else name
+        if str(name).startswith("src/"):
+            yield str(name), entry
+
+
+def sum_of(files, kind):
+    count = sum(entry["summary"][kind]["count"] for _, entry in files)
+    covered = sum(entry["summary"][kind]["covered"] for _, entry in files)
+    return {"count": count, "covered": covered}
+
+
+def reasons(root):
+    """Known gaps: file and stripped text of a line, and why the tests leave them."""
+    known = {}
+    path = root / REASONS
+    if path.is_file():
+        for line in path.read_text().splitlines():
+            if line and not line.startswith("#"):
+                source, text, reason = (part.strip() for part in line.split(" ||| "))
+                known[source, text] = reason
+    return known
+
+
+def missing_branches(files, context):
+    """One entry for each side of a branch that no instantiation ever takes."""
+    known = reasons(context.root)
+    for name, entry in files:
+        sides = {}
+        for branch in entry.get("branches", ()):
+            line, column, true_count, false_count = branch[0], branch[1], branch[4], branch[5]
+            for side, count in (("true", true_count), ("false", false_count)):
+                key = (line, column, side)
+                sides[key] = sides.get(key, 0) + count
+        lines = (context.root / name).read_text().splitlines()
+        for (line, column, side), count in sorted(sides.items()):
+            if count == 0:
+                text = lines[line - 1].strip()
+                yield {"source": name, "line": line, "column": column, "side": side, "text": text,
+                       "reason": known.get((name, text), "")}
+
+
+def missing_lines(files, context):
+    """The lines that have code and never ran, by file, from the segments of the export."""
+    known = reasons(context.root)
+    for name, entry in files:
+        text = (context.root / name).read_text().splitlines()
+        counts = {}
+        for segment in entry["segments"]:
+            line, _, count, has_count, is_entry = segment[0], segment[1], segment[2], segment[3], segment[4]
+            if has_count and is_entry:
+                counts[line] = max(counts.get(line, 0), count)
+        for line, count in sorted(counts.items()):
+            if count == 0:
+                yield {"source": name, "line": line, "text": text[line - 1].strip(),
+                       "reason": known.get((name, text[line - 1].strip()), "")}
+
+
+def measure(context):
+    counting = context.build("coverage")
+    files = list(files_of_src(context, export(context, counting,
+                                              run_tests(context, counting, "%m%c.profraw"))))
+    result = {"lines": sum_of(files, "lines"), "branches": sum_of(files, "branches"),
+              "functions": sum_of(files, "functions"),
+              "missing_lines": list(missing_lines(files, context)),
+              "missing_branches": list(missing_branches(files, context))}
+    if not context.quick:
+        deciding = context.build("coverage", folder="conditions",
+                                 settings=("-DTOVA_COVERAGE=conditions",))
+        merged = run_tests(context, deciding, "%p-%m.profraw")
+        result["mcdc"] = sum_of(list(files_of_src(context, export(context, deciding, merged))), "mcdc")
+    return result
+
+
+def per_cent(counts):
+    return 100.0 * counts["covered"] / counts["count"]
+
+
+def report(result):
+    rows = []
+    for kind, title in (("functions", "functions"), ("lines", "lines"), ("branches", "branches"),
+                        ("mcdc", "conditions (MC/DC)")):
+        if kind in result:
+            required = f"{REQUIRED[kind]:g} %" if kind in REQUIRED else ""
+            rows.append(f"| {title} | {result[kind]['count']:,} | {per_cent(result[kind]):.2f} % | {required} |")
+    gaps = [f"| `{one['source']}:{one['line']}` | {one.get('side', 'line')} | {one['reason'] or '**none yet**'} |"
+            for one in result["missing_lines"] + result["missing_branches"]]
+    return f"""Of `src/`, counted by clang 19 over all tests:
+
+| what | number | covered | required |
+|---|---|---|---|
+{chr(10).join(rows)}
+
+What no test runs, and why:
+
+| place | side | reason |
+|---|---|---|
+{chr(10).join(gaps)}"""
+
+
+def failures(result):
+    missed = [f"{per_cent(result[kind]):.2f} % of the {kind} are covered, {limit:g} % are required"
+              for kind, limit in REQUIRED.items() if kind in result and per_cent(result[kind]) < limit]
+    missed += [f"{one['source']}:{one['line']} ({one['side']}) has no reason"
+               for one in result["missing_branches"] if not one["reason"]]
+    return missed

@@ -1,0 +1,172 @@
+#!/usr/bin/env python3
+"""Measures how well the library is tested, and writes docs/testing.md.
+
+    prove.py                    every measure in its long form; writes the page
+    prove.py --quick            every measure in the form that CI runs; writes nothing
+    prove.py [--quick] NAME...  the named measures only; writes nothing
+    prove.py --list             the names of the measures
+
+A measure is a module of this folder with four names:
+
+    TITLE                       the heading of its section
+    measure(context)            does the work and returns a dictionary that JSON can hold
+    report(result)              the section of the page, in Markdown
+    failures(result)            what misses its limit, a sentence each; an empty list passes
+
+A result is kept in build/prove/NAME.json with a fingerprint of the files that it depends on. If a
+run is interrupted, the next one continues after the last complete measure.
+"""
+import argparse
+import hashlib
+import importlib
+import json
+import os
+import pathlib
+import platform
+import re
+import subprocess
+import sys
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+RESULTS = ROOT / "build" / "prove"
+PAGE = ROOT / "docs" / "testing.md"
+
+# In the order of the page.
+MEASURES = ("coverage", "mutants", "fuzzing", "gates", "golden", "hardening", "traceability")
+
+# What a result depends on. A change of the documents invalidates nothing.
+SOURCES = ("CMakeLists.txt", "CMakePresets.json", "benchmarks", "cmake", "examples", "fuzz",
+           "include", "src", "tests", "tools")
+
+
+class Context:
+    """What a measure may use: the tree, the form of the run, and ways to build and to report."""
+
+    def __init__(self, name, quick, seed, jobs):
+        self.name = name
+        self.quick = quick
+        self.seed = seed
+        self.jobs = jobs
+        self.root = ROOT
+        self.scratch = RESULTS / name
+        self.scratch.mkdir(parents=True, exist_ok=True)
+
+    def say(self, text):
+        print(f"prove {self.name}: {text}", file=sys.stderr, flush=True)
+
+    def run(self, *command, **options):
+        """Runs a command in the root; its output is shown only if it fails."""
+        options.setdefault("cwd", self.root)
+        done = subprocess.run([str(part) for part in command], stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT, text=True, errors="replace", **options)
+        if done.returncode != 0:
+            sys.stderr.write(done.stdout[-6000:])
+            raise SystemExit(f"prove {self.name}: failed: {' '.join(map(str, command))}")
+        return done.stdout
+
+    def build(self, preset, *targets, folder=None, settings=()):
+        """Configures a preset, in a folder of its own if one is named, and builds it."""
+        folder = ROOT / "build" / (folder or preset)
+        self.run("cmake", "--preset", preset, "-B", folder, *settings)
+        self.say(f"building in {folder.relative_to(ROOT)}")
+        self.run("cmake", "--build", folder, "-j", self.jobs,
+                 *(("--target", *targets) if targets else ()))
+        return folder
+
+
+def output_of(*command):
+    return subprocess.run(command, cwd=ROOT, check=True, capture_output=True, text=True).stdout
+
+
+def fingerprint():
+    """A hash over the contents of all files that git tracks in SOURCES."""
+    names = output_of("git", "ls-files", "-z", "--", *SOURCES).split("\0")
+    digest = hashlib.sha256()
+    for name in sorted(filter(None, names)):
+        path = ROOT / name
+        if path.is_file():
+            digest.update(name.encode() + b"\0" + hashlib.sha256(path.read_bytes()).digest())
+    return digest.hexdigest()
+
+
+def commit():
+    name = output_of("git", "rev-parse", "--short=12", "HEAD").strip()
+    return name + ("" if not output_of("git", "status", "--porcelain", "-uno") else ", changed")
+
+
+def stored(name, state):
+    """The result of an earlier run of the same form on the same sources, or None."""
+    path = RESULTS / f"{name}.json"
+    if not path.is_file():
+        return None
+    record = json.loads(path.read_text())
+    return record["result"] if record["state"] == state else None
+
+
+def run_measure(name, arguments, sources):
+    module = importlib.import_module(name)
+    state = {"sources": sources, "quick": arguments.quick, "seed": arguments.seed}
+    result = None if arguments.again else stored(name, state)
+    if result is not None:
+        print(f"prove {name}: measured before, on the same sources", file=sys.stderr)
+        return module, result
+    context = Context(name, arguments.quick, arguments.seed, arguments.jobs)
+    begin = time.monotonic()
+    result = module.measure(context)
+    context.say(f"done after {(time.monotonic() - begin) / 60:.1f} min")
+    temporary = RESULTS / f"{name}.json.new"
+    temporary.write_text(json.dumps({"state": state, "result": result}, indent=1))
+    temporary.replace(RESULTS / f"{name}.json")
+    return module, result
+
+
+def page_of(sections):
+    model = re.search(r"^model name\s*:\s*(.*)$", pathlib.Path("/proc/cpuinfo").read_text(), re.M)
+    head = f"""# How the library is tested
+
+`./run prove` writes this page; nothing in it is written by hand. It was measured on {time.strftime("%Y-%m-%d")},
+commit {commit()}, on {model.group(1) if model else platform.machine()} with {os.cpu_count()} cores.
+`./run prove --quick` measures the same in the short form that each change must pass.
+"""
+    return "\n".join([head] + [f"## {title}\n\n{text.strip()}\n" for title, text in sections])
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="./run prove")
+    parser.add_argument("names", nargs="*", metavar="NAME")
+    parser.add_argument("--quick", action="store_true", help="the short form that CI runs")
+    parser.add_argument("--list", action="store_true", help="print the names of the measures")
+    parser.add_argument("--again", action="store_true", help="measure even what was measured before")
+    parser.add_argument("--seed", type=int, default=1, help="of everything random (1)")
+    parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    arguments = parser.parse_args()
+    if arguments.list:
+        print("\n".join(MEASURES))
+        return 0
+    unknown = set(arguments.names) - set(MEASURES)
+    if unknown:
+        parser.error(f"no such measure: {', '.join(sorted(unknown))}; --list prints them")
+
+    RESULTS.mkdir(parents=True, exist_ok=True)
+    sources = fingerprint()
+    missed = []
+    sections = []
+    for name in arguments.names or MEASURES:
+        module, result = run_measure(name, arguments, sources)
+        text = module.report(result)
+        sections.append((module.TITLE, text))
+        missed += [f"{name}: {sentence}" for sentence in module.failures(result)]
+        if arguments.names or arguments.quick:
+            print(f"## {module.TITLE}\n\n{text}\n")
+    if not arguments.names and not arguments.quick:
+        PAGE.write_text(page_of(sections))
+        print(f"prove: wrote {PAGE.relative_to(ROOT)}")
+    for sentence in missed:
+        print(f"prove: MISSED: {sentence}")
+    print(f"prove: {len(arguments.names or MEASURES)} measures, {len(missed)} limits missed")
+    return 1 if missed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
