@@ -2,7 +2,9 @@
 
 #include "detail/symbolic_link.hpp"
 
-#include <ios>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace TOVA_2_18 {
 namespace parser {
@@ -10,45 +12,62 @@ namespace detail {
 
 namespace {
 
-// Leaves the stream closed and in a good state, whatever happens in between. Opening allocates
-// memory and may throw, so the closer must exist before the stream is opened.
-class stream_closer {
+// A descriptor that is closed at the end. A pipe is not opened: that would wait for a writer, and a
+// pipe has no positions from which to read on.
+class open_file {
 public:
-    explicit stream_closer(std::ifstream& stream) : m_stream(stream) {}
-    ~stream_closer() {
-        m_stream.close();
-        m_stream.clear();
+    open_file(const strings::ustring8& name, bool is_pipe)
+        : m_descriptor(is_pipe ? -1 : ::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {}
+    ~open_file() {
+        if (is_open())
+            ::close(m_descriptor);
     }
-    stream_closer(const stream_closer&) = delete;
-    stream_closer& operator=(const stream_closer&) = delete;
+    open_file(const open_file&) = delete;
+    open_file& operator=(const open_file&) = delete;
+
+    bool is_open() const { return m_descriptor >= 0; }
+    int descriptor() const { return m_descriptor; }
+
+    // Leaves the position at the end. Negative for an error.
+    off_t length() const { return ::lseek(m_descriptor, 0, SEEK_END); }
 
 private:
-    std::ifstream& m_stream;
+    const int m_descriptor;
 };
+
+// The type of the file, links not followed. A path object for each load would take longer than the
+// query, so only an error is left to the general function, which knows what to raise.
+mode_t type_of(const strings::ustring8& name) {
+    struct stat status;
+    if (::lstat(name.c_str(), &status) == 0)
+        return status.st_mode;
+    return TOVA_2_18::detail::is_symbolic_link(name) ? S_IFLNK : S_IFREG;
+}
 
 }  // namespace
 
-void open_for_reading(std::ifstream& stream, const strings::ustring8& name) {
-    if (!TOVA_2_18::detail::is_pipe(name))
-        stream.open(name.c_str(), std::ios::in | std::ios::binary);
+unsigned long length_of_file(const strings::ustring8& name) {
+    const open_file file(name, TOVA_2_18::detail::is_pipe(name));
+    const off_t length = file.is_open() ? file.length() : 0;
+    return length < 0 ? 0 : static_cast<unsigned long>(length);
 }
 
 xml_stream_parser::error_type stream_file::check() {
-    if (TOVA_2_18::detail::is_symbolic_link(m_name))
+    const mode_t type = type_of(m_name);
+    if (S_ISLNK(type))
         return xml_stream_parser::internal_failure;
-    const stream_closer closer(m_stream);
-    open_for_reading(m_stream, m_name);
-    return m_stream.is_open() ? xml_stream_parser::no_error : xml_stream_parser::open_failed;
+    return open_file(m_name, S_ISFIFO(type)).is_open() ? xml_stream_parser::no_error
+                                                       : xml_stream_parser::open_failed;
 }
 
 unsigned long stream_file::load(stream_scanner& scanner, xml_stream_parser::error_type& status) {
-    if (TOVA_2_18::detail::is_symbolic_link(m_name)) {
+    const mode_t type = type_of(m_name);
+    if (S_ISLNK(type)) {
         status = xml_stream_parser::internal_failure;
         return 0;
     }
-    const stream_closer closer(m_stream);
-    open_for_reading(m_stream, m_name);
-    if (!m_stream.is_open()) {
+    const open_file file(m_name, S_ISFIFO(type));
+    if (!file.is_open()) {
         status = xml_stream_parser::open_failed;
         return 0;
     }
@@ -56,16 +75,15 @@ unsigned long stream_file::load(stream_scanner& scanner, xml_stream_parser::erro
     // if there is no new data.
     status = xml_stream_parser::no_error;
 
-    m_stream.seekg(0, std::ios::end);
-    m_length = static_cast<unsigned long>(static_cast<std::streamoff>(m_stream.tellg()));
+    const off_t length = file.length();
+    m_length = static_cast<unsigned long>(length);
     // A file that has shrunk has no new data until it is longer than before.
-    if (!m_stream || m_length <= m_position)
+    if (length < 0 || m_length <= m_position)
         return 0;
 
     const unsigned long added = m_length - m_position;
     scanner.make_room(added);
-    m_stream.seekg(static_cast<std::streamoff>(m_position), std::ios::beg);
-    const unsigned long count = scanner.fill(m_stream, added);
+    const unsigned long count = scanner.fill(file.descriptor(), m_position, added);
     m_position += count;
     return count;
 }

@@ -10,23 +10,20 @@
 
 #include "parser/stream_scanner.hpp"
 
-#include <fstream>
-
 namespace TOVA_2_18 {
 namespace parser {
 namespace detail {
 
-/// Opens a file, unless it is a pipe: that would wait for a writer, and a pipe has no positions
-/// from which to read on.
-void open_for_reading(std::ifstream& stream, const strings::ustring8& name);
+/// The length of the file that a name refers to, links followed; 0 if it can't be opened. A pipe is
+/// not opened.
+unsigned long length_of_file(const strings::ustring8& name);
 
 class stream_file {
 public:
-    /// A view of fields of the parser: the file name, a stream that is open only within `load`, the
-    /// number of bytes read so far, and the last known length of the file.
-    stream_file(const strings::ustring8& name, std::ifstream& stream, unsigned long& position,
-                unsigned long& length)
-        : m_name(name), m_stream(stream), m_position(position), m_length(length) {}
+    /// A view of fields of the parser: the file name, the number of bytes read so far, and the last
+    /// known length of the file.
+    stream_file(const strings::ustring8& name, unsigned long& position, unsigned long& length)
+        : m_name(name), m_position(position), m_length(length) {}
 
     /// Status 0 if the file can be opened, 10 if its name is a symbolic link, 11 otherwise. Raises
     /// `boost::filesystem::filesystem_error` if the status of the path cannot be read.
@@ -38,7 +35,6 @@ public:
 
 private:
     const strings::ustring8& m_name;
-    std::ifstream& m_stream;
     unsigned long& m_position;
     unsigned long& m_length;
 };

@@ -41,14 +41,17 @@
 //
 // `xml_parser` has similar states for a document in memory, but it reports events instead of
 // records, stops at the first error, supports CDATA sections, and accepts attributes in end tags.
-// The two share no code.
+// The two share only what is below both: blocks of classified bytes and the names of a tag.
 #include "parser/stream_machine.hpp"
+
+#include "parser/equal_bytes.hpp"
 
 #include <utility>
 
 namespace TOVA_2_18 {
 namespace parser {
 
+using detail::piece;
 using strings::ustring8;
 
 namespace {
@@ -60,14 +63,19 @@ const std::size_t least_document_size = 50;
 // start tag waits if there is one more node than that.
 const std::size_t full_queue_size = 100;
 
+bool are_equal(const ustring8& string, piece name) {
+    return string.size() == name.size &&
+           detail::have_equal_bytes(string.data(), name.data, name.size);
+}
+
 }  // namespace
 
 xml_stream_parser::machine::machine(xml_stream_parser& parser)
-    : m_scanner(parser.m_buffer, parser.m_cursor, parser.m_committed, parser.m_end, parser.m_line,
-                parser.m_committed_line),
+    : m_scanner(parser.m_buffer, parser.m_first, parser.m_last, parser.m_cursor, parser.m_committed,
+                parser.m_end, parser.m_line, parser.m_committed_line),
       m_nodes(parser.m_queue, parser.m_open_elements, parser.m_open_names, parser.m_next_id,
               parser.m_open_ids, parser.m_attribute_names),
-      m_file(parser.m_file_name, parser.m_file, parser.m_file_position, parser.m_file_length),
+      m_file(parser.m_file_name, parser.m_file_position, parser.m_file_length),
       m_open_depth(parser.m_open_depth), m_root(parser.m_root), m_in_tag(parser.m_in_tag),
       m_expect_close(parser.m_expect_close), m_in_comment(parser.m_in_comment),
       m_header_done(parser.m_header_done), m_finished(parser.m_finished), m_usable(parser.m_usable),
@@ -125,26 +133,16 @@ void xml_stream_parser::machine::do_parse() {
 void xml_stream_parser::machine::parse_next() {
     try {
         take_constructs();
+        m_nodes.separate_attribute_names();
     } catch (error_type error) {
         m_status = error;
         release_start();
+        m_nodes.separate_attribute_names();
     } catch (...) {
         m_status = internal_failure;
         release_start();
         throw;
     }
-}
-
-xml_stream_parser::node xml_stream_parser::machine::node_queue_pop() {
-    if (m_nodes.is_empty())
-        throw EmptyNodeQueue();
-    node first = m_nodes.take_first();
-    // Contract: the node is removed, while `node_queue_front` leaves it in the queue.
-    if (!first.ready)
-        throw EmptyNodeQueue();
-    if (m_status <= out_of_data && !m_nodes.is_first_ready())
-        do_parse();
-    return first;
 }
 
 void xml_stream_parser::machine::recover(const std::list<ustring8>& names) {
@@ -181,21 +179,19 @@ void xml_stream_parser::machine::take_constructs() {
     // of the data are parsed as if they were outside it.
     if (m_in_comment)
         finish_comment();
-    while (!m_scanner.at_end() && take_construct()) {
+    // Whitespace is skipped as a run and committed as a whole.
+    for (m_scanner.skip_whitespace(); !m_scanner.at_end(); m_scanner.skip_whitespace()) {
+        m_scanner.commit();
+        if (!take_construct())
+            return;
         m_scanner.advance(1);
         m_scanner.commit();
     }
+    m_scanner.commit();
 }
 
 bool xml_stream_parser::machine::take_construct() {
     switch (m_scanner.byte()) {
-    case '\n':
-        m_scanner.count_line();
-        return true;
-    case ' ':
-    case '\t':
-    case '\r':
-        return true;
     case '<':
         if (m_in_tag)
             throw syntax_error;
@@ -235,7 +231,7 @@ bool xml_stream_parser::machine::take_start_tag() {
 
     m_scanner.advance(1);
     m_in_tag = true;
-    const ustring8 name = m_scanner.take_name();
+    const piece name = m_scanner.take_name();
     if (name.empty()) {
         if (!m_scanner.at_end())
             throw syntax_error;
@@ -243,11 +239,11 @@ bool xml_stream_parser::machine::take_start_tag() {
         return wait();
     }
 
-    const bool is_open_level = m_nodes.level_count() < m_open_depth && name != "include";
+    const bool is_open_level = m_nodes.level_count() < m_open_depth && !name.is("include");
     if (is_open_level) {
         if (m_root.empty())
-            m_root = name;
-        m_nodes.open_level(name);
+            m_root = name.string();
+        m_nodes.open_level(name.string());
     }
     // A node that a consumer takes before its attributes have arrived would lose them, so a node
     // becomes ready at the end of its start tag, or when an error prevents that end from being
@@ -259,7 +255,7 @@ bool xml_stream_parser::machine::take_start_tag() {
 }
 
 bool xml_stream_parser::machine::take_attribute() {
-    ustring8 name = m_scanner.take_name();
+    const piece name = m_scanner.take_name();
     if (name.empty()) {
         if (!m_scanner.at_end())
             throw syntax_error;
@@ -275,7 +271,7 @@ bool xml_stream_parser::machine::take_attribute() {
     ustring8 value = parse_attrib_value();
     if (value.empty() && !m_empty_value)
         return wait();
-    if (!m_nodes.add_attribute(std::move(name), std::move(value)))
+    if (!m_nodes.add_attribute(name, std::move(value)))
         throw duplicate_attribute;
     return true;
 }
@@ -319,13 +315,13 @@ bool xml_stream_parser::machine::take_end_of_empty_element() {
 
 bool xml_stream_parser::machine::take_end_tag() {
     m_scanner.advance(2);
-    const ustring8 name = m_scanner.take_name();
+    const piece name = m_scanner.take_name();
     // Contract: `</>` is not an error; the parser waits there.
     if (name.empty())
         return wait();
     if (m_nodes.open_count() <= m_open_depth)
         end_open_level(name);
-    else if (m_nodes.innermost_name() != name)
+    else if (!are_equal(m_nodes.innermost_name(), name))
         throw mismatched_end_tag;
     else
         m_nodes.close_innermost();
@@ -336,10 +332,10 @@ bool xml_stream_parser::machine::take_end_tag() {
 // Contract: the root's end is identified by name alone, so an element with the same name at an open
 // level within the root ends the document, too. Nothing undoes this: elements within the root's own
 // end tag may still close.
-void xml_stream_parser::machine::end_open_level(const ustring8& name) {
-    if (m_nodes.level_count() == 0 || m_nodes.level_name() != name)
+void xml_stream_parser::machine::end_open_level(piece name) {
+    if (m_nodes.level_count() == 0 || !are_equal(m_nodes.level_name(), name))
         throw mismatched_end_tag;
-    const bool is_root = name == m_root;
+    const bool is_root = are_equal(m_root, name);
     m_nodes.append_end(name, is_root ? end_of_document : no_error, m_scanner.line());
     if (is_root)
         m_finished = true;

@@ -41,7 +41,6 @@ public:
     void parse_next();
     bool finish_comment();
     strings::ustring8 parse_attrib_value();
-    node node_queue_pop();
     void recover(const std::list<strings::ustring8>& names);
     /// @}
 
@@ -62,7 +61,7 @@ private:
     bool take_attribute();
     bool take_character_data();
 
-    void end_open_level(const strings::ustring8& name);
+    void end_open_level(detail::piece name);
     void release_start();
     bool wait();
 

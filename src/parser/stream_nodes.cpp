@@ -64,17 +64,17 @@ stream_nodes::node stream_nodes::take_first() {
 
 // --- Changes ------------------------------------------------------------------------------------
 
-void stream_nodes::open(const ustring8& name, error_type type, bool ready, unsigned int line) {
+void stream_nodes::open(piece name, error_type type, bool ready, unsigned int line) {
     m_queue.emplace_back();
     node& made = m_queue.back();
     made.type = type;
     made.ready = ready;
-    made.name = name;
+    made.name.assign(name.data, name.size);
     made.line = line;
     made.id = m_next_id++;
     made.parent = m_ids.top();
     m_ids.push(made.id);
-    m_elements.emplace(name, std::prev(m_queue.end()));
+    m_elements.emplace(made.name, std::prev(m_queue.end()));
 }
 
 // Null if there is no element, or if the consumer has taken its node.
@@ -84,11 +84,11 @@ stream_nodes::node* stream_nodes::innermost_node() {
     return &*m_elements.top().second;
 }
 
-bool stream_nodes::add_attribute(ustring8&& name, ustring8&& value) {
-    if (!m_attribute_names.insert(name).second)
+bool stream_nodes::add_attribute(piece name, ustring8&& value) {
+    if (!m_attribute_names.insert(name.data, name.size, name.size))
         return false;
     if (node* const element = innermost_node())
-        element->attributes.emplace_back(std::move(name), std::move(value));
+        element->attributes.emplace_back(name.string(), std::move(value));
     return true;
 }
 
@@ -114,12 +114,12 @@ void stream_nodes::close(node_position position) {
         m_ids.pop();
 }
 
-void stream_nodes::append_end(const ustring8& name, error_type type, unsigned int line) {
+void stream_nodes::append_end(piece name, error_type type, unsigned int line) {
     m_queue.emplace_back();
     node& made = m_queue.back();
     made.type = type;
     made.ready = true;
-    made.name = name;
+    made.name.assign(name.data, name.size);
     made.line = line;
     made.id = m_names.size();
     made.parent = 0;

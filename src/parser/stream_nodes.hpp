@@ -20,6 +20,9 @@
 #include <tova/parser/xml_stream_parser.hpp>
 #include <tova/strings/ustring.hpp>
 
+#include "parser/attribute_names.hpp"
+#include "parser/piece.hpp"
+
 #include <cstddef>
 #include <list>
 #include <set>
@@ -40,9 +43,9 @@ public:
 
     stream_nodes(std::list<node>& queue, open_elements& elements,
                  std::stack<strings::ustring8>& names, unsigned long& next_id,
-                 std::stack<unsigned long>& ids, std::set<strings::ustring8>& attribute_names)
+                 std::stack<unsigned long>& ids, std::set<strings::ustring8>& names_of_tag)
         : m_queue(queue), m_elements(elements), m_names(names), m_next_id(next_id), m_ids(ids),
-          m_attribute_names(attribute_names) {}
+          m_attribute_names(names_of_tag) {}
 
     /// @name The queue
     /// @{
@@ -72,10 +75,12 @@ public:
     /// @{
     void open_level(const strings::ustring8& name) { m_names.push(name); }
     /// Opens an element: appends its node and makes it the innermost one.
-    void open(const strings::ustring8& name, error_type type, bool ready, unsigned int line);
+    void open(piece name, error_type type, bool ready, unsigned int line);
     void forget_attribute_names() { m_attribute_names.clear(); }
+    /// Leaves the names in the parser's field as elements of their own.
+    void separate_attribute_names() { m_attribute_names.separate(); }
     /// Adds an attribute to the innermost element. Returns false if the name already exists.
-    bool add_attribute(strings::ustring8&& name, strings::ustring8&& value);
+    bool add_attribute(piece name, strings::ustring8&& value);
     /// Replaces the text of the innermost element.
     void set_text(strings::ustring8&& text);
     /// Marks the node of the innermost element as ready.
@@ -85,7 +90,7 @@ public:
     void close(node_position position);
     void close_innermost() { close(m_elements.top().second); }
     /// Appends the closing node of an element at an open level.
-    void append_end(const strings::ustring8& name, error_type type, unsigned int line);
+    void append_end(piece name, error_type type, unsigned int line);
     /// Leaves the innermost open level.
     void close_level();
     /// Empties the queue and closes all elements below the open levels.
@@ -100,7 +105,7 @@ private:
     std::stack<strings::ustring8>& m_names;
     unsigned long& m_next_id;
     std::stack<unsigned long>& m_ids;
-    std::set<strings::ustring8>& m_attribute_names;
+    attribute_names m_attribute_names;
 };
 
 }  // namespace detail

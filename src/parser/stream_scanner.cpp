@@ -23,8 +23,11 @@
 
 #include "strings/ascii.hpp"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cstring>
 
 namespace TOVA_2_18 {
@@ -54,26 +57,48 @@ bool is_name_byte(char byte) {
     return static_cast<signed char>(byte) < 0 || std::isalnum(byte) != 0;
 }
 
+// Most values and texts are one piece, which needs exactly its memory.
+void add(ustring8& to, const char* bytes, std::size_t size) {
+    if (to.empty())
+        to = ustring8(bytes, size);
+    else
+        to.append(bytes, size);
+}
+
 }  // namespace
 
 // --- Byte loops ---------------------------------------------------------------------------------
 
 // The same four bytes as in `xml_parser`, which also passes the whitespace to its caller.
-std::size_t stream_scanner::end_of_whitespace(std::size_t begin, unsigned int& lines) const {
+std::size_t stream_scanner::end_of_whitespace(std::size_t begin, unsigned int& lines) {
     const char* const bytes = m_buffer.data();
-    std::size_t position = begin;
-    for (; position < m_end && is_white_space(bytes[position]); ++position)
-        lines += bytes[position] == '\n';
-    return position;
+    if (begin >= m_end || !is_white_space(bytes[begin]))
+        return begin;
+    return static_cast<std::size_t>(m_blocks.end_of_white_space(bytes + begin, lines) - bytes);
 }
 
 // `xml_parser` has a stricter rule for the first byte of a name; here all bytes follow the same
-// rule.
-std::size_t stream_scanner::end_of_name(std::size_t begin) const {
+// rule. Of the bytes that are no letters, digits or underscores, the usual ones need no question.
+std::size_t stream_scanner::end_of_name(std::size_t begin) {
     const char* const bytes = m_buffer.data();
     std::size_t position = begin;
-    while (position < m_end && is_name_byte(bytes[position]))
-        ++position;
+    while (position < m_end) {
+        position = static_cast<std::size_t>(m_blocks.end_of_wide_name(bytes + position) - bytes);
+        if (position == m_end)
+            break;
+        switch (bytes[position]) {
+        case '>':
+        case '=':
+        case ' ':
+        case '/':
+        case '\n':
+            return position;
+        default:
+            if (!is_name_byte(bytes[position]))
+                return position;
+            ++position;
+        }
+    }
     return position;
 }
 
@@ -88,13 +113,15 @@ std::size_t stream_scanner::end_of_digits(std::size_t begin, bool hexadecimal) c
 }
 
 // Stops at the same three bytes as `xml_parser`: the quote, the '&' and the '<'.
-std::size_t stream_scanner::end_of_plain_value(std::size_t begin, char quote) const {
+std::size_t stream_scanner::end_of_plain_value(std::size_t begin, char quote) {
     const char* const bytes = m_buffer.data();
-    std::size_t position = begin;
-    while (position < m_end && bytes[position] != quote && bytes[position] != '&' &&
-           bytes[position] != '<')
-        ++position;
-    return position;
+    return static_cast<std::size_t>(m_blocks.end_of_value(bytes + begin, quote) - bytes);
+}
+
+// Stops at '&' and '<'; `xml_parser` also stops at whitespace.
+std::size_t stream_scanner::end_of_plain_text(std::size_t begin) {
+    const char* const bytes = m_buffer.data();
+    return static_cast<std::size_t>(m_blocks.end_of_content(bytes + begin) - bytes);
 }
 
 // The first byte that is a '?' or precedes a '>'. `xml_parser` requires both, side by side, and
@@ -133,23 +160,40 @@ bool stream_scanner::begins_with(const char* literal) const {
     return remaining() >= size && std::memcmp(m_buffer.data() + m_cursor, literal, size) == 0;
 }
 
-// As long as the data fits, nothing is moved. A construct that fills the whole buffer from its
+// As long as the data fits, nothing is dropped. A construct that fills the whole room from its
 // start cannot be completed and stays where it is.
+//
+// The room slides over a buffer of twice its size, so that a load of a few bytes seldom moves all
+// others. A file that fits into the room needs no more than that.
 void stream_scanner::make_room(std::size_t needed) {
-    if (m_committed == 0 || needed <= m_buffer.size() - m_end)
+    if (m_committed == m_first || needed <= m_last - m_end)
         return;
-    const std::size_t begin = std::min(m_committed, m_end);
-    std::memmove(&m_buffer[0], &m_buffer[begin], m_end - begin);
-    m_committed -= begin;
+    const std::size_t room = m_last - m_first;
+    if (m_buffer.size() == room)
+        m_buffer.resize(2 * room);
+    m_first = std::min(m_committed, m_end);
+    m_last = m_first + room;
     m_cursor = m_committed;
-    m_end -= begin;
+    if (m_last <= m_buffer.size())
+        return;
+    std::memmove(&m_buffer[0], &m_buffer[m_first], m_end - m_first);
+    for (std::size_t* const position : {&m_cursor, &m_committed, &m_end, &m_last, &m_first})
+        *position -= m_first;
 }
 
-std::size_t stream_scanner::fill(std::istream& source, std::size_t count) {
-    const std::size_t room = m_buffer.size() - m_end;
-    source.read(&m_buffer[m_end], static_cast<std::streamsize>(std::min(room, count)));
-    const auto added = static_cast<std::size_t>(source.gcount());
+std::size_t stream_scanner::fill(int file, unsigned long position, std::size_t count) {
+    const std::size_t wanted = std::min(m_last - m_end, count);
+    std::size_t added = 0;
+    while (added < wanted) {
+        const ssize_t read = ::pread(file, &m_buffer[m_end + added], wanted - added,
+                                     static_cast<off_t>(position + added));
+        if (read == 0 || (read < 0 && errno != EINTR))
+            break;
+        if (read > 0)
+            added += static_cast<std::size_t>(read);
+    }
     m_end += added;
+    m_blocks.set_range(m_buffer.data(), m_buffer.data() + m_end);
     return added;
 }
 
@@ -175,17 +219,18 @@ void stream_scanner::skip_declaration() {
 // Contract: the cursor always moves back one byte, since callers advance over the last byte that
 // they took. If there is no name, the cursor is then one byte before the byte that is not a name
 // byte, and whitespace there is skipped and its line feeds are counted a second time.
-ustring8 stream_scanner::take_name() {
+piece stream_scanner::take_name() {
     skip_whitespace();
     const std::size_t begin = m_cursor;
     m_cursor = end_of_name(begin);
     // A name that reaches the end of the data may be incomplete. In `xml_parser` it is complete.
     if (at_end())
-        return ustring8();
-    ustring8 name(m_buffer.data() + begin, m_cursor - begin);
-    if (m_cursor != 0)
+        return piece();
+    const piece name(m_buffer.data() + begin, m_cursor - begin);
+    if (m_cursor != m_first)
         --m_cursor;
-    skip_whitespace();
+    if (name.empty())
+        skip_whitespace();
     return name;
 }
 
@@ -293,7 +338,7 @@ bool stream_scanner::take_value(ustring8& value) {
     while (!at_end()) {
         const std::size_t begin = m_cursor;
         m_cursor = end_of_plain_value(begin, quote);
-        value.append(m_buffer, begin, m_cursor - begin);
+        add(value, m_buffer.data() + begin, m_cursor - begin);
         if (at_end())
             break;
         if (byte() == quote)
@@ -312,20 +357,21 @@ bool stream_scanner::take_value(ustring8& value) {
 // `xml_parser` also ends a piece of text at two whitespace bytes and reports each piece; here a run
 // continues up to the next tag, and a reference is committed even if that tag has yet to arrive.
 bool stream_scanner::take_text(ustring8& text) {
-    const std::size_t tag = find('<', m_cursor, m_end);
-    while (m_cursor < tag) {
+    while (!at_end()) {
         const std::size_t begin = m_cursor;
-        m_cursor = find('&', begin, tag);
-        text.append(m_buffer, begin, m_cursor - begin);
-        if (m_cursor == tag)
+        m_cursor = end_of_plain_text(begin);
+        add(text, m_buffer.data() + begin, m_cursor - begin);
+        if (at_end())
             break;
+        if (byte() == '<')
+            return true;
         const ustring8 result = take_reference();
         if (result.empty())
             return false;
         text += result;
         ++m_cursor;
     }
-    return !at_end();
+    return false;
 }
 
 // Contract: two dashes without a `>` after them are an error, and three bytes are held back until
@@ -366,7 +412,7 @@ bool stream_scanner::find_start_tag(const std::list<ustring8>& names) {
         ++m_cursor;
         if (byte() == '/' || byte() == '!')
             continue;
-        const ustring8 name = take_name();
+        const ustring8 name = take_name().string();
         is_found = !name.empty() && std::find(names.begin(), names.end(), name) != names.end();
         if (!at_end())
             ++m_cursor;

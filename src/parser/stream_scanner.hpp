@@ -25,8 +25,10 @@
 #include <tova/parser/xml_stream_parser.hpp>
 #include <tova/strings/ustring.hpp>
 
+#include "parser/byte_blocks.hpp"
+#include "parser/piece.hpp"
+
 #include <cstddef>
-#include <istream>
 #include <list>
 
 namespace TOVA_2_18 {
@@ -35,10 +37,14 @@ namespace detail {
 
 class stream_scanner {
 public:
-    stream_scanner(strings::ustring8& buffer, std::size_t& cursor, std::size_t& committed,
-                   std::size_t& end, unsigned int& line, unsigned int& committed_line)
-        : m_buffer(buffer), m_cursor(cursor), m_committed(committed), m_end(end), m_line(line),
-          m_committed_line(committed_line) {}
+    /// A view of fields of the parser. `first` and `last` limit the part of the buffer that may
+    /// hold data; the other positions are in it, or one past the end of the data.
+    stream_scanner(strings::ustring8& buffer, std::size_t& first, std::size_t& last,
+                   std::size_t& cursor, std::size_t& committed, std::size_t& end,
+                   unsigned int& line, unsigned int& committed_line)
+        : m_buffer(buffer), m_first(first), m_last(last), m_cursor(cursor), m_committed(committed),
+          m_end(end), m_line(line), m_committed_line(committed_line),
+          m_blocks(buffer.data(), buffer.data() + end) {}
 
     /// @name The cursor
     /// @{
@@ -67,12 +73,12 @@ public:
 
     /// @name Adding data
     /// @{
-    /// If `needed` bytes do not fit after the end of the data: moves the bytes from the committed
-    /// position on to the front of the buffer, and the cursor to the committed position.
+    /// If `needed` bytes do not fit after the end of the data: drops the data before the committed
+    /// position, and moves the cursor there.
     void make_room(std::size_t needed);
-    /// Reads up to `count` bytes and appends them to the data, as far as there is room. Returns how
-    /// many.
-    std::size_t fill(std::istream& source, std::size_t count);
+    /// Reads up to `count` bytes from the position of a file and appends them to the data, as far
+    /// as there is room. Returns how many.
+    std::size_t fill(int file, unsigned long position, std::size_t count);
     /// @}
 
     /// @name Constructs
@@ -88,11 +94,11 @@ public:
 
     /// Skips whitespace and takes a name.
     ///
-    /// Stops on the name's last byte. Returns an empty string at the end of the data, which may
-    /// have cut the name, and also if there is no name; the cursor is then one byte before the byte
-    /// that is not a name byte, or on it if that is the first byte of the buffer or whitespace
-    /// precedes it.
-    strings::ustring8 take_name();
+    /// Stops on the name's last byte. Returns an empty name at the end of the data, which may have
+    /// cut the name, and also if there is no name; the cursor is then one byte before the byte that
+    /// is not a name byte, or on it if that is the first byte of the data or whitespace precedes
+    /// it. The name is valid until data is added.
+    piece take_name();
 
     /// Takes an entity or a character reference, stops on its `;`, commits there and returns its
     /// one byte. Returns an empty string if more data is needed. Throws `syntax_error`.
@@ -121,10 +127,11 @@ private:
     // The loops over single bytes. They examine no byte from `end` on and change nothing but their
     // results. The parser has no other such loops, so a vector form would only have to replace
     // these.
-    std::size_t end_of_whitespace(std::size_t begin, unsigned int& lines) const;
-    std::size_t end_of_name(std::size_t begin) const;
+    std::size_t end_of_whitespace(std::size_t begin, unsigned int& lines);
+    std::size_t end_of_name(std::size_t begin);
     std::size_t end_of_digits(std::size_t begin, bool hexadecimal) const;
-    std::size_t end_of_plain_value(std::size_t begin, char quote) const;
+    std::size_t end_of_plain_value(std::size_t begin, char quote);
+    std::size_t end_of_plain_text(std::size_t begin);
     std::size_t end_of_declaration(std::size_t begin) const;
     std::size_t find_two_dashes(std::size_t begin, std::size_t end, unsigned int& lines) const;
     std::size_t find(char wanted, std::size_t begin, std::size_t end) const;
@@ -134,11 +141,14 @@ private:
     strings::ustring8 take_character_reference();
 
     strings::ustring8& m_buffer;
+    std::size_t& m_first;
+    std::size_t& m_last;
     std::size_t& m_cursor;
     std::size_t& m_committed;
     std::size_t& m_end;
     unsigned int& m_line;
     unsigned int& m_committed_line;
+    byte_blocks m_blocks;  // of the data
 };
 
 }  // namespace detail

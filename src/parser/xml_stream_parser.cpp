@@ -106,13 +106,7 @@ unsigned long xml_stream_parser::parse_offset() {
 }
 
 unsigned long xml_stream_parser::file_length() {
-    std::ifstream file;
-    detail::open_for_reading(file, m_file_name);
-    if (!file.is_open())
-        return 0;
-    file.seekg(0, std::ios::end);
-    const std::streamoff end = file.tellg();
-    return end < 0 ? 0 : static_cast<unsigned long>(end);
+    return detail::length_of_file(m_file_name);
 }
 
 bool xml_stream_parser::node_queue_empty() const {
@@ -129,8 +123,19 @@ xml_stream_parser::node& xml_stream_parser::node_queue_front() {
     return m_queue.front();
 }
 
+// The nodes are enough for most calls; only if the queue runs low, the parser goes on.
 xml_stream_parser::node xml_stream_parser::node_queue_pop() {
-    return machine(*this).node_queue_pop();
+    if (m_queue.empty())
+        throw EmptyNodeQueue();
+    node first = detail::stream_nodes(m_queue, m_open_elements, m_open_names, m_next_id, m_open_ids,
+                                      m_attribute_names)
+                     .take_first();
+    // Contract: the node is removed, while `node_queue_front` leaves it in the queue.
+    if (!first.ready)
+        throw EmptyNodeQueue();
+    if (m_status <= out_of_data && node_queue_empty())
+        do_parse();
+    return first;
 }
 
 bool xml_stream_parser::queue_size_less_than(unsigned int count) {
@@ -152,7 +157,7 @@ bool xml_stream_parser::finish_comment() {
 }
 
 ustring8 xml_stream_parser::parse_name() {
-    return machine(*this).scanner().take_name();
+    return machine(*this).scanner().take_name().string();
 }
 
 ustring8 xml_stream_parser::parse_entity() {
@@ -164,7 +169,7 @@ ustring8 xml_stream_parser::parse_attrib_value() {
 }
 
 void xml_stream_parser::new_node(const ustring8& name, error_type type, bool ready) {
-    machine(*this).nodes().open(name, type, ready, m_line);
+    machine(*this).nodes().open(detail::piece(name), type, ready, m_line);
 }
 
 void xml_stream_parser::close_tag(std::list<node>::iterator position) {
@@ -172,7 +177,7 @@ void xml_stream_parser::close_tag(std::list<node>::iterator position) {
 }
 
 void xml_stream_parser::end_of_open_node(const ustring8& name, error_type type) {
-    machine(*this).nodes().append_end(name, type, m_line);
+    machine(*this).nodes().append_end(detail::piece(name), type, m_line);
 }
 
 }  // namespace parser

@@ -192,7 +192,7 @@ private:
     void end_of_open_node(const strings::ustring8& name, error_type type);
 
     strings::ustring8 m_file_name;
-    std::ifstream m_file;  // open within `load` only
+    std::ifstream m_file;  // never open; keeps its place in the layout
     strings::ustring8 m_buffer;
     strings::ustring8 m_root;
     unsigned long m_file_position;  // the number of bytes read so far
@@ -200,12 +200,13 @@ private:
     // Positions in the buffer, as offsets and not as pointers or iterators: they stay valid when
     // the buffer's bytes move to its front, they subtract and compare with file positions, and the
     // cursor and the committed position may be one past the end of the data, over a byte that has
-    // yet to arrive. As offsets the last two never change; they keep their place in the layout.
+    // yet to arrive. The last two limit the 65536 bytes that may hold data, which move on in the
+    // buffer as data is dropped.
     std::size_t m_cursor;
     std::size_t m_committed;
     std::size_t m_end;
-    std::size_t m_first;  // 0
-    std::size_t m_last;   // one past the last byte, 65536
+    std::size_t m_first;
+    std::size_t m_last;
     bool m_in_tag;
     bool m_expect_close;  // the `>` of an end tag is due
     bool m_in_comment;
