@@ -89,11 +89,11 @@ inline std::string expected_message(const tova_programs::xmc::verdict& expected,
 // The first difference for one locale, or the empty string.
 inline std::string difference_for(const tova_programs::xmc::document& file,
                                   const std::string& locale) {
-    using namespace tova_programs::xmc;
+    namespace xmc = tova_programs::xmc;
     xmc_file_loader loader;
     loader.handle_language(locale);
-    const verdict expected =
-        verdict_of(file.tokens(), [&](std::string_view, std::string_view lang) {
+    const xmc::verdict expected =
+        xmc::verdict_of(file.tokens(), [&](std::string_view, std::string_view lang) {
             return loader.is_lang_id_good(std::string(lang));
         });
     const load_error actual = loader.parse_string(file.bytes() + '\0', "f");
@@ -118,10 +118,10 @@ inline std::string difference_for(const tova_programs::xmc::document& file,
 
 // The first difference, or the empty string. Files that include others are compared up to there.
 inline std::string difference(const std::string& bytes) {
-    using namespace tova_programs::xmc;
-    const document file("f", bytes);
+    namespace xmc = tova_programs::xmc;
+    const xmc::document file("f", bytes);
     std::set<std::string> locales = {"en", "de_AT"};
-    for (const catalog& each : file.catalogs())
+    for (const xmc::catalog& each : file.catalogs())
         if (locales.size() < 6 && !each.locale.empty())
             locales.insert(std::string(each.locale));
     for (const std::string& locale : locales) {
@@ -131,12 +131,12 @@ inline std::string difference(const std::string& bytes) {
     }
 
     // An error is found if and only if the loader refuses the file when it reads every catalog.
-    const verdict all = verdict_of(file.tokens(), [](auto, auto) { return true; });
+    const xmc::verdict all = xmc::verdict_of(file.tokens(), [](auto, auto) { return true; });
     const bool has_error =
-        std::any_of(file.problems().begin(), file.problems().end(), [](const problem& each) {
-            return rules().find(each.rule)->level == tova_programs::severity::error;
+        std::any_of(file.problems().begin(), file.problems().end(), [](const xmc::problem& each) {
+            return xmc::rules().find(each.rule)->level == tova_programs::severity::error;
         });
-    if (has_error != (all.kind != load_kind::no_error))
+    if (has_error != (all.kind != xmc::load_kind::no_error))
         return has_error ? "an error is reported, but the loader accepts the file"
                          : "no error is reported, but the loader says kind " +
                                std::to_string(int(all.kind)) + " " + all.subject;

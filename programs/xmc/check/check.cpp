@@ -1,0 +1,229 @@
+#include "xmc/check/check.hpp"
+
+#include "support/exit_code.hpp"
+#include "support/line_diff.hpp"
+#include "support/progress.hpp"
+#include "support/text_file.hpp"
+#include "xmc/check/include_graph.hpp"
+#include "xmc/check/lint.hpp"
+#include "xmc/check/message_index.hpp"
+#include "xmc/model/files.hpp"
+#include "xmc/rules.hpp"
+#include "xmc/scanner/verdict.hpp"
+#include "xmc/version.hpp"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <utility>
+
+// A check has two parts. Each file is read once: its own findings are kept, its messages go into
+// the index, and its includes into the graph; files that it includes join the end of the list.
+// Afterwards the index and the graph find what no file shows by itself.
+
+namespace tova_programs::xmc {
+
+namespace {
+
+bool is_link(const std::string& path) {
+    struct stat status;
+    return ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+bool is_file(const std::string& path) {
+    struct stat status;
+    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+class checker {
+public:
+    explicit checker(const check_options& options)
+        : m_options(options), m_report("tova-xmc", version, rules()) {}
+
+    report run() {
+        std::vector<std::string> files = catalog_files(m_options.paths);
+        for (const std::string& path : m_options.paths)
+            m_graph.add_root(path);
+        std::set<std::string> known;
+        for (const std::string& file : files)
+            known.insert(canonical_path(file));
+        {
+            progress shown(STDERR_FILENO, "checking", files.size());
+            for (std::size_t i = 0; i < files.size(); ++i) {
+                const std::string file = files[i];  // the list grows
+                check_file(file, files, known);
+                shown.step();
+            }
+        }
+        for (finding& found : m_index.findings(m_options.reference))
+            add(std::move(found));
+        for (finding& found : m_graph.findings())
+            add(std::move(found));
+        m_report.sort();
+        return std::move(m_report);
+    }
+
+private:
+    bool is_wanted(const finding& found) const {
+        const auto names = [&found](const std::vector<std::string>& list) {
+            return std::find(list.begin(), list.end(), found.broken_rule->id) != list.end();
+        };
+        return !names(m_options.ignored) && (m_options.only.empty() || names(m_options.only));
+    }
+
+    void add(finding found) {
+        if (is_wanted(found))
+            m_report.add(std::move(found));
+    }
+
+    void check_file(const std::string& path, std::vector<std::string>& files,
+                    std::set<std::string>& known) {
+        if (is_link(path)) {
+            finding found(*rules().find("file-link"), path, 0, 0);
+            found.text = "a symbolic link is not read";
+            m_graph.add_file(path, {}, true);
+            add(std::move(found));
+            return;
+        }
+        const document file(path, read_file(path));
+        bool has_error = false;
+        for (finding& found : findings_of(file)) {
+            has_error = has_error || found.level == severity::error;
+            add(std::move(found));
+        }
+        m_index.add(file);
+        std::vector<include_graph::edge> edges;
+        const line_index lines(file.bytes());
+        for (const include& each : file.includes()) {
+            if (each.file.empty())
+                continue;
+            include_graph::edge edge;
+            edge.target = included_path(path, each.file);
+            edge.name = each.file;
+            edge.bytes = each.bytes;
+            edge.place = finding(*rules().find("include-missing"), path, each.bytes.begin,
+                                 each.bytes.size());
+            place_finding(edge.place, lines);
+            edge.is_readable = is_file(edge.target) && !is_link(edge.target);
+            if (edge.is_readable && known.insert(canonical_path(edge.target)).second)
+                files.push_back(edge.target);
+            edges.push_back(std::move(edge));
+        }
+        m_graph.add_file(path, std::move(edges), has_error);
+    }
+
+    const check_options& m_options;
+    report m_report;
+    message_index m_index;
+    include_graph m_graph;
+};
+
+finding finding_of(const document& file, const problem& each, const line_index& lines) {
+    finding found(*rules().find(each.rule), file.path(), each.bytes.begin, each.bytes.size());
+    found.text = each.text;
+    if (each.message != problem::no_message)
+        found.subject = file.messages()[each.message].name;
+    for (const auto& replacement : each.fix)
+        found.edits.push_back(
+            {replacement.first.begin, replacement.first.size(), replacement.second});
+    place_finding(found, lines);
+    return found;
+}
+
+// Applies the certain fixes to each file, or shows what would change.
+void fix_files(const report& found, const check_command& command, std::ostream& out,
+               std::ostream& errors, const style& colors) {
+    std::map<std::string, std::vector<const finding*>> by_file;
+    for (const finding& each : found.findings())
+        if (!each.edits.empty())
+            by_file[each.file].push_back(&each);
+    for (const auto& file : by_file) {
+        const std::string before = read_file(file.first);
+        std::string after = before;
+        const std::size_t count = apply_fixes(after, file.second);
+        if (command.is_dry_run) {
+            write_line_diff(out, before, after, file.first, file.first, colors);
+            continue;
+        }
+        write_file(file.first, after);
+        errors << file.first << ": " << count << (count == 1 ? " fix\n" : " fixes\n");
+    }
+}
+
+bool fails(const report& found, const std::string& level) {
+    if (level == "never")
+        return false;
+    return found.has(level == "error"     ? severity::error
+                     : level == "warning" ? severity::warning
+                                          : severity::note);
+}
+
+int explain_rule(const std::string& id, std::ostream& out, std::ostream& errors,
+                 const style& colors) {
+    const rule_list all = rules();
+    const rule* const found = all.find(id);
+    if (found == nullptr) {
+        errors << "tova-xmc: there is no rule \"" << id << "\"; check --list-rules shows them\n";
+        return exit_usage;
+    }
+    explain(out, *found, colors);
+    return exit_clean;
+}
+
+}  // namespace
+
+std::vector<finding> findings_of(const document& file) {
+    const line_index lines(file.bytes());
+    std::vector<finding> result;
+    bool has_error = false;
+    for (const problem& each : lint(file)) {
+        result.push_back(finding_of(file, each, lines));
+        has_error = has_error || result.back().level == severity::error;
+    }
+    if (has_error)
+        return result;
+    // The rules are meant to cover all that the loader refuses. Should one be missing, its own
+    // words are better than silence.
+    const verdict all = verdict_of(file.tokens(), [](auto, auto) { return true; });
+    if (all.kind != load_kind::no_error) {
+        finding found(*rules().find("unknown-element"), file.path(), all.bytes.begin,
+                      all.bytes.size());
+        found.text = "the loader refuses the file here: \"" + all.subject + '"';
+        place_finding(found, lines);
+        result.push_back(std::move(found));
+    }
+    return result;
+}
+
+report check(const check_options& options) {
+    return checker(options).run();
+}
+
+int run_check(const check_command& command, std::ostream& out, std::ostream& errors,
+              const style& colors) {
+    if (command.lists_rules) {
+        for (const rule& each : rules())
+            out << each.id << " (" << name_of(each.level) << "): " << each.summary << '\n';
+        return exit_clean;
+    }
+    if (!command.explained.empty())
+        return explain_rule(command.explained, out, errors, colors);
+    if (command.check.paths.empty()) {
+        errors << "tova-xmc: check needs a file or a folder\n";
+        return exit_usage;
+    }
+    report found = check(command.check);
+    if (command.fixes) {
+        fix_files(found, command, out, errors, colors);
+        if (!command.is_dry_run)
+            found = check(command.check);
+    }
+    if (!command.fixes || !command.is_dry_run)
+        found.write(out, command.format, colors);
+    return fails(found, command.fail_on) ? exit_findings : exit_clean;
+}
+
+}  // namespace tova_programs::xmc

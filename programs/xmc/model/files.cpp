@@ -1,0 +1,78 @@
+#include "xmc/model/files.hpp"
+
+#include "support/text_file.hpp"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
+namespace tova_programs::xmc {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void add_folder(const fs::path& folder, std::vector<std::string>& files) {
+    std::vector<fs::path> entries;
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(folder, ignored))
+        entries.push_back(entry.path());
+    std::sort(entries.begin(), entries.end());
+    for (const fs::path& entry : entries) {
+        // Links between folders may form a cycle, which ends where the path is too long.
+        if (fs::is_directory(entry, ignored))
+            add_folder(entry, files);
+        else if (fs::exists(entry, ignored) && has_catalog_extension(entry.native()))
+            files.push_back(entry.native());
+    }
+}
+
+}  // namespace
+
+bool has_catalog_extension(std::string_view path) {
+    if (path.size() < 4)
+        return false;
+    std::string end(path.substr(path.size() - 4));
+    for (char& c : end)
+        c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    return end == ".xmc" || end == ".xml";
+}
+
+std::vector<std::string> catalog_files(const std::vector<std::string>& paths) {
+    std::vector<std::string> files;
+    for (const std::string& path : paths) {
+        std::error_code error;
+        if (fs::is_directory(path, error))
+            add_folder(path, files);
+        else if (fs::exists(path, error))
+            files.push_back(path);
+        else
+            throw file_error(path + ": No such file or directory");
+    }
+    std::set<std::string> seen;
+    files.erase(std::remove_if(files.begin(), files.end(),
+                               [&seen](const std::string& file) {
+                                   return !seen.insert(canonical_path(file)).second &&
+                                          !fs::is_symlink(file);
+                               }),
+                files.end());
+    return files;
+}
+
+std::string included_path(std::string_view includer, std::string_view name) {
+    // Separators and drive letters of all systems are recognized, as the loader does.
+    if (name[0] == '/' || name[0] == '\\' || (name.size() >= 3 && name[1] == ':'))
+        return std::string(name);
+    const auto separator = includer.find_last_of("\\/");
+    if (separator == includer.npos)
+        return std::string(name);
+    return std::string(includer.substr(0, separator + 1)) += name;
+}
+
+std::string canonical_path(const std::string& path) {
+    std::error_code error;
+    const fs::path result = fs::weakly_canonical(path, error);
+    return error ? path : result.native();
+}
+
+}  // namespace tova_programs::xmc
