@@ -15,6 +15,8 @@
 #include <tova/extras/data_file.hpp>
 #include <tova/extras/dates.hpp>
 #include <tova/extras/errors.hpp>
+#include <tova/extras/follow.hpp>
+#include <tova/extras/follow_event.hpp>
 #include <tova/extras/format.hpp>
 #include <tova/extras/hash.hpp>
 #include <tova/extras/plural.hpp>
