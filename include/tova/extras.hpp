@@ -19,6 +19,7 @@
 #include <tova/extras/follow_event.hpp>
 #include <tova/extras/format.hpp>
 #include <tova/extras/hash.hpp>
+#include <tova/extras/options.hpp>
 #include <tova/extras/plural.hpp>
 #include <tova/extras/stream.hpp>
 #include <tova/extras/variants.hpp>
