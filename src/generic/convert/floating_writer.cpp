@@ -248,6 +248,20 @@ std::size_t write_six_digits(char* text, long double value) {
                                 : static_cast<std::size_t>(size);
 }
 
+// fraction * scale / 2^shift as an integer, rounded half to even. `Product` holds twice the
+// product: 64 bits do for a fraction below 2^53 and a scale of 1000. With a scale of 1, which
+// leaves no digits, a tie goes by the last digit of the integer.
+template <typename Product>
+inline unsigned long rounded_fraction(unsigned long fraction, unsigned long scale, int shift,
+                                      unsigned long integer) {
+    const Product scaled = static_cast<Product>(fraction) * scale;
+    const Product one = static_cast<Product>(1) << shift;
+    const Product rest = scaled & (one - 1);
+    const unsigned long digits = static_cast<unsigned long>(scaled >> shift);
+    const unsigned long last = scale == 1 ? integer : digits;
+    return digits + (2 * rest > one || (2 * rest == one && (last & 1) != 0) ? 1 : 0);
+}
+
 std::size_t write_fixed(char* text, double value, int decimals) {
     const binary parts = parts_of(value);
     if (decimals < 0 || decimals > most_exact_digits || parts.exponent > 10 || !rounds_to_nearest())
@@ -267,13 +281,9 @@ std::size_t write_fixed(char* text, double value, int decimals) {
     }
 
     const unsigned long scale = small_powers[decimals];
-    const uint128 scaled = static_cast<uint128>(fraction) * scale;
-    const uint128 one = static_cast<uint128>(1) << shift;
-    const uint128 rest = scaled & (one - 1);
-    unsigned long digits = static_cast<unsigned long>(scaled >> shift);
-    const unsigned long last = decimals == 0 ? integer : digits;
-    if (2 * rest > one || (2 * rest == one && (last & 1) != 0))
-        ++digits;
+    unsigned long digits = shift <= 53 && decimals <= 3
+                               ? rounded_fraction<unsigned long>(fraction, scale, shift, integer)
+                               : rounded_fraction<uint128>(fraction, scale, shift, integer);
     if (digits == scale) {
         digits = 0;
         ++integer;
@@ -285,7 +295,10 @@ std::size_t write_fixed(char* text, double value, int decimals) {
     out += write_decimal(out, integer);
     if (decimals != 0) {
         *out++ = '.';
-        write_padded(out, digits, decimals);
+        if (decimals == 2)
+            store_pair(out, static_cast<unsigned>(digits));
+        else
+            write_padded(out, digits, decimals);
         out += decimals;
     }
     return static_cast<std::size_t>(out - text);

@@ -182,76 +182,64 @@ template <typename Result>
 using magnitude_of = typename std::conditional<sizeof(Result) <= sizeof(unsigned int), unsigned int,
                                                unsigned long>::type;
 
-// The first 16 characters of a decimal number, eight at a time, as nearly every string begins: an
-// optional minus, and a digit that opens no prefix.
-struct decimal_start {
-    bool negative;
-    bool complete;         // no digit follows
-    unsigned long length;  // characters read
-    unsigned long value;   // below 10^16
-};
+// The rest of a decimal number, after eight digits that give `number`. Returns whether the value is
+// at most the limit. It is a function of its own, and not inlined, because most numbers are
+// shorter.
+__attribute__((noinline)) bool read_more_digits(const char* text, unsigned long length,
+                                                unsigned long limit, unsigned long& number) {
+    const unsigned long second = detail::load_up_to_eight(text, length);
+    const int more = detail::count_digits(second);
+    number = number * detail::small_powers[more] + detail::leading_digits(second, more);
+    bool fits = number <= limit;
+    if (more != 8)
+        return fits;
+    for (unsigned long i = 8; fits && i != length; ++i) {
+        const long digit = digit_value(static_cast<long>(text[i]), 10);
+        if (digit < 0)
+            break;
+        const unsigned long added = static_cast<unsigned long>(digit);
+        fits = number < limit / 10 || (number == limit / 10 && added <= limit % 10);
+        number = number * 10 + added;
+    }
+    return fits;
+}
 
-// False for a string that begins in another way.
-inline bool read_decimal_start(const char* text, unsigned long length, long radix,
-                               decimal_start& start) {
+// Reads the whole number if it is a decimal one that begins as nearly every string does: with an
+// optional minus, and a digit that opens no prefix. Sets `fits` to whether its value is at most the
+// limit of its sign. False if the number begins in another way.
+template <typename Magnitude>
+inline bool read_decimal(const char* text, unsigned long length, long radix,
+                         Magnitude positive_limit, Magnitude negative_limit, bool& negative,
+                         Magnitude& value, bool& fits) {
     if (length == 0)
         return false;
-    start.negative = *text == '-';
-    const unsigned long sign = start.negative ? 1 : 0;
-    if (length == sign)
-        return false;
+    negative = *text == '-';
+    const unsigned long sign = negative ? 1 : 0;
     const unsigned long left = length - sign;
-    const unsigned first_digit = static_cast<unsigned>(text[sign]) - '0';
+    if (left == 0)
+        return false;
+    text += sign;
+    const unsigned first_digit = static_cast<unsigned>(*text) - '0';
     if (radix == radix_t::decimal ? first_digit > 9
                                   : first_digit - 1 > 8 || radix != radix_t::detect)
         return false;
 
-    const unsigned long first = detail::load_up_to_eight(text + sign, left);
+    const unsigned long limit = negative ? negative_limit : positive_limit;
+    const unsigned long first = detail::load_up_to_eight(text, left);
     const int count = detail::count_digits(first);
-    start.value = detail::leading_digits(first, count);
-    if (count != 8) {
-        start.complete = true;
-        return true;
-    }
-    const unsigned long second = detail::load_up_to_eight(text + sign + 8, left - 8);
-    const int more = detail::count_digits(second);
-    start.value = start.value * detail::small_powers[more] + detail::leading_digits(second, more);
-    start.length = sign + 16;
-    start.complete = more != 8 || left == 16;
+    unsigned long number = detail::leading_digits(first, count);
+    fits = number <= limit;
+    if (count == 8 && left != 8)
+        fits = read_more_digits(text + 8, left - 8, limit, number);
+    value = static_cast<Magnitude>(number);
     return true;
 }
 
 // Only bytes are read eight at a time.
-template <typename Unit>
-inline bool read_decimal_start(const Unit*, unsigned long, long, decimal_start&) {
-    return false;
-}
-
-// Reads the whole number if it is a decimal one. Sets `fits` to whether its value is at most the
-// limit of its sign. False if the number begins in another way.
 template <typename Magnitude, typename Unit>
-inline bool read_decimal(const Unit* text, unsigned long length, long radix,
-                         Magnitude positive_limit, Magnitude negative_limit, bool& negative,
-                         Magnitude& value, bool& fits) {
-    decimal_start start;
-    if (!read_decimal_start(text, length, radix, start))
-        return false;
-    negative = start.negative;
-    const unsigned long limit = negative ? negative_limit : positive_limit;
-    unsigned long number = start.value;
-    fits = number <= limit;
-    if (!start.complete) {
-        for (unsigned long i = start.length; fits && i != length; ++i) {
-            const long digit = digit_value(static_cast<long>(text[i]), 10);
-            if (digit < 0)
-                break;
-            const unsigned long added = static_cast<unsigned long>(digit);
-            fits = number < limit / 10 || (number == limit / 10 && added <= limit % 10);
-            number = number * 10 + added;
-        }
-    }
-    value = static_cast<Magnitude>(number);
-    return true;
+inline bool read_decimal(const Unit*, unsigned long, long, Magnitude, Magnitude, bool&, Magnitude&,
+                         bool&) {
+    return false;
 }
 
 template <typename Result, typename Unit>

@@ -1,11 +1,10 @@
-// Integers in the usual radix are written eight digits at a time (decimal_digits.hpp), the others
-// digit by digit from the last one.
+// Integers in the usual radix are written in pairs and eights of digits (decimal_digits.hpp), the
+// others digit by digit from the last one.
 #include <tova/generic/convert/x_to_str.hpp>
 
 #include "generic/convert/decimal_digits.hpp"
 
 #include <algorithm>
-#include <cstring>
 
 namespace TOVA_2_18 {
 namespace generic {
@@ -25,40 +24,9 @@ inline Unit* write_reversed(Value value, Unit* end, Value radix) {
     return end;
 }
 
-// Stores the first `size` bytes of the word, 2 to 8, and none after them: the caller's buffer may
-// end there.
-inline void store_exactly(char* text, unsigned long word, int size) {
-    if (size >= 4) {
-        std::memcpy(text, &word, 4);
-        word >>= 8 * (size - 4);
-        std::memcpy(text + size - 4, &word, 4);
-    } else {
-        std::memcpy(text, &word, 2);
-        text[size - 1] = static_cast<char>(word >> (8 * (size - 1)));
-    }
-}
-
-// The digits and the terminator.
+// The digits and the terminator, and nothing after them: the caller's buffer may end there.
 inline void write_decimal_string(unsigned long value, char* text) {
-    if (value >= detail::hundred_million) {
-        // The first digits are stored as eight characters, of which the next eight overwrite the
-        // rest.
-        char* const last = text + detail::write_decimal(text, value / detail::hundred_million);
-        detail::store_eight(last, detail::digit_values(value % detail::hundred_million) |
-                                      detail::ascii_zeros);
-        last[8] = '\0';
-        return;
-    }
-    const unsigned long values = detail::digit_values(value);
-    const int zeros = value == 0 ? 7 : __builtin_ctzl(values) / 8;
-    // Zero bytes move in at the top, and the first of them is the terminator.
-    const unsigned long digits = (values | detail::ascii_zeros) >> (8 * zeros);
-    if (zeros != 0) {
-        store_exactly(text, digits, 9 - zeros);
-    } else {
-        detail::store_eight(text, digits);
-        text[8] = '\0';
-    }
+    *detail::write_digits_of(text, value) = '\0';
 }
 
 template <typename Unit>
@@ -84,15 +52,22 @@ inline void write_unsigned(Value value, Unit* first, unsigned int radix) {
 // The magnitude is unsigned, so the smallest value has one, too.
 template <typename Value, typename Signed, typename Unit>
 void write_signed(Signed value, Unit* buffer, unsigned int radix) {
-    Value magnitude = static_cast<Value>(value);
-    if (value < 0) {
-        *buffer++ = '-';
-        magnitude = 0 - magnitude;
-    }
-    write_unsigned(magnitude, buffer, radix);
+    // Without a branch, as signs are hard to predict: the first digit overwrites a sign too many.
+    const Value sign = value < 0 ? 1 : 0;
+    *buffer = '-';
+    write_unsigned((static_cast<Value>(value) ^ (0 - sign)) + sign, buffer + sign, radix);
 }
 
 }  // namespace
+
+// clang-format off
+const char detail::digit_pairs[201] =
+    "0001020304050607080910111213141516171819"
+    "2021222324252627282930313233343536373839"
+    "4041424344454647484950515253545556575859"
+    "6061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+// clang-format on
 
 void ltoa(int value, char* buffer, unsigned int radix) {
     write_signed<unsigned int>(value, buffer, radix);
