@@ -31,6 +31,7 @@
 #include "generic/convert/decimal_digits.hpp"
 #include "generic/convert/floating_writer.hpp"
 #include "generic/convert/number_locale.hpp"
+#include "generic/convert/number_string.hpp"
 #include "generic/convert/streamed.hpp"
 #include "generic/convert/truth_words.hpp"
 #include "types/truncate.hpp"
@@ -97,7 +98,10 @@ struct integer_conversions {
     }
     static bool boolean(T value) { return value != 0; }
 
-    static ustring8 utf8(T value) { return decimal<ustring8>(value); }
+    static ustring8 utf8(T value) {
+        typedef typename std::conditional<std::is_signed<T>::value, long, unsigned long>::type wide;
+        return convert::detail::decimal_string(static_cast<wide>(value));
+    }
     static ustring16 utf16(T value) { return decimal<ustring16>(value); }
     static ustring32 utf32(T value) { return decimal<ustring32>(value); }
     static std::wstring wide(T value) { return decimal<std::wstring>(value); }
@@ -173,7 +177,13 @@ private:
             return String(convert::detail::streamed<Stream>(value));
         char text[convert::detail::max_general_size];
         const std::size_t size = write_classic(text, value);
-        return String(text, text + size);
+        return string_of(text, size, static_cast<String*>(nullptr));
+    }
+    static ustring8 string_of(const char* text, std::size_t size, ustring8*) {
+        return convert::detail::string_of(text, size);
+    }
+    static std::wstring string_of(const char* text, std::size_t size, std::wstring*) {
+        return std::wstring(text, text + size);
     }
 };
 

@@ -206,11 +206,12 @@ __attribute__((noinline)) bool read_more_digits(const char* text, unsigned long 
 
 // Reads the whole number if it is a decimal one that begins as nearly every string does: with an
 // optional minus, and a digit that opens no prefix. Sets `fits` to whether its value is at most the
-// limit of its sign. False if the number begins in another way.
+// limit of its sign. False if the number begins in another way. Inlined, so that the results need
+// no memory.
 template <typename Magnitude>
-inline bool read_decimal(const char* text, unsigned long length, long radix,
-                         Magnitude positive_limit, Magnitude negative_limit, bool& negative,
-                         Magnitude& value, bool& fits) {
+__attribute__((always_inline)) inline bool
+read_decimal(const char* text, unsigned long length, long radix, Magnitude positive_limit,
+             Magnitude negative_limit, bool& negative, Magnitude& value, bool& fits) {
     if (length == 0)
         return false;
     negative = *text == '-';

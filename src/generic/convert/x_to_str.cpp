@@ -3,6 +3,7 @@
 #include <tova/generic/convert/x_to_str.hpp>
 
 #include "generic/convert/decimal_digits.hpp"
+#include "generic/convert/number_string.hpp"
 
 #include <algorithm>
 
@@ -123,8 +124,7 @@ strings::ustring8 to_str<char>(const char& value) {
 }
 
 strings::ustring8 to_str(unsigned int value) {
-    char digits[detail::max_decimal_size];
-    return strings::ustring8(digits, detail::write_decimal(digits, value));
+    return detail::decimal_string(static_cast<unsigned long>(value));
 }
 
 }  // namespace convert

@@ -1,6 +1,7 @@
 #include <tova/generic/convert/x_to_str.hpp>
 
 #include <tova/generic/convert/str_to_x.hpp>
+#include <tova/types/variant.hpp>
 
 #include "support/child_process.hpp"
 #include "support/failing_allocation.hpp"
@@ -13,6 +14,7 @@
 #include <climits>
 #include <csignal>
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -207,6 +209,43 @@ TEST(ToStr, ReturnsTheDigitsOfAnUnsignedInt) {
     EXPECT_EQ("0", to_str(0u));
     EXPECT_EQ("42", to_str(42u));
     EXPECT_EQ("4294967295", to_str(4294967295u));
+}
+
+// The plain form of the digits: one after the other, from the last.
+std::string plain_digits(unsigned long magnitude, bool negative) {
+    std::string digits;
+    do {
+        digits.insert(digits.begin(), static_cast<char>('0' + magnitude % 10));
+        magnitude /= 10;
+    } while (magnitude != 0);
+    return negative ? '-' + digits : digits;
+}
+
+// Each number of up to five digits, and numbers of every length in bits, with both signs.
+TEST(DecimalDigits, AreThoseOfThePlainForm) {
+    std::vector<unsigned long> magnitudes;
+    for (unsigned long number = 0; number != 100000; ++number)
+        magnitudes.push_back(number);
+    for (unsigned long power = 1, digits = 1; digits <= 20; power *= 10, ++digits)
+        magnitudes.insert(magnitudes.end(), {power - 1, power, power + 1});
+    std::mt19937_64 random(1);
+    for (int i = 0; i != 200000; ++i)
+        magnitudes.push_back(random() >> (i % 64));
+    for (const unsigned long magnitude : magnitudes) {
+        const long number = static_cast<long>(magnitude);
+        char text[30];
+        ulltoa(magnitude, text, 10);
+        ASSERT_EQ(plain_digits(magnitude, false), text);
+        ASSERT_EQ(text, tova::types::variant(magnitude).as_string());
+        lltoa(number, text, 10);
+        ASSERT_EQ(plain_digits(number < 0 ? 0 - magnitude : magnitude, number < 0), text);
+        ASSERT_EQ(text, tova::types::variant(number).as_string());
+        const unsigned int narrow = static_cast<unsigned int>(magnitude);
+        ASSERT_EQ(plain_digits(narrow, false), to_str(narrow));
+        lltoa(static_cast<long>(0 - magnitude), text, 10);
+        const bool is_negative = static_cast<long>(0 - magnitude) < 0;
+        ASSERT_EQ(plain_digits(is_negative ? magnitude : 0 - magnitude, is_negative), text);
+    }
 }
 
 TEST(ToStr, StreamsAnyOtherValue) {
