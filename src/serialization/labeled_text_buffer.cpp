@@ -110,9 +110,18 @@ private:
     void put(char byte) { m_bytes[--m_begin] = byte; }
 
     void put_length(std::size_t length) {
+        put(detail::item_separator);
+        if (length < 10) {
+            put(static_cast<char>('0' + length));
+            return;
+        }
+        if (length < 100) {
+            m_begin -= 2;
+            generic::convert::detail::store_pair(&m_bytes[m_begin], static_cast<unsigned>(length));
+            return;
+        }
         char digits[generic::convert::detail::max_decimal_size];
         const std::size_t size = generic::convert::detail::write_decimal(digits, length);
-        put(detail::item_separator);
         m_begin -= size;
         std::memcpy(&m_bytes[m_begin], digits, size);
     }

@@ -1,10 +1,9 @@
 // Values are appended as their bytes in host order, and decoded at the read position. The only
 // check in a read is `at_end`: the position may go past the end, and everything read from there on
 // is 0, empty or null. If the end of the content cuts a value off, the missing bytes are 0; memory
-// outside the content is never read.
+// outside the content is never read. The functions that append are in serialize_binary_append.cpp.
 #include <tova/serialization/serialize_binary_buf.hpp>
 
-#include "serialization/append_bytes.hpp"
 #include "serialization/contents.hpp"
 
 #include <algorithm>
@@ -43,43 +42,27 @@ Value read_fixed(const serialize_buffer& buffer, const std::string& text, std::s
     return value;
 }
 
-// Reads the bytes of a string or nested buffer. Returns false at the end, and also if nothing
-// follows the length field; the length is not used then.
-bool read_bytes(const serialize_buffer& buffer, const std::string& text, std::size_t& position,
-                std::string& bytes) {
+// The bytes of a string or nested buffer, a part of the content; null at the end, and also if
+// nothing follows the length field, whose value is not used then.
+struct byte_range {
+    const char* begin;
+    std::size_t size;
+};
+
+byte_range read_range(const serialize_buffer& buffer, const std::string& text,
+                      std::size_t& position) {
     if (buffer.at_end())
-        return false;
+        return {nullptr, 0};
     const std::size_t length = decode<unsigned int>(text, position);
     position += length_size;
     if (buffer.at_end())
-        return false;
-    bytes = text.substr(position, length);
+        return {nullptr, 0};
+    if (position > text.size())
+        text.substr(position);  // raises `std::out_of_range`: a derived class found no end
+    const byte_range bytes = {text.data() + position, std::min(length, text.size() - position)};
     // Contract: the position moves by the length field, not by the number of bytes present.
     position += length;
-    return true;
-}
-
-// The bytes in host order, as the functions of binary.hpp have them, without a string of their own.
-// They are copied first: the value may be part of the content.
-template <typename Value>
-void append_fixed(std::string& text, const Value& value) {
-    static_assert(sizeof value == 2 || sizeof value == 4 || sizeof value == 8, "");
-    char bytes[sizeof value];
-    std::memcpy(bytes, &value, sizeof value);
-    if (sizeof value == 2)
-        detail::append_two(text, bytes);
-    else if (sizeof value == 4)
-        detail::append_four(text, bytes);
-    else
-        detail::append_eight(text, bytes);
-}
-
-void append_bytes(std::string& text, const std::string& bytes) {
-    // The bytes may be the content itself, to which the length field is appended first.
-    const std::size_t length = bytes.size();
-    // Contract: the field keeps the low 32 bits of the size.
-    append_fixed(text, static_cast<unsigned int>(length));
-    text.append(bytes, 0, length);
+    return bytes;
 }
 
 }  // namespace
@@ -128,54 +111,6 @@ const std::string& serialize_binary_buf::as_str() const {
     return m_text;
 }
 
-void serialize_binary_buf::append_int8(const signed char& value) {
-    m_text.push_back(static_cast<char>(value));
-}
-
-void serialize_binary_buf::append_int16(const short& value) {
-    append_fixed(m_text, value);
-}
-
-void serialize_binary_buf::append_int32(const int& value) {
-    append_fixed(m_text, value);
-}
-
-void serialize_binary_buf::append_int64(const long& value) {
-    append_fixed(m_text, value);
-}
-
-void serialize_binary_buf::append_uint8(const unsigned char& value) {
-    m_text.push_back(static_cast<char>(value));
-}
-
-void serialize_binary_buf::append_uint16(const unsigned short& value) {
-    append_fixed(m_text, value);
-}
-
-void serialize_binary_buf::append_uint32(const unsigned int& value) {
-    append_fixed(m_text, value);
-}
-
-void serialize_binary_buf::append_uint64(const unsigned long& value) {
-    append_fixed(m_text, value);
-}
-
-void serialize_binary_buf::append_float(const float& value, const unsigned int&) {
-    append_fixed(m_text, value);
-}
-
-void serialize_binary_buf::append_double(const double& value, const unsigned int&) {
-    append_fixed(m_text, value);
-}
-
-void serialize_binary_buf::append_string(const std::string& bytes) {
-    append_bytes(m_text, bytes);
-}
-
-void serialize_binary_buf::append_buffer(const serialize_buffer& other) {
-    append_bytes(m_text, other.as_str());
-}
-
 signed char serialize_binary_buf::read_int8() const {
     return read_fixed<signed char>(*this, m_text, m_read_position);
 }
@@ -217,16 +152,15 @@ double serialize_binary_buf::read_double() const {
 }
 
 std::string serialize_binary_buf::read_string() const {
-    std::string bytes;
-    read_bytes(*this, m_text, m_read_position, bytes);
-    return bytes;
+    const byte_range bytes = read_range(*this, m_text, m_read_position);
+    return std::string(bytes.begin, bytes.begin + bytes.size);
 }
 
 serialize_buffer* serialize_binary_buf::read_buffer() const {
-    std::string bytes;
-    if (!read_bytes(*this, m_text, m_read_position, bytes))
+    const byte_range bytes = read_range(*this, m_text, m_read_position);
+    if (bytes.begin == nullptr)
         return nullptr;
-    return detail::marked(new serialize_binary_buf(bytes));
+    return detail::marked(new serialize_binary_buf(std::string(bytes.begin, bytes.size)));
 }
 
 bool serialize_binary_buf::at_end() const {

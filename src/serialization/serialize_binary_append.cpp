@@ -1,0 +1,92 @@
+// The appending functions of the binary buffer. They are in a file of their own, which fills
+// strings in place and has no function with a throw() of its own: `std::string::append` allows for
+// any length and for bytes of the string itself, and copies by a call.
+#include <tova/serialization/serialize_binary_buf.hpp>
+
+#include "strings/unfilled.hpp"
+
+#include <cstddef>
+#include <cstring>
+
+namespace TOVA_2_18 {
+namespace serialization {
+
+namespace {
+
+// The bytes in host order, as the functions of binary.hpp have them, without a string of their own.
+// They are copied first: the value may be part of the content.
+template <typename Value>
+inline void append_fixed(std::string& text, const Value& value) {
+    const Value copy = value;
+    strings::detail::append_unfilled(text, sizeof copy, [copy](char* to) {
+        std::memcpy(to, &copy, sizeof copy);
+        return sizeof copy;
+    });
+}
+
+// The bytes may be the content itself, which moves when it grows.
+void append_bytes(std::string& text, const std::string& bytes) {
+    const std::size_t size = text.size();
+    const std::size_t length = bytes.size();
+    const char* const source = &bytes == &text ? nullptr : bytes.data();
+    // Contract: the field keeps the low 32 bits of the size.
+    const unsigned int field = static_cast<unsigned int>(length);
+    strings::detail::append_unfilled(text, sizeof field + length, [=](char* to) {
+        std::memcpy(to, &field, sizeof field);
+        std::memcpy(to + sizeof field, source == nullptr ? to - size : source, length);
+        return sizeof field + length;
+    });
+}
+
+}  // namespace
+
+void serialize_binary_buf::append_int8(const signed char& value) {
+    m_text.push_back(static_cast<char>(value));
+}
+
+void serialize_binary_buf::append_int16(const short& value) {
+    append_fixed(m_text, value);
+}
+
+void serialize_binary_buf::append_int32(const int& value) {
+    append_fixed(m_text, value);
+}
+
+void serialize_binary_buf::append_int64(const long& value) {
+    append_fixed(m_text, value);
+}
+
+void serialize_binary_buf::append_uint8(const unsigned char& value) {
+    m_text.push_back(static_cast<char>(value));
+}
+
+void serialize_binary_buf::append_uint16(const unsigned short& value) {
+    append_fixed(m_text, value);
+}
+
+void serialize_binary_buf::append_uint32(const unsigned int& value) {
+    append_fixed(m_text, value);
+}
+
+void serialize_binary_buf::append_uint64(const unsigned long& value) {
+    append_fixed(m_text, value);
+}
+
+void serialize_binary_buf::append_float(const float& value, const unsigned int&) {
+    append_fixed(m_text, value);
+}
+
+void serialize_binary_buf::append_double(const double& value, const unsigned int&) {
+    append_fixed(m_text, value);
+}
+
+void serialize_binary_buf::append_string(const std::string& bytes) {
+    append_bytes(m_text, bytes);
+}
+
+void serialize_binary_buf::append_buffer(const serialize_buffer& other) {
+    append_bytes(m_text, other.as_str());
+}
+
+}  // namespace serialization
+}  // namespace TOVA_2_18
