@@ -264,11 +264,12 @@ config_tree* config_tree::clone() const {
 config_tree& config_tree::operator=(const config_tree& other) {
     if (this == &other)
         return *this;
-    m_node.first = other.m_node.first;
-    m_node.second = other.m_node.second;
-    // Copies are made before the old children are removed, since `other` may be one of them.
+    // Copies are made before anything is changed: memory may run out, and `other` may be one of the
+    // old children, which stay until the end of this function.
     children_type copies;
     copies = other.m_children;
+    m_node.first = other.m_node.first;
+    m_node.second = other.m_node.second;
     m_children.swap(copies);
     return *this;
 }

@@ -17,11 +17,12 @@
 #include "config/heap_mark.hpp"
 #include "config/section_writer.hpp"
 #include "config/token_scanner.hpp"
+#include "config/tree_nodes.hpp"
 #include "system/file_status.hpp"
+#include "system/open_file.hpp"
 
 #include <sys/stat.h>
 
-#include <fstream>
 #include <limits>
 #include <stdexcept>
 
@@ -37,18 +38,15 @@ const char file_id[] = "standard file";
 
 bool opens_for_reading(const ustring8& name) {
     return !TOVA_2_18::detail::is_pipe(name) && !system::io::is_directory(name) &&
-           std::ifstream(name.c_str(), std::ios::binary).is_open();
+           system::detail::open_file(name, O_RDONLY | O_NONBLOCK).is_open();
 }
 
 // Whether the size of the file is known and fits the 32-bit integer that `system::load_file` uses.
 // Most file systems report no such size for a directory; where one does, the directory reads as NUL
 // bytes, which contain no entries.
 bool has_loadable_size(const ustring8& name) {
-    std::ifstream file(name.c_str(), std::ios::binary);
-    if (!file.is_open())
-        return false;
-    file.seekg(0, std::ios::end);
-    const std::streamoff size = file.tellg();
+    const system::detail::open_file file(name, O_RDONLY | O_NONBLOCK);
+    const off_t size = file.is_open() ? file.end() : -1;
     return size >= 0 && size <= std::numeric_limits<int>::max();
 }
 
@@ -150,8 +148,18 @@ ustring8 file_item::get_filename() {
 
 void file_item::load_file() {
     ustring8 text;
-    if (read_file(m_filename, text))
+    if (!read_file(m_filename, text))
+        return;
+    detail::tree_fields::children_type& children = detail::tree_fields::children(tree);
+    if (!children.empty()) {
+        // If memory runs out, part of the entries are there. A copy of the tree would prevent that,
+        // but pointers to its nodes would not outlive the load.
         detail::read_entries(text, tree);
+        return;
+    }
+    config_tree loaded;
+    detail::read_entries(text, loaded);
+    children.swap(detail::tree_fields::children(loaded));
 }
 
 void file_item::parse_comment(const ustring8& text, unsigned int& position) {

@@ -1,21 +1,15 @@
 // The 8-bit form of each operation does the work; the other two forms convert the path to UTF-8. A
 // link is refused before anything else is done: writing tests for one, reading opens the file in a
 // way that fails for one. The steps after opening report no errors.
-//
-// Files are opened by system calls and not as streams, which cannot say that a pipe is not to be
-// waited for and a link not to be followed.
 #include <tova/system/files.hpp>
 
 #include <tova/strings/unicode.hpp>
 
 #include "strings/unfilled.hpp"
 #include "system/file_status.hpp"
-
-#include <fcntl.h>
-#include <unistd.h>
+#include "system/open_file.hpp"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <cstring>
 
@@ -33,61 +27,9 @@ const int failure = 1;
 
 const mode_t owner_may_read = 0x100;  // Contract: the owner's permission bit, whoever the caller is
 
-// A file that is open for the time of one call. A symbolic link is not opened, also if the path has
-// become one since the test, and a terminal does not become that of the process.
-class open_file {
-public:
-    open_file(const ustring8& path, int flags)
-        : m_descriptor(::open(path.c_str(), flags | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC, 0666)) {}
-    ~open_file() {
-        if (is_open())
-            ::close(m_descriptor);
-    }
-    open_file(const open_file&) = delete;
-    open_file& operator=(const open_file&) = delete;
-
-    bool is_open() const { return m_descriptor != -1; }
-
-    // The position of the end, or -1 for a file without positions.
-    off_t end() const { return ::lseek(m_descriptor, 0, SEEK_END); }
-
-    // Reads up to `size` bytes from the start. Returns how many there were before the end or an
-    // error.
-    std::size_t read(char* bytes, std::size_t size) const {
-        return transfer(size, [this, bytes](std::size_t done, std::size_t rest) {
-            return ::pread(m_descriptor, bytes + done, rest, static_cast<off_t>(done));
-        });
-    }
-
-    // Writes up to `size` bytes, until an error.
-    void write(const char* bytes, std::size_t size) const {
-        transfer(size, [this, bytes](std::size_t done, std::size_t rest) {
-            return ::write(m_descriptor, bytes + done, rest);
-        });
-    }
-
-private:
-    // Calls `step(done, rest)`, which returns how many bytes it transferred, until there is no
-    // rest.
-    template <typename Step>
-    std::size_t transfer(std::size_t size, Step step) const {
-        std::size_t done = 0;
-        while (done != size) {
-            const ssize_t count = step(done, size - done);
-            if (count > 0)
-                done += static_cast<std::size_t>(count);
-            else if (count == 0 || errno != EINTR)
-                break;
-        }
-        return done;
-    }
-
-    int m_descriptor;
-};
-
 int load(const ustring8& path, std::string& content) {
     // A pipe opens without a writer. It has no size, so nothing is read from it.
-    const open_file file(path, O_RDONLY | O_NONBLOCK);
+    const detail::open_file file(path, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
     if (!file.is_open()) {
         // Contract: a path whose status cannot be read raises.
         detail::is_symbolic_link(path);
@@ -143,7 +85,7 @@ int load_file(const ustring32& path, std::string& content) {
 int store_file(const ustring8& path, const ustring8& content) {
     if (detail::is_symbolic_link(path))
         return failure;
-    const open_file file(path, O_WRONLY | O_CREAT | O_TRUNC);
+    const detail::open_file file(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
     if (!file.is_open())
         return failure;
     // Contract: the size passes through a 32-bit `int`. Content of 2 GiB or more isn't written, and

@@ -46,8 +46,12 @@ typedef std::list<memory::pointers::rc_pointer<base_config_item>> config_item_li
 /// One source of configuration: a name, a tree of values, and the tokenizer for strings.
 ///
 /// A derived class sets `id`, fills `tree` in `load()` and implements `clone()`. `config_tree`
-/// describes the keys. Any string is a valid key, line or value; every operation can raise
-/// `std::bad_alloc`.
+/// describes the keys. Any string is a valid key, line or value.
+///
+/// Every operation can raise `std::bad_alloc`. What was stored before stays then, and another call
+/// completes it. Where a value is converted to a string (`dump`, and `load` and `save` of a
+/// `file_item`), memory that runs out ends the process through `std::unexpected` instead (see
+/// `types::variant`).
 class TOVA_API base_config_item
     : public generic::abilities::reference_count_pointer_ability<base_config_item>,
       public generic::abilities::clone_ability {

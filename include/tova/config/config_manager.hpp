@@ -30,7 +30,10 @@ namespace config {
 ///
 /// Pass a dispatcher to `init`, call `load`, then look up keys. Lookups never fail: for a missing
 /// file, key or value they return the default or nothing. Every operation can raise
-/// `std::bad_alloc`.
+/// `std::bad_alloc`. Sources that were loaded before it stay loaded; `unload` and `load` begin
+/// anew. Where a value is converted to a string (an alias, the name of a file, a saved value, a
+/// dump), memory that runs out ends the process through `std::unexpected` instead (see
+/// `types::variant`).
 class TOVA_API config_manager {
 public:
     /// No sources and no dispatcher: lookups find nothing.

@@ -69,8 +69,11 @@ public:
     strings::ustring8 get_filename();
 
     /// Adds the entries of the file to the tree. Nothing changes without a name, or if the file
-    /// cannot be read, is a link, a directory or a pipe, or has 2 GiB or more. Neither a pipe nor
-    /// the target of a link is opened.
+    /// cannot be read, is a link, a directory or a pipe, or has 2 GiB or more. The target of a link
+    /// is not opened, and a pipe is not waited for.
+    ///
+    /// After `std::bad_alloc` an item that had no entries has none. One that had some may have part
+    /// of those in the file as well; another load completes it.
     void load_file();
 
     /// Moves `position`, a byte index, to the next line end in `text`, or to the end of `text`.

@@ -69,7 +69,8 @@ public:
     /// A literal item returns its data. An argument item looks up its name in `args`, exactly and
     /// case-sensitively, and formats the value. Returns "?invalid?" for a missing argument, for an
     /// invalid format string and for the reserved types. Raises only the standard exceptions of
-    /// exhausted memory.
+    /// exhausted memory; if memory runs out while a value is converted to a string, the process
+    /// ends through `std::unexpected` (see `types::variant`).
     ///
     /// Contract: a formatted value that reads "-0" is "?invalid?", too, even if it is correct (-0.3
     /// without decimals), because "-0" marks an invalid format string.

@@ -60,7 +60,7 @@ public:
     ///
     /// Invalid text yields whatever strings can be read from it. Raises `std::out_of_range` for a
     /// length item without its separator, and when another item is read after a length that goes
-    /// past the end.
+    /// past the end. After an exception the tree holds what had been read.
     ///
     /// Contract: a text that ends after a label, without the payload, is read over and over, and
     /// the call never returns. Text written by `as_str` always consists of whole pairs.
@@ -71,7 +71,9 @@ public:
     labeled_serialize_buffer& assign(const char* text, int length) override;
 
     /// The encoded tree, built again by each call. The result is valid until the next call on this
-    /// buffer or on one that it is a group of.
+    /// buffer or on one that it is a group of. If memory runs out while a value is converted to a
+    /// string, the process ends through `std::unexpected` (see `types::variant`); otherwise
+    /// `std::bad_alloc` leaves the tree as it is.
     const std::string& as_str() const override;
 
     /// Trims the label and sets its value; a group under the label stays. Returns true if the value
@@ -106,14 +108,15 @@ public:
     labeled_serialize_buffer* clone() const override;
 
     /// Replaces the tree with a deep copy of the other one. Values keep their types. A buffer that
-    /// is assigned to itself stays as it is.
+    /// is assigned to itself stays as it is, and so does one whose assignment raises.
     virtual labeled_text_buffer& assign(const labeled_text_buffer& other);
 
     /// Merges the other tree into this one. No label is removed.
     ///
     /// An entry whose label is missing here is copied. Otherwise an entry of `other` with an empty
     /// group replaces the value here, even by nil; an entry with a group replaces the value only if
-    /// its own is not nil, and its group is merged into the group here.
+    /// its own is not nil, and its group is merged into the group here. After `std::bad_alloc` part
+    /// of the entries are merged; another call completes them.
     void overlay(const labeled_text_buffer& other);
 
 private:
