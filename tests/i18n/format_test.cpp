@@ -518,6 +518,9 @@ TEST(FormatDouble, WritesThePrecisionAsTheNumberOfDecimals) {
 TEST(FormatDouble, WritesSixDecimalsForANegativePrecision) {
     EXPECT_EQ("3.141590", double_text(3.14159, "precision|-1"));
     EXPECT_EQ("3.141590", double_text(3.14159, "precision|-2147483648"));
+    // Of the six decimals of a long number, four fit.
+    EXPECT_EQ("1000000000000000048346692115553659057528394845890514255872.0000",
+              double_text(1e57, "precision|-1"));
 }
 
 TEST(FormatDouble, AlignsRightInAPositiveFieldAndLeftInANegativeOne) {

@@ -2,6 +2,7 @@
 #include <tova/i18n/message_catalogs.hpp>
 
 #include "i18n/catalog_text.hpp"
+#include "support/child_process.hpp"
 #include "support/temporary_directory.hpp"
 #include "support/widths.hpp"
 #include <tova/strings/unicode.hpp>
@@ -190,6 +191,16 @@ TYPED_TEST(MessageCatalogs, RecognizesCatalogFilesByTheirExtensionInAnyCase) {
                   seen(fresh.load_directory(this->s(directory.path()), this->s("en"))));
         EXPECT_EQ(c.is_read ? 1u : 0u, fresh.count());
     }
+}
+
+// The path of an entry may be shorter than an extension.
+TYPED_TEST(MessageCatalogs, SkipsAFileWithAPathOfThreeBytes) {
+    this->files.write("d/x", "no catalog");
+    this->files.write("d/y/z", "no catalog");
+    test_support::expect_in_child([this] {
+        ASSERT_EQ(0, ::chdir(this->files.path().c_str()));
+        EXPECT_EQ(plain_success, seen(this->set.load_directory(this->s("d"), this->s("en"))));
+    });
 }
 
 TYPED_TEST(MessageCatalogs, EntersDirectoriesThatAreNamedLikeCatalogFiles) {

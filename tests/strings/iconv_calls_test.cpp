@@ -8,12 +8,15 @@
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/strings/gh2.hpp>
 
+#include "support/failing_allocation.hpp"
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <cstring>
 #include <dlfcn.h>
 #include <iconv.h>
+#include <new>
 #include <set>
 #include <string>
 #include <vector>
@@ -29,6 +32,8 @@ struct {
     // doesn't.
     const char* stepped_over = nullptr;
     bool close_fails = false;
+    bool only_counts = false;  // records nothing but the number of open descriptors
+    int open_count = 0;
 } record;
 
 template <typename Function>
@@ -42,6 +47,10 @@ Function next(const char* name) {
 }  // namespace
 
 extern "C" iconv_t iconv_open(const char* to, const char* from) {
+    if (record.only_counts) {
+        ++record.open_count;
+        return next<iconv_t (*)(const char*, const char*)>("iconv_open")(to, from);
+    }
     record.calls.push_back(std::string("open ") + to + " " + from);
     if (record.open_error != 0) {
         errno = record.open_error;
@@ -55,6 +64,8 @@ extern "C" iconv_t iconv_open(const char* to, const char* from) {
 extern "C" std::size_t iconv(iconv_t handle, char** input, std::size_t* left, char** output,
                              std::size_t* room) {
     typedef std::size_t (*function)(iconv_t, char**, std::size_t*, char**, std::size_t*);
+    if (record.only_counts)
+        return next<function>("iconv")(handle, input, left, output, room);
     if (input == nullptr || left == nullptr) {
         const bool all_null =
             input == nullptr && left == nullptr && output == nullptr && room == nullptr;
@@ -78,6 +89,10 @@ extern "C" std::size_t iconv(iconv_t handle, char** input, std::size_t* left, ch
 }
 
 extern "C" int iconv_close(iconv_t handle) {
+    if (record.only_counts) {
+        --record.open_count;
+        return next<int (*)(iconv_t)>("iconv_close")(handle);
+    }
     record.calls.push_back("close");
     record.open.erase(handle);
     const int result = next<int (*)(iconv_t)>("iconv_close")(handle);
@@ -294,6 +309,42 @@ TEST_F(IconvCalls, RaiseForAnUnknownErrorAndLeaveTheDescriptorOpen) {
     EXPECT_EQ("Unknown iconv error", runtime_error_of([&] { latin.as_utf8("a"); }));
     EXPECT_EQ((calls{"open UTF-8 ISO-8859-1", "reset", "convert 1 into 1"}), record.calls);
     EXPECT_EQ(2u, record.open.size());
+}
+
+TEST_F(IconvCalls, CloseTheDescriptorIfMemoryRunsOut) {
+    const ustring8 text(repeated("\xC3\xA9\xC5\x82", 3000));  // long enough to be learned
+    const std::string bytes(9000, '\xE9');
+    unsigned raised = 0;
+    for (unsigned successes = 0, failed = 1; failed != 0; ++successes) {
+        SCOPED_TRACE(successes);
+        failed = 0;
+        for (const bool to_page : {true, false}) {
+            record.only_counts = true;
+            try {
+                const test_support::failing_allocation failure(successes);
+                if (to_page)
+                    latin.encode(text);
+                else
+                    latin.as_utf8(bytes);
+                failed += failure.failed();
+            } catch (const std::bad_alloc&) {
+                ++failed;
+                ++raised;
+            }
+            record.only_counts = false;
+            EXPECT_EQ(0, record.open_count);
+        }
+    }
+    EXPECT_LE(4u, raised);
+}
+
+// The room grows to twice the bytes left, also where nothing but a "?" is to be written.
+TEST_F(IconvCalls, OfferTheRoomThatIsLeftAfterAnInvalidByte) {
+    EXPECT_EQ("a?b", western.as_utf8("a\x81"
+                                     "b"));
+    EXPECT_EQ(
+        (calls{"open UTF-8 CP1252", "reset", "convert 3 into 3", "convert 1 into 1", "close"}),
+        record.calls);
 }
 
 TEST_F(IconvCalls, RaiseForAFailureToClose) {

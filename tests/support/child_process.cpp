@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <grp.h>
 #include <pthread.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -74,8 +76,13 @@ child_result run_in_child(const std::function<void()>& body, const child_limits&
     child_result result;
     if (pipe(ends) != 0)
         return result;
+    const pid_t test = getpid();
     const pid_t child = fork();
     if (child == 0) {
+        // A child that never ends by itself must not outlive a test that was killed.
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (getppid() != test)
+            _exit(1);
         close(ends[0]);
         dup2(ends[1], STDOUT_FILENO);
         dup2(ends[1], STDERR_FILENO);

@@ -10,7 +10,8 @@ struct program_result {
     std::string output;  // standard output and standard error, in the order written
 };
 
-// Runs a shell command line and waits for it to end. The caller does any quoting.
+// Runs a shell command line and waits for it to end. The caller does any quoting. If the test is
+// ended meanwhile, by whatever signal, so is all that the line has started.
 program_result run_program(const std::string& command);
 
 }  // namespace test_support
