@@ -98,6 +98,9 @@ TEST(ExtrasDates, CompareByYearMonthAndDay) {
             EXPECT_EQ(i != k, ordered[i] != ordered[k]);
         }
     EXPECT_TRUE(date(31, 2, 2026) == date(28, 2, 2026));
+    EXPECT_TRUE(date(31, 2, 2026) + 1 == date(1, 3, 2026));
+    EXPECT_TRUE(date(3, 2, 2026) - date_duration(365) == date(3, 2, 2025));
+    EXPECT_EQ(-366, (date(1, 1, 2024) - date(1, 1, 2025)).days());
     EXPECT_TRUE(time_of_day(1, 2, 3, 4) < time_of_day(1, 2, 3, 5));
     EXPECT_TRUE(date_time_t(date(1, 1, 2026), time_of_day(9, 0, 0, 0)) <
                 date_time_t(date(1, 1, 2026), time_of_day(9, 0, 0, 1)));
@@ -116,6 +119,8 @@ TEST(ExtrasDates, CountsEveryDayOfEightHundredYears) {
                 const date today(day, month, year);
                 ASSERT_EQ(1, days_between(before, today));
                 ASSERT_EQ(-1, days_between(today, before));
+                ASSERT_TRUE(before + 1 == today && today - 1 == before);
+                ASSERT_EQ(1, (today - before).days());
                 const date_time_t noon(today, time_of_day(12, 34, 56, 789));
                 if (year >= 1678 && year < 2262) {
                     ASSERT_TRUE(noon == from_time_point(to_time_point(noon)));

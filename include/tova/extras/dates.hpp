@@ -16,6 +16,7 @@
 #include <tova/strings/ustring.hpp>
 #include <tova/system/date_time/date.hpp>
 #include <tova/system/date_time/date_time.hpp>
+#include <tova/system/date_time/duration.hpp>
 #include <tova/system/date_time/time.hpp>
 
 #include <chrono>
@@ -223,6 +224,28 @@ inline long days_between(const system::date_time::date& first,
     return _private::days_since_epoch(last.year(), last.month(), last.day()) -
            _private::days_since_epoch(first.year(), first.month(), first.day());
 }
+
+/// @name Days before and after
+///
+/// The date that many days later or earlier, and the days from `b` to `a`: `(b + 3) - b` is 3 days.
+/// They count as `days_between` does, with the same conditions; `date::operator+=` counts the
+/// stored day. No result may be before the year 1.
+/// @{
+inline system::date_time::date operator+(const system::date_time::date& a,
+                                         const system::date_time::date_duration& days) {
+    return _private::date_of(_private::days_since_epoch(a.year(), a.month(), a.day()) +
+                             days.days());
+}
+inline system::date_time::date operator-(const system::date_time::date& a,
+                                         const system::date_time::date_duration& days) {
+    return _private::date_of(_private::days_since_epoch(a.year(), a.month(), a.day()) -
+                             days.days());
+}
+inline system::date_time::date_duration operator-(const system::date_time::date& a,
+                                                  const system::date_time::date& b) {
+    return system::date_time::date_duration(static_cast<int>(days_between(b, a)));
+}
+/// @}
 
 /// @name ISO 8601
 ///
