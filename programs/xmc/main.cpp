@@ -1,5 +1,9 @@
 #include "support/command_line.hpp"
 #include "xmc/check/check.hpp"
+#include "xmc/commands/coverage.hpp"
+#include "xmc/commands/edit.hpp"
+#include "xmc/commands/keys.hpp"
+#include "xmc/commands/render.hpp"
 #include "xmc/rules.hpp"
 #include "xmc/version.hpp"
 
@@ -21,6 +25,16 @@ class tool {
 public:
     tool() : m_line("tova-xmc", "checks, shows and converts message catalogs", version) {
         add_check();
+        add_coverage();
+        add_show();
+        add_render();
+        add_preview();
+        add_fmt();
+        add_diff();
+        add_merge();
+        add_pseudo();
+        add_keys();
+        add_scan();
         m_line.add_section("SEE ALSO", "The guide for translators is part of the documentation of "
                                        "the library: docs/translators.md.");
     }
@@ -33,11 +47,48 @@ private:
     static void add_paths(CLI::App& command, std::vector<std::string>& paths) {
         command.add_option("PATH", paths, "catalog files, or folders with .xmc and .xml files");
     }
+    static void require_paths(CLI::App& command, std::vector<std::string>& paths) {
+        command.add_option("PATH", paths, "catalog files, or folders with .xmc and .xml files")
+            ->required();
+    }
+    // Where the paths follow other words of the command line, they are an option.
+    static void add_path_option(CLI::App& command, std::vector<std::string>& paths) {
+        value_name(command.add_option("-p,--path", paths, "a catalog file or folder (.)"), "PATH")
+            ->allow_extra_args(false);
+        paths = {"."};
+    }
+    static void add_json(CLI::App& command, bool& as_json) {
+        command.add_flag("--json", as_json, "write JSON");
+    }
+    static void add_output(CLI::App& command, std::string& output) {
+        value_name(command.add_option("-o,--output", output, "the file to write (standard output)"),
+                   "FILE");
+    }
 
     void add_check();
+    void add_coverage();
+    void add_show();
+    void add_render();
+    void add_preview();
+    void add_fmt();
+    void add_diff();
+    void add_merge();
+    void add_pseudo();
+    void add_keys();
+    void add_scan();
 
     command_line m_line;
     check_command m_check;
+    coverage_options m_coverage;
+    show_options m_show;
+    render_options m_render;
+    preview_options m_preview;
+    fmt_options m_fmt;
+    diff_options m_diff;
+    merge_options m_merge;
+    pseudo_options m_pseudo;
+    keys_options m_keys;
+    scan_options m_scan;
 };
 
 void tool::add_check() {
@@ -79,6 +130,131 @@ void tool::add_check() {
         "--sarif", [this] { m_check.format = report_format::sarif; }, "the same as --format sarif");
     command.add_option("--explain", m_check.explained, "explain a rule")->type_name("RULE");
     command.add_flag("--list-rules", m_check.lists_rules, "list all rules");
+}
+
+void tool::add_coverage() {
+    CLI::App& command = m_line.add_command("coverage", "show how complete each locale is", [this] {
+        return run_coverage(m_coverage, std::cout, std::cerr, out_style());
+    });
+    require_paths(command, m_coverage.paths);
+    value_name(command.add_option("--reference", m_coverage.reference,
+                                  "the locale whose messages count as all (en)"),
+               "LANG");
+    command
+        .add_option("--format", m_coverage.format,
+                    "table, csv, json, or html: one page that needs no other file")
+        ->check(CLI::IsMember({"table", "csv", "json", "html"}));
+    command.add_flag_callback(
+        "--json", [this] { m_coverage.format = "json"; }, "the same as --format json");
+    value_name(
+        command
+            .add_option("--min", m_coverage.minimums, "fail if a locale has less of its own: de=95")
+            ->allow_extra_args(false),
+        "LANG=PERCENT");
+    value_name(command.add_option("--missing", m_coverage.missing_in,
+                                  "list the messages that a locale lacks"),
+               "LANG");
+}
+
+void tool::add_show() {
+    CLI::App& command =
+        m_line.add_command("show", "show a message in every locale, and where it is",
+                           [this] { return run_show(m_show, std::cout, std::cerr, out_style()); });
+    command.add_option("KEY", m_show.key, "the message, as KEY or CATALOG/KEY")->required();
+    add_path_option(command, m_show.paths);
+    value_name(command.add_option("-l,--lang", m_show.locale,
+                                  "say which one a program with this locale shows"),
+               "LANG");
+    add_json(command, m_show.as_json);
+}
+
+void tool::add_render() {
+    CLI::App& command =
+        m_line.add_command("render", "render a message with values, as a program does",
+                           [this] { return run_render(m_render, std::cout, std::cerr); });
+    command.add_option("KEY", m_render.key, "the message, as KEY or CATALOG/KEY")->required();
+    command.add_option("VALUE", m_render.values,
+                       "NAME=VALUE, or NAME:TYPE=VALUE with string, int, double or bool");
+    add_path_option(command, m_render.paths);
+    value_name(command.add_option("-l,--lang", m_render.locale, "the locale of the program (en)"),
+               "LANG");
+    add_json(command, m_render.as_json);
+}
+
+void tool::add_preview() {
+    CLI::App& command =
+        m_line.add_command("preview", "write a page with every message, for reviewers",
+                           [this] { return run_preview(m_preview, std::cout); });
+    require_paths(command, m_preview.paths);
+    value_name(
+        command.add_option("-l,--lang", m_preview.locales, "these locales only")->delimiter(','),
+        "LANGS");
+}
+
+void tool::add_fmt() {
+    CLI::App& command = m_line.add_command("fmt", "rewrite catalogs in the canonical layout",
+                                           [this] { return run_fmt(m_fmt, std::cout, std::cerr); });
+    require_paths(command, m_fmt.paths);
+    command.add_flag("--check", m_fmt.checks, "only name the files that would change");
+    command.add_flag("--stdout", m_fmt.shows, "write to standard output");
+}
+
+void tool::add_diff() {
+    CLI::App& command =
+        m_line.add_command("diff", "compare the messages of two files or folders",
+                           [this] { return run_diff(m_diff, std::cout, out_style()); });
+    command.add_option("BEFORE", m_diff.before, "a catalog file or folder")->required();
+    command.add_option("AFTER", m_diff.after, "a catalog file or folder")->required();
+    add_json(command, m_diff.as_json);
+}
+
+void tool::add_merge() {
+    CLI::App& command = m_line.add_command("merge", "join catalogs into one file", [this] {
+        return run_merge(m_merge, std::cout, std::cerr);
+    });
+    require_paths(command, m_merge.paths);
+    add_output(command, m_merge.output);
+    command
+        .add_option("--prefer", m_merge.prefer,
+                    "which of two different messages is kept; without it they are an error")
+        ->check(CLI::IsMember({"first", "last"}));
+}
+
+void tool::add_pseudo() {
+    CLI::App& command =
+        m_line.add_command("pseudo", "translate into accented and longer English, for tests",
+                           [this] { return run_pseudo(m_pseudo, std::cout); });
+    require_paths(command, m_pseudo.paths);
+    value_name(command.add_option("--from", m_pseudo.from, "the locale to start from (en)"),
+               "LANG");
+    value_name(command.add_option("--to", m_pseudo.to, "the locale of the result (en_XA)"), "LANG");
+    add_output(command, m_pseudo.output);
+}
+
+void tool::add_keys() {
+    CLI::App& command = m_line.add_command("keys", "list the keys of all messages",
+                                           [this] { return run_keys(m_keys, std::cout); });
+    require_paths(command, m_keys.paths);
+    command.add_flag("--header", m_keys.as_header, "as constants in a C++ header");
+    value_name(command.add_option("--namespace", m_keys.name_space,
+                                  "the namespace of the header (messages)"),
+               "NAME");
+    add_json(command, m_keys.as_json);
+}
+
+void tool::add_scan() {
+    CLI::App& command =
+        m_line.add_command("scan", "find keys that sources use but catalogs lack, and the reverse",
+                           [this] { return run_scan(m_scan, std::cout); });
+    command.add_option("SOURCE", m_scan.sources, "C++ files, or folders of them")->required();
+    add_path_option(command, m_scan.paths);
+    value_name(command
+                   .add_option("--function", m_scan.functions,
+                               "functions that take a catalog and a key, or a key (message, "
+                               "has_message)")
+                   ->delimiter(','),
+               "NAMES");
+    add_json(command, m_scan.as_json);
 }
 
 }  // namespace

@@ -1,0 +1,455 @@
+#include "xmc/commands/render.hpp"
+
+#include "support/exit_code.hpp"
+#include "support/suggestion.hpp"
+#include "support/table.hpp"
+#include "support/text_file.hpp"
+#include "xmc/model/documents.hpp"
+#include "xmc/model/locale.hpp"
+#include "xmc/model/options.hpp"
+
+#include <tova/generic/varg_list.hpp>
+#include <tova/i18n/message_catalogs.hpp>
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace tova_programs::xmc {
+
+namespace {
+
+using tova::generic::varg_list;
+using tova::i18n::message_catalogs;
+using tova::i18n::message_item;
+using tova::i18n::message_t;
+using tova::strings::ustring8;
+using json = nlohmann::ordered_json;
+
+const char invalid[] = "?invalid?";
+
+std::string quoted(const std::string& text) {
+    return '"' + text + '"';
+}
+
+std::string dumped(const json& document) {
+    return document.dump(2, ' ', false, json::error_handler_t::replace);
+}
+
+// Raises `file_error` with the library's own report.
+void load(message_catalogs& catalogs, const std::vector<std::string>& paths,
+          const std::string& locale) {
+    const std::vector<ustring8> all(paths.begin(), paths.end());
+    const auto result = catalogs.load(all, ustring8(locale));
+    if (result.type != message_catalogs::no_error)
+        throw file_error(result.message);
+}
+
+// A value as `NAME=VALUE` (a string) or `NAME:TYPE=VALUE`. Returns whether it is valid.
+bool add_value(varg_list& values, const std::string& text, std::string& reason) {
+    const auto equals = text.find('=');
+    if (equals == text.npos || equals == 0) {
+        reason = "a value is NAME=VALUE or NAME:TYPE=VALUE, not " + quoted(text);
+        return false;
+    }
+    std::string name = text.substr(0, equals);
+    std::string type = "string";
+    const std::string value = text.substr(equals + 1);
+    const auto colon = name.rfind(':');
+    if (colon != name.npos) {
+        type = name.substr(colon + 1);
+        name.erase(colon);
+    }
+    char* end = nullptr;
+    if (type == "int") {
+        const long number = std::strtol(value.c_str(), &end, 10);
+        values.push_back(ustring8(name), number);
+    } else if (type == "double") {
+        const double number = std::strtod(value.c_str(), &end);
+        values.push_back(ustring8(name), number);
+    } else if (type == "bool" && (value == "true" || value == "false")) {
+        values.push_back(ustring8(name), value == "true");
+        return true;
+    } else if (type == "string") {
+        values.push_back(ustring8(name), ustring8(value));
+        return true;
+    } else {
+        reason = "the types of values are string, int, double and bool (true or false)";
+        return false;
+    }
+    if (end == value.c_str() || *end != '\0') {
+        reason = quoted(value) + " is no " + type;
+        return false;
+    }
+    return true;
+}
+
+// Why the library shows an item as ?invalid?.
+std::string reason_for(const message_item& item, const varg_list& values) {
+    const std::string data = item.data();
+    const std::string name = item.name();
+    const auto type = static_cast<item_type>(item.type());
+    if (is_reserved(type))
+        return "type " + quoted(name_of(type)) + " is always shown so";
+    if (!values.has_argument(ustring8(name))) {
+        std::vector<std::string> given;
+        for (const auto& each : values)
+            given.push_back(each.name());
+        return "no value " + quoted(name) + " was given" + did_you_mean(name, given);
+    }
+    std::size_t begin = data.find('\1');
+    while (begin != data.npos) {
+        const auto middle = data.find('\1', begin + 1);
+        const auto end = middle == data.npos ? middle : data.find('\1', middle + 1);
+        const std::string key = data.substr(begin + 1, middle - begin - 1);
+        const std::string value =
+            middle == data.npos ? "" : data.substr(middle + 1, end - middle - 1);
+        const option_rule* const option = find_option(type, key);
+        if (option == nullptr)
+            return "type " + quoted(name_of(type)) + " has no option " + quoted(key);
+        if (value.empty() && end == data.npos)
+            return "option " + quoted(key) + " has no value";
+        const bool is_number =
+            option->kind == option_kind::natural || option->kind == option_kind::integer;
+        if (!is_number && word_of(*option, value).empty())
+            return "option " + quoted(key) + " has no value " + quoted(value);
+        begin = end;
+    }
+    return "the value does not fit the field, or rounds to -0";
+}
+
+// The catalogs and messages that a key may mean.
+std::vector<std::pair<std::string, const message_t*>> find_messages(const message_catalogs& set,
+                                                                    const std::string& key) {
+    std::vector<std::pair<std::string, const message_t*>> result;
+    const auto slash = key.find('/');
+    for (const auto& each : set) {
+        const std::string name = each.first;
+        if (each.second->has_message(ustring8(key)))
+            result.emplace_back(name, &each.second->message(ustring8(key)));
+        else if (slash != key.npos && name == key.substr(0, slash) &&
+                 each.second->has_message(ustring8(key.substr(slash + 1))))
+            result.emplace_back(name, &each.second->message(ustring8(key.substr(slash + 1))));
+    }
+    return result;
+}
+
+std::string no_such_message(const message_catalogs& set, const std::string& key) {
+    std::vector<std::string> known;
+    for (const auto& each : set)
+        for (const auto& keyed : *each.second)
+            known.push_back(keyed.first);
+    return "there is no message " + quoted(key) + " for this locale" + did_you_mean(key, known);
+}
+
+}  // namespace
+
+int run_render(const render_options& options, std::ostream& out, std::ostream& errors) {
+    varg_list values;
+    std::string reason;
+    for (const std::string& each : options.values)
+        if (!add_value(values, each, reason)) {
+            errors << "tova-xmc: " << reason << '\n';
+            return exit_usage;
+        }
+    message_catalogs catalogs;
+    load(catalogs, options.paths, options.locale);
+    const auto found = find_messages(catalogs, options.key);
+    if (found.empty()) {
+        errors << "tova-xmc: " << no_such_message(catalogs, options.key) << '\n';
+        return exit_findings;
+    }
+    json list = json::array();
+    bool is_valid = true;
+    for (const auto& each : found) {
+        const std::string text = each.second->as_string(values);
+        json problems = json::array();
+        for (const message_item& item : *each.second) {
+            if (item.type() == message_item::type_text || item.as_string(values) != invalid ||
+                (item.type() == message_item::type_string &&
+                 values.has_argument(ustring8(item.name()))))
+                continue;
+            is_valid = false;
+            const std::string why = reason_for(item, values);
+            problems.push_back({{"argument", item.name()}, {"reason", why}});
+            if (!options.as_json)
+                errors << each.first << '/' << std::string(each.second->name()) << ": argument "
+                       << quoted(item.name()) << " is invalid: " << why << '\n';
+        }
+        list.push_back({{"catalog", each.first},
+                        {"key", each.second->name()},
+                        {"locale", each.second->_orginal_locale()},
+                        {"text", text},
+                        {"invalid", problems}});
+        if (!options.as_json)
+            out << text << '\n';
+    }
+    if (options.as_json)
+        out << dumped(list) << '\n';
+    return is_valid ? exit_clean : exit_findings;
+}
+
+namespace {
+
+bool is_meant(const placed_message& each, const std::string& key) {
+    return each.what->name == key ||
+           std::string(each.of->name) + '/' + std::string(each.what->name) == key;
+}
+
+// The message that wins for a chain, per catalog and key: the one of the highest weight; within one
+// file the first, of several files the one that is read last.
+std::set<const message*> winners(const std::vector<placed_message>& found,
+                                 const std::vector<std::string>& chain) {
+    std::map<std::pair<std::string_view, std::string_view>, placed_message> best;
+    for (const placed_message& each : found) {
+        const unsigned int weight = locale_weight(chain, each.of->locale);
+        if (weight == 0)
+            continue;
+        const auto added = best.insert({{each.of->name, each.what->name}, each});
+        placed_message& known = added.first->second;
+        const unsigned int known_weight = locale_weight(chain, known.of->locale);
+        if (weight > known_weight || (weight == known_weight && each.file != known.file))
+            known = each;
+    }
+    std::set<const message*> result;
+    for (const auto& each : best)
+        result.insert(each.second.what);
+    return result;
+}
+
+std::string explained(const placed_message& each, const std::vector<std::string>& chain,
+                      bool wins) {
+    const unsigned int weight = locale_weight(chain, each.of->locale);
+    if (weight == 0)
+        return "not read";
+    if (wins)
+        return "shown: " + std::to_string(weight) + " of " + std::to_string(chain.size());
+    return "weight " + std::to_string(weight);
+}
+
+json described(const placed_message& each) {
+    json one = {{"catalog", each.of->name},
+                {"key", each.what->name},
+                {"locale", each.of->locale},
+                {"place", place_of(each)},
+                {"text", readable_text(*each.file, *each.what)}};
+    if (!each.what->meta.empty())
+        one["meta"] = each.what->meta;
+    return one;
+}
+
+// Writes the messages found, with a column on the choice for a wanted locale, if there is one.
+void write_shown(const show_options& options, const std::vector<placed_message>& found,
+                 std::ostream& out, const style& colors) {
+    const std::vector<std::string> chain =
+        options.locale.empty() ? std::vector<std::string>() : locale_chain(options.locale);
+    const std::set<const message*> shown = winners(found, chain);
+    std::vector<std::string> headers = {"catalog", "locale", "place", "text"};
+    if (!chain.empty())
+        headers.insert(headers.begin() + 2, "for " + options.locale);
+    table list(headers);
+    json all = json::array();
+    for (const placed_message& each : found) {
+        json one = described(each);
+        std::vector<std::string> row = {std::string(each.of->name), std::string(each.of->locale),
+                                        place_of(each), readable_text(*each.file, *each.what)};
+        if (!chain.empty()) {
+            const bool wins = shown.count(each.what) != 0;
+            const std::string why = explained(each, chain, wins);
+            row.insert(row.begin() + 2, wins ? colors.green(why) : colors.dim(why));
+            one["shown"] = wins;
+        }
+        list.add(std::move(row));
+        all.push_back(std::move(one));
+    }
+    if (options.as_json)
+        out << dumped(all) << '\n';
+    else
+        list.write(out, colors);
+}
+
+}  // namespace
+
+int run_show(const show_options& options, std::ostream& out, std::ostream& errors,
+             const style& colors) {
+    const documents files = read_documents(options.paths);
+    std::vector<placed_message> found;
+    std::vector<std::string> known;
+    for (const placed_message& each : all_messages(files)) {
+        known.emplace_back(each.what->name);
+        if (is_meant(each, options.key))
+            found.push_back(each);
+    }
+    if (found.empty()) {
+        errors << "tova-xmc: there is no message " << quoted(options.key)
+               << did_you_mean(options.key, known) << '\n';
+        return exit_findings;
+    }
+    std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) {
+        return std::make_pair(a.of->name, a.of->locale) < std::make_pair(b.of->name, b.of->locale);
+    });
+    write_shown(options, found, out, colors);
+    return exit_clean;
+}
+
+namespace {
+
+std::string html(std::string_view text) {
+    std::string result;
+    for (const char c : text) {
+        if (c == '&')
+            result += "&amp;";
+        else if (c == '<')
+            result += "&lt;";
+        else if (c == '>')
+            result += "&gt;";
+        else if (c == '"')
+            result += "&quot;";
+        else if (c == '\n')
+            result += "<br>";
+        else
+            result += c;
+    }
+    return result;
+}
+
+// A value of each argument that is typical of its type; a string argument shows its own name.
+varg_list samples_for(const message_t& message) {
+    varg_list values;
+    for (const message_item& item : message) {
+        switch (static_cast<item_type>(item.type())) {
+        case item_type::text:
+            break;
+        case item_type::integer:
+            values.push_back(item.name(), 1234);
+            break;
+        case item_type::real:
+            values.push_back(item.name(), 1234.5);
+            break;
+        case item_type::duration:
+            values.push_back(item.name(), 3725.5);
+            break;
+        case item_type::memory:
+        case item_type::memory_unit:
+            values.push_back(item.name(), 48318382080l);
+            break;
+        case item_type::metric:
+        case item_type::metric_unit:
+            values.push_back(item.name(), 94500.0);
+            break;
+        default:
+            values.push_back(item.name(), ustring8("<" + item.name() + ">"));
+        }
+    }
+    return values;
+}
+
+// Mirrored scripts by their language.
+bool is_right_to_left(const std::string& locale) {
+    const std::string language = locale.substr(0, locale.find_first_of("_-.@"));
+    return language == "ar" || language == "he" || language == "fa" || language == "ur" ||
+           language == "yi" || language == "ps" || language == "sd" || language == "ug";
+}
+
+const char preview_begin[] = R"page(<!DOCTYPE html>
+<html lang="en">
+<head>
+<meta charset="utf-8">
+<meta name="viewport" content="width=device-width, initial-scale=1">
+<title>Preview of message catalogs</title>
+<style>
+:root { color-scheme: light dark; --line: #c8ccd1; --soft: #f3f4f6; --text: #1b1f24; --back: #fff; --bad: #b3261e; }
+@media (prefers-color-scheme: dark) { :root { --line: #3d444d; --soft: #1f252c; --text: #e6e9ec; --back: #14181c; --bad: #f2b8b5; } }
+body { font: 16px/1.5 system-ui, sans-serif; color: var(--text); background: var(--back); margin: 0 auto; padding: 1rem; max-width: 60rem; }
+h1 { font-size: 1.4rem; } h2 { font-size: 1.2rem; margin-top: 2rem; }
+input { font: inherit; width: 100%; box-sizing: border-box; padding: .4rem .6rem; color: inherit; background: var(--soft); border: 1px solid var(--line); border-radius: .3rem; }
+section { border-top: 1px solid var(--line); padding: .6rem 0; overflow-wrap: anywhere; }
+section h3 { font: 600 1rem monospace; margin: 0 0 .2rem; }
+section p.note { margin: 0 0 .4rem; opacity: .75; }
+dl { display: grid; grid-template-columns: minmax(4rem, max-content) 1fr; gap: .2rem .8rem; margin: 0; }
+dt { font-family: monospace; opacity: .75; } dd { margin: 0; }
+.invalid { color: var(--bad); font-weight: 600; }
+</style>
+</head>
+<body>
+<h1>Preview of message catalogs</h1>
+<p>Every message as a program shows it, with sample values.</p>
+<input id="search" type="search" placeholder="Search" aria-label="Search">
+)page";
+
+const char preview_end[] = R"page(<script>
+"use strict";
+document.getElementById("search").addEventListener("input", event => {
+  const words = event.target.value.toLowerCase();
+  for (const section of document.querySelectorAll("section"))
+    section.hidden = !section.textContent.toLowerCase().includes(words);
+});
+</script>
+</body>
+</html>
+)page";
+
+std::string marked(const std::string& text) {
+    std::string result = html(text);
+    const std::string mark = std::string("<span class=\"invalid\">") + invalid + "</span>";
+    for (std::size_t at = result.find(invalid); at != result.npos;
+         at = result.find(invalid, at + mark.size()))
+        result.replace(at, sizeof invalid - 1, mark);
+    return result;
+}
+
+}  // namespace
+
+int run_preview(const preview_options& options, std::ostream& out) {
+    std::set<std::string> locales(options.locales.begin(), options.locales.end());
+    if (locales.empty())
+        for_each_document(options.paths, [&locales](const document& file) {
+            for (const catalog& each : file.catalogs())
+                if (!each.locale.empty() && each.locale != ".")
+                    locales.insert(std::string(each.locale));
+        });
+    // What each locale shows of its own, by catalog and key.
+    struct shown {
+        std::string note;
+        std::map<std::string, std::string> texts;
+    };
+    std::map<std::string, std::map<std::string, shown>> all;
+    for (const std::string& locale : locales) {
+        message_catalogs catalogs;
+        load(catalogs, options.paths, locale);
+        for (const auto& each : catalogs)
+            for (const auto& keyed : *each.second) {
+                const message_t& one = keyed.second;
+                shown& entry = all[each.first][keyed.first];
+                if (!one.meta().empty())
+                    entry.note = one.meta();
+                if (normalized_locale(one._orginal_locale()) == normalized_locale(locale))
+                    entry.texts[locale] = one.as_string(samples_for(one));
+                else if (one._orginal_locale() == ".")
+                    entry.texts["."] = one.as_string(samples_for(one));
+            }
+    }
+    out << preview_begin;
+    for (const auto& catalog : all) {
+        out << "<h2>" << html(catalog.first) << "</h2>\n";
+        for (const auto& keyed : catalog.second) {
+            out << "<section><h3>" << html(keyed.first) << "</h3>";
+            if (!keyed.second.note.empty())
+                out << "<p class=\"note\">" << html(keyed.second.note) << "</p>";
+            out << "<dl>";
+            for (const auto& text : keyed.second.texts)
+                out << "<dt>" << html(text.first) << "</dt><dd lang=\"" << html(text.first) << '"'
+                    << (is_right_to_left(text.first) ? " dir=\"rtl\"" : "") << '>'
+                    << marked(text.second) << "</dd>";
+            out << "</dl></section>\n";
+        }
+    }
+    out << preview_end;
+    return exit_clean;
+}
+
+}  // namespace tova_programs::xmc

@@ -1,0 +1,39 @@
+/// @file
+/// All files of a set of catalogs, one after the other or together.
+#pragma once
+
+#include "xmc/model/document.hpp"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tova_programs::xmc {
+
+/// Reads each file, and each file that is included, once, and hands it over. Symbolic links and
+/// included files that cannot be read are left out; `check` reports them.
+void for_each_document(const std::vector<std::string>& paths,
+                       const std::function<void(const document&)>& take);
+
+using documents = std::vector<std::unique_ptr<document>>;
+
+documents read_documents(const std::vector<std::string>& paths);
+
+/// A message with what it is in.
+struct placed_message {
+    const document* file;
+    const catalog* of;
+    const message* what;
+};
+
+/// All messages in the order of the files.
+std::vector<placed_message> all_messages(const documents& files);
+
+/// The text with `{name}` for each argument and its line ends as `\n`, for people to read.
+std::string readable_text(const document& file, const message& of);
+
+/// `file:line` of a message.
+std::string place_of(const placed_message& of);
+
+}  // namespace tova_programs::xmc

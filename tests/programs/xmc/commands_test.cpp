@@ -1,0 +1,216 @@
+#include "support/guide.hpp"
+#include "support/program.hpp"
+#include "support/temporary_directory.hpp"
+#include "support/text_file.hpp"
+#include "support/working_directory.hpp"
+#include "xmc/commands/edit.hpp"
+#include "xmc/commands/keys.hpp"
+#include "xmc/model/locale.hpp"
+#include "xmc/model/writer.hpp"
+#include "xmc/scanner/verdict.hpp"
+
+#include <tova/i18n/_private/xmc_file_loader.hpp>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+using namespace tova_programs;
+using namespace tova_programs::xmc;
+using test_support::read_bytes;
+using test_support::run_program;
+using test_support::temporary_directory;
+using test_support::working_directory;
+
+namespace {
+
+const std::string data = TOVA_TEST_DATA "/programs/xmc";
+
+// The command lines run in the folder of sample catalogs; the expected output of each is
+// commands/NAME.txt, with the exit code in its last line.
+const struct {
+    const char* name;
+    const char* arguments;
+} commands[] = {
+    {"check", "check catalogs"},
+    {"check_note", "check --fail-on note catalogs"},
+    {"coverage", "coverage catalogs"},
+    {"coverage_csv", "coverage --format csv catalogs"},
+    {"coverage_json", "coverage --json catalogs"},
+    {"coverage_min", "coverage --min de=95 --min en=100 catalogs"},
+    {"coverage_min_met", "coverage --min de=50 catalogs"},
+    {"coverage_min_wrong", "coverage --min de catalogs"},
+    {"coverage_missing", "coverage --missing de catalogs"},
+    {"coverage_html", "coverage --format html catalogs"},
+    {"show", "show january -p catalogs"},
+    {"show_for", "show january -p catalogs --lang de_AT.UTF-8"},
+    {"show_json", "show app/hello -p catalogs --json"},
+    {"show_missing", "show januray -p catalogs"},
+    {"render", "render hello who=World -p catalogs"},
+    {"render_de", "render files n:int=1234 size:double=48318382080 -p catalogs -l de_AT"},
+    {"render_invalid", "render files n:int=1234 siez:int=1 -p catalogs"},
+    {"render_json", "render app/files n=7 -p catalogs --json"},
+    {"render_missing", "render helo -p catalogs"},
+    {"render_wrong_value", "render hello who:int=x -p catalogs"},
+    {"preview", "preview catalogs"},
+    {"preview_de", "preview catalogs --lang de"},
+    {"fmt", "fmt --stdout untidy.xmc"},
+    {"fmt_check", "fmt --check untidy.xmc other.xmc"},
+    {"diff", "diff catalogs/en.xmc other.xmc"},
+    {"diff_same", "diff catalogs catalogs"},
+    {"diff_json", "diff other.xmc catalogs/en.xmc --json"},
+    {"merge", "merge catalogs/en.xmc catalogs/de.xmc"},
+    {"merge_conflict", "merge catalogs/en.xmc other.xmc"},
+    {"merge_first", "merge catalogs/en.xmc other.xmc --prefer first"},
+    {"merge_last", "merge catalogs/en.xmc other.xmc --prefer last"},
+    {"pseudo", "pseudo catalogs"},
+    {"keys", "keys catalogs"},
+    {"keys_header", "keys --header --namespace text catalogs"},
+    {"keys_json", "keys --json catalogs"},
+    {"scan", "scan src -p catalogs"},
+    {"scan_json", "scan src -p catalogs --json"},
+    {"scan_function", "scan src -p catalogs --function other_message"},
+};
+
+}  // namespace
+
+TEST(Commands, HaveTheirExpectedOutputAndExitCode) {
+    const working_directory inside(data + "/sample");
+    for (const auto& each : commands) {
+        SCOPED_TRACE(each.name);
+        const auto result = run_program(std::string(TOVA_XMC " ") + each.arguments);
+        const std::string text =
+            result.output + "exit code " + std::to_string(result.exit_code) + "\n";
+        const std::string file = data + "/commands/" + each.name + ".txt";
+        if (std::getenv("TOVA_UPDATE_GOLDEN") != nullptr)
+            std::ofstream(file) << text;
+        EXPECT_EQ(read_bytes(file), text);
+    }
+}
+
+TEST(Fmt, ChangesTheLayoutOnlyAndNothingTheSecondTime) {
+    std::size_t formatted_files = 0;
+    for (const auto& block : test_support::guide_blocks("docs/catalogs.md")) {
+        if (block.kind != "xmc")
+            continue;
+        const std::string head = "<?xml version=\"1.0\"?><xmc version=\"1.1\">";
+        const document file("f", head + "<catalog name=\"a\" lang=\"en\"><msg name=\"m\">" +
+                                     block.text + "</msg></catalog></xmc>");
+        if (verdict_of(file.tokens(), [](auto, auto) { return true; }).kind != load_kind::no_error)
+            continue;
+        SCOPED_TRACE(block.text);
+        const std::string once = formatted(file);
+        EXPECT_TRUE(have_equal_values(file, document("f", once)));
+        EXPECT_EQ(once, formatted(document("f", once)));
+        ++formatted_files;
+    }
+    EXPECT_GT(formatted_files, 30u);
+}
+
+// Texts of characters that are special anywhere, between arguments and alone.
+TEST(Writer, WritesEveryTextSoThatItLoadsAsItIs) {
+    std::mt19937 random(11);
+    const std::vector<std::string> parts = {" ",
+                                            "  ",
+                                            "\n",
+                                            "\t",
+                                            "\r",
+                                            "<",
+                                            ">",
+                                            "&",
+                                            "\"",
+                                            "'",
+                                            "msg",
+                                            "m",
+                                            "a",
+                                            ";",
+                                            "]]>",
+                                            "-->",
+                                            "\xC3\xA4",
+                                            "\x01",
+                                            std::string("\0", 1),
+                                            "\x7F",
+                                            "/",
+                                            "="};
+    for (int i = 0; i < 5000; ++i) {
+        std::vector<piece> pieces;
+        std::string expected;
+        for (auto count = 1 + random() % 5; count != 0; --count) {
+            piece one;
+            one.is_argument = !pieces.empty() && !pieces.back().is_argument && random() % 2 == 0;
+            for (auto length = 1 + random() % 4; length != 0; --length)
+                one.text += parts[random() % parts.size()];
+            if (one.is_argument)
+                one.attributes = {{"name", one.text}};
+            else if (!pieces.empty() && !pieces.back().is_argument)
+                continue;
+            pieces.push_back(one);
+        }
+        writer out;
+        out.begin_catalog(parts[random() % parts.size()], "en");
+        out.message(parts[random() % parts.size()], parts[random() % parts.size()], pieces);
+        out.end_catalog();
+        const document file("f", out.text());
+        ASSERT_TRUE(file.problems().empty()) << out.text() << file.problems()[0].text;
+        ASSERT_EQ(1u, file.messages().size());
+        const auto items = file.items(file.messages()[0]);
+        ASSERT_EQ(pieces.size(), items.size()) << out.text();
+        for (std::size_t k = 0; k < pieces.size(); ++k)
+            ASSERT_EQ(pieces[k].text, items[k].text) << out.text();
+    }
+}
+
+TEST(Pseudo, KeepsArgumentsAndLoads) {
+    EXPECT_EQ("\xC3\x85 \xC3\xA7\xC3\xA5t", pseudo_text("A cat"));
+    const temporary_directory folder;
+    const std::string output = folder.path("pseudo.xmc");
+    ASSERT_EQ(0,
+              run_program(TOVA_XMC " pseudo " + data + "/sample/catalogs -o " + output).exit_code);
+    EXPECT_EQ(0, run_program(TOVA_XMC " check " + data + "/sample/catalogs " + output).exit_code);
+}
+
+TEST(Keys, AreConstantsThatCompile) {
+    const temporary_directory folder;
+    const auto header = run_program(TOVA_XMC " keys --header " + data + "/sample/catalogs");
+    folder.write("keys.hpp", header.output);
+    const std::string source =
+        folder.write("a.cpp", "#include \"keys.hpp\"\n"
+                              "static_assert(messages::app::hello[0] == 'h', \"\");\n"
+                              "int main() { return messages::app::class_[0] == 'c' ? 0 : 1; }\n");
+    const std::string program = folder.path("a");
+    ASSERT_EQ(0, run_program("c++ -std=c++14 -Wall -Werror -o " + program + " " + source).exit_code)
+        << header.output;
+    EXPECT_EQ(0, run_program(program).exit_code);
+}
+
+TEST(Keys, BecomeValidIdentifiers) {
+    const struct {
+        const char* key;
+        const char* identifier;
+    } cases[] = {
+        {"hello", "hello"}, {"month.1", "month_1"}, {"1st", "key_1st"}, {"class", "class_"},
+        {"", "key_"},       {"a--b", "a_b"},        {"_x", "key_x"},    {"\xC3\xA4", "key_"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(c.identifier, identifier_of(c.key)) << c.key;
+}
+
+TEST(Locales, HaveTheWeightsOfTheLoader) {
+    using tova::i18n::_private::xmc_file_loader;
+    const std::vector<std::string> names = {
+        "",      ".", "en",          "de", "de_AT",    "de-AT",       "de.AT", "_DE", "de_",
+        "de__x", "-", "en_GB.UTF-8", "EN", "sr@latin", "sr_RS@latin", "d",     "en_"};
+    for (const std::string& wanted : names) {
+        xmc_file_loader loader;
+        loader.handle_language(wanted);
+        const auto chain = locale_chain(wanted);
+        for (const std::string& name : names)
+            EXPECT_EQ(loader.get_locale_weight(name), locale_weight(chain, name))
+                << wanted << ", " << name;
+    }
+}
