@@ -238,7 +238,9 @@ inline data_status check_envelope(const std::string& file, data_kind kind, unsig
                 file.size(), 0};
     if (present > length)
         return {data_error::trailing_bytes,
-                std::to_string(present - length) + " bytes follow the content",
+                present - length == 1
+                    ? "a byte follows the content"
+                    : std::to_string(present - length) + " bytes follow the content",
                 data_header_size + length, 0};
     if (checksum_of(file) != data_number_at(file, data_checksum_at, 8))
         return {data_error::damaged, "damaged, the checksum differs", 0, 0};

@@ -36,6 +36,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstring>
 #include <functional>
 #include <iostream>
 #include <iterator>
@@ -540,7 +541,8 @@ private:
     template <typename Value>
     record_type& typed(const std::string& key) const {
         record_type& record = known(key);
-        if (*record.type != typeid(Value))
+        // By name: some compilers compare addresses, and each module has its own for some types.
+        if (std::strcmp(record.type->name(), typeid(Value).name()) != 0)
             throw std::logic_error("the option is declared with another type: " + key);
         return record;
     }
