@@ -8,7 +8,7 @@
 //     catalog   read_catalog_tag, read_messages or skip_messages, read_catalog_end
 //     msg       read_message, with message_content for the content between the tags
 //     arg, br   read_argument, message_content::take_line_break
-//     include   read_include
+//     include   include_element
 //
 // The tokens of an element are its start, its attributes as pairs of name and value, the end of the
 // start tag, its content and its end. The XML is known to be well-formed by the time the tokens are
@@ -255,16 +255,25 @@ void read_catalog_end(Cursor& cursor, const catalog_tag& catalog) {
 }
 
 template <typename Cursor>
-void read_include(Cursor& cursor, const std::function<void(piece file)>& take) {
-    require_element(cursor, "include");
-    const auto take_file = [&take](piece attribute, piece value) {
-        if (attribute.is("file"))
-            take(value);
-    };
-    read_start_tag(cursor, take_file, ignore_attribute);
+bool include_element::next(Cursor& cursor, piece& file) {
+    if (!m_has_begun)
+        require_element(cursor, "include");
+    m_has_begun = true;
+    for (step(cursor); cursor.type() != token::start_tag_end; step(cursor)) {
+        if (cursor.type() != token::attribute_name)
+            continue;
+        const bool is_file = cursor.value().is("file");
+        step(cursor);
+        if (is_file) {
+            file = cursor.value();
+            return true;
+        }
+    }
+    cursor.next();
     if (!cursor.is_at(token::element_end, "include"))
         throw load_error(xmc_file_loader::include_not_closed, "");
     cursor.next();
+    return false;
 }
 
 template <typename Cursor>
@@ -379,7 +388,7 @@ template catalog_tag read_catalog_tag(list_cursor&);
 template void read_messages(list_cursor&, const catalog_tag&, const std::function<void()>&);
 template void skip_messages(list_cursor&);
 template void read_catalog_end(list_cursor&, const catalog_tag&);
-template void read_include(list_cursor&, const std::function<void(piece)>&);
+template bool include_element::next(list_cursor&, piece&);
 template message_outline read_message(list_cursor&, message_draft*);
 template void read_argument(list_cursor&, message_draft*);
 
@@ -389,7 +398,7 @@ template catalog_tag read_catalog_tag(flat_cursor&);
 template void read_messages(flat_cursor&, const catalog_tag&, const std::function<void()>&);
 template void skip_messages(flat_cursor&);
 template void read_catalog_end(flat_cursor&, const catalog_tag&);
-template void read_include(flat_cursor&, const std::function<void(piece)>&);
+template bool include_element::next(flat_cursor&, piece&);
 template message_outline read_message(flat_cursor&, message_draft*);
 template void read_argument(flat_cursor&, message_draft*);
 

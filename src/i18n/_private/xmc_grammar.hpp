@@ -52,10 +52,18 @@ void skip_messages(Cursor& cursor);
 template <typename Cursor>
 void read_catalog_end(Cursor& cursor, const catalog_tag& catalog);
 
-// A whole `include` element. `take` gets the value of each `file` attribute at the moment when it
-// is met, before the tokens after it are looked at.
-template <typename Cursor>
-void read_include(Cursor& cursor, const std::function<void(piece file)>& take);
+// An `include` element, read in pieces: a file that it names is read before the tokens after the
+// name are looked at.
+class include_element {
+public:
+    // Moves from the start of the element, or from the last name, to the next value of a `file`
+    // attribute. Returns false after the end of the element.
+    template <typename Cursor>
+    bool next(Cursor& cursor, piece& file);
+
+private:
+    bool m_has_begun = false;
+};
 
 // A whole `msg` element, into the draft. Without one the message is only checked.
 template <typename Cursor>

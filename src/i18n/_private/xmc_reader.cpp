@@ -1,10 +1,12 @@
 #include "i18n/_private/xmc_reader.hpp"
 
 #include "i18n/_private/xmc_grammar.hpp"
+#include "i18n/_private/xmc_source.hpp"
 #include "parser/flat_tokens.hpp"
 
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace TOVA_2_18 {
 namespace i18n {
@@ -22,20 +24,20 @@ using token = xmc_file_loader::token;
 // go into the state of the load at once. After an error they stay there, and the caller must not
 // merge them.
 //
-// Errors propagate as exceptions from the grammar to `read_bytes`, and each level adds a line. For
-// an included file, the including file rethrows the result of `read_bytes`, so that both files are
-// named.
+// Files that include each other wait in a list. Each turn of the loop in `open_files::read` goes on
+// with the last of them, up to an include, an error or its end:
+//
+//     include   the file that it names is added to the list
+//     end       the file leaves the list, and the one before it goes on
+//     error     all files leave the list, and each adds a line to the error
+//
+// Errors are thrown by the grammar and by what reads a file's root, and returned by `read`.
 
 namespace {
 
 load_error included_by_itself(const ustring8& path) {
     load_error error(xmc_file_loader::unexpected, "");
     error.message += "\n in an include of a file by itself: \"" + path + "\"";
-    return error;
-}
-
-load_error in_file(load_error error, const ustring8& path) {
-    error.append_error_stack(load_error::in_file, path);
     return error;
 }
 
@@ -47,72 +49,151 @@ bool is_used_as_written(const ustring8& file) {
 
 }  // namespace
 
-load_error xmc_reader::read_file(const ustring8& path) const {
-    const xmc_source source(path, m_source);
-    if (!source.exists())
-        return load_error(xmc_file_loader::file_not_found, path);
-    if (source.is_included_by_itself())
-        return included_by_itself(path);
+struct xmc_reader::open_file {
+    explicit open_file(const ustring8& name)
+        : path(name), content(new tokenized_file), cursor(nullptr, nullptr) {}
 
-    std::unique_ptr<tokenized_file> file(new tokenized_file);
-    file->bytes = source.read();
-    m_state.base_directory = source.directory();
-    const load_error result =
-        xmc_reader(m_state, &source).read_tokens(file->tokens, file->bytes, path);
-    if (result.type == xmc_file_loader::no_error)
-        m_state.keeper.retain(std::move(file));
-    return result;
+    const ustring8 path;
+    std::unique_ptr<const xmc_source> source;  // null if the bytes don't come from disk
+    std::unique_ptr<tokenized_file> content;
+    flat_cursor cursor;
+    include_element include;
+    bool is_in_include = false;
+    bool is_anything_read = false;
+    ustring8 base_directory;  // while an included file is read
+};
+
+class xmc_reader::open_files {
+public:
+    explicit open_files(const xmc_reader& reader) : m_reader(reader) {}
+
+    // The file that is read first comes from disk, or from bytes that have that path in messages.
+    load_error read_file(const ustring8& path) {
+        return read([this, &path] { add(path); });
+    }
+    load_error read_bytes(const ustring8& bytes, const ustring8& path) {
+        return read([this, &bytes, &path] {
+            m_files.emplace_back(new open_file(path));
+            begin(bytes);
+        });
+    }
+
+private:
+    template <typename Begin>
+    load_error read(Begin begin_first) {
+        try {
+            begin_first();
+            while (!m_files.empty())
+                read_on();
+        } catch (load_error& error) {
+            for (; !m_files.empty(); m_files.pop_back())
+                error.append_error_stack(load_error::in_file, m_files.back()->path);
+            return error;
+        }
+        return load_error(xmc_file_loader::no_error, "");
+    }
+
+    // A file whose error doesn't name it isn't in the list when the error is thrown.
+    void add(const ustring8& path) {
+        std::unique_ptr<open_file> added(new open_file(path));
+        added->source.reset(new xmc_source(added->path));
+        const xmc_source& source = *added->source;
+        if (!source.exists())
+            throw load_error(xmc_file_loader::file_not_found, path);
+        if (m_chain.has(source))
+            throw included_by_itself(path);
+        added->content->bytes = source.read();
+        m_reader.m_state.base_directory = source.directory();
+        m_files.push_back(std::move(added));
+        m_chain.add(source);
+        begin(m_files.back()->content->bytes);
+    }
+
+    // Takes the tokens of the last file up to the children of its root.
+    void begin(const ustring8& bytes) {
+        open_file& file = *m_files.back();
+        flat_tokens& tokens = file.content->tokens;
+        const xml_parser::parse_error xml_error = tokens.parse(bytes);
+        if (xml_error.type != xml_parser::parse_error::no_error)
+            throw load_error(xmc_file_loader::xml_error, xml_error);
+        file.cursor = flat_cursor(tokens.begin(), tokens.end());
+        if (file.cursor.at_end()) {
+            m_files.pop_back();
+            throw load_error(xmc_file_loader::unexpected, "Nothing of interest in the file.");
+        }
+        skip_ignorable(file.cursor);
+        read_header(file.cursor);
+        skip_ignorable(file.cursor);
+    }
+
+    // Goes on with the last file until it includes another one or ends.
+    void read_on() {
+        open_file& file = *m_files.back();
+        for (;;) {
+            if (file.is_in_include) {
+                piece name;
+                if (file.include.next(file.cursor, name))
+                    return add_included(name);
+                file.is_in_include = false;
+            } else if (file.cursor.is_at(token::element_start, "catalog")) {
+                m_reader.keep_catalog(file.cursor);
+            } else if (file.cursor.is_at(token::element_start, "include")) {
+                file.include = include_element();
+                file.is_in_include = true;
+                continue;
+            } else {
+                return end();
+            }
+            skip_ignorable(file.cursor);
+            file.is_anything_read = true;
+        }
+    }
+
+    void add_included(piece name) {
+        const ustring8 path = m_reader.included_path(name);
+        m_files.back()->base_directory = m_reader.m_state.base_directory;
+        add(path);
+    }
+
+    // Anything after the end of the root is ignored.
+    void end() {
+        const std::unique_ptr<open_file> file = remove_checked();
+        if (file->source != nullptr)
+            m_reader.m_state.keeper.retain(std::move(file->content));
+        if (!m_files.empty())
+            m_reader.m_state.base_directory = m_files.back()->base_directory;
+    }
+
+    // Contract: a skipped catalog counts as read. An empty root is valid, so its error gets no line
+    // for the file.
+    std::unique_ptr<open_file> remove_checked() {
+        const flat_cursor& cursor = m_files.back()->cursor;
+        if (!cursor.at_end() && !cursor.is_at(token::element_end, "xmc"))
+            throw load_error(xmc_file_loader::invalid_element, cursor.value().string());
+        std::unique_ptr<open_file> file = std::move(m_files.back());
+        m_files.pop_back();
+        if (file->source != nullptr)
+            m_chain.remove(*file->source);
+        if (!file->is_anything_read)
+            throw load_error(xmc_file_loader::no_catalog, file->path);
+        return file;
+    }
+
+    const xmc_reader& m_reader;
+    std::vector<std::unique_ptr<open_file>> m_files;
+    include_chain m_chain;
+};
+
+load_error xmc_reader::read_file(const ustring8& path) const {
+    return open_files(*this).read_file(path);
 }
 
 load_error xmc_reader::read_bytes(const ustring8& bytes, const ustring8& path) const {
-    flat_tokens tokens;
-    return read_tokens(tokens, bytes, path);
-}
-
-load_error xmc_reader::read_tokens(flat_tokens& tokens, const ustring8& bytes,
-                                   const ustring8& path) const {
-    const xml_parser::parse_error xml_error = tokens.parse(bytes);
-    if (xml_error.type != xml_parser::parse_error::no_error)
-        return in_file(load_error(xmc_file_loader::xml_error, xml_error), path);
-
-    flat_cursor cursor(tokens.begin(), tokens.end());
-    if (cursor.at_end())
-        return load_error(xmc_file_loader::unexpected, "Nothing of interest in the file.");
-    try {
-        return read_root(cursor, path);
-    } catch (const load_error& error) {
-        return in_file(error, path);
-    }
+    return open_files(*this).read_bytes(bytes, path);
 }
 
 bool xmc_reader::is_catalog_wanted(piece name) const {
     return m_state.catalog_id.empty() || name.string() == m_state.catalog_id;
-}
-
-load_error xmc_reader::read_root(flat_cursor& cursor, const ustring8& path) const {
-    skip_ignorable(cursor);
-    read_header(cursor);
-    skip_ignorable(cursor);
-
-    bool is_anything_read = false;
-    while (true) {
-        if (cursor.is_at(token::element_start, "catalog"))
-            keep_catalog(cursor);
-        else if (cursor.is_at(token::element_start, "include"))
-            follow_include(cursor);
-        else
-            break;
-        skip_ignorable(cursor);
-        is_anything_read = true;
-    }
-
-    // Anything after the end of the root is ignored.
-    if (!cursor.at_end() && !cursor.is_at(token::element_end, "xmc"))
-        throw load_error(xmc_file_loader::invalid_element, cursor.value().string());
-    // Contract: a skipped catalog counts as read. An empty root is valid, so its error is returned
-    // rather than thrown and gets no line for the file.
-    return is_anything_read ? load_error(xmc_file_loader::no_error, "")
-                            : load_error(xmc_file_loader::no_catalog, path);
 }
 
 template <typename Cursor>
@@ -127,25 +208,29 @@ void xmc_reader::keep_catalog(Cursor& cursor) const {
     read_catalog_end(cursor, tag);
 }
 
+// Contract: the base directory is restored only on success. An error ends the whole load.
 template <typename Cursor>
 void xmc_reader::follow_include(Cursor& cursor) const {
-    read_include(cursor, [this](piece name) { read_included_file(name.string()); });
+    include_element include;
+    piece name;
+    while (include.next(cursor, name)) {
+        const ustring8 path = included_path(name);
+        const ustring8 base_directory = m_state.base_directory;
+        const load_error result = read_file(path);
+        if (result.type != xmc_file_loader::no_error)
+            throw load_error(result);
+        m_state.base_directory = base_directory;
+    }
 }
 
 template void xmc_reader::keep_catalog(list_cursor&) const;
 template void xmc_reader::follow_include(list_cursor&) const;
 
-void xmc_reader::read_included_file(const ustring8& name) const {
+ustring8 xmc_reader::included_path(piece name) const {
     if (name.empty())
         throw load_error(xmc_file_loader::file_not_found, "");
-
-    // Contract: the base directory is restored only on success. An error ends the whole load.
-    const ustring8 base_directory = m_state.base_directory;
-    const ustring8 path = is_used_as_written(name) ? name : base_directory + name;
-    const load_error result = read_file(path);
-    if (result.type != xmc_file_loader::no_error)
-        throw load_error(result);
-    m_state.base_directory = base_directory;
+    const ustring8 file = name.string();
+    return is_used_as_written(file) ? file : m_state.base_directory + file;
 }
 
 }  // namespace detail

@@ -1,13 +1,12 @@
 /// @file
 /// Takes one file through a load: reads its bytes, interprets its tokens, keeps its messages.
 ///
-/// A reader lives on the stack while its file, and the files that it includes, are read. It belongs
-/// to one thread.
+/// A reader reads one file after the other, whatever includes what, so the stack that it needs does
+/// not depend on the files. It belongs to one thread.
 #pragma once
 
 #include "i18n/_private/token_cursor.hpp"
 #include "i18n/_private/xmc_merge.hpp"
-#include "i18n/_private/xmc_source.hpp"
 #include "i18n/locale_list.hpp"
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 #include <tova/strings/ustring.hpp>
@@ -28,17 +27,15 @@ class xmc_reader {
 public:
     using load_error = _private::xmc_file_loader::load_error;
 
-    // A reader for the tokens of a file. The source is null if the bytes don't come from disk.
-    explicit xmc_reader(const load_state& state, const xmc_source* source = nullptr)
-        : m_state(state), m_source(source) {}
+    explicit xmc_reader(const load_state& state) : m_state(state) {}
 
-    // Reads another file, which the source includes, from disk. Errors are returned.
+    // Reads a file from disk, and the files that it includes. Errors are returned.
     load_error read_file(const strings::ustring8& path) const;
 
     // Reads the bytes of the file; the path only appears in messages. Errors are returned.
     load_error read_bytes(const strings::ustring8& bytes, const strings::ustring8& path) const;
 
-    // Read the children of the root, each from its start. Errors are thrown.
+    // Read a child of the root, from its start. Errors are thrown.
     template <typename Cursor>
     void keep_catalog(Cursor& cursor) const;
     template <typename Cursor>
@@ -47,13 +44,12 @@ public:
     bool is_catalog_wanted(piece name) const;
 
 private:
-    load_error read_tokens(parser::detail::flat_tokens& tokens, const strings::ustring8& bytes,
-                           const strings::ustring8& path) const;
-    load_error read_root(flat_cursor& cursor, const strings::ustring8& path) const;
-    void read_included_file(const strings::ustring8& name) const;
+    struct open_file;  // a file that is being read
+    class open_files;  // and those that include it
+
+    strings::ustring8 included_path(piece name) const;
 
     const load_state m_state;
-    const xmc_source* const m_source;
 };
 
 }  // namespace detail

@@ -2,6 +2,7 @@
 
 #include <tova/system/files.hpp>
 
+#include <algorithm>
 #include <cstddef>
 #include <stdexcept>
 
@@ -28,23 +29,11 @@ bool is_same_directory(const ustring8& a, const ustring8& b) {
 
 }  // namespace
 
-xmc_source::xmc_source(const ustring8& path, const xmc_source* includer)
-    : m_path(path), m_includer(includer), m_status(), m_exists(false) {
+xmc_source::xmc_source(const ustring8& path) : m_path(path), m_status(), m_exists(false) {
     if (::lstat(path.c_str(), &m_status) != 0)
         return;
     struct stat target;
     m_exists = !S_ISLNK(m_status.st_mode) || ::stat(path.c_str(), &target) == 0;
-}
-
-// The same file in the same directory would include the same files again, without end. A file that
-// is hard-linked into two directories counts as two files, since its relative includes resolve
-// differently. A symbolic link is never found here: it reads as empty and includes nothing.
-bool xmc_source::is_included_by_itself() const {
-    for (const xmc_source* outer = m_includer; outer != nullptr; outer = outer->m_includer)
-        if (is_same(m_status, outer->m_status) &&
-            is_same_directory(directory(), outer->directory()))
-            return true;
-    return false;
 }
 
 ustring8 xmc_source::directory() const {
@@ -71,6 +60,22 @@ ustring8 xmc_source::read() const {
     }
     bytes.push_back('\0');
     return bytes;
+}
+
+// The same file in the same directory would include the same files again, without end. A file that
+// is hard-linked into two directories counts as two files, since its relative includes resolve
+// differently. A symbolic link is never found here: it reads as empty and includes nothing.
+bool include_chain::has(const xmc_source& source) const {
+    const auto same_files = m_sources.equal_range(source.identity());
+    return std::any_of(same_files.first, same_files.second, [&source](const auto& outer) {
+        return is_same_directory(source.directory(), outer.second->directory());
+    });
+}
+
+void include_chain::remove(const xmc_source& source) {
+    const auto same_files = m_sources.equal_range(source.identity());
+    m_sources.erase(std::find_if(same_files.first, same_files.second,
+                                 [&source](const auto& one) { return one.second == &source; }));
 }
 
 }  // namespace detail

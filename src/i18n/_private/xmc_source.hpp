@@ -1,12 +1,15 @@
 /// @file
 /// The first stage of a load: a file on disk, its bytes, and the chain of files that include it.
 ///
-/// The chain of sources lives on the stack of one load and belongs to its thread.
+/// Sources and chains belong to the thread of their load.
 #pragma once
 
 #include <tova/strings/ustring.hpp>
 
 #include <sys/stat.h>
+
+#include <map>
+#include <utility>
 
 namespace TOVA_2_18 {
 namespace i18n {
@@ -14,16 +17,15 @@ namespace detail {
 
 class xmc_source {
 public:
-    // A file, and the file that includes it, or null. Both arguments must outlive the source. The
-    // constructor queries the file system once, and a second time only for a symbolic link.
-    xmc_source(const strings::ustring8& path, const xmc_source* includer);
+    // The path must outlive the source. The constructor queries the file system once, and a second
+    // time only for a symbolic link.
+    explicit xmc_source(const strings::ustring8& path);
 
     // Whether the path exists, following links.
     bool exists() const { return m_exists; }
 
-    // Whether this file is already part of the chain of includes, however the paths are spelled.
-    // The file must exist.
-    bool is_included_by_itself() const;
+    // What tells the file from all others, if it exists.
+    std::pair<dev_t, ino_t> identity() const { return {m_status.st_dev, m_status.st_ino}; }
 
     // The path up to and including its last "/" or "\", or "./" if it has neither. Relative
     // includes start from here.
@@ -34,9 +36,23 @@ public:
 
 private:
     const strings::ustring8& m_path;
-    const xmc_source* m_includer;
     struct stat m_status;  // of the path itself, without following a link
     bool m_exists;
+};
+
+// The files that are being read, each of which includes the next. They are looked up by identity,
+// so that a long chain costs no more for each file than a short one.
+class include_chain {
+public:
+    // Whether this file is already part of the chain, however the paths are spelled. It must exist.
+    bool has(const xmc_source& source) const;
+
+    // The source must stay where it is until it is removed.
+    void add(const xmc_source& source) { m_sources.emplace(source.identity(), &source); }
+    void remove(const xmc_source& source);
+
+private:
+    std::multimap<std::pair<dev_t, ino_t>, const xmc_source*> m_sources;
 };
 
 }  // namespace detail

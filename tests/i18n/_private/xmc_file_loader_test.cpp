@@ -4,6 +4,7 @@
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 
 #include "i18n/_private/loader_support.hpp"
+#include "support/child_process.hpp"
 #include "support/temporary_directory.hpp"
 
 #include <gmock/gmock.h>
@@ -12,6 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <string>
 
 namespace {
@@ -561,6 +563,49 @@ TEST_F(Include, ReportsACycleOfFilesHoweverTheirPathsAreSpelled) {
                               files.path("sub/.././a.xmc") + "\"" + in_file("sub/b.xmc") +
                               in_file("a.xmc")),
               load("a.xmc"));
+}
+
+// A chain of files, each of which includes the next one and has a message of its own. The last file
+// has that content.
+void write_chain(const temporary_directory& files, int size, const std::string& last) {
+    for (int i = 0; i < size; ++i)
+        files.write(std::to_string(i), xmc(catalog("c", "en", msg(std::to_string(i), "x")) +
+                                           "<include file=\"" + std::to_string(i + 1) + "\"/>"));
+    files.write(std::to_string(size), last);
+}
+
+// The kind and the message of a load in a child with a small stack, and the number of messages.
+std::string load_with_small_stack(const std::string& path) {
+    test_support::child_limits limits;
+    limits.stack_bytes = 256 * 1024;
+    limits.cpu_seconds = 100;
+    const auto result = test_support::run_in_child(
+        [&path] {
+            xmc_file_loader loader;
+            const outcome loaded = seen(loader.parse(path, "en"));
+            const loaded_catalogs catalogs = combined(loader);
+            std::printf("%d %s\n%lu", loaded.first, loaded.second.c_str(),
+                        catalogs.at("c")->size());
+        },
+        limits);
+    EXPECT_TRUE(result.exited) << result.signal;
+    return result.output;
+}
+
+TEST_F(Include, NeedsNoMoreStackForALongChain) {
+    write_chain(files, 20000, xmc(catalog("c", "en", msg("last", "y"))));
+    EXPECT_EQ("0 " + front + "No Error\n20001", load_with_small_stack(files.path("0")));
+}
+
+TEST_F(Include, NamesEachFileOfALongChainInAnError) {
+    const int size = 2000;
+    write_chain(files, size, xmc("<include file=\"1000\"/>"));
+    std::string expected =
+        "14 " + front + "Unexpected parse error happen!\n in an include of a file by itself: \"" +
+        files.path("1000") + "\"";
+    for (int i = size; i >= 0; --i)
+        expected += in_file(std::to_string(i));
+    EXPECT_EQ(expected + "\n2000", load_with_small_stack(files.path("0")));
 }
 
 TEST_F(Include, TreatsALinkToItsOwnFileAsEmptyLikeAnyOtherLink) {
