@@ -3,8 +3,11 @@
 // load: a file in five languages, of which the wanted one is kept with its fallbacks. The XML
 // libraries parse the same file and keep no messages, but for pugixml_map, which puts those of the
 // wanted language and of English into a map of strings. The floor reads the file and copies the
-// loaded catalog. lookup: every message once, in another order than that of the file.
+// loaded catalog. plain walks a list of tokens and makes every message at once. lookup: every
+// message once, in another order than that of the file.
+#include <tova/i18n/_private/xmc_file_loader.hpp>
 #include <tova/i18n/message_catalogs.hpp>
+#include <tova/parser/xml_token_stream.hpp>
 #include <tova/system/files.hpp>
 
 #include "scratch_folder.hpp"
@@ -131,6 +134,32 @@ void floor_load(benchmark::State& state, const catalog_file& file) {
         const tova::i18n::catalog_t copy(loaded);
         benchmark::DoNotOptimize(text.data());
         benchmark::DoNotOptimize(&copy);
+    }
+    count_bytes(state, file);
+}
+
+// Our own code without its fast paths: the operations that a module calls on a list of tokens.
+void plain_load(benchmark::State& state, const catalog_file& file) {
+    using tova::i18n::_private::xmc_file_loader;
+    for (auto _ : state) {
+        message_catalogs::catalog_map catalogs;
+        xmc_file_loader loader;
+        loader.handle_language("de_DE");
+        ustring8 text;
+        tova::system::load_file(ustring8(file.path), text);
+        tova::parser::xml_token_stream tokens;
+        tokens.parse(text);
+        xmc_file_loader::token_iterator cursor = tokens.begin();
+        xmc_file_loader::token_iterator end = tokens.end();
+        loader.parse_xmc_header(cursor, end);
+        loader.parse_ignorable(cursor, end);
+        while (cursor->type() == xmc_file_loader::token::element_start) {
+            loader.parse_catalog(cursor, end);
+            loader.parse_ignorable(cursor, end);
+        }
+        loader.combine_data(catalogs, {});
+        if (catalogs["app"]->size() != file.keys.size())
+            state.SkipWithError("not loaded");
     }
     count_bytes(state, file);
 }
@@ -273,6 +302,7 @@ const bool is_registered = [] {
     scratch();
     add("load", "tova", tova_load);
     add("load", "floor", floor_load);
+    add("load", "plain", plain_load);
 #ifdef HAVE_EXPAT
     add("load", "expat", expat_load);
 #endif
