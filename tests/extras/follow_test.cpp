@@ -142,6 +142,10 @@ const document documents[] = {
      "1@1 <r>\n0@2 error syntax_error\n"},
     {"more spaces in tags", "<r >\n<e\n\ta = \"1\"\n  b\t=\n'2' /><f></f ></r\n>", no_names,
      "1@1 <r>\n2@2 <e a=[1] b=[2]>\n2@2 </e>\n2@5 <f>\n2@5 </f>\n1@5 </r>\n"},
+    {"every kind of byte at the beginning of a text", "<r>><e>/</e>=<e>></e>-<e a='>'/>\"</r>",
+     no_names,
+     "1@1 <r>\n1@1 r: [>]\n2@1 <e>\n2@1 e: [/]\n2@1 </e>\n1@1 r: [=]\n2@1 <e>\n2@1 e: [>]\n"
+     "2@1 </e>\n1@1 r: [-]\n2@1 <e a=[>]>\n2@1 </e>\n1@1 r: [\"]\n1@1 </r>\n"},
     {"an empty root", "<?xml version='1.0'?><include/>", no_names,
      "1@1 <include>\n1@1 </include>\n"},
     {"an end tag that does not match", "<r><a/><b><c></b></c><d/></r>", no_names,

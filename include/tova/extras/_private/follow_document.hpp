@@ -153,7 +153,8 @@ inline strings::ustring8 decode_name(const std::string& name) {
     return result;
 }
 
-// A text or value as the parser reads it back. It drops whitespace at the beginning of a text.
+// A text or value as the parser reads it back. At the beginning of a text it would drop whitespace
+// and refuse a `>`.
 inline std::string encode_text(const std::string& text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -164,6 +165,8 @@ inline std::string encode_text(const std::string& text) {
             result += "&amp;";
         else if (c == '<')
             result += "&lt;";
+        else if (c == '>')
+            result += "&gt;";
         else if (c == '"')
             result += "&quot;";
         else
