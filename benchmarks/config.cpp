@@ -21,6 +21,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #ifdef HAVE_BOOST_PROPERTY_TREE
@@ -113,6 +114,49 @@ void load_tova(benchmark::State& state) {
     }
 }
 BENCHMARK(load_tova)->Name("load/10000_entries/tova");
+
+// Ours without fast paths: a copied string for each token, and a walk from the root for each entry.
+// The file has no comments, quotes and arrays.
+struct plain_item : tova::config::base_config_item {
+    plain_item* clone() const override { return new plain_item(*this); }
+    void read(const ustring8& text) {
+        unsigned position = 0;
+        tova::config::config_token token;
+        const auto next = [&] { return get_token(text, position, token); };
+        ustring8 prefix, key, value;
+        while (position < text.size()) {
+            auto type = next();
+            if (type == token.T_NEWLINE)
+                continue;
+            if (type == token.T_SBRACKET) {
+                prefix.clear();
+                while ((type = next()) != token.T_EBRACKET)
+                    prefix += token.text;
+                prefix += '.';
+                continue;
+            }
+            for (key.clear(); type != token.T_EQ; type = next())
+                key += token.text;
+            value.clear();
+            while ((type = next()) != token.T_NEWLINE && type != token.T_END)
+                value += token.text;
+            set(std::make_pair(ustring8(prefix + key), variant(value)), 0);
+        }
+    }
+};
+
+void load_plain(benchmark::State& state) {
+    const ustring8 name = files().plain();
+    for (auto _ : state) {
+        plain_item item;
+        ustring8 text;
+        tova::system::load_file(name, text);
+        item.read(text);
+        if (item.get_value("section99.key_99") == nullptr)
+            state.SkipWithError("not loaded");
+    }
+}
+BENCHMARK(load_plain)->Name("load/10000_entries/plain");
 
 void load_floor(benchmark::State& state) {
     const ustring8 name = files().plain();

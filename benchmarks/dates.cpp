@@ -80,6 +80,65 @@ fields today() {
 
 }  // namespace tova_dates
 
+// Ours with a chain of divisions. Dates are made by our class, and taken apart with as many calls
+// as it takes.
+namespace plain_dates {
+
+using bench_support::called;
+
+__attribute__((noipa)) unsigned number_of(const fields& date) {
+    const unsigned year = date.month < 3 ? date.year - 1 : date.year;
+    const unsigned from_march = date.month < 3 ? date.month + 9 : date.month - 3;
+    const unsigned pair = from_march / 2;
+    const unsigned first_month = pair == 3 || pair == 4 ? 30 : 31;
+    return year * 365 + year / 4 - (year / 100 - year / 400) + pair * 61 + (pair >= 3 ? 1 : 0) +
+           (from_march % 2 != 0 ? first_month : 0) + date.day;
+}
+
+__attribute__((noipa)) fields fields_of(unsigned number) {
+    unsigned rest = number - 1;
+    unsigned year = rest / 146097 * 400;
+    rest %= 146097;
+    year += rest / 36524 * 100;
+    rest %= 36524;
+    year += rest / 1461 * 4;
+    rest %= 1461;
+    year += rest / 365;
+    const unsigned day = rest % 365 + 1;
+    const unsigned pair = (day - (day >= 184 ? 1 : 0) - 1) / 61;
+    const unsigned day_of_pair = day - pair * 61 - (pair >= 3 ? 1 : 0);
+    const unsigned first_month = pair == 3 || pair == 4 ? 30 : 31;
+    const unsigned second = day_of_pair > first_month ? 1 : 0;
+    const unsigned month = second + 2 * pair + 3;
+    return {month > 12 ? year + 1 : year, month > 12 ? month - 12 : month,
+            day_of_pair - second * first_month};
+}
+
+void make(const fields& date) {
+    const tova_dates::date_time::date made(date.day, date.month, date.year);
+    benchmark::DoNotOptimize(&made);
+}
+
+unsigned to_number(const fields& date) {
+    make(date);
+    return number_of(date);
+}
+
+fields from_number(unsigned number) {
+    benchmark::DoNotOptimize(called(number));
+    const fields found = fields_of(number);
+    return {called(found.year), called(found.month), called(found.day)};
+}
+
+fields add(const fields& start, int days) {
+    make(start);
+    benchmark::DoNotOptimize(called(days));
+    const fields found = fields_of(number_of(start) + static_cast<unsigned>(days));
+    return {called(found.year), called(found.month), called(found.day)};
+}
+
+}  // namespace plain_dates
+
 #ifdef HAVE_BOOST_GREGORIAN
 namespace boost_dates {
 
@@ -386,6 +445,7 @@ bool register_all() {
     register_dates<tova_dates::to_number, tova_dates::from_number, tova_dates::add>("tova");
     register_times<tova_dates::time_of_day, tova_dates::today>("tova");
     register_floor();
+    register_dates<plain_dates::to_number, plain_dates::from_number, plain_dates::add>("plain");
     register_dates<chrono_dates::to_number, chrono_dates::from_number, chrono_dates::add>(
         "std_chrono");
 #ifdef HAVE_ABSL

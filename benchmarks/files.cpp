@@ -52,6 +52,15 @@ void add(const std::string& name, std::size_t size) {
             std::ofstream(path, std::ios::binary) << content;
         });
     load.add("floor", [path] { return read_at_once(path); });
+    load.add("plain", [ours] {
+        ustring8 content;
+        std::ifstream file(ours.c_str(), std::ios::binary);
+        file.seekg(0, std::ios::end);
+        content.assign(static_cast<std::size_t>(file.tellg()), '\0');
+        file.seekg(0, std::ios::beg);
+        file.read(&content[0], static_cast<std::streamsize>(content.size()));
+        return content;
+    });
     load.add("ifstream", [path] {
         std::ifstream file(path, std::ios::binary | std::ios::ate);
         std::string content(static_cast<std::size_t>(file.tellg()), '\0');

@@ -75,6 +75,16 @@ void add_delegates() {
     cell copy("delegate/copy", [] { return ours(held); });
     copy.add(
         "std_function", [] { return std::function<signature>(standard); }, ignored);
+    // What the interface promises a copy to be, through the base that all function objects share.
+    static const member_function_t<counter, signature> function(&target, &counter::add);
+    const tova::generic::abilities::clone_ability* const base = &function;
+    copy.add(
+        "plain",
+        [base] {
+            using interface = tova::functor::function_type_interface<signature>;
+            return std::unique_ptr<interface>(dynamic_cast<const interface&>(*base).do_clone());
+        },
+        ignored);
     copy.add(
         "floor", [callable] { return std::make_unique<large_callable>(callable); }, ignored);
 #ifdef HAVE_BOOST_FUNCTION

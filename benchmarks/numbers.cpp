@@ -10,6 +10,7 @@
 
 #include "cell.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -224,6 +225,22 @@ void add_print_floor(const std::string& operation, const std::vector<Input>& inp
     }
 }
 
+// Ours without the fast path: any radix, from the last digit to the first.
+__attribute__((noipa)) void plain_print(long number, char* buffer, unsigned radix) {
+    unsigned long magnitude = static_cast<unsigned long>(number);
+    if (number < 0) {
+        *buffer++ = '-';
+        magnitude = 0 - magnitude;
+    }
+    char* end = buffer;
+    do {
+        *end++ = static_cast<char>('0' + magnitude % radix);
+        magnitude /= radix;
+    } while (magnitude != 0);
+    *end = '\0';
+    std::reverse(buffer, end);
+}
+
 void parse_integers(const char* name, const std::vector<ustring8>& texts, int radix) {
     const std::string operation = std::string("parse_int/") + name;
     const auto base = static_cast<radix_t::base>(radix);
@@ -232,6 +249,13 @@ void parse_integers(const char* name, const std::vector<ustring8>& texts, int ra
     };
     round_of(operation, "tova", texts, ours);
     add_parse_floor(operation, texts, ours);
+    if (radix == 10) {
+        // A space in front leads to the parser for all radices, which reads digit by digit.
+        std::vector<ustring8> spaced;
+        for (const ustring8& text : texts)
+            spaced.push_back(ustring8(" " + text));
+        round_of(operation, "plain", spaced, ours);
+    }
     round_of(operation, "strtol", texts,
              [radix](const ustring8& text) { return std::strtol(text.c_str(), nullptr, radix); });
     if (radix != 0) {
@@ -297,11 +321,11 @@ void parse_floats(const char* name, const std::vector<ustring8>& texts) {
     add_parse_floor(operation, texts, ours);
     round_of(operation, "strtod", texts,
              [](const ustring8& text) { return std::strtod(text.c_str(), nullptr); });
-    round_of(operation, "stringstream", texts, [](const ustring8& text) {
+    round_of(operation, "plain", texts, [](const ustring8& text) {
         std::stringstream stream(text);
         double value = 0;
         stream >> value;
-        return value;
+        return stream.fail() ? 0.0 : value;
     });
     round_of(operation, "from_chars", texts, [](const ustring8& text) {
         double value = 0;
@@ -359,6 +383,10 @@ void print_integers(const char* name, const std::vector<long>& numbers, int radi
     // The others print a negative number to another base than 10 as "-ff"; ours has no sign there.
     if (radix != 10)
         return;
+    round_of(operation, "plain", numbers, [=](long number) {
+        plain_print(number, buffer, 10);
+        return written();
+    });
     round_of(operation, "to_chars", numbers, [=](long number) {
         *std::to_chars(buffer, buffer + sizeof buffer, number).ptr = '\0';
         return written();
@@ -396,10 +424,10 @@ void print_floats(const char* name, const std::vector<double>& numbers) {
     const auto ours = [](double number) { return variant(number).as_string(); };
     round_of(operation, "tova", numbers, ours);
     add_print_floor(operation, numbers, ours, true);
-    round_of(operation, "stringstream", numbers, [](double number) {
+    round_of(operation, "plain", numbers, [](double number) {
         std::stringstream stream;
         stream << number;
-        return stream.str();
+        return ustring8(stream.str());
     });
     round_of(operation, "to_chars", numbers, [](double number) {
         char buffer[32];
@@ -438,9 +466,9 @@ void print_decimals(const char* name, const std::vector<double>& numbers) {
             buffer,
             std::to_chars(buffer, buffer + sizeof buffer, number, std::chars_format::fixed, 2).ptr);
     });
-    round_of(operation, "snprintf", numbers, [](double number) {
+    round_of(operation, "plain", numbers, [](double number) {
         char buffer[400];
-        return std::string(
+        return ustring8(
             buffer, static_cast<std::size_t>(std::snprintf(buffer, sizeof buffer, "%.2f", number)));
     });
 #ifdef HAVE_FMT

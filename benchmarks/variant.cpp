@@ -5,8 +5,10 @@
 
 #include "cell.hpp"
 
+#include <algorithm>
 #include <any>
 #include <charconv>
+#include <sstream>
 #include <string>
 #include <variant>
 #include <vector>
@@ -128,11 +130,28 @@ int to_int(const std::string& text) {
     return value;
 }
 
+// Ours without fast paths: digit by digit, and a stream.
+__attribute__((noinline)) int plain_int(const std::string& text) {
+    const bool negative = !text.empty() && text[0] == '-';
+    long value = 0;
+    for (std::size_t i = negative ? 1 : 0; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i)
+        value = std::min(value * 10 + (text[i] - '0'), 0x7fffffffL + (negative ? 1 : 0));
+    return static_cast<int>(negative ? -value : value);
+}
+
+template <typename Number>
+std::string plain_text(Number value) {
+    std::stringstream stream;
+    stream << value;
+    return stream.str();
+}
+
 void register_text_to_int() {
     const variant text(short_text.c_str());
     const std::any any(short_text);
     cell work("convert/text_to_int", [text] { return text.as_int(); });
     work.add("floor", [] { return bench_support::called(number); });
+    work.add("plain", [text] { return plain_int(text.as_string()); });
     work.add("std_any", [any] { return to_int(*std::any_cast<std::string>(&any)); });
 #ifdef HAVE_BOOST_LEXICAL_CAST
     const boost::any boosted(short_text);
@@ -156,6 +175,7 @@ void register_to_text(const std::string& name, Number value) {
     const variant ours(value);
     cell work("convert/" + name, [ours] { return ours.as_string(); });
     work.floor_is_a_copy();
+    work.add("plain", [value] { return plain_text(value); });
     if constexpr (std::is_same<Number, int>::value) {
         const std::any any(value);
         work.add("std_any", [any] { return std::to_string(std::any_cast<int>(any)); });
