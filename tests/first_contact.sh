@@ -10,26 +10,9 @@ cd "$(dirname "$0")/.."
 commit=$(git rev-parse "${1:-HEAD}")
 limit=120  # seconds
 
-root=$(mktemp -d "${TMPDIR:-/tmp}/first_contact_XXXXXX")
-clean_up() {
-    umount "$root/proc" 2>/dev/null || true
-    rm -rf --one-file-system "$root"
-}
-trap clean_up EXIT
-
-# The bare system uses the package source of this one.
-source=$(apt-get indextargets --format '$(SITE) $(RELEASE)' | awk '$2 == "bookworm" {print $1; exit}')
-debootstrap --variant=minbase --include=git,ca-certificates bookworm "$root" "$source" \
-    >"$root.log" 2>&1 || { tail -20 "$root.log"; exit 1; }
-rm -f "$root.log"
-cp /etc/resolv.conf "$root/etc/" 2>/dev/null || true
-cp -r /etc/apt/auth.conf.d "$root/etc/apt/" 2>/dev/null || true
-mount -t proc proc "$root/proc"
-
+source tests/bare_system.sh
+make_bare_system git
 git clone -q --bare . "$root/tova.git"
-inside() {
-    chroot "$root" env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin LANG=C.UTF-8 "$@"
-}
 inside git clone -q /tova.git /root/tova
 inside git -C /root/tova checkout -q "$commit"
 

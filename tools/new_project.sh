@@ -1,14 +1,20 @@
 #!/usr/bin/env bash
-# Makes a small project that uses the library: tools/new_project.sh DIRECTORY
+# Makes a small project that uses the library: tools/new_project.sh DIRECTORY, installed as tova-new.
 #
 # The last component of DIRECTORY names the program, its catalog and its settings file.
 set -euo pipefail
-here=$(cd "$(dirname "$0")" && pwd)
+here=$(dirname "$(realpath "$0")")
+command="./run new"
+template=$here/new_project
+if [[ ! -d $template ]]; then
+    command=tova-new
+    template=$here/../share/tova/new_project
+fi
 
 target=${1:-}
-name=$(basename "$target")
+name=$(basename -- "$target")
 if [[ ! $name =~ ^[A-Za-z][A-Za-z0-9_]*$ ]]; then
-    echo "usage: ./run new DIRECTORY" >&2
+    echo "usage: $command DIRECTORY" >&2
     echo "The directory's name must begin with a letter and hold letters, digits and _ only." >&2
     exit 2
 fi
@@ -18,7 +24,7 @@ if [[ -e $target ]]; then
 fi
 
 mkdir -p "$target"
-cp -r "$here/new_project/." "$target"
+cp -r "$template/." "$target"
 mv "$target/settings.cfg" "$target/$name.cfg"
 mv "$target/gitignore" "$target/.gitignore"
 find "$target" -type f -exec sed -i "s/@NAME@/$name/g" {} +
