@@ -9,7 +9,9 @@ source=$(realpath "$(dirname "$0")")
 root=$(mktemp -d "${TMPDIR:-/tmp}/tova_install_XXXXXX")
 trap 'rm -rf "$root"' EXIT
 
-cmake --install "$build" --prefix "$root/prefix" >/dev/null
+for component in tova-runtime tova-development; do
+    cmake --install "$build" --component $component --prefix "$root/prefix" >/dev/null
+done
 library=$(dirname "$(find "$root/prefix" -name libtova.so)")
 soname=$(readelf -d "$library/libtova.so" | sed -n 's/.*SONAME.*\[\(.*\)\]/\1/p')
 [[ $soname == libtova.so.2.18 ]] || { echo "SONAME is $soname"; exit 1; }

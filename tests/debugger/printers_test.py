@@ -146,7 +146,8 @@ def main():
     values = 0
     with tempfile.TemporaryDirectory(prefix="tova_printers_") as folder:
         prefix = pathlib.Path(folder) / "prefix"
-        run("cmake", "--install", build, "--prefix", prefix)
+        for component in ("tova-runtime", "tova-development"):
+            run("cmake", "--install", build, "--component", component, "--prefix", prefix)
         library = next(prefix.glob("lib*/**/libtova.so"))
         run("strip", "--strip-unneeded", library.resolve())
         for compiler in (["g++"], ["clang++", "-fstandalone-debug"]):
