@@ -33,6 +33,7 @@
 #include "strings/utf8.hpp"
 
 #include <algorithm>
+#include <cstring>
 
 namespace TOVA_2_18 {
 namespace strings {
@@ -61,29 +62,83 @@ constexpr std::size_t local_units() {
     return 512 / sizeof(Unit);
 }
 
+// The kernels of one conversion.
+template <typename Source, typename Target>
+struct steps {
+    kernels::measure<Source>* measure;
+    kernels::convert<Source, Target>* convert;
+    kernels::convert_simple<Source, Target>* simple;
+};
+
+// Converts the source and appends it to `text`, which has the units before it, in the exact size.
+template <typename Source, typename Result>
+kernels::progress append_measured(const Source* source, std::size_t size, Result& text,
+                                  const steps<Source, typename Result::value_type>& by,
+                                  std::size_t least_capacity) {
+    const std::size_t room = by.measure(source, size);
+    text.reserve(std::max(least_capacity, text.size() + room));
+    kernels::progress done = {0, 0};
+    detail::append_unfilled(text, room, [&](typename Result::value_type* to) {
+        done = by.convert(source, size, to, room);
+        return done.written;
+    });
+    return done;
+}
+
+// Converts a source that begins with simple units, on the guess that all of it does: then it is
+// read once and not measured.
+template <typename Source, typename Result>
+kernels::progress convert_simple(const Source* source, std::size_t size, Result& text,
+                                 const steps<Source, typename Result::value_type>& by,
+                                 std::size_t least_capacity) {
+    text.reserve(std::max(least_capacity, size));
+    detail::append_unfilled(
+        text, size, [&](typename Result::value_type* to) { return by.simple(source, size, to); });
+    const std::size_t simple = text.size();
+    if (simple == size)
+        return {size, size};
+
+    Result whole;
+    whole.reserve(std::max(least_capacity, simple + by.measure(source + simple, size - simple)));
+    whole.append(text.data(), simple);
+    kernels::progress done = append_measured(source + simple, size - simple, whole, by, 0);
+    text.swap(whole);
+    done.read += simple;
+    done.written += simple;
+    return done;
+}
+
 // Converts the source into `text`, which is empty. Returns how far that went; if it is not the end,
 // `text` is the result up to there. `Widest` is the most units that one unit of the source becomes.
 template <std::size_t Widest, typename Source, typename Result>
 kernels::progress convert(const Source* source, std::size_t size, Result& text,
-                          kernels::measure<Source>* measure,
-                          kernels::convert<Source, typename Result::value_type>* convert,
+                          const steps<Source, typename Result::value_type>& by,
                           std::size_t least_capacity = 0) {
     typedef typename Result::value_type unit;
+    alignas(64) unit buffer[local_units<unit>()];
     if (Widest * size <= local_units<unit>()) {
-        unit buffer[local_units<unit>()];
-        const kernels::progress done = convert(source, size, buffer, local_units<unit>());
+        const kernels::progress done = by.convert(source, size, buffer, local_units<unit>());
         text.reserve(std::max(least_capacity, done.written));
-        text.assign(buffer, done.written);
+        detail::append_unfilled(text, done.written, [&](unit* to) {
+            std::memcpy(to, buffer, done.written * sizeof(unit));
+            return done.written;
+        });
         return done;
     }
-    kernels::progress done = {0, 0};
-    const std::size_t room = measure(source, size);
-    text.reserve(std::max(least_capacity, room));
-    detail::append_unfilled(text, room, [&](unit* to) {
-        done = convert(source, size, to, room);
-        return done.written;
-    });
-    return done;
+    const std::size_t head = std::min(size, local_units<unit>());
+    if (by.simple(source, head, buffer) == head)
+        return convert_simple(source, size, text, by, least_capacity);
+    return append_measured(source, size, text, by, least_capacity);
+}
+
+// What an invalid source becomes. A conversion has one variable for its result and one `return`, so
+// that the result is made where the caller wants it.
+template <typename Result>
+void become_minus_one(Result& text) {
+    Result minus_one;
+    minus_one.push_back('-');
+    minus_one.push_back('1');
+    text.swap(minus_one);
 }
 
 // The characters from `at` on, each invalid byte being one.
@@ -156,7 +211,8 @@ ustring32 utf8_to_utf32(const ustring8& source) {
     const std::size_t size = source.size();
     ustring32 text;
     const kernels::progress done =
-        convert<1>(bytes_of(source), size, text, form.measure_8_to_32, form.utf8_to_utf32);
+        convert<1>(bytes_of(source), size, text,
+                   {form.measure_8_to_32, form.utf8_to_utf32, form.simple_8_to_32});
     if (done.read < size)
         append_with_marks(text, bytes_of(source), size, done.read);
     return text;
@@ -167,13 +223,14 @@ ustring16 utf8_to_utf16(const ustring8& source) {
     const std::size_t length = source.size();
     ustring16 text;
     const kernels::progress done =
-        convert<1>(bytes_of(source), length, text, form.measure_8_to_16, form.utf8_to_utf16);
-    if (done.read < length)
-        return utf8_to_utf16("-1");
+        convert<1>(bytes_of(source), length, text,
+                   {form.measure_8_to_16, form.utf8_to_utf16, form.simple_8_to_16});
     const std::size_t k = done.written;
     debug::detail::check(k <= length, "k <= length", source_path, utf8_to_utf16_line,
                          "TOVA_2_18::strings::ustring16 "
                          "TOVA_2_18::strings::utf8_to_utf16(const TOVA_2_18::strings::ustring8 &)");
+    if (done.read < length)
+        become_minus_one(text);
     return text;
 }
 
@@ -187,25 +244,26 @@ ustring8 utf16_to_utf8(const ustring16& source) {
     const kernels::unicode_form& form = kernels::unicode();
     ustring8 output;
     const kernels::progress done =
-        convert<3>(source.data(), source.size(), output, form.measure_16_to_8, form.utf16_to_utf8);
-    if (done.read < source.size())
-        return "-1";
+        convert<3>(source.data(), source.size(), output,
+                   {form.measure_16_to_8, form.utf16_to_utf8, form.simple_16_to_8});
     const std::size_t k = done.written;
     debug::detail::check(
         k <= output.size(), "k <= output.size()", source_path, utf16_to_utf8_line,
         "TOVA_2_18::strings::ustring8 "
         "TOVA_2_18::strings::utf16_to_utf8(const TOVA_2_18::strings::ustring16 &)");
+    if (done.read < source.size())
+        become_minus_one(output);
     return output;
 }
 
 ustring8 utf32_to_utf8(const ustring32& source) {
     const kernels::unicode_form& form = kernels::unicode();
     ustring8 text;
-    const kernels::progress done =
-        convert<4>(source.data(), source.size(), text, form.measure_32_to_8, form.utf32_to_utf8,
-                   2 * source.size());
+    const kernels::progress done = convert<4>(
+        source.data(), source.size(), text,
+        {form.measure_32_to_8, form.utf32_to_utf8, form.simple_32_to_8}, 2 * source.size());
     if (done.read < source.size())
-        return "-1";
+        become_minus_one(text);
     return text;
 }
 
@@ -213,9 +271,10 @@ ustring16 utf32_to_utf16(const ustring32& source) {
     const kernels::unicode_form& form = kernels::unicode();
     ustring16 text;
     const kernels::progress done =
-        convert<2>(source.data(), source.size(), text, form.measure_32_to_16, form.utf32_to_utf16);
+        convert<2>(source.data(), source.size(), text,
+                   {form.measure_32_to_16, form.utf32_to_utf16, form.simple_32_to_16});
     if (done.read < source.size())
-        return utf8_to_utf16("-1");
+        become_minus_one(text);
     return text;
 }
 
@@ -227,9 +286,10 @@ ustring32 utf16_to_utf32(const ustring16& source) {
     const kernels::unicode_form& form = kernels::unicode();
     ustring32 text;
     const kernels::progress done =
-        convert<1>(source.data(), source.size(), text, form.measure_16_to_32, form.utf16_to_utf32);
+        convert<1>(source.data(), source.size(), text,
+                   {form.measure_16_to_32, form.utf16_to_utf32, form.simple_16_to_32});
     if (done.read < source.size())
-        return utf8_to_utf32("-1");
+        become_minus_one(text);
     return text;
 }
 

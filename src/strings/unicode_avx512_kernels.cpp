@@ -633,6 +633,96 @@ TOVA_AVX512 std::size_t measure_32_to_16(const wchar_t* from, std::size_t size) 
     return units;
 }
 
+// --- One unit each ------------------------------------------------------------------------------
+
+template <typename Target>
+TOVA_AVX512 std::size_t simple_from_8(const unsigned char* from, std::size_t size, Target* to) {
+    std::size_t i = 0;
+    for (; i < size; i += 64) {
+        const std::size_t left = size - i;
+        const __m512i bytes = load(from + i, left);
+        if (_mm512_movepi8_mask(bytes) != 0)
+            return i;
+        write_ascii(bytes, std::min<std::size_t>(left, 64), to + i, left);
+    }
+    return size;
+}
+
+// The packs work in each quarter of the vector; these bring their result in order.
+alignas(64) const std::int64_t packed_once[8] = {0, 2, 4, 6, 1, 3, 5, 7};
+alignas(64) const int packed_twice[16] = {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15};
+
+TOVA_AVX512 std::size_t simple_16_to_8(const unsigned short* from, std::size_t size, char* to) {
+    const __m512i order = _mm512_load_si512(packed_once);
+    std::size_t i = 0;
+    for (; i < size; i += 64) {
+        const std::size_t left = size - i;
+        const __m512i first = load(from + i, left);
+        const __m512i second = left > 32 ? load(from + i + 32, left - 32) : _mm512_setzero_si512();
+        if (_mm512_test_epi16_mask(_mm512_or_si512(first, second), all_units(0xFF80)) != 0)
+            return i;
+        store(to + i, left, _mm512_permutexvar_epi64(order, _mm512_packus_epi16(first, second)),
+              left);
+    }
+    return size;
+}
+
+TOVA_AVX512 std::size_t simple_32_to_8(const wchar_t* from, std::size_t size, char* to) {
+    const __m512i order = _mm512_load_si512(packed_twice);
+    std::size_t i = 0;
+    for (; size - i >= 64; i += 64) {
+        const __m512i a = _mm512_loadu_si512(from + i);
+        const __m512i b = _mm512_loadu_si512(from + i + 16);
+        const __m512i c = _mm512_loadu_si512(from + i + 32);
+        const __m512i d = _mm512_loadu_si512(from + i + 48);
+        const __m512i any = _mm512_or_si512(_mm512_or_si512(a, b), _mm512_or_si512(c, d));
+        if (_mm512_test_epi32_mask(any, all_points(0xFFFFFF80)) != 0)
+            return i;
+        const __m512i bytes =
+            _mm512_packus_epi16(_mm512_packs_epi32(a, b), _mm512_packs_epi32(c, d));
+        _mm512_storeu_si512(to + i, _mm512_permutexvar_epi32(order, bytes));
+    }
+    for (; i < size; i += 16) {
+        const std::size_t left = size - i;
+        const __m512i points = load(from + i, left);
+        if (_mm512_test_epi32_mask(points, all_points(0xFFFFFF80)) != 0)
+            return i;
+        _mm_mask_storeu_epi8(to + i, static_cast<__mmask16>(lowest(left)),
+                             _mm512_cvtepi32_epi8(points));
+    }
+    return size;
+}
+
+TOVA_AVX512 std::size_t simple_16_to_32(const unsigned short* from, std::size_t size, wchar_t* to) {
+    for (std::size_t i = 0; i < size; i += 32) {
+        const std::size_t left = size - i;
+        const __m512i units = load(from + i, left);
+        const __m512i kind = _mm512_and_si512(units, all_units(0xF800));
+        if (_mm512_cmpeq_epi16_mask(kind, all_units(0xD800)) != 0)
+            return i;
+        store(to + i, left, lower_half(units), left);
+        if (left > 16)
+            store(to + i + 16, left - 16, upper_half(units), left - 16);
+    }
+    return size;
+}
+
+TOVA_AVX512 std::size_t simple_32_to_16(const wchar_t* from, std::size_t size, unsigned short* to) {
+    const __m512i order = _mm512_load_si512(packed_once);
+    for (std::size_t i = 0; i < size; i += 32) {
+        const std::size_t left = size - i;
+        const __m512i first = load(from + i, left);
+        const __m512i second = left > 16 ? load(from + i + 16, left - 16) : _mm512_setzero_si512();
+        const __m512i end = all_points(0xFFFF);
+        if (!is_plain(first) || !is_plain(second) ||
+            (_mm512_cmpge_epu32_mask(first, end) | _mm512_cmpge_epu32_mask(second, end)) != 0)
+            return i;
+        store(to + i, left, _mm512_permutexvar_epi64(order, _mm512_packus_epi32(first, second)),
+              left);
+    }
+    return size;
+}
+
 // --- The form -----------------------------------------------------------------------------------
 
 progress utf8_to_utf16(const unsigned char* from, std::size_t size, unsigned short* to,
@@ -665,9 +755,10 @@ progress utf32_to_utf16(const wchar_t* from, std::size_t size, unsigned short* t
 }  // namespace
 
 const unicode_form unicode_avx512 = {
-    measure_8_to_16, measure_8_to_32,  measure_16_to_8, measure_16_to_32,
-    measure_32_to_8, measure_32_to_16, utf8_to_utf16,   utf8_to_utf32,
-    utf16_to_utf8,   utf16_to_utf32,   utf32_to_utf8,   utf32_to_utf16,
+    measure_8_to_16,  measure_8_to_32, measure_16_to_8, measure_16_to_32, measure_32_to_8,
+    measure_32_to_16, utf8_to_utf16,   utf8_to_utf32,   utf16_to_utf8,    utf16_to_utf32,
+    utf32_to_utf8,    utf32_to_utf16,  simple_from_8,   simple_from_8,    simple_16_to_8,
+    simple_16_to_32,  simple_32_to_8,  simple_32_to_16,
 };
 
 }  // namespace kernels

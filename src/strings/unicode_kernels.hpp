@@ -34,6 +34,12 @@ using measure = std::size_t(const Source* from, std::size_t size);
 template <typename Source, typename Target>
 using convert = progress(const Source* from, std::size_t size, Target* to, std::size_t room);
 
+// Converts the units that become one unit each, up to the first other one or a little less far, and
+// returns their number. Such are ASCII to and from UTF-8, and between the wider forms whatever
+// needs no pair. `to` has room for `size` units.
+template <typename Source, typename Target>
+using convert_simple = std::size_t(const Source* from, std::size_t size, Target* to);
+
 struct unicode_form {
     measure<unsigned char>* measure_8_to_16;
     measure<unsigned char>* measure_8_to_32;
@@ -48,6 +54,13 @@ struct unicode_form {
     convert<unsigned short, wchar_t>* utf16_to_utf32;       // the same
     convert<wchar_t, char>* utf32_to_utf8;                  // a surrogate
     convert<wchar_t, unsigned short>* utf32_to_utf16;       // a surrogate, or from 0x110000 up
+
+    convert_simple<unsigned char, unsigned short>* simple_8_to_16;
+    convert_simple<unsigned char, wchar_t>* simple_8_to_32;
+    convert_simple<unsigned short, char>* simple_16_to_8;
+    convert_simple<unsigned short, wchar_t>* simple_16_to_32;
+    convert_simple<wchar_t, char>* simple_32_to_8;
+    convert_simple<wchar_t, unsigned short>* simple_32_to_16;
 };
 
 extern const unicode_form unicode_portable;

@@ -218,6 +218,39 @@ inline std::size_t measure_32_to_16(const wchar_t* from, std::size_t size) {
     return units;
 }
 
+// Whether a unit becomes one unit, see `convert_simple`.
+inline bool is_simple(unsigned char byte, unsigned short) {
+    return byte < 0x80;
+}
+
+inline bool is_simple(unsigned char byte, wchar_t) {
+    return byte < 0x80;
+}
+
+inline bool is_simple(unsigned short unit, char) {
+    return unit < 0x80;
+}
+
+inline bool is_simple(unsigned short unit, wchar_t) {
+    return !detail::is_surrogate(unit);
+}
+
+inline bool is_simple(wchar_t point, char) {
+    return static_cast<unsigned int>(point) < 0x80;
+}
+
+inline bool is_simple(wchar_t point, unsigned short) {
+    return static_cast<unsigned int>(point) < 0xFFFF && !detail::is_surrogate(point);
+}
+
+template <typename Source, typename Target>
+inline std::size_t simple(const Source* from, std::size_t size, Target* to) {
+    std::size_t i = 0;
+    for (; i < size && is_simple(from[i], Target()); ++i)
+        to[i] = static_cast<Target>(from[i]);
+    return i;
+}
+
 // The units that a vector form leaves to a loop before it tries again.
 const std::size_t stretch = 64;
 
@@ -240,6 +273,14 @@ inline progress take_turns(progress (*vectors)(const Source*, std::size_t, Targe
         if (some.read < stop)
             return done;
     }
+}
+
+// The same from a loop over vectors that stops before the first unit that is not simple.
+template <typename Source, typename Target,
+          progress (*Vectors)(const Source*, std::size_t, Target*, std::size_t, progress)>
+inline std::size_t simple_by(const Source* from, std::size_t size, Target* to) {
+    const std::size_t done = Vectors(from, size, to, size, {0, 0}).read;
+    return done + simple(from + done, size - done, to + done);
 }
 
 }  // namespace loops

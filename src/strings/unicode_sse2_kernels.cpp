@@ -235,9 +235,24 @@ progress utf32_to_utf16(const wchar_t* from, std::size_t size, unsigned short* t
 }  // namespace
 
 const unicode_form unicode_sse2 = {
-    measure_8_to_16, measure_8_to_32,  measure_16_to_8, measure_16_to_32,
-    measure_32_to_8, measure_32_to_16, utf8_to_utf16,   utf8_to_utf32,
-    utf16_to_utf8,   utf16_to_utf32,   utf32_to_utf8,   utf32_to_utf16,
+    measure_8_to_16,
+    measure_8_to_32,
+    measure_16_to_8,
+    measure_16_to_32,
+    measure_32_to_8,
+    measure_32_to_16,
+    utf8_to_utf16,
+    utf8_to_utf32,
+    utf16_to_utf8,
+    utf16_to_utf32,
+    utf32_to_utf8,
+    utf32_to_utf16,
+    loops::simple_by<unsigned char, unsigned short, widen_8_to_16>,
+    loops::simple_by<unsigned char, wchar_t, widen_8_to_32>,
+    loops::simple_by<unsigned short, char, narrow_16_to_8>,
+    loops::simple_by<unsigned short, wchar_t, widen_16_to_32>,
+    loops::simple_by<wchar_t, char, narrow_32_to_8>,
+    loops::simple_by<wchar_t, unsigned short, narrow_32_to_16>,
 };
 
 }  // namespace kernels

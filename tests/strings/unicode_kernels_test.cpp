@@ -89,6 +89,24 @@ protected:
         }
     }
 
+    // The portable form stops at the first unit that is not simple, the others up to 63 units
+    // before.
+    template <typename Source, typename Target>
+    void compare(const std::vector<Source>& source, std::size_t gap,
+                 kernels::convert_simple<Source, Target>* kernels::unicode_form::*convert) {
+        const Source* const from = m_source.place(source.data(), source.size(), gap);
+        const std::size_t size = source.size();
+        std::vector<Target> expected(size + 1);
+        const std::size_t most = (m_portable.*convert)(from, size, expected.data());
+        Target* const to = m_target.end<Target>() - size;
+        const std::size_t done = (m_form.*convert)(from, size, to);
+        if (done > most || most - done > 63 || (most == size && done != size) ||
+            !std::equal(to, to + done, expected.data()))
+            ADD_FAILURE() << sizeof(Source) << " to " << sizeof(Target) << " of " << size
+                          << " simple units differs: " << done << " and not " << most
+                          << show(source);
+    }
+
     template <typename Unit>
     static std::string show(const std::vector<Unit>& units) {
         std::string text = ":";
@@ -105,18 +123,24 @@ protected:
                 &kernels::unicode_form::utf8_to_utf16);
         compare(bytes, gap, &kernels::unicode_form::measure_8_to_32,
                 &kernels::unicode_form::utf8_to_utf32);
+        compare(bytes, gap, &kernels::unicode_form::simple_8_to_16);
+        compare(bytes, gap, &kernels::unicode_form::simple_8_to_32);
     }
     void check(const std::vector<unsigned short>& units, std::size_t gap = 0) {
         compare(units, gap, &kernels::unicode_form::measure_16_to_8,
                 &kernels::unicode_form::utf16_to_utf8);
         compare(units, gap, &kernels::unicode_form::measure_16_to_32,
                 &kernels::unicode_form::utf16_to_utf32);
+        compare(units, gap, &kernels::unicode_form::simple_16_to_8);
+        compare(units, gap, &kernels::unicode_form::simple_16_to_32);
     }
     void check(const std::vector<wchar_t>& points, std::size_t gap = 0) {
         compare(points, gap, &kernels::unicode_form::measure_32_to_8,
                 &kernels::unicode_form::utf32_to_utf8);
         compare(points, gap, &kernels::unicode_form::measure_32_to_16,
                 &kernels::unicode_form::utf32_to_utf16);
+        compare(points, gap, &kernels::unicode_form::simple_32_to_8);
+        compare(points, gap, &kernels::unicode_form::simple_32_to_16);
     }
 
     const kernels::unicode_form& m_portable = kernels::unicode_portable;
