@@ -1,5 +1,12 @@
-// The AVX2 form. It takes 32 bytes of the source at a time where all of them are ASCII, or, between
-// UTF-16 and UTF-32, where none needs a pair. The plain loops of unicode_loops.hpp take the rest.
+// The AVX2 form.
+//
+//   to and from UTF-8        32 bytes of the source at a time, where all of them are ASCII
+//   UTF-16, UTF-32           the same, where none needs a pair
+//   anything else            `loops::take_turns` lets the plain loops of unicode_loops.hpp convert
+//   a
+//                            stretch, and the vectors try again after it
+//
+// The same vector loops are the kernels for simple units, with a plain loop for the rest.
 #include "strings/unicode_kernels.hpp"
 
 #if defined(__x86_64__)

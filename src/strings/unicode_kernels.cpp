@@ -35,12 +35,12 @@ const unicode_form unicode_portable = {
     all<unsigned short, wchar_t, loops::utf16_to_utf32>,
     all<wchar_t, char, loops::utf32_to_utf8>,
     all<wchar_t, unsigned short, loops::utf32_to_utf16>,
-    loops::simple<unsigned char, unsigned short>,
-    loops::simple<unsigned char, wchar_t>,
-    loops::simple<unsigned short, char>,
-    loops::simple<unsigned short, wchar_t>,
-    loops::simple<wchar_t, char>,
-    loops::simple<wchar_t, unsigned short>,
+    loops::simple,
+    loops::simple,
+    loops::simple,
+    loops::simple,
+    loops::simple,
+    loops::simple,
 };
 
 }  // namespace kernels

@@ -219,18 +219,6 @@ inline std::size_t measure_32_to_16(const wchar_t* from, std::size_t size) {
 }
 
 // Whether a unit becomes one unit, see `convert_simple`.
-inline bool is_simple(unsigned char byte, unsigned short) {
-    return byte < 0x80;
-}
-
-inline bool is_simple(unsigned char byte, wchar_t) {
-    return byte < 0x80;
-}
-
-inline bool is_simple(unsigned short unit, char) {
-    return unit < 0x80;
-}
-
 inline bool is_simple(unsigned short unit, wchar_t) {
     return !detail::is_surrogate(unit);
 }
@@ -273,6 +261,26 @@ inline progress take_turns(progress (*vectors)(const Source*, std::size_t, Targe
         if (some.read < stop)
             return done;
     }
+}
+
+// ASCII a word at a time.
+template <typename Target>
+inline std::size_t simple(const unsigned char* from, std::size_t size, Target* to) {
+    std::size_t i = 0;
+    for (; size - i >= 8 && detail::all_ascii(from + i); i += 8)
+        detail::widen(from + i, to + i);
+    for (; i < size && from[i] < 0x80; ++i)
+        to[i] = from[i];
+    return i;
+}
+
+inline std::size_t simple(const unsigned short* from, std::size_t size, char* to) {
+    std::size_t i = 0;
+    for (; size - i >= 4 && detail::all_ascii(from + i); i += 4)
+        detail::narrow(from + i, to + i);
+    for (; i < size && from[i] < 0x80; ++i)
+        to[i] = static_cast<char>(from[i]);
+    return i;
 }
 
 // The same from a loop over vectors that stops before the first unit that is not simple.

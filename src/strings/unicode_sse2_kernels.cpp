@@ -1,6 +1,12 @@
-// The SSE2 form, for every 64-bit x86 processor. It takes 16 bytes of the source at a time where
-// all of them are ASCII, or, between UTF-16 and UTF-32, where none needs a pair. The plain loops of
-// unicode_loops.hpp take the rest.
+// The SSE2 form, for every 64-bit x86 processor.
+//
+//   to and from UTF-8        16 bytes of the source at a time, where all of them are ASCII
+//   UTF-16, UTF-32           the same, where none needs a pair
+//   anything else            `loops::take_turns` lets the plain loops of unicode_loops.hpp convert
+//   a
+//                            stretch, and the vectors try again after it
+//
+// The same vector loops are the kernels for simple units, with a plain loop for the rest.
 #include "strings/unicode_kernels.hpp"
 
 #if defined(__x86_64__)
