@@ -62,11 +62,36 @@ function(tova_add_benchmark name)
 endfunction()
 
 # tova_add_fuzzer(fuzz_NAME NAME.cpp): one libFuzzer program. Its seeds are in fuzz/seeds/NAME and its
-# dictionary, if it has one, is fuzz/NAME.dict.
+# dictionary, if it has one, is fuzz/NAME.dict. TOVA_FUZZ_SUPPORT are the sources that all of them have.
 function(tova_add_fuzzer name)
-  add_executable(${name} ${ARGN})
+  add_executable(${name} ${ARGN} ${TOVA_FUZZ_SUPPORT})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src)
   set_target_properties(${name} PROPERTIES CXX_STANDARD 14)
   target_compile_options(${name} PRIVATE -fsanitize=fuzzer)
   target_link_options(${name} PRIVATE -fsanitize=fuzzer)
   target_link_libraries(${name} PRIVATE tova::tova)
+endfunction()
+
+# tova_add_form_library(NAME [FORM]): a copy of the shared object from the same objects, with the
+# switch of src/detail/kernel_form.hpp. It uses the named form of the kernels from the start. Its
+# file has the name of the library and is in a directory of its own, forms/FORM, so that a program
+# that is linked to the library loads it if LD_LIBRARY_PATH names that directory.
+function(tova_add_form_library name)
+  get_property(switch GLOBAL PROPERTY TOVA_KERNEL_FORM_SWITCH)
+  add_library(${name} SHARED ${switch} $<TARGET_OBJECTS:tova>)
+  set(form ${ARGV1})
+  set_target_properties(${name} PROPERTIES
+    CXX_STANDARD 14
+    OUTPUT_NAME tova
+    VERSION ${PROJECT_VERSION}
+    SOVERSION 2.18
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/forms/${form})
+  if(form)
+    target_compile_definitions(${name} PRIVATE TOVA_KERNEL_FORM="${form}")
+  endif()
+  target_compile_options(${name} PRIVATE ${TOVA_WARNINGS})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(${name} PRIVATE Boost::filesystem Boost::system)
+  target_link_options(${name} PRIVATE -Wl,-Bsymbolic-functions
+    -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/tova.map)
 endfunction()

@@ -6,6 +6,7 @@
 #include <tova/strings/unicode.hpp>
 
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <iconv.h>
 
@@ -68,6 +69,7 @@ void check(const std::string& actual, const converted& expected) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     if (size == 0)
         return 0;
     const int number = pages[data[0] % (sizeof pages / sizeof *pages)];

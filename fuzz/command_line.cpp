@@ -6,6 +6,7 @@
 #include "../tests/config/line_oracle.hpp"
 #include "../tests/config/listing.hpp"
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstdint>
 #include <iostream>
@@ -23,6 +24,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     const std::string text(reinterpret_cast<const char*>(data), size);
     std::vector<const char*> arguments;
     for (std::string::size_type begin = 0; begin <= size; begin = text.find('\0', begin) + 1) {

@@ -7,6 +7,7 @@
 #include "../tests/config/cfg_oracle.hpp"
 #include "../tests/config/listing.hpp"
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <unistd.h>
 
@@ -31,6 +32,7 @@ std::string file_name() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     const std::string text(reinterpret_cast<const char*>(data), size);
     const std::string name = file_name();
     std::ofstream(name, std::ios::binary) << text;

@@ -5,6 +5,7 @@
 #include <tova/config/user_item.hpp>
 
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstdint>
 #include <string>
@@ -40,6 +41,7 @@ std::string expected_text(const config_token& token, const std::string& bytes,
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     const ustring8 text(reinterpret_cast<const char*>(data), size);
     user_item item;
     config_token token;

@@ -5,6 +5,7 @@
 #include <tova/extras/data_file.hpp>
 
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -129,6 +130,7 @@ void read_file(const std::string& file) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     const std::string input(reinterpret_cast<const char*>(data), size);
     read_file<labeled_text_buffer>(input);
     read_file<serialize_text_buf>(input);

@@ -7,6 +7,7 @@
 
 #include "../tests/system/date_time/calendar_oracle.hpp"
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -293,6 +294,7 @@ private:
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     bytes input(data, size);
     both values;
     while (!input.empty()) {

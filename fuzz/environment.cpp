@@ -9,6 +9,7 @@
 #include "../tests/config/line_oracle.hpp"
 #include "../tests/config/listing.hpp"
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstdint>
 #include <sstream>
@@ -25,6 +26,7 @@ using tova::generic::varg_list;
 using tova::types::variant;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     const std::string text(reinterpret_cast<const char*>(data), size);
     std::vector<const char*> strings;
     cfg_oracle::nodes expected;

@@ -8,6 +8,7 @@
 #include <tova/strings/split.hpp>
 
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -91,6 +92,7 @@ bool is_formatted(message_item::type_t type) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    fuzz_support::choose_kernel_form(bytes, size);
     if (size < 10)
         return 0;
     const auto type = static_cast<message_item::type_t>(bytes[0]);

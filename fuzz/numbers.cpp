@@ -9,6 +9,7 @@
 
 #include "../tests/support/number_oracle.hpp"
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -107,6 +108,7 @@ void print_and_read_back(unsigned long number, int radix) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     if (size < 2)
         return 0;
     request asked;

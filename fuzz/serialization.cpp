@@ -8,6 +8,7 @@
 
 #include "../tests/serialization/tree_model.hpp"
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -253,6 +254,7 @@ void compare_tree(const std::string& content) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     if (size < 2)
         return 0;
     const std::string input(reinterpret_cast<const char*>(data) + 2, size - 2);

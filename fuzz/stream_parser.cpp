@@ -7,6 +7,7 @@
 #include <tova/parser/xml_stream_parser.hpp>
 
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <unistd.h>
 
@@ -116,6 +117,7 @@ private:
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     static const growing_file file;
     if (size == 0)
         return 0;

@@ -7,6 +7,7 @@
 
 #include "../tests/strings/unicode_oracle.hpp"
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -82,6 +83,7 @@ void check_utf32(const ustring32& text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     const ustring8 text = units_of<ustring8>(data, size);
     check_utf8(text);
     check_utf16(units_of<ustring16>(data, size));

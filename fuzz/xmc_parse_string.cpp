@@ -5,6 +5,7 @@
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -91,6 +92,7 @@ void render_all(const catalogs& loaded) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     static const std::string folder = folder_of_includes();
     const ustring8 text(reinterpret_cast<const char*>(data), size);
     if (text.find("/dev") != ustring8::npos || text.find("/proc") != ustring8::npos)

@@ -5,6 +5,7 @@
 // Input: the file.
 #include "programs/xmc/against_loader.hpp"
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,6 +13,7 @@
 #include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     const std::string text(reinterpret_cast<const char*>(data), size);
     // An include may lead anywhere; its rules have tests of their own.
     if (text.find("include") != std::string::npos && text.find("file") != std::string::npos)

@@ -6,6 +6,7 @@
 #include <tova/parser/xml_parser.hpp>
 
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -68,6 +69,7 @@ std::string result_of(xml_parser& parser, ustring8::const_iterator begin,
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     const ustring8 text(reinterpret_cast<const char*>(data), size);
     xml_parser parser;
     const std::string result = result_of(parser, text.begin(), text.end());

@@ -5,6 +5,7 @@
 #include <tova/parser/xml_token_stream.hpp>
 
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -53,6 +54,7 @@ void check(const xml_token_stream& stream) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     const ustring8 text(reinterpret_cast<const char*>(data), size);
     xml_token_stream stream;
     stream.parse(text);
