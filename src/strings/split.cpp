@@ -1,7 +1,11 @@
 #include <tova/strings/split.hpp>
 
+#include "strings/byte_kernels.hpp"
 #include "strings/matches.hpp"
 #include "strings/unfilled.hpp"
+
+#include <algorithm>
+#include <cstdint>
 
 namespace TOVA_2_18 {
 namespace strings {
@@ -20,14 +24,69 @@ void append_field(std::vector<String>& fields, const typename String::value_type
     }
 }
 
-template <typename String>
-std::vector<String> split(const String& text, const String& separator, int limit) {
-    typedef detail::matches<typename String::value_type> matches;
-    std::vector<String> fields;
-    if (separator.empty()) {
-        fields.push_back(text);
-        return fields;
+// The places of one byte, 1024 places at a time.
+class byte_places {
+public:
+    static const std::size_t words = 16;
+
+    byte_places(const char* text, std::size_t size, char wanted)
+        : m_text(text), m_size(size), m_wanted(wanted) {}
+
+    // Reads the next places into `masks`, and returns the number of its words; 0 at the end.
+    std::size_t next(std::uint64_t (&masks)[words]) {
+        const std::size_t size = std::min(m_size - m_begin, 64 * words);
+        if (size > 0)
+            kernels::bytes().find(m_text + m_begin, size, m_wanted, m_wanted, 0, masks);
+        m_begin += size;
+        return (size + 63) / 64;
     }
+
+private:
+    const char* m_text;
+    std::size_t m_size;
+    char m_wanted;
+    std::size_t m_begin = 0;
+};
+
+std::size_t count_bytes(const char* text, std::size_t size, char wanted) {
+    byte_places places(text, size, wanted);
+    std::uint64_t masks[byte_places::words];
+    std::size_t count = 0;
+    while (const std::size_t words = places.next(masks))
+        for (std::size_t i = 0; i < words; ++i)
+            count += static_cast<std::size_t>(__builtin_popcountll(masks[i]));
+    return count;
+}
+
+// The fields before the first `splits` separators of one byte. Returns where the last field begins.
+// Its loop takes less time than the searches for longer separators, and is flattened because a call
+// for each field would cost as much as the field.
+template <typename String>
+__attribute__((flatten)) std::size_t append_fields(std::vector<String>& fields, const char* text,
+                                                   std::size_t size, char separator,
+                                                   std::size_t splits) {
+    byte_places places(text, size, separator);
+    std::uint64_t masks[byte_places::words];
+    std::size_t position = 0;
+    std::size_t begin = 0;
+    while (splits > 0) {
+        const std::size_t words = places.next(masks);
+        for (std::size_t i = 0; i < words; ++i, begin += 64)
+            for (std::uint64_t mask = masks[i]; mask != 0 && splits > 0; mask &= mask - 1) {
+                const std::size_t match = begin + static_cast<std::size_t>(__builtin_ctzll(mask));
+                append_field(fields, text + position, match - position, size - match);
+                position = match + 1;
+                --splits;
+            }
+    }
+    return position;
+}
+
+// Returns where the last field begins.
+template <typename String>
+std::size_t append_fields_by_search(std::vector<String>& fields, const String& text,
+                                    const String& separator, int limit) {
+    typedef detail::matches<typename String::value_type> matches;
 
     // Contract: the limit is compared after a split, so a limit of 0 or less never matches and
     // means no limit.
@@ -45,6 +104,38 @@ std::vector<String> split(const String& text, const String& separator, int limit
         append_field(fields, text.data() + position, match - position, text.size() - match);
         position = match + separator.size();
     }
+    return position;
+}
+
+// Returns where the last field begins.
+template <typename Unit, typename String>
+std::size_t append_fields(std::vector<String>& fields, const String& text, const String& separator,
+                          int limit, Unit) {
+    return append_fields_by_search(fields, text, separator, limit);
+}
+
+template <typename String>
+std::size_t append_fields(std::vector<String>& fields, const String& text, const String& separator,
+                          int limit, char) {
+    if (separator.size() > 1)
+        return append_fields_by_search(fields, text, separator, limit);
+    const char byte = separator[0];
+    std::size_t splits = count_bytes(text.data(), text.size(), byte);
+    if (limit > 0)
+        splits = std::min(splits, static_cast<std::size_t>(limit));
+    fields.reserve(splits + 1);
+    return append_fields(fields, text.data(), text.size(), byte, splits);
+}
+
+template <typename String>
+std::vector<String> split(const String& text, const String& separator, int limit) {
+    std::vector<String> fields;
+    if (separator.empty()) {
+        fields.push_back(text);
+        return fields;
+    }
+    const std::size_t position =
+        append_fields(fields, text, separator, limit, typename String::value_type());
 
     // Contract: a trailing separator does not start another field, although a leading one does. A
     // list written as "field, separator" in a loop splits back into the fields written.
