@@ -9,7 +9,9 @@
 benchmarks/rows.json lists the rows: patterns of cells with the limits that they must reach. A limit
 is a ratio to the fastest of the libraries that its key names; "best" names all peers. A cell is
 OPERATION/CASE, and its benchmarks are called OPERATION/CASE/LIBRARY. Two libraries are no peers:
-"floor" does only what the interface cannot avoid, "plain" is our code without its fast paths.
+"floor" does only what the interface cannot avoid, "plain" is our code without its fast paths. A
+program measures its plain form itself; for the rows with "kernels", it is the same program with a
+copy of the library that uses the portable form of the kernels.
 
 Each cell runs once a round, in a process of its own on one core, all libraries in random order. A
 ratio is our CPU time divided by the other's: the median over the rounds of the ratios within them.
@@ -95,13 +97,26 @@ def times_of(report):
     return times, errors
 
 
-def run_cell(program, cell, seconds):
+def run_program(program, cell, libraries, seconds, environment=None):
     done = subprocess.run([str(program), "--benchmark_format=json",
                            "--benchmark_enable_random_interleaving=true",
                            f"--benchmark_min_time={seconds}",
-                           f"--benchmark_filter=^{re.escape(cell)}/[^/]+(/iterations:.*)?$"],
-                          capture_output=True, text=True, check=True)
+                           f"--benchmark_filter=^{re.escape(cell)}/{libraries}(/iterations:.*)?$"],
+                          capture_output=True, text=True, check=True, env=environment)
     return times_of(json.loads(done.stdout))
+
+
+def run_cell(program, cell, seconds, portable=None):
+    """Times by library, and errors. `portable` is the directory of the library whose time is the
+    plain one, if the cell has no other."""
+    times, errors = run_program(program, cell, "[^/]+", seconds)
+    if portable is not None and "plain" not in times:
+        plain, more = run_program(program, cell, "tova", seconds,
+                                  {**os.environ, "LD_LIBRARY_PATH": str(portable)})
+        errors += more
+        if "tova" in plain:
+            times["plain"] = plain["tova"]
+    return times, errors
 
 
 def ratios(rounds):
@@ -330,8 +345,14 @@ def select(rows, programs, arguments):
     return chosen
 
 
-def measure(folder, chosen, round_count, seconds):
+def uses_kernels(rows, name, cell):
+    return any(row.get("kernels") and row["program"] == name and limits_of(row, cell) is not None
+               for row in rows)
+
+
+def measure(folder, rows, chosen, round_count, seconds):
     """Our ratios by program, cell and library, and the errors."""
+    portable = folder.parent / "forms" / "portable"
     rounds = collections.defaultdict(list)
     errors = set()
     for number in range(round_count):
@@ -339,7 +360,8 @@ def measure(folder, chosen, round_count, seconds):
             if sys.stderr.isatty():
                 print(f"\r\033[Kround {number + 1} of {round_count}, cell {done + 1} of {len(chosen)}: "
                       f"{cell}", end="", file=sys.stderr, flush=True)
-            times, failed = run_cell(folder / f"bench_{name}", cell, seconds)
+            times, failed = run_cell(folder / f"bench_{name}", cell, seconds,
+                                     portable if uses_kernels(rows, name, cell) else None)
             errors.update(failed)
             if "tova" in times:
                 rounds[name, cell].append(times)
@@ -423,7 +445,8 @@ def main():
     programs = {p.name[len("bench_"):]: cells_of(p) for p in sorted(folder.glob("bench_*"))
                 if p.is_file() and os.access(p, os.X_OK)}
     chosen = select(rows, programs, options.rows)
-    results, errors = measure(folder, chosen, 1 if options.quick else options.rounds, options.seconds)
+    results, errors = measure(folder, rows, chosen, 1 if options.quick else options.rounds,
+                              options.seconds)
     print_results(rows, results)
 
     missing = folder / "missing_peers.txt"

@@ -5,6 +5,7 @@ import json
 import pathlib
 import re
 import unittest
+import unittest.mock
 import xml.dom.minidom
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
@@ -62,6 +63,31 @@ class Ratios(unittest.TestCase):
             {"run_name": "load/small/b", "error_occurred": True, "error_message": "has another result"}]}
         self.assertEqual(({"tova": 2e3, "a": 3e6}, ["load/small/b has another result"]),
                          bench_table.times_of(report))
+
+
+    def test_of_the_plain_form_come_from_the_portable_library_where_the_row_says_so(self):
+        rows = [{"row": 1, "program": "tables", "kernels": True, "cells": {"load/*": {"best": 1}}},
+                {"row": 2, "program": "tables", "cells": {"lookup": {"best": 1}}}]
+        self.assertTrue(bench_table.uses_kernels(rows, "tables", "load/small"))
+        self.assertFalse(bench_table.uses_kernels(rows, "tables", "lookup"))
+        self.assertFalse(bench_table.uses_kernels(rows, "chairs", "load/small"))
+
+    def test_of_the_plain_form_are_those_of_the_cell_if_it_has_any(self):
+        calls = []
+
+        def run(program, cell, libraries, seconds, environment=None):
+            calls.append((libraries, environment and environment["LD_LIBRARY_PATH"]))
+            times = {"tova": 7.0} if environment else {"tova": 2.0, "a": 1.0}
+            return (times if cell == "load/small" else {**times, "plain": 3.0}), []
+
+        with unittest.mock.patch.object(bench_table, "run_program", run):
+            self.assertEqual(({"tova": 2.0, "a": 1.0, "plain": 7.0}, []),
+                             bench_table.run_cell("program", "load/small", 1, "forms/portable"))
+            self.assertEqual([("[^/]+", None), ("tova", "forms/portable")], calls)
+            self.assertEqual({"tova": 2.0, "a": 1.0, "plain": 3.0},
+                             bench_table.run_cell("program", "load/large", 1, "forms/portable")[0])
+            self.assertEqual({"tova": 2.0, "a": 1.0},
+                             bench_table.run_cell("program", "load/small", 1)[0])
 
 
 class Judging(unittest.TestCase):
