@@ -54,6 +54,9 @@ public:
     /// kB, make 35 MB after two rounds of load and save. If names contain brackets, repeated rounds
     /// grow a file without bound: one of 2.6 kB reached 309 MB in four.
     ///
+    /// Contract: after a load that failed, the tree is empty and a save empties the file; both
+    /// return true. docs/configuration.md shows a test to make before the load.
+    ///
     /// A symbolic link is not written. A pipe is, and the call waits until something reads from it.
     /// Returns true, also if nothing could be written.
     bool save(const config_item_list& items) override;
@@ -71,6 +74,8 @@ public:
     /// Adds the entries of the file to the tree. Nothing changes without a name, or if the file
     /// cannot be read, is a link, a directory or a pipe, or has 2 GiB or more. The target of a link
     /// is not opened, and a pipe is not waited for.
+    ///
+    /// Contract: nothing reports that the file could not be read, and a save then empties it.
     ///
     /// After `std::bad_alloc` an item that had no entries has none. One that had some may have part
     /// of those in the file as well; another load completes it.

@@ -63,7 +63,11 @@ public:
     /// past the end. After an exception the tree holds what had been read.
     ///
     /// Contract: a text that ends after a label, without the payload, is read over and over, and
-    /// the call never returns. Text written by `as_str` always consists of whole pairs.
+    /// the call never returns. So is one with a negative length that leads back to a label, such as
+    /// `1|a|-4|b` with the byte 1 for each `|`. Text written by `as_str` always consists of whole
+    /// pairs; of its truncations, those that end after a label or after the 0 of an empty value, in
+    /// any group, are read forever: a tenth of them in a usual tree. Store what may be cut or
+    /// changed as a data file (`<tova/extras/data_file.hpp>`): it is checked before it is read.
     labeled_serialize_buffer& assign(const std::string& text) override;
 
     /// The same as `assign(std::string(text, length))`. Raises `std::logic_error` for a null
