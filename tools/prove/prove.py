@@ -33,11 +33,12 @@ RESULTS = ROOT / "build" / "prove"
 PAGE = ROOT / "docs" / "testing.md"
 
 # In the order of the page.
-MEASURES = ("coverage", "mutants", "fuzzing", "gates", "golden", "hardening", "traceability")
+MEASURES = ("coverage", "mutants", "fuzzing", "gates", "golden", "growth", "hardening",
+            "traceability")
 
 # What a result depends on. A change of the documents invalidates nothing.
 SOURCES = ("CMakeLists.txt", "CMakePresets.json", "benchmarks", "cmake", "examples", "fuzz",
-           "include", "src", "tests", "tools")
+           "include", "proofs", "src", "tests", "tools")
 
 
 class Context:
