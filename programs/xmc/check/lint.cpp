@@ -193,12 +193,14 @@ private:
         while (i < end && tokens[i].kind != token_kind::start_tag_end)
             ++i;
         const std::size_t first = ++i;
+        // A message without its end has no space at its end either.
+        const bool has_end = tokens[end - 1].bytes.size() != 0;
         bool has_content = false;         // a text or an argument came before
         bool follows_argument = false;    // directly, or with comments between
         std::uint32_t comment_begin = 0;  // of the first of these comments
         for (; i + 1 < end; ++i) {
             const token& piece = tokens[i];
-            const bool is_last = i + 2 >= end;
+            const bool is_last = has_end && i + 2 >= end;
             if (piece.kind == token_kind::comment) {
                 if (follows_argument && comment_begin == 0)
                     comment_begin = piece.bytes.begin;
