@@ -21,4 +21,7 @@ make -s -C "$root" -f "$consumers/plain/Makefile" PREFIX="$prefix" LIBDIR="$pref
 cmake -S "$root/hello" -B "$root/hello/build" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 cmake --build "$root/hello/build" >/dev/null
 (cd "$root/hello" && build/hello -user.name=Maria) >/dev/null
-echo "$archive: two programs run with it"
+for program in "$prefix"/bin/*; do
+    [[ $program == */tova-new ]] || "$program" --help >/dev/null
+done
+echo "$archive: programs run with it, and its own run"
