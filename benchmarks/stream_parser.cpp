@@ -2,6 +2,7 @@
 // the elements and the bytes of values and text, so that none can skip them.
 #include <tova/parser/xml_stream_parser.hpp>
 
+#include "parser/plain_stream_parser.hpp"
 #include "scratch_folder.hpp"
 #include "xml_documents.hpp"
 
@@ -103,6 +104,28 @@ void tova_nodes(benchmark::State& state, const document& source) {
     finish(state, source, reported);
 }
 
+// The model that the tests compare the parser with: a byte at a time, and the file in memory.
+void plain_nodes(benchmark::State& state, const document& source) {
+    counts reported;
+    for (auto _ : state) {
+        std::ifstream stream(source.path(), std::ios::binary);
+        std::string file(source.size(), '\0');
+        stream.read(&file[0], static_cast<std::streamsize>(file.size()));
+        test_support::plain_stream_parser parser(file, 1);
+        do {
+            parser.parse();
+            while (parser.has_node()) {
+                const xml_stream_parser::node one = parser.pop();
+                reported.elements += one.type != xml_stream_parser::end_of_document;
+                reported.bytes += one.text.size();
+                for (const auto& attribute : one.attributes)
+                    reported.bytes += attribute.second.size();
+            }
+        } while (parser.status <= xml_stream_parser::out_of_data);
+    }
+    finish(state, source, reported);
+}
+
 // The minimum: the bytes of the file, once through a buffer.
 void floor_nodes(benchmark::State& state, const document& source) {
     std::vector<char> buffer(65536);
@@ -186,6 +209,7 @@ void add(const char* name, const document& (*source)(), const char* library, ope
 void add_all(const char* name, const document& (*source)()) {
     add(name, source, "tova", tova_nodes);
     add(name, source, "floor", floor_nodes);
+    add(name, source, "plain", plain_nodes);
 #ifdef HAVE_EXPAT
     add(name, source, "expat", expat_nodes);
 #endif

@@ -173,6 +173,58 @@ void floor_tokens(benchmark::State& state, const document& source) {
     finish(state, source, reported);
 }
 
+// Our own code without its fast paths: the operations of the parser for single constructs, which go
+// byte by byte. The document has nothing but elements, attributes, text and references.
+void plain_events(benchmark::State& state, const document& source) {
+    tova_counter reported;
+    for (auto _ : state) {
+        xml_parser parser;
+        xml_parser::iterator cursor = source.text.begin() + source.text.find("?>") + 2;
+        xml_parser::iterator end = source.text.end();
+        const auto take_start_tag = [&] {
+            const ustring8 name = parser.parse_name(++cursor, end);
+            reported.element_start(name);
+            ++cursor;
+            for (;;) {
+                parser.parse_whitespace(cursor, end);
+                if (*cursor == '>')
+                    return;
+                if (*cursor == '/') {
+                    reported.element_end(name);
+                    ++cursor;
+                    return;
+                }
+                const ustring8 attribute = parser.parse_name(cursor, end);
+                reported.attribute(attribute, parser.parse_attrib_value(cursor += 2, end));
+                ++cursor;
+            }
+        };
+        const auto is_space = [&](xml_parser::iterator at) { return parser.is_white_space(at); };
+        while (cursor != end) {
+            const ustring8 space = parser.parse_whitespace(cursor, end);
+            if (!space.empty())
+                reported.text(space);
+            if (cursor == end)
+                break;
+            if (*cursor == '<') {
+                if (cursor[1] == '/') {
+                    reported.element_end(parser.parse_name(cursor += 2, end));
+                    ++cursor;
+                } else {
+                    take_start_tag();
+                }
+                ++cursor;
+                continue;
+            }
+            ustring8 text;
+            for (; *cursor != '<' && !(is_space(cursor) && is_space(cursor + 1)); ++cursor)
+                text += *cursor == '&' ? parser.parse_character(cursor, end) : ustring8(1, *cursor);
+            reported.text(text);
+        }
+    }
+    finish(state, source, reported);
+}
+
 #ifdef HAVE_EXPAT
 void expat_events(benchmark::State& state, const document& source) {
     counts reported;
@@ -490,6 +542,7 @@ const bool added = [] {
         add("events", source, "tova", tova_events);
         add("tokens", source, "tova", tova_tokens);
         add("events", source, "floor", floor_events);
+        add("events", source, "plain", plain_events);
         add("tokens", source, "floor", floor_tokens);
 #ifdef HAVE_RAPIDXML
         add("events", source, "rapidxml", rapidxml_events);

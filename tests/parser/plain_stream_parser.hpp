@@ -34,6 +34,7 @@ public:
     std::string root;
 
     std::size_t parse_offset() const { return m_position - m_end + m_committed; }
+    bool has_node() const { return !m_queue.empty() && m_queue.front()->ready; }
     std::size_t queue_size() const {
         std::size_t count = 0;
         while (count < m_queue.size() && m_queue[count]->ready)
@@ -53,7 +54,7 @@ public:
     node pop() {
         const node first = *m_queue.front();
         m_queue.pop_front();
-        if (status <= 1 && queue_size() == 0)
+        if (status <= 1 && !has_node())
             do_parse();
         return first;
     }
@@ -149,7 +150,9 @@ private:
         return true;
     }
 
-    bool is_full(std::size_t limit) const { return m_queue.size() >= limit && queue_size() >= 2; }
+    bool is_full(std::size_t limit) const {
+        return m_queue.size() >= limit && m_queue[0]->ready && m_queue[1]->ready;
+    }
 
     void do_parse() {
         while (!m_finished && !is_full(100)) {

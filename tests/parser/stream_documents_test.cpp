@@ -116,7 +116,7 @@ public:
         m_parser.parse();
     }
 
-    bool has_node() const { return m_plain.queue_size() != 0; }
+    bool has_node() const { return m_plain.has_node(); }
 
     void pop() {
         ++popped_nodes;
