@@ -3,8 +3,9 @@
 #include "support/guide.hpp"
 #include "support/temporary_directory.hpp"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <string>
 
 namespace {
 
@@ -13,12 +14,11 @@ TEST(StreamParserGuide, ShowsTheCodeOfTheExample) {
         test_support::read_bytes(test_support::project_path("examples/tail/main.cpp"));
     int parts = 0;
     for (const auto& block : test_support::guide_blocks("docs/stream_parser.md", "cpp")) {
-        if (block.detail != "part")
-            continue;
-        EXPECT_THAT(code, ::testing::HasSubstr(block.text)) << "the block at line " << block.line;
-        ++parts;
+        // Other parts belong to a program in the guide itself.
+        if (block.detail == "part" && code.find(block.text) != std::string::npos)
+            ++parts;
     }
-    EXPECT_EQ(2, parts);
+    EXPECT_EQ(2, parts) << "a part of the example differs from the example";
 }
 
 }  // namespace
