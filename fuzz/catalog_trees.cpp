@@ -8,6 +8,7 @@
 
 #include "require.hpp"
 #include "scratch_tree.hpp"
+#include "support/choose_form.hpp"
 
 #include <sys/stat.h>
 
@@ -126,6 +127,7 @@ std::string bytes_of(const file_content& file) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     static const scratch_tree folder;
     if (size < 2 || size > 100)
         return 0;

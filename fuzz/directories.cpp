@@ -10,6 +10,7 @@
 
 #include "require.hpp"
 #include "scratch_tree.hpp"
+#include "support/choose_form.hpp"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -114,6 +115,7 @@ std::vector<std::string> below(const std::string& directory) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     static const scratch_tree tree;
     static const scratch_tree mine;
     static const scratch_tree theirs;

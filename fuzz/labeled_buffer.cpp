@@ -8,6 +8,7 @@
 
 #include "../tests/serialization/tree_model.hpp"
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -79,6 +80,7 @@ variant value_of(std::uint8_t byte) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     if (size > 300)
         return 0;
     pair pairs[2];

@@ -11,6 +11,7 @@
 
 #include "require.hpp"
 #include "scratch_tree.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -71,6 +72,7 @@ std::string text_of(const variant& value) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     static const scratch_tree folder;
     // Unknown arguments are reported there.
     std::cout.setstate(std::ios::failbit);

@@ -9,6 +9,7 @@
 #include "../tests/i18n/format_model.hpp"
 #include "require.hpp"
 #include "scratch_tree.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -57,6 +58,7 @@ variant value_of(std::uint8_t kind, const std::uint8_t* bits) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     static const fuzz_support::scratch_tree folder;
     const std::size_t piece = 11;
     if (size < piece || size > 40 * piece)

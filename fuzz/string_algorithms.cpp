@@ -8,6 +8,7 @@
 #include <tova/strings/split.hpp>
 
 #include "require.hpp"
+#include "support/choose_form.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -123,6 +124,7 @@ void compare_gh2(const std::string& text, const std::string& search,
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz_support::choose_kernel_form(data, size);
     if (size < 4)
         return 0;
     const int limit = static_cast<signed char>(data[0]);
