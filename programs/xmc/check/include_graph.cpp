@@ -57,17 +57,19 @@ bool include_graph::leads_to(const std::string& from, const std::string& to,
         [&](const edge& each) { return leads_to(canonical_path(each.target), to, seen); });
 }
 
-std::size_t include_graph::depth_of(const node& from, std::set<std::string>& path) const {
+// Each file is followed once, since a few files can include each other along very many paths.
+std::size_t include_graph::depth_of(const node& from, std::map<std::string, std::size_t>& known,
+                                    std::set<std::string>& path) const {
     std::size_t deepest_below = 0;
     for (const edge& each : from.edges) {
         const node* const target = node_of(each.target);
         const std::string name = canonical_path(each.target);
-        if (target == nullptr || path.size() > 10 * deepest || !path.insert(name).second)
+        if (target == nullptr || !path.insert(name).second)
             continue;
-        deepest_below = std::max(deepest_below, 1 + depth_of(*target, path));
+        if (known.find(name) == known.end())
+            known[name] = 1 + depth_of(*target, known, path);
+        deepest_below = std::max(deepest_below, known[name]);
         path.erase(name);
-        if (deepest_below > deepest)
-            break;
     }
     return deepest_below;
 }
@@ -117,6 +119,7 @@ void include_graph::check_edge(const node& from, const edge& each,
 std::vector<finding> include_graph::findings() const {
     std::vector<finding> found;
     std::map<std::string, double> known;
+    std::map<std::string, std::size_t> known_depths;
     for (const auto& entry : m_nodes) {
         const node& from = entry.second;
         for (const edge& each : from.edges)
@@ -124,7 +127,7 @@ std::vector<finding> include_graph::findings() const {
         if (from.edges.empty())
             continue;
         std::set<std::string> path = {entry.first};
-        if (depth_of(from, path) > deepest)
+        if (depth_of(from, known_depths, path) > deepest)
             found.push_back(at(from.edges[0], "include-depth",
                                "more than " + std::to_string(deepest) + " levels of includes"));
         path = {entry.first};

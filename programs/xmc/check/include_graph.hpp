@@ -41,7 +41,8 @@ private:
     void check_edge(const node& from, const edge& each, std::vector<finding>& found) const;
     bool leads_to(const std::string& from, const std::string& to,
                   std::set<std::string>& seen) const;
-    std::size_t depth_of(const node& from, std::set<std::string>& path) const;
+    std::size_t depth_of(const node& from, std::map<std::string, std::size_t>& known,
+                         std::set<std::string>& path) const;
     double reads_of(const node& from, std::map<std::string, double>& known,
                     std::set<std::string>& path) const;
 

@@ -205,6 +205,27 @@ TEST(Check, ReadsFoldersAsALoadDoes) {
     EXPECT_EQ(2u, check(command.check).findings().size());
 }
 
+// 2 to the 30 paths lead through these files.
+TEST(Check, FollowsEachIncludedFileOnce) {
+    const temporary_directory folder;
+    const int levels = 30;
+    for (int i = 0; i < levels; ++i) {
+        const std::string next = "<include file=\"" + std::to_string(i + 1) + ".part\"/>\n";
+        folder.write(i == 0 ? "app.xmc" : std::to_string(i) + ".part",
+                     head + next + next + "</xmc>\n");
+    }
+    folder.write(std::to_string(levels) + ".part", catalog_of("en", "<msg name=\"a\">a</msg>"));
+    check_command command;
+    command.check.paths = {folder.path()};
+    command.check.only = {"include-depth", "include-fan-out"};
+    std::set<std::string> found;
+    const report all = check(command.check);
+    for (const finding& each : all.findings())
+        if (each.file == folder.path("app.xmc"))
+            found.insert(each.broken_rule->id);
+    EXPECT_EQ((std::set<std::string>{"include-depth", "include-fan-out"}), found);
+}
+
 TEST(CheckProgram, HasTheExitCodesOfAllItsForms) {
     const temporary_directory folder;
     const std::string faulty =
