@@ -436,7 +436,7 @@ def main():
     parser.add_argument("--check", action="store_true")
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--rounds", type=int, default=5)
-    parser.add_argument("--seconds", type=float, default=0.05, help="minimum time of a measurement")
+    parser.add_argument("--seconds", type=float, default=0.03, help="minimum time of a measurement")
     options = parser.parse_intermixed_args()
 
     os.sched_setaffinity(0, {max(os.sched_getaffinity(0))})  # programs inherit it
