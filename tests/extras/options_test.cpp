@@ -628,8 +628,7 @@ TEST_F(Options, KeepsAFileThatWasNotLoadedWithoutErrors) {
     const std::string broken = "[server]\nport = eighty\n";
     EXPECT_FALSE(load_file(broken));
     m_options.set("ratio", 1.0);
-    EXPECT_EQ(path() + ": not saved, because it was not loaded without errors",
-              m_options.save().message);
+    EXPECT_EQ(path() + ": not saved, because loading it reported errors", m_options.save().message);
     EXPECT_EQ(broken, file());
 }
 

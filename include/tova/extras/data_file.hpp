@@ -1,5 +1,5 @@
 /// @file
-/// Data files that are whole or refused: serialized content in an envelope with a checksum.
+/// Data files: serialized content in an envelope with a checksum. Damaged files are refused.
 ///
 ///     tova::serialization::labeled_text_buffer state;
 ///     state.add_value("width", 0.1);
@@ -7,16 +7,15 @@
 ///         std::cout << "stored\n";
 ///     const auto loaded = tova::extras::load_data("state.dat", state);
 ///     if (!loaded)
-///         std::cerr << loaded.message << '\n';  // "state.dat: truncated, 12 of 76 bytes are
-///         there"
+///         std::cerr << loaded.message << '\n';  // "state.dat: damaged, the checksum differs"
 ///
 /// A truncated or changed file is refused with a reason, and the buffer keeps its content. Content
-/// is checked, too: whatever the bytes are, reading them ends and restores what was stored. The
-/// checksum finds damage, not intent: it is no signature.
+/// is checked, too: whatever the bytes are, the reader returns. The checksum detects damage; it is
+/// not a signature.
 ///
-/// A stored file replaces the old one at once, after it was written to the disk. Threads may store
-/// and load files at the same time, each with buffers of its own; whoever loads sees one of the
-/// contents, whole.
+/// A store replaces the old file atomically, after the new one was synced. Threads may store and
+/// load files at the same time, each with buffers of its own; a load sees either the old or the new
+/// content.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -114,12 +113,12 @@ enum class data_item {
 
 /// What a program expects of its data files.
 struct data_format {
-    /// `version` is stored with the content, and a file with a greater one is refused. Count it up
-    /// when older programs could no longer read what is stored.
+    /// `version` is stored with the content, and a file with a greater one is refused. Increase
+    /// it when older programs can no longer read what is stored.
     ///
-    /// `record` lists the items of a text or binary buffer, which hold no types of their own; the
-    /// content is any number of such records. Without it only a reader that tests every length is
-    /// safe from content that somebody made up: pass it for files from elsewhere.
+    /// `record` lists the items of a text or binary buffer, which store no types; the content is
+    /// any number of such records. Without it the items are not checked: pass it for files from
+    /// untrusted sources.
     data_format(unsigned content_version = 1,
                 std::vector<data_item> items = std::vector<data_item>())
         : version(content_version), record(std::move(items)) {}

@@ -190,19 +190,19 @@ struct option_status {
 
 class options;
 
-/// What a declaration of an option goes on with. `Value` is the type of the option.
+/// Refines a declared option. `options::add` returns it; `Value` is the type of the option.
 template <typename Value>
 class option {
 public:
     typedef typename _private::option_type<Value>::element element;  ///< The type of one value.
 
-    /// The option in one letter: `-p 80`, `-p80`. Raises nothing; the last option of a letter wins.
+    /// A name of one letter: `-p 80`, `-p80`. If two options have the same letter, the last one
+    /// wins.
     option& short_name(char letter) {
         m_record->short_name = letter;
         return *this;
     }
-    /// The option in words, without the two minus signs; the key if nothing is said. The key itself
-    /// works as well.
+    /// The name after `--`; by default that is the key. The key itself works as well.
     option& long_name(const std::string& words) {
         m_record->long_name = _private::lower_case(words);
         return *this;
@@ -243,7 +243,7 @@ public:
         });
         return *this;
     }
-    /// Some source must have the option; the default does not count.
+    /// A source must set the option; the default does not count.
     option& required() {
         m_record->is_required = true;
         return *this;
@@ -268,8 +268,8 @@ private:
 /// last value, and a list has all of them. Every other argument, and each one after `--`, is left
 /// to `arguments`.
 ///
-/// A wrong declaration, a `get` of another type and an undeclared key are mistakes of the program
-/// and raise `std::logic_error`.
+/// A wrong declaration, a `get` of another type and an undeclared key are programming errors and
+/// raise `std::logic_error`.
 class options {
 public:
     /// The program's name, its version and one sentence for the help. Declares `--help`, `-h` and
@@ -310,11 +310,11 @@ public:
         m_has_file = true;
         return declare("cfg_file", path, "settings file", true).value_name("FILE");
     }
-    /// Leaves the keys of a section of the file to others.
+    /// Accepts any key in that section of the file, for other readers of the file.
     void foreign_section(const std::string& name) { m_foreign.push_back(name + '.'); }
 
-    /// Takes arguments that are no options, and names them in the help: "FILE...". Without a call
-    /// there may be none.
+    /// Allows arguments that are not options, and names them in the help: "FILE...". Without this
+    /// call they are errors.
     void takes_arguments(const std::string& shown, std::size_t least = 0,
                          std::size_t most = std::numeric_limits<std::size_t>::max()) {
         m_arguments_shown = shown;
@@ -396,7 +396,7 @@ public:
         }
         return "default";
     }
-    /// The arguments that are no options, in their order.
+    /// The arguments that are not options, in order.
     const std::vector<std::string>& arguments() const { return m_arguments; }
 
     /// All values under their keys, for code that takes a manager of the library. Its sources are
@@ -423,7 +423,7 @@ public:
     void set(const std::string& key, const char* value) { set(key, std::string(value)); }
 
     /// Stores what was `set` in the settings file and leaves everything else in it as it is:
-    /// comments, order, other keys. The file is replaced at once, as data files are, or created.
+    /// comments, order, other keys. The file is replaced atomically, as data files are, or created.
     ///
     /// The file is kept, and the message says why, if it could not be loaded or had an error, if it
     /// was changed since, if it cannot hold a value (an empty one or one with a double quote), and
@@ -432,7 +432,7 @@ public:
         if (!m_has_file || m_path.empty())
             return {"there is no settings file"};
         if (m_file_state == file_state::failed)
-            return {m_path + ": not saved, because it was not loaded without errors"};
+            return {m_path + ": not saved, because loading it reported errors"};
         std::string now;
         const _private::file_status read = _private::read_whole(m_path, now);
         const bool is_missing = !read && read.number == ENOENT;
