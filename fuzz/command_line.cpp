@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <iostream>
+#include <streambuf>
 #include <string>
 #include <typeinfo>
 #include <vector>
@@ -18,12 +19,9 @@ using fuzz_support::require;
 using tova::config::commandline_item;
 using tova::types::variant;
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    std::cout.rdbuf(nullptr);  // no warnings
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static std::streambuf* const s_output = std::cout.rdbuf(nullptr);  // no warnings
+    static_cast<void>(s_output);
     fuzz_support::choose_kernel_form(data, size);
     const std::string text(reinterpret_cast<const char*>(data), size);
     std::vector<const char*> arguments;
