@@ -4,7 +4,7 @@
 # tests/first_contact.sh [COMMIT]: makes such a system in a temporary directory (root and debootstrap
 # are needed), clones COMMIT into it, runs the README's commands one by one and compares what they
 # print with what the README shows. The time without the download and set-up of packages is printed,
-# with a remark if it is more than two minutes; a busy machine alone makes no difference to the result.
+# with a remark if it is more than two minutes: a busy machine is no error of the README.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 commit=$(git rev-parse "${1:-HEAD}")
@@ -53,4 +53,4 @@ for sentence in "One program, six languages" "==> Installed below /usr/local"; d
 done
 commands=$(grep -c . "$root/root/commands")
 echo "first contact: $commands lines of commands, $own s beside $packages s of package installation"
-((own <= limit)) || echo "first contact: more than $limit s; an idle machine with 2 cores needs less"
+((own <= limit)) || echo "first contact: more than $limit s"
