@@ -55,6 +55,13 @@ std::string target_of(const std::string& path) {
     return target;
 }
 
+// A device or a pipe. Replacing it by a file would take it away from everybody else.
+bool is_special(const std::string& path) {
+    struct stat status;
+    return ::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) &&
+           !S_ISDIR(status.st_mode);
+}
+
 mode_t mode_for(const std::string& path) {
     struct stat status;
     if (::stat(path.c_str(), &status) == 0)
@@ -95,6 +102,12 @@ std::string read_file(const std::string& path) {
 
 void write_file(const std::string& path, std::string_view bytes) {
     const std::string target = target_of(path);
+    if (is_special(target)) {
+        const descriptor file(::open(target.c_str(), O_WRONLY | O_CLOEXEC));
+        if (file.number() < 0 || !write_all(file.number(), bytes))
+            fail(path);
+        return;
+    }
     std::string fresh = target + ".XXXXXX";
     const int number = ::mkstemp(&fresh[0]);
     if (number < 0)

@@ -25,7 +25,8 @@ public:
 std::string read_file(const std::string& path);
 
 /// Replaces a file in one step: a reader sees the old content or the new one. The permissions of an
-/// existing file are kept, and a symbolic link stays one: its target is replaced.
+/// existing file are kept, and a symbolic link stays one: its target is replaced. A device or a
+/// pipe is written to.
 void write_file(const std::string& path, std::string_view bytes);
 
 /// Counted from 1; a column is a byte.

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -66,4 +67,20 @@ TEST(Files, ThatCannotBeReadOrWrittenRaiseTheirNameAndTheReason) {
 
 TEST(ReadFile, ReadsFilesWithoutASize) {
     EXPECT_FALSE(read_file("/proc/self/status").empty());
+}
+
+TEST(WriteFile, WritesToAPipeAndLeavesItThere) {
+    const temporary_directory folder;
+    const std::string pipe = folder.path("pipe");
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(reader, 0);
+    write_file(pipe, "text");
+    char buffer[8] = {};
+    EXPECT_EQ(4, read(reader, buffer, sizeof buffer));
+    EXPECT_STREQ("text", buffer);
+    close(reader);
+    struct stat status;
+    ASSERT_EQ(0, stat(pipe.c_str(), &status));
+    EXPECT_TRUE(S_ISFIFO(status.st_mode));
 }
