@@ -65,5 +65,5 @@ done
 apt-get purge -y -q 'libtova*' 'tova-*' >log 2>&1 || { tail -20 log; exit 1; }
 after=$(find / -xdev -path /root -prune -o -path /proc -prune -o -iname '*tova*' -print |
     grep -v '^/var/cache/apt\|^/var/lib/apt' || true)
-[[ $before == "$after" ]] || fail "something stays behind: $after"
+[[ $before == "$after" ]] || fail "the removal left $after"
 echo "nothing stays after their removal"

@@ -41,7 +41,7 @@ bool is_in(const range (&ranges)[Size], std::uint32_t character) {
     return after != std::begin(ranges) && character <= std::prev(after)->last;
 }
 
-// Moves behind one character. An invalid byte is a character of its own.
+// Moves past one character. An invalid byte counts as one character.
 std::uint32_t take_character(std::string_view text, std::size_t& position) {
     const auto lead = static_cast<unsigned char>(text[position++]);
     const std::size_t following = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;

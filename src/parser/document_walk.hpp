@@ -33,8 +33,9 @@
 /// A start tag pushes its name, an end tag and `/>` pop one. A comment or section is complete at
 /// once, so it leaves the tag that its `<` opened.
 ///
-/// A handler may parse with the same parser, or move a cursor that is its caller's. So the context
-/// is told the position before each event and asked for it afterwards, and the state is read again.
+/// A handler may parse with the same parser, or move a cursor that is its caller's. So the walk
+/// gives its position to the context before each event, and takes the position and the state back
+/// after it.
 ///
 /// A walk belongs to one thread.
 #pragma once
@@ -317,7 +318,7 @@ private:
         return end;
     }
 
-    // Appends what precedes a reference, and its byte, and moves the beginning behind it.
+    // Appends what precedes a reference, and its byte, and moves the beginning past it.
     void take_reference(const char*& begin, const char* reference) {
         m_composed.append(begin, reference);
         begin = reference;

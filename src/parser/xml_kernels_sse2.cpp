@@ -35,10 +35,10 @@ void classify_sse2(const char* block, block_masks& masks) {
         const __m128i letters = within(_mm_or_si128(bytes, _mm_set1_epi8(0x20)), 'a', 26);
         const __m128i digits = within(bytes, '0', 10);
         const __m128i line_feeds = equal(bytes, '\n');
-        const __m128i blanks = _mm_or_si128(equal(bytes, ' '), equal(bytes, '\t'));
+        const __m128i spaces_and_tabs = _mm_or_si128(equal(bytes, ' '), equal(bytes, '\t'));
         masks.name |= bits(_mm_or_si128(_mm_or_si128(letters, digits), equal(bytes, '_'))) << i;
         masks.white_space |=
-            bits(_mm_or_si128(_mm_or_si128(blanks, line_feeds), equal(bytes, '\r'))) << i;
+            bits(_mm_or_si128(_mm_or_si128(spaces_and_tabs, line_feeds), equal(bytes, '\r'))) << i;
         masks.line_feed |= bits(line_feeds) << i;
         masks.markup |= bits(_mm_or_si128(equal(bytes, '<'), equal(bytes, '&'))) << i;
         masks.double_quote |= bits(equal(bytes, '"')) << i;

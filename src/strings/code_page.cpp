@@ -173,12 +173,12 @@ public:
             m_window = window_after_error;
         for (;;) {
             std::size_t offered = std::min(m_input_left, m_window);
-            const std::size_t behind = m_input_left - offered;
+            const std::size_t not_offered = m_input_left - offered;
             char* position = &m_output[0] + m_offset;
             const bool done = iconv(handle, &m_input, &offered, &position, &m_room) != iconv_failed;
             m_offset = static_cast<std::size_t>(position - &m_output[0]);
-            m_input_left = behind + offered;
-            if (behind == 0 || !(done || errno == EINVAL))
+            m_input_left = not_offered + offered;
+            if (not_offered == 0 || !(done || errno == EINVAL))
                 return done;
             if (one_window)
                 return true;

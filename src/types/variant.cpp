@@ -20,7 +20,7 @@ variant_type* make_body(T value) {
 }
 
 // The standard comparison of `std::type_info`, so a body created in another module matches, too.
-// Names that begin differently are told apart without a call.
+// If the first bytes differ, the names do, and no call is needed.
 inline bool is_nil_type(const std::type_info& type) {
     return *type.name() == *typeid(nil_t).name() && type == typeid(nil_t);
 }

@@ -586,7 +586,7 @@ TEST(DataFileStore, AnyFailureKeepsTheOldFile) {
         EXPECT_THAT(status.message, HasSubstr("Input/output error"));
         EXPECT_EQ("old", test_support::read_bytes(path));
         EXPECT_EQ(0, ::unlink(path.c_str()));
-        EXPECT_EQ(0, ::rmdir(directory.path().c_str())) << "a file was left behind";
+        EXPECT_EQ(0, ::rmdir(directory.path().c_str())) << "the directory still has a file";
         EXPECT_EQ(0, ::mkdir(directory.path().c_str(), 0700));
     }
 }

@@ -429,7 +429,7 @@ private:
         return at;
     }
 
-    // Moves behind the ';'. Tolerant: an invalid reference is its '&' alone.
+    // Moves past the ';'. In the tolerant reading an invalid reference is only its '&'.
     char take_reference(const char*& at) {
         for (const auto& entity : entities) {
             if (begins_with(at, entity.text)) {

@@ -42,7 +42,8 @@ public:
                 return "a settings file cannot hold " + value;
             written += (written.empty() ? "" : ", ") + one;
         }
-        // The entry that counts is the last one. Others of a list would leave elements behind.
+        // The last entry counts. Earlier ones are removed as well: those of a list would add
+        // elements.
         const entry* last = nullptr;
         for (const entry& one : m_entries)
             if (one.key == key)
