@@ -2,6 +2,7 @@
 #include "xmc/check/check.hpp"
 #include "xmc/commands/coverage.hpp"
 #include "xmc/commands/edit.hpp"
+#include "xmc/commands/exchange.hpp"
 #include "xmc/commands/keys.hpp"
 #include "xmc/commands/render.hpp"
 #include "xmc/rules.hpp"
@@ -33,6 +34,8 @@ public:
         add_diff();
         add_merge();
         add_pseudo();
+        add_export();
+        add_import();
         add_keys();
         add_scan();
         m_line.add_section("SEE ALSO", "The guide for translators is part of the documentation of "
@@ -74,6 +77,8 @@ private:
     void add_diff();
     void add_merge();
     void add_pseudo();
+    void add_export();
+    void add_import();
     void add_keys();
     void add_scan();
 
@@ -87,6 +92,8 @@ private:
     diff_options m_diff;
     merge_options m_merge;
     pseudo_options m_pseudo;
+    export_options m_export;
+    import_options m_import;
     keys_options m_keys;
     scan_options m_scan;
 };
@@ -229,6 +236,46 @@ void tool::add_pseudo() {
                "LANG");
     value_name(command.add_option("--to", m_pseudo.to, "the locale of the result (en_XA)"), "LANG");
     add_output(command, m_pseudo.output);
+}
+
+void tool::add_export() {
+    CLI::App& command =
+        m_line.add_command("export", "write a locale for translators: PO, XLIFF or CSV",
+                           [this] { return run_export(m_export, std::cout); });
+    require_paths(command, m_export.paths);
+    value_name(command.add_option("-l,--lang", m_export.locale,
+                                  "the locale to translate into (none: a template)"),
+               "LANG");
+    value_name(
+        command.add_option("--reference", m_export.reference, "the locale to translate from (en)"),
+        "LANG");
+    command.add_option("--format", m_export.format, "po, xliff (1.2), xliff2 (2.0) or csv (po)")
+        ->check(CLI::IsMember({"po", "xliff", "xliff2", "csv"}));
+    command.add_option("--catalog", m_export.catalogs, "these catalogs only")
+        ->delimiter(',')
+        ->type_name("NAMES");
+    add_output(command, m_export.output);
+    command.add_flag("--json", m_export.as_json, "with --output: write the counts as JSON");
+}
+
+void tool::add_import() {
+    CLI::App& command = m_line.add_command(
+        "import", "make a catalog from what translators return, or from another program's PO",
+        [this] { return run_import(m_import, std::cout, std::cerr); });
+    value_name(command.add_option("FILE", m_import.file, "a .po, .xlf, .xliff or .csv file"),
+               "FILE")
+        ->required();
+    value_name(command.add_option("-l,--lang", m_import.locale, "the locale (as the file says)"),
+               "LANG");
+    value_name(command.add_option("--reference", m_import.reference,
+                                  "the locale of the sources, where the file does not say (en)"),
+               "LANG");
+    value_name(command.add_option("--catalog", m_import.catalog,
+                                  "the catalog, where the file does not say (messages)"),
+               "NAME");
+    command.add_flag("--with-source", m_import.with_sources, "add the messages of the reference");
+    add_output(command, m_import.output);
+    command.add_flag("--json", m_import.as_json, "with --output: write the findings as JSON");
 }
 
 void tool::add_keys() {

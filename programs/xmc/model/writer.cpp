@@ -167,6 +167,7 @@ void writer::end_catalog() {
 }
 
 void writer::line(std::string_view text) {
+    m_is_empty = false;
     ((m_text += m_in_catalog ? "    " : "  ") += text) += '\n';
 }
 

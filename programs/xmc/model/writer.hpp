@@ -43,12 +43,15 @@ public:
     /// A line of its own at the current level, such as a comment or an include.
     void line(std::string_view text);
 
+    bool is_empty() const { return m_is_empty; }
+
     /// The whole file.
     std::string text() const;
 
 private:
     std::string m_text;
     bool m_in_catalog = false;
+    bool m_is_empty = true;
 };
 
 /// A file in the canonical layout: one message to a line, comments kept, and the content of a

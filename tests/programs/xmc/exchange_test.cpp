@@ -1,0 +1,406 @@
+#include "against_loader.hpp"
+
+#include "support/program.hpp"
+#include "support/temporary_directory.hpp"
+#include "support/text_file.hpp"
+#include "xmc/exchange/csv.hpp"
+#include "xmc/exchange/foreign_format.hpp"
+#include "xmc/exchange/plural_forms.hpp"
+#include "xmc/exchange/po.hpp"
+#include "xmc/exchange/xliff.hpp"
+
+#include <tova/extras/plural.hpp>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace tova_programs;
+using namespace tova_programs::xmc;
+using test_support::run_program;
+using test_support::temporary_directory;
+
+namespace {
+
+// What the library loads from a file for a locale, as one text.
+std::string loaded(const std::string& bytes, const std::string& locale) {
+    xmc_test::xmc_file_loader loader;
+    loader.handle_language(locale);
+    const auto error = loader.parse_string(bytes + '\0', "f");
+    EXPECT_EQ(xmc_test::xmc_file_loader::no_error, error.type) << error.message << bytes;
+    std::map<tova::strings::ustring8, tova::memory::pointers::shared_pointer<tova::i18n::catalog_t>>
+        all;
+    loader.combine_data(all, {});
+    return xmc_test::described(all);
+}
+
+const std::vector<std::string> words = {"a",
+                                        "file",
+                                        " ",
+                                        "  ",
+                                        "\n",
+                                        "\t",
+                                        "\r",
+                                        "{",
+                                        "}",
+                                        "{n}",
+                                        "}}",
+                                        "<",
+                                        "&",
+                                        "\"",
+                                        "\\",
+                                        "\\n",
+                                        "%d",
+                                        "%",
+                                        "'",
+                                        ",",
+                                        ";",
+                                        "=",
+                                        "\x01",
+                                        "\x7F",
+                                        "\xC3\xA4",
+                                        "\xFF",
+                                        "\xC3",
+                                        "\xED\xA0\x80",
+                                        "\xEF\xBF\xBF",
+                                        "/",
+                                        "#",
+                                        "msg",
+                                        "\xF0\x9F\x98\x80",
+                                        "]]>",
+                                        "{n} = x",
+                                        std::string("\0", 1)};
+
+// Random catalogs: any bytes in texts, keys, notes and names of arguments, arguments of any type,
+// plural forms, contexts, and messages that one of the two locales lacks.
+class generator {
+public:
+    explicit generator(unsigned seed) : m_random(seed) {}
+
+    std::string catalogs() {
+        writer out;
+        std::vector<std::pair<std::string, std::string>> keys;
+        for (auto count = 1 + below(2); count != 0; --count) {
+            const std::string catalog = below(3) == 0 ? text() : "app";
+            for (auto messages = 1 + below(3); messages != 0; --messages)
+                keys.emplace_back(catalog, below(2) == 0 ? text() : "key" + number());
+            if (below(3) == 0)
+                for (const char* form : {"one", "other", "few", "many"})
+                    if (below(5) != 0)
+                        keys.emplace_back(catalog, std::string("files.") + form);
+        }
+        const std::string locales[] = {"en", m_locale};
+        for (const std::string& locale : locales)
+            for (const auto& key : keys) {
+                if (below(6) == 0 && &key != &keys[0])
+                    continue;
+                out.begin_catalog(key.first, locale);
+                out.message(key.second, below(4) == 0 ? text() : "", pieces());
+                out.end_catalog();
+            }
+        return out.text();
+    }
+
+    const std::string& locale() {
+        static const std::vector<std::string> all = {"de",    "pl", "ja",      "ar",
+                                                     "de_AT", "fr", "sr@latin"};
+        return m_locale = all[below(all.size())];
+    }
+
+private:
+    std::size_t below(std::size_t limit) { return m_random() % limit; }
+    std::string number() { return std::to_string(below(100)); }
+
+    std::string text() {
+        std::string result;
+        for (auto count = 1 + below(4); count != 0; --count)
+            result += words[below(words.size())];
+        return result;
+    }
+
+    std::vector<piece> pieces() {
+        std::vector<piece> result;
+        for (auto count = below(5); count != 0; --count) {
+            piece one;
+            one.is_argument = below(2) == 0;
+            one.text = one.is_argument && below(3) != 0 ? "n" : text();
+            if (one.is_argument) {
+                one.attributes = {{"name", one.text}};
+                if (below(2) == 0)
+                    one.attributes.emplace_back("type", name_of(static_cast<item_type>(below(12))));
+                if (below(3) == 0)
+                    one.attributes.emplace_back("precision", below(4) == 0 ? text() : number());
+            } else if (!result.empty() && !result.back().is_argument) {
+                continue;
+            }
+            result.push_back(one);
+        }
+        return result;
+    }
+
+    std::mt19937 m_random;
+    std::string m_locale;
+};
+
+// Writes messages in a format and reads them again.
+imported round_trip(const exchange& all, const std::string& format) {
+    if (format == "po")
+        return read_po(po_text(all), "f.po", {});
+    if (format == "csv")
+        return read_csv(csv_text(all), "f.csv", {});
+    const auto version = format == "xliff" ? xliff_version::v1_2 : xliff_version::v2_0;
+    return read_xliff(xliff_text(all, version), "f.xlf", {});
+}
+
+exchange collected(const std::string& bytes, const std::string& locale) {
+    documents files;
+    files.push_back(std::make_unique<document>("f", bytes));
+    return collect(files, locale, "en");
+}
+
+}  // namespace
+
+// Each catalog in one of the formats. TOVA_EXCHANGE_ALL=1 takes all formats for each.
+TEST(Exchange, KeepsTheLoadedModelOfTenThousandCatalogs) {
+    const std::vector<std::string> formats = {"po", "xliff", "xliff2", "csv"};
+    const bool takes_all = std::getenv("TOVA_EXCHANGE_ALL") != nullptr;
+    for (unsigned seed = 0; seed < 10000; ++seed) {
+        generator random(seed);
+        const std::string locale = random.locale();
+        const std::string before = random.catalogs();
+        const exchange all = collected(before, locale);
+        for (std::size_t i = 0; i < formats.size(); ++i) {
+            if (!takes_all && i != seed % formats.size())
+                continue;
+            SCOPED_TRACE(formats[i] + ", seed " + std::to_string(seed));
+            const imported back = round_trip(all, formats[i]);
+            ASSERT_TRUE(back.problems.empty()) << back.problems[0].text << before;
+            ASSERT_EQ(locale, back.all.locale);
+            const std::string after = catalogs_of(back.all, true);
+            for (const std::string& wanted : {locale, std::string("en")})
+                ASSERT_EQ(loaded(before, wanted), loaded(after, wanted)) << before << po_text(all);
+        }
+    }
+}
+
+TEST(Exchange, JoinsPluralFormsWhereNothingIsLost) {
+    const std::string before = R"(<?xml version="1.0"?><xmc version="1.1">
+<catalog name="app" lang="en">
+<msg name="files.one" meta="In the title">one file</msg>
+<msg name="files.other" meta="In the title"><arg name="n" type="int"/> files</msg>
+</catalog>
+<catalog name="app" lang="pl">
+<msg name="files.one">jeden plik</msg>
+<msg name="files.few"><arg name="n" type="int"/> pliki</msg>
+<msg name="files.many"><arg name="n" type="int"/> plików</msg>
+<msg name="files.other"><arg name="n" type="int"/> pliku</msg>
+</catalog></xmc>)";
+    const std::string text = po_text(collected(before, "pl"));
+    const auto begin = text.find("\n\n");
+    EXPECT_EQ(R"(
+#. Note: In the title
+#. {n} = <arg name="n" type="int"/>
+#, python-brace-format
+msgctxt "app/files.*"
+msgid "one file"
+msgid_plural "{n} files"
+msgstr[0] "jeden plik"
+msgstr[1] "{n} pliki"
+msgstr[2] "{n} plików"
+
+#. Note: In the title
+#. {n} = <arg name="n" type="int"/>
+#, python-brace-format
+msgctxt "app/files.other"
+msgid "{n} files"
+msgstr "{n} pliku"
+)",
+              text.substr(begin + 1));
+}
+
+TEST(Exchange, MakesKeysOfForeignMessages) {
+    const std::string po = R"(# A comment
+msgid ""
+msgstr ""
+"Language: pl\n"
+"Content-Type: text/plain; charset=ISO-8859-2\n"
+"Plural-Forms: nplurals=3; plural=n==1 ? 0 : n%10>=2 && n%10<=4 && (n%100<10 || n%100>=20) ? 1 : 2;\n"
+
+#. A button
+msgctxt "menu"
+msgid "Open"
+msgstr "Otw)"
+                           "\xF3"
+                           R"(rz"
+
+#, c-format
+msgid "%d file"
+msgid_plural "%d files"
+msgstr[0] "%d plik"
+msgstr[1] "%d pliki"
+msgstr[2] "%d plik)"
+                           "\xF3"
+                           R"(w"
+
+#, fuzzy
+msgid "Close"
+msgstr "Zamknij"
+
+#, c-format
+msgid ""
+"Used: "
+"%5.1f%%"
+msgstr "Zaj\304\231te: %5.1f%%"
+
+msgid "Untranslated"
+msgstr ""
+
+#~ msgid "Gone"
+#~ msgstr "Stare"
+)";
+    std::string bytes = po;
+    // The file is in ISO 8859-2.
+    const auto escape = bytes.find("\\304\\231");
+    bytes.replace(escape, 8, "\xEA");
+    for (auto at = bytes.find("\\xF3"); at != bytes.npos; at = bytes.find("\\xF3"))
+        bytes.replace(at, 4, "\xF3");
+    const imported result = read_po(bytes, "pl.po", {"app", "", "en"});
+    EXPECT_EQ(R"(<?xml version="1.0" encoding="UTF-8"?>
+<xmc version="1.1">
+  <catalog name="app" lang="pl">
+    <msg name="Open@menu">Otwórz</msg>
+    <msg name="%d file.one"><arg name="arg1" type="int"/> plik</msg>
+    <msg name="%d file.other"><arg name="arg1" type="int"/> plików</msg>
+    <msg name="%d file.few"><arg name="arg1" type="int"/> pliki</msg>
+    <msg name="%d file.many"><arg name="arg1" type="int"/> plików</msg>
+    <msg name="Used: %5.1f%%">Zajęte: <arg name="arg1" type="double" precision="1"/>%</msg>
+  </catalog>
+</xmc>
+)",
+              catalogs_of(result.all, false));
+    EXPECT_EQ(2u, result.untranslated);
+    EXPECT_EQ(1u, result.fuzzy);
+    ASSERT_EQ(2u, result.problems.size());
+    EXPECT_EQ("\"%5.1f\" is shown without its width", result.problems[0].text);
+    EXPECT_EQ(25u, result.problems[0].line);
+}
+
+TEST(Exchange, NamesTheLineOfWhatIsNoPoFile) {
+    const struct {
+        const char* text;
+        const char* message;
+    } cases[] = {
+        {"msgid \"a\"\nmsgstr \"b\"\n", "f.po: names no language; say it with --lang"},
+        {"msgid a\n", "f.po:1: a string in quotes is missing"},
+        {"\nmsgid \"a\nmsgstr \"b\"\n", "f.po:2: a string in quotes is missing"},
+        {"msgid \"a\"b\"\n", "f.po:1: a quote within a string: write \\\""},
+        {"msgstr \"a\"\n", "f.po:1: \"msgstr\" without \"msgid\""},
+        {"hello\n", "f.po:1: neither a comment, a keyword nor a string"},
+    };
+    for (const auto& c : cases) {
+        try {
+            read_po(c.text, "f.po", {});
+            ADD_FAILURE() << c.text;
+        } catch (const file_error& error) {
+            EXPECT_STREQ(c.message, error.what());
+        }
+    }
+}
+
+TEST(PluralForms, AreThoseOfEveryLanguageThatHasAUsualHeader) {
+    std::size_t found = 0;
+    for (const char* const locale :
+         {"en", "de", "fr", "es", "it", "pt", "pl", "ru", "uk", "cs", "sk", "lt", "lv", "ro",
+          "sl", "ar", "ga", "he", "ja", "zh", "ko", "hu", "tr", "fi", "sv", "hr", "sr", "cy",
+          "mt", "gd", "is", "fa", "hi", "vi", "id", "bg", "el", "nl", "da", "nb"}) {
+        SCOPED_TRACE(locale);
+        const plural_header header(plural_header_for(locale));
+        ASSERT_TRUE(header.is_valid());
+        const auto forms = categories_of_forms(header, locale);
+        for (unsigned long n = 0; n < 3000; ++n) {
+            const auto form = header.form_of(n);
+            ASSERT_LT(form, forms.size());
+            ASSERT_EQ(category_of(locale, n), forms[form].at(0)) << n;
+        }
+        ++found;
+    }
+    EXPECT_EQ(40u, found);
+}
+
+TEST(PluralForms, OfAHeaderAreReadAsC) {
+    const struct {
+        const char* header;
+        unsigned long number;
+        unsigned long form;
+    } cases[] = {
+        {"nplurals=2; plural=n!=1;", 1, 0},
+        {"nplurals=2; plural=(n != 1);\n", 2, 1},
+        {"nplurals=3; plural=n==1 ? 0 : n>=2 && n<=4 ? 1 : 2;", 3, 1},
+        {"nplurals=3; plural=n==1 ? 0 : n>=2 && n<=4 ? 1 : 2;", 5, 2},
+        {"nplurals=2; plural=!(n==1 || n%10*2-2 == 0 && n/100 < 1);", 11, 0},
+        {"nplurals=2; plural=n + 1 > 2;", 1, 0},
+    };
+    for (const auto& c : cases) {
+        std::string text = c.header;
+        text.erase(text.find_last_not_of('\n') + 1);
+        EXPECT_EQ(c.form, plural_header(text).form_of(c.number)) << c.header;
+    }
+    for (const char* wrong : {"", "nplurals=2", "nplurals=2; plural=", "nplurals=2; plural=n=1;",
+                              "nplurals=1; plural=n;", "nplurals=2; plural=(n;",
+                              "nplurals=2; plural=n/0;", "nplurals=99; plural=0;"})
+        EXPECT_FALSE(plural_header(wrong).is_valid()) << wrong;
+}
+
+TEST(ForeignFormat, BecomesItemsOrIsListed) {
+    const struct {
+        const char* text;
+        foreign_format format;
+        const char* content;
+        std::vector<std::string> unknown;
+    } cases[] = {
+        {"100%", foreign_format::none, "100%", {}},
+        {"%s has %d",
+         foreign_format::c,
+         "<arg name=\"arg1\"/> has <arg name=\"arg2\" type=\"int\"/>",
+         {}},
+        {"%2$s, %1$lu",
+         foreign_format::c,
+         "<arg name=\"arg2\"/>, <arg name=\"arg1\" type=\"int\"/>",
+         {}},
+        {"%.2f%%", foreign_format::c, "<arg name=\"arg1\" type=\"double\" precision=\"2\"/>%", {}},
+        {"%f", foreign_format::c, "<arg name=\"arg1\" type=\"double\" precision=\"6\"/>", {}},
+        {"%5d",
+         foreign_format::c,
+         "<arg name=\"arg1\" type=\"int\"/>",
+         {"\"%5d\" is shown without its width"}},
+        {"%-5s", foreign_format::c, "%-5s", {"\"%-5s\" has no item and stays text"}},
+        {"%x %s",
+         foreign_format::c,
+         "%x <arg name=\"arg2\"/>",
+         {"\"%x\" has no item and stays text"}},
+        {"%*d", foreign_format::c, "%*d", {"\"%*d\" has no item and stays text"}},
+        {"50 %", foreign_format::c, "50 %", {"\"%\" has no item and stays text"}},
+        {"%(who)s: %(n)d",
+         foreign_format::python,
+         "<arg name=\"who\"/>: <arg name=\"n\" type=\"int\"/>",
+         {}},
+        {"{who} {{0}} {0}",
+         foreign_format::python_brace,
+         "<arg name=\"who\"/> {0} <arg name=\"arg1\"/>",
+         {}},
+        {"{n:>5}",
+         foreign_format::python_brace,
+         "{n:&gt;5}",
+         {"\"{n:>5}\" has no item and stays text"}},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> unknown;
+        EXPECT_EQ(c.content, content_of(read_foreign(c.text, c.format, unknown).pieces)) << c.text;
+        EXPECT_EQ(c.unknown, unknown) << c.text;
+    }
+}
