@@ -285,7 +285,7 @@ msgstr ""
               catalogs_of(result.all, false));
     EXPECT_EQ(2u, result.untranslated);
     EXPECT_EQ(1u, result.fuzzy);
-    ASSERT_EQ(2u, result.problems.size());
+    ASSERT_EQ(1u, result.problems.size());
     EXPECT_EQ("\"%5.1f\" is shown without its width", result.problems[0].text);
     EXPECT_EQ(25u, result.problems[0].line);
 }
