@@ -301,6 +301,29 @@ TEST(AfterBadAlloc, ASetOfCatalogsIsCompletedByAnotherLoad) {
         });
 }
 
+TEST(AfterBadAlloc, ADocumentThatWasNotReadLeavesNoMemory) {
+    const ustring8 document("<?xml version=\"1.0\"?><xmc version=\"1.1\"></xmc>");
+    const auto read = [&document] {
+        i18n::_private::xmc_file_loader loader;
+        loader.parse_string(document, "a.xmc");
+    };
+    read();
+    for (unsigned successes = 0;; ++successes) {
+        SCOPED_TRACE("allocation " + std::to_string(successes));
+        const long before = test_support::live_allocations();
+        bool failed = true;
+        try {
+            const failing_allocation failure(successes);
+            read();
+            failed = failure.failed();
+        } catch (const std::bad_alloc&) {
+        }
+        EXPECT_EQ(before, test_support::live_allocations());
+        if (!failed || ::testing::Test::HasFailure())
+            return;
+    }
+}
+
 TEST(AfterBadAlloc, AFileThatWasNotLoadedLeavesTheContent) {
     const temporary_directory files;
     const ustring8 path = files.write("file", std::string(1000, 'x'));

@@ -73,7 +73,7 @@ public:
     }
     load_error read_bytes(const ustring8& bytes, const ustring8& path) {
         return read([this, &bytes, &path] {
-            m_files.emplace_back(new open_file(path));
+            m_files.push_back(std::unique_ptr<open_file>(new open_file(path)));
             begin(bytes);
         });
     }
