@@ -33,7 +33,7 @@ RESULTS = ROOT / "build" / "prove"
 PAGE = ROOT / "docs" / "testing.md"
 
 # In the order of the page.
-MEASURES = ("coverage", "mutants", "fuzzing", "gates", "golden", "growth", "hardening",
+MEASURES = ("coverage", "mutants", "allocations", "fuzzing", "gates", "golden", "growth", "hardening",
             "traceability")
 
 # What a result depends on. A change of the documents invalidates nothing.
