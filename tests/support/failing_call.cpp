@@ -1,13 +1,16 @@
 #include "support/failing_call.hpp"
 
+#include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdarg>
 #include <cstddef>
+#include <cstdio>
 
 namespace {
 
@@ -59,6 +62,19 @@ int query(const char* path, void* status) {
         return -1;
     static const auto call = real<int (*)(const char*, void*)>("lstat");
     return call(path, status);
+}
+
+int query_target(const char* path, void* status) {
+    if (fails(system_call::stat))
+        return -1;
+    static const auto call = real<int (*)(const char*, void*)>("stat");
+    return call(path, status);
+}
+
+// The calls that need nothing else.
+template <typename... Arguments>
+int change(system_call which, int (*call)(Arguments...), Arguments... arguments) {
+    return fails(which) ? -1 : call(arguments...);
 }
 
 off_t seek(int file, off_t offset, int origin) {
@@ -132,6 +148,63 @@ ssize_t write(int file, const void* bytes, size_t size) {
         return -1;
     static const auto call = real<ssize_t (*)(int, const void*, size_t)>("write");
     return call(file, bytes, shortened(size));
+}
+
+int stat(const char* path, struct stat* status) noexcept {
+    return query_target(path, status);
+}
+
+int stat64(const char* path, struct stat64* status) noexcept {
+    return query_target(path, status);
+}
+
+int close(int file) {
+    static const auto call = real<int (*)(int)>("close");
+    const int result = call(file);
+    return fails(system_call::close) ? -1 : result;
+}
+
+DIR* opendir(const char* path) {
+    if (fails(system_call::opendir))
+        return nullptr;
+    static const auto call = real<DIR* (*)(const char*)>("opendir");
+    return call(path);
+}
+
+dirent* readdir(DIR* directory) {
+    if (fails(system_call::readdir))
+        return nullptr;
+    static const auto call = real<dirent* (*)(DIR*)>("readdir");
+    return call(directory);
+}
+
+dirent64* readdir64(DIR* directory) {
+    if (fails(system_call::readdir))
+        return nullptr;
+    static const auto call = real<dirent64* (*)(DIR*)>("readdir64");
+    return call(directory);
+}
+
+int closedir(DIR* directory) {
+    static const auto call = real<int (*)(DIR*)>("closedir");
+    const int result = call(directory);
+    return fails(system_call::closedir) ? -1 : result;
+}
+
+int mkdir(const char* path, mode_t mode) noexcept {
+    return change(system_call::mkdir, real<int (*)(const char*, mode_t)>("mkdir"), path, mode);
+}
+
+int rmdir(const char* path) noexcept {
+    return change(system_call::rmdir, real<int (*)(const char*)>("rmdir"), path);
+}
+
+int remove(const char* path) noexcept {
+    return change(system_call::remove, real<int (*)(const char*)>("remove"), path);
+}
+
+int rename(const char* from, const char* to) noexcept {
+    return change(system_call::rename, real<int (*)(const char*, const char*)>("rename"), from, to);
 }
 
 }  // extern "C"

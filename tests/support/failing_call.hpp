@@ -4,7 +4,25 @@
 
 namespace test_support {
 
-enum class system_call { open, lstat, lseek, read, write, count };
+// The calls that the library makes, directly or through what it uses. `read` is `pread` as well. A
+// `close` or `closedir` that fails has released the file nevertheless, as Linux does.
+enum class system_call {
+    open,
+    lstat,
+    lseek,
+    read,
+    write,
+    stat,
+    close,
+    opendir,
+    readdir,
+    closedir,
+    mkdir,
+    rmdir,
+    remove,
+    rename,
+    count
+};
 
 // While an object of this class exists, one call fails with the given error number: the first one
 // after `successes` others of its kind.
