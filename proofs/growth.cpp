@@ -464,7 +464,7 @@ void add_messages(workloads& all) {
     all.push_back({"catalog: includes of one file", 300,
                    [](std::size_t n) {
                        write_file("a.xmc",
-                                  catalog_file(sequence(n, "<include>b", ".xmc</include>\n")));
+                                  catalog_file(sequence(n, "<include file='b", ".xmc'/>\n")));
                        for (std::size_t i = 0; i < n; ++i)
                            write_file(numbered("b", i, ".xmc"), catalog_file(""));
                        load_catalogs("a.xmc", "en");
@@ -475,7 +475,7 @@ void add_messages(workloads& all) {
                        for (std::size_t i = 0; i < n; ++i)
                            write_file(
                                numbered("b", i, ".xmc"),
-                               catalog_file(numbered("<include>b", i + 1, ".xmc</include>\n")));
+                               catalog_file(numbered("<include file='b", i + 1, ".xmc'/>\n")));
                        write_file(numbered("b", n, ".xmc"), catalog_file(""));
                        load_catalogs("b0.xmc", "en");
                    },
