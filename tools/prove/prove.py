@@ -34,7 +34,7 @@ PAGE = ROOT / "docs" / "testing.md"
 
 # In the order of the page.
 MEASURES = ("coverage", "mutants", "allocations", "io_failures", "fuzzing", "exhaustive", "gates", "golden",
-            "growth", "depth", "hardening", "traceability")
+            "growth", "depth", "hazards_matrix", "hardening", "traceability")
 
 # What a result depends on. A change of the documents invalidates nothing.
 SOURCES = ("CMakeLists.txt", "CMakePresets.json", "benchmarks", "cmake", "examples", "fuzz",
