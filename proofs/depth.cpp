@@ -95,6 +95,15 @@ void follow_one_node(std::size_t depth) {
     require(read_nodes(log) == depth, "every element is a node");
 }
 
+// An end with the name of the root ends the document, so the others have another name.
+void follow_open_levels(std::size_t depth) {
+    write_file("log.xml", declaration + ("<r>" + repeated("<a>", depth - 1)) +
+                              repeated("</a>", depth - 1) + "</r>");
+    parser::xml_stream_parser log(ustring8("log.xml"), static_cast<unsigned>(depth));
+    require(read_nodes(log) == 2 * depth, "every start and every end is a node");
+    require(log.error() == parser::xml_stream_parser::end_of_document, "the root has closed");
+}
+
 // ---- trees
 
 void settings_tree(std::size_t depth) {
@@ -184,6 +193,7 @@ const struct scenario {
     {"elements: tokens", million, parse_tokens},
     {"elements: unclosed", million, parse_unclosed},
     {"elements: followed, one whole node", million, follow_one_node},
+    {"elements: followed, every level open", million, follow_open_levels},
     {"settings: segments of a key, in a tree", million, settings_tree},
     {"settings: segments of a key, in a line", million, settings_line},
     {"labeled groups: copied and merged", million, labeled_groups},
