@@ -8,12 +8,12 @@ A row of a table is `| typed | result | with |`. The last cell says how the row 
 
 - empty: the library alone compiles the expression, and its result is the second cell;
 - `NAME.hpp`: the same with that add-on and `using namespace tova::extras`;
-- "write `code`", perhaps with an add-on: what was typed is refused, and `code` has the result;
-- "the compiler says `word`": what was typed is refused, and the first line of the error, of every
-  compiler, contains the word. There is no result.
+- "write `code`", perhaps with an add-on: what was typed is rejected, and `code` has the result;
+- "the compiler says `word`": what was typed is rejected, and the first line of the error from every
+  compiler contains the word. There is no result.
 
-Each row is code in a function that begins with the page's first ```cpp block. All but the last of its
-statements run first; the last one is an expression that is shown, unless it writes to a stream itself.
+Each row is code in a function that begins with the page's first ```cpp block. All of its statements except
+the last run first; the last one is an expression that is shown, unless it writes to a stream itself.
 `extract` writes the rows that compile as snippets for page_test.cpp, `refused` compiles all others in one
 go for each compiler.
 """
@@ -151,10 +151,10 @@ def counts(all_rows):
     written = [row for row in all_rows if row.is_refused and row.code]
     return (f"Of {len(all_rows)} rows, {count(lambda row: not row.is_refused and not row.addon)} compile "
             f"with the library alone and {count(lambda row: not row.is_refused and row.addon)} with an "
-            f"add-on. {len(written)} are refused, and spelled as shortly by an add-on "
-            f"({sum(1 for row in written if row.addon)}) or by the library itself "
-            f"({sum(1 for row in written if not row.addon)}). In {count(lambda row: row.word)} the "
-            "compiler corrects a name.")
+            f"add-on. {len(written)} are rejected, but an add-on "
+            f"({sum(1 for row in written if row.addon)}) or the library itself "
+            f"({sum(1 for row in written if not row.addon)}) has an equally short form. "
+            f"In {count(lambda row: row.word)} the compiler suggests the right name.")
 
 
 def refused(page, include, compilers):
