@@ -1,0 +1,122 @@
+#include "cfg/commands/show.hpp"
+#include "cfg/version.hpp"
+#include "support/command_line.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <unistd.h>
+
+#include <iostream>
+#include <map>
+#include <string>
+#include <vector>
+
+// The whole command line of tova-cfg, one function for each command. Each fills the options of its
+// command, and the command itself is in a folder of its own. What follows "--" is the command line
+// of the program whose settings are asked for; CLI11 never sees it.
+
+namespace tova_programs::cfg {
+
+namespace {
+
+class tool {
+public:
+    explicit tool(const std::vector<std::string>& arguments)
+        : m_line("tova-cfg", "shows, checks and changes settings", version),
+          m_arguments(arguments) {
+        add_show();
+        add_get();
+        add_explain();
+        m_line.add_section(
+            "SOURCES",
+            "A program finds its settings in its command line, in a file and in its "
+            "environment, in this order. show, get and explain take its arguments after "
+            "--:\n\n  tova-cfg show app.cfg -- -port 80\n\nMore than one FILE is the list "
+            "of a module, the strongest first.");
+        m_line.add_section("SEE ALSO", "The guide for operators is part of the documentation of "
+                                       "the library: docs/operators.md.");
+    }
+
+    int run(int argc, const char* const* argv) { return m_line.run(argc, argv); }
+
+private:
+    style out_style() const { return style(use_colors(m_line.colors(), STDOUT_FILENO)); }
+
+    void add_sources(CLI::App& command, source_options& from) {
+        command.add_option("FILE", from.files, "settings files");
+        command.add_flag("-e,--env", from.uses_environment, "with the environment");
+        value_name(command.add_option("--program", from.program,
+                                      "the name of the program, its argument 0"),
+                   "NAME");
+        value_name(command.add_option("--alias", from.aliases, "an alias that the program sets")
+                       ->allow_extra_args(false),
+                   "KEY=TARGET");
+        add_schema(command, from.schema_path);
+        from.arguments = m_arguments;
+    }
+    static void add_schema(CLI::App& command, std::string& path) {
+        value_name(command.add_option("-s,--schema", path, "what the program declares"), "FILE");
+    }
+    static void add_json(CLI::App& command, bool& as_json) {
+        command.add_flag("--json", as_json, "write JSON");
+    }
+
+    void add_show();
+    void add_get();
+    void add_explain();
+
+    command_line m_line;
+    std::vector<std::string> m_arguments;
+    show_options m_show;
+    get_options m_get;
+    explain_options m_explain;
+};
+
+void tool::add_show() {
+    CLI::App& command =
+        m_line.add_command("show", "show every setting, where it is set and what it hides",
+                           [this] { return run_show(m_show, std::cout, std::cerr, out_style()); });
+    add_sources(command, m_show.sources);
+    value_name(command.add_option("--below", m_show.below, "only this key and longer ones"), "KEY");
+    add_json(command, m_show.as_json);
+}
+
+void tool::add_get() {
+    CLI::App& command = m_line.add_command("get", "print a value",
+                                           [this] { return run_get(m_get, std::cout, std::cerr); });
+    command.add_option("KEY", m_get.key, "the setting")->required();
+    add_sources(command, m_get.sources);
+    value_name(command
+                   .add_option_function<std::string>(
+                       "--default",
+                       [this](const std::string& value) {
+                           m_get.otherwise = value;
+                           m_get.has_otherwise = true;
+                       },
+                       "what to print if no source has the key")
+                   ->allow_extra_args(false),
+               "VALUE");
+    add_json(command, m_get.as_json);
+}
+
+void tool::add_explain() {
+    CLI::App& command =
+        m_line.add_command("explain", "show the lookup of a key step by step", [this] {
+            return run_explain(m_explain, std::cout, std::cerr, out_style());
+        });
+    command.add_option("KEY", m_explain.key, "the setting")->required();
+    add_sources(command, m_explain.sources);
+    add_json(command, m_explain.as_json);
+}
+
+}  // namespace
+
+}  // namespace tova_programs::cfg
+
+int main(int argc, char** argv) {
+    int own = 0;
+    while (own < argc && std::string(argv[own]) != "--")
+        ++own;
+    const std::vector<std::string> arguments(argv + (own < argc ? own + 1 : argc), argv + argc);
+    return tova_programs::cfg::tool(arguments).run(own, argv);
+}
