@@ -1,3 +1,4 @@
+#include "cfg/commands/change.hpp"
 #include "cfg/commands/show.hpp"
 #include "cfg/version.hpp"
 #include "support/command_line.hpp"
@@ -27,6 +28,9 @@ public:
         add_show();
         add_get();
         add_explain();
+        add_set();
+        add_unset();
+        add_roundtrip();
         m_line.add_section(
             "SOURCES",
             "A program finds its settings in its command line, in a file and in its "
@@ -64,12 +68,18 @@ private:
     void add_show();
     void add_get();
     void add_explain();
+    void add_set();
+    void add_unset();
+    void add_roundtrip();
 
     command_line m_line;
     std::vector<std::string> m_arguments;
     show_options m_show;
     get_options m_get;
     explain_options m_explain;
+    set_options m_set;
+    unset_options m_unset;
+    roundtrip_options m_roundtrip;
 };
 
 void tool::add_show() {
@@ -107,6 +117,36 @@ void tool::add_explain() {
     command.add_option("KEY", m_explain.key, "the setting")->required();
     add_sources(command, m_explain.sources);
     add_json(command, m_explain.as_json);
+}
+
+void tool::add_set() {
+    CLI::App& command =
+        m_line.add_command("set", "set a value in a file; comments, order and layout stay",
+                           [this] { return run_set(m_set, std::cout, std::cerr, out_style()); });
+    command.add_option("FILE", m_set.file, "a settings file")->required();
+    command.add_option("KEY", m_set.key, "the setting")->required();
+    command.add_option("VALUE", m_set.values, "its value; more than one are an array")->required();
+    command.add_flag("--array", m_set.is_array, "an array, even of one value");
+    command.add_flag("--create", m_set.creates, "make the file if it does not exist");
+    command.add_flag("--dry-run", m_set.is_dry_run, "show the change only");
+    add_schema(command, m_set.schema_path);
+}
+
+void tool::add_unset() {
+    CLI::App& command = m_line.add_command("unset", "remove settings from a file", [this] {
+        return run_unset(m_unset, std::cout, std::cerr, out_style());
+    });
+    command.add_option("FILE", m_unset.file, "a settings file")->required();
+    command.add_option("KEY", m_unset.keys, "the settings")->required();
+    command.add_flag("--dry-run", m_unset.is_dry_run, "show the change only");
+}
+
+void tool::add_roundtrip() {
+    CLI::App& command = m_line.add_command(
+        "roundtrip", "show what a program that saves a file would lose, move or add",
+        [this] { return run_roundtrip(m_roundtrip, std::cout, out_style()); });
+    command.add_option("FILE", m_roundtrip.file, "a settings file")->required();
+    add_json(command, m_roundtrip.as_json);
 }
 
 }  // namespace

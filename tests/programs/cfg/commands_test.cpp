@@ -1,3 +1,4 @@
+#include "cfg/model/edit.hpp"
 #include "cfg/model/sources.hpp"
 #include "support/program.hpp"
 #include "support/temporary_directory.hpp"
@@ -11,6 +12,8 @@
 #include <tova/generic/varg_list.hpp>
 
 #include <gtest/gtest.h>
+
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -59,6 +62,20 @@ const struct {
     {"explain_cycle", "explain a app.cfg --alias a=b --alias b=a"},
     {"explain_section", "explain server app.cfg"},
     {"explain_missing", "explain server.hots app.cfg"},
+    {"set", "set app.cfg server.port 81 --dry-run"},
+    {"set_new", "set app.cfg server.mode 'very careful' --dry-run"},
+    {"set_section", "set app.cfg log.file /var/log/app --dry-run"},
+    {"set_array", "set app.cfg paths.search /a 'b, c' --dry-run"},
+    {"set_top", "set app.cfg top 1 --dry-run"},
+    {"set_quote", "set app.cfg server.title 'a 19\" rack' --dry-run"},
+    {"set_refused", "set app.cfg server.port 80x --schema app.schema.cfg"},
+    {"set_unknown", "set app.cfg server.prt 80 --schema app.schema.cfg"},
+    {"set_missing_file", "set absent.cfg a 1"},
+    {"unset", "unset app.cfg server.port paths/search --dry-run"},
+    {"unset_missing", "unset app.cfg server.prt"},
+    {"roundtrip", "roundtrip top.cfg"},
+    {"roundtrip_json", "roundtrip top.cfg --json"},
+    {"roundtrip_clean", "roundtrip clean.cfg"},
     {"explain_json", "explain paths.search app.cfg --json"},
 };
 
@@ -103,6 +120,98 @@ TEST(CfgCommands, HaveTheirExpectedOutputAndExitCode) {
             std::ofstream(file) << text;
         EXPECT_EQ(read_bytes(file), text);
     }
+}
+
+// Whatever a file has, a change of one key leaves all others as they are, and reading it back finds
+// the value.
+TEST(CfgEdit, ChangesOneKeyAndNothingElse) {
+    const std::vector<std::string> pieces = {
+        "a = 1\n",       "  b=2 # x\n",  "[s]\n",          "[s.t]  # c\n", "[]\n",
+        "# c\n",         "A[] = 1, 2\n", "a[] = 1,\n 3\n", "x.y = 1\r\n",  "k\n",
+        "q = \"z\n\"\n", "\n",           "[s] a = 5\n",    "b += 3\n",     "\"",
+        "b =",           "; c\n",        "d[] = 1,\n\n",
+    };
+    const std::vector<std::string> keys = {"a", "b", "s.a", "S/T/b", "new.key", "x.y", "d", "q"};
+    const std::vector<std::vector<std::string>> values = {
+        {"1"}, {"a b"}, {"x", "y, z"}, {"http://x/#y"}, {"c:\\"}, {"\xC3\xA4"}, {"one\ntwo"}};
+    random_source random(12);
+    std::size_t done = 0;
+    for (int i = 0; i < 20000; ++i) {
+        std::string text;
+        for (std::size_t count = below(random, 7); count != 0; --count)
+            text += pieces[below(random, pieces.size())];
+        const document file("f", text);
+        const std::string key = keys[below(random, keys.size())];
+        const auto& value = values[below(random, values.size())];
+        std::string after;
+        try {
+            after = with_value(file, key, value, value.size() > 1);
+        } catch (const edit_error&) {
+            continue;
+        }
+        ++done;
+        node_map expected = nodes_of(file);
+        const node_map changed = nodes_of(document("f", after));
+        const std::string path = path_of(key);
+        ASSERT_EQ(1u, changed.count(path)) << text;
+        EXPECT_EQ(value.size() > 1 ? "" : value[0], changed.at(path).second) << text;
+        for (const auto& node : changed)
+            if (node.first != path && node.first.compare(0, path.size() + 1, path + '.') != 0) {
+                ASSERT_EQ(1u, expected.count(node.first)) << text << "\n" << node.first;
+                EXPECT_EQ(expected.at(node.first), node.second) << text;
+            }
+        for (const auto& node : expected)
+            if (node.first != path && node.first.compare(0, path.size() + 1, path + '.') != 0) {
+                EXPECT_EQ(1u, changed.count(node.first)) << text << "\n" << node.first;
+            }
+        // Removing the key again leaves the others.
+        try {
+            const node_map removed = nodes_of(document("f", without(document("f", after), key)));
+            EXPECT_EQ(0u, removed.count(path)) << after;
+        } catch (const edit_error&) {
+        }
+    }
+    EXPECT_GT(done, 10000u);
+}
+
+TEST(CfgEdit, KeepsTheLayoutAndTheCommentsOfAnEntry) {
+    const struct {
+        const char* before;
+        const char* key;
+        std::vector<std::string> values;
+        const char* after;
+    } cases[] = {
+        {"[s]\n  a   =  1   # why\nb=2\n", "s.a", {"2"}, "[s]\n  a   =  2   # why\nb=2\n"},
+        {"a = 1\r\n", "b", {"2"}, "a = 1\r\nb = 2\r\n"},
+        {"[s]\n  a = 1\n\n[t]\n", "s.b", {"x y"}, "[s]\n  a = 1\n  b = \"x y\"\n\n[t]\n"},
+        {"", "s.a", {"1"}, "[s]\na = 1\n"},
+        {"[s]", "s.a", {"1"}, "[s]\na = 1\n"},
+        {"[s]  # note\nb = 1\n", "s.a", {"1"}, "[s]  # note\nb = 1\na = 1\n"},
+        {"[s]  # note\n", "s.a", {"1"}, "[s]  # note\na = 1\n"},
+        {"k[] = 1, # one\n  2\n", "k", {"3", "4"}, "k[] = 3, 4\n"},
+        {"[s]\n", "a", {"1"}, "a = 1\n[s]\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.before);
+        EXPECT_EQ(c.after,
+                  with_value(document("f", c.before), c.key, c.values, c.values.size() > 1));
+    }
+}
+
+TEST(CfgEdit, ReplacesTheFileAndKeepsItsPermissions) {
+    const temporary_directory folder;
+    const std::string path = folder.write("f.cfg", "# c\na = 1\n");
+    ASSERT_EQ(0, chmod(path.c_str(), 0640));
+    EXPECT_EQ(0, run_program(TOVA_CFG " set " + path + " a 2").exit_code);
+    EXPECT_EQ(0, run_program(TOVA_CFG " set " + path + " s.b 3").exit_code);
+    EXPECT_EQ("# c\na = 2\n\n[s]\nb = 3\n", read_bytes(path));
+    EXPECT_EQ(0, run_program(TOVA_CFG " unset " + path + " a").exit_code);
+    EXPECT_EQ("# c\n\n[s]\nb = 3\n", read_bytes(path));
+    struct stat status;
+    ASSERT_EQ(0, stat(path.c_str(), &status));
+    EXPECT_EQ(0640u, status.st_mode & 0777u);
+    EXPECT_EQ(0, run_program(TOVA_CFG " set --create " + folder.path("n.cfg") + " a 1").exit_code);
+    EXPECT_EQ("a = 1\n", read_bytes(folder.path("n.cfg")));
 }
 
 TEST(CfgSources, KnowThePlaceOfEveryValueOfACommandLine) {

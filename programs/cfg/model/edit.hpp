@@ -1,0 +1,43 @@
+/// @file
+/// Changes single entries of a settings file and keeps everything else: comments, order, layout.
+///
+///     std::string text = with_value(file, "server.port", {"8080"}, false);
+///     text = without(document(path, text), "server.mode");
+///
+/// Each function returns the new bytes of the file. What a file cannot hold raises `edit_error`,
+/// and so does a change that would affect other keys. Functions without state.
+#pragma once
+
+#include "cfg/scanner/document.hpp"
+
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tova_programs::cfg {
+
+class edit_error : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Sets a value, or the elements of an array. The last entry of the key is changed; without one, an
+/// entry is added after the others of its section, or with a section at the end.
+std::string with_value(const document& file, const std::string& key,
+                       const std::vector<std::string>& values, bool is_array);
+
+/// Removes all entries of a key. Without any, the bytes stay as they are.
+std::string without(const document& file, const std::string& key);
+
+/// A value as a file has it: in quotes if it needs them. Raises `edit_error` if there is no way to
+/// write it.
+std::string written_value(const std::string& value);
+
+/// The nodes with values: path, and word and value.
+using node_map = std::map<std::string, std::pair<unsigned int, std::string>>;
+
+node_map nodes_of(const document& file);
+
+}  // namespace tova_programs::cfg
