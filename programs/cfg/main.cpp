@@ -1,3 +1,5 @@
+#include "cfg/check/check.hpp"
+#include "cfg/check/rules.hpp"
 #include "cfg/commands/change.hpp"
 #include "cfg/commands/show.hpp"
 #include "cfg/version.hpp"
@@ -30,6 +32,7 @@ public:
         add_explain();
         add_set();
         add_unset();
+        add_check();
         add_roundtrip();
         m_line.add_section(
             "SOURCES",
@@ -70,6 +73,7 @@ private:
     void add_explain();
     void add_set();
     void add_unset();
+    void add_check();
     void add_roundtrip();
 
     command_line m_line;
@@ -79,6 +83,7 @@ private:
     explain_options m_explain;
     set_options m_set;
     unset_options m_unset;
+    check_command m_check;
     roundtrip_options m_roundtrip;
 };
 
@@ -139,6 +144,46 @@ void tool::add_unset() {
     command.add_option("FILE", m_unset.file, "a settings file")->required();
     command.add_option("KEY", m_unset.keys, "the settings")->required();
     command.add_flag("--dry-run", m_unset.is_dry_run, "show the change only");
+}
+
+void tool::add_check() {
+    CLI::App& command =
+        m_line.add_command("check", "find what a file most likely does not mean", [this] {
+            return run_check(m_check, std::cout, std::cerr, out_style());
+        });
+    command.add_option("FILE", m_check.check.files, "settings files");
+    add_schema(command, m_check.check.schema_path);
+    command
+        .add_option("--fail-on", m_check.fail_on,
+                    "the least severity that makes the exit code 1 (warning)")
+        ->check(CLI::IsMember({"error", "warning", "note", "never"}));
+    command.add_option("--only", m_check.check.only, "report these rules only")
+        ->delimiter(',')
+        ->check(CLI::IsMember(rules().ids()))
+        ->type_name("RULES");
+    command.add_option("--ignore", m_check.check.ignored, "do not report these rules")
+        ->delimiter(',')
+        ->check(CLI::IsMember(rules().ids()))
+        ->type_name("RULES");
+    command.add_flag("--fix", m_check.fixes, "change the files where the fix is certain");
+    command.add_flag("--dry-run", m_check.is_dry_run, "with --fix: show the changes only");
+    const std::map<std::string, report_format> formats = {{"text", report_format::text},
+                                                          {"json", report_format::json},
+                                                          {"sarif", report_format::sarif},
+                                                          {"github", report_format::github}};
+    command
+        .add_option_function<std::string>(
+            "--format",
+            [this, formats](const std::string& name) { m_check.format = formats.at(name); },
+            "how findings are written: one line each (text), as JSON or SARIF, or as workflow "
+            "commands (github)")
+        ->check(CLI::IsMember({"text", "json", "sarif", "github"}));
+    command.add_flag_callback(
+        "--json", [this] { m_check.format = report_format::json; }, "the same as --format json");
+    command.add_flag_callback(
+        "--sarif", [this] { m_check.format = report_format::sarif; }, "the same as --format sarif");
+    command.add_option("--explain", m_check.explained, "explain a rule")->type_name("RULE");
+    command.add_flag("--list-rules", m_check.lists_rules, "list all rules");
 }
 
 void tool::add_roundtrip() {

@@ -1,0 +1,560 @@
+#include "cfg/check/lint.hpp"
+
+#include "cfg/check/rules.hpp"
+#include "cfg/model/edit.hpp"
+#include "cfg/model/save.hpp"
+#include "support/suggestion.hpp"
+#include "support/text_file.hpp"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <utility>
+
+// The tokens of each entry are looked at in the order of the file: first the lines of its key, then
+// its value. Comments, strings and bytes are looked at on their own. What a save does is not
+// predicted but tried, with the library.
+
+namespace tova_programs::cfg {
+
+namespace {
+
+bool is_blank(token_kind kind) {
+    return kind == token_kind::space || kind == token_kind::line_end;
+}
+
+// A part of a file in the text of a finding: one line, and not too long.
+std::string quoted(std::string_view text) {
+    std::string result = "\"";
+    for (const char c : text.substr(0, 40))
+        result += static_cast<unsigned char>(c) < 32 || c == 127 ? '?' : c;
+    return result + (text.size() > 40 ? "...\"" : "\"");
+}
+
+// The index of the first byte that is no UTF-8, or of a NUL byte; the size if there is none.
+std::size_t first_invalid_byte(std::string_view text) {
+    std::size_t at = 0;
+    while (at < text.size()) {
+        const unsigned char first = static_cast<unsigned char>(text[at]);
+        const std::size_t size = first == 0     ? 0
+                                 : first < 0x80 ? 1
+                                 : first < 0xC2 ? 0
+                                 : first < 0xE0 ? 2
+                                 : first < 0xF0 ? 3
+                                 : first < 0xF5 ? 4
+                                                : 0;
+        if (size == 0 || at + size > text.size())
+            return at;
+        for (std::size_t i = 1; i < size; ++i)
+            if ((static_cast<unsigned char>(text[at + i]) & 0xC0) != 0x80)
+                return at;
+        const unsigned char second = size > 1 ? static_cast<unsigned char>(text[at + 1]) : 0x80;
+        if ((first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F) ||
+            (first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F))
+            return at;
+        at += size;
+    }
+    return at;
+}
+
+class linter {
+public:
+    linter(const document& file, const schema& declared)
+        : m_file(file), m_schema(declared), m_lines(file.bytes()) {}
+
+    std::vector<finding> run() {
+        check_bytes();
+        for (const token& each : m_file.tokens())
+            check_token(each);
+        for (const section& each : m_file.sections())
+            if (!each.is_closed)
+                add("open-header", each.bytes, "", "the header is not closed: \"]\" is missing");
+        for (const comment& each : m_file.comments())
+            check_comment_quotes(each);
+        for (const entry& each : m_file.entries()) {
+            check_key(each);
+            check_value(each);
+            check_array(each);
+            check_schema(each);
+        }
+        check_duplicates();
+        check_longer_keys();
+        check_required();
+        return std::move(m_found);
+    }
+
+private:
+    finding& add(const char* rule, span bytes, const std::string& subject, std::string text) {
+        finding found(*rules().find(rule), m_file.path(), bytes.begin, bytes.size());
+        found.subject = subject;
+        found.text = std::move(text);
+        place_finding(found, m_lines);
+        m_found.push_back(std::move(found));
+        return m_found.back();
+    }
+
+    const token& at(std::size_t index) const { return m_file.tokens()[index]; }
+    char byte(std::size_t offset) const { return m_file.bytes()[offset]; }
+
+    void check_bytes() {
+        const std::string& bytes = m_file.bytes();
+        if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0)
+            add("byte-order-mark", {0, 3}, "", "a byte order mark, which becomes part of a key")
+                .edits.push_back({0, 3, ""});
+        const std::size_t invalid = first_invalid_byte(bytes);
+        if (invalid < bytes.size())
+            add("not-utf8", {invalid, invalid + 1}, "",
+                byte(invalid) == '\0' ? "a NUL byte" : "a byte that is not UTF-8");
+    }
+
+    void check_token(const token& one) {
+        if (one.kind == token_kind::text && byte(one.bytes.begin) == '\r')
+            add("carriage-return", one.bytes, "", "a carriage return without a line feed");
+        if (one.kind != token_kind::string || one.role == token_role::comment)
+            return;
+        const std::string_view text = m_file.text(one);
+        if (!one.is_closed)
+            add("open-quote", {one.bytes.begin, one.bytes.begin + 1}, "",
+                "this quote is not closed; the string goes on to the end of the file");
+        else if (text.find('\n') != text.npos)
+            add("quote-over-lines", one.bytes, "",
+                "the string from this quote ends in line " +
+                    std::to_string(m_lines.at(one.bytes.end - 1).line));
+        if (text.find("\\\"") != text.npos || text.find("\\\\") != text.npos)
+            add("escape", one.bytes, "", "the backslashes stay in the string");
+    }
+
+    void check_comment_quotes(const comment& each) {
+        for (std::size_t i = each.tokens;
+             i < m_file.tokens().size() && at(i).bytes.begin < each.bytes.end; ++i) {
+            const token& one = at(i);
+            if (one.kind != token_kind::string)
+                continue;
+            if (!one.is_closed)
+                add("quote-in-comment", {one.bytes.begin, one.bytes.begin + 1}, "",
+                    "this quote makes the rest of the file a comment");
+            else if (m_file.text(one).find('\n') != std::string_view::npos)
+                add("quote-in-comment", {one.bytes.begin, one.bytes.begin + 1}, "",
+                    "this quote makes the comment go on up to the quote in line " +
+                        std::to_string(m_lines.at(one.bytes.end - 1).line));
+        }
+    }
+
+    // --- Keys ---
+
+    // The index of the `=`, or of the end.
+    std::size_t end_of_key(const entry& each) const {
+        std::size_t end = each.tokens;
+        while (end < each.tokens_end && at(end).role == token_role::key &&
+               at(end).kind != token_kind::equals)
+            ++end;
+        return end;
+    }
+
+    void check_key(const entry& each) {
+        const std::size_t end = end_of_key(each);
+        const bool has_equals = end < each.tokens_end && at(end).kind == token_kind::equals;
+        if (each.name.empty() && !each.is_array && has_equals)
+            add("no-key", at(end).bytes, "", "\"=\" without a key before it");
+        std::size_t line = each.tokens;
+        for (std::size_t i = each.tokens; i <= end; ++i) {
+            if (i != end && at(i).kind != token_kind::line_end)
+                continue;
+            check_key_line(each, line, i, i == end && has_equals);
+            line = i + 1;
+        }
+    }
+
+    // One line of a key: its tokens, and whether it is the last one, which ends with the `=`.
+    void check_key_line(const entry& each, std::size_t begin, std::size_t end, bool has_equals) {
+        while (begin < end && is_blank(at(begin).kind))
+            ++begin;
+        while (end > begin && is_blank(at(end - 1).kind))
+            --end;
+        if (begin == end)
+            return;
+        const span bytes = {at(begin).bytes.begin, at(end - 1).bytes.end};
+        std::string_view text = m_file.source(bytes);
+        const bool is_first = begin == each.tokens;
+        if (bytes.begin == 0 && text.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+            text.remove_prefix(3);
+            if (text.empty() || text[0] == '[' || text[0] == '#' || text[0] == '/')
+                return;
+        }
+        if (text[0] == ';') {
+            finding& found = add("semicolon-comment", {bytes.begin, bytes.begin + 1}, "",
+                                 has_equals ? "\";\" starts no comment; it is part of the key"
+                                            : "\";\" starts no comment; the line is joined to the "
+                                              "key on the next one");
+            if (text.find('"') == text.npos)
+                found.edits.push_back({bytes.begin, 1, "#"});
+            return;
+        }
+        if (is_first && each.section != 0 && is_on_line_of_header(each))
+            add("text-after-header", bytes, "", quoted(text) + " after a header");
+        for (std::size_t i = begin; i < end; ++i)
+            if (at(i).kind == token_kind::operation) {
+                const std::string_view sign = m_file.source(at(i).bytes);
+                finding& found = add("operator", at(i).bytes, "",
+                                     quoted(sign) + " does not end a key; the plain \"=\" does");
+                if (sign == "==" || sign == ":=")
+                    found.edits.push_back({at(i).bytes.begin, 2, "="});
+                return;
+            }
+        if (!has_equals) {
+            // A header within a key is not the mistake, but the line before it.
+            if (is_first || text[0] != '[')
+                report_no_equals(bytes, text, bytes.end == each.key_bytes.end);
+            return;
+        }
+        for (std::size_t i = begin; i + 1 < end; ++i)
+            if (at(i).kind == token_kind::space && at(i + 1).kind != token_kind::open_bracket) {
+                add("lost-space", bytes, "", "the key is " + quoted(each.name) + " without spaces");
+                return;
+            }
+    }
+
+    void report_no_equals(span bytes, std::string_view text, bool is_last) {
+        std::string reason = quoted(text) + (is_last ? " has no \"=\" and is lost"
+                                                     : " has no \"=\" and is joined to the key on "
+                                                       "the next line");
+        if (text.find(':') != text.npos)
+            reason += "; \":\" is not \"=\"";
+        add("no-equals", bytes, "", std::move(reason));
+    }
+
+    bool is_on_line_of_header(const entry& each) const {
+        const section& header = m_file.sections()[each.section];
+        const std::string_view between =
+            std::string_view(m_file.bytes())
+                .substr(header.bytes.end, each.bytes.begin - header.bytes.end);
+        return between.find('\n') == between.npos;
+    }
+
+    // --- Values ---
+
+    void check_value(const entry& each) {
+        if (each.name.empty())
+            return;
+        bool has_hidden = false;
+        for (const comment& one : m_file.comments())
+            if (one.tokens >= each.tokens && one.tokens < each.tokens_end)
+                has_hidden = check_comment_start(each, one) || has_hidden;
+        if (each.values.empty() && !has_hidden && end_of_key(each) < each.tokens_end)
+            add("empty-value", each.key_bytes, each.key, "no value is stored");
+        if (check_semicolon(each))
+            return;
+        for (std::size_t i = each.inherited; i < each.values.size(); ++i)
+            check_spaces(each, each.values[i]);
+    }
+
+    // Whether the comment cuts a value off.
+    bool check_comment_start(const entry& each, const comment& one) {
+        const std::string_view text = m_file.source(one.bytes);
+        const char before = byte(one.bytes.begin - 1);
+        const bool is_attached = before != ' ' && before != '\t' && before != '\n';
+        const std::string_view line = text.substr(0, text.find('\n'));
+        const std::string_view word = line.substr(0, line.find_first_of(" \t\r"));
+        const bool is_url = is_attached && before == ':' && text.compare(0, 2, "//") == 0;
+        const bool is_color = each.values.empty() && text[0] == '#' && word.size() > 1 &&
+                              word.find('#', 1) == word.npos;
+        if (!is_url && !is_color && !is_attached && text.compare(0, 2, "*/") != 0)
+            return false;
+        finding& found = add(is_url ? "url-cut" : "comment-in-value", one.bytes, each.key,
+                             quoted(word) + " starts a comment and is not part of the value");
+        // The fix is certain if the rest of the line is one word.
+        if ((is_url || is_color) && word.size() == line.size() &&
+            word.find_first_of("\",") == word.npos && !each.is_array) {
+            const std::size_t begin = is_url ? each.value_bytes.begin : one.bytes.begin;
+            const std::string_view value =
+                std::string_view(m_file.bytes()).substr(begin, one.bytes.begin - begin);
+            if (value.find_first_of("\" \t") == value.npos) {
+                found.edits.push_back({begin, 0, "\""});
+                found.edits.push_back({one.bytes.begin + word.size(), 0, "\""});
+            }
+        }
+        return true;
+    }
+
+    // "port = 80 ; note" and "port = 80; note".
+    bool check_semicolon(const entry& each) {
+        for (std::size_t i = each.tokens; i < each.tokens_end; ++i) {
+            const token& one = at(i);
+            if (one.role != token_role::value || one.kind != token_kind::text)
+                continue;
+            const std::string_view text = m_file.text(one);
+            const std::size_t sign = text.find(';');
+            if (sign == text.npos)
+                continue;
+            const bool is_after_space = sign == 0 && at(i - 1).kind == token_kind::space;
+            const bool is_before_space = sign + 1 == text.size() && i + 1 < each.tokens_end &&
+                                         at(i + 1).kind == token_kind::space;
+            if (!is_after_space && !is_before_space)
+                continue;
+            const std::size_t offset = one.bytes.begin + sign;
+            finding& found = add("semicolon-comment", {offset, offset + 1}, each.key,
+                                 "\";\" starts no comment; it is part of the value");
+            const std::string_view rest = m_file.source({offset, each.value_bytes.end});
+            if (rest.find_first_of("\"\n") == rest.npos)
+                found.edits.push_back({offset, 1, is_after_space ? "#" : " #"});
+            return true;
+        }
+        return false;
+    }
+
+    void check_spaces(const entry& each, const value_piece& piece) {
+        bool has_space = false;
+        bool is_simple = true;
+        for (std::size_t i = each.tokens; i < each.tokens_end; ++i) {
+            const token& one = at(i);
+            if (one.bytes.begin < piece.bytes.begin || one.bytes.end > piece.bytes.end)
+                continue;
+            has_space = has_space || one.kind == token_kind::space;
+            is_simple = is_simple && one.kind != token_kind::string &&
+                        one.role == token_role::value && one.kind != token_kind::line_end;
+        }
+        if (!has_space)
+            return;
+        finding& found = add("lost-space", piece.bytes, each.key,
+                             "the value is " + quoted(piece.text) + " without spaces");
+        if (is_simple && byte(piece.bytes.end - 1) != '\\') {
+            found.edits.push_back({piece.bytes.begin, 0, "\""});
+            found.edits.push_back({piece.bytes.end, 0, "\""});
+        }
+    }
+
+    // --- Arrays ---
+
+    void check_array(const entry& each) {
+        if (!each.is_array)
+            return;
+        if (each.inherited != 0)
+            add("array-gets-more", each.key_bytes, each.key,
+                each.inherited == 1 ? "the first element is that of an array further up"
+                                    : "the first " + std::to_string(each.inherited) +
+                                          " elements are those of an array further up");
+        bool after_comma = false;
+        bool is_continued = false;
+        for (std::size_t i = each.tokens; i < each.tokens_end; ++i) {
+            const token& one = at(i);
+            if (one.role != token_role::value || one.kind == token_kind::space)
+                continue;
+            if (one.kind == token_kind::line_end) {
+                is_continued = is_continued || after_comma;
+            } else if (is_continued && one.kind == token_kind::equals) {
+                add("unfinished-array", each.key_bytes, each.key,
+                    "the array ends with a comma and takes line " +
+                        std::to_string(m_lines.at(one.bytes.begin).line));
+                return;
+            } else {
+                after_comma = one.kind == token_kind::comma;
+            }
+        }
+        if (!each.is_stored && !each.values.empty())
+            add("unfinished-array", each.key_bytes, each.key,
+                "the array ends with a comma or an empty element and is not stored");
+    }
+
+    // --- Keys of the whole file ---
+
+    void check_duplicates() {
+        std::map<std::string, const entry*> known;
+        for (const entry& each : m_file.entries()) {
+            if (!each.is_stored)
+                continue;
+            const entry*& earlier = known[each.key];
+            if (earlier != nullptr) {
+                std::string text = "line " + std::to_string(m_lines.at(earlier->bytes.begin).line) +
+                                   " sets it, too; this one wins";
+                if (earlier->full_name != each.full_name)
+                    text += "; " + quoted(earlier->full_name) + " and " + quoted(each.full_name) +
+                            " are one key";
+                if (earlier->is_array && each.is_array &&
+                    earlier->values.size() > each.values.size())
+                    text += ", but the last elements of the longer array stay";
+                add("duplicate-key", each.key_bytes, each.key, std::move(text));
+            }
+            earlier = &each;
+        }
+    }
+
+    void check_longer_keys() {
+        std::set<std::string> plain;
+        for (const entry& each : m_file.entries())
+            if (each.is_stored)
+                plain.insert(each.key);
+        for (const entry& each : m_file.entries()) {
+            if (!each.is_stored)
+                continue;
+            for (std::size_t dot = each.key.find('.'); dot != std::string::npos;
+                 dot = each.key.find('.', dot + 1))
+                if (plain.count(each.key.substr(0, dot)) != 0) {
+                    add("key-and-section", each.key_bytes, each.key,
+                        quoted(each.key.substr(0, dot)) + " has a value, too");
+                    break;
+                }
+        }
+    }
+
+    // --- The schema ---
+
+    void check_schema(const entry& each) {
+        if (m_schema.empty() || !each.is_stored || each.key == "cfg_file")
+            return;
+        const declared_key* declared = m_schema.find(each.key);
+        if (declared == nullptr) {
+            add("unknown-key", each.key_bytes, each.key,
+                "the schema has no such key" + did_you_mean(each.key, m_schema.paths()));
+            return;
+        }
+        if (!declared->alias.empty() && m_schema.find(declared->alias) != nullptr)
+            declared = m_schema.find(declared->alias);
+        if (declared->is_array != each.is_array) {
+            add("wrong-value", each.bytes, each.key,
+                declared->is_array ? "an array is expected: the key ends in []"
+                                   : "a single value is expected, not an array");
+            return;
+        }
+        for (std::size_t i = each.inherited; i < each.values.size(); ++i) {
+            const std::string problem = problem_of(*declared, each.values[i].text);
+            if (!problem.empty())
+                add("wrong-value", each.values[i].bytes, each.key, problem);
+        }
+    }
+
+    void check_required() {
+        for (const declared_key& each : m_schema.keys()) {
+            const bool is_set = std::any_of(
+                m_file.entries().begin(), m_file.entries().end(),
+                [&each](const entry& one) { return one.is_stored && one.key == each.key; });
+            if (!each.is_required || is_set)
+                continue;
+            finding found(*rules().find("missing-key"), m_file.path(), 0, 0);
+            found.subject = each.key;
+            found.text = "the schema requires this key";
+            m_found.push_back(std::move(found));
+        }
+    }
+
+    const document& m_file;
+    const schema& m_schema;
+    line_index m_lines;
+    std::vector<finding> m_found;
+};
+
+// What a save did, against the file before it.
+class save_linter {
+public:
+    save_linter(const document& file, const saved_file& result)
+        : m_file(file), m_lines(file.bytes()), m_result(result) {}
+
+    std::vector<finding> run() {
+        if (m_result.is_too_large) {
+            add_for_file("a save writes " + std::to_string(m_result.size) + " bytes instead of " +
+                         std::to_string(m_file.bytes().size()));
+            return std::move(m_found);
+        }
+        const node_map before = nodes_of(m_file);
+        const node_map after = nodes_of(document("", m_result.text));
+        std::set<std::string> seen;
+        for (const stored_node& each : stored_nodes(m_file)) {
+            const entry& from = m_file.entries()[each.entry];
+            const auto found = after.find(each.path);
+            if (found == after.end() && seen.insert(from.key).second)
+                add("save-loses-key", from.key_bytes, from.key,
+                    from.key.find('.') == std::string::npos ? "a save loses keys outside a section"
+                                                            : "a save loses this key");
+            else if (found != after.end() && found->second != before.at(each.path) &&
+                     seen.insert(from.key).second)
+                add("save-changes-value", from.bytes, from.key, "a save changes the value");
+        }
+        check_sections(before);
+        const saved_file second = saved(m_result.text);
+        if (second.size > m_result.size)
+            add_for_file("the file has " + std::to_string(m_result.size) +
+                         " bytes after one save and " + std::to_string(second.size) +
+                         (second.is_too_large ? " or more" : "") + " after two");
+        return std::move(m_found);
+    }
+
+private:
+    void add(const char* rule, span bytes, const std::string& subject, std::string text) {
+        finding found(*rules().find(rule), m_file.path(), bytes.begin, bytes.size());
+        found.subject = subject;
+        found.text = std::move(text);
+        place_finding(found, m_lines);
+        m_found.push_back(std::move(found));
+    }
+
+    void add_for_file(std::string text) {
+        finding found(*rules().find("save-grows"), m_file.path(), 0, 0);
+        found.text = std::move(text);
+        m_found.push_back(std::move(found));
+    }
+
+    // Sections, written as such or not, whose entries a save mixes.
+    void check_sections(const node_map& nodes) {
+        std::map<std::size_t, std::set<std::string>> parents;  // of values, by length
+        for (const stored_node& each : stored_nodes(m_file)) {
+            const std::size_t dot = each.path.rfind('.');
+            const std::string parent = dot == std::string::npos ? "" : each.path.substr(0, dot);
+            if (!parent.empty() && nodes.count(parent) == 0)
+                parents[parent.size()].insert(parent);
+        }
+        std::set<std::string> reported;
+        for (const section& each : m_file.sections()) {
+            const std::string path = path_of(each.name);
+            const auto same = parents.find(path.size());
+            if (each.name.empty() || same == parents.end() || !reported.insert(path).second)
+                continue;
+            for (const std::string& other : same->second)
+                if (other != path) {
+                    add("equal-length-sections", each.bytes, "",
+                        '[' + path + "] is as long as [" + other +
+                            "]: a save writes the entries of both under each");
+                    break;
+                }
+        }
+    }
+
+    const document& m_file;
+    line_index m_lines;
+    const saved_file& m_result;
+    std::vector<finding> m_found;
+};
+
+}  // namespace
+
+std::vector<finding> lint(const document& file, const schema& declared) {
+    return linter(file, declared).run();
+}
+
+std::vector<finding> lint_save(const document& file) {
+    return save_linter(file, saved(file.bytes())).run();
+}
+
+std::vector<finding> lint_schema(const schema& declared, const std::string& path) {
+    std::vector<finding> result;
+    const std::string bytes = read_file(path);
+    const line_index lines(bytes);
+    for (const declared_key& each : declared.keys()) {
+        std::set<std::string> visited;
+        std::string chain = each.key;
+        const declared_key* next = &each;
+        while (next != nullptr && !next->alias.empty() && visited.insert(next->key).second) {
+            chain += " -> " + next->alias;
+            next = declared.find(next->alias);
+        }
+        // Each member of a cycle is reported, but not what only leads to it.
+        if (next == nullptr || next->alias.empty() || next->key != each.key)
+            continue;
+        finding found(*rules().find("alias-cycle"), path, each.bytes.begin, each.bytes.size());
+        found.subject = each.key;
+        found.text = chain;
+        place_finding(found, lines);
+        result.push_back(std::move(found));
+    }
+    return result;
+}
+
+}  // namespace tova_programs::cfg

@@ -1,0 +1,23 @@
+/// @file
+/// What a settings file says by itself that its author most likely did not mean.
+#pragma once
+
+#include "cfg/model/schema.hpp"
+#include "cfg/scanner/document.hpp"
+#include "support/findings.hpp"
+
+#include <vector>
+
+namespace tova_programs::cfg {
+
+/// The findings in one file, with their places. Without a schema, or with an empty one, any key is
+/// known.
+std::vector<finding> lint(const document& file, const schema& declared);
+
+/// What a save would do to the file.
+std::vector<finding> lint_save(const document& file);
+
+/// Aliases of a schema that form a cycle.
+std::vector<finding> lint_schema(const schema& declared, const std::string& path);
+
+}  // namespace tova_programs::cfg

@@ -1,0 +1,119 @@
+#include "cfg/check/rules.hpp"
+
+// No file is invalid, so no rule is about what the loader refuses. Errors are what loses a setting
+// or makes another one of it. Warnings are what is most likely not meant. Notes matter only to
+// programs that save their settings, or are worth a look.
+
+namespace tova_programs::cfg {
+
+namespace {
+
+const rule table[] = {
+    // --- Keys ---
+    {"no-equals", severity::error, "a line without \"=\"",
+     "An entry is KEY = VALUE. A line without \"=\" is joined to the key on the next line, even if "
+     "that line is a header: \"verbose\" and \"port = 80\" give the key verboseport. At the end of "
+     "the file it is lost. A \":\" does not separate a key from its value. A value that goes on in "
+     "the next line must be in quotes, or be an array with a comma at the line end."},
+    {"operator", severity::error, "an operator in the place of \"=\"",
+     "\"==\", \":=\", \"+=\", \"-=\", \"*=\", \"/=\", \"<=\" and \">=\" are not \"=\" and do not "
+     "end a key: it goes on in the next line, up to a plain \"=\". The fix writes \"=\"."},
+    {"semicolon-comment", severity::error, "\";\" as a comment",
+     "A comment begins with \"#\" or \"//\". A line that begins with \";\" is joined to the key on "
+     "the next line, and a \";\" after a value is part of the value. The fix writes \"#\"."},
+    {"no-key", severity::error, "\"=\" without a key",
+     "What follows the \"=\" is read as the next key."},
+    {"byte-order-mark", severity::error, "a byte order mark at the beginning",
+     "The loader does not know it, so it becomes part of the first key or makes one of a header or "
+     "comment. The fix removes it."},
+    {"open-header", severity::error, "a header without \"]\"",
+     "Without a \"]\" the header goes on in the next lines, up to a \"]\" or the end of the file, "
+     "and the entries in between are lost."},
+    {"text-after-header", severity::warning, "text after a header",
+     "What follows a header on its line is read as a key. A comment may follow."},
+    {"duplicate-key", severity::warning, "a key that is set twice",
+     "The later value wins. Letter case does not matter, and \".\", \"/\" and \"\\\" are the same: "
+     "Server/Port and server.port are one key. A shorter array leaves the last elements of a "
+     "longer one."},
+    {"key-and-section", severity::warning, "a key with a value and longer keys",
+     "A key that has a value should not begin other keys: a source that has server.port.admin has "
+     "server.port, too, with the value true, and hides it in the sources after it. A save loses "
+     "the longer one."},
+
+    // --- Values ---
+    {"empty-value", severity::warning, "a key without a value",
+     "Nothing is stored, not even an empty string; the program sees no such key. An earlier value "
+     "of the key stays."},
+    {"url-cut", severity::error, "\"//\" in a value without quotes",
+     "\"//\" starts a comment, so page = https://example.org/ is the value https: alone. Put the "
+     "value in double quotes. The fix does that."},
+    {"comment-in-value", severity::warning, "a comment directly after a value",
+     "\"#\", \"//\" and \"*/\" start a comment anywhere outside quotes: color = #ff0000 has no "
+     "value, and a#b is a. If it belongs to the value, put the value in double quotes; otherwise "
+     "write a space before the comment."},
+    {"lost-space", severity::warning, "a space that is lost",
+     "Spaces and tabs outside double quotes are dropped: Ann Lee is AnnLee. Put the value, or a "
+     "key "
+     "with a space, in double quotes. The fix does that for values."},
+    {"open-quote", severity::error, "a double quote without its end",
+     "The string goes on to the end of the file, with all entries in it."},
+    {"quote-over-lines", severity::warning, "a string over more than one line",
+     "A line end in double quotes is part of the string. Often one of the quotes is missing or one "
+     "too many, and what should be entries is text."},
+    {"escape", severity::warning, "a backslash that stays in the value",
+     "Nothing is unescaped: in \"say \\\"hi\\\"\" the backslashes stay in the value. A value "
+     "cannot have a double quote without a backslash before it."},
+    {"quote-in-comment", severity::error, "a double quote in a comment",
+     "Comments are read like the rest of the file, so a double quote in one opens a string, and "
+     "the "
+     "comment goes on after the closing quote, in another line or at the end of the file. Write "
+     "comments without double quotes, or with pairs of them in a line."},
+    {"carriage-return", severity::warning, "a carriage return that ends no line",
+     "Lines end with LF or CRLF. A CR alone is part of a key or value."},
+    {"not-utf8", severity::warning, "bytes that are not UTF-8",
+     "The bytes are used as they are. A file in another encoding, or a NUL byte, shows as wrong "
+     "characters where the value is used."},
+
+    // --- Arrays ---
+    {"unfinished-array", severity::error, "an array that ends with a comma",
+     "After a comma an array goes on in the next line, so the next entry becomes its last element. "
+     "At the end of the file, or before \"\", the array is not stored, and its elements come first "
+     "in the next array."},
+    {"array-gets-more", severity::error, "an array with the elements of another one",
+     "An array further up ends with an empty element. It is not stored, but its other elements are "
+     "the first ones of this array."},
+
+    // --- Saves ---
+    {"save-loses-key", severity::note, "a key that a save loses",
+     "A program that saves its settings writes only what is in a section: keys before the first "
+     "header, or after an empty one, are lost, and so are keys below a key with a value."},
+    {"equal-length-sections", severity::note, "sections with names of equal length",
+     "A save writes an entry under each section whose name is as long as its own section's. Give "
+     "sections names of different lengths if a program saves the file."},
+    {"save-changes-value", severity::note, "a value that a save changes",
+     "A save writes quotes only around values with whitespace. What else needs them reads back "
+     "differently: a comment mark, or a comma in an element. An array of more than ten elements is "
+     "written in the order 0, 1, 10, 2."},
+    {"save-grows", severity::note, "a file that grows with every save",
+     "Each load and save makes the file larger, because sections take each other's entries, or "
+     "because a name with a bracket comes back as several names. 150 sections with names of equal "
+     "length make 35 MB of 2.6 kB in two rounds."},
+
+    // --- The schema ---
+    {"unknown-key", severity::error, "a key that the program does not know",
+     "The schema does not declare it. Most often it is misspelled, or in the wrong section."},
+    {"wrong-value", severity::error, "a value of the wrong type",
+     "The schema declares another type, other words or a range. An array has [] after its key."},
+    {"missing-key", severity::error, "a required key is missing",
+     "The schema declares it with required = yes, and no file sets it."},
+    {"alias-cycle", severity::error, "aliases that lead back to themselves",
+     "The lookup ends with the value of the last alias, which is the name of a key."},
+};
+
+}  // namespace
+
+rule_list rules() {
+    return table;
+}
+
+}  // namespace tova_programs::cfg
