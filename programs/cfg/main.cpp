@@ -1,7 +1,10 @@
 #include "cfg/check/check.hpp"
 #include "cfg/check/rules.hpp"
 #include "cfg/commands/change.hpp"
+#include "cfg/commands/convert.hpp"
+#include "cfg/commands/declare.hpp"
 #include "cfg/commands/show.hpp"
+#include "cfg/commands/watch.hpp"
 #include "cfg/version.hpp"
 #include "support/command_line.hpp"
 
@@ -34,6 +37,9 @@ public:
         add_unset();
         add_check();
         add_roundtrip();
+        add_convert();
+        add_watch();
+        add_schema_command();
         m_line.add_section(
             "SOURCES",
             "A program finds its settings in its command line, in a file and in its "
@@ -75,6 +81,9 @@ private:
     void add_unset();
     void add_check();
     void add_roundtrip();
+    void add_convert();
+    void add_watch();
+    void add_schema_command();
 
     command_line m_line;
     std::vector<std::string> m_arguments;
@@ -85,6 +94,9 @@ private:
     unset_options m_unset;
     check_command m_check;
     roundtrip_options m_roundtrip;
+    convert_options m_convert;
+    watch_options m_watch;
+    schema_options m_schema;
 };
 
 void tool::add_show() {
@@ -192,6 +204,50 @@ void tool::add_roundtrip() {
         [this] { return run_roundtrip(m_roundtrip, std::cout, out_style()); });
     command.add_option("FILE", m_roundtrip.file, "a settings file")->required();
     add_json(command, m_roundtrip.as_json);
+}
+
+void tool::add_convert() {
+    CLI::App& command =
+        m_line.add_command("convert", "make a settings file from INI, TOML or JSON",
+                           [this] { return run_convert(m_convert, std::cout, std::cerr); });
+    command.add_option("FILE", m_convert.file, "the file to read")->required();
+    command
+        .add_option("--from", m_convert.format,
+                    "its format: ini (as Python's configparser reads it), inih (as the C library "
+                    "inih does), toml "
+                    "or json (by the extension)")
+        ->check(CLI::IsMember({"ini", "inih", "toml", "json"}));
+    value_name(
+        command.add_option("-o,--output", m_convert.output, "the file to write (standard output)"),
+        "FILE");
+    add_json(command, m_convert.as_json);
+}
+
+void tool::add_watch() {
+    CLI::App& command =
+        m_line.add_command("watch", "print what changes when a file changes",
+                           [this] { return run_watch(m_watch, std::cout, out_style()); });
+    command.add_option("FILE", m_watch.file, "a settings file")->required();
+    value_name(command.add_option("--count", m_watch.count, "end after that many changes"), "N");
+    command.add_flag("--json", m_watch.as_json, "write an object a line");
+}
+
+void tool::add_schema_command() {
+    CLI::App& command = m_line.add_command(
+        "schema", "make documentation, a sample file or completion from a declaration of keys",
+        [this] { return run_schema(m_schema, std::cout); });
+    command.add_option("FILE", m_schema.file, "a schema")->required();
+    command
+        .add_option("--format", m_schema.format,
+                    "markdown (a table), json, cfg (a settings file with every key) or bash "
+                    "(completion of a program's options)")
+        ->check(CLI::IsMember({"markdown", "json", "cfg", "bash"}));
+    command.add_flag_callback(
+        "--json", [this] { m_schema.format = "json"; }, "the same as --format json");
+    value_name(command.add_option("--program", m_schema.program, "the program to complete"),
+               "NAME");
+    command.add_flag("--guess", m_schema.is_settings,
+                     "FILE has settings: write a schema that fits them");
 }
 
 }  // namespace

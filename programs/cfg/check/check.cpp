@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <utility>
 
 namespace tova_programs::cfg {
@@ -74,11 +75,17 @@ report check(const check_options& options) {
         declared = schema(options.schema_path);
         add(lint_schema(declared, options.schema_path));
     }
+    std::set<std::string> keys;
     for (const std::string& path : options.files) {
         const document file(path, read_file(path));
+        for (const entry& each : file.entries())
+            if (each.is_stored)
+                keys.insert(each.key);
         add(lint(file, declared));
         add(lint_save(file));
     }
+    if (!options.files.empty())
+        add(lint_required(options.files, keys, declared));
     result.sort();
     return result;
 }

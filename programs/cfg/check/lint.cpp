@@ -79,7 +79,6 @@ public:
         }
         check_duplicates();
         check_longer_keys();
-        check_required();
         return std::move(m_found);
     }
 
@@ -422,20 +421,6 @@ private:
         }
     }
 
-    void check_required() {
-        for (const declared_key& each : m_schema.keys()) {
-            const bool is_set = std::any_of(
-                m_file.entries().begin(), m_file.entries().end(),
-                [&each](const entry& one) { return one.is_stored && one.key == each.key; });
-            if (!each.is_required || is_set)
-                continue;
-            finding found(*rules().find("missing-key"), m_file.path(), 0, 0);
-            found.subject = each.key;
-            found.text = "the schema requires this key";
-            m_found.push_back(std::move(found));
-        }
-    }
-
     const document& m_file;
     const schema& m_schema;
     line_index m_lines;
@@ -527,6 +512,20 @@ private:
 
 std::vector<finding> lint(const document& file, const schema& declared) {
     return linter(file, declared).run();
+}
+
+std::vector<finding> lint_required(const std::vector<std::string>& paths,
+                                   const std::set<std::string>& keys, const schema& declared) {
+    std::vector<finding> result;
+    for (const declared_key& each : declared.keys()) {
+        if (!each.is_required || keys.count(each.key) != 0)
+            continue;
+        finding found(*rules().find("missing-key"), paths.front(), 0, 0);
+        found.subject = each.key;
+        found.text = "the schema requires this key";
+        result.push_back(std::move(found));
+    }
+    return result;
 }
 
 std::vector<finding> lint_save(const document& file) {

@@ -6,6 +6,8 @@
 #include "cfg/scanner/document.hpp"
 #include "support/findings.hpp"
 
+#include <set>
+#include <string>
 #include <vector>
 
 namespace tova_programs::cfg {
@@ -13,6 +15,10 @@ namespace tova_programs::cfg {
 /// The findings in one file, with their places. Without a schema, or with an empty one, any key is
 /// known.
 std::vector<finding> lint(const document& file, const schema& declared);
+
+/// Required keys that none of the files sets. The findings are those of the first file.
+std::vector<finding> lint_required(const std::vector<std::string>& paths,
+                                   const std::set<std::string>& keys, const schema& declared);
 
 /// What a save would do to the file.
 std::vector<finding> lint_save(const document& file);

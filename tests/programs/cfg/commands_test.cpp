@@ -82,6 +82,19 @@ const struct {
     {"roundtrip", "roundtrip top.cfg"},
     {"roundtrip_json", "roundtrip top.cfg --json"},
     {"roundtrip_clean", "roundtrip clean.cfg"},
+    {"convert_ini", "convert old.ini"},
+    {"convert_inih", "convert old.ini --from inih"},
+    {"convert_toml", "convert app.toml"},
+    {"convert_json", "convert app.json"},
+    {"convert_as_json", "convert app.json --json"},
+    {"convert_wrong", "convert app.cfg --from toml"},
+    {"schema", "schema app.schema.cfg"},
+    {"schema_json", "schema app.schema.cfg --json"},
+    {"schema_cfg", "schema app.schema.cfg --format cfg"},
+    {"schema_bash", "schema app.schema.cfg --format bash --program app"},
+    {"schema_guess", "schema --guess app.cfg"},
+    {"schema_wrong", "schema app.cfg"},
+    {"help", "--help"},
     {"explain_json", "explain paths.search app.cfg --json"},
 };
 
@@ -218,6 +231,122 @@ TEST(CfgEdit, ReplacesTheFileAndKeepsItsPermissions) {
     EXPECT_EQ(0640u, status.st_mode & 0777u);
     EXPECT_EQ(0, run_program(TOVA_CFG " set --create " + folder.path("n.cfg") + " a 1").exit_code);
     EXPECT_EQ("a = 1\n", read_bytes(folder.path("n.cfg")));
+}
+
+// What Python's configparser reads is in the converted file, value by value, or in the list of what
+// has no form there.
+TEST(CfgConvert, KeepsEveryValueThatConfigparserReads) {
+    const temporary_directory folder;
+    random_source random(13);
+    const std::vector<std::string> lines = {
+        "[s]\n",        "[T.u]\n",     "a = 1\n",           "b: x y\n",        "c = http://a/b#c\n",
+        "; note\n",     "# \"note\n",  "d = a ; b\n",       "e = \"q r\"\n",   "f =\n",
+        "  more = 1\n", "\n",          "g = a,b == c\n",    "h = c:\\dir\\\n", "i = \xC3\xA4\n",
+        "j=[x] {y}\n",  "k = 'one'\n", "  [not a header]\n"};
+    std::string list;
+    std::vector<std::string> files;
+    for (int i = 0; i < 300; ++i) {
+        std::string text = "[s0]\n";
+        for (std::size_t count = 1 + below(random, 8); count != 0; --count)
+            text += lines[below(random, lines.size())];
+        files.push_back(folder.write(std::to_string(i) + ".ini", text));
+        list += files.back() + '\n';
+    }
+    folder.write("list", list);
+    // Prints key, NUL, value, NUL for every value of each file, and an empty key at its end.
+    folder.write("read.py", R"(
+import configparser, sys
+for path in open(sys.argv[1]).read().split():
+    parser = configparser.RawConfigParser(strict=False)
+    out = ""
+    try:
+        parser.read(path, encoding="utf-8")
+        for section in parser.sections():
+            for key, value in parser.items(section):
+                out += section.lower() + "." + key + "\0" + value + "\0"
+        out += "\0"
+    except configparser.Error:
+        out = "\1\0"
+    sys.stdout.buffer.write(out.encode())
+)");
+    const std::string output =
+        run_program("python3 " + folder.path("read.py") + " " + folder.path("list")).output;
+    std::size_t at = 0;
+    const auto next = [&output, &at] {
+        const std::size_t end = output.find('\0', at);
+        const std::string text = output.substr(at, end - at);
+        at = end == std::string::npos ? output.size() : end + 1;
+        return text;
+    };
+    std::size_t compared = 0;
+    for (const std::string& path : files) {
+        SCOPED_TRACE(read_bytes(path));
+        const std::string result = folder.path("result.cfg");
+        const auto converted = run_program(TOVA_CFG " convert -o " + result + " " + path);
+        std::string key = next();
+        if (key == "\1")
+            continue;
+        ASSERT_NE(2, converted.exit_code) << converted.output;
+        const node_map nodes = nodes_of(document(result, read_bytes(result)));
+        std::size_t kept = 0;
+        for (; !key.empty(); key = next()) {
+            const std::string value = next();
+            const auto found = nodes.find(key);
+            if (found == nodes.end()) {
+                EXPECT_TRUE(value.empty() || value.find('"') != std::string::npos) << key;
+                continue;
+            }
+            if (value.empty() || value.find('"') != std::string::npos)
+                continue;  // an earlier value of the key stays
+            EXPECT_EQ(value, found->second.second) << key;
+            ++kept;
+        }
+        compared += kept;
+    }
+    EXPECT_GT(compared, 300u);
+}
+
+TEST(CfgWatch, PrintsWhatChanges) {
+    const temporary_directory folder;
+    const std::string path = folder.write("f.cfg", "a = 1\n[s]\nb = 2\n");
+    // The changes come one by one, each after the last one was printed.
+    const std::string script = TOVA_CFG " watch --count 3 " + path + " > " + folder.path("out") +
+                               " & pid=$!; "
+                               "lines() { for i in $(seq 100); do [ $(wc -l < " +
+                               folder.path("out") +
+                               ") -ge $1 ] && return; sleep 0.1; done; }; sleep 0.5; " TOVA_CFG
+                               " set " +
+                               path + " a 3; lines 1; " TOVA_CFG " set " + path +
+                               " s.l x y; lines 2; "
+                               "rm " +
+                               path + "; lines 5; wait $pid";
+    EXPECT_EQ(0, run_program(script).exit_code);
+    EXPECT_EQ("changed: a = 1 -> 3  (" + path + ":1:1)\n" + "added: s.l = [x, y]  (" + path +
+                  ":4:1)\n" + "removed: a = 3\nremoved: s.b = 2\nremoved: s.l = [x, y]\n",
+              read_bytes(folder.path("out")));
+}
+
+// What comes from a schema fits it.
+TEST(CfgSchema, MakesASampleThatItAcceptsAndACompletionThatBashRuns) {
+    const temporary_directory folder;
+    const std::string declared = data + "/sample/app.schema.cfg";
+    const std::string sample = folder.path("sample.cfg");
+    ASSERT_EQ(0,
+              run_program(TOVA_CFG " schema --format cfg " + declared + " > " + sample).exit_code);
+    EXPECT_EQ("", run_program(TOVA_CFG " check --ignore missing-key --fail-on note --schema " +
+                              declared + " " + sample)
+                      .output);
+    const std::string completion =
+        "bash -c '. <(" TOVA_CFG " schema --format bash --program app " + declared +
+        "); COMP_WORDS=(app -server.mode = f); COMP_CWORD=3; _app; echo ${COMPREPLY[*]}'";
+    EXPECT_EQ("fast\n", run_program(completion).output);
+    const std::string guessed = folder.path("guessed.cfg");
+    ASSERT_EQ(
+        0,
+        run_program(TOVA_CFG " schema --guess " + data + "/sample/app.cfg > " + guessed).exit_code);
+    EXPECT_EQ(0, run_program(TOVA_CFG " check --ignore duplicate-key --schema " + guessed + " " +
+                             data + "/sample/app.cfg")
+                     .exit_code);
 }
 
 TEST(CfgSources, KnowThePlaceOfEveryValueOfACommandLine) {
