@@ -8,6 +8,15 @@
 
 #include <utility>
 
+// show, get and explain: three views of one lookup. `sources` loads the library's own items and
+// looks a key up; what is here only words the result, as text or as JSON:
+//
+//     show      a row for each path that any source has, with the value that a program finds
+//     get       the value alone
+//     explain   each source that was asked, in order, and why the last one decides
+//
+// Helpers come first: the parts of a row, the JSON of a lookup, the text of a step.
+
 namespace tova_programs::cfg {
 
 namespace {

@@ -383,23 +383,8 @@ lookup sources::find(const std::string& key) const {
     ustring8 current = key;
     std::set<std::string> visited;
     for (std::size_t i = 0; i < m_list.size(); ++i) {
-        const source& each = m_list[i];
-        const config_node* const node = each.item->get_value(current);
-        lookup_step step;
-        step.source = i;
-        step.key = current;
-        if (node == nullptr) {
-            result.steps.push_back(step);
-            continue;
-        }
-        const auto places = each.places.find(path_of(current));
-        if (places != each.places.end())
-            step.where = places->second.back().where;
-        step.text = node->first == 0 || is_array(*node) ? "" : text_of(*node);
-        step.result = is_array(*node)          ? lookup_step::array
-                      : (node->first & 4) != 0 ? lookup_step::alias
-                      : node->first == 0       ? lookup_step::inner_node
-                                               : lookup_step::value;
+        const config_node* const node = m_list[i].item->get_value(current);
+        lookup_step step = step_for(i, current, node);
         if (step.result == lookup_step::alias) {
             visited.insert(current);
             result.chain.push_back(current);
@@ -412,39 +397,69 @@ lookup sources::find(const std::string& key) const {
             step.result = lookup_step::cycle;
         }
         result.steps.push_back(step);
-        result.is_found = true;
-        result.is_array = step.result == lookup_step::array;
-        result.is_inner_node = step.result == lookup_step::inner_node;
-        result.flags = node->first;
-        result.source = i;
-        result.key = current;
-        result.where = step.where;
-        if (result.is_array) {
-            config_node_list elements;
-            each.item->get_array(current, elements);
-            for (const auto& element : elements)
-                result.values.push_back(text_of(element.second));
-        } else {
-            result.values.push_back(text_of(*node));
-        }
-        break;
-    }
-    // Whatever sets the same key and is not used: earlier values of the same source, and those of
-    // the sources after it.
-    const std::string path = path_of(key);
-    for (const lookup_step& step : result.steps)
-        if (step.result != lookup_step::absent) {
-            for (std::size_t i = step.source; i < m_list.size(); ++i) {
-                const auto places = m_list[i].places.find(path);
-                if (places == m_list[i].places.end())
-                    continue;
-                const bool has_winner = i == step.source;
-                for (std::size_t k = 0; k + (has_winner ? 1 : 0) < places->second.size(); ++k)
-                    result.shadowed.push_back(places->second[k]);
-            }
+        if (node != nullptr) {
+            set_value(result, *node);
             break;
         }
+    }
+    add_shadowed(result, path_of(key));
     return result;
+}
+
+lookup_step sources::step_for(std::size_t source, const std::string& key,
+                              const config_node* node) const {
+    lookup_step step;
+    step.source = source;
+    step.key = key;
+    if (node == nullptr)
+        return step;
+    const auto places = m_list[source].places.find(path_of(key));
+    if (places != m_list[source].places.end())
+        step.where = places->second.back().where;
+    step.text = node->first == 0 || is_array(*node) ? "" : text_of(*node);
+    step.result = is_array(*node)          ? lookup_step::array
+                  : (node->first & 4) != 0 ? lookup_step::alias
+                  : node->first == 0       ? lookup_step::inner_node
+                                           : lookup_step::value;
+    return step;
+}
+
+// What the last step found.
+void sources::set_value(lookup& result, const config_node& node) const {
+    const lookup_step& last = result.steps.back();
+    result.is_found = true;
+    result.is_array = last.result == lookup_step::array;
+    result.is_inner_node = last.result == lookup_step::inner_node;
+    result.flags = node.first;
+    result.source = last.source;
+    result.key = last.key;
+    result.where = last.where;
+    if (!result.is_array) {
+        result.values.push_back(text_of(node));
+        return;
+    }
+    config_node_list elements;
+    m_list[last.source].item->get_array(last.key, elements);
+    for (const auto& element : elements)
+        result.values.push_back(text_of(element.second));
+}
+
+// Whatever sets the same key and is not used: earlier values of the first source that has it, and
+// those of the sources after it.
+void sources::add_shadowed(lookup& result, const std::string& path) const {
+    const auto first =
+        std::find_if(result.steps.begin(), result.steps.end(),
+                     [](const lookup_step& step) { return step.result != lookup_step::absent; });
+    if (first == result.steps.end())
+        return;
+    for (std::size_t i = first->source; i < m_list.size(); ++i) {
+        const auto places = m_list[i].places.find(path);
+        if (places == m_list[i].places.end())
+            continue;
+        const std::size_t used = i == first->source ? 1 : 0;
+        for (std::size_t k = 0; k + used < places->second.size(); ++k)
+            result.shadowed.push_back(places->second[k]);
+    }
 }
 
 std::vector<std::string> sources::paths() const {

@@ -104,6 +104,11 @@ private:
     void add_aliases(const source_options& options);
     void load();
 
+    lookup_step step_for(std::size_t source, const std::string& key,
+                         const tova::config::config_node* node) const;
+    void set_value(lookup& result, const tova::config::config_node& node) const;
+    void add_shadowed(lookup& result, const std::string& path) const;
+
     std::vector<source> m_list;
     std::vector<std::string> m_ignored;
     std::vector<std::string> m_words;  // of the command line, for the item

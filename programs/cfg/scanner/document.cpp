@@ -65,7 +65,7 @@ private:
 
     bool at_end() const { return m_at >= m_bytes.size(); }
 
-    // Moves past the token at the current position.
+    // Moves past the token at the current position. Long because it is the whole table of tokens.
     token_kind kind_at(bool& is_closed) {
         const char first = m_bytes[m_at++];
         const char second = at_end() ? '\0' : m_bytes[m_at];
