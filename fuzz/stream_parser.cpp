@@ -1,27 +1,30 @@
-// A parser follows a file that grows. The fuzzer chooses the open depth, the pieces and the calls
-// after each piece. Checked: every status is a known one, the nodes are well formed, the offset
-// never goes back and stays inside the file.
+// A parser follows a file that grows, and does what the plain model of it does: the same status,
+// position and line after each call, the same nodes with the same contents. The fuzzer chooses the
+// open depth, the pieces and the calls after each piece. The same bytes are then followed twice
+// more, in a few large pieces and in many small ones, whose sizes are random.
 //
 // The input is a byte for the open depth and then pieces. A piece is a byte for the calls after it,
 // a byte for its size, and that many bytes for the file; the last piece takes what is left.
 #include <tova/parser/xml_stream_parser.hpp>
 
+#include "parser/plain_stream_parser.hpp"
 #include "require.hpp"
 #include "support/choose_form.hpp"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <fstream>
 #include <list>
+#include <random>
 #include <string>
 
 namespace {
 
 using fuzz_support::require;
+using test_support::plain_stream_parser;
 using tova::parser::xml_stream_parser;
-using tova::strings::ustring8;
 using node = xml_stream_parser::node;
 
 // One file for the whole run, in memory if the system offers that.
@@ -30,89 +33,159 @@ public:
     growing_file() {
         const char* const folder = ::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
         m_path = std::string(folder) + "/tova_fuzz_stream_parser_XXXXXX";
-        const int descriptor = ::mkstemp(&m_path[0]);
-        require(descriptor != -1);
-        ::close(descriptor);
+        m_descriptor = ::mkostemp(&m_path[0], O_APPEND);
+        require(m_descriptor != -1);
     }
-    ~growing_file() { ::unlink(m_path.c_str()); }
+    ~growing_file() {
+        ::close(m_descriptor);
+        ::unlink(m_path.c_str());
+    }
 
     const std::string& path() const { return m_path; }
-    void clear() const { std::ofstream(m_path, std::ios::binary | std::ios::trunc); }
+    void clear() const { require(::ftruncate(m_descriptor, 0) == 0); }
     void append(const std::string& bytes) const {
-        std::ofstream(m_path, std::ios::binary | std::ios::app) << bytes;
+        require(::write(m_descriptor, bytes.data(), bytes.size()) == ssize_t(bytes.size()));
     }
 
 private:
     std::string m_path;
+    int m_descriptor;
 };
 
-class checked_parser {
+// The parser and its model, which read the same bytes. Each call is made to both.
+class pair_of_parsers {
 public:
-    checked_parser(const std::string& path, unsigned depth) : m_parser(path, depth) {}
+    pair_of_parsers(const growing_file& file, unsigned depth)
+        : m_file((file.clear(), file)), m_plain(m_bytes, depth), m_parser(file.path(), depth) {}
+
+    const std::string& bytes() const { return m_bytes; }
+
+    void append(const std::string& bytes) {
+        m_bytes += bytes;
+        m_file.append(bytes);
+    }
 
     void parse() {
-        const int before = m_parser.error();
-        const int status = m_parser.parse();
-        require(status >= 0 && status <= 12 && status != 8);
-        require(before < 10 || status == before);
-        check_queue();
+        m_plain.parse();
+        m_parser.parse();
+        require_same();
     }
 
     void take_all() {
-        while (!m_parser.node_queue_empty())
-            check_node(m_parser.node_queue_pop());
-        check_queue();
+        while (m_plain.has_node())
+            take_one();
     }
 
-    // Even if nothing is ready.
+    // Even if nothing is ready: the first node that waits is then lost.
     void take_one() {
-        const bool is_empty = m_parser.node_queue_empty();
-        bool has_thrown = false;
-        try {
-            check_node(m_parser.node_queue_pop());
-        } catch (const xml_stream_parser::EmptyNodeQueue&) {
-            has_thrown = true;
+        if (!m_plain.has_node()) {
+            m_plain.lose_first();
+            bool has_thrown = false;
+            try {
+                m_parser.node_queue_pop();
+            } catch (const xml_stream_parser::EmptyNodeQueue&) {
+                has_thrown = true;
+            }
+            require(has_thrown);
+        } else {
+            const node expected = m_plain.pop();
+            const node one = m_parser.node_queue_pop();
+            require(one.type == expected.type && one.ready && one.name == expected.name);
+            require(one.line == expected.line && one.id == expected.id);
+            require(one.parent == expected.parent && one.attributes == expected.attributes);
+            require(one.text == expected.text);
         }
-        require(has_thrown == is_empty);
-        check_queue();
+        require_same();
     }
 
     // A caller may do that, even after a fatal status.
-    void reset_status() { m_parser.error() = xml_stream_parser::no_error; }
+    void reset_status() {
+        m_plain.status = 0;
+        m_parser.error() = xml_stream_parser::no_error;
+    }
 
     void recover(const std::string& name) {
         // After the end of a document a search that finds nothing never returns.
-        if (m_parser.error() == xml_stream_parser::end_of_document)
+        if (m_has_ended)
             return;
-        const std::list<ustring8> names = {"a", "r", name};
-        const int status = m_parser.recover(names);
-        require(status == 0 || status == 2 || status == 10);
-        check_queue();
+        m_plain.recover({"a", "r", name});
+        m_parser.recover(std::list<std::string>{"a", "r", name});
+        require_same();
     }
 
 private:
-    void check_queue() {
-        require(m_parser.node_queue_empty() == (m_parser.node_queue_size() == 0));
+    void require_same() {
+        const int status = m_parser.error();
+        require(status == m_plain.status);
+        m_has_ended |= status == xml_stream_parser::end_of_document;
+        require(m_parser.line() == m_plain.line);
+        require(m_parser.root() == m_plain.root);
+        require(m_parser.node_queue_size() == m_plain.queue_size());
+        require(m_parser.node_queue_empty() == !m_plain.has_node());
         const auto offset = m_parser.parse_offset();
-        // Only the declaration may reach past the data: the byte after its `?` is passed over, even
-        // if it has yet to arrive.
-        const unsigned long beyond = m_parser.root().empty() ? 1 : 0;
-        require(offset >= m_offset && offset <= m_parser.file_length() + beyond);
+        require(offset == m_plain.parse_offset() && offset >= m_offset);
         m_offset = offset;
-        require(m_parser.line() >= 1);
     }
 
-    void check_node(const node& one) {
-        require(one.ready && !one.name.empty());
-        require(one.type == 0 || one.type == 1 || one.type == 3);
-        require(one.parent < one.id);
-        for (const auto& attribute : one.attributes)
-            require(!attribute.first.empty());
-    }
-
+    const growing_file& m_file;
+    std::string m_bytes;
+    plain_stream_parser m_plain;
     xml_stream_parser m_parser;
     unsigned long m_offset = 0;
+    bool m_has_ended = false;
 };
+
+// The pieces and the calls that the input describes. Returns all bytes of the file.
+std::string follow_input(const growing_file& file, unsigned char first, std::string input) {
+    pair_of_parsers both(file, first & 0x07);
+    // Most inputs should get past the declaration.
+    if ((first & 0x80) == 0)
+        both.append("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>");
+    while (!input.empty()) {
+        const auto what = static_cast<unsigned char>(input[0]);
+        const std::size_t length = input.size() < 2 ? 0 : static_cast<unsigned char>(input[1]);
+        const std::string piece = input.size() < 2 ? "" : input.substr(2, length);
+        input.erase(0, 2 + piece.size());
+        // Some pieces move what follows across the end of the buffer.
+        if ((what & 0xE0) == 0xE0)
+            both.append(std::string(65536 - 64 * (what & 0x0F), what & 0x10 ? ' ' : 'x'));
+        both.append(piece);
+        if (what & 0x01)
+            both.parse();
+        if (what & 0x02)
+            both.take_all();
+        if (what & 0x04)
+            both.take_one();
+        if (what & 0x08)
+            both.recover(piece.substr(0, 3));
+        if ((what & 0x30) == 0x30)
+            both.reset_status();
+    }
+    both.parse();
+    both.take_all();
+    both.recover("x");
+    both.parse();
+    both.take_all();
+    return both.bytes();
+}
+
+// A file that grows by pieces of up to so many bytes. Errors are passed over where that is
+// possible.
+void follow_pieces(const growing_file& file, unsigned depth, const std::string& bytes,
+                   std::size_t longest, std::mt19937& random) {
+    pair_of_parsers both(file, depth);
+    for (std::size_t begin = 0; begin < bytes.size();) {
+        const std::size_t size = 1 + random() % longest;
+        both.append(bytes.substr(begin, size));
+        begin += size;
+        both.parse();
+        both.take_all();
+        if (random() % 4 == 0)
+            both.recover("b");
+    }
+    both.parse();
+    both.take_all();
+}
 
 }  // namespace
 
@@ -121,37 +194,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const growing_file file;
     if (size == 0)
         return 0;
-    file.clear();
-    // Most inputs should get past the declaration.
-    if ((data[0] & 0x80) == 0)
-        file.append("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>");
-    checked_parser parser(file.path(), data[0] & 0x07);
-
-    std::string bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
-    while (!bytes.empty()) {
-        const auto what = static_cast<unsigned char>(bytes[0]);
-        const std::size_t length = bytes.size() < 2 ? 0 : static_cast<unsigned char>(bytes[1]);
-        const std::string piece = bytes.size() < 2 ? "" : bytes.substr(2, length);
-        bytes.erase(0, 2 + piece.size());
-        // Some pieces move what follows across the end of the buffer.
-        if ((what & 0xE0) == 0xE0)
-            file.append(std::string(65536 - 64 * (what & 0x0F), what & 0x10 ? ' ' : 'x'));
-        file.append(piece);
-        if (what & 0x01)
-            parser.parse();
-        if (what & 0x02)
-            parser.take_all();
-        if (what & 0x04)
-            parser.take_one();
-        if (what & 0x08)
-            parser.recover(piece.substr(0, 3));
-        if ((what & 0x30) == 0x30)
-            parser.reset_status();
-    }
-    parser.parse();
-    parser.take_all();
-    parser.recover("x");
-    parser.parse();
-    parser.take_all();
+    const std::string bytes =
+        follow_input(file, data[0], std::string(reinterpret_cast<const char*>(data) + 1, size - 1));
+    std::mt19937 random(static_cast<unsigned>(size));
+    const unsigned depth = data[0] & 0x07;
+    follow_pieces(file, depth, bytes, bytes.size(), random);
+    follow_pieces(file, depth, bytes, bytes.size() < 4096 ? 40 : 20000, random);
     return 0;
 }

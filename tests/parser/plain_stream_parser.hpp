@@ -59,6 +59,12 @@ public:
         return first;
     }
 
+    // What a pop without a node that is ready does to the queue.
+    void lose_first() {
+        if (!m_queue.empty())
+            m_queue.pop_front();
+    }
+
     void recover(const std::vector<std::string>& names) {
         if (root.empty() || names.empty()) {
             status = root.empty() ? 10 : 2;
@@ -92,8 +98,9 @@ private:
         std::shared_ptr<node> record;
     };
 
-    bool at_end() const { return m_cursor == m_end; }
-    std::size_t remaining() const { return m_end - m_cursor; }
+    // The cursor may be one past the end, over a byte that has yet to arrive.
+    bool at_end() const { return m_cursor >= m_end; }
+    std::size_t remaining() const { return at_end() ? 0 : m_end - m_cursor; }
     char byte(std::size_t offset = 0) const { return m_buffer[m_cursor + offset]; }
     bool begins_with(const std::string& text) const {
         return remaining() >= text.size() && m_buffer.compare(m_cursor, text.size(), text) == 0;
