@@ -74,6 +74,7 @@ namespace detail {
 ///     bool add_attribute(piece name);             // false if there is one of that name
 ///     void move_to(const char* cursor);           // for an error
 ///     const char* end();                          // of the document, after an event
+///     const char* take_usual(const char* cursor); // whole constructs that it can do without us
 ///     const char* element_start(piece name, const char* cursor);
 ///     const char* element_end(piece name, const char* cursor);
 ///     const char* empty_element_end(const char* cursor);  // of the innermost element
@@ -98,6 +99,7 @@ public:
     parse_error run() {
         const char* cursor = take_header();
         for (;;) {
+            cursor = m_context.take_usual(cursor);
             if (m_context.in_tag()) {
                 // Whitespace within a tag is not reported.
                 cursor = end_of_white_space(cursor);

@@ -8,7 +8,8 @@
 ///
 /// They are the same tokens as those of an `xml_token_stream` that has read nothing else. A value
 /// is a piece of the document or, if it has references, of memory that belongs to the tokens; both
-/// must outlive its use. An object belongs to one thread.
+/// must outlive its use. A reader that needs no more than the frame of some elements passes a
+/// filter. An object belongs to one thread.
 #pragma once
 
 #include <tova/parser/xml_parser.hpp>
@@ -18,6 +19,7 @@
 #include "parser/piece.hpp"
 
 #include <cstddef>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -42,23 +44,44 @@ public:
         std::size_t m_size_and_type;  // the type in the lowest four bits
     };
 
-    flat_tokens() : m_room(nullptr), m_room_size(0) {}
+    /// Tells which children of the root have contents that nobody needs.
+    class filter {
+    public:
+        virtual ~filter() {}
+
+        /// Whether the tokens of an element, after the end of its start tag and up to the first end
+        /// of an element with its name, are left out. `[start, end)` are the tokens of its start
+        /// tag. The XML is checked all the same.
+        virtual bool is_left_out(const token* start, const token* end) const = 0;
+    };
+
+    flat_tokens() : m_next(nullptr), m_limit(nullptr), m_room(nullptr), m_room_size(0) {}
     flat_tokens(const flat_tokens&) = delete;
     flat_tokens& operator=(const flat_tokens&) = delete;
 
-    /// Once for an object. The tokens before an error are kept.
-    xml_parser::parse_error parse(const strings::ustring8& document);
+    /// Once for an object. The tokens before an error are kept. Without a filter nothing is left
+    /// out.
+    xml_parser::parse_error parse(const strings::ustring8& document,
+                                  const filter* wanted = nullptr);
 
-    const token* begin() const { return m_tokens.data(); }
-    const token* end() const { return m_tokens.data() + m_tokens.size(); }
-    std::size_t size() const { return m_tokens.size(); }
+    const token* begin() const { return m_tokens.get(); }
+    const token* end() const { return m_next; }
+    std::size_t size() const { return static_cast<std::size_t>(end() - begin()); }
 
 private:
     class context;
+    struct release {
+        void operator()(token* tokens) const { std::free(tokens); }
+    };
 
+    void grow(std::size_t capacity);
+    char* make_room(std::size_t size);
     piece keep(const strings::ustring8& value);
 
-    std::vector<token> m_tokens;
+    // From `std::malloc`, since a long array grows without a copy there.
+    std::unique_ptr<token, release> m_tokens;
+    token* m_next;                                  // after the last token
+    token* m_limit;                                 // after the last that has room
     std::vector<std::unique_ptr<char[]>> m_chunks;  // of the values with references
     char* m_room;                                   // what is left of the last one
     std::size_t m_room_size;

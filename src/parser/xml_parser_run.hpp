@@ -52,6 +52,9 @@ public:
                                    static_cast<std::size_t>(m_end - name.data));
     }
 
+    // Each construct is an event of its own.
+    const char* take_usual(const char* cursor) const { return cursor; }
+
 protected:
     __attribute__((always_inline)) void fill(strings::ustring8& into, detail::piece bytes) const {
         detail::fill(into, bytes.data, bytes.size, static_cast<std::size_t>(m_end - bytes.data));

@@ -71,6 +71,96 @@ TEST(FlatTokens, EqualTheListForRandomDocuments) {
     }
 }
 
+// A document long enough that most of its constructs are far from its end, of every kind.
+std::string long_document() {
+    std::string made = "<?xml version=\"1.0\"?>\n<xmc version=\"1.1\">\n"
+                       "  <catalog name=\"app\" lang=\"en\">\n";
+    for (int i = 0; i < 3; ++i)
+        made += "    <msg name=\"section.key_" + std::to_string(i) +
+                "\" meta='It&apos;s a note'>Copied &lt;1&gt; &amp;&quot;"
+                "<arg name=\"count\" type=\"int\"\n base=\"spaced_dec\"/>\n\n        "
+                "<!-- of -->\n \t <arg name='size' precision = \"1\"/>, <!--x--><arg "
+                "name=\"folder\"  />"
+                ".<br/>two  spaces &#65; <![CDATA[ raw ]]> <![CDATA[raw]]>...</msg  >\n";
+    return made + "  </catalog>\n  <include file=\"other.xmc\"/>\n</xmc>\n";
+}
+
+TEST(FlatTokens, EqualTheListWhereverTheDocumentEnds) {
+    const std::string document = long_document();
+    for (std::size_t size = 0; size <= document.size(); ++size)
+        expect_list(document.substr(0, size));
+}
+
+TEST(FlatTokens, EqualTheListWhateverByteIsReplaced) {
+    const std::string document = long_document() + std::string(100, '\n');
+    for (std::size_t at = 0; at < document.size() && !HasFailure(); ++at) {
+        for (const char byte : {'<', '>', '&', '/', '"', '\'', '=', ' ', '\n', '!', '-', 'x', '\0',
+                                '\xE4', ';', '?'}) {
+            std::string changed = document;
+            changed[at] = byte;
+            expect_list(changed);
+        }
+    }
+}
+
+TEST(FlatTokens, EqualTheListWhateverByteIsMissingOrDoubled) {
+    const std::string document = long_document() + std::string(100, '\n');
+    for (std::size_t at = 0; at < document.size() && !HasFailure(); ++at) {
+        expect_list(std::string(document).erase(at, 1));
+        expect_list(std::string(document).insert(at, 1, document[at]));
+    }
+}
+
+// Blocks begin where a search asks for them, so each construct meets the end of a block in turn.
+TEST(FlatTokens, EqualTheListAtEveryPlaceOfABlock) {
+    const std::string document = long_document();
+    const auto begin = document.find("<msg");
+    for (std::size_t size = 0; size < 130; ++size) {
+        expect_list(std::string(document).insert(begin, size, ' '));
+        expect_list(std::string(document).insert(begin, size, 'x'));
+        expect_list(std::string(document).insert(begin + 11, size, 'x'));
+        expect_list(std::string(document).insert(begin + 4, size, 'x'));
+    }
+}
+
+TEST(FlatTokens, EqualTheListForLongRandomDocuments) {
+    const char* const words[] = {"<a>",
+                                 "</a>",
+                                 "</a>",
+                                 "<a x=\"1\"/>",
+                                 "<a y='2'>",
+                                 "text",
+                                 " ",
+                                 "\n    ",
+                                 "&lt;",
+                                 "&#x41;",
+                                 "<!-- c -->",
+                                 "<![CDATA[d]]>",
+                                 "a longer piece of text",
+                                 "</a>",
+                                 "<a z=\"&amp;\" >"};
+    std::mt19937 random(7);
+    for (int round = 0; round < 5000 && !HasFailure(); ++round) {
+        std::string document = "<?xml?><a><a>";
+        for (auto i = random() % 100; i > 0; --i)
+            document += words[random() % 15];
+        expect_list(document + std::string(random() % 200, ' '));
+    }
+}
+
+TEST(FlatTokens, FindAttributesThatAreThereAgainHoweverManyThereAre) {
+    for (const int count : {1, 2, 23, 24, 25, 26, 70}) {
+        std::string tag;
+        for (int i = 0; i < count; ++i)
+            tag += " name" + std::to_string(i) + "=\"" + std::to_string(i) + "\"";
+        const std::string end = "/><b c=\"\"/></a></r>" + std::string(100, ' ');
+        expect_list("<?xml?><r><a><b" + tag + end);
+        for (int again = 0; again < count; ++again)
+            expect_list("<?xml?><r><a><b" + tag + " name" + std::to_string(again) + "=\"\"" + end);
+        expect_list("<?xml?><r><a><b" + tag + "/><b" + tag + " d=\"\" d=\"\"" + end);
+    }
+}
+
 TEST(Piece, ComparesWithALiteral) {
     EXPECT_TRUE(piece().empty());
     EXPECT_TRUE(piece().is(""));
