@@ -374,12 +374,14 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
 
         const char byte = *cursor;
         if (in_tag) {
-            if (is_ascii_letter(byte)) {
-                const char* const end = m_window.end_of_name(cursor);
+            // The space before it usually belongs to an attribute.
+            const char* const start = byte == ' ' ? cursor + 1 : cursor;
+            if (is_ascii_letter(*start)) {
+                const char* const end = m_window.end_of_name(start);
                 if (end == nullptr || end[0] != '=' || (end[1] != '"' && end[1] != '\''))
                     return cursor;
                 const char* const last = m_window.end_of_value(end + 2, end[1]);
-                const piece name(cursor, end);
+                const piece name(start, end);
                 if (last == nullptr || *last != end[1] || !m_attributes.insert(name))
                     return cursor;
                 add(kind::attribute_name, name);
@@ -399,9 +401,7 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
                 in_tag = false;
                 cursor += 2;
             } else if (is_white_space(byte)) {
-                const char* const end = byte == ' ' && !is_white_space(cursor[1])
-                                            ? cursor + 1
-                                            : m_window.end_of_white_space(cursor, m_line);
+                const char* const end = m_window.end_of_white_space(cursor, m_line);
                 if (end == nullptr)
                     return cursor;
                 cursor = end;
@@ -506,19 +506,24 @@ const char* flat_tokens::context::usual_text(const char* begin, const char* end,
 
 // At an '&', after which the margin can be read.
 bool flat_tokens::context::is_usual_reference(const char* begin, reference& found) {
-    static const struct {
-        char text[7];
-        unsigned char size;
-        char result;
-    } entities[] = {{"&lt;", 4, '<'},   {"&gt;", 4, '>'},    {"&amp;", 5, '&'},
-                    {"&quot;", 6, '"'}, {"&apos;", 6, '\''}, {"&nbsp;", 6, ' '}};
-    for (const auto& entity : entities) {
-        if (have_equal_bytes(begin, entity.text, entity.size)) {
-            found = {begin, begin + entity.size, entity.result};
-            return true;
-        }
+    const auto is = [begin, &found](const char* text, std::size_t size, char byte) {
+        found = {begin, begin + size, byte};
+        return std::memcmp(begin, text, size) == 0;
+    };
+    switch (begin[1]) {
+    case 'l':
+        return is("&lt;", 4, '<');
+    case 'g':
+        return is("&gt;", 4, '>');
+    case 'q':
+        return is("&quot;", 6, '"');
+    case 'n':
+        return is("&nbsp;", 6, ' ');
+    case 'a':
+        return is("&amp;", 5, '&') || is("&apos;", 6, '\'');
+    default:
+        return false;
     }
-    return false;
 }
 
 // Returns the first byte of the "-->" for a '<', or null if that begins something else. What is

@@ -161,6 +161,53 @@ TEST(FlatTokens, FindAttributesThatAreThereAgainHoweverManyThereAre) {
     }
 }
 
+// Leaves out the contents of elements that have an attribute "x".
+class without_x : public flat_tokens::filter {
+public:
+    bool is_left_out(const flat_tokens::token* start,
+                     const flat_tokens::token* end) const override {
+        EXPECT_EQ(xml_token_stream::token::element_start, start->type());
+        return end - start > 1 && start[1].value().is("x");
+    }
+};
+
+std::string names_of_tokens(const std::string& bytes) {
+    const ustring8 document(bytes);
+    flat_tokens tokens;
+    const without_x filter;
+    const xml_parser::parse_error result = tokens.parse(document, &filter);
+    std::string names = std::to_string(result.type);
+    for (const flat_tokens::token& one : tokens)
+        names += " " + std::to_string(one.type()) + one.value().string();
+    return names;
+}
+
+TEST(FlatTokens, LeaveOutTheContentsOfChildrenOfTheRootThatAFilterNames) {
+    const std::string space(100, ' ');
+    const struct {
+        const char* document;
+        const char* names;
+    } cases[] = {
+        {"<r><a><b/></a></r>", "0 0r 4 0a 4 0b 4 1b 1a 1r"},
+        {"<r><a x=''><b/>text&lt;<!--c--><b></b></a></r>", "0 0r 4 0a 2x 3 4 1a 1r"},
+        {"<r><a x=''/><b/></r>", "0 0r 4 0a 2x 3 4 1a 0b 4 1b 1r"},
+        {"<r><a x=''><b/><a/><c/></a><d/></r>", "0 0r 4 0a 2x 3 4 1a 0c 4 1c 1a 0d 4 1d 1r"},
+        {"<r><a><b x=''>text</b></a></r>", "0 0r 4 0a 4 0b 2x 3 4 7text 1b 1a 1r"},
+        {"<r x=''><a>text</a></r>", "0 0r 2x 3 4 0a 4 7text 1a 1r"},
+        {"<r><a x=''><!--c-->text</a><a>b</a></r>", "0 0r 4 0a 2x 3 5c 4 1a 0a 4 7b 1a 1r"},
+        {"<r><a x=''><b></c></a></r>", "2 0r 4 0a 2x 3 4"},
+        {"<r><a x=''><b y='' y=''/></a></r>", "9 0r 4 0a 2x 3 4"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.document);
+        const std::string document = std::string("<?xml?>") + c.document;
+        EXPECT_EQ(c.names, names_of_tokens(document));
+        const std::string padded = names_of_tokens(document + space);
+        const bool is_valid = c.names[0] == '0';
+        EXPECT_EQ(c.names + (is_valid ? " 6" + space : ""), padded);
+    }
+}
+
 TEST(Piece, ComparesWithALiteral) {
     EXPECT_TRUE(piece().empty());
     EXPECT_TRUE(piece().is(""));

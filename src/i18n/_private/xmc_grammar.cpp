@@ -2,6 +2,8 @@
 
 #include <tova/strings/case.hpp>
 
+#include "parser/equal_bytes.hpp"
+
 // The grammar, one function for each element, in the order of nesting:
 //
 //     xmc       read_header                        (the driver walks its children)
@@ -26,10 +28,14 @@ using token = xmc_file_loader::token;
 
 namespace {
 
+[[noreturn]] __attribute__((noinline, cold)) void refuse_end() {
+    throw load_error(xmc_file_loader::unexpected, "");
+}
+
 template <typename Cursor>
 void require_token(const Cursor& cursor) {
     if (cursor.at_end())
-        throw load_error(xmc_file_loader::unexpected, "");
+        refuse_end();
 }
 
 template <typename Cursor>
@@ -350,34 +356,40 @@ void read_argument(Cursor& cursor, message_draft* draft) {
 
 message_item::type_t item_type(piece word) {
     static const struct {
-        const char* word;
+        char word[12];
+        unsigned char size;
         message_item::type_t type;
     } types[] = {
-        {"value", message_item::type_text},
-        {"string", message_item::type_string},
-        {"number", message_item::type_number},
-        {"int", message_item::type_int},
-        {"double", message_item::type_double},
-        {"time", message_item::type_time},
-        {"date", message_item::type_date},
-        {"memory", message_item::type_memory},
-        {"mem", message_item::type_memory},
-        {"memory_unit", message_item::type_memory_unit},
-        {"mem_unit", message_item::type_memory_unit},
-        {"metric", message_item::type_metric},
-        {"metric_unit", message_item::type_metric_unit},
-        {"duration", message_item::type_duration},
+        {"value", 5, message_item::type_text},
+        {"string", 6, message_item::type_string},
+        {"number", 6, message_item::type_number},
+        {"int", 3, message_item::type_int},
+        {"double", 6, message_item::type_double},
+        {"time", 4, message_item::type_time},
+        {"date", 4, message_item::type_date},
+        {"memory", 6, message_item::type_memory},
+        {"mem", 3, message_item::type_memory},
+        {"memory_unit", 11, message_item::type_memory_unit},
+        {"mem_unit", 8, message_item::type_memory_unit},
+        {"metric", 6, message_item::type_metric},
+        {"metric_unit", 11, message_item::type_metric_unit},
+        {"duration", 8, message_item::type_duration},
     };
-    ustring8 lower = word.string();
-    for (const bool is_lowered : {false, true}) {
-        // Most words are in lower case, which costs nothing to find out.
-        if (is_lowered)
-            lower = strings::lower_case(lower, 0, static_cast<unsigned long>(-1));
-        for (const auto& entry : types)
-            if (lower == entry.word)
-                return entry.type;
-    }
-    return message_item::type_string;
+    const auto find = [](piece wanted, message_item::type_t& type) {
+        for (const auto& entry : types) {
+            if (entry.size == wanted.size &&
+                parser::detail::have_equal_bytes(entry.word, wanted.data, wanted.size)) {
+                type = entry.type;
+                return true;
+            }
+        }
+        return false;
+    };
+    message_item::type_t type = message_item::type_string;
+    // Most words are in lower case, which costs nothing to find out.
+    if (!find(word, type))
+        find(piece(strings::lower_case(word.string(), 0, static_cast<unsigned long>(-1))), type);
+    return type;
 }
 
 // --- The two cursors ----------------------------------------------------------------------------

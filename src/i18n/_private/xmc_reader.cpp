@@ -63,6 +63,34 @@ struct xmc_reader::open_file {
     ustring8 base_directory;  // while an included file is read
 };
 
+// Leaves out the messages of catalogs that `keep_catalog` skips, since nothing looks at them. Where
+// the start tag has something invalid, the grammar finds it.
+class xmc_reader::unwanted_catalogs : public flat_tokens::filter {
+public:
+    explicit unwanted_catalogs(const xmc_reader& reader) : m_reader(reader) {}
+
+    bool is_left_out(const flat_tokens::token* start,
+                     const flat_tokens::token* end) const override {
+        if (!start->value().is("catalog"))
+            return false;
+        catalog_tag tag;
+        for (const flat_tokens::token* one = start + 1; one != end; one += 2) {
+            if (one->type() != token::attribute_name)
+                return false;
+            if (one->value().is("name"))
+                tag.name = one[1].value();
+            else if (one->value().is("lang"))
+                tag.locale = one[1].value();
+            else
+                return false;
+        }
+        return m_reader.weight_of(tag) == 0;
+    }
+
+private:
+    const xmc_reader& m_reader;
+};
+
 class xmc_reader::open_files {
 public:
     explicit open_files(const xmc_reader& reader) : m_reader(reader) {}
@@ -113,7 +141,8 @@ private:
     void begin(const ustring8& bytes) {
         open_file& file = *m_files.back();
         flat_tokens& tokens = file.content->tokens;
-        const xml_parser::parse_error xml_error = tokens.parse(bytes);
+        const unwanted_catalogs unwanted(m_reader);
+        const xml_parser::parse_error xml_error = tokens.parse(bytes, &unwanted);
         if (xml_error.type != xml_parser::parse_error::no_error)
             throw load_error(xmc_file_loader::xml_error, xml_error);
         file.cursor = flat_cursor(tokens.begin(), tokens.end());
@@ -196,11 +225,14 @@ bool xmc_reader::is_catalog_wanted(piece name) const {
     return m_state.catalog_id.empty() || name.string() == m_state.catalog_id;
 }
 
+unsigned int xmc_reader::weight_of(const catalog_tag& tag) const {
+    return is_catalog_wanted(tag.name) ? locale_weight(m_state.locales, tag.locale.string()) : 0;
+}
+
 template <typename Cursor>
 void xmc_reader::keep_catalog(Cursor& cursor) const {
     const catalog_tag tag = read_catalog_tag(cursor);
-    const unsigned int weight =
-        is_catalog_wanted(tag.name) ? locale_weight(m_state.locales, tag.locale.string()) : 0;
+    const unsigned int weight = weight_of(tag);
     if (weight != 0)
         read_messages(cursor, tag, [&] { m_state.keeper.take(cursor, tag, weight); });
     else

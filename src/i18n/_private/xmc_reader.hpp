@@ -46,6 +46,10 @@ public:
 private:
     struct open_file;  // a file that is being read
     class open_files;  // and those that include it
+    class unwanted_catalogs;
+
+    // The weight of the locale of a catalog, or 0 for one that is skipped.
+    unsigned int weight_of(const catalog_tag& tag) const;
 
     strings::ustring8 included_path(piece name) const;
 

@@ -109,6 +109,9 @@ public:
             else
                 made.resize(place);
         }
+        // The last bytes of a file are read in another way than those before.
+        if (below(2) == 0)
+            made.append(100, ' ');
         return made;
     }
 
@@ -136,7 +139,10 @@ private:
         for (unsigned i = below(6); i > 0; --i)
             made += between() + message();
         return made + between() +
-               (rarely() ? one_of({"", "<a/></catalog>", "<br/></catalog>"}) : "</catalog>");
+               (rarely() ? one_of({"", "<a/></catalog>", "<br/></catalog>",
+                                   "<catalog lang='en'>text</catalog></catalog>",
+                                   "<msg><catalog/></msg></catalog>", "</catalog x='1'>"})
+                         : "</catalog>");
     }
 
     std::string message() {
