@@ -5,6 +5,7 @@
 // lookup_and_render: starts with a key in a catalog of a thousand messages.
 // collect_and_render: includes making the argument list, which `render` makes only once.
 //
+// plain is our own code without its fast paths: the map's own search, and a string for each item.
 // The peers get plain values as arguments. Every string is compared with the expected one before it
 // is measured.
 #include <tova/i18n/catalog.hpp>
@@ -17,6 +18,7 @@
 #include <cstring>
 #include <fstream>
 #include <iomanip>
+#include <map>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -190,6 +192,23 @@ void add_tova() {
         [] { return catalog.message(one_key).as_string(one_list); });
     add("lookup_and_render/five_arguments/tova", five_text,
         [] { return catalog.message(five_key).as_string(five_list); });
+}
+
+// Every item as a string of its own.
+std::string joined(const message_t& message, const varg_list& list) {
+    std::string text;
+    for (const message_item& item : message)
+        text += item.as_string(list);
+    return text;
+}
+
+void add_plain() {
+    static const message_t one = one_message(), three = three_message(), five = five_message();
+    static const varg_list one_list = one_argument(), three_list = three_arguments(),
+                           five_list = five_arguments();
+    add("render/one_argument/plain", one_text, [] { return joined(one, one_list); });
+    add("render/three_arguments/plain", three_text, [] { return joined(three, three_list); });
+    add("render/five_arguments/plain", five_text, [] { return joined(five, five_list); });
 }
 
 // The floors: a new string with the known result.
@@ -414,6 +433,9 @@ void add_lookups() {
     add_lookup("tova", [](const ustring8& key) {
         return &catalog.message(key) != &i18n::catalog_t::m_nil_message;
     });
+    // The map's own search.
+    static const std::map<ustring8, message_t> messages(catalog.begin(), catalog.end());
+    add_lookup("plain", [](const ustring8& key) { return messages.find(key) != messages.end(); });
     add_lookup("floor", [](const ustring8& key) {
         const std::size_t size = bench_support::called(key.size());
         return std::memcmp(key.data(), bench_support::called(key.data()), size) == 0;
@@ -435,6 +457,7 @@ void add_lookups() {
 
 const bool added = [] {
     add_tova();
+    add_plain();
     add_floors();
     add_ostringstream();
 #ifdef HAVE_ABSL

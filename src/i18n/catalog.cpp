@@ -2,6 +2,8 @@
 
 #include <tova/strings/unicode.hpp>
 
+#include "i18n/find_key.hpp"
+
 #include <algorithm>
 
 namespace TOVA_2_18 {
@@ -40,7 +42,7 @@ void catalog_t::message(const strings::ustring8& key, const message_t& msg) {
 }
 
 const message_t& catalog_t::message(const strings::ustring8& key) const {
-    const auto found = m_messages.find(key);
+    const auto found = detail::find_key(m_messages, key);
     return found == m_messages.end() ? m_nil_message : found->second;
 }
 
@@ -55,7 +57,7 @@ const message_t& catalog_t::message(const strings::ustring32& key) const {
 }
 
 bool catalog_t::has_message(const strings::ustring8& key) const {
-    return m_messages.find(key) != m_messages.end();
+    return detail::find_key(m_messages, key) != m_messages.end();
 }
 
 bool catalog_t::has_message(const strings::ustring16& key) const {

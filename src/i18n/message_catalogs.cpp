@@ -1,6 +1,7 @@
 #include <tova/i18n/message_catalogs.hpp>
 
 #include "i18n/catalog_loading.hpp"
+#include "i18n/find_key.hpp"
 #include "i18n/locale_list.hpp"
 #include <tova/strings/unicode.hpp>
 
@@ -300,7 +301,7 @@ message_catalogs::result_type message_catalogs::load_file(const ustring32& file,
 }
 
 bool message_catalogs::has_catalog(const ustring8& name) const {
-    return m_catalogs.find(name) != m_catalogs.end();
+    return detail::find_key(m_catalogs, name) != m_catalogs.end();
 }
 
 bool message_catalogs::has_catalog(const ustring16& name) const {
@@ -331,7 +332,7 @@ bool message_catalogs::has_catalog(const ustring32& name, const ustring32& local
 }
 
 const catalog_t& message_catalogs::catalog(const ustring8& name) const {
-    const auto entry = m_catalogs.find(name);
+    const auto entry = detail::find_key(m_catalogs, name);
     return entry == m_catalogs.end() ? s_nil_catalog : *entry->second;
 }
 
@@ -356,7 +357,7 @@ bool message_catalogs::has_message(const ustring32& catalog, const ustring32& ke
 }
 
 const message_t& message_catalogs::message(const ustring8& catalog, const ustring8& key) const {
-    const auto entry = m_catalogs.find(catalog);
+    const auto entry = detail::find_key(m_catalogs, catalog);
     return entry == m_catalogs.end() ? s_nil_message : entry->second->message(key);
 }
 
