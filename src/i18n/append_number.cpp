@@ -97,7 +97,7 @@ void drop_hundreds_of_exponent(printed_number& number) {
     --number.length;
 }
 
-void append(std::string& text, const printed_number& number) {
+void append(text_buffer& text, const printed_number& number) {
     text.append(number.text, static_cast<std::size_t>(number.length));
 }
 
@@ -110,22 +110,22 @@ std::size_t write_digits(char (&buffer)[digit_buffer_size], long value, int radi
     return std::strlen(buffer);
 }
 
-void append_decimal(std::string& text, int value) {
+void append_decimal(text_buffer& text, int value) {
     char digits[generic::convert::detail::max_decimal_size];
     text.append(digits, generic::convert::detail::write_decimal(digits, value));
 }
 
-void append_decimal(std::string& text, unsigned long value) {
+void append_decimal(text_buffer& text, unsigned long value) {
     char digits[generic::convert::detail::max_decimal_size];
     text.append(digits, generic::convert::detail::write_decimal(digits, value));
 }
 
-void append_spaces(std::string& text, long count) {
+void append_spaces(text_buffer& text, long count) {
     if (count > 0)
         text.append(static_cast<std::size_t>(count), ' ');
 }
 
-void append_double(std::string& text, double value, int precision, int field) {
+void append_double(text_buffer& text, double value, int precision, int field) {
     const long width = field;  // so that its negation doesn't overflow
     printed_number number;
     print_fixed(number, value, precision);

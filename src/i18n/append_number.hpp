@@ -8,8 +8,9 @@
 /// call them at once.
 #pragma once
 
+#include "i18n/text_buffer.hpp"
+
 #include <cstddef>
-#include <string>
 
 namespace TOVA_2_18 {
 namespace i18n {
@@ -24,11 +25,11 @@ const std::size_t digit_buffer_size = 66;
 std::size_t write_digits(char (&buffer)[digit_buffer_size], long value, int radix);
 
 /// Append the value in decimal.
-void append_decimal(std::string& text, int value);
-void append_decimal(std::string& text, unsigned long value);
+void append_decimal(text_buffer& text, int value);
+void append_decimal(text_buffer& text, unsigned long value);
 
 /// Appends `count` spaces; nothing for a negative count.
-void append_spaces(std::string& text, long count);
+void append_spaces(text_buffer& text, long count);
 
 /// Appends a floating-point number with `precision` decimals (6 for a negative precision), padded
 /// to `field` characters; 0 is no field.
@@ -36,7 +37,7 @@ void append_spaces(std::string& text, long count);
 /// Contract: a positive field aligns to the right and is never exceeded. A number that doesn't fit
 /// is shown in scientific notation and then cut to the field, even in the middle of the exponent. A
 /// negative field aligns to the left, and a longer number exceeds it.
-void append_double(std::string& text, double value, int precision, int field);
+void append_double(text_buffer& text, double value, int precision, int field);
 
 }  // namespace detail
 }  // namespace i18n

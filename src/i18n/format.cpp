@@ -3,11 +3,11 @@
 //     item data            "size" 01 "precision" 01 "1" 01 "fieldsize" 01 "8"
 //     split                 name  |  format string            append_value
 //     read the options      keys and values, in pairs         read_options, *_options::set
-//     render the value      append to the caller's string     render_int, render_double, ...
+//     render the value      append to the caller's buffer     render_int, render_double, ...
 //
 // There is one options struct and one renderer for each kind of value. A renderer returns false for
 // an invalid format string and for an integer that doesn't fit its field. It detects both before it
-// appends anything, so the caller's string is unchanged on failure. Only the published functions
+// appends anything, so the caller's buffer is unchanged on failure. Only the published functions
 // turn false into the failure marker "-0", and only items turn the marker into "?invalid?".
 //
 // Memory sizes and metric quantities are scaled by powers of 1000 first and share that code. One
@@ -38,6 +38,7 @@ using detail::failure_marker;
 using detail::read_flag;
 using detail::read_number;
 using detail::read_options;
+using detail::text_buffer;
 using detail::token;
 using detail::whole;
 
@@ -130,7 +131,7 @@ long leading_zeros(const int_options& options, long prefix_length, long length) 
 }
 
 // The sign, then groups of three digits counted from the right, with a space between them.
-void append_grouped(std::string& text, const char* digits, long length) {
+void append_grouped(text_buffer& text, const char* digits, long length) {
     if (*digits == '-') {
         text += '-';
         ++digits;
@@ -143,7 +144,7 @@ void append_grouped(std::string& text, const char* digits, long length) {
     }
 }
 
-bool render_int(std::string& text, long value, token format) {
+bool render_int(text_buffer& text, long value, token format) {
     int_options options;
     if (!read_options(format, options))
         return false;
@@ -206,7 +207,7 @@ struct double_options {
     }
 };
 
-bool render_double(std::string& text, double value, token format) {
+bool render_double(text_buffer& text, double value, token format) {
     double_options options;
     if (!read_options(format, options))
         return false;
@@ -242,7 +243,7 @@ long take_units(double& rest, long seconds) {
     return units;
 }
 
-bool render_duration(std::string& text, double seconds, token format) {
+bool render_duration(text_buffer& text, double seconds, token format) {
     duration_options options;
     if (!read_options(format, options))
         return false;
@@ -337,7 +338,7 @@ int scale(Number& number, const scale_options& options, int last) {
 // ";" in one of them produces extra tokens. An empty field leaves an odd number of tokens, which is
 // invalid. That happens only if another pair follows the field in the item, since otherwise the
 // empty value is not a token.
-bool append_with_decimals(std::string& text, double value, const scale_options& options) {
+bool append_with_decimals(text_buffer& text, double value, const scale_options& options) {
     std::string format = "precision;";
     format.append(options.precision.text, options.precision.size);
     format += ";fieldsize;";
@@ -351,7 +352,7 @@ bool append_with_decimals(std::string& text, double value, const scale_options& 
 // Contract: a precision of 0 doesn't round. The number is scaled as an integer, by truncating
 // divisions; the field is ignored, and the 64 bits of a negative number are shown as unsigned.
 template <typename Integer>
-bool append_scaled(std::string& text, const types::variant& value,
+bool append_scaled(text_buffer& text, const types::variant& value,
                    Integer (types::variant::*as_integer)() const, const scale_options& options,
                    int last, int& power) {
     if (read_number(options.precision) != 0) {
@@ -406,7 +407,7 @@ struct memory_options : scale_options {
 
 // `unit` must be empty on entry, here and in render_metric. It stays empty for an invalid format
 // string.
-bool render_memory(std::string& text, const types::variant& value, token format,
+bool render_memory(text_buffer& text, const types::variant& value, token format,
                    std::string& unit) {
     memory_options options;
     int index;
@@ -471,7 +472,7 @@ struct metric_options : scale_options {
     }
 };
 
-bool render_metric(std::string& text, const types::variant& value, token format,
+bool render_metric(text_buffer& text, const types::variant& value, token format,
                    std::string& unit) {
     metric_options options;
     int power;
@@ -485,21 +486,21 @@ bool render_metric(std::string& text, const types::variant& value, token format,
 
 // --- One of the two results --------------------------------------------------------------------
 
-typedef bool (*renderer)(std::string& text, const types::variant& value, token format,
+typedef bool (*renderer)(text_buffer& text, const types::variant& value, token format,
                          std::string& unit);
 
-bool render_number_only(renderer render, std::string& text, const types::variant& value,
+bool render_number_only(renderer render, text_buffer& text, const types::variant& value,
                         token format) {
     std::string unit;
     return render(text, value, format, unit);
 }
 
 // Contract: a number that reads like the failure marker counts as a failure here.
-bool render_unit_only(renderer render, std::string& text, const types::variant& value,
+bool render_unit_only(renderer render, text_buffer& text, const types::variant& value,
                       token format) {
-    std::string number;
+    text_buffer number;
     std::string unit;
-    if (!render(number, value, format, unit) || number == failure_marker)
+    if (!render(number, value, format, unit) || number.string() == failure_marker)
         return false;
     text += unit;
     return true;
@@ -508,10 +509,10 @@ bool render_unit_only(renderer render, std::string& text, const types::variant& 
 // Returns the text that a renderer appends to an empty string, or the failure marker.
 template <typename Render>
 strings::ustring8 text_or_marker(Render render) {
-    strings::ustring8 text;
+    text_buffer text;
     if (!render(text))
-        text = failure_marker;
-    return text;
+        text += failure_marker;
+    return text.string();
 }
 
 }  // namespace
@@ -519,11 +520,8 @@ strings::ustring8 text_or_marker(Render render) {
 namespace detail {
 
 // The other types have no format: nothing is appended, and that is not a failure.
-bool append_value(std::string& text, message_item::type_t type, const types::variant& value,
-                  const strings::ustring8& data) {
-    const auto separator = data.find(data_separator);
-    const auto begin = separator == std::string::npos ? data.size() : separator + 1;
-    const token format = {data.c_str() + begin, data.size() - begin};
+bool append_value(text_buffer& text, message_item::type_t type, const types::variant& value,
+                  token format) {
     switch (type) {
     case message_item::type_int:
         return render_int(text, value.as_int64(), format);
@@ -548,25 +546,26 @@ bool append_value(std::string& text, message_item::type_t type, const types::var
 
 strings::ustring8 format_value(message_item::type_t type, types::variant value,
                                const strings::ustring8& data) {
+    const token format = detail::format_after(data, detail::name_size(data));
     return text_or_marker(
-        [&](std::string& text) { return detail::append_value(text, type, value, data); });
+        [&](text_buffer& text) { return detail::append_value(text, type, value, format); });
 }
 
 namespace _private {
 
 strings::ustring8 format_int(long value, const strings::ustring8& format) {
     return text_or_marker(
-        [&](std::string& text) { return render_int(text, value, whole(format)); });
+        [&](text_buffer& text) { return render_int(text, value, whole(format)); });
 }
 
 strings::ustring8 format_double(double value, const strings::ustring8& format) {
     return text_or_marker(
-        [&](std::string& text) { return render_double(text, value, whole(format)); });
+        [&](text_buffer& text) { return render_double(text, value, whole(format)); });
 }
 
 strings::ustring8 format_duration(double seconds, const strings::ustring8& format) {
     return text_or_marker(
-        [&](std::string& text) { return render_duration(text, seconds, whole(format)); });
+        [&](text_buffer& text) { return render_duration(text, seconds, whole(format)); });
 }
 
 // Contract: here and below the unit is cleared before the format is read, so a caller that passes
@@ -575,14 +574,14 @@ strings::ustring8 format_memory(types::variant value, const strings::ustring8& f
                                 strings::ustring8& unit) {
     unit.clear();
     return text_or_marker(
-        [&](std::string& text) { return render_memory(text, value, whole(format), unit); });
+        [&](text_buffer& text) { return render_memory(text, value, whole(format), unit); });
 }
 
 strings::ustring8 format_metric(types::variant value, const strings::ustring8& format,
                                 strings::ustring8& unit) {
     unit.clear();
     return text_or_marker(
-        [&](std::string& text) { return render_metric(text, value, whole(format), unit); });
+        [&](text_buffer& text) { return render_metric(text, value, whole(format), unit); });
 }
 
 int mem_prefix_index(const strings::ustring8& unit) {

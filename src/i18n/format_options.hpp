@@ -30,13 +30,6 @@ namespace TOVA_2_18 {
 namespace i18n {
 namespace detail {
 
-/// A run of characters in a format string, not owned. The character after it is a separator or the
-/// terminator of the whole string.
-struct token {
-    const char* text;
-    std::size_t size;
-};
-
 /// The whole string as a single token.
 inline token whole(const std::string& text) {
     return {text.c_str(), text.size()};
@@ -124,6 +117,8 @@ private:
 /// one. Returns false for an odd number of tokens, and as soon as `set` rejects a pair.
 template <typename Options>
 bool read_options(token format, Options& options) {
+    if (format.size == 0)
+        return true;
     pair_reader pairs(format);
     if (!pairs.comes_in_pairs())
         return false;

@@ -14,9 +14,6 @@ namespace i18n {
 
 namespace {
 
-// Bytes reserved for each argument. This is enough for most; a longer result grows like any string.
-const std::size_t usual_argument_size = 24;
-
 // Every type except 0 refers to an argument, including reserved and unknown types.
 bool is_argument(const message_item& item) {
     return item.type() != message_item::type_text;
@@ -46,21 +43,15 @@ std::string message_t::as_string(const generic::varg_list& args) const {
     return as_utf8(args);
 }
 
-// The items append to one string with capacity reserved in advance: a typical message needs one
-// allocation.
+// The items append to one buffer: a typical message needs one allocation, for the result.
 //
 // Contract: the numbers of arguments and items are not compared. A missing argument is shown as
 // "?invalid?" in its place, and the rest of the message is rendered.
 strings::ustring8 message_t::as_utf8(const generic::varg_list& args) const {
-    std::size_t size = 0;
-    for (const message_item& item : m_items)
-        size += is_argument(item) ? usual_argument_size : item.m_data.size();
-
-    strings::ustring8 text;
-    text.reserve(size);
+    detail::text_buffer text;
     for (const message_item& item : m_items)
         detail::append_item(text, item.m_type, item.m_data, args);
-    return text;
+    return text.string();
 }
 
 std::string message_t::as_ustring(const generic::varg_list& args) const {

@@ -1,8 +1,10 @@
 #include <tova/i18n/message_item.hpp>
 
+#include "generic/convert/decimal_digits.hpp"
 #include "i18n/rendering.hpp"
+#include "parser/equal_bytes.hpp"
 
-#include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 namespace TOVA_2_18 {
@@ -12,27 +14,20 @@ namespace {
 
 const char invalid_text[] = "?invalid?";
 
-// The name used to look up an argument: the data up to the first separator.
-strings::ustring8 name_in(const strings::ustring8& data) {
-    return strings::ustring8(data, 0, data.find(detail::data_separator));
-}
-
-// The value of the argument that the data names, or null. The name is not copied.
-const types::variant* find_value(const generic::varg_list& args, const strings::ustring8& data) {
-    const auto separator = data.find(detail::data_separator);
-    const auto found =
-        separator == std::string::npos
-            ? args.find(data)
-            : std::find_if(args.begin(), args.end(), [&](const generic::argument& a) {
-                  const strings::ustring8& name = a.name();
-                  return name.size() == separator &&
-                         std::memcmp(name.data(), data.data(), separator) == 0;
-              });
-    return found == args.end() ? nullptr : &found->value();
+// The value of the argument with that name, or null.
+const types::variant* find_value(const generic::varg_list& args, const char* name,
+                                 std::size_t size) {
+    const auto end = args.end();
+    for (auto each = args.begin(); each != end; ++each) {
+        const strings::ustring8& present = each->name();
+        if (present.size() == size && parser::detail::have_equal_bytes(present.data(), name, size))
+            return &each->value();
+    }
+    return nullptr;
 }
 
 // Whether the end of the text, from `begin` on, reads like the failure marker.
-bool ends_with_marker(const std::string& text, std::size_t begin) {
+bool ends_with_marker(const detail::text_buffer& text, std::size_t begin) {
     const std::size_t length = sizeof detail::failure_marker - 1;
     return text.size() - begin == length &&
            std::memcmp(text.data() + begin, detail::failure_marker, length) == 0;
@@ -40,14 +35,14 @@ bool ends_with_marker(const std::string& text, std::size_t begin) {
 
 // Appends the formatted value. Returns false and appends nothing for an invalid format string and
 // for a result that reads like the failure marker.
-bool append_valid_value(std::string& text, message_item::type_t type, const types::variant& value,
-                        const strings::ustring8& data) {
+bool append_valid_value(detail::text_buffer& text, message_item::type_t type,
+                        const types::variant& value, detail::token format) {
     const auto begin = text.size();
-    if (!detail::append_value(text, type, value, data))
+    if (!detail::append_value(text, type, value, format))
         return false;
     if (!ends_with_marker(text, begin))
         return true;
-    text.resize(begin);
+    text.cut(begin);
     return false;
 }
 
@@ -55,17 +50,32 @@ bool append_valid_value(std::string& text, message_item::type_t type, const type
 
 namespace detail {
 
+// Eight bytes at a time: the lowest byte that is a separator becomes the lowest with its top bit
+// set. The bytes after the end are NUL.
+std::size_t name_size(const strings::ustring8& data) {
+    using generic::convert::detail::load_up_to_eight;
+    const unsigned long ones = 0x0101010101010101;
+    for (std::size_t begin = 0; begin < data.size(); begin += 8) {
+        const unsigned long word =
+            load_up_to_eight(data.data() + begin, data.size() - begin) ^ (ones * data_separator);
+        const unsigned long found = (word - ones) & ~word & (ones << 7);
+        if (found != 0)
+            return begin + static_cast<std::size_t>(__builtin_ctzl(found)) / 8;
+    }
+    return data.size();
+}
+
 // A case returns once it has appended something; anything that leaves the switch is invalid.
-void append_item(std::string& text, message_item::type_t type, const strings::ustring8& data,
+void append_item(text_buffer& text, message_item::type_t type, const strings::ustring8& data,
                  const generic::varg_list& args) {
+    if (type == message_item::type_text)
+        return text.append(data.data(), data.size());
+    const std::size_t size = name_size(data);
     const types::variant* value = nullptr;
     switch (type) {
-    case message_item::type_text:
-        text += data;
-        return;
     case message_item::type_string:
         // The value's own string, even if it is "-0". Attributes are ignored.
-        value = find_value(args, data);
+        value = find_value(args, data.data(), size);
         if (value != nullptr) {
             text += value->as_string();
             return;
@@ -78,8 +88,8 @@ void append_item(std::string& text, message_item::type_t type, const strings::us
     case message_item::type_metric:
     case message_item::type_metric_unit:
     case message_item::type_duration:
-        value = find_value(args, data);
-        if (value != nullptr && append_valid_value(text, type, *value, data))
+        value = find_value(args, data.data(), size);
+        if (value != nullptr && append_valid_value(text, type, *value, format_after(data, size)))
             return;
         break;
     default:
@@ -121,13 +131,13 @@ strings::ustring8 message_item::data() const {
 }
 
 strings::ustring8 message_item::name() const {
-    return name_in(m_data);
+    return strings::ustring8(m_data, 0, detail::name_size(m_data));
 }
 
 strings::ustring8 message_item::as_string(const generic::varg_list& args) const {
-    strings::ustring8 text;
+    detail::text_buffer text;
     detail::append_item(text, m_type, m_data, args);
-    return text;
+    return text.string();
 }
 
 }  // namespace i18n

@@ -1,0 +1,99 @@
+/// @file
+/// The string that a message is rendered into, on the stack as long as it is short.
+///
+///     text_buffer text;
+///     text.append("12 of ", 6);
+///     text += "30";
+///     return text.string();
+///
+/// Appending to a `std::string` is a call for each piece. Here it is a copy, and the string is made
+/// once, with the size it has. A buffer belongs to one thread.
+#pragma once
+
+#include <tova/strings/ustring.hpp>
+
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <utility>
+
+namespace TOVA_2_18 {
+namespace i18n {
+namespace detail {
+
+class text_buffer {
+public:
+    text_buffer() : m_end(m_room), m_limit(m_room + sizeof m_room) {}
+    text_buffer(const text_buffer&) = delete;
+    text_buffer& operator=(const text_buffer&) = delete;
+
+    std::size_t size() const { return m_spilled.size() + static_cast<std::size_t>(m_end - m_room); }
+    const char* data() const { return is_spilled() ? m_spilled.data() : m_room; }
+
+    void append(const char* bytes, std::size_t count) {
+        if (count > static_cast<std::size_t>(m_limit - m_end))
+            return append_to(spill(), bytes, count);
+        std::memcpy(m_end, bytes, count);
+        m_end += count;
+    }
+    void append(std::size_t count, char byte) {
+        if (count > static_cast<std::size_t>(m_limit - m_end))
+            return append_to(spill(), count, byte);
+        std::memset(m_end, byte, count);
+        m_end += count;
+    }
+    text_buffer& operator+=(char byte) {
+        append(&byte, 1);
+        return *this;
+    }
+    text_buffer& operator+=(const char* text) {
+        append(text, std::strlen(text));
+        return *this;
+    }
+    text_buffer& operator+=(const std::string& text) {
+        append(text.data(), text.size());
+        return *this;
+    }
+
+    /// Removes what is after the first `count` bytes, of which there are so many.
+    void cut(std::size_t count) {
+        if (is_spilled())
+            m_spilled.resize(count);
+        else
+            m_end = m_room + count;
+    }
+
+    /// Once, after everything.
+    strings::ustring8 string() {
+        if (!is_spilled())
+            return strings::ustring8(m_room, static_cast<std::size_t>(m_end - m_room));
+        return std::move(m_spilled);
+    }
+
+private:
+    bool is_spilled() const { return m_limit == m_room; }
+
+    template <typename First, typename Second>
+    static void append_to(std::string& spilled, First first, Second second) {
+        spilled.append(first, second);
+    }
+
+    // What doesn't fit goes into a string, with everything that is there, and so does all after it.
+    __attribute__((noinline)) strings::ustring8& spill() {
+        if (!is_spilled()) {
+            m_spilled.assign(m_room, static_cast<std::size_t>(m_end - m_room));
+            m_end = m_room;
+            m_limit = m_room;
+        }
+        return m_spilled;
+    }
+
+    char m_room[256];
+    char* m_end;    // after the last byte, in the room
+    char* m_limit;  // of the room; its beginning, once it isn't used any more
+    strings::ustring8 m_spilled;
+};
+
+}  // namespace detail
+}  // namespace i18n
+}  // namespace TOVA_2_18
