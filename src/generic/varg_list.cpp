@@ -38,6 +38,18 @@ Iterator find_name(Iterator first, Iterator last, const strings::ustring8& name)
                         [&name](const argument& a) { return is_same_name(a.name(), name); });
 }
 
+bool has_name(const std::vector<argument>& arguments, const strings::ustring8& name) {
+    for (const argument& present : arguments)
+        if (is_same_name(present.name(), name))
+            return true;
+    return false;
+}
+
+// A named argument is told by its name alone.
+bool is_unnamed_nil(const argument& value) {
+    return !value.has_name() && value == types::nil;
+}
+
 // Room for the arguments of a usual call, so that a list grows once. Only an empty list is grown
 // here: an argument to be appended may be part of a longer one.
 const std::size_t usual_count = 4;
@@ -74,10 +86,17 @@ varg_list::varg_list(const argument& a1, const argument& a2, const argument& a3,
                                          &a10, &a11, &a12, &a13, &a14, &a15, &a16, &a17, &a18,
                                          &a19, &a20, &a21, &a22, &a23, &a24, &a25, &a26};
     // Contract: the first unnamed nil ends the list, whatever follows it; a named nil is stored.
-    for (const argument* each : arguments) {
-        if (*each == types::nil)
-            break;
-        push_back(*each);
+    std::size_t count = 0;
+    while (count != sizeof arguments / sizeof *arguments && !is_unnamed_nil(*arguments[count]))
+        ++count;
+    if (count == 0)
+        return;
+    m_arguments.reserve(std::max(count, usual_count));
+    for (std::size_t i = 0; i < count; ++i) {
+        const argument& each = *arguments[i];
+        if (each.has_name() && has_name(m_arguments, each.name()))
+            continue;
+        m_arguments.push_back(each);
     }
 }
 

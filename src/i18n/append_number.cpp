@@ -126,6 +126,18 @@ void append_spaces(text_buffer& text, long count) {
 }
 
 void append_double(text_buffer& text, double value, int precision, int field) {
+    using generic::convert::detail::has_c_decimal_point;
+    using generic::convert::detail::max_fixed_size;
+    using generic::convert::detail::write_fixed;
+    // Without a field, a number of usual size is written where it belongs.
+    if (field == 0 && precision >= 0 && precision <= most_decimals) {
+        char* const room = text.room(max_fixed_size);
+        if (room != nullptr && has_c_decimal_point()) {
+            const std::size_t size = write_fixed(room, value, precision);
+            if (size != 0 && size <= longest_number)
+                return text.written(size);
+        }
+    }
     const long width = field;  // so that its negation doesn't overflow
     printed_number number;
     print_fixed(number, value, precision);

@@ -55,6 +55,13 @@ public:
         return *this;
     }
 
+    /// Room for that many bytes, or null, and the bytes that were written into it. There is more
+    /// room for short pieces than most messages need.
+    char* room(std::size_t count) const {
+        return count <= static_cast<std::size_t>(m_limit - m_end) ? m_end : nullptr;
+    }
+    void written(std::size_t count) { m_end += count; }
+
     /// Removes what is after the first `count` bytes, of which there are so many.
     void cut(std::size_t count) {
         if (is_spilled())
@@ -88,7 +95,7 @@ private:
         return m_spilled;
     }
 
-    char m_room[256];
+    char m_room[384];
     char* m_end;    // after the last byte, in the room
     char* m_limit;  // of the room; its beginning, once it isn't used any more
     strings::ustring8 m_spilled;
