@@ -344,36 +344,56 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
         (!m_tag_closed && m_tag_depth <= filtered_depth))
         return cursor;
 
-    token* next = m_tokens.m_next;
-    bool tag_closed = m_tag_closed;
-    const auto add = [&next](token_type type, piece value) { new (next++) token(type, value); };
+    // What changes with every construct, in variables of its own.
+    struct progress {
+        explicit progress(context& of)
+            : next(of.m_tokens.m_next), in_tag(of.m_in_tag), tag_closed(of.m_tag_closed), m_of(of) {
+        }
+        // Whatever a construct left undone has changed nothing.
+        ~progress() {
+            m_of.m_in_tag = in_tag;
+            m_of.m_tag_closed = tag_closed;
+            if (!m_of.m_leaves_out)
+                m_of.m_tokens.m_next = next;
+        }
+
+        token* next;
+        bool in_tag;
+        bool tag_closed;
+
+    private:
+        context& m_of;
+    } at(*this);
+
+    const bool leaves_out = m_leaves_out;
+    token* const kept_end = at.next;
+    const auto add = [&at](token_type type, piece value) { new (at.next++) token(type, value); };
     const auto end_start_tag = [&] {
-        if (!tag_closed)
+        if (!at.tag_closed)
             add(kind::start_tag_end, piece());
-        tag_closed = true;
+        at.tag_closed = true;
     };
     const auto may_close = [this](piece name) {
         return m_open_elements.size() > filtered_depth &&
                !(m_leaves_out && is_same(name, m_left_out));
     };
 
-    for (bool in_tag = m_in_tag;;) {
-        // The state is complete here, so that every construct may be left to the walk.
-        m_in_tag = in_tag;
-        m_tag_closed = tag_closed;
-        if (!m_leaves_out)
-            m_tokens.m_next = next;
-        else
-            next = m_tokens.m_next;
-        if (m_tokens.m_limit - next < construct_size) {
+    // The state is complete at the beginning of each turn, so that every construct may be left to
+    // the walk.
+    for (;;) {
+        if (leaves_out)
+            at.next = kept_end;
+        if (m_tokens.m_limit - at.next < construct_size) {
+            m_tokens.m_next = at.next;
             m_tokens.grow(2 * m_tokens.size() + construct_size);
-            next = m_tokens.m_next;
+            at.next = m_tokens.m_next;
+            return cursor;
         }
         if (cursor > m_last)
             return cursor;
 
         const char byte = *cursor;
-        if (in_tag) {
+        if (at.in_tag) {
             // The space before it usually belongs to an attribute.
             const char* const start = byte == ' ' ? cursor + 1 : cursor;
             if (is_ascii_letter(*start)) {
@@ -388,7 +408,7 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
                 add(kind::attribute_value, piece(end + 2, last));
                 cursor = last + 1;
             } else if (byte == '>') {
-                in_tag = false;
+                at.in_tag = false;
                 ++cursor;
             } else if (byte == '/') {
                 const piece name = m_open_elements.back();
@@ -398,7 +418,7 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
                 add(kind::element_end, name);
                 m_open_elements.pop_back();
                 m_attributes.clear();
-                in_tag = false;
+                at.in_tag = false;
                 cursor += 2;
             } else if (is_white_space(byte)) {
                 const char* const end = m_window.end_of_white_space(cursor, m_line);
@@ -434,7 +454,8 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
             const char* const end = m_window.end_of_text(cursor);
             if (byte == '>' || end == nullptr)
                 return cursor;
-            const char* const after = usual_text(cursor, end, text);
+            const char* const after =
+                *end == '&' ? usual_text(cursor, end, text) : (text = piece(cursor, end), end);
             if (after == nullptr)
                 return cursor;
             end_start_tag();
@@ -448,11 +469,11 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
             m_open_elements.push_back(name);
             m_attributes.clear();
             end_start_tag();
-            m_tag_start = static_cast<std::size_t>(next - m_tokens.begin());
+            m_tag_start = static_cast<std::size_t>(at.next - m_tokens.begin());
             m_tag_depth = m_open_elements.size();
             add(kind::element_start, name);
-            tag_closed = false;
-            in_tag = true;
+            at.tag_closed = false;
+            at.in_tag = true;
             cursor = end;
         } else if (cursor[1] == '/') {
             const piece name = m_open_elements.back();
