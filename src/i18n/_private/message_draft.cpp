@@ -16,18 +16,17 @@ void assign(ustring8& into, piece from) {
 
 }  // namespace
 
-void message_draft::write(message_t& message, piece locale) const {
+void message_draft::write(message_t& message, piece locale) {
     assign(message_fields::name(message), key);
     assign(message_fields::meta(message), meta);
     assign(message_fields::orginal_locale(message), locale);
     std::vector<message_item>& items = message_fields::items(message);
     items.clear();
     items.reserve(m_items.size());
-    ustring8 data;
     std::size_t begin = 0;
     for (const item& one : m_items) {
-        data.assign(m_data, begin, one.end - begin);
-        items.emplace_back(data, one.type);
+        m_item.assign(m_data, begin, one.end - begin);
+        items.emplace_back(m_item, one.type);
         begin = one.end;
     }
 }

@@ -43,7 +43,7 @@ public:
     void end_item(message_item::type_t type) { m_items.push_back({m_data.size(), type}); }
 
     // Replaces a message: its name, its meta text, its items and its locale.
-    void write(message_t& message, piece locale) const;
+    void write(message_t& message, piece locale);
 
     // The last item as one of its own.
     message_item last_item() const;
@@ -58,6 +58,7 @@ private:
 
     strings::ustring8 m_data;
     std::vector<item> m_items;
+    strings::ustring8 m_item;  // the data of one, while messages are written
 };
 
 }  // namespace detail

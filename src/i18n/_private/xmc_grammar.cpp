@@ -78,8 +78,10 @@ void read_start_tag(Cursor& cursor, Take take, Other other) {
 
 template <typename Cursor>
 bool is_at_argument(const Cursor& cursor) {
-    return cursor.is_at(token::element_start, "argument") ||
-           cursor.is_at(token::element_start, "arg");
+    if (cursor.at_end() || cursor.type() != token::element_start)
+        return false;
+    const piece name = cursor.value();
+    return name.is("arg") || name.is("argument");
 }
 
 // The content between the tags of one message: text is collected until an argument or the end turns

@@ -55,7 +55,7 @@ void keep_message(read_catalogs& catalogs, const locale_list& locales, const ust
 }
 
 void keep_message(read_catalogs& catalogs, const locale_list& locales, const catalog_tag& catalog,
-                  const message_draft& draft, unsigned int weight) {
+                  message_draft& draft, unsigned int weight) {
     message_t& entry = catalogs[catalog.name.string()][draft.key.string()];
     if (gives_way(entry, locales, weight))
         draft.write(entry, catalog.locale);
@@ -169,19 +169,29 @@ void late_keeper::merge_into(catalog_set& target) {
 // nothing to compare with.
 void late_keeper::merge_message(catalog_t& catalog, const found_message& found, bool is_last) {
     auto& messages = catalog_fields::messages(catalog);
+    const auto add = [&](std::map<ustring8, message_t>::iterator before) {
+        const auto added = messages.emplace_hint(
+            before, std::piecewise_construct, std::forward_as_tuple(found.key.data, found.key.size),
+            std::tuple<>());
+        write_message(catalog, added->second, found);
+    };
+    if (is_last)
+        return add(messages.end());
     const ustring8 key = found.key.string();
-    auto place = is_last ? messages.end() : messages.lower_bound(key);
-    if (place == messages.end() || place->first != key) {
-        place = messages.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(key),
-                                      std::tuple<>());
-    } else if (!(place->second == types::nil) &&
-               locale_weight(m_locales, place->second._orginal_locale()) > found.weight) {
-        return;
-    }
+    const auto place = messages.lower_bound(key);
+    if (place == messages.end() || place->first != key)
+        add(place);
+    else if (place->second == types::nil ||
+             locale_weight(m_locales, place->second._orginal_locale()) <= found.weight)
+        write_message(catalog, place->second, found);
+}
+
+void late_keeper::write_message(catalog_t& catalog, message_t& message,
+                                const found_message& found) {
     catalog_fields::languages(catalog).clear();
     flat_cursor cursor = found.place;
     read_message(cursor, &m_draft);
-    m_draft.write(place->second, found.locale);
+    m_draft.write(message, found.locale);
 }
 
 }  // namespace detail

@@ -38,7 +38,7 @@ void keep_message(read_catalogs& catalogs, const locale_list& locales,
 
 // The same for a draft, with the name and the locale of its catalog.
 void keep_message(read_catalogs& catalogs, const locale_list& locales, const catalog_tag& catalog,
-                  const message_draft& draft, unsigned int weight);
+                  message_draft& draft, unsigned int weight);
 
 // Merges what was read into a set and returns the number of messages stored. A message of the set
 // is kept only if its locale, ranked by this list, weighs more than the new one's. Throws
@@ -113,6 +113,7 @@ private:
     static void sort_by_key(found_messages& all);
     static bool is_key_before(const found_message& a, const found_message& b);
     void merge_message(catalog_t& catalog, const found_message& found, bool is_last);
+    void write_message(catalog_t& catalog, message_t& message, const found_message& found);
 
     const locale_list& m_locales;
     std::vector<std::unique_ptr<tokenized_file>> m_files;
