@@ -5,6 +5,7 @@
 #include "xmc/commands/exchange.hpp"
 #include "xmc/commands/keys.hpp"
 #include "xmc/commands/render.hpp"
+#include "xmc/commands/schema.hpp"
 #include "xmc/rules.hpp"
 #include "xmc/version.hpp"
 
@@ -38,6 +39,7 @@ public:
         add_import();
         add_keys();
         add_scan();
+        add_schema();
         m_line.add_section("SEE ALSO", "The guide for translators is part of the documentation of "
                                        "the library: docs/translators.md.");
     }
@@ -81,6 +83,7 @@ private:
     void add_import();
     void add_keys();
     void add_scan();
+    void add_schema();
 
     command_line m_line;
     check_command m_check;
@@ -96,6 +99,7 @@ private:
     import_options m_import;
     keys_options m_keys;
     scan_options m_scan;
+    schema_options m_schema;
 };
 
 void tool::add_check() {
@@ -196,6 +200,7 @@ void tool::add_preview() {
     value_name(
         command.add_option("-l,--lang", m_preview.locales, "these locales only")->delimiter(','),
         "LANGS");
+    command.add_flag("--json", m_preview.as_json, "write the texts as JSON");
 }
 
 void tool::add_fmt() {
@@ -204,6 +209,7 @@ void tool::add_fmt() {
     require_paths(command, m_fmt.paths);
     command.add_flag("--check", m_fmt.checks, "only name the files that would change");
     command.add_flag("--stdout", m_fmt.shows, "write to standard output");
+    add_json(command, m_fmt.as_json);
 }
 
 void tool::add_diff() {
@@ -221,6 +227,7 @@ void tool::add_merge() {
     });
     require_paths(command, m_merge.paths);
     add_output(command, m_merge.output);
+    add_json(command, m_merge.as_json);
     command
         .add_option("--prefer", m_merge.prefer,
                     "which of two different messages is kept; without it they are an error")
@@ -236,6 +243,7 @@ void tool::add_pseudo() {
                "LANG");
     value_name(command.add_option("--to", m_pseudo.to, "the locale of the result (en_XA)"), "LANG");
     add_output(command, m_pseudo.output);
+    add_json(command, m_pseudo.as_json);
 }
 
 void tool::add_export() {
@@ -255,7 +263,8 @@ void tool::add_export() {
         ->delimiter(',')
         ->type_name("NAMES");
     add_output(command, m_export.output);
-    command.add_flag("--json", m_export.as_json, "with --output: write the counts as JSON");
+    command.add_flag("--json", m_export.as_json,
+                     "write the counts as JSON, and the result within it if there is no --output");
 }
 
 void tool::add_import() {
@@ -275,7 +284,9 @@ void tool::add_import() {
                "NAME");
     command.add_flag("--with-source", m_import.with_sources, "add the messages of the reference");
     add_output(command, m_import.output);
-    command.add_flag("--json", m_import.as_json, "with --output: write the findings as JSON");
+    command.add_flag(
+        "--json", m_import.as_json,
+        "write the findings as JSON, and the result within it if there is no --output");
 }
 
 void tool::add_keys() {
@@ -302,6 +313,27 @@ void tool::add_scan() {
                    ->delimiter(','),
                "NAMES");
     add_json(command, m_scan.as_json);
+}
+
+void tool::add_schema() {
+    CLI::App& command =
+        m_line.add_command("schema", "write the grammar of catalogs, for editors and validators",
+                           [this] { return run_schema(m_schema, std::cout, std::cerr); });
+    command
+        .add_option("--form", m_schema.form,
+                    "RELAX NG of what a catalog should be (strict) or of what the loader accepts "
+                    "(loader), the strict form in the compact syntax (compact) or as XSD (xsd), or "
+                    "files with which editors find these: an XML catalog (catalog), rules for "
+                    "Emacs (emacs), settings for VS Code (vscode)")
+        ->check(
+            CLI::IsMember({"strict", "loader", "compact", "xsd", "catalog", "emacs", "vscode"}));
+    add_output(command, m_schema.output);
+    value_name(command.add_option("-d,--directory", m_schema.folder,
+                                  "write all forms into this folder, as files"),
+               "DIR")
+        ->excludes("--form")
+        ->excludes("--output");
+    add_json(command, m_schema.as_json);
 }
 
 }  // namespace

@@ -8,16 +8,19 @@
 #include "xmc/check/lint.hpp"
 #include "xmc/check/message_index.hpp"
 #include "xmc/model/files.hpp"
+#include "xmc/output.hpp"
 #include "xmc/rules.hpp"
 #include "xmc/scanner/verdict.hpp"
 #include "xmc/version.hpp"
 
+#include <nlohmann/json.hpp>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <map>
 #include <set>
+#include <sstream>
 #include <utility>
 
 // A check has two parts. Each file is read once: its own findings are kept, its messages go into
@@ -27,6 +30,8 @@
 namespace tova_programs::xmc {
 
 namespace {
+
+using json = nlohmann::ordered_json;
 
 bool is_link(const std::string& path) {
     struct stat status;
@@ -140,17 +145,25 @@ void fix_files(const report& found, const check_command& command, std::ostream& 
     for (const finding& each : found.findings())
         if (!each.edits.empty())
             by_file[each.file].push_back(&each);
+    const bool shows_json = command.is_dry_run && command.format == report_format::json;
+    json changes = json::array();
     for (const auto& file : by_file) {
         const std::string before = read_file(file.first);
         std::string after = before;
         const std::size_t count = apply_fixes(after, file.second);
-        if (command.is_dry_run) {
+        if (shows_json) {
+            std::ostringstream difference;
+            write_line_diff(difference, before, after, file.first, file.first, style());
+            changes.push_back({{"file", file.first}, {"fixes", count}, {"diff", difference.str()}});
+        } else if (command.is_dry_run) {
             write_line_diff(out, before, after, file.first, file.first, colors);
-            continue;
+        } else {
+            write_file(file.first, after);
+            errors << file.first << ": " << count << (count == 1 ? " fix\n" : " fixes\n");
         }
-        write_file(file.first, after);
-        errors << file.first << ": " << count << (count == 1 ? " fix\n" : " fixes\n");
     }
+    if (shows_json)
+        write_json(out, changes);
 }
 
 bool fails(const report& found, const std::string& level) {
@@ -161,7 +174,25 @@ bool fails(const report& found, const std::string& level) {
                                           : severity::note);
 }
 
-int explain_rule(const std::string& id, std::ostream& out, std::ostream& errors,
+json as_json(const rule& each) {
+    return {{"rule", each.id},
+            {"severity", name_of(each.level)},
+            {"summary", each.summary},
+            {"explanation", each.explanation}};
+}
+
+void list_rules(bool writes_json, std::ostream& out) {
+    json list = json::array();
+    for (const rule& each : rules())
+        if (writes_json)
+            list.push_back(as_json(each));
+        else
+            out << each.id << " (" << name_of(each.level) << "): " << each.summary << '\n';
+    if (writes_json)
+        write_json(out, list);
+}
+
+int explain_rule(const std::string& id, bool writes_json, std::ostream& out, std::ostream& errors,
                  const style& colors) {
     const rule_list all = rules();
     const rule* const found = all.find(id);
@@ -169,7 +200,10 @@ int explain_rule(const std::string& id, std::ostream& out, std::ostream& errors,
         errors << "tova-xmc: there is no rule \"" << id << "\"; check --list-rules shows them\n";
         return exit_usage;
     }
-    explain(out, *found, colors);
+    if (writes_json)
+        write_json(out, as_json(*found));
+    else
+        explain(out, *found, colors);
     return exit_clean;
 }
 
@@ -204,13 +238,13 @@ report check(const check_options& options) {
 
 int run_check(const check_command& command, std::ostream& out, std::ostream& errors,
               const style& colors) {
+    const bool as_json = command.format == report_format::json;
     if (command.lists_rules) {
-        for (const rule& each : rules())
-            out << each.id << " (" << name_of(each.level) << "): " << each.summary << '\n';
+        list_rules(as_json, out);
         return exit_clean;
     }
     if (!command.explained.empty())
-        return explain_rule(command.explained, out, errors, colors);
+        return explain_rule(command.explained, as_json, out, errors, colors);
     if (command.check.paths.empty()) {
         errors << "tova-xmc: check needs a file or a folder\n";
         return exit_usage;

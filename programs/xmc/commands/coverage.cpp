@@ -5,6 +5,7 @@
 #include "xmc/check/message_index.hpp"
 #include "xmc/model/documents.hpp"
 #include "xmc/model/locale.hpp"
+#include "xmc/output.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -141,10 +142,6 @@ json as_json(const std::vector<coverage_cell>& cells) {
                           {"withFallback", each.through_chain},
                           {"notOwn", each.not_own}});
     return result;
-}
-
-std::string dumped(const json& document, int indent) {
-    return document.dump(indent, ' ', false, json::error_handler_t::replace);
 }
 
 // Returns whether all minimums are reached, after naming those that are not.
@@ -299,11 +296,19 @@ std::string embedded(const json& document) {
 }
 
 void list_missing(const std::vector<coverage_cell>& cells, const std::string& locale,
-                  std::ostream& out) {
-    for (const coverage_cell& each : cells)
-        if (each.locale == locale)
-            for (const std::string& key : each.not_own)
+                  const std::string& format, std::ostream& out) {
+    json list = json::array();
+    for (const coverage_cell& each : cells) {
+        if (each.locale != locale)
+            continue;
+        for (const std::string& key : each.not_own)
+            if (format == "json")
+                list.push_back({{"catalog", each.catalog}, {"key", key}});
+            else
                 out << each.catalog << '/' << key << '\n';
+    }
+    if (format == "json")
+        write_json(out, list);
 }
 
 }  // namespace
@@ -330,11 +335,11 @@ int run_coverage(const coverage_options& options, std::ostream& out, std::ostrea
     }
     const std::vector<coverage_cell> cells = coverage(options);
     if (!options.missing_in.empty())
-        list_missing(cells, normalized_locale(options.missing_in), out);
+        list_missing(cells, normalized_locale(options.missing_in), options.format, out);
     else if (options.format == "csv")
         as_table(cells, style()).write_csv(out);
     else if (options.format == "json")
-        out << dumped(as_json(cells), 2) << '\n';
+        write_json(out, as_json(cells));
     else if (options.format == "html")
         write_coverage_page(out, cells);
     else

@@ -6,6 +6,7 @@
 #include "xmc/model/files.hpp"
 #include "xmc/model/locale.hpp"
 #include "xmc/model/writer.hpp"
+#include "xmc/output.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -46,32 +47,37 @@ std::map<message_id, content> contents_of(const std::string& path) {
     return result;
 }
 
-void write_result(const std::string& output, const std::string& text, std::ostream& out) {
-    if (output.empty() || output == "-")
-        out << text;
-    else
-        write_file(output, text);
-}
-
 }  // namespace
 
 int run_fmt(const fmt_options& options, std::ostream& out, std::ostream& errors) {
     int code = exit_clean;
+    json list = json::array();
     for (const std::string& path : catalog_files(options.paths)) {
         const document file(path, read_file(path));
         const std::string text = formatted(file);
+        if (options.as_json) {
+            json one = {{"file", path}, {"changed", text != file.bytes()}};
+            if (options.shows)
+                one["text"] = text;
+            list.push_back(std::move(one));
+        }
         if (options.shows) {
-            out << text;
+            if (!options.as_json)
+                out << text;
         } else if (text != file.bytes()) {
             if (options.checks) {
-                out << path << '\n';
+                if (!options.as_json)
+                    out << path << '\n';
                 code = exit_findings;
             } else {
                 write_file(path, text);
-                errors << path << ": formatted\n";
+                if (!options.as_json)
+                    errors << path << ": formatted\n";
             }
         }
     }
+    if (options.as_json)
+        write_json(out, list);
     return code;
 }
 
@@ -109,7 +115,7 @@ int run_diff(const diff_options& options, std::ostream& out, const style& colors
         if (before.find(each.first) == before.end())
             report("added", each.first, nullptr, &each.second);
     if (options.as_json)
-        out << all.dump(2, ' ', false, json::error_handler_t::replace) << '\n';
+        write_json(out, all);
     return all.empty() ? exit_clean : exit_findings;
 }
 
@@ -118,7 +124,7 @@ namespace {
 // Joins messages; catalogs and messages keep the order in which they first appear.
 class merger {
 public:
-    merger(const std::string& prefer, std::ostream& errors) : m_prefer(prefer), m_errors(errors) {}
+    explicit merger(const std::string& prefer) : m_prefer(prefer) {}
 
     void add(const placed_message& each) {
         const std::pair<std::string, std::string> id(each.of->name,
@@ -137,15 +143,20 @@ public:
         if (first.text == text && first.from.what->meta == each.what->meta)
             return;
         if (m_prefer.empty()) {
-            ++m_conflicts;
-            m_errors << place_of(each) << ": " << shown(full) << " differs from "
-                     << place_of(first.from) << '\n';
+            m_conflicts.push_back({full, place_of(each), place_of(first.from)});
         } else if (m_prefer == "last") {
             first = {each, text};
         }
     }
 
-    std::size_t conflicts() const { return m_conflicts; }
+    struct conflict {
+        message_id id;
+        std::string place;
+        std::string other_place;
+    };
+
+    const std::vector<conflict>& conflicts() const { return m_conflicts; }
+    std::size_t messages() const { return m_known.size(); }
 
     std::string text() {
         writer result;
@@ -166,23 +177,40 @@ private:
     };
 
     const std::string& m_prefer;
-    std::ostream& m_errors;
     std::vector<std::pair<std::string, std::string>> m_catalogs;
     std::map<std::pair<std::string, std::string>, std::vector<kept>> m_messages;
     std::map<message_id, std::size_t> m_known;
-    std::size_t m_conflicts = 0;
+    std::vector<conflict> m_conflicts;
 };
 
 }  // namespace
 
 int run_merge(const merge_options& options, std::ostream& out, std::ostream& errors) {
     const documents files = read_documents(options.paths);
-    merger joined(options.prefer, errors);
+    merger joined(options.prefer);
     for (const placed_message& each : all_messages(files))
         joined.add(each);
-    if (joined.conflicts() != 0) {
-        errors << "tova-xmc: " << joined.conflicts()
-               << (joined.conflicts() == 1 ? " conflict" : " conflicts")
+    if (options.as_json) {
+        json about = {{"messages", joined.messages()}, {"conflicts", json::array()}};
+        for (const merger::conflict& each : joined.conflicts())
+            about["conflicts"].push_back({{"catalog", std::get<0>(each.id)},
+                                          {"key", std::get<1>(each.id)},
+                                          {"locale", std::get<2>(each.id)},
+                                          {"place", each.place},
+                                          {"other", each.other_place}});
+        if (!joined.conflicts().empty()) {
+            write_json(out, about);
+            return exit_findings;
+        }
+        write_json_result(options.output, joined.text(), std::move(about), out);
+        return exit_clean;
+    }
+    for (const merger::conflict& each : joined.conflicts())
+        errors << each.place << ": " << shown(each.id) << " differs from " << each.other_place
+               << '\n';
+    if (!joined.conflicts().empty()) {
+        errors << "tova-xmc: " << joined.conflicts().size()
+               << (joined.conflicts().size() == 1 ? " conflict" : " conflicts")
                << "; --prefer first or --prefer last decides\n";
         return exit_findings;
     }
@@ -212,6 +240,7 @@ std::string pseudo_text(const std::string& text) {
 int run_pseudo(const pseudo_options& options, std::ostream& out) {
     const documents files = read_documents(options.paths);
     writer result;
+    std::size_t count = 0;
     for (const auto& file : files)
         for (const catalog& of : file->catalogs()) {
             if (normalized_locale(of.locale) != normalized_locale(options.from))
@@ -239,10 +268,15 @@ int run_pseudo(const pseudo_options& options, std::ostream& out) {
                 else
                     pieces.push_back(end);
                 result.message(each.name, each.meta, pieces);
+                ++count;
             }
             result.end_catalog();
         }
-    write_result(options.output, result.text(), out);
+    if (options.as_json)
+        write_json_result(options.output, result.text(),
+                          {{"locale", options.to}, {"messages", count}}, out);
+    else
+        write_result(options.output, result.text(), out);
     return exit_clean;
 }
 

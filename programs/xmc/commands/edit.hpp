@@ -14,6 +14,7 @@ struct fmt_options {
     std::vector<std::string> paths;
     bool checks = false;  ///< only say which files would change
     bool shows = false;   ///< write the result to standard output
+    bool as_json = false;
 };
 
 int run_fmt(const fmt_options& options, std::ostream& out, std::ostream& errors);
@@ -32,6 +33,7 @@ struct merge_options {
     std::vector<std::string> paths;
     std::string output;  ///< empty: standard output
     std::string prefer;  ///< first, last, or empty: a conflict is an error
+    bool as_json = false;
 };
 
 int run_merge(const merge_options& options, std::ostream& out, std::ostream& errors);
@@ -41,6 +43,7 @@ struct pseudo_options {
     std::string from = "en";
     std::string to = "en_XA";
     std::string output;
+    bool as_json = false;
 };
 
 /// A translation into accented, longer English, which shows texts that are not translated, cut off

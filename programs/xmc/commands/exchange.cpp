@@ -6,6 +6,7 @@
 #include "xmc/exchange/exchange.hpp"
 #include "xmc/exchange/po.hpp"
 #include "xmc/exchange/xliff.hpp"
+#include "xmc/output.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -16,26 +17,6 @@ namespace tova_programs::xmc {
 namespace {
 
 using json = nlohmann::ordered_json;
-
-bool is_standard(const std::string& output) {
-    return output.empty() || output == "-";
-}
-
-void write_result(const std::string& output, const std::string& text, std::ostream& out) {
-    if (is_standard(output))
-        out << text;
-    else
-        write_file(output, text);
-}
-
-void require_output(bool as_json, const std::string& output) {
-    if (as_json && is_standard(output))
-        throw file_error("--json needs --output, as the result itself is written otherwise");
-}
-
-void write_json(std::ostream& out, const json& document) {
-    out << document.dump(2, ' ', false, json::error_handler_t::replace) << '\n';
-}
 
 bool ends_in(const std::string& name, const std::string& end) {
     return name.size() >= end.size() &&
@@ -65,7 +46,6 @@ imported read(const import_options& options) {
 }  // namespace
 
 int run_export(const export_options& options, std::ostream& out) {
-    require_output(options.as_json, options.output);
     exchange all = collect(read_documents(options.paths), options.locale, options.reference);
     const auto is_unwanted = [&](const exchanged_message& each) {
         return !options.catalogs.empty() &&
@@ -78,37 +58,41 @@ int run_export(const export_options& options, std::ostream& out) {
                              : options.format == "xliff"  ? xliff_text(all, xliff_version::v1_2)
                              : options.format == "xliff2" ? xliff_text(all, xliff_version::v2_0)
                                                           : po_text(all);
-    write_result(options.output, text, out);
     if (options.as_json)
-        write_json(out, {{"file", options.output},
-                         {"locale", all.locale},
-                         {"reference", all.reference},
-                         {"messages", all.messages.size()},
-                         {"translated", targets_of(all)}});
+        write_json_result(options.output, text,
+                          {{"locale", all.locale},
+                           {"reference", all.reference},
+                           {"messages", all.messages.size()},
+                           {"translated", targets_of(all)}},
+                          out);
+    else
+        write_result(options.output, text, out);
     return exit_clean;
 }
 
 int run_import(const import_options& options, std::ostream& out, std::ostream& errors) {
-    require_output(options.as_json, options.output);
     const imported result = read(options);
-    write_result(options.output, catalogs_of(result.all, options.with_sources), out);
-    json problems = json::array();
-    for (const exchange_problem& each : result.problems) {
-        problems.push_back({{"line", each.line}, {"message", each.subject}, {"text", each.text}});
-        if (!options.as_json)
+    const std::string text = catalogs_of(result.all, options.with_sources);
+    if (options.as_json) {
+        json problems = json::array();
+        for (const exchange_problem& each : result.problems)
+            problems.push_back(
+                {{"line", each.line}, {"message", each.subject}, {"text", each.text}});
+        write_json_result(options.output, text,
+                          {{"locale", result.all.locale},
+                           {"messages", targets_of(result.all)},
+                           {"untranslated", result.untranslated},
+                           {"fuzzy", result.fuzzy},
+                           {"problems", problems}},
+                          out);
+    } else {
+        write_result(options.output, text, out);
+        for (const exchange_problem& each : result.problems)
             errors << options.file << ':' << each.line << ": " << each.subject << ": " << each.text
                    << '\n';
-    }
-    if (options.as_json) {
-        write_json(out, {{"file", options.output},
-                         {"locale", result.all.locale},
-                         {"messages", targets_of(result.all)},
-                         {"untranslated", result.untranslated},
-                         {"fuzzy", result.fuzzy},
-                         {"problems", problems}});
-    } else if (!is_standard(options.output)) {
-        errors << options.output << ": " << targets_of(result.all) << " messages, "
-               << result.untranslated << " not translated\n";
+        if (!is_standard(options.output))
+            errors << options.output << ": " << targets_of(result.all) << " messages, "
+                   << result.untranslated << " not translated\n";
     }
     return result.problems.empty() ? exit_clean : exit_findings;
 }

@@ -3,6 +3,7 @@
 #include "support/exit_code.hpp"
 #include "support/text_file.hpp"
 #include "xmc/model/documents.hpp"
+#include "xmc/output.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -31,10 +32,6 @@ keys_by_catalog keys_of(const std::vector<std::string>& paths) {
             }
     });
     return result;
-}
-
-std::string dumped(const json& document) {
-    return document.dump(2, ' ', false, json::error_handler_t::replace);
 }
 
 // A C++ string literal.
@@ -105,7 +102,7 @@ int run_keys(const keys_options& options, std::ostream& out) {
         for (const auto& each : all)
             for (const auto& keyed : each.second)
                 result[each.first].push_back(keyed.first);
-        out << dumped(result) << '\n';
+        write_json(out, result);
         return exit_clean;
     }
     if (!options.as_header) {
@@ -293,7 +290,7 @@ int run_scan(const scan_options& options, std::ostream& out) {
         }
     const bool is_clean = absent.empty() && unused.empty();
     if (options.as_json)
-        out << dumped({{"absent", absent}, {"unused", unused}}) << '\n';
+        write_json(out, {{"absent", absent}, {"unused", unused}});
     return is_clean ? exit_clean : exit_findings;
 }
 

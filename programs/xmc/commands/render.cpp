@@ -7,6 +7,7 @@
 #include "xmc/model/documents.hpp"
 #include "xmc/model/locale.hpp"
 #include "xmc/model/options.hpp"
+#include "xmc/output.hpp"
 
 #include <tova/generic/varg_list.hpp>
 #include <tova/i18n/message_catalogs.hpp>
@@ -34,10 +35,6 @@ const char invalid[] = "?invalid?";
 
 std::string quoted(const std::string& text) {
     return '"' + text + '"';
-}
-
-std::string dumped(const json& document) {
-    return document.dump(2, ' ', false, json::error_handler_t::replace);
 }
 
 // Raises `file_error` with the library's own report.
@@ -189,7 +186,7 @@ int run_render(const render_options& options, std::ostream& out, std::ostream& e
             out << text << '\n';
     }
     if (options.as_json)
-        out << dumped(list) << '\n';
+        write_json(out, list);
     return is_valid ? exit_clean : exit_findings;
 }
 
@@ -267,7 +264,7 @@ void write_shown(const show_options& options, const std::vector<placed_message>&
         all.push_back(std::move(one));
     }
     if (options.as_json)
-        out << dumped(all) << '\n';
+        write_json(out, all);
     else
         list.write(out, colors);
 }
@@ -402,9 +399,14 @@ std::string marked(const std::string& text) {
     return result;
 }
 
-}  // namespace
+struct previewed {
+    std::string note;
+    std::map<std::string, std::string> texts;  // by locale
+};
 
-int run_preview(const preview_options& options, std::ostream& out) {
+// What each locale shows of its own, by catalog and key.
+std::map<std::string, std::map<std::string, previewed>>
+previewed_messages(const preview_options& options) {
     std::set<std::string> locales(options.locales.begin(), options.locales.end());
     if (locales.empty())
         for_each_document(options.paths, [&locales](const document& file) {
@@ -412,19 +414,14 @@ int run_preview(const preview_options& options, std::ostream& out) {
                 if (!each.locale.empty() && each.locale != ".")
                     locales.insert(std::string(each.locale));
         });
-    // What each locale shows of its own, by catalog and key.
-    struct shown {
-        std::string note;
-        std::map<std::string, std::string> texts;
-    };
-    std::map<std::string, std::map<std::string, shown>> all;
+    std::map<std::string, std::map<std::string, previewed>> all;
     for (const std::string& locale : locales) {
         message_catalogs catalogs;
         load(catalogs, options.paths, locale);
         for (const auto& each : catalogs)
             for (const auto& keyed : *each.second) {
                 const message_t& one = keyed.second;
-                shown& entry = all[each.first][keyed.first];
+                previewed& entry = all[each.first][keyed.first];
                 if (!one.meta().empty())
                     entry.note = one.meta();
                 if (normalized_locale(one._orginal_locale()) == normalized_locale(locale))
@@ -432,6 +429,24 @@ int run_preview(const preview_options& options, std::ostream& out) {
                 else if (one._orginal_locale() == ".")
                     entry.texts["."] = one.as_string(samples_for(one));
             }
+    }
+    return all;
+}
+
+}  // namespace
+
+int run_preview(const preview_options& options, std::ostream& out) {
+    const auto all = previewed_messages(options);
+    if (options.as_json) {
+        json list = json::array();
+        for (const auto& catalog : all)
+            for (const auto& keyed : catalog.second)
+                list.push_back({{"catalog", catalog.first},
+                                {"key", keyed.first},
+                                {"note", keyed.second.note},
+                                {"texts", keyed.second.texts}});
+        write_json(out, list);
+        return exit_clean;
     }
     out << preview_begin;
     for (const auto& catalog : all) {

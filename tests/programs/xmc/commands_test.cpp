@@ -13,10 +13,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <random>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -69,13 +71,24 @@ const struct {
     {"merge_first", "merge catalogs/en.xmc other.xmc --prefer first"},
     {"merge_last", "merge catalogs/en.xmc other.xmc --prefer last"},
     {"pseudo", "pseudo catalogs"},
+    {"rules_json", "check --list-rules --json"},
+    {"explain_json", "check --explain crlf --json"},
+    {"check_fix_json", "check --fix --dry-run --json untidy.xmc"},
+    {"coverage_missing_json", "coverage --missing de --json catalogs"},
+    {"preview_json", "preview catalogs --json"},
+    {"fmt_json", "fmt --check --json untidy.xmc other.xmc"},
+    {"fmt_stdout_json", "fmt --stdout --json untidy.xmc"},
+    {"merge_json", "merge catalogs/en.xmc catalogs/de.xmc --json"},
+    {"merge_conflict_json", "merge catalogs/en.xmc other.xmc --json"},
+    {"merge_output_json", "merge catalogs --json -o $TOVA_OUTPUT"},
+    {"pseudo_json", "pseudo catalogs --json"},
     {"export_po", "export catalogs --lang de"},
     {"export_po_template", "export catalogs --catalog dialog"},
     {"export_xliff", "export catalogs --lang de --format xliff"},
     {"export_xliff2", "export catalogs --lang de --format xliff2"},
     {"export_csv", "export catalogs --lang de --format csv"},
     {"export_json", "export catalogs --lang de --json -o $TOVA_OUTPUT"},
-    {"export_json_nowhere", "export catalogs --json"},
+    {"export_json_text", "export catalogs --catalog dialog --json"},
     {"import_foreign", "import foreign/pl.po --catalog app"},
     {"import_foreign_source", "import foreign/pl.po --catalog app --with-source"},
     {"import_json", "import foreign/pl.po --json -o $TOVA_OUTPUT"},
@@ -88,6 +101,16 @@ const struct {
     {"keys_json", "keys --json catalogs"},
     {"scan", "scan src -p catalogs"},
     {"scan_json", "scan src -p catalogs --json"},
+    {"schema", "schema"},
+    {"schema_loader", "schema --form loader"},
+    {"schema_compact", "schema --form compact"},
+    {"schema_xsd", "schema --form xsd"},
+    {"schema_catalog", "schema --form catalog"},
+    {"schema_emacs", "schema --form emacs"},
+    {"schema_vscode", "schema --form vscode"},
+    {"schema_json", "schema --form vscode --json"},
+    {"schema_files_json", "schema --json --directory $TOVA_OUTPUT.d"},
+    {"schema_twice", "schema --form xsd --directory nowhere"},
     {"scan_function", "scan src -p catalogs --function other_message"},
 };
 
@@ -101,14 +124,32 @@ TEST(Commands, HaveTheirExpectedOutputAndExitCode) {
         SCOPED_TRACE(each.name);
         const auto result = run_program(std::string(TOVA_XMC " ") + each.arguments);
         std::string text = result.output + "exit code " + std::to_string(result.exit_code) + "\n";
-        const auto place = text.find(folder.path());
-        if (place != text.npos)
+        for (auto place = text.find(folder.path()); place != text.npos;
+             place = text.find(folder.path()))
             text.replace(place, folder.path().size(), "FOLDER");
         const std::string file = data + "/commands/" + each.name + ".txt";
         if (std::getenv("TOVA_UPDATE_GOLDEN") != nullptr)
             std::ofstream(file) << text;
         EXPECT_EQ(read_bytes(file), text);
     }
+}
+
+// The language server is no command for scripts.
+TEST(Commands, HaveAJsonForm) {
+    const std::string help = run_program(TOVA_XMC " --help").output;
+    std::istringstream lines(help.substr(help.find("Subcommands:")));
+    std::size_t count = 0;
+    for (std::string line; std::getline(lines, line);) {
+        const std::string name =
+            line.substr(std::min<std::size_t>(line.size(), 2), line.find(' ', 2) - 2);
+        if (line.compare(0, 2, "  ") != 0 || line[2] == ' ' || name == "lsp")
+            continue;
+        EXPECT_NE(std::string::npos,
+                  run_program(TOVA_XMC " " + name + " --help").output.find(" --json "))
+            << name;
+        ++count;
+    }
+    EXPECT_EQ(14u, count);
 }
 
 TEST(Fmt, ChangesTheLayoutOnlyAndNothingTheSecondTime) {
