@@ -328,10 +328,10 @@ try_parse(const std::string& text) {
 }
 /// @}
 
-/// A number with as many digits as restore it exactly: "0.1", "0.30000000000000004". That takes at
-/// most 9 digits for a `float`, 17 for a `double` and 21 for a `long double`. The point is a point,
-/// whatever the locale is. "inf", "-inf" and "nan" are what streams write; `try_parse` refuses
-/// them.
+/// A number with enough digits to restore it exactly: "0.1", "0.30000000000000004". A `float` needs
+/// at most 9 digits, a `double` 17 and a `long double` 21. The decimal separator is a point in
+/// every locale. Infinities and NaNs become "inf", "-inf" and "nan", as in streams; `try_parse`
+/// rejects these.
 template <typename Floating>
 typename std::enable_if<std::is_floating_point<Floating>::value, strings::ustring8>::type
 exact(Floating value) {

@@ -1,5 +1,5 @@
 /// @file
-/// Data files: serialized content in an envelope with a checksum. Damaged files are refused.
+/// Data files: serialized content in an envelope with a checksum. Damaged files are rejected.
 ///
 ///     tova::serialization::labeled_text_buffer state;
 ///     state.add_value("width", 0.1);
@@ -9,12 +9,12 @@
 ///     if (!loaded)
 ///         std::cerr << loaded.message << '\n';  // "state.dat: damaged, the checksum differs"
 ///
-/// A truncated or changed file is refused with a reason, and the buffer keeps its content. Content
-/// is checked, too: whatever the bytes are, the reader returns. The checksum detects damage; it is
-/// not a signature.
+/// A truncated or modified file is rejected with a reason, and the buffer keeps its content. The
+/// content is checked, too, so the reader returns whatever the bytes are. The checksum detects
+/// damage; it is not a signature.
 ///
-/// A store replaces the old file atomically, after the new one was synced. Threads may store and
-/// load files at the same time, each with buffers of its own; a load sees either the old or the new
+/// A store replaces the old file atomically, after it has synced the new one. Threads may store and
+/// load files at the same time, each with its own buffers; a load sees either the old or the new
 /// content.
 #pragma once
 
@@ -45,16 +45,16 @@ namespace extras {
 
 /// Why data could not be stored or loaded.
 enum class data_error {
-    none,              ///< It was.
+    none,              ///< Success.
     file,              ///< The system reports an error, or the path is not that of a regular file.
-    not_a_data_file,   ///< It does not begin like one.
-    unknown_envelope,  ///< A later version of the envelope itself.
+    not_a_data_file,   ///< It does not begin like a data file.
+    unknown_envelope,  ///< The envelope itself has a later version.
     truncated,         ///< Bytes are missing at the end.
     trailing_bytes,    ///< Bytes follow the content.
     damaged,           ///< The checksum differs.
     wrong_kind,        ///< The content is for another class of buffer.
     newer_version,     ///< The content was written by a newer program.
-    invalid_content    ///< The content does not read back as what was written.
+    invalid_content    ///< The content would not read back as what was written.
 };
 
 /// The error in words: "checksum differs".
@@ -84,12 +84,12 @@ inline const char* name(data_error error) {
     return "unknown";
 }
 
-/// How storing or loading ended.
+/// The result of storing or loading.
 struct data_status {
     data_error error;      ///< `data_error::none` for success.
-    std::string message;   ///< What is wrong, with the path of the file; empty for success.
-    unsigned long offset;  ///< The byte of the file where that is; 0 where no single byte is.
-    unsigned version;      ///< The version of the content, as far as it was read; otherwise 0.
+    std::string message;   ///< The error, with the path of the file; empty for success.
+    unsigned long offset;  ///< The byte of the file that it is about; 0 if there is none.
+    unsigned version;      ///< The version of the content; 0 if it was not read.
 
     /// Whether it succeeded. Never fails.
     explicit operator bool() const { return error == data_error::none; }
@@ -113,8 +113,8 @@ enum class data_item {
 
 /// What a program expects of its data files.
 struct data_format {
-    /// `version` is stored with the content, and a file with a greater one is refused. Increase
-    /// it when older programs can no longer read what is stored.
+    /// `version` is stored with the content, and a file with a greater version is rejected.
+    /// Increase it when older programs can no longer read the content.
     ///
     /// `record` lists the items of a text or binary buffer, which store no types; the content is
     /// any number of such records. Without it the items are not checked: pass it for files from
@@ -129,7 +129,7 @@ struct data_format {
 
 namespace _private {
 
-// The envelope, with numbers from the least significant byte:
+// The envelope. Numbers begin with their least significant byte:
 //
 //     0   8  "tovadata"
 //     8   1  the version of the envelope, 1
@@ -137,7 +137,7 @@ namespace _private {
 //     10  2  zeros
 //     12  4  the version of the content
 //     16  8  the length of the content in bytes
-//     24  8  the checksum of all bytes but these eight
+//     24  8  the checksum of all bytes except these eight
 //     32     the content
 inline const char* data_magic() {
     return "tovadata";
@@ -166,8 +166,9 @@ inline std::uint64_t data_number_at(const std::string& bytes, std::size_t at, in
     return value;
 }
 
-// The 64-bit cyclic redundancy check with the polynomial of ECMA-182, bits reflected. It detects
-// every change within 64 neighboring bits, so every changed byte, and others but for one in 2^64.
+// The 64-bit cyclic redundancy check with the reflected ECMA-182 polynomial. It detects every
+// change within 64 neighboring bits, which includes every changed byte. It misses one in 2^64 of
+// all other changes.
 class data_checksum {
 public:
     void add(const char* bytes, std::size_t count) {
@@ -214,8 +215,8 @@ inline std::string wrap_data(data_kind kind, unsigned version, const std::string
     return file;
 }
 
-// Checks everything but the content itself, from the outside to the inside: a damaged file is never
-// called one of another kind or version.
+// Checks everything except the content itself. The checksum comes before the kind and the version,
+// so a damaged file is never reported as a file of another kind or version.
 inline data_status check_envelope(const std::string& file, data_kind kind, unsigned version) {
     const std::string start = file.substr(0, data_magic_size);
     if (file.empty())
@@ -261,13 +262,13 @@ inline data_status check_envelope(const std::string& file, data_kind kind, unsig
     return {data_error::none, std::string(), 0, stored};
 }
 
-// What is wrong with content, and the byte where; a null reason if nothing is.
+// An error in the content and its position in bytes. The reason is null if there is no error.
 struct content_problem {
     const char* reason;
     std::size_t offset;
 };
 
-// A field of text content. `begin` and `size` are those of its bytes, `next` is past its separator.
+// A field of text content: `size` bytes from `begin`. `next` is the byte after its separator.
 struct text_field {
     std::size_t begin;
     std::size_t size;
@@ -276,7 +277,7 @@ struct text_field {
 
 const char item_separator = '\1';
 
-// The field from `at` up to the next separator. False if there is none before `end`.
+// Reads the field from `at` up to the next separator. Returns false if there is none before `end`.
 inline bool read_field(const std::string& text, std::size_t at, std::size_t end,
                        text_field& field) {
     const std::size_t separator = text.find(item_separator, at);
@@ -286,8 +287,9 @@ inline bool read_field(const std::string& text, std::size_t at, std::size_t end,
     return true;
 }
 
-// A string as the buffers write it: its length in decimal, a separator, its bytes, a separator. The
-// library reads lengths that are negative, octal or past the end as well; none of them is written.
+// Reads a string as the buffers write it: its length in decimal, a separator, its bytes, a
+// separator. The library also reads lengths that are negative, octal or past the end, but it never
+// writes them.
 inline bool read_string_field(const std::string& text, std::size_t at, std::size_t end,
                               text_field& field) {
     std::size_t length = 0;
@@ -305,7 +307,8 @@ inline bool read_string_field(const std::string& text, std::size_t at, std::size
     return text[field.next - 1] == item_separator;
 }
 
-// Strings from this size on are written, but not read back: their length is read as 32 bits.
+// Strings of at least this size can be written but not read back, because lengths are read as 32
+// bits.
 const std::size_t too_long = static_cast<std::size_t>(std::numeric_limits<int>::max());
 
 // Whether the library would trim the label.
@@ -315,20 +318,20 @@ inline bool would_be_trimmed(const std::string& label) {
            (!label.empty() && label.find_last_of(whitespace) == label.size() - 1);
 }
 
-// Labeled content must be exactly what a tree writes: whole pairs of label and payload in the order
-// of the labels, groups of the same form to any depth. Then reading it ends and loses nothing.
+// Labeled content must be exactly what a tree writes: complete pairs of label and payload, sorted
+// by label, and groups of the same form to any depth. Then reading it terminates and loses nothing.
 inline content_problem check_labeled(const std::string& text) {
     struct level {
         std::size_t end;         // of the group's text
         std::size_t label;       // the last label: its first byte
-        std::size_t label_size;  // and its size without the mark of a group
-        bool is_value;           // whether that was a value, which a group may follow
-        bool is_empty;           // whether there was none yet
+        std::size_t label_size;  // its size without the mark of a group
+        bool is_value;           // whether it has a value; a group may follow a value
+        bool is_empty;           // whether there is no label yet
     };
     std::vector<level> open(1, level{text.size(), 0, 0, false, true});
     std::size_t at = 0;
     for (;;) {
-        // At the end of a group the separator of its payload follows.
+        // The separator of its payload follows a group.
         while (at == open.back().end) {
             open.pop_back();
             if (open.empty())
@@ -433,7 +436,8 @@ inline content_problem check_binary(const std::string& bytes,
     for (std::size_t at = 0, i = 0; !record.empty() && (at < bytes.size() || i > 0);) {
         if (at == bytes.size())
             return {"the last record is not complete", at};
-        // The sizes of the numbers, in the order of `data_item`; strings begin with a length.
+        // The sizes of the numbers, in the order of `data_item`. Strings begin with a length of 4
+        // bytes.
         const std::size_t sizes[] = {1, 2, 4, 8, 1, 2, 4, 8, 4, 8, 4, 4};
         const data_item item = record[i];
         std::size_t size = sizes[static_cast<std::size_t>(item)];
@@ -491,7 +495,7 @@ void walk_labels(Tree& tree, Visitor& visit) {
         std::size_t at;
         std::size_t end;
     };
-    // The interface lists no labels, but a tree writes all of them.
+    // The interface has no list of labels, but a tree writes all of them.
     const std::string text = tree.as_str();
     std::vector<std::string> path;
     std::vector<level> open(1, level{&tree, 0, text.size()});
@@ -521,7 +525,7 @@ void walk_labels(Tree& tree, Visitor& visit) {
     }
 }
 
-// The number of a variant with all of its digits, or an empty string for any other value.
+// Returns the number in a variant with all of its digits, or an empty string for any other value.
 inline strings::ustring8 exact_digits(const types::variant& value) {
     if (value.type() == typeid(double))
         return exact(value.as_double());
@@ -532,7 +536,7 @@ inline strings::ustring8 exact_digits(const types::variant& value) {
     return strings::ustring8();
 }
 
-// Replaces floating-point numbers in a tree by all of their digits.
+// Replaces the floating-point numbers in a tree with strings of all their digits.
 struct exact_numbers {
     bool found_unreadable = false;  // an infinity or NaN, which would read back as 0
 
@@ -558,7 +562,7 @@ struct has_numbers {
     }
 };
 
-// The content of a buffer as it is stored. The reason is null unless that is impossible.
+// Gets the content of a buffer as it is stored. Returns why it cannot be stored, or null.
 inline const char* content_of(const serialization::serialize_buffer& source, std::string& content) {
     content = source.as_str();
     return nullptr;
@@ -583,16 +587,17 @@ inline const char* content_of(const serialization::labeled_text_buffer& source,
 /// @name In memory
 ///
 /// `encode_data` writes the file's bytes for a `labeled_text_buffer`, `serialize_text_buf` or
-/// `serialize_binary_buf`. It refuses content that would not read back: an empty label, a string of
-/// 2 GiB or more, an infinity or NaN in a tree, and whatever differs from the record of the format.
-/// `float`, `double` and `long double` values of a tree get as many digits as restore them exactly.
+/// `serialize_binary_buf`. It rejects content that would not read back: an empty label, a string of
+/// 2 GiB or more, an infinity or NaN in a tree, and anything that does not match the record of the
+/// format. `float`, `double` and `long double` values of a tree are written with enough digits to
+/// restore them exactly.
 ///
-/// `decode_data` reads such bytes into a buffer of the same class. First everything is checked:
-/// content of a tree must be exactly as trees write it, other content must be whole records. The
-/// read position of the buffer is then at the start.
+/// `decode_data` reads such bytes into a buffer of the same class. It first checks everything: the
+/// content of a tree must be exactly as trees write it, and other content must consist of complete
+/// records. Afterwards the read position of the buffer is at the start.
 ///
-/// After an error the target is unchanged. Both raise `std::bad_alloc` only. The time is linear in
-/// the size, and depth takes no stack.
+/// After an error the target is unchanged. Both raise only `std::bad_alloc`. They take time linear
+/// in the size, and a constant amount of stack at any depth.
 /// @{
 template <typename Buffer>
 data_status encode_data(const Buffer& source, std::string& bytes,
@@ -626,13 +631,12 @@ data_status decode_data(const std::string& bytes, Buffer& target,
 /// @}
 
 /// @name Files
-///
-/// As `encode_data` and `decode_data`, with the bytes in a file. Messages begin with its path.
+/// These do the same as `encode_data` and `decode_data`, with a file. Messages begin with its path.
 ///
 /// `store_data` writes a new file beside the old one, syncs it, renames it and syncs the directory:
-/// at every moment, and after a crash, the path leads to the old content or to the new one. Mode
-/// and, as far as possible, owner and group of an existing file are kept. If the path is a link,
-/// the file that it leads to is replaced. Pipes, devices and directories are refused.
+/// at any moment, and after a crash, the path leads to either the old or the new content. The mode
+/// and, if possible, the owner and group of an existing file are kept. If the path is a link, the
+/// file that it leads to is replaced. Pipes, devices and directories are rejected.
 /// @{
 template <typename Buffer>
 data_status store_data(const std::string& path, const Buffer& source,
@@ -662,13 +666,13 @@ data_status load_data(const std::string& path, Buffer& target,
 /// @}
 
 /// Calls `visit(path, value)` for every label of a tree that has a value or is empty, in the order
-/// of the labels' bytes, and goes on into groups.
+/// of the labels' bytes, and descends into groups.
 ///
-/// `path` is a `const std::vector<std::string>&`, from the outermost group to the label itself, and
-/// valid during the call. `value` is a `types::variant` with its type, nil for a label without a
-/// value. A label with a value and a group is visited first. The visitor may replace values, but
-/// not add or remove labels. The tree is a `labeled_text_buffer` or a group of one; a buffer of a
-/// class with another encoding raises `std::invalid_argument`.
+/// `path` is a `const std::vector<std::string>&`, from the outermost group to the label itself; it
+/// is valid during the call. `value` is a `types::variant` of the original type, or nil for a label
+/// without a value. A label with both a value and a group is visited before its group. The visitor
+/// may replace values, but not add or remove labels. The tree is a `labeled_text_buffer` or a group
+/// of one; a buffer of a class with another encoding makes `walk` raise `std::invalid_argument`.
 template <typename Visitor>
 void walk(const serialization::labeled_serialize_buffer& tree, Visitor&& visit) {
     auto each = [&visit](const std::vector<std::string>& path,
@@ -677,8 +681,8 @@ void walk(const serialization::labeled_serialize_buffer& tree, Visitor&& visit) 
     _private::walk_labels<const serialization::labeled_serialize_buffer>(tree, each);
 }
 
-/// The labels of a tree or group itself, in the order of their bytes. Takes time linear in the size
-/// of the whole tree. Raises as `walk` does.
+/// Returns the labels of a tree or group, without those of its groups, in the order of their bytes.
+/// Takes time linear in the size of the whole tree. Raises the same exceptions as `walk`.
 inline std::vector<std::string> labels(const serialization::labeled_serialize_buffer& tree) {
     const std::string text = tree.as_str();
     std::vector<std::string> found;
@@ -701,8 +705,8 @@ inline std::vector<std::string> labels(const serialization::labeled_serialize_bu
 /// there.
 ///
 /// The tree is a `labeled_text_buffer` or a group of one; a buffer of any other class raises
-/// `std::bad_cast`. Everything else stays, types included, but all pointers to groups of the tree
-/// become invalid. Takes time linear in the size of the tree.
+/// `std::bad_cast`. Everything else is kept, including types, but all pointers to groups of the
+/// tree become invalid. Takes time linear in the size of the tree.
 inline bool remove_label(serialization::labeled_serialize_buffer& tree, const std::string& label) {
     using serialization::labeled_text_buffer;
     labeled_text_buffer& target = dynamic_cast<labeled_text_buffer&>(tree);
@@ -721,10 +725,9 @@ inline bool remove_label(serialization::labeled_serialize_buffer& tree, const st
 }
 
 /// @name Values of a label
-///
-/// A number as `try_parse` reads it, or a string, from the value of a label. A label without a
-/// value is `check_error::empty`. An integer is never rounded or cut from another number, unlike in
-/// the `as_` conversions: 2.5 and 300 are errors for a `signed char`.
+/// Reads the value of a label as a string, or as a number with `try_parse`. A label without a value
+/// is the error `check_error::empty`. Unlike the `as_` conversions, these never round or truncate
+/// another number to an integer: 2.5 and 300 are errors for a `signed char`.
 /// @{
 template <typename Value>
 typename std::enable_if<std::is_arithmetic<Value>::value && !std::is_same<Value, bool>::value,

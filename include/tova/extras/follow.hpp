@@ -1,5 +1,5 @@
 /// @file
-/// Following a growing XML log as events: starts, texts and ends of elements.
+/// Reads a growing XML log as events: the starts, texts and ends of elements.
 ///
 ///     tova::extras::xml_follower log("service.log.xml");
 ///     tova::extras::follow_event event;
@@ -8,13 +8,14 @@
 ///             std::cout << event.line << ": " << event.attribute("level") << '\n';
 ///
 /// A follower waits for changes with inotify, not with a timer. When the log is rotated (renamed
-/// and made anew, replaced, or truncated), it goes on with the new file. What the writer has not
-/// finished is held back, so the events are the same wherever the file is cut and continued.
+/// and created again, replaced, or truncated), it continues with the new file. It holds back
+/// whatever the writer has not finished, so the events do not depend on how the writer splits its
+/// output.
 ///
-/// It hands `parser::xml_stream_parser` nothing but complete constructs, in a form that the parser
+/// It passes only complete constructs to `parser::xml_stream_parser`, in a form that the parser
 /// reads without loss. So names may contain `:`, `-` and `.`, and text may be of any size, in
-/// several pieces, in CDATA sections, and directly in the root. The events of an element directly
-/// in the root come when it closes.
+/// several pieces, in CDATA sections, and directly in the root. The events of a child of the root
+/// arrive when it closes.
 ///
 /// A follower belongs to one thread at a time, except for `stop`.
 #pragma once
@@ -47,18 +48,17 @@ namespace extras {
 
 /// Follows an XML file that another process is writing.
 ///
-/// After an error in the document there are no more events of it, until the file is rotated. If
-/// `resume_at` lists names of elements, the follower goes on with the next start tag of one of
-/// them, as an element directly in the root, or with the end tag of the root. What was open inside
-/// the root is abandoned.
+/// After an error in the document there are no more events until the file is rotated. If
+/// `resume_at` lists names of elements, the follower resumes at the next start tag of one of them,
+/// as a child of the root, or at the end tag of the root. It abandons the elements that were open
+/// inside the root.
 ///
-/// The file need not exist yet. On network file systems, inotify does not notice what other
-/// machines write: call `poll` from time to time there. A follower keeps a temporary file in
-/// `$TMPDIR` or
-/// `/tmp`, and in memory what one element directly in the root needs.
+/// The file need not exist yet. On network file systems, inotify does not report writes by other
+/// machines: call `poll` from time to time there. A follower keeps a temporary file in `$TMPDIR` or
+/// `/tmp`, and needs memory for one child of the root.
 class xml_follower {
 public:
-    /// Follows the file of that path. Raises `std::system_error` if its directory cannot be watched
+    /// Follows the file `path`. Raises `std::system_error` if its directory cannot be watched
     /// or no temporary file can be made.
     explicit xml_follower(const std::string& path, const std::vector<strings::ustring8>& resume_at =
                                                        std::vector<strings::ustring8>())
@@ -87,10 +87,10 @@ public:
         return false;
     }
 
-    /// Takes the next event if there is one now, even after `stop`. Returns false otherwise.
+    /// Fetches the next event if there is one now, even after `stop`. Returns false otherwise.
     ///
     /// Raises `std::system_error` or `std::runtime_error` if the temporary file cannot be written
-    /// or read, and what allocations raise.
+    /// or read, and `std::bad_alloc`.
     bool poll(follow_event& event) {
         if (m_events.empty())
             read();
@@ -108,7 +108,7 @@ public:
         const int saved = errno;
         const std::uint64_t one = 1;
         if (::write(m_stop.get(), &one, sizeof one) < 0) {
-            // The counter is full, so a waiting thread wakes anyway.
+            // The counter is at its limit, so a waiting thread wakes anyway.
         }
         errno = saved;
     }
@@ -116,8 +116,8 @@ public:
     /// Whether `stop` was called. Never fails.
     bool is_stopped() const { return m_is_stopped; }
 
-    /// A descriptor that is readable when something may have changed, for a loop that waits for
-    /// others as well: call `poll` then until it returns false.
+    /// A descriptor that becomes readable when something may have changed, for a program with its
+    /// own event loop. Then call `poll` until it returns false.
     int descriptor() const { return m_inotify.get(); }
 
 private:
@@ -136,8 +136,8 @@ private:
             throw std::system_error(errno, std::generic_category(), "poll");
     }
 
-    // Reads until there is an event or the end of what is written. The notifications are taken
-    // first: what happens later makes new ones.
+    // Reads until there is an event or the end of the file. It clears the notifications first,
+    // because later changes cause new ones.
     void read() {
         alignas(inotify_event) char notifications[4096];
         while (::read(m_inotify.get(), notifications, sizeof notifications) > 0) {
@@ -169,7 +169,7 @@ private:
         m_inode = about.st_ino;
         if (m_watch >= 0)
             ::inotify_rm_watch(m_inotify.get(), m_watch);
-        // By descriptor, since the path may already lead to another file.
+        // Uses the descriptor, because the path may already lead to another file.
         const std::string link = "/proc/self/fd/" + std::to_string(m_file.get());
         m_watch = ::inotify_add_watch(m_inotify.get(), link.c_str(), IN_MODIFY);
         if (m_watch < 0)
@@ -177,7 +177,7 @@ private:
         return true;
     }
 
-    // Takes what was added. Returns false if nothing was.
+    // Reads the added bytes. Returns false if there are none.
     bool read_chunk() {
         std::string bytes(chunk_bytes(), '\0');
         ssize_t count = 0;
@@ -197,7 +197,8 @@ private:
         return true;
     }
 
-    // Whether the file is shorter than what was read of it, or not what it was at its old end.
+    // Whether the file is shorter than the part already read, or its last bytes before that have
+    // changed.
     bool is_truncated() const {
         char bytes[tail_bytes()];
         const ssize_t count = ::pread(m_file.get(), bytes, m_tail.size(),
@@ -206,13 +207,13 @@ private:
                m_tail.compare(0, m_tail.size(), bytes, static_cast<std::size_t>(count)) != 0;
     }
 
-    // Whether another file has the path by now. Until then, the old one may still grow.
+    // Whether the path now leads to another file. Until it does, the old one may still grow.
     bool follow_rotation() {
         struct stat about;
         if (::stat(m_path.c_str(), &about) != 0 ||
             (about.st_dev == m_device && about.st_ino == m_inode))
             return false;
-        // The writer may have added its last bytes before it made the new file.
+        // The writer may have added its last bytes before it created the new file.
         while (read_chunk()) {
         }
         m_file.reset(-1);
@@ -238,13 +239,13 @@ private:
     std::atomic<bool> m_is_stopped{false};
     _private::descriptor m_stop;
     _private::descriptor m_inotify;
-    int m_watch = -1;  // on the file; the one on the directory stays
+    int m_watch = -1;  // on the file; the watch on the directory is permanent
 
     _private::descriptor m_file;
     dev_t m_device = 0;
     ino_t m_inode = 0;
-    bool m_cannot_open = false;    // already reported
-    unsigned long m_position = 0;  // up to which the file was read
+    bool m_cannot_open = false;    // it was already reported
+    unsigned long m_position = 0;  // how many bytes of the file were read
     std::string m_tail;            // the last bytes before that
     std::deque<follow_event> m_events;
     std::unique_ptr<_private::follow_document> m_document;

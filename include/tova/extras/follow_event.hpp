@@ -1,5 +1,5 @@
 /// @file
-/// The events of a followed file. `follow.hpp` explains them together.
+/// The events of a followed file. `follow.hpp` explains how they work together.
 ///
 ///     if (event.kind == tova::extras::follow_event::error)
 ///         std::cerr << name(event.error_code) << " in line " << event.line << '\n';
@@ -17,25 +17,25 @@
 namespace TOVA_2_18 {
 namespace extras {
 
-/// What is wrong with a followed file.
+/// The errors of a followed file.
 enum class follow_error {
     none,                  ///< Nothing.
     not_xml,               ///< The file does not begin with a `<`.
     unsupported_encoding,  ///< The declaration names an encoding other than UTF-8 and ASCII.
-    syntax_error,          ///< A byte that is not allowed where it is.
+    syntax_error,          ///< A byte that is not allowed at its position.
     mismatched_end_tag,    ///< An end tag that matches no open element.
     duplicate_attribute,   ///< An attribute that the element already has.
     missing_quote,         ///< An attribute value that does not begin with a quote.
     missing_equals,        ///< An attribute without a `=`.
-    invalid_reference,     ///< A `&` that begins none of the five entities and no character.
+    invalid_reference,     ///< A `&` that starts no known entity or character reference.
     too_long,              ///< A tag of more than 30000 bytes.
     data_after_root,       ///< Text or an element after the end of the root.
-    incomplete,            ///< The file was rotated within an element, tag or text in the root.
-    cannot_open            ///< There is such a file, but it cannot be opened or read.
+    incomplete,            ///< The file was rotated inside an element, tag or text in the root.
+    cannot_open            ///< The file exists, but it cannot be opened or read.
 };
 
-/// The name of the enumerator, without its scope: "missing_quote". "unknown" for a number that has
-/// none. Never fails.
+/// The name of the enumerator, without its scope: "missing_quote". Returns "unknown" for a number
+/// without a name. Never fails.
 inline const char* name(follow_error error) {
     static const char* const names[] = {"none",
                                         "not_xml",
@@ -59,26 +59,27 @@ struct follow_event {
     /// The kinds of events.
     enum kind_type {
         start,   ///< An element begins. It has a name and attributes.
-        text,    ///< Text in an element: all up to the next tag, with references replaced.
-        end,     ///< An element ends; the root, if `depth` is 1.
+        text,    ///< Text in an element, up to the next tag, with references replaced.
+        end,     ///< An element ends. It is the root if `depth` is 1.
         error,   ///< Something is wrong with the file. `error_code` says what.
-        rotated  ///< The file was replaced or truncated. What follows is the new one.
+        rotated  ///< The file was replaced or truncated. Later events are those of the new file.
     };
 
-    /// What has happened.
+    /// The kind of the event.
     kind_type kind = start;
-    /// The name of the element; for a text that of the element around it.
+    /// The name of the element, or of the element around a text.
     strings::ustring8 name{};
-    /// The names and values of the attributes of a start, in document order.
+    /// The names and values of the attributes of a start tag, in document order.
     std::vector<std::pair<strings::ustring8, strings::ustring8>> attributes{};
-    /// The text. Whitespace alone between two tags makes no event.
+    /// The text. Whitespace between two tags, without other text, is no event.
     strings::ustring8 content{};
     /// The number of open elements, this one included: 1 for the root and for text in it.
     unsigned depth = 0;
-    /// The line of the file, from 1: of the start tag, for the end of an element inside the root as
-    /// well; of the end tag of the root; of the beginning of a text; of an error.
+    /// The line in the file, counted from 1. `start` and `end` have the line of the start tag, but
+    /// the `end` of the root has the line of its end tag. A text has the line of its beginning, and
+    /// an error its own.
     unsigned line = 0;
-    /// The error; `none` in all other events.
+    /// The error; `none` for all other kinds of events.
     follow_error error_code = follow_error::none;
 
     /// The value of an attribute, or `otherwise` if the event has none of that name.

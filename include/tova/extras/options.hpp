@@ -1,5 +1,6 @@
 /// @file
-/// Declared options over the library's configuration: types, help, and errors that name the source.
+/// Declared options on top of the library's configuration, with types, help, and errors that name
+/// the source.
 ///
 ///     int main(int argc, char** argv) {
 ///         tova::extras::options options("serve", "1.2.0", "Serves a folder.");
@@ -13,7 +14,7 @@
 ///     }
 ///
 /// The first source that has a key wins, as in `config_manager`: the command line, then the file,
-/// then the environment, then the default. What is not declared, or is not of its type, is an
+/// then the environment, then the default. An undeclared key or a value of the wrong type is an
 /// error: "serve.cfg: server.port: "80x" is not a whole number".
 ///
 /// Threads may call `get` on options that nobody changes; everything else belongs to one thread.
@@ -55,7 +56,7 @@ namespace extras {
 
 namespace _private {
 
-// What is declared about an option, and what the sources say about it.
+// The declaration of an option, and its values in the sources.
 struct option_record {
     // The sources, from the strongest to the weakest.
     enum source_type { program, command_line, file, environment, otherwise, source_count };
@@ -66,7 +67,7 @@ struct option_record {
     };
 
     std::string key;
-    std::string long_name;  // as shown; the key also works
+    std::string long_name;  // as shown in the help; the key also works
     char short_name = 0;
     std::string help;
     std::string value_name;
@@ -77,9 +78,9 @@ struct option_record {
     bool is_list = false;
     bool is_required = false;
     bool is_special = false;  // --help, --version and --cfg_file, which no file may set
-    bool is_refused = false;  // a source has a value that is not valid
+    bool is_refused = false;  // a source has an invalid value
     bool is_changed = false;  // by `set`, since the last save
-    // Each returns an empty string, or what is wrong with the text of one element.
+    // Each returns an empty string, or the error in the text of one element.
     std::vector<std::function<std::string(const std::string&)>> checks;
     std::function<std::string(const std::string&)> canonical;  // "yes" for "ON", "80" for "0x50"
     source_value values[source_count];
@@ -101,7 +102,7 @@ struct option_record {
     }
 };
 
-// A source of a `config_manager` that holds what an options object found.
+// A source for a `config_manager` with the values that an options object found.
 class option_source : public config::base_config_item {
 public:
     explicit option_source(const strings::ustring8& name) { id = name; }
@@ -122,7 +123,7 @@ public:
     }
 };
 
-// Gives a manager sources that are loaded already.
+// Sets up a manager with sources that are already loaded.
 class option_dispatch : public config::config_dispatch {
 public:
     explicit option_dispatch(const config::config_item_list& items) : m_items(items) {}
@@ -139,7 +140,7 @@ private:
     config::config_item_list m_items;
 };
 
-// A paragraph within the columns from `indent` to `width`; the first line begins at `column`.
+// Wraps a paragraph to the columns from `indent` to `width`. The first line begins at `column`.
 inline std::string wrapped_text(const std::string& text, std::size_t column, std::size_t indent,
                                 std::size_t width) {
     std::string result;
@@ -161,9 +162,9 @@ inline std::string wrapped_text(const std::string& text, std::size_t column, std
 
 }  // namespace _private
 
-/// How `options::load` ended.
+/// The result of `options::load`.
 struct option_result {
-    bool ends_program;                ///< After an error, and after `--help` or `--version`.
+    bool ends_program;                ///< True after an error, `--help` or `--version`.
     int exit_code;                    ///< 0, or 2 after an error.
     std::string output;               ///< The help or the version; otherwise empty.
     std::vector<std::string> errors;  ///< Each with its source and the option or key.
@@ -171,7 +172,7 @@ struct option_result {
     /// Whether the program can go on. Never fails.
     explicit operator bool() const { return !ends_program; }
 
-    /// Writes the output, or the errors in a line each, and returns the exit code.
+    /// Writes the output, or the errors, one per line, and returns the exit code.
     int report(std::ostream& out = std::cout, std::ostream& error_out = std::cerr) const {
         out << output;
         for (const std::string& error : errors)
@@ -180,11 +181,11 @@ struct option_result {
     }
 };
 
-/// How `options::save` ended.
+/// The result of `options::save`.
 struct option_status {
     std::string message;  ///< Why the file was not replaced; empty for success.
 
-    /// Whether the file has the settings now. Never fails.
+    /// Whether the file was saved. Never fails.
     explicit operator bool() const { return message.empty(); }
 };
 
@@ -202,13 +203,13 @@ public:
         m_record->short_name = letter;
         return *this;
     }
-    /// The name after `--`; by default that is the key. The key itself works as well.
+    /// The name after `--`, by default the key. The key always works as well.
     option& long_name(const std::string& words) {
         m_record->long_name = _private::lower_case(words);
         return *this;
     }
-    /// The environment variable of that name, taken as it is. An empty variable counts as unset. A
-    /// list has commas between its elements.
+    /// The environment variable that sets the option. Its value is used unchanged. An empty
+    /// variable counts as unset. The elements of a list are separated by commas.
     option& environment(const std::string& variable) {
         m_record->variable = variable;
         return *this;
@@ -230,7 +231,7 @@ public:
         });
         return *this;
     }
-    /// The only values, as text.
+    /// The allowed values, as text.
     option& choices(const std::vector<std::string>& allowed) {
         std::string all;
         for (const std::string& one : allowed)
@@ -243,7 +244,7 @@ public:
         });
         return *this;
     }
-    /// A source must set the option; the default does not count.
+    /// Makes the option mandatory: a source must set it, and the default does not count.
     option& required() {
         m_record->is_required = true;
         return *this;
@@ -259,17 +260,17 @@ private:
 /// The options of a program.
 ///
 /// Keys are those of the library's configuration: names with dots between them, such as
-/// "server.port". In a file that is the entry `port` of the section `[server]`.
+/// "server.port". In a file, this is the entry `port` in the section `[server]`.
 ///
-/// The command line takes `--server.port=80`, `--server.port 80`, `-p 80`, `-p80` and, as the
+/// The command line accepts `--server.port=80`, `--server.port 80`, `-p 80`, `-p80` and, as the
 /// library does, `-server.port=80` and `-server.port:80`. `-ab` is `-a -b` if `a` is a flag, a
-/// `bool` that is false by default; `--no-name` turns one off. A value in an argument of its own
-/// may begin with `/`, but with `-` only if it is a number. An option that is given twice has the
-/// last value, and a list has all of them. Every other argument, and each one after `--`, is left
-/// to `arguments`.
+/// `bool` that is false by default; `--no-name` turns one off. A value in a separate argument may
+/// begin with `/`, but with `-` only if it is a number. If an option is given twice, the last value
+/// counts, but a list gets all values. `arguments` returns every other argument, and everything
+/// after `--`.
 ///
-/// A wrong declaration, a `get` of another type and an undeclared key are programming errors and
-/// raise `std::logic_error`.
+/// An invalid declaration, a `get` with another type and an undeclared key are programming errors
+/// and raise `std::logic_error`.
 class options {
 public:
     /// The program's name, its version and one sentence for the help. Declares `--help`, `-h` and
@@ -289,7 +290,8 @@ public:
 
     /// Declares an option. `Value` is `bool`, an integer or floating-point type, `std::string`, or
     /// a `std::vector` of one of them. The key consists of lower-case letters, digits, `_` and `-`,
-    /// with dots between names that begin with a letter; no key may continue another one.
+    /// with dots between names that begin with a letter. No key may be another key with a dot and
+    /// more names.
     template <typename Value>
     option<Value> add(const std::string& key, const Value& otherwise, const std::string& help) {
         return declare(key, otherwise, help, false);
@@ -304,13 +306,13 @@ public:
         return declare(key, false, help, false);
     }
 
-    /// Reads a settings file of that name, if it exists. Declares the key `cfg_file`, as in the
-    /// library, which names another file; that one must exist.
+    /// Reads the settings file `path` if it exists. Also declares the library's key `cfg_file`,
+    /// which names another file; that file must exist.
     option<std::string> settings_file(const std::string& path) {
         m_has_file = true;
         return declare("cfg_file", path, "settings file", true).value_name("FILE");
     }
-    /// Accepts any key in that section of the file, for other readers of the file.
+    /// Accepts any key in the section `name` of the file, for other readers of the file.
     void foreign_section(const std::string& name) { m_foreign.push_back(name + '.'); }
 
     /// Allows arguments that are not options, and names them in the help: "FILE...". Without this
@@ -323,10 +325,9 @@ public:
     }
     /// @}
 
-    /// Reads all sources. Values that a stronger source overrides are checked as well. The arrays
-    /// are read during the call only; `environment` may be null.
-    ///
-    /// After an error the options have the values that could be read. A second call starts anew.
+    /// Reads all sources. It also checks values that a stronger source overrides. The arrays are
+    /// read only during the call; `environment` may be null.
+    /// After an error the options have the values that could be read. A second call starts over.
     option_result load(int count, const char* const* words,
                        const char* const* environment = ::environ) {
         forget();
@@ -348,7 +349,7 @@ public:
         return result;
     }
 
-    /// The help, as `--help` shows it, in lines of at most 80 bytes where words allow it.
+    /// The help text of `--help`, in lines of at most 80 bytes unless a word is longer.
     std::string help() const {
         std::string text = "usage: " + m_program + " [OPTIONS]" +
                            (m_arguments_shown.empty() ? "" : ' ' + m_arguments_shown) + '\n';
@@ -371,7 +372,7 @@ public:
     /// @name Values
     /// @{
 
-    /// The value of an option, which has the type that it was declared with.
+    /// The value of an option. `Value` is the type of its declaration.
     template <typename Value>
     Value get(const std::string& key) const {
         const _private::option_record& record = typed<Value>(key);
@@ -399,12 +400,12 @@ public:
     /// The arguments that are not options, in order.
     const std::vector<std::string>& arguments() const { return m_arguments; }
 
-    /// All values under their keys, for code that takes a manager of the library. Its sources are
+    /// All values under their keys, for code that expects a `config_manager`. Its sources are
     /// "program", "command line", "standard file", "enviroment" and "default". Values are strings.
     /// Every `load` replaces the sources.
     config::config_manager& manager() { return m_manager; }
 
-    /// Gives an option a value that wins over all sources and that `save` stores. Raises
+    /// Sets the value of an option. It wins over all sources, and `save` stores it. Raises
     /// `std::invalid_argument` for a value that is out of its range or not among its choices.
     template <typename Value>
     void set(const std::string& key, const Value& value) {
@@ -422,12 +423,12 @@ public:
     }
     void set(const std::string& key, const char* value) { set(key, std::string(value)); }
 
-    /// Stores what was `set` in the settings file and leaves everything else in it as it is:
-    /// comments, order, other keys. The file is replaced atomically, as data files are, or created.
+    /// Stores the values that were `set` in the settings file and keeps everything else in it:
+    /// comments, order, other keys. The file is created, or replaced atomically, as data files are.
     ///
-    /// The file is kept, and the message says why, if it could not be loaded or had an error, if it
-    /// was changed since, if it cannot hold a value (an empty one or one with a double quote), and
-    /// if it would not read back as what was set.
+    /// The file stays unchanged, and the message says why, if it could not be loaded or had an
+    /// error, if it was changed since then, if it cannot hold a value (an empty one or one with a
+    /// double quote), or if the new file would not read back with the values that were set.
     option_status save() {
         if (!m_has_file || m_path.empty())
             return {"there is no settings file"};
@@ -541,7 +542,8 @@ private:
     template <typename Value>
     record_type& typed(const std::string& key) const {
         record_type& record = known(key);
-        // By name: some compilers compare addresses, and each module has its own for some types.
+        // Compare names: some compilers compare addresses, and for some types each module has its
+        // own.
         if (std::strcmp(record.type->name(), typeid(Value).name()) != 0)
             throw std::logic_error("the option is declared with another type: " + key);
         return record;
@@ -604,7 +606,7 @@ private:
         fail(place, what);
     }
 
-    // Stores what a source has for an option if it is valid, and reports it otherwise.
+    // Stores the value that a source has for an option if it is valid; otherwise reports an error.
     void store(record_type& record, record_type::source_type source, const std::string& place,
                const std::vector<std::string>& texts) {
         const std::string problem = record.problem(texts);
@@ -738,7 +740,7 @@ private:
             else
                 fail("command line", "an argument is missing: " + m_arguments_shown);
         }
-        // The file comes last, since a variable may name it.
+        // The file comes last because a variable may name it.
         read_environment(environment);
         if (m_has_file)
             read_file();
@@ -801,7 +803,7 @@ private:
         m_file_state = m_errors->size() == errors ? file_state::loaded : file_state::failed;
     }
 
-    // The library reads no links, so it gets the path that a link leads to.
+    // The library reads no links, so pass it the path that the link leads to.
     static std::unique_ptr<config::file_item> loaded_file(const std::string& path) {
         std::unique_ptr<config::file_item> item(
             new config::file_item(strings::ustring8(_private::link_target(path))));
@@ -881,7 +883,7 @@ private:
 
     // --- Saving ------------------------------------------------------------------------------
 
-    // Changes the entry of an option. An empty value is none, if the default is empty, too.
+    // Changes the entry of an option. If the default is empty, an empty value removes the entry.
     std::string write(const record_type& record, _private::settings_text& text) const {
         std::vector<std::string> values = record.values[record_type::program].texts;
         const std::vector<std::string>& otherwise = record.values[record_type::otherwise].texts;
@@ -892,8 +894,8 @@ private:
         return text.set(record.key, values, record.is_list);
     }
 
-    // Loads the new file as the program will. Changed keys must have their values, and all others
-    // those of the file before.
+    // Loads the new file as the program will. Changed keys must have their new values, and all
+    // other keys the values of the old file.
     std::string reads_back(const std::string& path) const {
         const std::unique_ptr<config::file_item> after = loaded_file(path);
         std::map<std::string, std::string> before_values = plain_values(m_file.get());

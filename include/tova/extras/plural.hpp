@@ -1,5 +1,5 @@
 /// @file
-/// Plural forms of messages, by the rules of CLDR.
+/// Plural forms of messages by the rules of CLDR.
 ///
 ///     // <msg name="files.one">one file</msg>
 ///     // <msg name="files.other"><arg name="n" type="int"/> files</msg>
@@ -7,12 +7,13 @@
 ///     std::cout << files.as_string(tova::generic::varg_list(tova::generic::argument("n", count)));
 ///
 /// The forms of a message have the keys `key.zero`, `key.one`, `key.two`, `key.few`, `key.many` and
-/// `key.other`. Each language uses some of them and always `key.other`: English `one` and `other`,
-/// Polish `one`, `few`, `many` and `other`. `plural_rules` tells which, for cardinal numbers
-/// ("3 files") and ordinal ones ("3rd file").
+/// `key.other`. Each language uses some of them, always including `key.other`: English uses `one`
+/// and `other`, Polish `one`, `few`, `many` and `other`. `plural_rules` chooses the form for
+/// cardinal numbers ("3 files") and ordinal numbers ("3rd file").
 ///
-/// One text may need several translations. The convention for such contexts is `key@context`, for
-/// example "open@menu" and "open@door"; where one of them is missing, the plain key is used.
+/// One text may need several translations. By convention, the key for such a context is
+/// `key@context`, for example "open@menu" and "open@door". If one of them is missing, the plain key
+/// is used.
 ///
 /// The rules are constant data, and all functions are pure: threads may call them at the same time
 /// and share catalogs as `i18n::message_catalogs` allows.
@@ -36,13 +37,13 @@
 namespace TOVA_2_18 {
 namespace extras {
 
-/// What a number says: how many there are, or which one of a sequence it is.
+/// The meaning of a number: how many there are, or the position in a sequence.
 enum class plural_type {
     cardinal,  ///< "3 files".
     ordinal    ///< "The 3rd file".
 };
 
-/// The name of a category as keys spell it: "few". Never fails.
+/// The name of a category, as it appears in keys: "few". Never fails.
 inline const char* name(plural_category category) {
     switch (category) {
     case plural_category::zero:
@@ -61,8 +62,8 @@ inline const char* name(plural_category category) {
     return "other";
 }
 
-/// A number as it is shown, since the rules ask for visible digits: English has "1 meter", but
-/// "1.0 meters". The sign does not matter.
+/// A number as it is displayed, because the rules depend on the visible digits: English has "1
+/// meter", but "1.0 meters". The sign does not matter.
 class plural_number {
 public:
     /// Zero.
@@ -72,13 +73,13 @@ public:
     template <typename Integer,
               typename = typename std::enable_if<std::is_integral<Integer>::value>::type>
     plural_number(Integer value) {
-        // Converted first: the smallest number has no positive counterpart among signed ones.
+        // Convert before negating: the smallest signed number has no positive counterpart.
         const unsigned long size = static_cast<unsigned long>(value);
         m_operands.i = clip(value < Integer() ? 0 - size : size);
     }
 
-    /// A number that is shown with as many digits as it needs: 1.0 as "1", 0.1 as "0.1". Infinity
-    /// and NaN are `other` in every language.
+    /// A number that is displayed with only as many digits as it needs: 1.0 as "1", 0.1 as "0.1".
+    /// Infinities and NaNs are `other` in every language.
     plural_number(double value) {
         if (!std::isfinite(value)) {
             m_is_finite = false;
@@ -99,8 +100,8 @@ public:
         set(digits, std::atol(at + 1) + 1, true);
     }
 
-    /// A number that is shown with exactly so many fraction digits: `fixed(1, 2)` is "1.00". As
-    /// messages show an argument of that precision.
+    /// A number that is displayed with a fixed number of fraction digits: `fixed(1, 2)` is "1.00".
+    /// Messages show an argument with that `precision` in the same way.
     static plural_number fixed(double value, unsigned fraction_digits) {
         plural_number result;
         result.m_is_finite = std::isfinite(value);
@@ -118,9 +119,9 @@ public:
         return result;
     }
 
-    /// A number from the string that is shown: digits with an optional sign and a point, and an
-    /// exponent of the compact form ("1.2c6" for "1.2 million"; `e` is the same). Returns the error
-    /// and its position for anything else.
+    /// Parses the string that is displayed: digits with an optional sign and point, and an exponent
+    /// of the compact form ("1.2c6" for "1.2 million"; `e` means the same). For any other string,
+    /// returns the error and its position.
     static checked<plural_number> from_string(const std::string& text) {
         std::size_t at = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
         const std::size_t begin = at;
@@ -164,8 +165,8 @@ public:
 
     /// @name Operands
     ///
-    /// The operands of CLDR. The whole part i and the fractions f and t keep their last 18 digits
-    /// if they are longer, which no rule can tell from the number itself. Never fail.
+    /// The operands of CLDR. If the whole part i or the fractions f and t have more than 18 digits,
+    /// only the last 18 are kept; this makes no difference to any rule. Never fail.
     /// @{
     unsigned long i() const { return m_operands.i; }  ///< The whole part.
     unsigned long v() const { return m_operands.v; }  ///< The number of visible fraction digits.
@@ -175,14 +176,14 @@ public:
     unsigned long c() const { return m_operands.c; }  ///< The compact exponent: 6 in 1.2c6.
     /// @}
 
-    /// Whether it is a number, neither infinite nor NaN. Never fails.
+    /// Whether the number is neither infinite nor NaN. Never fails.
     bool is_finite() const { return m_is_finite; }
 
 private:
     friend class plural_rules;
 
-    // Every rule divides by at most 10^6 or compares with less than that, so the last 18 digits and
-    // whether there are more decide.
+    // Every rule divides by at most 10^6 or compares with a smaller number. So the result depends
+    // only on the last 18 digits and on whether there are more.
     static unsigned long clip(unsigned long value) {
         const unsigned long limit = 1000000000000000000;
         return value < limit ? value : value % limit + limit;
@@ -194,7 +195,8 @@ private:
         return value;
     }
 
-    // The digits, the first `point` of which are the whole part; it may lie outside of them.
+    // Sets the digits. The first `point` of them are the whole part; `point` may be outside their
+    // range.
     void set(std::string digits, long point, bool drops_zeros) {
         if (point < 0) {
             digits.insert(0, static_cast<std::size_t>(-point), '0');
@@ -221,12 +223,13 @@ private:
 
 /// The plural rules of a language.
 ///
-/// A locale is "pl", "pt_PT" or "zh-Hant-TW" in any capitals; what follows a `@` does not count. If
-/// CLDR has no rules for it, those of its parent hold: `pt_AO` has those of `pt_PT`, others those
-/// of the locale without its last part. A language without rules has one form, `other`.
+/// A locale is "pl", "pt_PT" or "zh-Hant-TW" in any letter case; anything after a `@` is ignored.
+/// If CLDR has no rules for it, the rules of its parent apply: `pt_AO` has those of `pt_PT`, and
+/// most others those of the locale without its last part. A language without rules has one form,
+/// `other`.
 class plural_rules {
 public:
-    /// The rules of a locale. Never fails for its value.
+    /// The rules of a locale. Every string is accepted.
     explicit plural_rules(const strings::ustring8& locale, plural_type type = plural_type::cardinal)
         : m_locale("root"), m_rule(_private::cardinal_0) {
         std::size_t count = 0;
@@ -252,7 +255,7 @@ public:
     const char* locale() const { return m_locale; }
 
 private:
-    // "ZH-hant_tw" as "zh_Hant_TW". A "." separates as well, as it does for catalogs.
+    // Returns "zh_Hant_TW" for "ZH-hant_tw". A "." is a separator, too, as in catalogs.
     static std::string canonical(const std::string& locale) {
         std::string result = locale.substr(0, locale.find('@'));
         std::size_t begin = 0;
@@ -288,7 +291,7 @@ private:
     plural_category (*m_rule)(const _private::operands&);
 };
 
-/// The category of a number in a language. `plural_rules` is faster for many numbers.
+/// The category of a number in a language. For many numbers, `plural_rules` is faster.
 inline plural_category plural(const strings::ustring8& locale, const plural_number& number,
                               plural_type type = plural_type::cardinal) {
     return plural_rules(locale, type).category(number);
@@ -302,7 +305,7 @@ inline strings::ustring8 in_context(const strings::ustring8& key,
 
 namespace _private {
 
-// "files@trash" as "files", and everything else as the empty string.
+// Returns "files" for "files@trash", and an empty string for a key without a context.
 inline std::string without_context(const std::string& key) {
     const std::size_t at = key.rfind('@');
     return at == std::string::npos ? std::string() : key.substr(0, at);
@@ -315,8 +318,9 @@ inline std::string language_of(const i18n::message_t& message) {
 
 }  // namespace _private
 
-/// The message of a key that may have a context: that of "open@menu", or of "open" if there is
-/// none. The nil message if both are missing. The reference is valid as that of a lookup is.
+/// Returns the message of a key that may have a context: that of "open@menu", or of "open" if there
+/// is none. Returns the nil message if both are missing. The reference is valid as long as that of
+/// a lookup.
 inline const i18n::message_t& context_message(const i18n::message_catalogs& catalogs,
                                               const strings::ustring8& catalog,
                                               const strings::ustring8& key) {
@@ -326,18 +330,18 @@ inline const i18n::message_t& context_message(const i18n::message_catalogs& cata
                : context_message(catalogs, catalog, plain);
 }
 
-/// The form of a message for a number: `key.few` if the language of the message says so.
+/// Returns the form of a message for a number, for example `key.few`.
 ///
-/// The language is that of `key.other`, or of `key` if there is no such form: where a translation
-/// is missing, the message that takes its place follows its own rules. The result is the first of
-/// these that is in the catalog:
+/// The rules are those of the language of `key.other`, or of `key` if there is no `key.other`. So
+/// the message that replaces a missing translation follows the rules of its own language. The
+/// result is the first of these that the catalog contains:
 ///
 /// 1. the form of the number's category, if it is in that same language;
 /// 2. `key.other`;
 /// 3. `key`;
 /// 4. the same three for the key without its context, "files" for "files@trash".
-///
-/// The nil message if there is none of them. The reference is valid as that of a lookup is.
+/// Returns the nil message if there is none of them. The reference is valid as long as that of a
+/// lookup.
 inline const i18n::message_t& plural_message(const i18n::message_catalogs& catalogs,
                                              const strings::ustring8& catalog,
                                              const strings::ustring8& key,

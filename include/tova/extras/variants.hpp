@@ -33,7 +33,7 @@ namespace extras {
 /// Whether the variant holds exactly a `T`, one of the eighteen types (`types::nil_t` for nil).
 template <typename T>
 bool holds(const types::variant& value) {
-    // By name: some compilers compare addresses in C++23, and each module has its own for a
+    // Compare names: some compilers compare addresses in C++23, and each module has its own for a
     // standard type.
     return std::strcmp(value.type().name(), typeid(T).name()) == 0;
 }

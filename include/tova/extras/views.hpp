@@ -3,7 +3,7 @@
 ///
 ///     const tova::strings::ustring8 name = tova::extras::to_ustring8(u8"Zoë");
 ///     const std::u16string wide = tova::extras::to_u16string(name);
-///     takes_view(tova::extras::view(name));  // as C++17, a std::string_view
+///     takes_view(tova::extras::view(name));  // in C++17, a std::string_view
 ///
 /// Between types of one encoding the units are copied, whatever they hold. Between encodings the
 /// input is checked: invalid input raises `std::invalid_argument` with its position, where the

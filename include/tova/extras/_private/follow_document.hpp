@@ -1,21 +1,23 @@
 /// @file
-/// One followed document: bytes in, events out. `follow.hpp` is the interface.
+/// Turns the bytes of one followed document into events. `follow.hpp` is the interface.
 ///
-/// `follow_document::feed` takes one construct after the other off the bytes, as far as they are
-/// complete (`step`), and writes each in the form that the stream parser reads without loss:
+/// `follow_document::feed` consumes the complete constructs in the bytes one by one (`step`), and
+/// writes each in the form that the stream parser reads without loss:
 ///
 /// - comments and instructions are left out, since the parser loses the byte after a comment;
-/// - each text becomes an element "_t", so that it may be anywhere and there may be several;
+/// - each text becomes an element "_t", so an element may contain texts anywhere, and several of
+///   them;
 /// - references become characters and are written as the entities that the parser reads;
-/// - empty elements get an end tag, and names are encoded, since the parser knows no ":", "-", ".".
+/// - empty elements get an end tag, and names are encoded, since the parser rejects ":", "-" and
+///   "." in names.
 ///
-/// `deliver` appends a batch of that to a temporary file, which the parser follows. A batch fits
-/// into the parser's buffer, so it is always read to its end, and the parser never has to resume
-/// within a construct. It checks the nesting and the attributes, and reports each element inside
-/// the root, with all that is in it, when it closes; `take` turns its nodes into events.
+/// `deliver` appends a batch of this output to a temporary file, which the parser follows. A batch
+/// fits into the parser's buffer, so the parser always reads it to its end and never has to resume
+/// inside a construct. The parser checks the nesting and the attributes. It reports each child of
+/// the root, with all of its content, when it closes; `take` turns its nodes into events.
 ///
-/// Each decision depends on the bytes before it alone and never on how many more are there. That
-/// makes the events independent of where a file is cut and continued.
+/// Each decision depends only on the bytes before it, never on how many bytes follow. So the events
+/// do not depend on how the writer splits its output.
 ///
 /// An object belongs to one thread at a time.
 #pragma once
@@ -74,7 +76,7 @@ class follow_spool {
 public:
     follow_spool() : m_path(pattern()), m_file(::mkstemp(&m_path[0]), m_path) {
         try {
-            // The parser wants a declaration, and at least 50 bytes.
+            // The parser requires a declaration and at least 50 bytes.
             append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>" + std::string(20, ' '));
         } catch (...) {
             ::unlink(m_path.c_str());
@@ -126,8 +128,8 @@ inline bool is_name_byte(char c) {
            c == ':' || c == '-' || c == '.' || static_cast<unsigned char>(c) >= 0x80;
 }
 
-// A name in the bytes that the parser takes. It treats "include" as a case of its own. No name
-// becomes "_t".
+// Encodes a name in the bytes that the parser accepts. The parser treats "include" specially. No
+// name becomes "_t".
 inline std::string encode_name(const std::string& name) {
     if (name == "include")
         return "_include";
@@ -153,8 +155,8 @@ inline strings::ustring8 decode_name(const std::string& name) {
     return result;
 }
 
-// A text or value as the parser reads it back. At the beginning of a text it would drop whitespace
-// and refuse a `>`.
+// Encodes a text or value so that the parser reads it back unchanged. At the beginning of a text
+// the parser would drop whitespace and reject a `>`.
 inline std::string encode_text(const std::string& text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -195,7 +197,7 @@ inline void append_utf8(std::string& text, unsigned long code) {
     put(0x80 | (code & 0x3F));
 }
 
-// Appends what the reference `&body;` means. Returns false if it means nothing.
+// Appends the text that the reference `&body;` means. Returns false if it is not a valid reference.
 inline bool append_reference(std::string& text, const std::string& body) {
     static const struct {
         const char* name;
@@ -222,15 +224,15 @@ inline bool append_reference(std::string& text, const std::string& body) {
 
 class follow_document {
 public:
-    // Events are appended to `events`. `resume_at` are the names of elements that an error is
-    // skipped up to.
+    // Events are appended to `events`. After an error, input is skipped up to an element named in
+    // `resume_at`.
     follow_document(const std::vector<strings::ustring8>& resume_at,
                     std::deque<follow_event>& events)
         : m_resume_at(resume_at), m_events(&events) {
         new_parser();
     }
 
-    // Takes bytes that were added to the file.
+    // Processes bytes that were added to the file.
     void feed(const char* bytes, std::size_t count) {
         if (m_has_failed)
             return;
@@ -239,7 +241,7 @@ public:
             const outcome found = step();
             if (found == outcome::taken && m_batch.size() < batch_bytes())
                 continue;
-            // An error of the parser comes first, because its construct does.
+            // An error that the parser finds comes first, because its construct comes first.
             const bool is_fine = deliver();
             if (is_fine && found == outcome::failed) {
                 fail(m_error, m_line, !m_has_ended);
@@ -254,7 +256,7 @@ public:
         m_marks.clear();
     }
 
-    // The file ends here. An open root is no error: logs are rotated before it closes.
+    // Ends the file. An open root is not an error, because logs are rotated before it closes.
     void finish() {
         const bool is_complete =
             m_depth <= 1 && m_data.empty() && m_section == nullptr && !m_has_text;
@@ -282,7 +284,9 @@ private:
     // Together less than the 65536 bytes of the parser's buffer.
     static constexpr std::size_t batch_bytes() { return 30000; }
     static constexpr std::size_t tag_bytes() { return 30000; }
-    static constexpr std::size_t text_bytes() { return 4000; }  // up to six times that if encoded
+    static constexpr std::size_t text_bytes() {
+        return 4000;
+    }  // up to six times as much when encoded
     static constexpr std::size_t declaration_bytes() { return 1000; }
     static constexpr std::size_t reference_bytes() { return 12; }
 
@@ -300,7 +304,7 @@ private:
         m_at += count;
     }
 
-    // Whether the bytes at the current place are `word`: `incomplete` if they end within it.
+    // Whether the bytes at the current position are `word`. `incomplete` if they end inside it.
     outcome matches(const char* word) const {
         const std::size_t length = std::strlen(word);
         const std::size_t count = std::min(length, m_data.size() - m_at);
@@ -309,7 +313,7 @@ private:
         return count == length ? outcome::taken : outcome::incomplete;
     }
 
-    // Takes the next construct, or a part of it that is safe to take.
+    // Consumes the next construct, or a part of it that can be consumed safely.
     outcome step() {
         if (m_is_skipping)
             return skip();
@@ -383,7 +387,7 @@ private:
         return m_data[m_at + 1] == '!' ? declaration() : text_or_tag();
     }
 
-    // A comment, a CDATA section or the document type, which may only be before the root.
+    // A comment, a CDATA section or the document type, which is allowed only before the root.
     outcome declaration() {
         const outcome comment = matches("<!--");
         const outcome data = matches("<![CDATA[");
@@ -407,7 +411,7 @@ private:
                                                     : document_type();
     }
 
-    // Ends at the `>` that is outside of its quotes, comments and inner declarations.
+    // Ends at the first `>` outside of quotes, comments and inner declarations.
     outcome document_type() {
         unsigned depth = 0;
         char quote = '\0';
@@ -431,12 +435,12 @@ private:
         return need_more(limit);
     }
 
-    // What a tag is that does not end before `limit`.
+    // Returns the outcome for a tag that does not end before `limit`.
     outcome need_more(std::size_t limit) {
         return limit - m_at > tag_bytes() ? fails(follow_error::too_long) : outcome::incomplete;
     }
 
-    // The rest of a comment, an instruction or a CDATA section, or what is there of it.
+    // Consumes the rest of a comment, an instruction or a CDATA section, as far as it is there.
     outcome section() {
         const std::size_t length = std::strlen(m_section);
         const std::size_t found = m_data.find(m_section, m_at);
@@ -466,7 +470,8 @@ private:
             m_text_line = m_line;
     }
 
-    // A reference, or text up to the next reference or tag. It is collected until a tag follows.
+    // Consumes a reference, or text up to the next reference or tag. The text is collected until a
+    // tag follows.
     outcome characters() {
         if (m_depth == 0) {
             if (!is_space(m_data[m_at]))
@@ -493,7 +498,7 @@ private:
         return outcome::taken;
     }
 
-    // Appends what the reference at `at` means, and moves `at` past it.
+    // Appends the text that the reference at `at` means, and moves `at` past it.
     outcome reference(std::size_t& at, std::size_t limit, std::string& text) {
         std::size_t end = at + 1;
         while (end < limit && end - at <= reference_bytes() &&
@@ -509,7 +514,7 @@ private:
         return outcome::taken;
     }
 
-    // The text before a tag, a piece at a time, and then the tag.
+    // Writes the text before a tag, one piece at a time, and then the tag.
     outcome text_or_tag() {
         if (m_has_ended)
             return fails(follow_error::data_after_root);
@@ -531,8 +536,8 @@ private:
         m_has_text = false;
     }
 
-    // Tags are read from their beginning each time, up to `limit`: where the data end, or where the
-    // tag is too long.
+    // A tag is read from its beginning each time, up to this limit: the end of the data, or the
+    // point at which the tag is too long.
     std::size_t tag_limit() const { return std::min(m_data.size(), m_at + tag_bytes() + 1); }
 
     std::string read_name(std::size_t& at, std::size_t limit) const {
@@ -617,7 +622,7 @@ private:
         }
     }
 
-    // What follows the name of an attribute.
+    // Reads the `=` and the value after the name of an attribute.
     outcome attribute_value(std::size_t& at, std::size_t limit, std::string& value) {
         skip_spaces(at, limit);
         if (at < limit && m_data[at] != '=')
@@ -643,7 +648,7 @@ private:
         return at++ < limit ? outcome::taken : outcome::incomplete;
     }
 
-    // Adds a tag that ends before `end` to the batch. The depth is the one after it.
+    // Adds a tag that ends before `end` to the batch. `m_depth` is already the depth after the tag.
     void write(const std::string& tag, std::size_t end) {
         const unsigned first_line = m_line;
         m_batch += tag;
@@ -657,7 +662,7 @@ private:
 
     // --- Errors ----------------------------------------------------------------------------------
 
-    // Reports an error. The document goes on after it if there are names to look for.
+    // Reports an error. If there are names to search for, the document continues after it.
     void fail(follow_error error, unsigned line, bool can_resume) {
         add_error(error, line);
         if (m_resume_at.empty() || !m_is_root_reported || !can_resume) {
@@ -665,7 +670,8 @@ private:
             m_at = m_data.size();
             return;
         }
-        // A new parser, with the root open again; what was open inside of it is abandoned.
+        // Start a new parser and open the root again. The elements that were open inside it are
+        // abandoned.
         new_parser();
         m_batch = "<" + encode_name(m_root) + ">";
         m_lines.assign(1, m_line);
@@ -676,7 +682,7 @@ private:
         m_is_skipping = true;
     }
 
-    // Passes over everything up to the start tag of one of the names, or the end tag of the root.
+    // Skips everything up to the start tag of one of the names, or the end tag of the root.
     outcome skip() {
         consume(std::min(m_data.find('<', m_at), m_data.size()) - m_at);
         const std::size_t limit = tag_limit();
@@ -751,7 +757,7 @@ private:
     // The parser stopped in the first tag that ends after the committed position.
     void fail_in_parser(parser::xml_stream_parser::error_type status) {
         const unsigned long offset = m_parser->parse_offset();
-        close_down_to(0);  // the nodes before it are complete
+        close_down_to(0);  // the nodes before the error are complete
         mark failed = {0, m_at, m_line, m_line};
         for (auto tag = m_marks.rbegin(); tag != m_marks.rend() && tag->spool_end > offset; ++tag)
             failed = *tag;
@@ -840,34 +846,35 @@ private:
     std::vector<strings::ustring8> m_resume_at;
     std::deque<follow_event>* m_events;
 
-    // The bytes of the file that are not taken yet, and the state of reading them.
+    // The bytes of the file that are not consumed yet, and the state of the reader.
     std::string m_data;
-    std::size_t m_at = 0;             // in m_data
-    unsigned m_line = 1;              // at m_at
-    const char* m_section = nullptr;  // what ends the comment, instruction or CDATA section
-    std::string m_text;               // before the next tag, references replaced
-    std::size_t m_text_at = 0;        // how much of it is written
-    unsigned m_text_line = 1;         // where it begins
-    bool m_has_text = false;          // whether it is more than whitespace between tags
-    unsigned m_depth = 0;             // open elements
-    std::string m_root;               // name of the root
-    unsigned m_end_line = 1;          // of the end tag of the root
-    bool m_is_at_start = true;        // a byte order mark may follow
-    bool m_has_begun = false;         // the declaration has been read
-    bool m_has_root = false;          // the start tag of the root has been read
-    bool m_has_ended = false;         // its end tag has been read
-    bool m_is_skipping = false;       // after an error
-    bool m_has_failed = false;        // no more events
+    std::size_t m_at = 0;  // in m_data
+    unsigned m_line = 1;   // at m_at
+    const char* m_section =
+        nullptr;                // the end mark of the current comment, instruction or CDATA section
+    std::string m_text;         // text before the next tag, references replaced
+    std::size_t m_text_at = 0;  // how many bytes of it are written
+    unsigned m_text_line = 1;   // the line in which it begins
+    bool m_has_text = false;    // whether it is more than whitespace between tags
+    unsigned m_depth = 0;       // open elements
+    std::string m_root;         // name of the root
+    unsigned m_end_line = 1;    // of the end tag of the root
+    bool m_is_at_start = true;  // a byte order mark may follow
+    bool m_has_begun = false;   // the declaration has been read
+    bool m_has_root = false;    // the start tag of the root has been read
+    bool m_has_ended = false;   // its end tag has been read
+    bool m_is_skipping = false;  // after an error
+    bool m_has_failed = false;   // no more events
     follow_error m_error = follow_error::none;
 
-    // What is written for the parser.
+    // The output for the parser.
     std::unique_ptr<follow_spool> m_spool;
     std::unique_ptr<parser::xml_stream_parser> m_parser;
     std::string m_batch;
     std::vector<mark> m_marks;     // tags that were written since m_data was last shortened
     std::deque<unsigned> m_lines;  // of the elements that the parser has not reported
 
-    // What the parser has reported.
+    // The state of the nodes that the parser has reported.
     bool m_is_root_reported = false;
     std::vector<open_element> m_open;  // inside the root, outermost first
     bool m_has_node_text = false;

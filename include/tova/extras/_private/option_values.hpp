@@ -1,5 +1,6 @@
 /// @file
-/// Values of options as text: what users may write, and what programs get.
+/// Converts the values of options between the text that users write and the types that programs
+/// use.
 ///
 ///     int port = 0;
 ///     const std::string problem = option_value<int>::read("80x", port);  // "\"80x\" is not a ..."
@@ -31,8 +32,8 @@ inline std::string lower_case(std::string text) {
     return text;
 }
 
-// `read` sets the value and returns an empty string, or says what is wrong with the text. `write`
-// returns a text that reads as the value. `kind` is the value's name in a help text.
+// `read` sets the value and returns an empty string, or returns the error in the text. `write`
+// returns a text that reads back as the value. `kind` is the name of the value in a help text.
 template <typename Value, typename Enable = void>
 struct option_value {
     static_assert(sizeof(Value) == 0,
@@ -54,8 +55,8 @@ struct option_value<bool> {
 
 template <typename Integer>
 struct option_value<Integer, typename std::enable_if<std::is_integral<Integer>::value>::type> {
-    // Decimal, or with a prefix as in the library's own conversions. A leading 0 would be octal
-    // there and decimal elsewhere, so it is refused.
+    // Accepts decimal numbers, and the prefixes of the library's own conversions. A leading 0 is
+    // rejected, because it means octal there and decimal elsewhere.
     static std::string read(const std::string& text, Integer& value) {
         const std::size_t sign =
             text.compare(0, 1, "-") == 0 || text.compare(0, 1, "+") == 0 ? 1 : 0;
@@ -106,7 +107,7 @@ struct option_value<std::string> {
     static const char* kind() { return "TEXT"; }
 };
 
-// One value or a list of them, as the texts of its elements.
+// One value or a list of values, as the texts of its elements.
 template <typename Value>
 struct option_type {
     typedef Value element;
@@ -142,7 +143,7 @@ struct option_type<std::vector<Value>> {
     }
 };
 
-// The number of changes from one name to the other: a byte more, less or different, or two
+// The number of edits that turn one name into the other: a byte added, removed or replaced, or two
 // neighbors swapped.
 inline std::size_t name_distance(const std::string& from, const std::string& to) {
     std::vector<std::size_t> before_last(to.size() + 1);
@@ -164,8 +165,8 @@ inline std::size_t name_distance(const std::string& from, const std::string& to)
     return last[to.size()];
 }
 
-// The name that was probably meant, or an empty string: the nearest one, within a third of its
-// length. Its last part alone, after a dot, counts as well.
+// Returns the name that was probably meant: the nearest one, at a distance of up to a third of its
+// length, or an empty string. The last part of a name, after a dot, is compared as well.
 inline std::string nearest_name(const std::string& name, const std::vector<std::string>& names) {
     std::string nearest;
     std::size_t smallest = std::max<std::size_t>(1, name.size() / 3) + 1;

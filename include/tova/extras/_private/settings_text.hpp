@@ -22,16 +22,17 @@ namespace TOVA_2_18 {
 namespace extras {
 namespace _private {
 
-// Finds entries with the tokens of the library, by the rules of docs/configuration.md. It need not
-// be right about every strange file: whoever stores the text loads it first and compares.
+// Finds entries with the library's tokens, by the rules of docs/configuration.md. It does not have
+// to handle every unusual file correctly, because the caller loads the text and compares the values
+// before it stores it.
 class settings_text {
 public:
     explicit settings_text(const strings::ustring8& text) : m_text(text), m_item("") { scan(); }
 
     const strings::ustring8& str() const { return m_text; }
 
-    /// Replaces the value of a key, or adds an entry. Without values, entries of the key are
-    /// removed. Returns an empty string, or why a file cannot hold the value.
+    /// Replaces the value of a key, or adds an entry. Without values, it removes the entries of the
+    /// key. Returns an empty string, or the reason why a file cannot hold the value.
     std::string set(const std::string& key, const std::vector<std::string>& values, bool is_list) {
         std::string written;
         for (const std::string& value : values) {
@@ -42,7 +43,7 @@ public:
                 return "a settings file cannot hold " + value;
             written += (written.empty() ? "" : ", ") + one;
         }
-        // The last entry counts. Earlier ones are removed as well: those of a list would add
+        // The last entry counts. Earlier entries are removed, because those of a list would add
         // elements.
         const entry* last = nullptr;
         for (const entry& one : m_entries)
@@ -75,7 +76,7 @@ private:
         std::size_t end;     // past the header or the last entry
     };
 
-    // Tokens that the reader drops outside of values, or everywhere.
+    // The tokens that the reader drops, either outside of values or everywhere.
     static bool is_space(config::config_token::tok_types type) {
         return type == config::config_token::T_SPACE || type == config::config_token::T_TABCHAR;
     }
@@ -148,7 +149,8 @@ private:
         return m_item.get_token(m_text, at, m_token);
     }
 
-    // The text of the tokens before one of a type, as the reader collects keys and headers.
+    // Returns the text of the tokens up to one of the given type. The reader collects keys and
+    // headers in the same way.
     std::string read_until(config::config_token::tok_types type,
                            config::config_token::tok_types stop) {
         std::string collected;
@@ -165,8 +167,8 @@ private:
         return lower_case(key);
     }
 
-    // Quotes keep spaces, commas and comment marks. Nothing keeps a double quote, and a backslash
-    // before the closing quote would hide that, so it follows the quotes.
+    // Quotes preserve spaces, commas and comment marks. Nothing preserves a double quote. A
+    // backslash at the end would escape the closing quote, so it follows the quotes.
     static bool write_value(const std::string& value, std::string& written) {
         const char plain[] =
             "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_.:-+%@";
@@ -183,7 +185,7 @@ private:
         return true;
     }
 
-    // Removes all entries of a key but the one that begins at `kept`, with their lines.
+    // Removes all entries of a key, with their lines, except the one that begins at `kept`.
     void remove(const std::string& key, std::size_t kept) {
         for (std::size_t i = m_entries.size(); i-- > 0;) {
             const entry& one = m_entries[i];
@@ -197,7 +199,7 @@ private:
         scan();
     }
 
-    // Adds an entry after the others of its section, or with its section at the end.
+    // Adds an entry after the others in its section. Adds a missing section at the end.
     void add(const std::string& key, const std::string& rest) {
         const std::size_t dot = key.rfind('.');
         const std::string prefix = dot == std::string::npos ? "" : key.substr(0, dot + 1);
@@ -219,7 +221,7 @@ private:
     }
 
     strings::ustring8 m_text;
-    config::file_item m_item;  // tokenizes; it reads no file
+    config::file_item m_item;  // splits text into tokens; reads no file
     config::config_token m_token;
     unsigned int m_at = 0;
     std::vector<entry> m_entries;

@@ -1,12 +1,11 @@
 /// @file
-/// Reads and replaces whole files for the add-ons, with a reason if that fails.
+/// Reads and replaces whole files for the add-ons, and says why an operation failed.
 ///
 ///     const file_status stored = store_atomically("state.dat", bytes);
 ///     if (!stored)
 ///         std::cerr << "state.dat: " << stored.message << '\n';
-///
-/// Threads share nothing here. If two store the same file at a time, one of the two contents is
-/// there afterwards, whole.
+/// Threads share nothing here. If two threads store the same file at the same time, the file has
+/// one of the two contents afterwards, complete.
 #pragma once
 
 #include <tova/abi.hpp>
@@ -26,7 +25,7 @@ namespace TOVA_2_18 {
 namespace extras {
 namespace _private {
 
-/// How an operation on a file ended: an empty message means success.
+/// The result of an operation on a file. An empty message means success.
 struct file_status {
     std::string message;  ///< What failed, and why: "cannot open: No such file or directory".
     int number;           ///< The `errno` of the failure, or 0.
@@ -62,7 +61,7 @@ private:
 };
 
 /// Reads a whole file into `bytes`, which is unchanged after a failure. Links are followed. Only
-/// regular files are read: a pipe or terminal could block.
+/// regular files are read, because a pipe or terminal could block.
 inline file_status read_whole(const std::string& path, std::string& bytes) {
     const file_descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (file.number() < 0)
@@ -90,8 +89,8 @@ inline file_status read_whole(const std::string& path, std::string& bytes) {
     return {std::string(), 0};
 }
 
-// The new file while it is written, beside the one that it replaces. Unless it was renamed, it is
-// removed at the end of the scope.
+// The new file, next to the one that it replaces. It is removed at the end of the scope unless it
+// was renamed.
 class file_beside {
 public:
     file_beside(const std::string& directory, mode_t mode) : m_file(create(directory, mode)) {}
@@ -105,7 +104,7 @@ public:
     const std::string& path() const { return m_path; }
     int number() const { return m_file.number(); }
 
-    // Returns false, with `errno`, if the bytes could not be written all the way to the disk.
+    // Returns false and sets `errno` if the bytes could not be written and synced to the disk.
     bool write(const std::string& bytes) {
         for (std::size_t done = 0; done < bytes.size();) {
             const ssize_t count =
@@ -143,7 +142,8 @@ private:
     bool m_is_renamed = false;
 };
 
-// Where a link leads, or the path itself. Empty, with `errno`, for a link that leads nowhere.
+// Returns the target of a link, or the path itself. For a broken link it returns an empty string
+// and sets `errno`.
 inline std::string link_target(const std::string& path) {
     struct stat status;
     if (::lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode))
@@ -163,13 +163,14 @@ inline bool sync_directory(const std::string& directory) {
     return file.number() >= 0 && (::fsync(file.number()) == 0 || errno == EINVAL);
 }
 
-/// Replaces a file, or creates it: at every moment, and after a crash, the path leads to the old
-/// content or to the new one.
+/// Replaces a file, or creates it: at any moment, and after a crash, the path leads to either the
+/// old or the new content.
 ///
 /// The bytes are written to a new file in the same directory and synced; `check(path_of_that_file)`
-/// may refuse it with a message; then it is renamed, and the directory is synced. Mode and, as far
-/// as the process may, owner and group of an existing file are kept; access control lists and
-/// further hard links are not. If the path is a link, the file that it leads to is replaced.
+/// may reject it with a message; then it is renamed, and the directory is synced. The mode of an
+/// existing file is kept, and so are its owner and group if the process has permission. Access
+/// control lists and other hard links are not kept. If the path is a link, the file that it leads
+/// to is replaced.
 template <typename Check>
 file_status store_atomically(const std::string& path, const std::string& bytes, Check check) {
     if (path.empty())
@@ -189,7 +190,7 @@ file_status store_atomically(const std::string& path, const std::string& bytes, 
     if (file.number() < 0)
         return file_failure("cannot create a file beside it", errno);
     if (exists) {
-        // Only root may give a file away; for others the new file is theirs.
+        // Only root may change the owner; for other users the new file is their own.
         const bool is_given = ::fchown(file.number(), existing.st_uid, existing.st_gid) == 0;
         const mode_t permissions = is_given ? 07777 : 0777;
         if (::fchmod(file.number(), existing.st_mode & permissions) != 0)
