@@ -3,8 +3,8 @@
 // load: a file in five languages, of which the wanted one is kept with its fallbacks. The XML
 // libraries parse the same file and keep no messages, but for pugixml_map, which puts those of the
 // wanted language and of English into a map of strings. The floor reads the file and copies the
-// loaded catalog. plain walks a list of tokens and makes every message at once. lookup: every
-// message once, in another order than that of the file.
+// loaded catalog. plain walks a list of tokens and builds every message immediately. lookup: every
+// message once, in a different order from the file.
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 #include <tova/i18n/message_catalogs.hpp>
 #include <tova/parser/xml_token_stream.hpp>

@@ -2,8 +2,8 @@
 //
 // clean: every character has a place in the page. unmappable: one character in fifty has none, and
 // is replaced. A cell converts for all pages in turn; encode_page and decode_page are the same work
-// for one page. The peer is iconv, called in a loop that replaces what iconv refuses. Our plain
-// form does the same with a string that grows, so it has no column where that takes seconds.
+// for one page. The peer is iconv, called in a loop that replaces whatever iconv rejects. Our plain
+// form does the same with a growing string. Cells in which that takes seconds have no plain column.
 #include <tova/strings/code_page.hpp>
 
 #include "../tests/strings/code_page_oracle.hpp"

@@ -115,8 +115,8 @@ void load_tova(benchmark::State& state) {
 }
 BENCHMARK(load_tova)->Name("load/10000_entries/tova");
 
-// Ours without fast paths: a copied string for each token, and a walk from the root for each entry.
-// The file has no comments, quotes and arrays.
+// Our code without its fast paths: it copies a string for each token and walks from the root for
+// each entry. The file has no comments, quotes or arrays.
 struct plain_item : tova::config::base_config_item {
     plain_item* clone() const override { return new plain_item(*this); }
     void read(const ustring8& text) {

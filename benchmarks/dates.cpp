@@ -80,8 +80,8 @@ fields today() {
 
 }  // namespace tova_dates
 
-// Ours with a chain of divisions. Dates are made by our class, and taken apart with as many calls
-// as it takes.
+// Our code with a chain of divisions. It makes dates with our class, and reads them with as many
+// calls as our class needs.
 namespace plain_dates {
 
 using bench_support::called;

@@ -75,7 +75,7 @@ void add_delegates() {
     cell copy("delegate/copy", [] { return ours(held); });
     copy.add(
         "std_function", [] { return std::function<signature>(standard); }, ignored);
-    // What the interface promises a copy to be, through the base that all function objects share.
+    // A copy as the interface defines it, through the common base class of all function objects.
     static const member_function_t<counter, signature> function(&target, &counter::add);
     const tova::generic::abilities::clone_ability* const base = &function;
     copy.add(

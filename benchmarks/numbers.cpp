@@ -225,7 +225,7 @@ void add_print_floor(const std::string& operation, const std::vector<Input>& inp
     }
 }
 
-// Ours without the fast path: any radix, from the last digit to the first.
+// Our code without its fast path: any radix, from the last digit to the first.
 __attribute__((noipa)) void plain_print(long number, char* buffer, unsigned radix) {
     unsigned long magnitude = static_cast<unsigned long>(number);
     if (number < 0) {
@@ -250,7 +250,7 @@ void parse_integers(const char* name, const std::vector<ustring8>& texts, int ra
     round_of(operation, "tova", texts, ours);
     add_parse_floor(operation, texts, ours);
     if (radix == 10) {
-        // A space in front leads to the parser for all radices, which reads digit by digit.
+        // A leading space selects the parser for all radices, which reads digit by digit.
         std::vector<ustring8> spaced;
         for (const ustring8& text : texts)
             spaced.push_back(ustring8(" " + text));

@@ -104,7 +104,8 @@ void tova_nodes(benchmark::State& state, const document& source) {
     finish(state, source, reported);
 }
 
-// The model that the tests compare the parser with: a byte at a time, and the file in memory.
+// The model with which the tests compare the parser: it reads one byte at a time from a file in
+// memory.
 void plain_nodes(benchmark::State& state, const document& source) {
     counts reported;
     for (auto _ : state) {

@@ -130,7 +130,7 @@ int to_int(const std::string& text) {
     return value;
 }
 
-// Ours without fast paths: digit by digit, and a stream.
+// Our code without its fast paths: it parses digit by digit and writes to a stream.
 __attribute__((noinline)) int plain_int(const std::string& text) {
     const bool negative = !text.empty() && text[0] == '-';
     long value = 0;

@@ -173,8 +173,8 @@ void floor_tokens(benchmark::State& state, const document& source) {
     finish(state, source, reported);
 }
 
-// Our own code without its fast paths: the operations of the parser for single constructs, which go
-// byte by byte. The document has nothing but elements, attributes, text and references.
+// Our code without its fast paths: the parser's operations for single constructs, which work byte
+// by byte. The document has only elements, attributes, text and references.
 void plain_events(benchmark::State& state, const document& source) {
     tova_counter reported;
     for (auto _ : state) {
@@ -458,8 +458,8 @@ void rapidxml_events(benchmark::State& state, const document& source) {
 
 using token_list = std::list<std::pair<rapidxml::node_type, std::string>>;
 
-// The same list that ours makes, but for the whitespace between elements. Types that the tree has
-// no other use for mark attributes and the ends of tags.
+// The same list as ours, except for the whitespace between elements. Types that the tree does not
+// otherwise use mark attributes and the ends of tags.
 void list(const rapidxml::xml_node<>* parent, token_list& tokens) {
     for (const auto* node = parent->first_node(); node != nullptr; node = node->next_sibling()) {
         if (node->type() == rapidxml::node_data) {

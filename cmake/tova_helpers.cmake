@@ -12,9 +12,9 @@ function(tova_sources)
 endfunction()
 
 # tova_fills_strings(a.cpp ...): sources of the shared object that fill strings without clearing them
-# first, which `std::string` offers from C++23 on. Other compilers build them as C++14 and clear.
-# clang before 15 takes `if consteval` in the standard library for true at run time, so each
-# `replace` in the whole library would copy its string byte by byte.
+# first, which `std::string` supports since C++23. Other compilers build them as C++14 and clear the
+# strings. Before version 15, clang treats `if consteval` in the standard library as true at run time, so
+# each `replace` in the library would copy its string byte by byte.
 function(tova_fills_strings)
   include(CheckCXXSourceCompiles)
   set(CMAKE_REQUIRED_FLAGS -std=c++2b)
@@ -62,7 +62,7 @@ function(tova_add_benchmark name)
 endfunction()
 
 # tova_add_fuzzer(fuzz_NAME NAME.cpp): one libFuzzer program. Its seeds are in fuzz/seeds/NAME and its
-# dictionary, if it has one, is fuzz/NAME.dict. TOVA_FUZZ_SUPPORT are the sources that all of them have.
+# dictionary, if it has one, is fuzz/NAME.dict. TOVA_FUZZ_SUPPORT lists the sources that all of them share.
 function(tova_add_fuzzer name)
   add_executable(${name} ${ARGN} ${TOVA_FUZZ_SUPPORT})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src)
@@ -72,10 +72,10 @@ function(tova_add_fuzzer name)
   target_link_libraries(${name} PRIVATE tova::tova)
 endfunction()
 
-# tova_add_form_library(NAME [FORM]): a copy of the shared object from the same objects, with the
-# switch of src/detail/kernel_form.hpp. It uses the named form of the kernels from the start. Its
-# file has the name of the library and is in a directory of its own, forms/FORM, so that a program
-# that is linked to the library loads it if LD_LIBRARY_PATH names that directory.
+# tova_add_form_library(NAME [FORM]): a copy of the shared object from the same object files, with the
+# switch of src/detail/kernel_form.hpp. It uses the named form of the kernels from the start. Its file has
+# the name of the library and is in the directory forms/FORM. A program that is linked to the library loads
+# the copy if LD_LIBRARY_PATH names that directory.
 function(tova_add_form_library name)
   get_property(switch GLOBAL PROPERTY TOVA_KERNEL_FORM_SWITCH)
   add_library(${name} SHARED ${switch} $<TARGET_OBJECTS:tova>)

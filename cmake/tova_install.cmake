@@ -1,4 +1,4 @@
-# Installs the library, its headers, the CMake package, the pkg-config file and what debuggers read, in
+# Installs the library, its headers, the CMake package, the pkg-config file and the files for debuggers, in
 # the components tova-runtime, tova-development and tova-tools.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -30,8 +30,8 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/tova.pc.in ${PROJECT_BINARY_DIR}/tova
 install(FILES ${PROJECT_BINARY_DIR}/tova.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
   COMPONENT tova-development)
 
-# gdb loads the printers by itself from the folder that mirrors the library's own path. The prefix is
-# known only when the files are installed, and an archive has none.
+# gdb automatically loads the printers from the folder that mirrors the library's own path. The prefix is
+# known only during the installation, and an archive has none.
 install(CODE "
   if(NOT CMAKE_INSTALL_PREFIX MATCHES _CPack_Packages)
     file(INSTALL TYPE FILE RENAME libtova.so.${PROJECT_VERSION}-gdb.py
@@ -43,7 +43,7 @@ install(FILES ${PROJECT_SOURCE_DIR}/tools/debugger/tova_printers.py
     ${PROJECT_SOURCE_DIR}/tools/debugger/tova.natvis
   DESTINATION ${CMAKE_INSTALL_DATADIR}/tova COMPONENT tova-development)
 
-# tova-new, which is ./run new without the tree.
+# tova-new does what ./run new does, without the source tree.
 install(PROGRAMS ${PROJECT_SOURCE_DIR}/tools/new_project.sh RENAME tova-new
   DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tova-tools)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/tools/new_project DESTINATION ${CMAKE_INSTALL_DATADIR}/tova
@@ -51,7 +51,7 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/tools/new_project DESTINATION ${CMAKE_IN
 install(FILES ${PROJECT_SOURCE_DIR}/tools/tova-new.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
   COMPONENT tova-tools)
 
-# The archive of `cpack` contains all components below one directory.
+# The archive made by `cpack` contains all components below one directory.
 if(PROJECT_IS_TOP_LEVEL)
   set(CPACK_GENERATOR TGZ)
   set(CPACK_PACKAGE_VENDOR "The tova authors")

@@ -33,7 +33,7 @@ struct translation {
     std::string locale;
     std::string text;
 };
-// What one file holds, in order; the key is a letter.
+// The messages of one file, in order. Each key is a letter.
 struct file_content {
     bool is_valid = true;
     std::vector<std::pair<char, translation>> messages;
@@ -49,7 +49,7 @@ std::string normalized(std::string locale) {
     return locale;
 }
 
-// The place in the list of wanted locales, from 1; 0 if it is not wanted.
+// The position in the list of wanted locales, counted from 1; 0 if the locale is not wanted.
 std::size_t weight(const std::string& wanted, const std::string& locale) {
     std::vector<std::string> list = {".", "en"};
     std::string running;
@@ -68,7 +68,7 @@ std::size_t weight(const std::string& wanted, const std::string& locale) {
     return 0;
 }
 
-// Returns the kind of the outcome.
+// Returns the error code that the load should report.
 int plainly_loaded(const file_content& file, const std::string& wanted, bool is_named,
                    merged& set) {
     if (wanted.empty() && !is_named)

@@ -1,4 +1,4 @@
-// The reader of data files, for content that somebody made up and sealed with a correct checksum.
+// Tests the reader of data files with forged content that has a correct checksum.
 //
 // Input: one byte for the number of items in a record, one byte for each item, and the content. The
 // whole input is also read as a file.
@@ -68,7 +68,7 @@ void read_item(const serialize_buffer& buffer, data_item item) {
     }
 }
 
-// Accepted content reads as whole records, item by item, up to its end.
+// Accepted content consists of complete records, which are read item by item up to the end.
 template <typename Buffer>
 void read_records(const std::string& content, const std::vector<data_item>& record) {
     const data_format format(1, record);
@@ -80,7 +80,7 @@ void read_records(const std::string& content, const std::vector<data_item>& reco
     require(status || !status.message.empty());
     if (!status || record.empty())
         return;
-    // An item takes one byte at least, so a loop that goes on for longer does not advance.
+    // An item has at least one byte, so a loop that runs longer than this does not advance.
     for (std::size_t reads = 0; !buffer.at_end(); ++reads) {
         require(reads <= content.size());
         for (const data_item item : record)
@@ -90,7 +90,7 @@ void read_records(const std::string& content, const std::vector<data_item>& reco
     require(bool(extras::encode_data(buffer, again, format)) && again == file);
 }
 
-// Accepted content is what the tree writes.
+// Accepted content is exactly what the tree writes.
 void read_tree(const std::string& content) {
     labeled_text_buffer tree;
     tree.add_value("kept", 1);
@@ -116,7 +116,8 @@ void read_tree(const std::string& content) {
     require(tree.is_empty());
 }
 
-// A file without a correct checksum is refused; the few others are exactly what is written again.
+// A file without a correct checksum is rejected. Any other file is identical when it is written
+// again.
 template <typename Buffer>
 void read_file(const std::string& file) {
     Buffer buffer;

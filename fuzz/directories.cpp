@@ -1,4 +1,4 @@
-// Directories: a random tree is listed and walked, and random paths are created, compared with
+// Directories: lists and walks a random tree, creates random paths, and compares the results with
 // plain system calls.
 //
 // Input: a byte for the number of entries, two bytes for each (its name and its kind); the rest is
@@ -29,12 +29,12 @@ using fuzz_support::require;
 using fuzz_support::scratch_tree;
 using tova::strings::ustring8;
 
-// Fills the tree and returns nothing: what is there is asked from the system.
+// Fills the tree. Its content is read from the system afterwards, so nothing is returned.
 void fill(const scratch_tree& tree, const std::uint8_t* entries, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint8_t name = entries[2 * i];
         const std::uint8_t kind = entries[2 * i + 1];
-        // In the root, or in one of two folders that may be there.
+        // In the root, or in one of two folders that may exist.
         const std::string folder = kind & 0x40 ? "b/" : kind & 0x80 ? "a/" : "";
         const std::string path = folder + static_cast<char>('a' + name % 8);
         switch (kind % 5) {
@@ -50,7 +50,7 @@ void fill(const scratch_tree& tree, const std::uint8_t* entries, std::size_t cou
             ::chmod(tree.path(path).c_str(), name & 0x10 ? 0044 : 0400);
             break;
         default:
-            // To something below, so that there is no cycle.
+            // The link leads downward, so there is no cycle.
             require(::symlink(name & 0x10 ? "nowhere" : "../c", tree.path(path).c_str()) <= 0);
             break;
         }
@@ -81,7 +81,7 @@ std::vector<std::string> plain(const std::vector<ustring8>& paths) {
     return std::vector<std::string>(paths.begin(), paths.end());
 }
 
-// Creates the part before each "/" and returns whether the last creation worked.
+// Creates the part before each "/". Returns whether the last call succeeded.
 bool plainly_created(const std::string& path) {
     if (has_bits(path, 0x4000))
         return true;
@@ -90,13 +90,13 @@ bool plainly_created(const std::string& path) {
         start = path.find('/') + 1;  // 0 if there is none
     std::size_t slash = path.find('/', start);
     bool worked = ::mkdir(path.substr(0, slash).c_str(), 0775) == 0;
-    // After a path without a "/" the search begins at the front.
+    // For a path without a "/", the search starts at the beginning.
     while ((slash = path.find('/', slash + 1)) != std::string::npos)
         worked = ::mkdir(path.substr(0, slash).c_str(), 0775) == 0;
     return worked;
 }
 
-// Everything below a directory, without its own path.
+// Lists everything below a directory, without the directory's own path.
 void list(const std::string& directory, std::size_t skipped, std::vector<std::string>& all) {
     for (const std::string& entry : entries_of(directory)) {
         all.push_back(entry.substr(skipped));
@@ -117,7 +117,7 @@ std::vector<std::string> below(const std::string& directory) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz_support::choose_kernel_form(data, size);
-    // Where the fuzzer finds its corpus again.
+    // The fuzzer's directory, to which the target returns so that the corpus is found.
     static const int home = ::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     static const scratch_tree tree;
     static const scratch_tree mine;
@@ -143,7 +143,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     walk(tree.path(), expected, 0);
     require(plain(found) == expected);
 
-    // Paths of few bytes, so that "/", "." and names alternate. None leads upward.
+    // Short paths, in which "/", "." and names alternate. None leads upward.
     std::string path;
     for (std::size_t i = 1 + 2 * count; i < size; ++i)
         path += "ab/.cd/"[data[i] % 7];

@@ -1,4 +1,5 @@
-// A followed document has the same events in one piece and in many, and its elements nest.
+// A followed document has the same events in one piece and in many pieces, and its elements are
+// properly nested.
 //
 // Input: one byte that is odd if errors are skipped, one for the length of the pieces, and the
 // document.
@@ -31,7 +32,7 @@ std::string rendered(const std::deque<follow_event>& events) {
     return result;
 }
 
-// Every end belongs to the last start that is still open; errors abandon nothing that was reported.
+// Every end matches the last start that is still open. An error abandons no reported element.
 void require_nesting(const std::deque<follow_event>& events) {
     std::vector<std::string> open;
     for (const follow_event& event : events) {

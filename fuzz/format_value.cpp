@@ -1,5 +1,5 @@
-// `format_value`: any item type, value and data, compared with a second renderer. A message shows
-// the same.
+// `format_value`: any item type, value and data, compared with a second renderer. A message renders
+// the same text.
 //
 // Input: one byte for the type, one for the kind of the value, eight for the value; the rest is the
 // item's data.

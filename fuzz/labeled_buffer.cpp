@@ -1,5 +1,5 @@
-// `labeled_text_buffer`: a random sequence of operations on two trees, compared with the model of
-// the tests after each of them. The reading of arbitrary text is in serialization.cpp.
+// `labeled_text_buffer`: a random sequence of operations on two trees. After each operation, both
+// are compared with the model from the tests. serialization.cpp tests reading arbitrary text.
 //
 // Input: operations. Each is a byte that says what to do and on which tree, a byte for the label,
 // and a byte for the value.
@@ -27,7 +27,7 @@ struct pair {
     tree_model model;
 };
 
-// The merge, entry by entry, as a function of its own.
+// Merges two models entry by entry.
 void overlay(tree_model& into, const tree_model& other) {
     for (const auto& entry : other.entries) {
         const auto found = into.entries.find(entry.first);
@@ -84,7 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size > 300)
         return 0;
     pair pairs[2];
-    // Where the next operation works: the tree, or a group of it.
+    // The target of the next operation: the tree, or one of its groups.
     labeled_serialize_buffer* places[2] = {&pairs[0].tree, &pairs[1].tree};
     tree_model* models[2] = {&pairs[0].model, &pairs[1].model};
     const auto to_the_top = [&] {
@@ -131,7 +131,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             break;
         }
         default: {
-            // Text that was written is read back as the model reads it.
+            // The tree and the model read written text in the same way.
             const std::string text = one.tree.as_str();
             one.tree.assign(text);
             require(one.model.read(text) == tree_model::complete);

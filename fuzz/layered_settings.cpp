@@ -1,8 +1,7 @@
 // `config_manager` over a command line, a file and an environment: each lookup is compared with a
-// plain walk over the three sources, which are loaded a second time by themselves.
-//
-// Input: lines. The first byte of each says where it goes: to the command line, to the file, or to
-// the environment.
+// plain walk over the three sources, which are also loaded separately.
+// Input: lines. The first byte of each selects its target: the command line, the file or the
+// environment.
 #include <tova/config/commandline_item.hpp>
 #include <tova/config/config_manager.hpp>
 #include <tova/config/enviroment_item.hpp>
@@ -40,7 +39,8 @@ bool is_array(const config_node& node) {
     return (node.first & 3) == 3;
 }
 
-// The first source with the key wins; an array is its first element, and an alias begins anew.
+// The first source with the key wins. An array stands for its first element, and an alias starts a
+// new lookup.
 std::string plainly_found(const std::vector<base_config_item*>& sources, ustring8 key) {
     std::set<ustring8> visited;
     for (;;) {
@@ -74,7 +74,7 @@ std::string text_of(const variant& value) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz_support::choose_kernel_form(data, size);
     static const scratch_tree folder;
-    // Unknown arguments are reported there.
+    // Discards the warnings about unknown arguments.
     std::cout.setstate(std::ios::failbit);
     if (size > 400)
         return 0;
@@ -86,7 +86,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (std::size_t begin = 0; begin < text.size();) {
         const std::size_t end = std::min(text.find('\n', begin), text.size());
         const std::string line = text.substr(begin + 1, end - begin - (end > begin));
-        // The names of files are left alone: they would lead out of this folder.
+        // Lines that name a file are skipped, because they could lead out of this folder.
         if (line.find("cfg_file") == std::string::npos && line.find('\0') == std::string::npos) {
             switch (text[begin] & 3) {
             case 0:
@@ -121,7 +121,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
          {static_cast<base_config_item*>(&first), static_cast<base_config_item*>(&second),
           static_cast<base_config_item*>(&third)})
         item->load();
-    // Aliases can only be set by the program: in the first source, to each other and to settings.
+    // Only the program can set aliases. They are set in the first source and refer to settings and
+    // to each other.
     for (std::size_t i = 0; i + 1 < aliases.size(); i += 2) {
         settings.get_config_item("command line")->set(aliases[i], variant(aliases[i + 1]), 4);
         first.set(aliases[i], variant(aliases[i + 1]), 4);

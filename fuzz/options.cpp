@@ -55,7 +55,7 @@ void load(const std::vector<std::string>& pieces) {
     require(numbers.size() == all.get<std::vector<long>>("list").size());
 }
 
-// Whatever the text is, a change of one key ends, and a removal adds nothing.
+// For any text, changing one key terminates, and removing a key adds nothing.
 void edit(const std::string& text) {
     settings_text changed(text);
     require(changed.str() == text);

@@ -1,5 +1,5 @@
 // Catalogs of random messages, loaded from a file and rendered with random arguments, compared with
-// the texts that a second renderer makes of the same pieces.
+// the texts that a second renderer produces from the same pieces.
 //
 // Input: pieces. Each is a byte for its type, one for the name of the argument, one for the
 // attributes, and eight for a value of that name.
@@ -26,7 +26,7 @@ using tova::types::variant;
 const char* const type_words[] = {"value",    "string", "number",      "int",
                                   "double",   "time",   "date",        "memory",
                                   "MEM_unit", "metric", "metric_unit", "duration"};
-// Keys begin with a letter, as names of attributes do.
+// Keys begin with a letter, like names of attributes.
 const char* const keys[] = {"base",      "fieldsize",  "precision", "target_unit",
                             "base_unit", "short_form", "f",         "p",
                             "t",         "b",          "s",         "nonsense"};
@@ -64,12 +64,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size < piece || size > 40 * piece)
         return 0;
 
-    // The arguments first: the first one of a name counts.
+    // Collect the arguments first, because the first one with a name counts.
     tova::generic::varg_list arguments;
     std::map<std::string, variant> given;
     for (std::size_t i = 0; i + piece <= size; i += piece) {
         if (data[i + 1] & 0x80)
-            continue;  // a missing one
+            continue;  // a missing argument
         const std::string name(1, static_cast<char>('a' + data[i + 1] % 8));
         const variant value = value_of(data[i + 1] / 8, data + i + 3);
         arguments.push_back(tova::generic::argument(name, value));

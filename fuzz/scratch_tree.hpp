@@ -1,5 +1,6 @@
 /// @file
-/// A directory for the fuzz targets that work on files, in memory if the system offers that.
+/// A directory for the fuzz targets that work on files. It is in memory if the system supports
+/// that.
 #pragma once
 
 #include "require.hpp"

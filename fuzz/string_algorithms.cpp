@@ -1,8 +1,8 @@
 // `replace_all`, `split_string` and `gh2` in all widths, compared with plain forms.
 //
 // Input: one byte for the limit, one for the width, one for the size of the search string, one for
-// that of the replacement; then the three strings, of few different units, so that matches are
-// common.
+// that of the replacement; then the three strings. They consist of few different units, so matches
+// are common.
 #include <tova/strings/gh2.hpp>
 #include <tova/strings/replace.hpp>
 #include <tova/strings/split.hpp>
@@ -22,7 +22,7 @@ using tova::strings::ustring16;
 using tova::strings::ustring32;
 using tova::strings::ustring8;
 
-// Whether `search` is at the place, unit by unit.
+// Whether `text` has `search` at the position, compared unit by unit.
 template <typename String>
 bool is_at(const String& text, std::size_t place, const String& search) {
     if (search.size() > text.size() - place)
@@ -96,7 +96,7 @@ void compare_gh2(const std::string& text, const std::string& search,
         std::string changed = text;
         require(gh2::replace_all(changed, search, replacement) == count && changed == expected);
     }
-    // In the C locale only ASCII letters change.
+    // In the C locale, only ASCII letters change.
     const std::string upper = gh2::toupper(text);
     const std::string lower = gh2::tolower(text);
     require(upper.size() == text.size() && lower.size() == text.size());

@@ -1,6 +1,6 @@
-// The scanner of tova-xmc against the library's loader: any text as an XMC file. Both have the same
-// verdict and the same values for each locale, and an error is reported if and only if the loader
-// refuses the file.
+// Compares the scanner of tova-xmc with the library's loader, for any text as an XMC file. Both
+// must reach the same verdict and find the same values for each locale, and the scanner must report
+// an error if and only if the loader rejects the file.
 //
 // Input: the file.
 #include "programs/xmc/against_loader.hpp"
@@ -15,7 +15,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz_support::choose_kernel_form(data, size);
     const std::string text(reinterpret_cast<const char*>(data), size);
-    // An include may lead anywhere; its rules have tests of their own.
+    // An include may lead anywhere. Its rules have separate tests.
     if (text.find("include") != std::string::npos && text.find("file") != std::string::npos)
         return 0;
     const std::string found = xmc_test::difference(text);

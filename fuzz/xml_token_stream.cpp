@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     xml_token_stream stream;
     compare(stream, stream.parse(text), model, expected);
 
-    // What surrounds a range is not looked at.
+    // The parser must not look past the ends of its range.
     const ustring8 longer = "<x" + text + ">--]]>";
     xml_token_stream inner;
     compare(inner, inner.parse(longer.begin() + 2, longer.begin() + 2 + static_cast<long>(size)),

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes build/packages/tova-VERSION-Linux-MACHINE.tar.gz by cpack, unpacks it somewhere and builds and runs
-# a program with it.
+# Makes build/packages/tova-VERSION-Linux-MACHINE.tar.gz with cpack, unpacks it in another place, and builds
+# and runs a program with it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$(mktemp -d "${TMPDIR:-/tmp}/tova_archive_XXXXXX")

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the Debian packages into build/packages, and has lintian look at them. The sources are the files
-# that git knows, as they are now; packages are built where no file of the tree is written.
+# Builds the Debian packages into build/packages and checks them with lintian. The sources are the current
+# versions of the files that git knows. The build writes no file of the tree.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 version=$(sed -n '1s/^tova (\([0-9.]*\)-.*/\1/p' packaging/debian/changelog)
@@ -13,7 +13,7 @@ mkdir -p "$out/tova-$version"
 git ls-files -z | tar --null -T - -c | tar -x -C "$out/tova-$version"
 cp -r packaging/debian "$out/tova-$version/debian"
 cd "$out/tova-$version"
-# dpkg-buildpackage gives the build a home of its own, where ccache would find nothing.
+# dpkg-buildpackage sets another home directory, in which ccache would find nothing.
 if command -v ccache >/dev/null; then
     CCACHE_DIR=$(ccache --get-config cache_dir)
     export CCACHE_DIR

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the packages of build/packages on a bare Debian 12, uses them there and removes them again.
-# Needs root and debootstrap. Prints one line for each thing that was tried.
+# Needs root and debootstrap. Prints one line for each check.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source tests/bare_system.sh

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What check_packages.sh runs on the bare system, in a directory with the packages and tests/consumers.
+# check_packages.sh runs this on the bare system, in a directory with the packages and tests/consumers.
 set -euo pipefail
 cd "$(dirname "$0")"
 export DEBIAN_FRONTEND=noninteractive
@@ -13,10 +13,10 @@ fail() {
 apt-get update -qq
 before=$(find / -xdev -path /root -prune -o -path /proc -prune -o -iname '*tova*' -print)
 
-# The library alone brings no compiler, and the dynamic linker finds it at once.
+# The library alone installs no compiler, and the dynamic linker finds it immediately.
 install ./libtova2.18_*.deb
 ldconfig -p | grep -q 'libtova.so.2.18 ' || fail "the dynamic linker does not find the library"
-! command -v g++ >/dev/null || fail "the library brings a compiler"
+! command -v g++ >/dev/null || fail "the library package installs a compiler"
 echo "libtova2.18 is installed with $(grep -c '^Setting up' log) packages"
 
 install ./libtova-dev_*.deb ./libtova-doc_*.deb ./tova-tools_*.deb ./libtova2.18-dbgsym_*.deb \
@@ -33,7 +33,7 @@ make -s -C plain -f ../consumers/plain/Makefile PREFIX=/usr LIBDIR="$library"
 for program in by_cmake by_pkg_config plain; do
     "$program/consumer" . | diff consumers/expected - || fail "$program prints something else"
 done
-echo "three consumers print what they should"
+echo "three consumers print the expected output"
 
 # tova-new makes a project that builds and runs.
 tova-new hello >/dev/null
@@ -43,7 +43,7 @@ printed=$(cd hello && build/hello -locale=de -user.name=Maria)
 [[ $printed == $'Hallo, Maria!\nSie belegen 48.3 GB.' ]] || fail "the new project prints $printed"
 echo "tova-new makes a project that runs"
 
-# gdb loads the printers without being asked, and the debug symbols describe the library.
+# gdb loads the printers automatically, and the debug symbols describe the library.
 g++ -std=c++14 -g debugger/values.cpp -ltova -o values
 gdb -nx -batch -ex 'break look_here' -ex run -ex up -ex 'print v_double' -ex 'print catalog.m_name' \
     -ex 'print settings' -ex 'ptype TOVA_2_18::config::config_tree' ./values >log 2>&1
@@ -66,4 +66,4 @@ apt-get purge -y -q 'libtova*' 'tova-*' >log 2>&1 || { tail -20 log; exit 1; }
 after=$(find / -xdev -path /root -prune -o -path /proc -prune -o -iname '*tova*' -print |
     grep -v '^/var/cache/apt\|^/var/lib/apt' || true)
 [[ $before == "$after" ]] || fail "the removal left $after"
-echo "nothing stays after their removal"
+echo "nothing is left after their removal"

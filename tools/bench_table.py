@@ -8,10 +8,10 @@
 
 benchmarks/rows.json lists the rows: patterns of cells with the limits that they must reach. A limit
 is a ratio to the fastest of the libraries that its key names; "best" names all peers. A cell is
-OPERATION/CASE, and its benchmarks are called OPERATION/CASE/LIBRARY. Two libraries are no peers:
-"floor" does only what the interface cannot avoid, "plain" is our code without its fast paths. A
-program measures its plain form itself; for the rows with "kernels", it is the same program with a
-copy of the library that uses the portable form of the kernels.
+OPERATION/CASE, and its benchmarks are called OPERATION/CASE/LIBRARY. Two libraries are not peers: "floor"
+does only what the interface cannot avoid, and "plain" is our code without its fast paths. A program
+measures its plain form itself. For the rows with "kernels", the plain form is the same program with a copy
+of the library that uses the portable form of the kernels.
 
 Each cell runs once a round, in a process of its own on one core, all libraries in random order. A
 ratio is our CPU time divided by the other's: the median over the rounds of the ratios within them.
@@ -41,7 +41,7 @@ NO_PEERS = ("floor", "plain")
 TOLERANCE = 1.25  # how much slower a cell may be than the baseline
 SLOWER_THAN_PLAIN = 1.05  # a ratio up to this may be noise
 
-# The fastest of the libraries that a limit names, and our ratio to it: None if none is installed.
+# The fastest of the libraries that a limit names, and our ratio to it. None if none is installed.
 Limit = collections.namedtuple("Limit", "names bound peer ratio")
 
 
@@ -107,8 +107,8 @@ def run_program(program, cell, libraries, seconds, environment=None):
 
 
 def run_cell(program, cell, seconds, portable=None):
-    """Times by library, and errors. `portable` is the directory of the library whose time is the
-    plain one, if the cell has no other."""
+    """Times by library, and errors. `portable` is the directory of the library that provides the plain time
+    if the cell has no other."""
     times, errors = run_program(program, cell, "[^/]+", seconds)
     if portable is not None and "plain" not in times:
         plain, more = run_program(program, cell, "tova", seconds,
@@ -150,7 +150,7 @@ def is_met(limits):
 
 
 def deciding(limits):
-    """The limit that is furthest from being met, of those that could be measured; or None."""
+    """The measured limit that is furthest from being met, or None."""
     return max((limit for limit in limits if limit.ratio is not None),
                key=lambda limit: limit.ratio / limit.bound, default=None)
 
@@ -287,9 +287,9 @@ text { font: 12px sans-serif; fill: #57606a }
 
 
 def chart(row, cells):
-    """An SVG of the limit of each cell that is furthest from being met: our ratio as a bar on a
-    logarithmic scale, the limit as a mark, and a line at 1. It has no background and follows the
-    color scheme of the reader."""
+    """An SVG with the limit of each cell that is furthest from being met: our ratio as a bar on a
+    logarithmic scale, the limit as a mark, and a line at 1. It has no background and follows the reader's
+    color scheme."""
     shown = [(cell, deciding(limits)) for cell, _, limits in cells if deciding(limits) is not None]
     values = [1.0] + [value for _, limit in shown for value in (limit.ratio, limit.bound)]
     low = 10 ** math.floor(math.log10(min(values) * 0.999))

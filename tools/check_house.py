@@ -446,7 +446,7 @@ def folders_list_their_files(file):
             yield number, "list the files by name instead of file(GLOB)"
         for outside in re.findall(r"(?<![\w/}])\.\./[\w./]+\.cpp", line):
             if file.path.parts[:2] == ("tests", "consumers"):
-                continue  # its projects share one program, which all of them list
+                continue  # its projects all list the one program that they share
             yield number, f"{outside} belongs to another folder"
     words = re.findall(r"[\w./${}]+", text)
     pieces = [word for word in words if word.endswith(".cpp")]

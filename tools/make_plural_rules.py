@@ -3,7 +3,7 @@
 
     make_plural_rules.py            rewrites both files from the package unicode-cldr-core
     make_plural_rules.py --check    fails if a file would change; skips without the package, or if its
-                                    version is not the one that the files come from
+                                    version is not that of the files
     make_plural_rules.py --self-test
 
 A rule such as `n % 10 = 2..4 and n % 100 != 12..14` becomes a condition over the operands of a number.
@@ -83,7 +83,7 @@ def rules(path):
 
 
 def sample_numbers(text):
-    """The numbers of a sample list, and the ends of its ranges."""
+    """The numbers of a sample list, including the ends of its ranges."""
     numbers = []
     for part in re.sub(r"integer|decimal|…", "", text).replace(",", " ").split():
         numbers.extend(part.split("~"))
@@ -176,8 +176,8 @@ enum class plural_category {{
 
 namespace _private {{
 
-// The operands of a rule, for the number as it is shown. n is i if w is 0, and no whole number
-// otherwise.
+// The operands of a rule, for the number as it is shown. n equals i if w is 0; otherwise it is not
+// a whole number.
 struct operands {{
     unsigned long i;  // the whole part
     unsigned long v;  // the number of visible fraction digits

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Makes a small project that uses the library: tools/new_project.sh DIRECTORY, installed as tova-new.
+# Makes a small project that uses the library. Usage: tools/new_project.sh DIRECTORY. It is installed as
+# tova-new.
 #
 # The last component of DIRECTORY names the program, its catalog and its settings file.
 set -euo pipefail

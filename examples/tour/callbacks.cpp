@@ -50,7 +50,7 @@ int main(int count, char** words) {
     std::cout << "still there\n";
     add_there = ex::delegate<void(int)>([](int) {});
 
-    // Every copy of a delegate has its own copy of the lambda and what that holds.
+    // Every copy of a delegate has its own copy of the lambda and of its captures.
     int calls = 0;
     auto number = ex::delegate<int()>([calls]() mutable { return ++calls; });
     auto copy = number;

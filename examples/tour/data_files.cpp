@@ -1,4 +1,4 @@
-// A tree of labels in a file that is whole or refused.
+// A tree of labels in a file that is either read completely or rejected.
 
 #include <fstream>
 #include <iostream>

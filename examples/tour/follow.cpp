@@ -1,4 +1,4 @@
-// A log that grows and is rotated, as events: the follower sleeps until the writer has added more.
+// Reads a growing, rotated log as events. The follower sleeps until the writer has added more.
 
 #include <chrono>
 #include <fstream>
@@ -15,7 +15,7 @@ namespace {
 
 const char path[] = "follow.log.xml";
 
-// Another process in real life. It is slow, and cuts its output anywhere.
+// In real life this is another process. It is slow, and it splits its output anywhere.
 void write_log() {
     for (const char* piece :
          {"<?xml version='1.0'?>\n<log host='atlas'>\n<app:event i", "d='1'>on",
@@ -63,14 +63,14 @@ int main(int count, char** words) {
                "Exit status: 0.\n";
         return 0;
     }
-    // After an error the follower goes on with the next element of that name.
+    // After an error the follower resumes at the next element of that name.
     tova::extras::xml_follower log(path, {"event"});
     std::thread writer(write_log);
     follow_event event;
     while (log.next(event)) {
         print(event);
         if (event.kind == follow_event::end && event.depth == 1)
-            log.stop();  // from here, from any thread or from a signal handler
+            log.stop();  // works here, in any thread and in a signal handler
     }
     writer.join();
     tova::system::io::remove_file(tova::strings::ustring8(path));

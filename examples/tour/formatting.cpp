@@ -1,4 +1,4 @@
-// Values of the library in format strings of {fmt}.
+// The library's values as arguments of {fmt}.
 
 #include <iostream>
 #include <string>
@@ -28,11 +28,11 @@ int main(int count, char** words) {
         {"Water the plants", date(3, 2, 2026), variant(0.5), color_t(0, 128, 0)},
         {"Tax return", date(31, 5, 2026), variant(12), color_t(200, 0, 0)},
     };
-    // Fill, alignment, width and precision are those of strings.
+    // Fill, alignment, width and precision work as for strings.
     for (const auto& task : tasks)
         std::cout << fmt::format("{:<18}{:>12}{:.>6} h  {:.7}\n", task.name, task.due, task.hours,
                                  task.label);
 
-    // Strings of other widths go through UTF-8.
+    // Strings of the other widths are converted to UTF-8.
     std::cout << fmt::format("{}\n", ex::utf8(tova::strings::utf8_to_utf16("fin, 終わり")));
 }

@@ -1,4 +1,4 @@
-// Strings, dates and colors as keys: unordered containers, and lookups that make no string.
+// Strings, dates and colors as keys of unordered containers, and lookups that create no string.
 
 #include <iostream>
 #include <map>
@@ -19,13 +19,13 @@ int main(int count, char** words) {
         std::cout << "usage: hashing\n\nUses types of the library as keys.\n\nExit status: 0.\n";
         return 0;
     }
-    // Strings need nothing but the header.
+    // Strings need only the header.
     std::unordered_map<ustring8, int> seats;
     seats["Mia"] = 12;
     seats["Zoë"] = 14;
     std::cout << "Zoë sits on " << seats["Zoë"] << '\n';
 
-    // Dates do not compare by themselves, so the container gets a comparison as well.
+    // Dates have no comparison operators, so the container gets a comparison as well.
     std::unordered_set<date, std::hash<date>, ex::equal_to> holidays;
     holidays.insert(date(25, 12, 2026));
     holidays.insert(date(1, 1, 2027));
@@ -36,7 +36,7 @@ int main(int count, char** words) {
                                                       {color_t(0, 0, 255), "blue"}};
     std::cout << "255, 0, 0 is " << names[color_t(255, 0, 0)] << '\n';
 
-    // `less` looks up a literal or a std::string without making a ustring8 from it.
+    // `less` looks up a literal or a std::string without creating a ustring8 from it.
     std::map<ustring8, int, ex::less> rooms = {{"library", 3}, {"office", 1}};
     std::cout << "the office is on floor " << rooms.find("office")->second << '\n';
 }

@@ -1,4 +1,4 @@
-// Dates that compare, count days, and are read and written as ISO 8601.
+// Compares dates, counts days, and reads and writes ISO 8601.
 
 #include <chrono>
 #include <iostream>
@@ -36,7 +36,7 @@ int main(int count, char** words) {
     const auto later = ex::to_time_point(start.value) + std::chrono::minutes(1);
     std::cout << ex::to_iso(ex::from_time_point(later)) << '\n';
 
-    // A message can order the parts of a date as its language does.
+    // A message can put the parts of a date into the order of its language.
     tova::generic::varg_list arguments;
     ex::push_date(arguments, "due", today);
     const message_t message("due",

@@ -52,7 +52,7 @@ int main(int count, char** words) {
     run({"backup", "--keep=400", "--taget.folder=/x", "."});
     run({"backup", "--help"});
 
-    // A save changes what was set, and nothing else.
+    // A save changes only the values that were set.
     options all("backup");
     declare(all);
     const std::vector<const char*> again = {"backup", "."};

@@ -47,7 +47,8 @@ int main(int count, char** words) {
             return 1;
         }
         const auto print = [&](const char* key, const std::string& shown, ex::plural_type type) {
-            // The string that is shown decides, since "1.0" is not "1" in many languages.
+            // The displayed string decides, because "1.0" and "1" need different forms in many
+            // languages.
             const auto number = ex::plural_number::from_string(shown).value_or_raise();
             const tova::generic::varg_list n(tova::generic::argument("n", shown));
             std::cout << "  "
@@ -57,10 +58,11 @@ int main(int count, char** words) {
         std::cout << locale << ':';
         for (const char* shown : {"1", "3", "5", "1.5"})
             print("files", shown, ex::plural_type::cardinal);
-        print("files@trash", "2", ex::plural_type::cardinal);  // a context, if there is a message
+        print("files@trash", "2",
+              ex::plural_type::cardinal);  // with a context, if it has a message
         std::cout << "\n  places:";
         for (const char* shown : {"1", "2", "3", "11"})
-            print("place", shown, ex::plural_type::ordinal);  // Polish takes the English ones
+            print("place", shown, ex::plural_type::ordinal);  // Polish falls back to English
         std::cout << '\n';
     }
     tova::system::io::remove_file(tova::strings::ustring8("plurals.xmc"));

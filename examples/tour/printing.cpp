@@ -20,7 +20,7 @@ int main(int count, char** words) {
         std::cout << "usage: printing\n\nWrites values to a stream.\n\nExit status: 0.\n";
         return 0;
     }
-    using namespace tova::extras;  // without it the program means what it meant before
+    using namespace tova::extras;  // nothing changes without this line
 
     const date due(3, 2, 2026);
     std::cout << "16 bits   " << utf8_to_utf16("Grüße") << '\n'

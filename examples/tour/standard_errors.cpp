@@ -1,4 +1,4 @@
-// Errors with names, and exceptions of the library as standard ones.
+// Names of errors, and the library's exceptions as standard exceptions.
 
 #include <iostream>
 #include <stdexcept>
@@ -14,7 +14,7 @@ using tova::system::date_time::date;
 
 namespace {
 
-// Code that knows std::exception alone can call this.
+// Code that handles only std::exception can call this.
 date read_date(unsigned day, unsigned month, unsigned year) {
     return ex::with_standard_errors([=] { return date(day, month, year); }, "reading a date");
 }
@@ -34,7 +34,7 @@ int main(int count, char** words) {
         std::cout << error.what() << '\n';
     }
 
-    // Or convert one where it is caught. The message begins with the name.
+    // An exception can also be converted where it is caught. The message begins with its name.
     try {
         date(1, 13, 2026);
     } catch (const tova::exceptions::exception& error) {

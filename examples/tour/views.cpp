@@ -1,4 +1,4 @@
-// Strings of the standard library and the library's own, in every encoding.
+// Converts between the strings of the standard library and the library's own, in every encoding.
 
 #include <iostream>
 #include <stdexcept>
@@ -21,7 +21,7 @@ int main(int count, char** words) {
     const ustring8 from32 = ex::to_ustring8(U"Zoë");
     std::cout << from16 << ", " << (from16 == from32 ? "the same" : "another name") << '\n';
 
-    // A literal keeps the NULs inside it.
+    // NULs inside a literal are kept.
     std::cout << ex::to_ustring8("a\0b").size() << " bytes\n";
 
     // And back.
@@ -30,7 +30,7 @@ int main(int count, char** words) {
     std::cout << wide.size() << " units, " << ex::to_u32string(from16).size() << " characters, "
               << ours.size() << " units again\n";
 
-    // What is not valid is an error with its position, never a "-1" in the string.
+    // Invalid input is an error with a position, never the string "-1".
     try {
         ex::to_u16string(ustring8("caf\xE9 au lait"));
     } catch (const std::invalid_argument& error) {
@@ -42,5 +42,5 @@ int main(int count, char** words) {
     } catch (const std::invalid_argument& error) {
         std::cout << error.what() << '\n';
     }
-    // As C++17, `view(text)` is a std::string_view, and `to_ustring8` takes every view.
+    // In C++17, `view(text)` is a std::string_view, and `to_ustring8` accepts every view.
 }

@@ -1,4 +1,4 @@
-// Variants that are asked for their type, visited and compared.
+// Tests the type of variants, visits them and compares them.
 
 #include <iostream>
 #include <string>
@@ -42,7 +42,7 @@ int main(int count, char** words) {
     for (const variant& value : values)
         std::cout << ex::visit(describe(), value) << '\n';
 
-    // `holds` asks for exactly one type; `==` compares numbers of any type by their value.
+    // `holds` tests for one exact type; `==` compares numbers of any type by their value.
     using ex::operator==;
     const variant answer = 42;
     std::cout << "holds an int: " << ex::holds<int>(answer)
@@ -50,7 +50,7 @@ int main(int count, char** words) {
               << "equals 42.0: " << (answer == variant(42.0))
               << ", \"42\": " << (answer == variant("42")) << '\n';
 
-    // Types that a variant does not take by itself.
+    // Types from which a variant cannot be constructed directly.
     std::cout << ex::make_variant(level::high).as_int() << ' '
               << ex::make_variant(9000000000ll).as_long() << '\n';
 }

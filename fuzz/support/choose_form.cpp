@@ -37,7 +37,7 @@ void choose_kernel_form(const std::uint8_t* data, std::size_t size) {
 
 }  // namespace fuzz_support
 
-// Takes `-form=NAME` from the arguments, which the fuzzer doesn't know.
+// Removes `-form=NAME` from the arguments, because the fuzzer does not know it.
 extern "C" int LLVMFuzzerInitialize(int* count, char*** arguments) {
     const std::string option("-form=");
     int kept = 0;
@@ -48,7 +48,8 @@ extern "C" int LLVMFuzzerInitialize(int* count, char*** arguments) {
             continue;
         }
         if (!tova::kernel_form::use(argument + option.size())) {
-            std::fprintf(stderr, "no such form, or not on this processor: %s\n", argument);
+            std::fprintf(stderr, "unknown or unsupported form: %s
+", argument);
             std::exit(1);
         }
         is_fixed = true;

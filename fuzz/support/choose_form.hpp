@@ -1,11 +1,9 @@
 /// @file
-/// The form of the kernels that an input runs with.
+/// Chooses the form of the kernels for an input.
 ///
 ///     fuzz_support::choose_kernel_form(data, size);
-///
-/// Each input has a form that depends on its bytes, so the fuzzer meets all of them and an input
-/// that fails does so every time. With `-form=NAME` as an argument of the program all inputs run
-/// with the form of that name.
+/// The form depends on the bytes of the input, so the fuzzer covers all forms, and an input that
+/// fails always fails. With the argument `-form=NAME`, all inputs run with that form.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +11,7 @@
 
 namespace fuzz_support {
 
-/// The first thing that a target does with an input.
+/// A target calls this first for each input.
 void choose_kernel_form(const std::uint8_t* data, std::size_t size);
 
 }  // namespace fuzz_support

@@ -1,4 +1,4 @@
-# A Conan 2 recipe. Untested: no Conan runs where this tree is tested.
+# A Conan 2 recipe. It is untested, because Conan is not available where this tree is tested.
 import os
 
 from conan import ConanFile

@@ -1,6 +1,6 @@
-# An overlay port that takes the tree that contains it:
+# An overlay port for the tree that contains it:
 #     vcpkg install tova --overlay-ports=packaging/vcpkg
-# Untested: no vcpkg runs where this tree is tested.
+# It is untested, because vcpkg is not available where this tree is tested.
 vcpkg_check_linkage(ONLY_DYNAMIC_LIBRARY)
 get_filename_component(SOURCE_PATH "${CMAKE_CURRENT_LIST_DIR}/../.." ABSOLUTE)
 

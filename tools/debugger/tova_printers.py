@@ -4,10 +4,10 @@ settings and dates, as docs/debugging.md shows them.
 Installed as libtova.so.VERSION-gdb.py, which gdb loads together with the library. It can also be
 loaded by hand: `source tova_printers.py`.
 
-The printers need the debug information of the program, not that of the library: what the program
-does not describe (the body of a variant) is read at the offsets that the binary interface fixes.
-They call no function of the program, so they work on core files, and they survive variables that
-are not initialized yet.
+The printers need the debug information of the program, not of the library. Anything that the program does
+not describe (the body of a variant) is read at the offsets that the binary interface fixes. They call no
+function of the program, so they work on core files, and they survive variables that are not initialized
+yet.
 """
 import re
 import struct
@@ -19,7 +19,7 @@ NAMESPACE = "TOVA_2_18"
 WORD = 8  # bytes of a pointer
 UNREADABLE = "<unreadable>"
 
-# Offsets, which the binary interface fixes. An object with virtual functions begins with a pointer to
+# Offsets that the binary interface fixes. An object with virtual functions begins with a pointer to
 # its vtable; then come the heap mark and the count. The nodes of maps and sets are those of libstdc++.
 HEAP_MARK, COUNT, BODY_VALUE = 8, 12, 16
 TREE_CHILDREN, TREE_FLAGS, TREE_VALUE = 16, 64, 72
@@ -27,7 +27,7 @@ STRING_SIZE = 32
 MAP_FIRST, MAP_SIZE = 24, 40
 NODE_PARENT, NODE_LEFT, NODE_RIGHT, NODE_VALUE = 8, 16, 24, 32
 
-# The largest sizes that a printer believes. Uninitialized memory reads as anything.
+# The largest sizes that a printer accepts. Uninitialized memory may contain any number.
 MOST_UNITS = 1 << 40
 MOST_ELEMENTS = 1 << 24
 
@@ -46,27 +46,27 @@ def read_word(address):
 
 
 def printed_elements(count):
-    """How many of `count` elements gdb should show: `set print elements` limits them."""
+    """How many of `count` elements gdb should show. `set print elements` limits them."""
     limit = gdb.parameter("print elements")
     return count if not limit else min(count, limit)
 
 
 def vtable_class(address):
-    """The class of a polymorphic object, by the symbol of its vtable, or None."""
+    """The class of a polymorphic object, found by the symbol of its vtable, or None."""
     symbol = gdb.execute("info symbol %d" % read_word(address), to_string=True)
     match = re.match(r"vtable for (.+?)(?: \+ \d+)?(?: in section .*)?$", symbol.strip())
     return match.group(1) if match else None
 
 
 def plain(value):
-    """The object itself, where a reference is printed."""
+    """The object itself if a reference is printed."""
     if value.type.strip_typedefs().code in (gdb.TYPE_CODE_REF, gdb.TYPE_CODE_RVALUE_REF):
         return value.referenced_value()
     return value
 
 
 def readable(function):
-    """A printer never fails: what cannot be read is shown as such."""
+    """Wraps a printer so that it never fails: it marks whatever cannot be read."""
     def guarded(*arguments):
         try:
             return function(*arguments)
@@ -94,8 +94,8 @@ def escaped(character, unicode_output):
 
 
 def content(address, units, width):
-    """Text in memory without quotes, and "..." if gdb's limit cuts it off: address, number of code
-    units, bytes of a unit."""
+    """Text in memory without quotes, with "..." if gdb's limit cuts it off. The arguments are the address,
+    the number of code units and the bytes of a unit."""
     if units > MOST_UNITS:
         raise ValueError("not a length")
     shown = printed_elements(units)
@@ -107,7 +107,7 @@ def content(address, units, width):
     else:
         codes = struct.unpack("<%dI" % shown, data)
         text = "".join(chr(code) if code < 0x110000 else "\uFFFD" for code in codes)
-    # A terminal without UTF-8 gets escapes, because gdb cannot print such a text there at all.
+    # In a terminal without UTF-8, gdb cannot print such text, so use escapes there.
     unicode_output = gdb.host_charset().upper().replace("-", "") == "UTF8"
     body = "".join(escaped(character, unicode_output) for character in text)
     return body, "..." if shown < units else ""
@@ -141,7 +141,8 @@ def string_text(value):
 # --- Values -----------------------------------------------------------------------------------------
 
 
-# The stored type as the vtable's symbol spells it: the name shown, then how the value is read.
+# The stored type, as it appears in the vtable's symbol, with the name to show and the way to read the
+# value.
 NUMBERS = {
     "signed char": "<b", "short": "<h", "int": "<i", "long": "<q", "unsigned char": "<B",
     "unsigned short": "<H", "unsigned int": "<I", "unsigned long": "<Q",
@@ -288,8 +289,8 @@ def tree_nodes(tree):
 
 
 def map_children(tree, mapped):
-    """The children of a printer with the display hint "map": keys and values in turn. `mapped` makes a
-    value of its address."""
+    """The children of a printer with the display hint "map": alternating keys and values. `mapped` turns an
+    address into a value."""
     key = gdb.lookup_type(NAMESPACE + "::strings::ustring8").pointer()
     index = 0
     try:
@@ -351,7 +352,7 @@ class CatalogPrinter:
     @readable
     def to_string(self):
         messages = counted(tree_size(int(self.value["m_messages"].address)), "message")
-        # The set of locales is a cache, which is empty until somebody asks for a language.
+        # The set of locales is a cache. It is empty until the program asks for a language.
         languages = "".join(" " + "".join(content(read_word(address), read_word(address + WORD), 1))
                             for address in tree_nodes(int(self.value["m_languages"].address))
                             if read_word(address + WORD) != 0)
@@ -368,8 +369,8 @@ class CatalogPrinter:
 
 
 # g++ describes a class with virtual functions only where the first of them is defined. So a program may
-# know no more than the name of config_tree, and gdb prints such an object only if a variable names it.
-# Then trees inside of it are shown as text.
+# know only the name of config_tree, and gdb prints such an object only if it is a variable. The trees
+# inside it are then shown as text.
 
 TREE_GIVEN, TREE_ARRAY, TREE_ALIAS = 1, 2, 4
 
@@ -443,8 +444,8 @@ class HolderPrinter:
             mark = int(pointer["allocated"].address)
         except gdb.MemoryError:
             return UNREADABLE
-        except gdb.error:  # g++ does not describe it, so it is a class with virtual functions
-            buffer = "serialize_buffer" in str(pointer.type)  # which has one more base
+        except gdb.error:  # g++ does not describe the class, so it has virtual functions
+            buffer = "serialize_buffer" in str(pointer.type)  # this class has one more base
             mark = int(pointer) + HEAP_MARK + (WORD if buffer else 0)
         count, = struct.unpack("<I", read(mark + COUNT - HEAP_MARK, 4))
         kept = "" if read(mark, 1) != b"\0" else ", not on the heap"

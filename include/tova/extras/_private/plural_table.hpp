@@ -25,8 +25,8 @@ enum class plural_category {
 
 namespace _private {
 
-// The operands of a rule, for the number as it is shown. n is i if w is 0, and no whole number
-// otherwise.
+// The operands of a rule, for the number as it is shown. n equals i if w is 0; otherwise it is not
+// a whole number.
 struct operands {
     unsigned long i;  // the whole part
     unsigned long v;  // the number of visible fraction digits
