@@ -1,13 +1,13 @@
-# A bare Debian 12 in a temporary directory, for the scripts that source this file. Needs root and
+# Sets up a bare Debian 12 in a temporary directory, for the scripts that source this file. Needs root and
 # debootstrap. The directory is $root; it is removed when the script ends.
 
-# make_bare_system PACKAGE,...: makes the system with these packages beyond the smallest one.
+# make_bare_system PACKAGE,...: makes a minimal system with these additional packages.
 make_bare_system() {
     root=$(mktemp -d "${TMPDIR:-/tmp}/bare_system_XXXXXX")
     trap remove_bare_system EXIT
-    chmod 755 "$root"  # apt downloads as a user of its own
+    chmod 755 "$root"  # apt downloads as a separate user
 
-    # The bare system uses the package source of this one.
+    # The bare system uses the package source of the host.
     local source
     source=$(apt-get indextargets --format '$(SITE) $(RELEASE)' | awk '$2 == "bookworm" {print $1; exit}')
     debootstrap --variant=minbase --include="ca-certificates,$1" bookworm "$root" "$source" \
@@ -23,7 +23,7 @@ remove_bare_system() {
     rm -rf --one-file-system "$root"
 }
 
-# inside COMMAND: runs a command in the system, with an environment of its own.
+# inside COMMAND: runs a command in the bare system, with a clean environment.
 inside() {
     chroot "$root" env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin LANG=C.UTF-8 "$@"
 }

@@ -4,7 +4,7 @@
 # tests/first_contact.sh [COMMIT]: makes such a system in a temporary directory (root and debootstrap
 # are needed), clones COMMIT into it, runs the README's commands one by one and compares what they
 # print with what the README shows. The time without the download and set-up of packages is printed,
-# with a remark if it is more than two minutes: a busy machine is no error of the README.
+# with a note if it is more than two minutes: a busy machine is not an error in the README.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 commit=$(git rev-parse "${1:-HEAD}")

@@ -32,12 +32,12 @@ def main():
             "__stack_chk_fail", "")) is not None,
     }
     if "X86-64" in output_of("readelf", "--file-header", library):
-        checks["the note promises marked branch targets"] = "IBT" in notes
-        checks["the note promises a shadow stack"] = "SHSTK" in notes
+        checks["the note claims marked branch targets"] = "IBT" in notes
+        checks["the note claims a shadow stack"] = "SHSTK" in notes
         # The start file's _init has no branch target, so the loader must not call it.
         checks["the loader calls no _init and no _fini"] = not re.search(r"\((INIT|FINI)\)", dynamic)
-        # The note is a promise about each function whose address is taken; vtables hold such
-        # addresses, so each exported function must begin with a mark.
+        # The note covers each function whose address is taken. Vtables hold such addresses, so each
+        # exported function must begin with a mark.
         code = output_of("objdump", "--disassemble", "--no-show-raw-insn", library)
         unmarked = re.findall(r"^[0-9a-f]+ <(_ZNK?9TOVA_2_18[^>@]*)>:\n\s+[0-9a-f]+:\s+(?!endbr64)",
                               code, re.MULTILINE)

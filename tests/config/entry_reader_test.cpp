@@ -206,9 +206,9 @@ TEST(EntryReader, AddsToTheNodesOfTheTree) {
     EXPECT_NE("", item.get_filename());
 }
 
-// Time is linear in the size of the text, and the stack doesn't overflow: a section name of very
-// many segments with very many entries, a key of very many segments, and a line with very many
-// elements.
+// Time is linear in the size of the text, and the stack doesn't overflow: a section name with
+// thousands of segments and thousands of entries, a key with thousands of segments, and a line with
+// thousands of elements.
 TEST(EntryReader, ReadsLargeFilesInLinearTime) {
     std::string text = "[";
     for (int i = 0; i < 100000; ++i)

@@ -103,7 +103,7 @@ TEST(FileItem, OpensAFileButNotTheTargetOfASymbolicLink) {
     const std::string file = directory.write("target.cfg", "a=1\n");
     const std::string pipe = directory.path("pipe");
     ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
-    // A terminal of our own represents devices: nobody else opens it.
+    // A private terminal represents devices, because nobody else opens it.
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_LE(0, terminal);
     ASSERT_EQ(0, grantpt(terminal));

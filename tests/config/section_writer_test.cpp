@@ -34,8 +34,8 @@ TEST(SectionWriter, DropsEntriesOutsideAnySection) {
 TEST(SectionWriter, WritesAnEntryUnderEverySectionWithANameOfTheSameLength) {
     EXPECT_EQ("[a]\nx=1\ny=2\n\n[b]\nx=1\ny=2\n\n", resaved("[a]\nx=1\n[b]\ny=2\n"));
     EXPECT_EQ("[a]\nx=1\n\n[bb]\ny=2\n\n", resaved("[a]\nx=1\n[bb]\ny=2\n"));
-    // The parent may itself be an entry: its children then appear under a section whose name is as
-    // long.
+    // The parent may itself be an entry. Its children then appear under a section with a name of
+    // that length.
     EXPECT_EQ("[z]\nsub=2\nx=1\n\n", saved([](file_item& item) {
                   item.set("z.x = 1", 0);
                   item.set("k = top", 0);

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# headers_test.sh INCLUDE_FOLDER: compiles every public header alone, as a program's own header (-I, not
-# -isystem), with every warning that a careful project enables. g++ compiles all of them as C++14, and
-# each compiler the two umbrella headers with every standard. A warning is an error. Each header must
-# also declare the short name of the namespace, and the umbrellas must include all.
+# headers_test.sh INCLUDE_FOLDER: compiles every public header alone, like a program's own header (-I, not
+# -isystem), with every warning that a careful project enables. g++ compiles all of them as C++14. Every
+# compiler compiles the two umbrella headers with every standard. A warning is an error. Each header must
+# also declare the short name of the namespace, and the umbrella headers must include all others.
 set -euo pipefail
 include=$(realpath "$1")
 root=$(mktemp -d "${TMPDIR:-/tmp}/tova_headers_XXXXXX")

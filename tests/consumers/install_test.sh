@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # install_test.sh BUILD_DIRECTORY: installs the built library into a private prefix and builds programs
-# against it, out of tree: by find_package, by pkg-config, by -I and -l alone, and with g++ and two
-# versions of clang++ for every standard. All of them run against the same binary, and print what
-# `expected` contains. The program of the README and the project of ./run new are built, too.
+# against it, outside the tree: with find_package, with pkg-config, with only -I and -l, and with g++ and
+# two versions of clang++ for every standard. All of them run with the same binary and print the contents of
+# `expected`. The program of the README and the project of ./run new are built, too.
 set -euo pipefail
 build=$(realpath "$1")
 source=$(realpath "$(dirname "$0")")
@@ -57,8 +57,8 @@ for compiler in g++ clang++ clang++-19; do
     done
 done
 
-# The program and the catalog of the README, built against what is installed, print what it says.
-# block LANGUAGE: the first fenced block of that language.
+# The program and the catalog from the README, built against the installed library, print the output that
+# the README shows. block LANGUAGE: the first fenced block of that language.
 block() {
     awk -v fence='```'"$1" '$0 == fence {on = 1; next} on && /^```/ {exit} on' \
         "$source/../../README.md"
@@ -71,7 +71,7 @@ block xml >"$root/catalogs/report.xmc"
 printed=$(cd "$root" && export LD_LIBRARY_PATH=$library && ./readme && ./readme de_AT)
 [[ $printed == "$(block output)" ]] || { echo "the README's program prints: $printed"; exit 1; }
 
-# The project that ./run new makes builds and runs at once.
+# The project that ./run new makes builds and runs without changes.
 "$source/../../tools/new_project.sh" "$root/hello" >/dev/null
 cmake -G Ninja -S "$root/hello" -B "$root/hello/build" -DCMAKE_PREFIX_PATH="$root/prefix" >/dev/null
 cmake --build "$root/hello/build" >/dev/null

@@ -1,5 +1,6 @@
-// The program that all consumers build, outside the source tree. It uses each family once, and what
-// crosses the boundary of the library: strings, exceptions, callbacks, type information.
+// The program that all consumers build, outside the source tree. It uses each family once, and
+// everything that crosses the boundary of the library: strings, exceptions, callbacks, type
+// information.
 #include <cstdio>
 #include <fstream>
 #include <iostream>

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Checks tova.natvis: natvis_test.py PROJECT
 
-No debugger for Natvis runs here. The file must be well-formed, describe every class that the gdb
-printers describe, and use only fields that the headers declare.
+No debugger for Natvis is available here. So the test checks that the file is well-formed, describes every
+class that has a gdb printer, and uses only fields that the headers declare.
 """
 import pathlib
 import re
@@ -22,7 +22,7 @@ def class_names(root):
 
 
 def expressions(root):
-    """What a debugger evaluates: conditions, values, and the braces of display strings."""
+    """The expressions that a debugger evaluates: conditions, values, and the braces of display strings."""
     for element in root.iter():
         if element.get("Condition"):
             yield element.get("Condition")
@@ -49,14 +49,14 @@ def main():
     described = set(class_names(root))
     for name in re.findall(r'\("([\w:]+)(?:<\.\*>)?", (?:one_line|\w+Printer)', printers):
         if f"TOVA_2_18::{name}" not in described:
-            failures.append(f"{name} has a gdb printer and is not in tova.natvis")
+            failures.append(f"{name} has a gdb printer but is not in tova.natvis")
     for name in sorted(described):
         if not re.search(rf"\bclass TOVA_API {name.split('::')[-1]}\b", headers):
-            failures.append(f"{name} is in tova.natvis and in no header")
+            failures.append(f"{name} is in tova.natvis but in no header")
     used = set().union(*map(fields_used, expressions(root))) - FOREIGN
     for field in sorted(used):
         if not re.search(rf"[\w>*&] {field};|[\w>*&] {field};  //", headers):
-            failures.append(f"{field} is used in tova.natvis and no header declares it")
+            failures.append(f"{field} is used in tova.natvis, but no header declares it")
 
     print("\n".join(failures or [f"{len(described)} classes, {len(used)} fields"]))
     return 1 if failures or not used else 0

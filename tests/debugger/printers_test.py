@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Drives gdb over a program, values.cpp, and compares what it prints: printers_test.py BUILD_FOLDER PROGRAM
 
-The library is installed into a temporary directory and stripped, as packages install it, and gdb
-loads the printers from there by itself. Addresses are shown as 0x. A variable of every type, of every
-type that a variant can hold, and uninitialized memory are looked at; the program is compiled by g++
-and by clang++, and the terminal knows UTF-8 or not. What docs/debugging.md shows is one of these values.
+The library is installed into a temporary directory and stripped, as packages install it. gdb loads the
+printers from there automatically. Addresses are shown as 0x. The test prints variables of every type,
+variants with every type, and uninitialized memory. The program is compiled by g++ and by clang++, and the
+terminal supports UTF-8 or not. The examples in docs/debugging.md are among these values.
 """
 import os
 import pathlib
@@ -26,7 +26,7 @@ def raw(name, kind):
     return f"*(TOVA_2_18::{kind}*){name}.bytes"
 
 
-# What is typed, and what gdb prints.
+# The expressions, and what gdb prints for them.
 EXPECTED = [
     ("text8", '"Grüß \\"you\\""'),
     ("text16", 'u"Grüß \\"you\\""'),
@@ -89,13 +89,13 @@ EXPECTED = [
     (raw("raw_holder", "memory::pointers::rc_pointer<TOVA_2_18::config::config_tree>"),
      "<unreadable>"),
 ]
-# A terminal without UTF-8 gets escapes.
+# In a terminal without UTF-8, gdb prints escapes.
 PLAIN = [
     ("text8", '"Gr\\u00fc\\u00df \\"you\\""'),
     ("v_ustring16", 'ustring16 u"Gr\\u00fc\\u00df \\"you\\""'),
     ("message", COPIED),
 ]
-# Limits of gdb hold inside the values, too.
+# gdb's limits apply inside the values, too.
 LIMITED = [
     ("text16", 'u"Gr"...'),
     ("v_string", 'std::string "pl"...'),
@@ -133,7 +133,7 @@ def printed(program, prefix, expressions, charset, *settings):
 
 
 def wrong_in_guide():
-    """What the guide shows and no test expects."""
+    """The examples in the guide that no test expects."""
     guide = (HERE.parents[1] / "docs/debugging.md").read_text(encoding="utf-8")
     shown = re.findall(r"^\(gdb\) print (.*)\n(.*)$", guide, re.MULTILINE)
     assert shown, "the guide shows nothing"

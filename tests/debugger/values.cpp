@@ -1,5 +1,5 @@
-// One object of every type that the debugger shows. printers_test.py stops in `look_here` and looks
-// at the variables of `main`.
+// One object of every type that the debugger shows. printers_test.py stops in `look_here` and
+// prints the variables of `main`.
 #include <tova/tova.hpp>
 
 #include <string>
@@ -37,7 +37,7 @@ __attribute__((noinline)) void look_here() {
 
 }  // namespace
 
-// Long because it has a variable for every type and every case of it.
+// Long because it has a variable for every case of every type.
 int main() {
     using namespace tova;
     using generic::argument;

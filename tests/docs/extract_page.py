@@ -5,7 +5,7 @@ A page is written for its readers; these are the rules that let a test run it:
 
 - A ```cpp block is a piece of a function, or a whole program if it defines `main`. What it prints is
   in the ```output block that follows it; without one it prints nothing.
-- ```cpp part is the first part of a program; the next block of code, which has a `main`, is the rest.
+- ```cpp part is the first part of a program. The next block of code, which has a `main`, is the rest.
 - ```cpp hazard marks code that must not end normally. It runs with limits of memory, stack and time.
 - ```xml NAME, ```cfg NAME and ```text NAME are files. Each block of code finds all files of the page
   in its working directory.

@@ -55,7 +55,7 @@ class Row:
 
 
 def code_of(cell):
-    """The content of a cell: that of its code span, without the span."""
+    """The content of the code span of a cell, or of the cell itself."""
     match = re.fullmatch(r"(`+) ?(.*?) ?\1", cell)
     return match.group(2) if match else cell
 
@@ -80,7 +80,7 @@ def setup(page):
 
 
 def body(code):
-    """The statements of a row: all but the last one, and the last one shown."""
+    """The statements of a row. The last one is shown."""
     depth = 0
     cut = 0
     for index, character in enumerate(re.sub(r'"[^"]*"', lambda text: "x" * len(text.group()), code)):
@@ -146,7 +146,7 @@ def first_errors(compiler, include, source):
 
 
 def counts(all_rows):
-    """What the page says about its rows."""
+    """The sentence with the numbers of rows that the page must contain."""
     count = lambda test: sum(1 for row in all_rows if test(row))
     written = [row for row in all_rows if row.is_refused and row.code]
     return (f"Of {len(all_rows)} rows, {count(lambda row: not row.is_refused and not row.addon)} compile "
@@ -161,7 +161,7 @@ def refused(page, include, compilers):
     all_rows = rows(page)
     problems = []
     if len(all_rows) < ROWS:
-        problems.append(f"{len(all_rows)} rows, and {ROWS} were promised")
+        problems.append(f"{len(all_rows)} rows instead of at least {ROWS}")
     typed = [row.typed for row in all_rows]
     problems += [f"{name}: twice" for name in set(typed) if typed.count(name) > 1]
     wrong = [row for row in all_rows if row.is_refused]
@@ -172,7 +172,7 @@ def refused(page, include, compilers):
             answers = pool.map(lambda compiler: first_errors(compiler, include, source), compilers)
         for compiler, found in zip(compilers, answers):
             if 0 in found:
-                problems.append(f"{compiler}: outside of the rows: {found[0]}")
+                problems.append(f"{compiler}: error outside the rows: {found[0]}")
             for row in wrong:
                 message = found.get(row.line)
                 if message is None:

@@ -3,8 +3,8 @@
 
 - Something runs every C++ block of every page. PAGE is a page that extract_page.py turns into a test, as
   its path below PROJECT. The code of the README is examples/hello, which has a test of its own.
-- The manual, or the list of surprises, leads to every guide.
-- Each entry of the changelog says what becomes of the binary interface.
+- The manual or the list of surprises links to every guide.
+- Each entry of the changelog says what happens to the binary interface.
 """
 import pathlib
 import re
@@ -39,7 +39,7 @@ def cpp_blocks(page):
 
 
 def lost_guides(project):
-    """Guides that no table of contents leads to."""
+    """Guides that no table of contents links to."""
     docs = project / "docs"
     linked = set()
     for name in ("manual.md", "surprises.md"):
@@ -47,11 +47,11 @@ def lost_guides(project):
             linked.update(re.findall(r"\]\(([\w/]+\.md)\)", (docs / name).read_text(encoding="utf-8")))
     for page in sorted(docs.glob("*.md")):
         if page.name != "manual.md" and page.name not in linked:
-            yield f"docs/{page.name}: docs/manual.md does not lead to this page"
+            yield f"docs/{page.name}: docs/manual.md does not link to this page"
 
 
 def silent_entries(project):
-    """Entries of the changelog that do not say what they mean for compiled programs."""
+    """Entries of the changelog that do not say how they affect compiled programs."""
     path = project / "CHANGELOG.md"
     text = path.read_text(encoding="utf-8") if path.is_file() else ""
     for entry in re.split(r"^## ", text, flags=re.M)[1:]:
@@ -101,7 +101,7 @@ def self_test():
         (project / "README.md").unlink()
         (project / "docs" / "manual.md").write_text("Nothing yet.\n")
         assert findings(project, ["docs/run.md"]) == [
-            "docs/run.md: docs/manual.md does not lead to this page"]
+            "docs/run.md: docs/manual.md does not link to this page"]
         (project / "docs" / "manual.md").write_text("[Run](run.md)\n")
         (project / "CHANGELOG.md").write_text("## 2\n\nBinary interface: same.\n\n## 1\n\nFirst.\n")
         assert findings(project, ["docs/run.md"]) == [

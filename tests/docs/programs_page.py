@@ -1,15 +1,14 @@
 #!/usr/bin/env python3
 """Runs the commands of a guide and compares what they print: programs_page.py PAGE.md PROGRAM...
 
-- A ```console block holds commands, each in a line that begins with "$ ", and after it what the
-  command prints on standard output and standard error. A line "(exit code N)" ends the output if N is
-  not 0.
-- ```xml NAME, ```text NAME and ```cpp NAME are files. Commands run in one directory, which has the files
-  of the page so far, and what earlier commands wrote.
+- A ```console block holds commands, each on a line that begins with "$ ", followed by the output of the
+  command on standard output and standard error. A line "(exit code N)" ends the output if N is not 0.
+- ```xml NAME, ```text NAME and ```cpp NAME are files. Commands run in one directory, which contains the
+  preceding files of the page and the output of earlier commands.
 - A line of output that is only "..." stands for any number of lines.
 
-PROGRAM is the path of a program that the commands may name. With --update as the first argument the
-page is rewritten with what the commands print.
+PROGRAM is the path of a program that the commands may run. With --update as the first argument, the output
+in the page is replaced with the output of the commands.
 """
 import os
 import pathlib
@@ -31,7 +30,7 @@ def run(command, folder, programs):
 
 
 def matches(expected, actual):
-    """Whether the output is the expected one, where "..." is any number of lines."""
+    """Whether the output matches the expected one, in which "..." means any number of lines."""
     if not expected:
         return not actual
     if expected[0] == "...":
@@ -40,7 +39,7 @@ def matches(expected, actual):
 
 
 def console(lines, folder, programs, start, errors):
-    """The lines of a block with the output that its commands have."""
+    """The lines of a block with the actual output of its commands."""
     result = []
     index = 0
     while index < len(lines):

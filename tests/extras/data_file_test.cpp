@@ -1,7 +1,6 @@
 // Tests the data files, built with every C++ standard that programs may use.
-//
-// The program replaces `fsync` and `rename`, so that a test sees in which order a store calls them
-// and can let one of them fail.
+// The program replaces `fsync` and `rename`, so a test can check in which order a store calls them
+// and can make one of them fail.
 #include <tova/extras/data_file.hpp>
 #include <tova/tova.hpp>
 
@@ -35,7 +34,7 @@ struct system_calls {
 };
 system_calls* s_calls = nullptr;
 
-// Notes the call. Returns whether it is the one that fails.
+// Records the call. Returns whether it should fail.
 bool notes_failure(const char* name) {
     if (s_calls == nullptr)
         return false;
@@ -219,7 +218,7 @@ TEST(DataFile, RefusesEveryChangedByte) {
         }
 }
 
-TEST(DataFile, SaysWhatIsWrong) {
+TEST(DataFile, ReportsEachError) {
     const std::string bytes = encoded(drawing());
     std::string newer = bytes;
     newer[8] = 2;
@@ -265,7 +264,7 @@ TEST(DataFile, EachErrorHasAName) {
     EXPECT_STREQ("unknown", extras::name(static_cast<data_error>(99)));
 }
 
-TEST(DataFile, AcceptsContentOfAnOlderVersionAndTellsIt) {
+TEST(DataFile, AcceptsContentOfAnOlderVersionAndReportsIt) {
     std::string bytes;
     ASSERT_TRUE(extras::encode_data(drawing(), bytes, 2));
     labeled_text_buffer tree;
@@ -346,7 +345,8 @@ TEST(DataFileContent, RefusesWhatATreeNeverWrites) {
 }
 
 TEST(DataFileContent, AcceptsGroupsDeeperThanAnyStack) {
-    // Written from the innermost group outwards; each one begins with its label and its size.
+    // The text is written from the innermost group outwards. Each group begins with its label and
+    // its size.
     std::vector<std::string> starts;
     std::size_t size = item("a").size() + item("b").size();
     for (int depth = 0; depth < 20000; ++depth) {
@@ -416,7 +416,7 @@ TEST(DataFileContent, FloatingPointNumbersReadBackExactly) {
         EXPECT_EQ(number, extras::retrieve<double>(*read.retrieve_group("g"), "double").value());
         EXPECT_EQ(static_cast<float>(0.1), extras::retrieve<float>(read, "float").value());
         EXPECT_EQ(0.1L, extras::retrieve<long double>(read, "long").value());
-        // The tree that was stored keeps its types.
+        // The stored tree keeps its types.
         EXPECT_TRUE(tree.retrieve_value("float").type() == typeid(float));
     }
     std::locale::global(before);
@@ -483,7 +483,7 @@ TYPED_TEST(DataFileBuffer, RefusesEveryPrefixAndEveryFlippedBit) {
     EXPECT_EQ("unchanged", buffer.as_str());
 }
 
-TYPED_TEST(DataFileBuffer, ContentIsWholeRecords) {
+TYPED_TEST(DataFileBuffer, ContentConsistsOfCompleteRecords) {
     const std::string content = scores<TypeParam>().as_str();
     TypeParam first;
     first.append_string("Mia");
@@ -671,7 +671,7 @@ TEST(DataFileStore, WritesIntoTheWorkingDirectory) {
     });
 }
 
-TEST(DataFileStore, RefusesWhatIsNoRegularFile) {
+TEST(DataFileStore, RefusesAnythingExceptARegularFile) {
     const test_support::temporary_directory directory;
     const std::string pipe = directory.path("pipe");
     ASSERT_EQ(0, ::mkfifo(pipe.c_str(), 0600));

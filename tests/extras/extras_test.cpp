@@ -106,8 +106,8 @@ TEST(ExtrasDates, CompareByYearMonthAndDay) {
                 date_time_t(date(1, 1, 2026), time_of_day(9, 0, 0, 1)));
 }
 
-// Every day of 800 years: the difference to the day before is 1, and conversions to a time point
-// and to ISO 8601 lead back to the same date.
+// Every day of 800 years: it is 1 day after the day before, and conversions to a time point and to
+// ISO 8601 round-trip.
 TEST(ExtrasDates, CountsEveryDayOfEightHundredYears) {
     using namespace tova::extras;
     date before(31, 12, 1599);

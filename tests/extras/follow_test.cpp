@@ -1,4 +1,4 @@
-// Follows XML files that grow, are cut anywhere, rotated and truncated.
+// Follows XML files that grow, end anywhere, are rotated and are truncated.
 #include <tova/extras/follow.hpp>
 
 #include "support/temporary_directory.hpp"
@@ -49,7 +49,7 @@ std::string rendered(const follow_event& event) {
     return "";
 }
 
-// The events that are there now, one on each line.
+// The events that are available now, one per line.
 std::string take(xml_follower& follower) {
     std::string found;
     follow_event event;
@@ -65,7 +65,7 @@ protected:
         std::ofstream(path(), std::ios::app | std::ios::binary) << bytes;
     }
     void write(const std::string& bytes) const { std::ofstream(path(), std::ios::binary) << bytes; }
-    // The events of a document that is there as a whole.
+    // The events of a complete document.
     std::string whole(const std::string& document,
                       const std::vector<ustring8>& resume_at = {}) const {
         std::remove(path().c_str());
@@ -227,7 +227,7 @@ TEST_F(ExtrasFollow, ReportsTheEventsOfADocument) {
         EXPECT_EQ(each.events, whole(each.bytes, each.resume_at)) << each.title;
 }
 
-// Closing a follower takes the kernel a few milliseconds, so the documents take turns.
+// The kernel needs a few milliseconds to close a follower, so the documents are followed in turn.
 TEST_F(ExtrasFollow, ReportsTheSameEventsWhereverTheFileIsCut) {
     std::vector<std::thread> threads;
     unsigned number = 0;
@@ -264,8 +264,7 @@ TEST_F(ExtrasFollow, ReportsTheSameEventsByteByByte) {
     }
 }
 
-// Documents of several hundred KiB, so that all the limits of buffers are crossed, in random
-// pieces.
+// Documents of several hundred KiB, which exceed every buffer, in random pieces.
 TEST_F(ExtrasFollow, ReportsTheSameEventsOfLargeDocuments) {
     std::mt19937 random(7);
     const auto below = [&random](unsigned limit) {
@@ -287,7 +286,7 @@ TEST_F(ExtrasFollow, ReportsTheSameEventsOfLargeDocuments) {
             }
             if (!text.empty() && text.find_first_not_of(' ') == std::string::npos)
                 raw = text = "x";
-            if (below(3) == 0) {  // in the root
+            if (below(3) == 0) {  // directly in the root
                 bytes += "<e/>" + raw + "<f/>\n";
                 expected += "2" + at + "<e>\n2" + at + "</e>\n";
                 expected += text.empty() ? "" : "1" + at + "log: [" + text + "]\n";
@@ -326,13 +325,13 @@ TEST_F(ExtrasFollow, RejectsATagOfMoreThan30000Bytes) {
               whole("<r>" + element(30000) + "</e></r>"));
     EXPECT_EQ("1@1 <r>\n0@1 error too_long\n", whole("<r>" + element(30001) + "</e></r>"));
     EXPECT_EQ("1@1 <r>\n0@1 error too_long\n", whole("<r><" + std::string(30000, 'n')));
-    // The same one byte earlier, where it could still end.
+    // The same data, one byte shorter: the tag could still end.
     EXPECT_EQ("1@1 <r>\n", whole("<r><" + std::string(29999, 'n')));
     EXPECT_EQ("1@1 <r>\n0@1 error too_long\n2@1 <f>\n2@1 </f>\n1@1 </r>\n",
               whole("<r>" + element(100000) + "</e><f/></r>", {"f"}));
 }
 
-TEST_F(ExtrasFollow, HoldsBackWhatIsNotFinished) {
+TEST_F(ExtrasFollow, HoldsBackUnfinishedInput) {
     append("<log><entry>one");
     xml_follower follower(path());
     EXPECT_EQ("1@1 <log>\n", take(follower));
@@ -365,7 +364,7 @@ TEST_F(ExtrasFollow, RaisesIfTheDirectoryCannotBeWatched) {
     EXPECT_THROW(xml_follower(path() + "/no/such"), std::system_error);
 }
 
-TEST_F(ExtrasFollow, GoesOnWithANewFileOfThatName) {
+TEST_F(ExtrasFollow, ContinuesWithANewFileOfTheSameName) {
     append("<log><entry>1</entry>");
     xml_follower follower(path());
     EXPECT_EQ("1@1 <log>\n2@1 <entry>\n2@1 entry: [1]\n2@1 </entry>\n", take(follower));
@@ -373,7 +372,7 @@ TEST_F(ExtrasFollow, GoesOnWithANewFileOfThatName) {
     std::ofstream(path("log.1"), std::ios::app) << "<entry>2</entry>";
     EXPECT_EQ("2@1 <entry>\n2@1 entry: [2]\n2@1 </entry>\n", take(follower));
 
-    // What is added before the new file appears belongs to the old one.
+    // Bytes that are added before the new file appears belong to the old one.
     std::ofstream(path("log.1"), std::ios::app) << "<entry/><half";
     append("<log id='2'>\n");
     EXPECT_EQ("2@1 <entry>\n2@1 </entry>\n0@1 error incomplete\nrotated\n1@1 <log id=[2]>\n",
@@ -381,19 +380,19 @@ TEST_F(ExtrasFollow, GoesOnWithANewFileOfThatName) {
     append("</log>");
     EXPECT_EQ("1@2 </log>\n", take(follower));
 
-    // Replaced at once, after the end of the document.
+    // The file is replaced immediately, after the end of the document.
     std::ofstream(path("new")) << "<log/>";
     ASSERT_EQ(0, std::rename(path("new").c_str(), path().c_str()));
     EXPECT_EQ("rotated\n1@1 <log>\n1@1 </log>\n", take(follower));
 }
 
-TEST_F(ExtrasFollow, BeginsAgainIfTheFileIsTruncated) {
+TEST_F(ExtrasFollow, StartsOverIfTheFileIsTruncated) {
     append("<log><entry>1</entry>");
     xml_follower follower(path());
     EXPECT_EQ("1@1 <log>\n2@1 <entry>\n2@1 entry: [1]\n2@1 </entry>\n", take(follower));
     write("<log id='2'>");
     EXPECT_EQ("rotated\n1@1 <log id=[2]>\n", take(follower));
-    // Longer than before.
+    // The new content is longer than the old.
     write("<log id='3'><entry/><entry/></log>");
     EXPECT_EQ("rotated\n1@1 <log id=[3]>\n2@1 <entry>\n2@1 </entry>\n2@1 <entry>\n2@1 </entry>\n"
               "1@1 </log>\n",
@@ -473,7 +472,7 @@ TEST_F(ExtrasFollow, StopsFromASignalHandler) {
     std::signal(SIGALRM, before);
 }
 
-TEST_F(ExtrasFollow, HasADescriptorForOtherLoops) {
+TEST_F(ExtrasFollow, HasADescriptorForEventLoops) {
     append("<log>");
     xml_follower follower(path());
     EXPECT_EQ("1@1 <log>\n", take(follower));
@@ -485,7 +484,7 @@ TEST_F(ExtrasFollow, HasADescriptorForOtherLoops) {
     EXPECT_EQ(0, ::poll(&wanted, 1, 0));
 }
 
-// A follower of a file that does not change sleeps: it does not even wake up.
+// A follower of a file that does not change sleeps and never wakes up.
 TEST_F(ExtrasFollow, DoesNotPoll) {
     append("<log>");
     xml_follower follower(path());

@@ -30,7 +30,7 @@ using tova::extras::options;
 using tova::types::variant;
 typedef std::vector<std::string> strings;
 
-// The options of a small server, with a settings file in a directory of its own.
+// The options of a small server, with a settings file in a private directory.
 class Options : public ::testing::Test {
 protected:
     Options() : m_options("serve", "1.2.0", "Serves a folder.") {
@@ -94,7 +94,7 @@ protected:
 
 // --- The command line ----------------------------------------------------------------------------
 
-TEST_F(Options, TakesEveryFormOfAnOption) {
+TEST_F(Options, AcceptsEveryFormOfAnOption) {
     const struct {
         strings words;
         const char* values;
@@ -152,7 +152,7 @@ TEST_F(Options, TakesEveryFormOfAnOption) {
     }
 }
 
-TEST_F(Options, SaysWhatIsWrongOnTheCommandLine) {
+TEST_F(Options, ReportsErrorsOnTheCommandLine) {
     const struct {
         strings words;
         const char* error;
@@ -364,7 +364,7 @@ TEST_F(Options, TheEnvironmentIsThatOfTheProcessUnlessGiven) {
     });
 }
 
-TEST_F(Options, ASecondLoadStartsAnew) {
+TEST_F(Options, ASecondLoadStartsOver) {
     EXPECT_TRUE(load({"-v", "file"}));
     EXPECT_TRUE(load({}));
     EXPECT_FALSE(m_options.get<bool>("verbose"));
@@ -373,7 +373,7 @@ TEST_F(Options, ASecondLoadStartsAnew) {
 
 // --- The file ------------------------------------------------------------------------------------
 
-TEST_F(Options, SaysWhatIsWrongInTheFile) {
+TEST_F(Options, ReportsErrorsInTheFile) {
     m_options.foreign_section("plugins");
     const struct {
         const char* text;
@@ -443,7 +443,7 @@ TEST_F(Options, FollowsALinkToTheFile) {
     EXPECT_TRUE(S_ISLNK(status.st_mode));
 }
 
-TEST(OptionsFile, AProgramNeedsNone) {
+TEST(OptionsFile, IsOptional) {
     options plain("plain");
     plain.add("n", 1, "a number");
     const char* const words[] = {"plain", "--n=2", nullptr};
@@ -596,7 +596,7 @@ TEST_F(Options, EveryStringIsStoredOrRefused) {
     for (const std::string& start : ends)
         for (const std::string& end : ends)
             for (int byte = 1; byte < 256; ++byte) {
-                // Every byte alone; within other bytes those that can have a meaning.
+                // Every byte alone, and between other bytes those that can have a special meaning.
                 if ((byte >= 0x7F || std::isalnum(byte) != 0) && !(start.empty() && end.empty()))
                     continue;
                 const std::string value = start + static_cast<char>(byte) + end;

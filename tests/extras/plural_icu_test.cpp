@@ -1,5 +1,6 @@
 // Compares the plural rules with those of ICU: every locale, the numbers 0 to 10,000, fractions and
-// compact forms. The data here are CLDR 41, those of ICU 72 CLDR 42; the differences are listed.
+// compact forms. Our data come from CLDR 41, and those of ICU 72 from CLDR 42. The differences are
+// listed.
 #include <tova/extras/plural.hpp>
 
 #include <gtest/gtest.h>
@@ -20,7 +21,7 @@ using tova::extras::plural_number;
 using tova::extras::plural_rules;
 using tova::extras::plural_type;
 
-// Each number as the digits that are shown, and as ICU holds it.
+// Each number as displayed digits and as an ICU value.
 struct sample {
     plural_number ours;
     icu::number::FormattedNumber theirs;
@@ -72,7 +73,7 @@ std::vector<sample> compact_forms() {
     return found;
 }
 
-// Both lists of locales: those with plural rules and those with any data.
+// The locales of both lists: those with plural rules and those with any data.
 std::set<std::string> locales() {
     std::set<std::string> found;
     UErrorCode status = U_ZERO_ERROR;
@@ -139,9 +140,9 @@ TEST(PluralRulesAndIcu, HaveManyLocalesToCompare) {
     EXPECT_GT(fractions().size() + compact_forms().size(), 3500u);
 }
 
-// CLDR 42 changed the rules of six languages; iw and mo are old codes of two of them. The other
-// locales have the rules of their parents here, and in ICU those of their names without the last
-// part: Portuguese outside of Brazil follows Portugal, Hindi in Latin script follows English.
+// CLDR 42 changed the rules of six languages; iw and mo are old codes of two of them. Each of the
+// other locales uses the rules of its parent here, but in ICU the rules of its name without the
+// last part: Portuguese outside Brazil follows Portugal, and Hindi in Latin script follows English.
 TEST(PluralRulesAndIcu, AgreeOnCardinals) {
     if (U_ICU_VERSION_MAJOR_NUM != 72)
         GTEST_SKIP() << "the differences are listed for ICU 72";

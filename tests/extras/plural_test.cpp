@@ -1,4 +1,4 @@
-// Plural categories, and the messages they choose.
+// Tests the plural categories, and the messages that they select.
 #include <tova/extras/plural.hpp>
 
 #include "support/guide.hpp"
@@ -36,7 +36,7 @@ std::string operands(const plural_number& number) {
     return out.str();
 }
 
-TEST(ExtrasPluralNumber, HasTheOperandsOfTheShownDigits) {
+TEST(ExtrasPluralNumber, HasTheOperandsOfTheVisibleDigits) {
     const struct {
         const char* text;
         const char* operands;  // i v w f t c
@@ -86,7 +86,7 @@ TEST(ExtrasPluralNumber, RejectsEverythingElseWithItsPosition) {
     }
 }
 
-TEST(ExtrasPluralNumber, TakesEveryArithmeticType) {
+TEST(ExtrasPluralNumber, AcceptsEveryArithmeticType) {
     EXPECT_EQ("3 0 0 0 0 0", operands(static_cast<signed char>(-3)));
     EXPECT_EQ("200 0 0 0 0 0", operands(static_cast<unsigned char>(200)));
     EXPECT_EQ("1223372036854775808 0 0 0 0 0", operands(std::numeric_limits<std::int64_t>::min()));
@@ -163,7 +163,7 @@ TEST(ExtrasPlural, FindsTheRulesOfTheNearestParent) {
     EXPECT_STREQ("pt", plural_rules("pt_PT", plural_type::ordinal).locale());
 }
 
-// Both ends of every range of CLDR's own samples, compact forms included.
+// Both ends of every range in CLDR's own samples, including compact forms.
 TEST(ExtrasPlural, AgreesWithTheSamplesOfItsRules) {
     std::ifstream file(TOVA_TEST_DATA "/extras/plural_samples.txt");
     std::string line;
@@ -248,7 +248,7 @@ TEST_F(ExtrasPluralMessage, HasTheFormOfItsLanguage) {
     EXPECT_EQ("1.5 pliku", text("files", 1.5, "1.5"));
 }
 
-TEST_F(ExtrasPluralMessage, FollowsTheRulesOfTheLanguageThatStepsIn) {
+TEST_F(ExtrasPluralMessage, FollowsTheRulesOfTheFallbackLanguage) {
     load("pl");
     EXPECT_EQ("a day", text("days", 1, "1"));
     EXPECT_EQ("3 days", text("days", 3, "3"));

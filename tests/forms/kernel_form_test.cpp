@@ -1,5 +1,6 @@
-// Tests that a program which is linked to the library like all others gets the form of the kernels
-// that `--form=FORM` names. The switch is in the copies of the library only, so it is looked up.
+// Tests that a program that is linked to the library in the usual way gets the form of the kernels
+// that `--form=FORM` names. Only the copies of the library have the switch, so it is looked up by
+// name.
 #include <tova/strings/case.hpp>
 
 #include <gtest/gtest.h>
@@ -12,7 +13,7 @@ namespace {
 
 std::string wanted;
 
-// A function of the switch by its name in the symbol table; null in the library itself.
+// Finds a function of the switch by its name in the symbol table. Null in the library itself.
 template <typename Function>
 Function find(const char* symbol) {
     Function function;
@@ -29,7 +30,7 @@ bool (*use())(const char*) {
     return find<bool (*)(const char*)>("_ZN9TOVA_2_1811kernel_form3useEPKc");
 }
 
-TEST(KernelForm, IsTheWantedOneFromTheStart) {
+TEST(KernelForm, IsTheRequestedOneFromTheStart) {
     if (wanted.empty())
         GTEST_SKIP() << "needs --form=FORM";
     ASSERT_NE(nullptr, in_use());

@@ -1,6 +1,6 @@
-// with_kernel_form FORM DIRECTORY PROGRAM [ARGUMENT ...]: runs a program, and those that it starts,
-// with the copy of the library in that directory. Ends with status 77 if the processor cannot run
-// the form.
+// with_kernel_form FORM DIRECTORY PROGRAM [ARGUMENT ...]: runs a program, and all programs that it
+// starts, with the copy of the library in that directory. Exits with status 77 if the processor
+// does not support the form.
 #include "detail/cpu_features.hpp"
 
 #include <tova/abi.hpp>

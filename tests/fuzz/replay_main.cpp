@@ -1,7 +1,6 @@
-// Runs a fuzz target on its seeds, and on changed forms of them, as an ordinary test: NAME SEEDS.
-//
-// The changes are always the same, so a failure comes back. They need no fuzzer and no sanitizer: a
-// target compares by itself and ends the process if a comparison fails.
+// Runs a fuzz target on its seeds, and on mutations of them, as an ordinary test: NAME SEEDS.
+// The mutations are always the same, so a failure is reproducible. They need no fuzzer and no
+// sanitizer: a target makes its own comparisons and ends the process if one fails.
 #include "../../fuzz/support/choose_form.hpp"
 
 #include <algorithm>
@@ -16,10 +15,10 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-// Few targets have one.
+// Only a few targets define it.
 extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int* argc, char*** argv);
 
-// Only the library that is fuzzed has the switch between the forms of its kernels.
+// Only the fuzzed library can switch between the forms of its kernels.
 void fuzz_support::choose_kernel_form(const std::uint8_t*, std::size_t) {}
 
 namespace {
@@ -27,7 +26,7 @@ namespace {
 const unsigned changes_of_a_seed = 40;
 
 void run(const std::string& bytes) {
-    // A copy of exactly this size, so that a tool sees a read past its end.
+    // A copy of exactly this size, so a memory checker detects a read past its end.
     const std::vector<std::uint8_t> copy(bytes.begin(), bytes.end());
     LLVMFuzzerTestOneInput(copy.data(), copy.size());
 }

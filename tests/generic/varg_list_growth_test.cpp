@@ -16,7 +16,7 @@ using tova::types::variant;
 // The argument that is appended, or its name and value, may be part of the list that grows.
 TEST(VargListGrowth, AppendsAPartOfItself) {
     varg_list list;
-    list.push_back(argument("name that needs memory of its own", 7));
+    list.push_back(argument("name that needs separate memory", 7));
     list.push_back(argument(variant("value")));
     for (unsigned long count = 2; count != 70; ++count) {
         ASSERT_TRUE(list.push_back(list.at(1)));
@@ -39,8 +39,8 @@ TEST(VargListGrowth, GrowsOnceForAUsualCall) {
     EXPECT_EQ(before + 1, test_support::allocations());
 }
 
-// Names of one length that differ in any byte, and names that contain each other.
-TEST(VargListGrowth, TellsSimilarNamesApart) {
+// Names of the same length that differ in a single byte, and names that contain one another.
+TEST(VargListGrowth, DistinguishesSimilarNames) {
     const char* const names[] = {"abcd", "xbcd", "axcd", "abcx", "abc", "abcde", "a", "ABCD"};
     varg_list list;
     int number = 0;

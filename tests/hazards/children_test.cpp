@@ -1,4 +1,4 @@
-// A test that is killed, by a time limit for example, leaves no process behind.
+// A test that is killed, for example by a time limit, leaves no processes running.
 #include "support/child_process.hpp"
 #include "support/program.hpp"
 #include "support/temporary_directory.hpp"
@@ -15,7 +15,7 @@
 
 namespace {
 
-// Calls `done` until it returns true, for ten seconds at most.
+// Calls `done` until it returns true, for at most ten seconds.
 bool becomes_true(const std::function<bool()>& done) {
     for (int i = 0; i < 1000; ++i) {
         if (done())
@@ -25,7 +25,7 @@ bool becomes_true(const std::function<bool()>& done) {
     return false;
 }
 
-// A process that has ended may stay as a zombie if nobody waits for it.
+// A process that has ended may remain as a zombie if nobody waits for it.
 bool is_running(const std::string& process) {
     std::ifstream file("/proc/" + process + "/stat");
     std::string number, name, state;

@@ -1,5 +1,5 @@
-// What is left if memory runs out: which operations let `std::bad_alloc` out, which end the process
-// because a conversion of a variant stands in between, and what an operation that raises has done.
+// Tests what happens when memory runs out: which operations raise `std::bad_alloc`, which end the
+// process because they convert a variant, and what state an operation that raises leaves.
 #include "support/child_process.hpp"
 #include "support/failing_allocation.hpp"
 
@@ -49,7 +49,7 @@ struct outcomes {
 };
 
 // Runs the operation in a child with the first allocation failing, then with the second one, and so
-// on until there is none left to fail.
+// on, until every allocation has failed once.
 outcomes outcomes_of(const std::function<void()>& operation) {
     const int ended = 42;
     const int raised = 43;
@@ -71,7 +71,7 @@ outcomes outcomes_of(const std::function<void()>& operation) {
             return result;
         result.raised |= child.exit_code == raised;
         result.ended |= child.exit_code == ended;
-        // A destructor can do without the memory that it asked for.
+        // A destructor works even if it does not get the memory that it requests.
         EXPECT_TRUE(child.exited &&
                     (child.exit_code == raised || child.exit_code == ended || child.exit_code == 0))
             << "exit code " << child.exit_code << ", signal " << child.signal;
@@ -87,7 +87,7 @@ public:
     config::config_tree& nodes() { return tree; }
 };
 
-// A stream that keeps nothing: it allocates no memory, and so swallows no exception.
+// A stream that discards its output. It allocates no memory, so it swallows no exception.
 class no_output : private std::streambuf, public std::ostream {
 public:
     no_output() : std::ostream(static_cast<std::streambuf*>(this)) {}
@@ -97,7 +97,7 @@ private:
     std::streamsize xsputn(const char*, std::streamsize size) override { return size; }
 };
 
-TEST(ExhaustedMemory, LeavesAnOperationAsBadAllocUnlessAValueIsBeingConverted) {
+TEST(ExhaustedMemory, RaisesBadAllocUnlessAValueIsBeingConverted) {
     const temporary_directory files;
     const varg_list number(argument("n", 1234567.5));
     const varg_list text(argument("n", long_text));
@@ -196,10 +196,10 @@ TEST(ExhaustedMemory, LeavesAnOperationAsBadAllocUnlessAValueIsBeingConverted) {
     }
 }
 
-// ---- what is left after std::bad_alloc
+// ---- the state after std::bad_alloc
 
-// Calls `check(object, raised)` after `operation` with each of its allocations failing in turn, on
-// an object made anew for each, until none is left to fail.
+// Calls `check(object, raised)` after `operation`, with each of its allocations failing in turn and
+// with a new object each time.
 template <typename Object, typename Make, typename Operation, typename Check>
 void with_each_allocation_failing(Make make, Operation operation, Check check) {
     for (unsigned successes = 0;; ++successes) {
@@ -275,7 +275,7 @@ std::string rendered(const i18n::message_catalogs& set) {
     return result;
 }
 
-// Each message there has been stored completely or is stored by another load.
+// Each message is either stored completely or stored by another load.
 TEST(AfterBadAlloc, ASetOfCatalogsIsCompletedByAnotherLoad) {
     const temporary_directory files;
     const ustring8 first = files.write(

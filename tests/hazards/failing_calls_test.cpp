@@ -1,5 +1,5 @@
-// What the readers of files do if a system call fails in the middle, and with files that are none:
-// pipes, terminals, sockets.
+// Tests what the file readers do if a system call fails in the middle, and what they do with
+// special files: pipes, terminals and sockets.
 #include "support/failing_call.hpp"
 
 #include <tova/config/config_manager.hpp>
@@ -43,8 +43,8 @@ const std::string catalog_file = "<?xml version=\"1.0\"?><xmc version=\"1.1\">"
                                  "<catalog name=\"a\" lang=\"en\"><msg name=\"m\">x</msg></catalog>"
                                  "</xmc>";
 
-// Runs `body` with the first call of a kind failing, then with the second one, and so on until no
-// call is left to fail. Returns how many there were.
+// Runs `body` with the first call of a kind failing, then with the second one, and so on, until
+// every call has failed once. Returns the number of calls.
 unsigned with_each_call_failing(system_call which, int error_number,
                                 const std::function<void()>& body) {
     for (unsigned successes = 0;; ++successes) {
@@ -58,7 +58,7 @@ unsigned with_each_call_failing(system_call which, int error_number,
 
 // ---- the outcome of a call that fails
 
-TEST(FailingCall, LeavesLoadFileAsTheHeaderSays) {
+TEST(FailingCall, IsHandledByLoadFileAsDocumented) {
     const temporary_directory files;
     const ustring8 path = files.write("file", "bytes");
     ustring8 content = "before";
@@ -83,7 +83,7 @@ TEST(FailingCall, LeavesLoadFileAsTheHeaderSays) {
     }
 }
 
-TEST(FailingCall, LeavesStoreFileAsTheHeaderSays) {
+TEST(FailingCall, IsHandledByStoreFileAsDocumented) {
     const temporary_directory files;
     const ustring8 path = files.write("file", "before");
     {
@@ -132,7 +132,7 @@ TEST(FailingCall, LeavesSettingsWithoutTheFile) {
             const ustring8 value = settings.get_value("s.a", "none").as_string();
             EXPECT_TRUE(value == "1" || value == "none") << value;
         });
-        // A regular file is not asked whether it is a link.
+        // There is no separate check whether a regular file is a link.
         EXPECT_LE(which == system_call::lstat ? 0u : 1u, calls);
     }
 }
@@ -147,7 +147,8 @@ TEST(FailingCall, LeavesSettingsThatSaveWithoutAnException) {
     EXPECT_EQ("[s]\na=1\n\n", read_bytes(path));
 }
 
-// A catalog file that exists and cannot be read is a file without a header, whichever call fails.
+// A catalog file that exists but cannot be read counts as a file without a header, whichever call
+// fails.
 TEST(FailingCall, LeavesCatalogsWithAnError) {
     const temporary_directory files;
     const ustring8 path = files.write("folder/a.xmc", catalog_file);
@@ -163,7 +164,7 @@ TEST(FailingCall, LeavesCatalogsWithAnError) {
         for (const system_call which :
              {system_call::lstat, system_call::open, system_call::lseek, system_call::read}) {
             SCOPED_TRACE(static_cast<int>(which));
-            // With the last call, nothing fails any more.
+            // In the last run, no call fails.
             int successes = 0;
             const unsigned calls = with_each_call_failing(which, EIO, [&] {
                 i18n::message_catalogs set;
@@ -195,7 +196,7 @@ TEST(FailingCall, LeavesIncludesWithAnError) {
     }
 }
 
-// ---- files that are none
+// ---- special files
 
 // Pipes, terminals and sockets, each with the name of its kind.
 class special_files {
@@ -234,8 +235,8 @@ private:
     int m_socket;
 };
 
-// A child that is ended after some seconds of real time, not of processor time: a call that blocks
-// uses none. The alarm has its default action, which ends the process.
+// Runs a child that is killed after some seconds of real time, because a blocking call uses no
+// processor time. The default action of the alarm ends the process.
 void expect_without_waiting(const std::function<void()>& body) {
     expect_in_child([&body] {
         ::alarm(20);
@@ -243,7 +244,7 @@ void expect_without_waiting(const std::function<void()>& body) {
     });
 }
 
-TEST(SpecialFile, IsNotWaitedForByLoadFile) {
+TEST(SpecialFile, NeverBlocksLoadFile) {
     const special_files files;
     expect_without_waiting([&files] {
         ustring8 content = "before";
@@ -268,7 +269,7 @@ TEST(SpecialFile, HasTheSameOutcomeWithAWriter) {
     });
 }
 
-TEST(SpecialFile, IsNotWaitedForByCatalogs) {
+TEST(SpecialFile, NeverBlocksCatalogs) {
     const special_files files;
     expect_without_waiting([&files] {
         for (const ustring8& path : files.all()) {
@@ -284,7 +285,7 @@ TEST(SpecialFile, IsNotWaitedForByCatalogs) {
     });
 }
 
-TEST(SpecialFile, IsNotWaitedForBySettings) {
+TEST(SpecialFile, NeverBlocksSettings) {
     const special_files files;
     expect_without_waiting([&files] {
         for (const ustring8& path : files.all()) {
@@ -296,7 +297,7 @@ TEST(SpecialFile, IsNotWaitedForBySettings) {
     });
 }
 
-TEST(SpecialFile, IsNotWaitedForByTheStreamParser) {
+TEST(SpecialFile, NeverBlocksTheStreamParser) {
     const special_files files;
     expect_without_waiting([&files] {
         for (const ustring8& path : {files.pipe(), files.socket()}) {
@@ -306,14 +307,14 @@ TEST(SpecialFile, IsNotWaitedForByTheStreamParser) {
             EXPECT_EQ(parser::xml_stream_parser::open_failed, log.parse());
             EXPECT_EQ(0u, log.file_length());
         }
-        // A terminal can be opened, and has no length.
+        // A terminal can be opened, but it has no length.
         parser::xml_stream_parser log(files.terminal(), 1);
         EXPECT_EQ(parser::xml_stream_parser::no_error, log.parse());
         EXPECT_EQ(0u, log.file_length());
     });
 }
 
-TEST(SpecialFile, IsNotWaitedForIfALogBecomesAPipe) {
+TEST(SpecialFile, NeverBlocksIfALogBecomesAPipe) {
     const special_files files;
     const std::string path = files.write("log.xml", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
                                                     "<log><entry/><entry/>");
@@ -327,9 +328,9 @@ TEST(SpecialFile, IsNotWaitedForIfALogBecomesAPipe) {
     });
 }
 
-// ---- names that change between the test and the use
+// ---- names that change between the check and the use
 
-TEST(SpecialFile, IsALinkAlsoIfTheTestForALinkMissedIt) {
+TEST(SpecialFile, IsRejectedAsALinkEvenIfTheCheckMissedIt) {
     const temporary_directory files;
     const std::string target = files.write("target", "kept");
     // A directory can be swapped under the path in the same way; there is no test for that.
@@ -337,7 +338,7 @@ TEST(SpecialFile, IsALinkAlsoIfTheTestForALinkMissedIt) {
     ASSERT_EQ(0, ::symlink(target.c_str(), link.c_str()));
     ustring8 content = "before";
     {
-        // "No such file" is how the test looks if the link appears after it.
+        // If the link appears after the check, the check reports "No such file".
         const failing_call failure(system_call::lstat, ENOENT);
         EXPECT_EQ(1, system::load_file(link, content));
         EXPECT_TRUE(failure.failed());

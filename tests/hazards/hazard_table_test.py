@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks the tables of docs/security.md: hazard_table_test.py PROJECT
 
-Every test that the page names exists, and every hazard of hazards_test.cpp is on the page.
+Every test named on the page must exist, and every hazard in hazards_test.cpp must be on the page.
 """
 import pathlib
 import re
@@ -24,7 +24,7 @@ def main(project):
                for suite, name in sorted(in_list - named)]
     if len(named) < 50 or len(in_list) < 20:
         errors.append(f"only {len(named)} tests and {len(in_list)} hazards were found")
-    print("\n".join(errors) or f"{len(named)} tests, {len(in_list)} hazards: all there")
+    print("\n".join(errors) or f"{len(named)} tests, {len(in_list)} hazards: all found")
     return 1 if errors else 0
 
 

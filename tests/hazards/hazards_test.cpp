@@ -1,7 +1,7 @@
-// The hazards that are required results (class C of docs/security.md), each in a child process with
-// limits of stack, memory and time. tools/hazards_matrix runs this program with every supported
-// compiler and level of optimization: a call that must recurse must not become a loop, and a loop
-// that must not end must not be left out.
+// Tests the hazards that are required results (class C in docs/security.md), each in a child
+// process with limits on stack, memory and time. tools/hazards_matrix runs this program with every
+// supported compiler and optimization level: a required recursion must not become a loop, and an
+// endless loop must not be optimized away.
 #include "support/child_process.hpp"
 #include "support/failing_allocation.hpp"
 
@@ -48,10 +48,11 @@ using strings::ustring16;
 using strings::ustring32;
 using strings::ustring8;
 
-// How a hazard shows. A process that may use neither more memory nor more time ends by one of both.
+// How a hazard ends. A process that exceeds its memory or its time limit ends with either of the
+// two.
 enum class ending {
     exhausts_the_stack,
-    never_returns,  // or grows without end
+    never_returns,  // or grows without bound
     waits,          // without using the processor
     divides_by_zero,
     ends_as_unexpected,  // through `std::unexpected`
@@ -68,7 +69,7 @@ std::ostream& operator<<(std::ostream& out, const hazard& one) {
     return out << one.name;
 }
 
-// A file that ends within an element, and one that is complete.
+// A file that ends inside an element, and a complete file.
 std::string log_file(const std::string& folder) {
     const std::string path = folder + "/log.xml";
     std::ofstream(path) << "<?xml version='1.0' encoding='UTF-8'?>\n<log><entry/></log>\n";
@@ -216,7 +217,7 @@ TEST_P(Hazard, EndsAsDocumented) {
     const test_support::temporary_directory folder;
     test_support::child_limits limits;
     limits.cpu_seconds = one.how == ending::needs_memory ? 5 : 1;
-    // Without limits of memory: a thread with a stack of its own needs room for that.
+    // There is no memory limit, because a thread needs memory for its stack.
     if (one.how == ending::exhausts_the_stack)
         limits.stack_bytes = std::size_t(1) << 20;
     else
@@ -231,7 +232,8 @@ TEST_P(Hazard, EndsAsDocumented) {
         },
         limits);
 
-    // A sanitizer has no limit of memory, reports some of these and ends the process by itself.
+    // A sanitizer has no memory limit, and it reports some of these hazards and ends the process
+    // itself.
     if (test_support::under_sanitizer() && one.how == ending::needs_memory)
         return;
     EXPECT_FALSE(child.exited && child.exit_code == 0) << child.output;
@@ -243,7 +245,7 @@ TEST_P(Hazard, EndsAsDocumented) {
         EXPECT_EQ(SIGSEGV, child.signal) << child.exit_code;
         break;
     case ending::never_returns:
-        // A number in radix 1 has written past its buffer, or past all memory, by then.
+        // By then, a number in radix 1 has been written past its buffer, or past all memory.
         EXPECT_TRUE(out_of_memory || child.signal == SIGXCPU || child.signal == SIGKILL ||
                     child.signal == SIGSEGV)
             << child.signal << " " << child.exit_code;
@@ -268,7 +270,7 @@ INSTANTIATE_TEST_SUITE_P(ClassC, Hazard, ::testing::ValuesIn(hazards),
                              return std::string(one.param.name);
                          });
 
-// Required results that neither end the process nor keep it: they only harm.
+// Required results that are harmful but neither end nor block the process.
 
 TEST(HarmlessLooking, ALongFunctionNameOverwritesWhatFollowsALocation) {
     using state = exceptions::exception::state;
@@ -297,7 +299,7 @@ TEST(HarmlessLooking, SectionsOfEqualLengthGrowAFile) {
 TEST(HarmlessLooking, ASaveAfterAFailedLoadEmptiesTheFile) {
     const test_support::temporary_directory folder;
     const std::string path = folder.write("tool.cfg", "[s]\na=1\n");
-    // 2 GiB: a size that is not loaded. The file is sparse.
+    // Files of 2 GiB are not loaded. This one is sparse.
     ASSERT_EQ(0, truncate(path.c_str(), 1L << 31));
     config::file_item item(path);
     EXPECT_TRUE(item.load());
@@ -305,7 +307,7 @@ TEST(HarmlessLooking, ASaveAfterAFailedLoadEmptiesTheFile) {
     EXPECT_EQ("", test_support::read_bytes(path));
 }
 
-// The way that docs/configuration.md shows: save only what has been read.
+// The method shown in docs/configuration.md: save only a file that can be read.
 TEST(HarmlessLooking, ASaveThatChecksTheFileFirstKeepsIt) {
     const test_support::temporary_directory folder;
     const std::string path = folder.write("tool.cfg", "[s]\na=1\n");
@@ -338,7 +340,8 @@ void find_label_ends(const std::string& text, std::size_t begin, std::size_t end
     }
 }
 
-// The header says which truncations are read forever. The model tells by its own reading.
+// The header says which truncations make the reader loop forever. The model detects them
+// independently.
 TEST(CutLabels, AreReadForeverOnlyAfterALabel) {
     serialization::labeled_text_buffer tree;
     tree.add_value("name", "one");

@@ -1,5 +1,5 @@
-// A log that the end of the data cuts at every byte: what the stream parser loses, and the ways of
-// a writer and of a reader that lose nothing. docs/stream_parser.md shows both.
+// Cuts a log at every byte. Tests what the stream parser loses, and the methods by which a writer
+// or a reader loses nothing. docs/stream_parser.md shows both methods.
 #include <tova/parser/xml_stream_parser.hpp>
 
 #include "support/temporary_directory.hpp"
@@ -56,7 +56,7 @@ std::string read_with_a_cut(std::size_t cut) {
     return log.seen();
 }
 
-// The documents of the library state which cuts: after a reference in a text or value, and inside a
+// The documentation lists the cuts that do harm: after a reference in a text or value, and inside a
 // comment.
 TEST(StreamCut, LosesOrFailsOnlyAfterAReferenceAndInsideAComment) {
     const std::size_t text_begin = body.find("amp;");
@@ -94,7 +94,7 @@ TEST(StreamCut, LosesNothingIfTheWriterWritesWholeLines) {
     EXPECT_EQ(whole, log.seen());
 }
 
-// Appends the whole lines of `from` after its byte `position` to the file `to`.
+// Appends the complete lines of `from` after its byte `position` to the file `to`.
 void follow_lines(const std::string& from, const std::string& to, std::size_t& position) {
     std::string bytes = test_support::read_bytes(from).substr(position);
     bytes.resize(bytes.rfind('\n') + 1);

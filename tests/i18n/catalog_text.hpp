@@ -54,7 +54,7 @@ inline std::string text_of(const loaded_catalogs& catalogs, const std::string& c
     return entry->second->message(key).as_string(tova::generic::varg_list());
 }
 
-// All of a set, in one string.
+// The complete content of a set, in one string.
 template <typename Catalogs>
 std::string everything_in(const Catalogs& catalogs) {
     std::string all;

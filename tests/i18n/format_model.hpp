@@ -1,4 +1,4 @@
-// A second renderer of formatted values, written from the description of the formats with plain
+// A second renderer of formatted values. It follows the documentation of the formats and uses plain
 // strings, `printf` and digit-by-digit arithmetic. The tests and the fuzz targets compare
 // `format_value` and messages with it.
 #pragma once
@@ -20,8 +20,8 @@ class format_model {
 public:
     typedef tova::i18n::message_item item;
 
-    // The text of a value. `is_open` then says whether the description leaves the text open: a
-    // number that is longer than 63 characters, or a unit past the end of its table.
+    // Returns the text of a value. `is_open` says whether the documentation leaves the text open:
+    // for a number of more than 63 characters, or a unit past the end of its table.
     std::string value(int type, const tova::types::variant& value, const std::string& data) {
         is_open = false;
         const std::size_t separator = data.find('\1');
@@ -48,7 +48,7 @@ public:
         }
     }
 
-    // What an item shows of a value that is there.
+    // Returns the text that an item shows for an existing value.
     std::string shown(int type, const tova::types::variant& given, const std::string& data) {
         is_open = false;
         if (type == item::type_text)
@@ -162,7 +162,7 @@ private:
         return base == 2 ? result + "b" : result;
     }
 
-    // All in 64 bits that wrap.
+    // All arithmetic is in 64 bits and wraps.
     static unsigned long complement(unsigned long value, unsigned base, int field, int prefix) {
         long digits = static_cast<long>(digits_of(0 - value, base).size());
         unsigned long power = 1;
@@ -245,7 +245,7 @@ private:
                 return marker;
             }
         }
-        // What no integer holds is left open.
+        // The text of a value that no integer can hold is left open.
         if (!(seconds > -9e18 && seconds < 9e18)) {
             is_open = true;
             return "";
@@ -276,8 +276,8 @@ private:
         return index == std::string::npos ? -1 : static_cast<int>(index) + 1;
     }
 
-    // The number of the scaled value: with decimals by the format of a double, in which a ";" is a
-    // separator, too.
+    // Returns the scaled number. With decimals, it has the format of a double, in which a ";" is
+    // also a separator.
     std::string decimals(double value, const std::string& precision, const std::string& field) {
         std::string format = "precision;" + precision + ";fieldsize;" + field;
         std::replace(format.begin(), format.end(), ';', '\1');

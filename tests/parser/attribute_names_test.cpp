@@ -32,7 +32,7 @@ TEST(AttributeNames, AreInsertedOnceUntilTheyAreCleared) {
     }
 }
 
-TEST(AttributeNames, TakeOneElementForTheNamesOfManyTags) {
+TEST(AttributeNames, NeedOneElementForTheNamesOfManyTags) {
     std::set<ustring8> set;
     attribute_names names(set);
     for (int tag = 0; tag < 100; ++tag) {
@@ -43,7 +43,7 @@ TEST(AttributeNames, TakeOneElementForTheNamesOfManyTags) {
     EXPECT_EQ(1u, set.size());
 }
 
-TEST(AttributeNames, AreThereForAnotherViewOfTheSet) {
+TEST(AttributeNames, AppearInAnotherViewOfTheSet) {
     std::set<ustring8> set;
     attribute_names first(set);
     EXPECT_TRUE(insert(first, "a"));
@@ -91,7 +91,7 @@ TEST(AttributeNames, AreReadNoFurtherThanAllowed) {
     EXPECT_FALSE(names.insert(bytes.data(), 4, 4));
 }
 
-// Short and long ones, so that the element fills up at every size.
+// Short and long names, so that the element becomes full at every size.
 TEST(AttributeNames, EqualASetForAnyNumberAndLength) {
     std::mt19937 random(5);
     for (int round = 0; round < 300; ++round) {

@@ -1,4 +1,5 @@
-// The search for the ends of runs beside plain loops over bytes, with every form of the kernels.
+// Compares the search for the ends of runs with plain loops over bytes, for every form of the
+// kernels.
 #include "parser/byte_blocks.hpp"
 
 #include <tova/abi.hpp>
@@ -38,7 +39,7 @@ const char* plain_end(const char* from, const char* end, Stops stops) {
     return from;
 }
 
-// What the searches from one position find, as distances.
+// The results of all searches from one position, as distances.
 struct ends {
     std::ptrdiff_t white_space;
     unsigned int line_feeds;
@@ -110,7 +111,7 @@ private:
     char* m_bytes;
 };
 
-// Runs of one kind of byte, so that blocks end in all of them.
+// Runs of one kind of byte, so that blocks end inside every kind of run.
 std::string random_bytes(std::mt19937& random, std::size_t size) {
     const char* const kinds[] = {"aZ_9", " \n\t\r", "a b", "<&", "\"'", "x \xC3\xA4", "text  text"};
     std::string bytes;
@@ -147,7 +148,7 @@ void expect_plain_ends(const char* begin, const char* end, std::mt19937& random)
     for (const char* from = begin; from != end; ++from)
         ASSERT_TRUE(plain_ends(from, end) == found_ends(forward, from)) << from - begin;
     ASSERT_TRUE(ends() == found_ends(forward, end));
-    // The searches may go back as well.
+    // A search may also start before the previous one.
     for (int i = 0; i < 20; ++i) {
         const char* const from = begin + random() % static_cast<std::size_t>(end - begin + 1);
         ASSERT_TRUE(plain_ends(from, end) == found_ends(jumping, from)) << from - begin;
@@ -181,7 +182,7 @@ TEST_P(ByteBlocks, FindWhatPlainLoopsFindAtTheBeginningOfAPageAndAtEveryAlignmen
     }
 }
 
-TEST_P(ByteBlocks, TakeAnotherRange) {
+TEST_P(ByteBlocks, AcceptAnotherRange) {
     const std::string first(100, 'a');
     const std::string second(80, ' ');
     byte_blocks blocks(first.data(), first.data() + first.size());

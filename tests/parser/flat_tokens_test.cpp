@@ -1,4 +1,4 @@
-// Flat tokens are the tokens of a list that has read nothing else.
+// Flat tokens equal the tokens of a list that has read only the same document.
 #include "parser/flat_tokens.hpp"
 
 #include <tova/parser/xml_token_stream.hpp>

@@ -1,6 +1,5 @@
-// A plain model of `xml_stream_parser`, a byte at a time and without a file: what the parser must
-// do, as simply as it can be written. The test of the parser with random documents compares with
-// it.
+// A plain model of `xml_stream_parser`: it reads one byte at a time, needs no file and is as simple
+// as possible. The test with random documents compares the parser with it.
 #pragma once
 
 #include <tova/generic/convert/str_to_x.hpp>
@@ -25,7 +24,7 @@ public:
     using node = tova::parser::xml_stream_parser::node;
     using error_type = tova::parser::xml_stream_parser::error_type;
 
-    // The string is the file, and grows as one.
+    // The string is the file, and it grows like one.
     plain_stream_parser(const std::string& file, unsigned open_depth)
         : m_file(file), m_open_depth(open_depth), m_buffer(65536, '\0'), m_ids(1, 0) {}
 
@@ -50,7 +49,7 @@ public:
             do_parse();
     }
 
-    // The queue must have a node that is ready.
+    // The queue must contain a node that is ready.
     node pop() {
         const node first = *m_queue.front();
         m_queue.pop_front();

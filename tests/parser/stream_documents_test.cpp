@@ -1,5 +1,5 @@
-// Random documents, most of them invalid, in a file that grows by random pieces: the stream parser
-// does what the plain model of it does.
+// Tests that the stream parser agrees with its plain model on random documents, most of them
+// invalid, in a file that grows by random pieces.
 #include <tova/parser/xml_stream_parser.hpp>
 
 #include "parser/plain_stream_parser.hpp"
@@ -29,7 +29,7 @@ public:
 
     unsigned below(unsigned limit) { return static_cast<unsigned>(m_random() % limit); }
 
-    // Elements, up to about that size, and among them one odd piece in so many.
+    // Elements up to about the given size. One in `odd` pieces is unusual.
     std::string body(std::size_t size, unsigned odd) {
         std::string made = "<r>";
         while (made.size() < size)
@@ -160,7 +160,7 @@ private:
     xml_stream_parser m_parser;
 };
 
-// Appends the document in pieces, and after each of them parses, takes nodes and recovers.
+// Appends the document in pieces. After each piece, it parses, takes nodes and recovers.
 void expect_same(const std::string& path, const std::string& document, unsigned longest_piece,
                  unsigned depth, random_document& random, std::vector<int>& seen) {
     SCOPED_TRACE(document.substr(0, 2000));
@@ -187,7 +187,7 @@ void expect_same(const std::string& path, const std::string& document, unsigned 
     }
 }
 
-TEST(StreamParserDocuments, AreReadAsByThePlainModel) {
+TEST(StreamParserDocuments, AgreeWithThePlainModel) {
     const test_support::temporary_directory folder;
     random_document random(11);
     std::vector<int> seen(16);
@@ -197,18 +197,18 @@ TEST(StreamParserDocuments, AreReadAsByThePlainModel) {
         expect_same(folder.path("short"), document, 1 + random.below(600), random.below(4), random,
                     seen);
     }
-    // The parser reads pieces of 64 KiB, so these are cut where the parser wants.
+    // The parser reads pieces of 64 KiB, so it cuts these documents itself.
     for (int round = 0; round < 30 && !HasFailure(); ++round) {
         const std::string document = "<?xml version='1.0'?>" + random.body(400000, 3000);
         expect_same(folder.path("long"), document, 300000, random.below(3), random, seen);
     }
-    // Each status that a file can bring about.
+    // Every status that a file can cause.
     for (const int status : {0, 1, 2, 3, 4, 5, 6, 7, 9, 10})
         EXPECT_LT(0, seen[static_cast<std::size_t>(status)]) << status;
 }
 
-// Every cut of one document into two pieces.
-TEST(StreamParserDocuments, AreReadAsByThePlainModelAfterEveryCut) {
+// Cuts one document into two pieces at every byte.
+TEST(StreamParserDocuments, AgreeWithThePlainModelAfterEveryCut) {
     const test_support::temporary_directory folder;
     const std::string document = "<?xml version='1.0'?>                                 <r "
                                  "x='1'>\n<a y=\"&lt;\" z=''>one &amp;"

@@ -14,7 +14,7 @@ TEST(StreamParserGuide, ShowsTheCodeOfTheExample) {
         test_support::read_bytes(test_support::project_path("examples/tail/main.cpp"));
     int parts = 0;
     for (const auto& block : test_support::guide_blocks("docs/stream_parser.md", "cpp")) {
-        // Other parts belong to a program in the guide itself.
+        // The other parts belong to a complete program in the guide.
         if (block.detail == "part" && code.find(block.text) != std::string::npos)
             ++parts;
     }

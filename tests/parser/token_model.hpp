@@ -1,5 +1,5 @@
-// A second tokenizer, written from the description of the grammar, step by step and without regard
-// to speed. The tests and the fuzz target compare `xml_token_stream` with it, token by token.
+// A second tokenizer, written step by step from the documented grammar and without regard to speed.
+// The tests and the fuzz target compare `xml_token_stream` with it, token by token.
 #pragma once
 
 #include <tova/generic/convert/str_to_x.hpp>
@@ -72,7 +72,8 @@ private:
         return run;
     }
 
-    // The tokens of an event. All but attributes and comments end a start tag that is still open.
+    // The tokens of an event. All except attributes and comments end a start tag that is still
+    // open.
     void add(int type, const std::string& value) {
         const bool is_quiet = type == token::comment || type == token::attribute_name ||
                               type == token::attribute_value;
@@ -163,7 +164,7 @@ private:
         }
     }
 
-    // The text keeps the whitespace before the section, which was reported already.
+    // The text keeps the whitespace before the section, although it was already reported.
     void read_section(std::size_t opening, const char* closing, int type, std::string& buffer) {
         m_at += opening;
         const std::size_t end = m_text.find(closing, m_at);
@@ -263,7 +264,7 @@ private:
         }
         if (!letter_is_known)
             fail(7);
-        // The byte at which the words with this beginning end to match.
+        // The error is at the first byte at which no word with this beginning matches.
         m_reference_failed = true;
         fail_here();
     }
@@ -277,7 +278,7 @@ private:
             digits += at(m_at);
         if (at(m_at) != ';')
             fail_here();
-        // From a string with its terminator, as the numbers of the library take it.
+        // Parsed from a terminated string, like the numbers in the library.
         const auto radix = static_cast<tova::types::radix_t::base>(is_hex ? 16 : 0);
         return static_cast<char>(
             tova::generic::convert::str_to_uint8(digits.c_str(), digits.size(), radix, false));
@@ -295,8 +296,8 @@ private:
     tokens m_tokens;
 
 public:
-    // Whether the outcome is that of a named reference that begins like one and is none: which of
-    // its bytes the error shows is left open.
+    // Whether the result is an error in a name that only begins like a known entity. It is left
+    // open which of its bytes the error shows.
     bool reference_failed() const { return m_reference_failed; }
 };
 

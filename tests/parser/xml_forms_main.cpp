@@ -1,5 +1,5 @@
-// Runs the tests with one form of the kernels: `--form=portable`, `sse2`, `avx2` or `avx512`. A
-// processor that lacks the form ends the program with status 77.
+// Runs the tests with one form of the kernels: `--form=portable`, `sse2`, `avx2` or `avx512`. The
+// program exits with status 77 if the processor does not support the form.
 #include "detail/cpu_features.hpp"
 
 #include <tova/abi.hpp>

@@ -1,5 +1,5 @@
-// Every form of the classification beside the portable one, which is held to the byte classes
-// themselves.
+// Compares every form of the classification with the portable one, and the portable one with the
+// byte classes themselves.
 #include "parser/xml_kernels.hpp"
 
 #include <tova/abi.hpp>
@@ -31,7 +31,7 @@ struct form {
     classify_function classify;
 };
 
-// Those that this processor can run.
+// The forms that this processor supports.
 std::vector<form> forms() {
     std::vector<form> all = {{"portable", kernels::classify_portable}};
 #if defined(__x86_64__)
@@ -44,7 +44,7 @@ std::vector<form> forms() {
     return all;
 }
 
-// Whatever was in the masks must not matter.
+// The previous content of the masks must not matter.
 block_masks classified(classify_function classify, const char* block) {
     block_masks masks;
     std::memset(&masks, 0xA5, sizeof masks);
@@ -66,7 +66,7 @@ std::uint64_t bit_if(bool condition, std::size_t place) {
     return std::uint64_t{condition} << place;
 }
 
-TEST(XmlKernels, ClassifyEveryByteAtEveryPlace) {
+TEST(XmlKernels, ClassifyEveryByteAtEveryPosition) {
     for (const form& one : forms()) {
         SCOPED_TRACE(one.name);
         for (int value = 0; value < 256; ++value) {
@@ -110,8 +110,8 @@ TEST(XmlKernels, EqualThePortableFormOnRandomBytes) {
     }
 }
 
-// The page after the block can't be read, so a form that reads on is killed.
-TEST(XmlKernels, ReadTheBlockAloneAtEveryAlignment) {
+// The page after the block is unreadable, so a form that reads past the block crashes.
+TEST(XmlKernels, ReadOnlyTheBlockAtEveryAlignment) {
     const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
     void* const mapped =
         ::mmap(nullptr, 3 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);

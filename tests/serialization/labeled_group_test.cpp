@@ -11,7 +11,7 @@ namespace {
 using tova::serialization::labeled_serialize_buffer;
 using tova::serialization::labeled_text_buffer;
 
-// A chain of groups, each in the one before.
+// A chain of groups, each inside the previous one.
 void nest(labeled_text_buffer& outermost, int depth) {
     labeled_serialize_buffer* group = &outermost;
     for (int i = 0; i != depth; ++i)
@@ -19,7 +19,7 @@ void nest(labeled_text_buffer& outermost, int depth) {
     group->add_value("v", 1);
 }
 
-// Finding out whether a group is empty takes the same time and no memory, whatever is in it.
+// Checking whether a group is empty takes constant time and no memory, whatever the group contains.
 TEST(LabeledGroup, IsFoundWithoutItsText) {
     labeled_text_buffer outermost;
     nest(outermost, 2000);
@@ -43,7 +43,7 @@ TEST(LabeledGroup, LeavesTheLastTextOfTheGroupAlone) {
     EXPECT_EQ(copy, text);
 }
 
-// Says that its text is what the test wants.
+// A group with the text that the test chooses.
 class with_text : public labeled_text_buffer {
 public:
     const std::string& as_str() const override { return text; }
@@ -51,7 +51,7 @@ public:
     std::string text;
 };
 
-// Hands out a group of another class.
+// A buffer that returns a group of another class.
 class with_group : public labeled_text_buffer {
 public:
     const labeled_serialize_buffer* retrieve_group(const std::string&) const override {

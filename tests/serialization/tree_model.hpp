@@ -67,7 +67,7 @@ struct tree_model {
         std::set<std::string> positions;
         try {
             while (!text.at_end()) {
-                // Everything that follows depends only on the position: a repeated position means a
+                // All further reads depend only on the position, so a repeated position means a
                 // loop.
                 if (!positions.insert(position_of(text)).second)
                     return endless;

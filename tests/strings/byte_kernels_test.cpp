@@ -1,5 +1,5 @@
-// Every form of the loops over bytes, compared with the portable one, at every length and with the
-// last byte in front of a page that can't be read or written.
+// Compares every form of the loops over bytes with the portable one, at every length and with the
+// last byte directly before an inaccessible page.
 #include <tova/abi.hpp>
 
 #include "strings/byte_kernels.hpp"
@@ -71,7 +71,7 @@ TEST_P(ByteKernels, MapEveryLengthAtEveryAlignmentByAnyTable) {
     std::vector<int> other(384);
     for (int& entry : other)
         entry = static_cast<int>(random());
-    // Plain but for one entry, of a byte with and without its highest bit.
+    // The identity except for one entry, for a byte with and without its highest bit.
     std::vector<int> almost(*__ctype_tolower_loc() - 128, *__ctype_tolower_loc() + 256);
     almost[128 + 'q'] = 'x';
     std::vector<int> almost_too(*__ctype_toupper_loc() - 128, *__ctype_toupper_loc() + 256);

@@ -1,11 +1,10 @@
 /// @file
-/// A plain second implementation of the conversions of `code_page`: iconv for all of the input
-/// left, again and again, until none is left.
+/// A plain second implementation of the conversions of `code_page`: it calls iconv with the rest of
+/// the input until nothing is left.
 ///
 ///     code_page_oracle::convert("CP1252", "UTF-8", text)
-///
-/// Its time grows with the square of the number of characters that the target lacks. Two threads
-/// may call it at the same time.
+/// Its time is quadratic in the number of characters that the target lacks. Threads may call it at
+/// the same time.
 #pragma once
 
 #include <algorithm>

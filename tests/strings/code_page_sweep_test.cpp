@@ -1,6 +1,6 @@
-// Long strings in each code page, compared with plain loops around iconv: every byte and pair of
-// bytes, every code point, every cut sequence, and strings of all that at random. Strings are long
-// here because short ones are left to iconv.
+// Compares long strings in each code page with plain loops around iconv: every byte and pair of
+// bytes, every code point, every truncated sequence, and random strings of all these. The strings
+// are long because short ones are converted by iconv alone.
 #include <tova/strings/code_page.hpp>
 
 #include "strings/code_page_oracle.hpp"
@@ -26,7 +26,8 @@ std::string a_run(std::size_t size) {
     return std::string(size, 'a');
 }
 
-// The structure of UTF-8 for any value of up to 21 bits: surrogates and values above U+10FFFF too.
+// The structure of UTF-8 for any value of up to 21 bits: including surrogates and values above
+// U+10FFFF.
 std::string sequence(unsigned int point) {
     const auto byte = [](unsigned int value) { return static_cast<char>(value); };
     if (point < 0x80)
@@ -76,14 +77,14 @@ TEST_P(CodePageSweep, DecodesStringsThatEndWithinACharacter) {
         for (std::size_t size = 4096; size < 4100; ++size) {
             const std::string cut = a_run(size) + static_cast<char>(lead);
             ASSERT_NO_FATAL_FAILURE(expect_decoded(cut));
-            // The output is full when the end is reached, or nearly.
+            // The output is full, or nearly full, when the end is reached.
             ASSERT_NO_FATAL_FAILURE(expect_decoded(std::string(size, '\xE0') + cut));
         }
     }
 }
 
-// Character by character, because the time of a loop around iconv grows with the square of the
-// number of characters that the page lacks. Each of them has a "?" for each of its bytes.
+// Converts one character at a time, because a loop around iconv takes time quadratic in the number
+// of characters that the page lacks. Each of these becomes one "?" for each of its bytes.
 TEST_P(CodePageSweep, EncodesEveryCodePoint) {
     const descriptor handle(name, utf8);
     const unsigned int block = 0x4000;
@@ -97,7 +98,7 @@ TEST_P(CodePageSweep, EncodesEveryCodePoint) {
             char* from = &one[0];
             char* to = result.data();
             std::size_t left = one.size(), room = result.size();
-            // A page that composes letters may hold one back.
+            // A page that composes letters may hold a character back.
             const bool done =
                 iconv(handle, &from, &left, &to, &room) != static_cast<std::size_t>(-1);
             expected.append(result.data(), to);
@@ -131,7 +132,7 @@ TEST_P(CodePageSweep, EncodesStringsThatEndWithinACharacter) {
             }
 }
 
-// Characters that the page has, with some that it doesn't have, and raw bytes.
+// Characters that the page has, some that it lacks, and raw bytes.
 TEST_P(CodePageSweep, ConvertsStringsAtRandom) {
     std::mt19937 engine(static_cast<unsigned>(GetParam()));
     const auto random = [&] { return static_cast<unsigned int>(engine()); };
@@ -157,7 +158,7 @@ TEST_P(CodePageSweep, ConvertsStringsAtRandom) {
     }
 }
 
-TEST_P(CodePageSweep, GivesFourThreadsTheSameResults) {
+TEST_P(CodePageSweep, ReturnsTheSameResultsInFourThreads) {
     std::string bytes;
     for (int i = 0; i < 8192; ++i)
         bytes += static_cast<char>(i * 37);

@@ -368,7 +368,7 @@ TEST(CodePageDecode, ReplacesEachInvalidByte) {
     }
 }
 
-// Among them are some that iconv steps over although it rejects them, such as A2 E8 in CP949.
+// Some of them are rejected by iconv although it advances past them, such as A2 E8 in CP949.
 TEST(CodePageDecode, ProducesAtMostFourCharactersForAnyPairOfBytes) {
     for (const int value : {932, 936, 949, 950}) {
         const code_page page(number(value));

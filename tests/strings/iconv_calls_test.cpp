@@ -28,7 +28,7 @@ struct {
     std::set<iconv_t> open;
     int open_error = 0;  // errno of a failing iconv_open
     int error = 0;       // errno of a failing iconv
-    // What iconv writes while it steps over the whole input before it rejects it; null if it
+    // What iconv writes while it advances past the whole input before it rejects it; null if it
     // doesn't.
     const char* stepped_over = nullptr;
     bool close_fails = false;
@@ -156,7 +156,7 @@ TEST_F(IconvCalls, OfferTwiceTheInputLeftAfterTheOutputWasFull) {
         record.calls);
 }
 
-// One byte of the old room is left; it is not offered again.
+// One byte of the old room is left. It is not passed to iconv again.
 TEST_F(IconvCalls, OfferExactlyTwiceTheInputLeft) {
     EXPECT_EQ("a\xE2\x82\xAC"
               "b",
@@ -181,7 +181,7 @@ TEST_F(IconvCalls, OfferTwiceTheInputLeftForAnInvalidByteWithoutRoom) {
         record.calls);
 }
 
-// Then no byte is left to skip, and none to make room for.
+// Then there is no byte left to skip or to make room for.
 TEST_F(IconvCalls, ThatRejectACharacterAfterTheLastByteYieldOneQuestionMark) {
     record.stepped_over = "";
     EXPECT_EQ("?", latin.encode(ustring8("ab")));
@@ -338,7 +338,7 @@ TEST_F(IconvCalls, CloseTheDescriptorIfMemoryRunsOut) {
     EXPECT_LE(4u, raised);
 }
 
-// The room grows to twice the bytes left, also where nothing but a "?" is to be written.
+// The room grows to twice the bytes left, even if only a "?" is to be written.
 TEST_F(IconvCalls, OfferTheRoomThatIsLeftAfterAnInvalidByte) {
     EXPECT_EQ("a?b", western.as_utf8("a\x81"
                                      "b"));

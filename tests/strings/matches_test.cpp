@@ -1,5 +1,5 @@
-// Splitting and replacing beside their plainest forms, for strings longer than the blocks in which
-// matches are looked for.
+// Compares splitting and replacing with their simplest forms, for strings that are longer than the
+// blocks of the search.
 #include <tova/strings/replace.hpp>
 #include <tova/strings/split.hpp>
 
@@ -38,7 +38,7 @@ std::vector<String> plainly_split(const String& input, const String& separator, 
     return fields;
 }
 
-// The fields with the replacement between them, as a trailing separator starts no field.
+// Joins the fields with the replacement. A trailing separator starts no field.
 template <typename String>
 String plainly_replaced(const String& input, const String& search, const String& replacement,
                         unsigned int& count) {

@@ -1,8 +1,7 @@
 // Compares every form of the conversion loops with the portable one: the same result, the same
-// position of the first invalid character, the same sizes. The sources end at a page that can't be
-// read, and the results end at guard units, so accesses past either are detected.
-//
-// This program compiles the kernels itself, as they aren't exported.
+// position of the first invalid character, the same sizes. The sources end at an inaccessible page,
+// and the results end at guard units, so accesses past either are detected.
+// This program compiles the kernels itself, because they are not exported.
 #include <tova/abi.hpp>
 
 #include "strings/unicode_kernels.hpp"
@@ -26,7 +25,7 @@ namespace kernels = tova::strings::kernels;
 const std::size_t page = 4096;
 const std::size_t pages = 4;
 
-// Memory before a page that can't be read or written.
+// Memory directly before an inaccessible page.
 class guarded {
 public:
     guarded()
@@ -72,7 +71,7 @@ protected:
 
         EXPECT_EQ(room, (m_form.*measure)(from, size)) << "the measure of " << size << " units";
         EXPECT_LE(to_expect.written, room);
-        // Once with exactly the measured room, once with more.
+        // Converts with exactly the measured room, and again with more.
         for (const std::size_t more : {std::size_t(0), std::size_t(100)}) {
             Target* const to = m_target.end<Target>() - room - more;
             Target before[4];
@@ -89,8 +88,8 @@ protected:
         }
     }
 
-    // The portable form stops at the first unit that is not simple, the others up to 63 units
-    // before.
+    // The portable form stops at the first unit that is not simple. The others stop up to 63 units
+    // before it.
     template <typename Source, typename Target>
     void compare(const std::vector<Source>& source, std::size_t gap,
                  kernels::convert_simple<Source, Target>* kernels::unicode_form::*convert) {
@@ -204,7 +203,7 @@ TEST_P(UnicodeKernels, ConvertOverlongSequences) {
     }
 }
 
-// Strings of ASCII and of longer characters, into which the tests insert something.
+// Strings of ASCII and of longer characters, into which the tests insert other units.
 std::vector<std::vector<unsigned char>> fillings(std::size_t size) {
     const std::vector<unsigned int> letters = {'a', 0xE9, 0x4E2D, 0x1F600};
     std::vector<std::vector<unsigned char>> result;

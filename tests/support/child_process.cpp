@@ -79,7 +79,7 @@ child_result run_in_child(const std::function<void()>& body, const child_limits&
     const pid_t test = getpid();
     const pid_t child = fork();
     if (child == 0) {
-        // A child that never ends by itself must not outlive a test that was killed.
+        // A child that never exits on its own must not outlive a killed test.
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (getppid() != test)
             _exit(1);

@@ -25,7 +25,7 @@ void* operator new(std::size_t size) {
     throw std::bad_alloc();
 }
 
-// The sanitizers have a form of their own, which operator delete below must not free.
+// The sanitizers have their own form, whose memory operator delete below must not free.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     try {
         return operator new(size);

@@ -71,7 +71,7 @@ int query_target(const char* path, void* status) {
     return call(path, status);
 }
 
-// The calls that need nothing else.
+// The calls that need no special handling.
 template <typename... Arguments>
 int change(system_call which, int (*call)(Arguments...), Arguments... arguments) {
     return fails(which) ? -1 : call(arguments...);

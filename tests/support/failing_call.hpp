@@ -1,11 +1,12 @@
-// Makes a chosen system call of the program fail, inside the library and what it uses as well. A
-// test program that uses this header links tova_failing_call, which replaces the calls.
+// Makes a chosen system call of the program fail, including calls in the library and its
+// dependencies. A test program that uses this header links tova_failing_call, which replaces the
+// calls.
 #pragma once
 
 namespace test_support {
 
-// The calls that the library makes, directly or through what it uses. `read` is `pread` as well. A
-// `close` or `closedir` that fails has released the file nevertheless, as Linux does.
+// The calls that the library makes, directly or through its dependencies. `read` includes `pread`.
+// A failing `close` or `closedir` still releases the file, as on Linux.
 enum class system_call {
     open,
     lstat,
@@ -37,8 +38,8 @@ public:
     bool failed() const;
 };
 
-// While an object of this class exists, each `read` and `write` transfers one byte at most, and
-// every other one is interrupted by a signal.
+// While an object of this class exists, each `read` and `write` transfers at most one byte, and
+// every second call is interrupted by a signal.
 class slow_transfers {
 public:
     slow_transfers();

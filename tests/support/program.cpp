@@ -15,8 +15,8 @@ void end_group(int) {
     kill(0, SIGKILL);
 }
 
-// Runs in a process between the test and the shell, which ends with the test and takes with it what
-// the shell has started. A shell alone would leave that behind.
+// Runs in a process between the test and the shell. When the test ends, this process kills
+// everything that the shell has started. A shell alone would leave those processes running.
 [[noreturn]] void supervise(const std::string& line, pid_t test) {
     setpgid(0, 0);
     std::signal(SIGTERM, end_group);

@@ -11,7 +11,7 @@ struct program_result {
 };
 
 // Runs a shell command line and waits for it to end. The caller does any quoting. If the test is
-// ended meanwhile, by whatever signal, so is all that the line has started.
+// killed meanwhile, by any signal, every process that the line has started is killed, too.
 program_result run_program(const std::string& command);
 
 }  // namespace test_support

@@ -250,7 +250,7 @@ TEST_F(FilesOfAUser, FailWithoutPermissionToOpenThem) {
 TEST_F(FilesOfAUser, MayBeReadableOnlyByTheirOwner) {
     ASSERT_EQ(0, ::chmod(directory.path().c_str(), 0755));
     ASSERT_EQ(0, ::chmod(directory.write("file", "bytes").c_str(), 0400));
-    // A plain user can't create a file that someone else owns, but the first process has one.
+    // A plain user cannot create a file that someone else owns, but the first process has one.
     const ustring8 foreign = ::geteuid() == 0 ? path("file") : ustring8("/proc/1/environ");
     test_support::expect_as_plain_user([this, &foreign] {
         EXPECT_TRUE(have_read_access(foreign));
@@ -276,7 +276,7 @@ TEST_F(FilesOfAUser, AreOutOfRangeFrom2GibOn) {
     EXPECT_EQ("as it was before", content);
 }
 
-// The files are sparse: they take no room on the disk.
+// The files are sparse, so they need no disk space.
 TEST_F(FilesOfAUser, LoadAsTheLowBitsOfTheirSizeFrom4GibOn) {
     const std::string file = directory.write("sparse", "0123456789ab");
     const off_t gib = 1L << 30;

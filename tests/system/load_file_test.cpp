@@ -23,8 +23,8 @@ std::string counting_bytes(std::size_t size) {
     return bytes;
 }
 
-// With more room than the file needs, with exactly as much, with less, and without any.
-TEST(LoadFile, ReplacesTheContentWhateverRoomItHas) {
+// The string has more room than the file needs, exactly as much, less, or none.
+TEST(LoadFile, ReplacesTheContentWhateverItsCapacity) {
     const test_support::temporary_directory folder;
     for (const std::size_t size : {0, 1, 15, 16, 17, 4095, 4096, 100000}) {
         SCOPED_TRACE(size);
@@ -57,7 +57,7 @@ TEST(LoadFile, LeavesTheContentAloneWithoutMemory) {
     EXPECT_EQ("before", content);
 }
 
-// A descriptor that stays open would be the lowest free one.
+// A leaked descriptor would change the lowest free one.
 TEST(LoadFile, ClosesTheFileInEveryCase) {
     const test_support::temporary_directory folder;
     const ustring8 path(folder.write("file", counting_bytes(500)));

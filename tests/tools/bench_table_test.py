@@ -210,7 +210,7 @@ class Chart(unittest.TestCase):
         return [one for one in self.svg.getElementsByTagName(name) if one.getAttribute("class") == kind]
 
     def test_shows_the_limit_that_is_furthest_from_being_met(self):
-        # load/small has 0.8 of its bound at the best peer, and 1.5 times that at the floor.
+        # load/small is at 0.8 of its bound for the best peer, and at 1.5 times its bound for the floor.
         self.assertIn(">3.00 of floor, missed</text>", self.text)
         self.assertIn(">0.250 of a, met</text>", self.text)
         self.assertNotIn("of b", self.text)

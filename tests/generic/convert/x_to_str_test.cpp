@@ -211,7 +211,7 @@ TEST(ToStr, ReturnsTheDigitsOfAnUnsignedInt) {
     EXPECT_EQ("4294967295", to_str(4294967295u));
 }
 
-// The plain form of the digits: one after the other, from the last.
+// The plain form: it writes the digits one by one, from the last to the first.
 std::string plain_digits(unsigned long magnitude, bool negative) {
     std::string digits;
     do {
@@ -221,7 +221,7 @@ std::string plain_digits(unsigned long magnitude, bool negative) {
     return negative ? '-' + digits : digits;
 }
 
-// Each number of up to five digits, and numbers of every length in bits, with both signs.
+// Each number of up to five digits, and numbers of every bit length, with both signs.
 TEST(DecimalDigits, AreThoseOfThePlainForm) {
     std::vector<unsigned long> magnitudes;
     for (unsigned long number = 0; number != 100000; ++number)

@@ -383,7 +383,7 @@ TEST(ParseCatalog, TreatsAnEmptyMessageWithoutANameAsAbsent) {
         "x",
         text_of(load(xmc(catalog("c", "de", "<msg/>") + catalog("c", "en", "<msg>x</msg>")), "de"),
                 "c", ""));
-    // A name or a meta text is enough to keep it.
+    // A key or a meta text is enough to keep it.
     EXPECT_EQ("", text_of(load(xmc(catalog("c", "de", "<msg meta=\"m\"/>") +
                                    catalog("c", "en", "<msg>x</msg>")),
                                "de"),
@@ -565,8 +565,8 @@ TEST_F(Include, ReportsACycleOfFilesHoweverTheirPathsAreSpelled) {
               load("a.xmc"));
 }
 
-// A chain of files, each of which includes the next one and has a message of its own. The last file
-// has that content.
+// A chain of files, each of which includes the next one and has its own message. The last file has
+// the given content.
 void write_chain(const temporary_directory& files, int size, const std::string& last) {
     for (int i = 0; i < size; ++i)
         files.write(std::to_string(i), xmc(catalog("c", "en", msg(std::to_string(i), "x")) +

@@ -1,5 +1,5 @@
-// A load walks tokens that are stored side by side; the operations that take a token list walk that
-// list. Tests that both read the same from any file, with the same error.
+// A load walks tokens in contiguous memory; the operations with a token list walk that list. Tests
+// that both read the same messages from any file, with the same error.
 #include <tova/i18n/_private/xmc_file_loader.hpp>
 #include <tova/i18n/message_catalogs.hpp>
 #include <tova/parser/xml_token_stream.hpp>
@@ -99,7 +99,7 @@ public:
             made += between() + (below(5) == 0 ? include() : catalog());
         made += between() +
                 (rarely() ? one_of({"</xmc", "", "<a/></xmc>", "</xmc>text"}) : one_of({"</xmc>"}));
-        // A byte lost, changed or cut off makes most files invalid.
+        // Losing, changing or cutting off a byte makes most files invalid.
         if (below(8) == 0 && !made.empty()) {
             const std::size_t place = below(static_cast<unsigned>(made.size()));
             if (below(2) == 0)
@@ -185,7 +185,7 @@ TEST(LoadedFile, IsReadLikeItsTokenList) {
         const std::string bytes = random.file();
         const char* const locale = random.one_of({"de_AT", "en", "de", ""});
 
-        // An empty file sets the directory that includes start from.
+        // An empty file sets the base directory of includes.
         xmc_file_loader flat;
         flat.handle_language(locale);
         flat.parse_file(base + "b");
@@ -203,14 +203,14 @@ TEST(LoadedFile, IsReadLikeItsTokenList) {
         successes += expected.first == xmc_file_loader::no_error;
         ++errors[static_cast<std::size_t>(expected.first)];
     }
-    // Each kind of error that a file can have occurs.
+    // Every kind of error in a file has occurred.
     EXPECT_LT(5000, successes);
     for (const int kind : {1, 3, 4, 5, 6, 7, 8, 9, 12, 13})
         EXPECT_LT(0, errors[static_cast<std::size_t>(kind)]) << kind;
 }
 
-// A set makes only those messages that win, after all files of a load have been read. A loader
-// makes all of them and merges afterwards.
+// A set builds only the messages that are kept, after all files of a load have been read. A loader
+// builds all messages and merges them afterwards.
 TEST(LoadedFile, AddsToASetWhatALoaderMerges) {
     random_xmc random(7);
     const test_support::temporary_directory folder;
@@ -234,7 +234,7 @@ TEST(LoadedFile, AddsToASetWhatALoaderMerges) {
     EXPECT_LT(100, successes);
 }
 
-// Memory is freed whichever allocation of a load fails, and the next load of the same file
+// Whichever allocation of a load fails, all memory is freed, and the next load of the same file
 // succeeds.
 TEST(LoadedFile, LeavesNothingAllocatedWhenMemoryRunsOut) {
     const test_support::temporary_directory folder;

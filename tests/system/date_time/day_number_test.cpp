@@ -16,8 +16,8 @@ bool operator==(const fields& left, const fields& right) {
     return left.year == right.year && left.month == right.month && left.day == right.day;
 }
 
-// Years, 100 years and single years of a cycle one after the other, and then pairs of months. The
-// counts are not limited, so the last day of a cycle begins the next one.
+// Divides by 400 years, centuries, leap cycles, years and then pairs of months. The counts have no
+// upper limit, so the last day of a cycle begins the next one.
 fields fields_by_division(unsigned number) {
     unsigned rest = number - 1;
     unsigned year = rest / 146097 * 400;
@@ -53,8 +53,8 @@ fields fields_of(unsigned number) {
     return {result.year(), result.month(), result.day()};
 }
 
-// Steps through the whole range, and then through the days around each of the first cycles.
-TEST(DayNumber, IsTheDateThatDivisionsFind) {
+// Covers the whole range in steps, and then the days around the ends of the first cycles.
+TEST(DayNumber, AgreesWithDivisions) {
     for (unsigned long number = 0; number < 1UL << 32; number += 2003)
         ASSERT_TRUE(fields_by_division(static_cast<unsigned>(number)) ==
                     fields_of(static_cast<unsigned>(number)))
