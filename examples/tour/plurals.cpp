@@ -58,8 +58,7 @@ int main(int count, char** words) {
         std::cout << locale << ':';
         for (const char* shown : {"1", "3", "5", "1.5"})
             print("files", shown, ex::plural_type::cardinal);
-        print("files@trash", "2",
-              ex::plural_type::cardinal);  // with a context, if it has a message
+        print("files@trash", "2", ex::plural_type::cardinal);  // with a context, if there is one
         std::cout << "\n  places:";
         for (const char* shown : {"1", "2", "3", "11"})
             print("place", shown, ex::plural_type::ordinal);  // Polish falls back to English

@@ -48,8 +48,7 @@ extern "C" int LLVMFuzzerInitialize(int* count, char*** arguments) {
             continue;
         }
         if (!tova::kernel_form::use(argument + option.size())) {
-            std::fprintf(stderr, "unknown or unsupported form: %s
-", argument);
+            std::fprintf(stderr, "unknown or unsupported form: %s\n", argument);
             std::exit(1);
         }
         is_fixed = true;

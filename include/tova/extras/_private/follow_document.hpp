@@ -284,9 +284,7 @@ private:
     // Together less than the 65536 bytes of the parser's buffer.
     static constexpr std::size_t batch_bytes() { return 30000; }
     static constexpr std::size_t tag_bytes() { return 30000; }
-    static constexpr std::size_t text_bytes() {
-        return 4000;
-    }  // up to six times as much when encoded
+    static constexpr std::size_t text_bytes() { return 4000; }  // up to six times that if encoded
     static constexpr std::size_t declaration_bytes() { return 1000; }
     static constexpr std::size_t reference_bytes() { return 12; }
 
@@ -848,23 +846,22 @@ private:
 
     // The bytes of the file that are not consumed yet, and the state of the reader.
     std::string m_data;
-    std::size_t m_at = 0;  // in m_data
-    unsigned m_line = 1;   // at m_at
-    const char* m_section =
-        nullptr;                // the end mark of the current comment, instruction or CDATA section
-    std::string m_text;         // text before the next tag, references replaced
-    std::size_t m_text_at = 0;  // how many bytes of it are written
-    unsigned m_text_line = 1;   // the line in which it begins
-    bool m_has_text = false;    // whether it is more than whitespace between tags
-    unsigned m_depth = 0;       // open elements
-    std::string m_root;         // name of the root
-    unsigned m_end_line = 1;    // of the end tag of the root
-    bool m_is_at_start = true;  // a byte order mark may follow
-    bool m_has_begun = false;   // the declaration has been read
-    bool m_has_root = false;    // the start tag of the root has been read
-    bool m_has_ended = false;   // its end tag has been read
-    bool m_is_skipping = false;  // after an error
-    bool m_has_failed = false;   // no more events
+    std::size_t m_at = 0;             // in m_data
+    unsigned m_line = 1;              // at m_at
+    const char* m_section = nullptr;  // the end of the comment, instruction or CDATA section
+    std::string m_text;               // text before the next tag, references replaced
+    std::size_t m_text_at = 0;        // how many bytes of it are written
+    unsigned m_text_line = 1;         // the line in which it begins
+    bool m_has_text = false;          // whether it is more than whitespace between tags
+    unsigned m_depth = 0;             // open elements
+    std::string m_root;               // name of the root
+    unsigned m_end_line = 1;          // of the end tag of the root
+    bool m_is_at_start = true;        // a byte order mark may follow
+    bool m_has_begun = false;         // the declaration has been read
+    bool m_has_root = false;          // the start tag of the root has been read
+    bool m_has_ended = false;         // its end tag has been read
+    bool m_is_skipping = false;       // after an error
+    bool m_has_failed = false;        // no more events
     follow_error m_error = follow_error::none;
 
     // The output for the parser.
