@@ -166,6 +166,10 @@ void tool::add_check() {
     command.add_option("FILE", m_check.check.files, "settings files");
     add_schema(command, m_check.check.schema_path);
     command
+        .add_option("--written-for", m_check.check.written_for,
+                    "the reader that the files were written for: report what it takes differently")
+        ->check(CLI::IsMember({"configparser", "inih"}));
+    command
         .add_option("--fail-on", m_check.fail_on,
                     "the least severity that makes the exit code 1 (warning)")
         ->check(CLI::IsMember({"error", "warning", "note", "never"}));
@@ -212,11 +216,11 @@ void tool::add_convert() {
                            [this] { return run_convert(m_convert, std::cout, std::cerr); });
     command.add_option("FILE", m_convert.file, "the file to read")->required();
     command
-        .add_option("--from", m_convert.format,
-                    "its format: ini (as Python's configparser reads it), inih (as the C library "
-                    "inih does), toml "
-                    "or json (by the extension)")
-        ->check(CLI::IsMember({"ini", "inih", "toml", "json"}));
+        .add_option(
+            "--from", m_convert.format,
+            "its format: ini or configparser (as Python's configparser reads it), inih (as the "
+            "C library inih does), toml or json (by the extension)")
+        ->check(CLI::IsMember({"ini", "configparser", "inih", "toml", "json"}));
     value_name(
         command.add_option("-o,--output", m_convert.output, "the file to write (standard output)"),
         "FILE");

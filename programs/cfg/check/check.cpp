@@ -83,6 +83,9 @@ report check(const check_options& options) {
                 keys.insert(each.key);
         add(lint(file, declared));
         add(lint_save(file));
+        if (!options.written_for.empty())
+            add(lint_written_for(file, options.written_for == "inih" ? ini_dialect::inih
+                                                                     : ini_dialect::configparser));
     }
     if (!options.files.empty())
         add(lint_required(options.files, keys, declared));

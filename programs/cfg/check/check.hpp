@@ -13,6 +13,7 @@ namespace tova_programs::cfg {
 struct check_options {
     std::vector<std::string> files;
     std::string schema_path;
+    std::string written_for;  ///< configparser, inih or empty
     std::vector<std::string> only;
     std::vector<std::string> ignored;
 };

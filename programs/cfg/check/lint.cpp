@@ -23,14 +23,6 @@ bool is_blank(token_kind kind) {
     return kind == token_kind::space || kind == token_kind::line_end;
 }
 
-// A part of a file in the text of a finding: one line, and not too long.
-std::string quoted(std::string_view text) {
-    std::string result = "\"";
-    for (const char c : text.substr(0, 40))
-        result += static_cast<unsigned char>(c) < 32 || c == 127 ? '?' : c;
-    return result + (text.size() > 40 ? "...\"" : "\"");
-}
-
 // The index of the first byte that is no UTF-8, or of a NUL byte; the size if there is none.
 std::size_t first_invalid_byte(std::string_view text) {
     std::size_t at = 0;
@@ -67,8 +59,7 @@ public:
         for (const token& each : m_file.tokens())
             check_token(each);
         for (const section& each : m_file.sections())
-            if (!each.is_closed)
-                add("open-header", each.bytes, "", "the header is not closed: \"]\" is missing");
+            check_header(each);
         for (const comment& each : m_file.comments())
             check_comment_quotes(each);
         for (const entry& each : m_file.entries()) {
@@ -121,6 +112,33 @@ private:
                     std::to_string(m_lines.at(one.bytes.end - 1).line));
         if (text.find("\\\"") != text.npos || text.find("\\\\") != text.npos)
             add("escape", one.bytes, "", "the backslashes stay in the string");
+    }
+
+    void check_header(const section& each) {
+        if (!each.is_closed) {
+            add("open-header", each.bytes, "", "the header is not closed: \"]\" is missing");
+            return;
+        }
+        // Spaces next to the brackets are no part of a name to anybody.
+        std::size_t names = 0;
+        bool has_space = false;
+        for (std::size_t i = each.tokens; i < m_file.tokens().size(); ++i) {
+            const token& one = at(i);
+            if (one.bytes.begin >= each.bytes.end)
+                break;
+            if (one.kind == token_kind::open_bracket || one.kind == token_kind::close_bracket)
+                continue;
+            if (is_blank(one.kind)) {
+                has_space = names != 0;
+                continue;
+            }
+            if (has_space) {
+                add("lost-space", each.bytes, "",
+                    "the section is " + quoted(each.name) + " without spaces");
+                return;
+            }
+            ++names;
+        }
     }
 
     void check_comment_quotes(const comment& each) {
@@ -191,6 +209,29 @@ private:
         }
         if (is_first && each.section != 0 && is_on_line_of_header(each))
             add("text-after-header", bytes, "", quoted(text) + " after a header");
+        if (check_operation(begin, end))
+            return;
+        if (!has_equals) {
+            // A header within a key is not the mistake, but the line before it.
+            if (is_first || text[0] != '[')
+                report_no_equals(bytes, text, bytes.end == each.key_bytes.end);
+            return;
+        }
+        for (std::size_t i = begin; i < end; ++i)
+            if (at(i).kind == token_kind::text && m_file.text(at(i)) == ":") {
+                add("colon-in-key", at(i).bytes, "",
+                    "\":\" does not end a key; the key is " + quoted(each.name));
+                break;
+            }
+        for (std::size_t i = begin; i + 1 < end; ++i)
+            if (at(i).kind == token_kind::space && at(i + 1).kind != token_kind::open_bracket) {
+                add("lost-space", bytes, "", "the key is " + quoted(each.name) + " without spaces");
+                return;
+            }
+    }
+
+    // Whether a sign of two characters is where the "=" was meant.
+    bool check_operation(std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i)
             if (at(i).kind == token_kind::operation) {
                 const std::string_view sign = m_file.source(at(i).bytes);
@@ -198,19 +239,9 @@ private:
                                      quoted(sign) + " does not end a key; the plain \"=\" does");
                 if (sign == "==" || sign == ":=")
                     found.edits.push_back({at(i).bytes.begin, 2, "="});
-                return;
+                return true;
             }
-        if (!has_equals) {
-            // A header within a key is not the mistake, but the line before it.
-            if (is_first || text[0] != '[')
-                report_no_equals(bytes, text, bytes.end == each.key_bytes.end);
-            return;
-        }
-        for (std::size_t i = begin; i + 1 < end; ++i)
-            if (at(i).kind == token_kind::space && at(i + 1).kind != token_kind::open_bracket) {
-                add("lost-space", bytes, "", "the key is " + quoted(each.name) + " without spaces");
-                return;
-            }
+        return false;
     }
 
     void report_no_equals(span bytes, std::string_view text, bool is_last) {
@@ -509,6 +540,13 @@ private:
 };
 
 }  // namespace
+
+std::string quoted(std::string_view text) {
+    std::string result = "\"";
+    for (const char c : text.substr(0, 40))
+        result += static_cast<unsigned char>(c) < 32 || c == 127 ? '?' : c;
+    return result + (text.size() > 40 ? "...\"" : "\"");
+}
 
 std::vector<finding> lint(const document& file, const schema& declared) {
     return linter(file, declared).run();

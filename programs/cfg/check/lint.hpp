@@ -2,12 +2,14 @@
 /// What a settings file says by itself that its author most likely did not mean.
 #pragma once
 
+#include "cfg/model/ini_format.hpp"
 #include "cfg/model/schema.hpp"
 #include "cfg/scanner/document.hpp"
 #include "support/findings.hpp"
 
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tova_programs::cfg {
@@ -23,7 +25,13 @@ std::vector<finding> lint_required(const std::vector<std::string>& paths,
 /// What a save would do to the file.
 std::vector<finding> lint_save(const document& file);
 
+/// What the reader that the file was written for takes differently, and the lines that it refuses.
+std::vector<finding> lint_written_for(const document& file, ini_dialect dialect);
+
 /// Aliases of a schema that form a cycle.
 std::vector<finding> lint_schema(const schema& declared, const std::string& path);
+
+/// A part of a file for the text of a finding: in quotes, one line, and not too long.
+std::string quoted(std::string_view text);
 
 }  // namespace tova_programs::cfg

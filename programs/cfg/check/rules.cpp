@@ -18,6 +18,11 @@ const rule table[] = {
     {"operator", severity::error, "an operator in the place of \"=\"",
      "\"==\", \":=\", \"+=\", \"-=\", \"*=\", \"/=\", \"<=\" and \">=\" are not \"=\" and do not "
      "end a key: it goes on in the next line, up to a plain \"=\". The fix writes \"=\"."},
+    {"colon-in-key", severity::warning, "\":\" before the \"=\"",
+     "A key goes on up to the \"=\", so url: http://host/?a=b is the key url:http://host/?a with "
+     "the "
+     "value b. Write \"=\" after the key. If the \":\" belongs to the key, put the key in double "
+     "quotes."},
     {"semicolon-comment", severity::error, "\";\" as a comment",
      "A comment begins with \"#\" or \"//\". A line that begins with \";\" is joined to the key on "
      "the next line, and a \";\" after a value is part of the value. The fix writes \"#\"."},
@@ -52,9 +57,9 @@ const rule table[] = {
      "value, and a#b is a. If it belongs to the value, put the value in double quotes; otherwise "
      "write a space before the comment."},
     {"lost-space", severity::warning, "a space that is lost",
-     "Spaces and tabs outside double quotes are dropped: Ann Lee is AnnLee. Put the value, or a "
-     "key "
-     "with a space, in double quotes. The fix does that for values."},
+     "Spaces and tabs outside double quotes are dropped: Ann Lee is AnnLee, and [my section] is "
+     "mysection. Put a value, key or section with a space in double quotes. The fix does that for "
+     "values."},
     {"open-quote", severity::error, "a double quote without its end",
      "The string goes on to the end of the file, with all entries in it."},
     {"quote-over-lines", severity::warning, "a string over more than one line",
@@ -98,6 +103,17 @@ const rule table[] = {
      "Each load and save makes the file larger, because sections take each other's entries, or "
      "because a name with a bracket comes back as several names. 150 sections with names of equal "
      "length make 35 MB of 2.6 kB in two rounds."},
+
+    // --- Other readers ---
+    {"reads-differently", severity::warning, "an entry that another reader takes differently",
+     "Found with --written-for only. Readers of INI files differ: Python's configparser and inih "
+     "keep "
+     "double quotes and spaces, end a key at the first \":\" too, know no \"//\" and no arrays, "
+     "and "
+     "join an indented line to the value before it. A \"#\" after a value starts a comment for "
+     "neither, a \";\" after a space one for inih only. convert writes a file that means here what "
+     "it "
+     "meant there."},
 
     // --- The schema ---
     {"unknown-key", severity::error, "a key that the program does not know",

@@ -1,6 +1,7 @@
 #include "cfg/commands/convert.hpp"
 
 #include "cfg/model/edit.hpp"
+#include "cfg/model/ini_format.hpp"
 #include "cfg/model/other_formats.hpp"
 #include "support/exit_code.hpp"
 #include "support/text_file.hpp"
@@ -88,12 +89,19 @@ private:
 };
 
 std::vector<foreign_value> read_as(const std::string& format, const std::string& path) {
-    const std::string bytes = read_file(path);
+    std::string bytes = read_file(path);
     if (format == "json")
         return read_json(path, bytes);
     if (format == "toml")
         return read_toml(path, bytes);
-    return format == "inih" ? read_inih(path, bytes) : read_ini(path, bytes);
+    if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0)
+        bytes.erase(0, 3);
+    ini_reading read =
+        read_ini(format == "inih" ? ini_dialect::inih : ini_dialect::configparser, bytes);
+    for (const ini_refusal& each : read.refusals)
+        if (!each.is_duplicate)
+            throw file_error(path + ':' + std::to_string(each.line) + ": " + each.reason);
+    return std::move(read.values);
 }
 
 std::string format_of(const convert_options& options) {

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <map>
 #include <vector>
 
@@ -67,7 +68,12 @@ std::size_t estimated_size(tova::config::file_item& item) {
 
 saved_file saved(const std::string& bytes, std::size_t limit) {
     const temporary_file file;
-    write_file(file.name(), bytes);
+    // Not write_file: nobody else sees this file, so it need not reach the disk.
+    std::ofstream out(file.name(), std::ios::binary);
+    out << bytes;
+    out.close();
+    if (!out)
+        throw file_error(file.name() + ": cannot be written");
     tova::config::file_item item(file.name());
     item.load();
     saved_file result;

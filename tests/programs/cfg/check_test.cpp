@@ -46,12 +46,15 @@ outcome checked(const check_command& command) {
     return {code, out.str(), errors.str()};
 }
 
-// A file with its schema, if there is one of that name beside it.
+// A file with its schema and the reader it was written for, if there are files of that name beside
+// it.
 check_command command_for(const std::string& name) {
     check_command command;
     command.check.files = {name + ".cfg"};
     if (access((name + ".schema").c_str(), R_OK) == 0)
         command.check.schema_path = name + ".schema";
+    if (access((name + ".reader").c_str(), R_OK) == 0)
+        command.check.written_for = test_support::lines_of(read_bytes(name + ".reader")).at(0);
     command.fail_on = "note";
     return command;
 }
