@@ -6,8 +6,8 @@ namespace tova_programs {
 
 namespace {
 
-const auto first_pause = std::chrono::milliseconds(500);
-const auto pause = std::chrono::milliseconds(100);
+constexpr auto first_pause = std::chrono::milliseconds(500);
+constexpr auto pause = std::chrono::milliseconds(100);
 
 }  // namespace
 

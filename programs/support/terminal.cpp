@@ -72,8 +72,9 @@ bool use_colors(color_mode mode, int descriptor) {
 
 std::size_t terminal_width(int descriptor, std::size_t otherwise) {
     const char* const columns = std::getenv("COLUMNS");
-    if (columns != nullptr && std::atoi(columns) > 0)
-        return static_cast<std::size_t>(std::atoi(columns));
+    const long wanted = columns != nullptr ? std::strtol(columns, nullptr, 10) : 0;
+    if (wanted > 0)
+        return static_cast<std::size_t>(wanted);
     winsize size = {};
     if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col != 0)
         return size.ws_col;

@@ -57,8 +57,8 @@ void _______________CONTEXT__ASSERT________________(const char* expression, cons
     // cut, there is no context; if they fill the buffer exactly, there is room for 0 characters of
     // context.
     if (length >= 1 && length < static_cast<int>(context_size) && format != nullptr)
-        std::vsnprintf(text + length, context_size - static_cast<std::size_t>(length), format,
-                       arguments);
+        static_cast<void>(std::vsnprintf(
+            text + length, context_size - static_cast<std::size_t>(length), format, arguments));
     va_end(arguments);
 
     ____________________ASSERT____________________(text, file, line, function);

@@ -20,9 +20,10 @@ void require_position(std::size_t position, std::size_t count) {
     if (position < count)
         return;
     char text[128];
-    std::snprintf(text, sizeof text,
-                  "vector::_M_range_check: __n (which is %zu) >= this->size() (which is %zu)",
-                  position, count);
+    static_cast<void>(
+        std::snprintf(text, sizeof text,
+                      "vector::_M_range_check: __n (which is %zu) >= this->size() (which is %zu)",
+                      position, count));
     throw std::out_of_range(text);
 }
 

@@ -9,7 +9,6 @@
 #include <tova/i18n/message_catalogs.hpp>
 #include <tova/strings/ustring.hpp>
 
-#include <map>
 #include <vector>
 
 namespace TOVA_2_18 {
@@ -20,19 +19,17 @@ class catalog_loading {
 public:
     using result_type = message_catalogs::result_type;
     using catalog_map = message_catalogs::catalog_map;
-    using resolve_map = std::map<strings::ustring8, strings::ustring8>;
 
     // The set to load into, and the requested locale. All arguments must outlive the object. A
     // catalog id restricts the load to the catalog with that name.
     //
     // Contract: the two constructors select two kinds of load even if the id is empty. With an id,
     // an empty locale is accepted and a missing directory is a success.
-    catalog_loading(catalog_map& catalogs, const resolve_map& resolve,
-                    const strings::ustring8& locale)
-        : m_catalogs(catalogs), m_resolve(resolve), m_locale(locale), m_catalog_id(nullptr) {}
-    catalog_loading(catalog_map& catalogs, const resolve_map& resolve,
-                    const strings::ustring8& locale, const strings::ustring8& catalog_id)
-        : m_catalogs(catalogs), m_resolve(resolve), m_locale(locale), m_catalog_id(&catalog_id) {}
+    catalog_loading(catalog_map& catalogs, const strings::ustring8& locale)
+        : m_catalogs(catalogs), m_locale(locale), m_catalog_id(nullptr) {}
+    catalog_loading(catalog_map& catalogs, const strings::ustring8& locale,
+                    const strings::ustring8& catalog_id)
+        : m_catalogs(catalogs), m_locale(locale), m_catalog_id(&catalog_id) {}
 
     // Implement the four families of published operations.
     result_type load(const strings::ustring8& path);
@@ -45,7 +42,6 @@ private:
     result_type scan_directory(const strings::ustring8& directory);
 
     catalog_map& m_catalogs;
-    const resolve_map& m_resolve;
     const strings::ustring8& m_locale;
     const strings::ustring8* m_catalog_id;  // null for all catalogs
 };

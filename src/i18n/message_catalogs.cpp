@@ -107,7 +107,7 @@ void message_catalogs::set_resolve_container(const std::map<ustring8, ustring8>&
 }
 
 message_catalogs::result_type message_catalogs::load(const ustring8& path, const ustring8& locale) {
-    return catalog_loading(m_catalogs, m_resolve, locale).load(path);
+    return catalog_loading(m_catalogs, locale).load(path);
 }
 
 message_catalogs::result_type message_catalogs::load(const ustring16& path,
@@ -122,7 +122,7 @@ message_catalogs::result_type message_catalogs::load(const ustring32& path,
 
 message_catalogs::result_type message_catalogs::load(const ustring8& path, const ustring8& locale,
                                                      const ustring8& catalog_id) {
-    return catalog_loading(m_catalogs, m_resolve, locale, catalog_id).load(path);
+    return catalog_loading(m_catalogs, locale, catalog_id).load(path);
 }
 
 message_catalogs::result_type message_catalogs::load(const ustring16& path, const ustring16& locale,
@@ -137,7 +137,7 @@ message_catalogs::result_type message_catalogs::load(const ustring32& path, cons
 
 message_catalogs::result_type message_catalogs::load(const std::vector<ustring8>& paths,
                                                      const ustring8& locale) {
-    return catalog_loading(m_catalogs, m_resolve, locale).load(paths);
+    return catalog_loading(m_catalogs, locale).load(paths);
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<ustring16>& paths,
@@ -153,7 +153,7 @@ message_catalogs::result_type message_catalogs::load(const std::vector<ustring32
 message_catalogs::result_type message_catalogs::load(const std::vector<ustring8>& paths,
                                                      const ustring8& locale,
                                                      const ustring8& catalog_id) {
-    return catalog_loading(m_catalogs, m_resolve, locale, catalog_id).load(paths);
+    return catalog_loading(m_catalogs, locale, catalog_id).load(paths);
 }
 
 message_catalogs::result_type message_catalogs::load(const std::vector<ustring16>& paths,
@@ -236,7 +236,7 @@ message_catalogs::result_type message_catalogs::load(const std::vector<std::wstr
 
 message_catalogs::result_type message_catalogs::load_directory(const ustring8& directory,
                                                                const ustring8& locale) {
-    return catalog_loading(m_catalogs, m_resolve, locale).load_directory(directory);
+    return catalog_loading(m_catalogs, locale).load_directory(directory);
 }
 
 message_catalogs::result_type message_catalogs::load_directory(const ustring16& directory,
@@ -252,7 +252,7 @@ message_catalogs::result_type message_catalogs::load_directory(const ustring32& 
 message_catalogs::result_type message_catalogs::load_directory(const ustring8& directory,
                                                                const ustring8& locale,
                                                                const ustring8& catalog_id) {
-    return catalog_loading(m_catalogs, m_resolve, locale, catalog_id).load_directory(directory);
+    return catalog_loading(m_catalogs, locale, catalog_id).load_directory(directory);
 }
 
 message_catalogs::result_type message_catalogs::load_directory(const ustring16& directory,
@@ -269,7 +269,7 @@ message_catalogs::result_type message_catalogs::load_directory(const ustring32& 
 
 message_catalogs::result_type message_catalogs::load_file(const ustring8& file,
                                                           const ustring8& locale) {
-    return catalog_loading(m_catalogs, m_resolve, locale).load_file(file);
+    return catalog_loading(m_catalogs, locale).load_file(file);
 }
 
 message_catalogs::result_type message_catalogs::load_file(const ustring16& file,
@@ -285,7 +285,7 @@ message_catalogs::result_type message_catalogs::load_file(const ustring32& file,
 message_catalogs::result_type message_catalogs::load_file(const ustring8& file,
                                                           const ustring8& locale,
                                                           const ustring8& catalog_id) {
-    return catalog_loading(m_catalogs, m_resolve, locale, catalog_id).load_file(file);
+    return catalog_loading(m_catalogs, locale, catalog_id).load_file(file);
 }
 
 message_catalogs::result_type message_catalogs::load_file(const ustring16& file,

@@ -65,7 +65,7 @@ public:
     const char* end_of_text(const char* from) {
         const std::uint64_t last = std::uint64_t{1} << (kernels::block_size - 1);
         for (;;) {
-            from = find(from, [last](const masks& block) {
+            from = find(from, [](const masks& block) {
                 return block.markup | (block.white_space & (block.white_space >> 1 | last));
             });
             if (from == m_end || from - m_block != kernels::block_size - 1 ||
@@ -85,8 +85,10 @@ private:
         return static_cast<unsigned int>(__builtin_ctzll(mask));
     }
 
-    // No byte of the range is in this block. It is never read.
+    // No byte of the range is in this block. It is never read, and pointer arithmetic must not
+    // leave the range.
     const char* no_block() const {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
         return reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(m_end) +
                                              kernels::block_size);
     }

@@ -56,8 +56,8 @@ inline void fill_in_place(String& text, const typename String::value_type* from,
 template <typename String>
 inline void append_copy(std::vector<String>& strings, const typename String::value_type* from,
                         std::size_t size) {
-    const std::size_t bytes = size * sizeof(*from);
 #if defined(__cpp_lib_string_resize_and_overwrite)
+    const std::size_t bytes = size * sizeof(*from);
     if (bytes >= 16 && bytes <= 64) {
         strings.emplace_back();
         strings.back().resize_and_overwrite(

@@ -217,10 +217,11 @@ TOVA_AVX512_INLINE std::size_t write_points(__m512i bytes, __m512i leads, std::s
     if (!has_four)
         return write_units<true>(bytes, leads, used, to, room);
     std::size_t written = 0;
-    for (unsigned int group = 0; 16 * group < used; ++group) {
+    for (unsigned int group = 0; std::size_t{16} * group < used; ++group) {
         __m512i kinds;
         const __m512i points = decode_16(bytes, leads, group, kinds);
-        const unsigned int in = static_cast<unsigned int>(lowest(used - 16 * group)) & 0xFFFFu;
+        const unsigned int in =
+            static_cast<unsigned int>(lowest(used - std::size_t{16} * group)) & 0xFFFFu;
         const unsigned int pairs = _mm512_cmpeq_epi32_mask(kinds, all_points(15)) & in;
         // Contract: as `loops::write_pair`, the value isn't checked and the high unit wraps.
         const __m512i high =

@@ -113,7 +113,7 @@ inline void store_eight(char* text, unsigned long word) {
 extern const char digit_pairs[201];
 
 inline char* store_pair(char* text, unsigned number) {
-    std::memcpy(text, digit_pairs + 2 * number, 2);
+    std::memcpy(text, digit_pairs + std::size_t{2} * number, 2);
     return text + 2;
 }
 

@@ -47,12 +47,13 @@ date::date(unsigned int new_day, unsigned int new_month, unsigned int new_year)
 
 date date::local_date() {
     const std::time_t now = ::time(nullptr);
-    return detail::date_of(*::localtime(&now));
+    // Contract: the buffer of the C library is used, by one thread at a time.
+    return detail::date_of(*::localtime(&now));  // NOLINT(concurrency-mt-unsafe)
 }
 
 date date::UTC_date() {
     const std::time_t now = ::time(nullptr);
-    return detail::date_of(*::gmtime(&now));
+    return detail::date_of(*::gmtime(&now));  // NOLINT(concurrency-mt-unsafe): as above
 }
 
 unsigned int date::year() const {
