@@ -28,7 +28,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
-#include <fstream>
 #include <iostream>
 #include <new>
 
@@ -91,10 +90,6 @@ while_memory_may_fail::while_memory_may_fail() {
 while_memory_may_fail::~while_memory_may_fail() {
     if (!(s_all_from_there && std::uncaught_exception()))
         --s_may_fail;
-}
-
-void write_file(const std::string& name, const std::string& content) {
-    std::ofstream(name, std::ios::binary) << content;
 }
 
 namespace {
@@ -239,21 +234,6 @@ bool report(const scenario& one) {
     std::cout << '\n';
     ::munmap(shared, sizeof(progress));
     return passed;
-}
-
-scenarios all_scenarios() {
-    scenarios all;
-    add_strings(all);
-    add_numbers(all);
-    add_values(all);
-    add_foundation(all);
-    add_units_and_dates(all);
-    add_documents(all);
-    add_messages(all);
-    add_settings(all);
-    add_buffers(all);
-    add_files(all);
-    return all;
 }
 
 bool is_selected(const char* name, int count, char** words) {

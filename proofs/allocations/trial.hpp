@@ -1,5 +1,6 @@
-// One run of a scenario of proof_allocations. The scenario sets itself up as usual and passes each
-// operation to the trial, which runs it while allocations may fail and notes what it returns:
+// One run of a scenario of proof_allocations and proof_threads. The scenario sets itself up as
+// usual and passes each operation to the trial, which runs it while allocations may fail and notes
+// what it returns:
 //
 //     [](trial& t) {
 //         const ustring8 text("a text");            // never fails
@@ -136,6 +137,9 @@ void add_messages(scenarios& all);
 void add_settings(scenarios& all);
 void add_buffers(scenarios& all);
 void add_files(scenarios& all);
+
+// What the functions above add, in that order.
+scenarios all_scenarios();
 
 // ---- input
 

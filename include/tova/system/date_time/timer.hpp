@@ -7,8 +7,8 @@
 ///     stopwatch.stop();
 ///     const unsigned long microseconds = stopwatch.elapsed();
 ///
-/// Threads: a timer belongs to one thread at a time. The measured cost is written only while the
-/// library is loaded.
+/// Threads: a timer belongs to one thread at a time. The measured cost is written while the library
+/// is loaded, and by an `auto_tester` that a program makes while that cost is 0.
 #pragma once
 
 #include <tova/abi.hpp>
