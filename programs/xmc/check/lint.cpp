@@ -385,7 +385,8 @@ private:
                    quoted(option.name) + " has no value " + quoted(each.value) +
                        did_you_mean(each.value, words_of(option)));
         } else if (option.kind == option_kind::natural || option.kind == option_kind::integer) {
-            if (std::abs(std::atoi(word.c_str())) > widest_field)
+            const long width = std::strtol(word.c_str(), nullptr, 10);
+            if (width > widest_field || width < -widest_field)
                 report("wide-field", each.value_bytes,
                        quoted(option.name) + " is " + word + ": more than " +
                            std::to_string(widest_field));
@@ -400,12 +401,12 @@ private:
         const bool is_memory = argument.type == item_type::memory;
         if (!is_memory && argument.type != item_type::metric)
             return;
-        int precision = is_memory ? 0 : 3;
+        long precision = is_memory ? 0 : 3;
         const attribute* field = nullptr;
         for (const attribute& each : options) {
             const option_rule* const option = find_option(argument.type, each.name);
             if (option != nullptr && option->name == std::string_view("precision"))
-                precision = std::atoi(std::string(each.value).c_str());
+                precision = std::strtol(std::string(each.value).c_str(), nullptr, 10);
             if (option != nullptr && option->name == std::string_view("fieldsize"))
                 field = &each;
         }

@@ -332,7 +332,7 @@ varg_list samples_for(const message_t& message) {
             break;
         case item_type::memory:
         case item_type::memory_unit:
-            values.push_back(item.name(), 48318382080l);
+            values.push_back(item.name(), 48318382080L);
             break;
         case item_type::metric:
         case item_type::metric_unit:

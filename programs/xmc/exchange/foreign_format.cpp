@@ -166,7 +166,9 @@ exchanged_text read_braces(std::string_view text, std::vector<std::string>& unkn
             piece argument;
             argument.is_argument = true;
             argument.text =
-                is_digit(name[0]) ? "arg" + std::to_string(std::atoi(name.c_str()) + 1) : name;
+                is_digit(name[0])
+                    ? "arg" + std::to_string(std::strtoul(name.c_str(), nullptr, 10) + 1)
+                    : name;
             argument.attributes = {{"name", argument.text}};
             result.pieces.push_back(argument);
         }

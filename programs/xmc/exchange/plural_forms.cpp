@@ -3,6 +3,7 @@
 #include <tova/extras/plural.hpp>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace tova_programs::xmc {
 
@@ -199,7 +200,7 @@ plural_header::plural_header(std::string_view text) {
     const std::string number(text.substr(count + 9, 4));
     m_expression = text.substr(expression + 7);
     m_expression.erase(std::min(m_expression.find(';'), m_expression.size()));
-    const int forms = std::atoi(number.c_str());
+    const long forms = std::strtol(number.c_str(), nullptr, 10);
     if (forms < 1 || forms > 20)
         return;
     m_count = static_cast<std::size_t>(forms);

@@ -440,7 +440,8 @@ std::string charset_of(const std::map<std::string, std::string>& fields) {
 
 std::string to_utf8(const std::string& bytes, const std::string& charset, const std::string& path) {
     const iconv_t converter = ::iconv_open("UTF-8", charset.c_str());
-    if (converter == reinterpret_cast<iconv_t>(-1))
+    // POSIX defines the descriptor of a failure as this number.
+    if (converter == reinterpret_cast<iconv_t>(-1))  // NOLINT(performance-no-int-to-ptr)
         throw file_error(path + ": unknown charset \"" + charset + '"');
     std::string result(bytes.size() * 4 + 4, '\0');
     std::string input = bytes;

@@ -295,7 +295,9 @@ private:
             std::string shown = node.attribute(m_is_2 ? "disp" : "equiv-text").value();
             if (shown.empty())
                 shown = m_is_2 ? data_of(unit, node) : node.child_value();
-            report(node, key, '<' + name + "> has no item and becomes \"" + shown + '"');
+            std::string problem = '<' + name + "> has no item and becomes \"";
+            problem.append(shown).append(1, '"');
+            report(node, key, problem);
             add_text(text.pieces, shown);
         }
     }
