@@ -19,6 +19,9 @@ BUILDS = (
     ("clang 19 -O3 -march=native", "clang++-19", "-O3 -march=native"),
 )
 QUICK = ("g++ 12 -O2", "clang 14 -O0")
+# The builds that run once more with each form of the kernels.
+EVERY_FORM = ("g++ 12 -O2", "g++ 12 -O3 -march=native", "clang 14 -O2", "clang 19 -O3 -march=native")
+FORMS = ("portable", "sse2", "avx2", "avx512")
 
 LOCALES = ("en_US", "de_AT", "fr", "ru", "ja", "xx")
 
@@ -39,7 +42,7 @@ def commands(build, context):
             yield path.name, [path], None
 
 
-def outputs(build, context):
+def outputs(build, context, library):
     found = {}
     work = context.scratch / "work"
     for name, command, file in commands(build, context):
@@ -48,33 +51,47 @@ def outputs(build, context):
         if file:
             shutil.copy(file, work)
         done = subprocess.run(command, cwd=work, stdin=subprocess.DEVNULL, capture_output=True,
-                              env={"PATH": "/usr/bin:/bin", "LC_ALL": "C.UTF-8", "TZ": "UTC"})
+                              env={"PATH": "/usr/bin:/bin", "LC_ALL": "C.UTF-8", "TZ": "UTC",
+                                   "LD_LIBRARY_PATH": str(library)})
         kept = b"".join(path.read_bytes() for path in sorted(work.rglob("*")) if path.is_file())
         found[name] = hashlib.sha256(done.stdout + done.stderr + kept + bytes([done.returncode & 255])).hexdigest()
     return found
 
 
+def libraries(build, name):
+    """The folders of the libraries to run with: the one as built, then those with one form of the kernels."""
+    yield name, build
+    for form in FORMS if name in EVERY_FORM else ():
+        folder = build / "forms" / form
+        probe = subprocess.run([build / "tests/forms/with_kernel_form", form, folder, "/bin/true"])
+        if probe.returncode == 0:  # else the processor lacks the form
+            yield f"{name}, {form}", folder
+
+
 def measure(context):
     reference = None
     results = []
-    for number, (name, compiler, flags) in enumerate(BUILDS):
+    for name, compiler, flags in BUILDS:
         if context.quick and name not in QUICK:
             continue
-        build = context.build("release", "examples/all", folder="golden",
-                              settings=("--fresh", f"-DCMAKE_CXX_COMPILER={compiler}", "-DTOVA_BUILD_TESTS=OFF",
+        forms = [f"tova_{form}" for form in FORMS] + ["with_kernel_form"] if name in EVERY_FORM else []
+        build = context.build("release", "examples/all", *forms, folder="golden",
+                              settings=("--fresh", f"-DCMAKE_CXX_COMPILER={compiler}", "-DTOVA_BUILD_TOOLS=OFF",
                                         f"-DCMAKE_CXX_FLAGS_RELWITHDEBINFO={flags} -g1"))
-        found = outputs(build, context)
-        reference = reference or found
-        different = sorted(key for key in reference if found.get(key) != reference[key])
-        context.say(f"{name}: {len(found)} programs, {len(different)} differ")
-        results.append({"name": name, "programs": len(found), "different": different})
+        for title, library in libraries(build, name):
+            found = outputs(build, context, library)
+            reference = reference or found
+            different = sorted(key for key in reference if found.get(key) != reference[key])
+            context.say(f"{title}: {len(found)} programs, {len(different)} differ")
+            results.append({"name": title, "programs": len(found), "different": different})
     return {"builds": results}
 
 
 def report(result):
     rows = "\n".join(f"| {one['name']} | {one['programs']} | {', '.join(one['different']) or 'none'} |"
                      for one in result["builds"])
-    return f"""All examples run with the library of each build. Their output and the files that they write are compared
+    return f"""All examples run with the library of each build, in some builds also with each form of the vector kernels
+alone. Their output and the files that they write are compared
 byte by byte with those of the first row.
 
 | build | runs | different |
