@@ -1,5 +1,6 @@
 // `config_manager` over a command line, a file and an environment: each lookup is compared with a
 // plain walk over the three sources, which are also loaded separately.
+//
 // Input: lines. The first byte of each selects its target: the command line, the file or the
 // environment.
 #include <tova/config/commandline_item.hpp>

@@ -2,6 +2,7 @@
 /// Chooses the form of the kernels for an input.
 ///
 ///     fuzz_support::choose_kernel_form(data, size);
+///
 /// The form depends on the bytes of the input, so the fuzzer covers all forms, and an input that
 /// fails always fails. With the argument `-form=NAME`, all inputs run with that form.
 #pragma once

@@ -1,4 +1,5 @@
 // Tests the data files, built with every C++ standard that programs may use.
+//
 // The program replaces `fsync` and `rename`, so a test can check in which order a store calls them
 // and can make one of them fail.
 #include <tova/extras/data_file.hpp>

@@ -1,4 +1,5 @@
 // Runs a fuzz target on its seeds, and on mutations of them, as an ordinary test: NAME SEEDS.
+//
 // The mutations are always the same, so a failure is reproducible. They need no fuzzer and no
 // sanitizer: a target makes its own comparisons and ends the process if one fails.
 #include "../../fuzz/support/choose_form.hpp"

@@ -3,6 +3,7 @@
 /// the input until nothing is left.
 ///
 ///     code_page_oracle::convert("CP1252", "UTF-8", text)
+///
 /// Its time is quadratic in the number of characters that the target lacks. Threads may call it at
 /// the same time.
 #pragma once

@@ -1,6 +1,7 @@
 // Compares every form of the conversion loops with the portable one: the same result, the same
 // position of the first invalid character, the same sizes. The sources end at an inaccessible page,
 // and the results end at guard units, so accesses past either are detected.
+//
 // This program compiles the kernels itself, because they are not exported.
 #include <tova/abi.hpp>
 

@@ -631,6 +631,7 @@ data_status decode_data(const std::string& bytes, Buffer& target,
 /// @}
 
 /// @name Files
+///
 /// These do the same as `encode_data` and `decode_data`, with a file. Messages begin with its path.
 ///
 /// `store_data` writes a new file beside the old one, syncs it, renames it and syncs the directory:
@@ -725,6 +726,7 @@ inline bool remove_label(serialization::labeled_serialize_buffer& tree, const st
 }
 
 /// @name Values of a label
+///
 /// Reads the value of a label as a string, or as a number with `try_parse`. A label without a value
 /// is the error `check_error::empty`. Unlike the `as_` conversions, these never round or truncate
 /// another number to an integer: 2.5 and 300 are errors for a `signed char`.

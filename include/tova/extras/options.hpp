@@ -327,6 +327,7 @@ public:
 
     /// Reads all sources. It also checks values that a stronger source overrides. The arrays are
     /// read only during the call; `environment` may be null.
+    ///
     /// After an error the options have the values that could be read. A second call starts over.
     option_result load(int count, const char* const* words,
                        const char* const* environment = ::environ) {

@@ -340,6 +340,7 @@ inline const i18n::message_t& context_message(const i18n::message_catalogs& cata
 /// 2. `key.other`;
 /// 3. `key`;
 /// 4. the same three for the key without its context, "files" for "files@trash".
+///
 /// Returns the nil message if there is none of them. The reference is valid as long as that of a
 /// lookup.
 inline const i18n::message_t& plural_message(const i18n::message_catalogs& catalogs,

@@ -4,6 +4,7 @@
 ///     const file_status stored = store_atomically("state.dat", bytes);
 ///     if (!stored)
 ///         std::cerr << "state.dat: " << stored.message << '\n';
+///
 /// Threads share nothing here. If two threads store the same file at the same time, the file has
 /// one of the two contents afterwards, complete.
 #pragma once
