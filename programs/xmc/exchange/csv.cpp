@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <sstream>
+#include <utility>
 
 namespace tova_programs::xmc {
 
@@ -98,10 +100,35 @@ private:
                    : from.fields[found->second];
     }
 
-    void read(const row& from, imported& result) const {
+    exchanged_text text_of(const row& from, const char* column, bool is_target,
+                           std::string& problem) const {
+        const std::string format = field(from, "format");
+        const std::string value = field(from, column);
+        if (format.compare(0, sizeof brace_format - 1, brace_format) != 0) {
+            exchanged_text result;
+            result.exists = true;
+            add_text(result.pieces, value);
+            return result;
+        }
+        definitions codes;
+        for (const char* const list : {"arguments", "target arguments"}) {
+            std::istringstream lines(field(from, list));
+            for (std::string line; std::getline(lines, line);)
+                codes.add(line);
+            if (!is_target)
+                break;
+        }
+        return codes.read(value, problem);
+    }
+
+    void read(const row& from, imported& result) {
         exchanged_message one;
         one.key = from_portable(field(from, "key"));
         one.catalog = has("catalog") ? from_portable(field(from, "catalog")) : m_defaults.catalog;
+        if (!m_known.insert({one.catalog, one.key}).second) {
+            result.problems.push_back({from.line, one.key, appears_again});
+            return;
+        }
         const std::string locale = from_portable(field(from, "locale"));
         if (result.all.locale.empty())
             result.all.locale = locale;
@@ -111,23 +138,8 @@ private:
             result.all.reference = from_portable(field(from, "reference"));
         const std::string format = field(from, "format");
         const auto text = [&](const char* column, bool is_target) {
-            exchanged_text read;
-            const std::string value = field(from, column);
-            if (format.compare(0, sizeof brace_format - 1, brace_format) != 0) {
-                read.exists = true;
-                add_text(read.pieces, value);
-                return read;
-            }
-            definitions codes;
-            for (const char* const list : {"arguments", "target arguments"}) {
-                std::istringstream lines(field(from, list));
-                for (std::string line; std::getline(lines, line);)
-                    codes.add(line);
-                if (!is_target)
-                    break;
-            }
             std::string problem;
-            read = codes.read(value, problem);
+            exchanged_text read = text_of(from, column, is_target, problem);
             if (!problem.empty())
                 result.problems.push_back({from.line, one.key, problem});
             return read;
@@ -150,6 +162,7 @@ private:
     const csv_defaults& m_defaults;
     std::vector<row> m_rows;
     std::map<std::string, std::size_t> m_columns;
+    std::set<std::pair<std::string, std::string>> m_known;
 };
 
 }  // namespace

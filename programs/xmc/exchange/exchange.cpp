@@ -97,6 +97,8 @@ std::vector<chunk> chunks_of(const exchanged_text& from) {
 
 }  // namespace
 
+const char appears_again[] = "the message appears again; the first one counts";
+
 exchange collect(const documents& files, const std::string& locale, const std::string& reference) {
     exchange result;
     result.locale = locale;

@@ -57,6 +57,9 @@ struct imported {
     std::vector<exchange_problem> problems;
 };
 
+/// The problem of a message that a file has already. The first one counts, as for the loader.
+extern const char appears_again[];
+
 /// The messages of both locales, by catalog and in the order of the files. Of several messages of
 /// one key the first counts, as for the loader.
 exchange collect(const documents& files, const std::string& locale, const std::string& reference);

@@ -478,8 +478,9 @@ public:
         }
         const auto own = m_fields.find("X-Tova-Locale");
         m_is_own = own != m_fields.end();
+        const std::string& reference = m_fields["X-Tova-Reference"];
         m_result.all.reference =
-            m_is_own ? from_portable(m_fields["X-Tova-Reference"]) : defaults.reference;
+            m_is_own && !reference.empty() ? from_portable(reference) : defaults.reference;
         m_result.all.locale = !defaults.locale.empty()           ? defaults.locale
                               : m_is_own && !own->second.empty() ? from_portable(own->second)
                                                                  : m_fields["Language"];
@@ -494,7 +495,10 @@ public:
             m_entry = &each;
             m_is_fuzzy = each.flags.count("fuzzy") != 0;
             m_result.fuzzy += m_is_fuzzy;
-            if (m_is_own)
+            const std::string key = entry_key(each);
+            if (!m_read.insert(key).second)
+                report(key, appears_again);
+            else if (m_is_own)
                 read_own();
             else
                 read_other();
@@ -517,6 +521,15 @@ private:
             if (each->text == text)
                 return;
         m_result.problems.push_back({m_entry->line, subject, text});
+    }
+
+    // What an entry is known by: in a file of our own its context says all.
+    std::string entry_key(const entry& each) const {
+        return m_is_own ? each.context : foreign_key(each) + (each.has_plural ? ".*" : "");
+    }
+
+    static std::string foreign_key(const entry& each) {
+        return each.id + (each.has_context ? '@' + each.context : std::string());
     }
 
     // The translation of a form, or none.
@@ -637,8 +650,7 @@ private:
     }
 
     void read_other() {
-        const std::string key =
-            m_entry->id + (m_entry->has_context ? '@' + m_entry->context : std::string());
+        const std::string key = foreign_key(*m_entry);
         const auto has = [&](const char* flag) { return m_entry->flags.count(flag) != 0; };
         const foreign_format format =
             has("python-brace-format") ? foreign_format::python_brace
@@ -675,6 +687,7 @@ private:
     bool m_is_own = false;
     bool m_is_fuzzy = false;
     const entry* m_entry = nullptr;
+    std::set<std::string> m_read;  // the entries so far
     std::map<std::pair<std::string, std::string>, std::size_t> m_known;
     std::vector<std::pair<std::string, std::string>> m_plurals;
     imported m_result;

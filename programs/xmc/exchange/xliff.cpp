@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <set>
+#include <utility>
 #include <vector>
 
 namespace tova_programs::xmc {
@@ -166,7 +168,7 @@ std::string unit_2_0(const exchanged_message& each, std::size_t number) {
 class reader {
 public:
     reader(const std::string& bytes, const std::string& path, const xliff_defaults& defaults)
-        : m_bytes(bytes), m_defaults(defaults) {
+        : m_bytes(bytes), m_path(path), m_defaults(defaults) {
         const auto parsed = m_document.load_buffer(bytes.data(), bytes.size(),
                                                    pugi::parse_default | pugi::parse_ws_pcdata);
         if (!parsed)
@@ -182,6 +184,8 @@ public:
             locale("t:locale", m_is_2 ? m_root : file, m_is_2 ? "trgLang" : "target-language");
         all.reference =
             locale("t:reference", m_is_2 ? m_root : file, m_is_2 ? "srcLang" : "source-language");
+        if (all.reference.empty())
+            all.reference = "en";
         if (!defaults.locale.empty())
             all.locale = defaults.locale;
         if (all.locale.empty())
@@ -193,7 +197,7 @@ public:
             m_catalog = m_defaults.catalog.empty()
                             ? from_portable(file.attribute("original").value())
                             : m_defaults.catalog;
-            read_units(file);
+            read_units(file, 0);
         }
         return std::move(m_result);
     }
@@ -217,13 +221,20 @@ private:
         m_result.problems.push_back({line_of(node.offset_debug()), subject, text});
     }
 
+    // The elements in each other that are followed. A translation has far fewer.
+    void require_depth(std::size_t depth) const {
+        if (depth > 200)
+            throw file_error(m_path + ": the elements are nested too deeply");
+    }
+
     // Groups may hold units at any depth.
-    void read_units(const pugi::xml_node& parent) {
+    void read_units(const pugi::xml_node& parent, std::size_t depth) {
+        require_depth(depth);
         for (const pugi::xml_node node : parent.children()) {
             if (std::strcmp(node.name(), m_is_2 ? "unit" : "trans-unit") == 0)
                 read_unit(node);
             else
-                read_units(node);
+                read_units(node, depth + 1);
         }
     }
 
@@ -231,17 +242,21 @@ private:
         exchanged_message one;
         one.catalog = m_catalog;
         one.key = from_portable(m_is_2 ? name_or_id(unit) : unit.attribute("id").value());
+        if (!m_known.insert({one.catalog, one.key}).second) {
+            report(unit, one.key, appears_again);
+            return;
+        }
         const bool has_source = std::strcmp(unit.attribute("t:source").value(), "none") != 0;
         bool is_translated = true;
         for (const pugi::xml_node part : parts_of(unit)) {
             const pugi::xml_node target = part.child("target");
             if (has_source)
-                add(unit, part.child("source"), one.key, one.source);
+                add(unit, part.child("source"), one.key, 0, one.source);
             const std::string state = (m_is_2 ? part : target).attribute("state").value();
             if (target && (target.first_child() || state == "final"))
-                add(unit, target, one.key, one.target);
+                add(unit, target, one.key, 0, one.target);
             else if (std::strcmp(part.name(), "ignorable") == 0)
-                add(unit, part.child("source"), one.key, one.target);
+                add(unit, part.child("source"), one.key, 0, one.target);
             else
                 is_translated = false;
         }
@@ -274,7 +289,8 @@ private:
     }
 
     void add(const pugi::xml_node& unit, const pugi::xml_node& from, const std::string& key,
-             exchanged_text& text) {
+             std::size_t depth, exchanged_text& text) {
+        require_depth(depth);
         text.exists = true;
         for (const pugi::xml_node node : from.children()) {
             if (node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata) {
@@ -289,7 +305,7 @@ private:
             // Marks around a text are left out, other codes become the text that they show.
             const std::string name = node.name();
             if (name == "mrk" || name == "g" || name == "pc") {
-                add(unit, node, key, text);
+                add(unit, node, key, depth + 1, text);
                 continue;
             }
             std::string shown = node.attribute(m_is_2 ? "disp" : "equiv-text").value();
@@ -320,11 +336,13 @@ private:
     }
 
     const std::string& m_bytes;
+    const std::string& m_path;
     const xliff_defaults& m_defaults;
     pugi::xml_document m_document;
     pugi::xml_node m_root;
     bool m_is_2 = false;
     std::string m_catalog;
+    std::set<std::pair<std::string, std::string>> m_known;
     imported m_result;
 };
 

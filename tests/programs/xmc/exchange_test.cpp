@@ -290,6 +290,43 @@ msgstr ""
     EXPECT_EQ(25u, result.problems[0].line);
 }
 
+TEST(Exchange, KeepsTheFirstOfAMessageThatAppearsAgain) {
+    const imported po = read_po("msgid \"a\"\nmsgstr \"1\"\n\nmsgid \"a\"\nmsgstr \"2\"\n", "f.po",
+                                {"app", "de", "en"});
+    const imported csv =
+        read_csv("catalog,key,source,target\napp,a,a,1\napp,a,a,2\n", "f.csv", {"app", "de", "en"});
+    const imported xliff =
+        read_xliff("<xliff version=\"1.2\"><file original=\"app\" source-language=\"en\"><body>\n"
+                   "<trans-unit id=\"a\"><source>a</source><target>1</target></trans-unit>\n"
+                   "<trans-unit id=\"a\"><source>a</source><target>2</target></trans-unit>\n"
+                   "</body></file></xliff>",
+                   "f.xlf", {"", "de"});
+    for (const imported* each : {&po, &csv, &xliff}) {
+        ASSERT_EQ(1u, each->all.messages.size());
+        EXPECT_EQ("1", each->all.messages[0].target.pieces[0].text);
+        ASSERT_EQ(1u, each->problems.size());
+        EXPECT_STREQ(appears_again, each->problems[0].text.c_str());
+    }
+    EXPECT_EQ(4u, po.problems[0].line);
+    EXPECT_EQ(3u, csv.problems[0].line);
+    EXPECT_EQ(3u, xliff.problems[0].line);
+}
+
+TEST(Exchange, RefusesXliffThatIsNestedTooDeeply) {
+    const auto file = [](std::size_t depth) {
+        std::string text = "<xliff version=\"1.2\"><file original=\"a\" target-language=\"de\">";
+        for (std::size_t i = 0; i < depth; ++i)
+            text += "<group>";
+        text += "<trans-unit id=\"a\"><source>a</source><target>b</target></trans-unit>";
+        for (std::size_t i = 0; i < depth; ++i)
+            text += "</group>";
+        return text + "</file></xliff>";
+    };
+    EXPECT_EQ(1u, read_xliff(file(200), "f.xlf", {}).all.messages.size());
+    EXPECT_THROW(read_xliff(file(201), "f.xlf", {}), file_error);
+    EXPECT_THROW(read_xliff(file(100000), "f.xlf", {}), file_error);
+}
+
 TEST(Exchange, NamesTheLineOfWhatIsNoPoFile) {
     const struct {
         const char* text;
