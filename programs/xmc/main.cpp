@@ -271,8 +271,10 @@ void tool::add_import() {
     CLI::App& command = m_line.add_command(
         "import", "make a catalog from what translators return, or from another program's PO",
         [this] { return run_import(m_import, std::cout, std::cerr); });
-    value_name(command.add_option("FILE", m_import.file, "a .po, .xlf, .xliff or .csv file"),
-               "FILE")
+    command
+        .add_option("PATH", m_import.paths,
+                    "a .po, .pot, .xlf, .xliff or .csv file, or several, "
+                    "or folders of them")
         ->required();
     value_name(command.add_option("-l,--lang", m_import.locale, "the locale (as the file says)"),
                "LANG");
@@ -283,7 +285,10 @@ void tool::add_import() {
                                   "the catalog, where the file does not say (messages)"),
                "NAME");
     command.add_flag("--with-source", m_import.with_sources, "add the messages of the reference");
-    add_output(command, m_import.output);
+    value_name(command.add_option("-o,--output", m_import.output,
+                                  "the file to write (standard output); of several files: the "
+                                  "folder to write to"),
+               "FILE");
     command.add_flag(
         "--json", m_import.as_json,
         "write the findings as JSON, and the result within it if there is no --output");

@@ -15,21 +15,25 @@ struct export_options {
     std::string reference = "en";
     std::string format = "po";  ///< po, xliff, xliff2 or csv
     std::string output;         ///< empty: standard output
-    bool as_json = false;       ///< needs an output
+    bool as_json = false;
 };
 
 int run_export(const export_options& options, std::ostream& out);
 
 struct import_options {
-    std::string file;
-    std::string locale;     ///< empty: that of the file
-    std::string reference;  ///< empty: that of the file, or en
-    std::string catalog;    ///< empty: that of the file, or messages
-    std::string output;
+    std::vector<std::string> paths;
+    std::string locale;     ///< empty: that of each file
+    std::string reference;  ///< empty: that of each file, or en
+    std::string catalog;    ///< empty: that of each file, or messages
+    std::string output;     ///< a folder, if there is more than one file
     bool with_sources = false;
-    bool as_json = false;  ///< needs an output
+    bool as_json = false;
 };
 
+/// One file becomes one catalog file. Several files, or a folder of them, become a catalog file
+/// each, with the same name, in the folder `output`; the sources of all are one file there, named
+/// after the reference.
+///
 /// Each message or part of one that a catalog cannot hold is named on `errors` with its line, and
 /// the exit code is 1.
 int run_import(const import_options& options, std::ostream& out, std::ostream& errors);

@@ -95,6 +95,13 @@ const struct {
     {"import_wrong", "import foreign/wrong.po"},
     {"import_xliff", "import foreign/de.xlf"},
     {"import_csv", "import foreign/words.csv --lang de --catalog words"},
+    {"import_files", "import foreign/pl.po foreign/de.xlf --catalog app --with-source -o "
+                     "$TOVA_OUTPUT.i; cat $TOVA_OUTPUT.i/en.xmc $TOVA_OUTPUT.i/de.xmc"},
+    {"import_files_json", "import foreign/pl.po foreign/de.xlf --json -o $TOVA_OUTPUT.j"},
+    {"import_files_nowhere", "import foreign/pl.po foreign/de.xlf"},
+    {"import_same_name", "import foreign/pl.po foreign/pl.po -o $TOVA_OUTPUT.k"},
+    {"import_no_files", "import src -o $TOVA_OUTPUT.l"},
+    {"import_no_file", "import nothing.po"},
     {"import_no_format", "import other.xmc"},
     {"keys", "keys catalogs"},
     {"keys_header", "keys --header --namespace text catalogs"},

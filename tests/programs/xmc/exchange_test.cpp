@@ -290,6 +290,32 @@ msgstr ""
     EXPECT_EQ(25u, result.problems[0].line);
 }
 
+// A template has sources only, and a file in the language of the reference may say more than they
+// do.
+TEST(Exchange, ImportsAFolderWithOneFileOfSources) {
+    const temporary_directory folder;
+    folder.write("po/app.pot", "msgid \"Quit\"\nmsgstr \"\"\n\nmsgid \"Undo\"\nmsgstr \"\"\n");
+    folder.write("po/de.po", "msgid \"\"\nmsgstr \"Language: de\\n\"\n\n"
+                             "msgid \"Quit\"\nmsgstr \"Beenden\"\n");
+    folder.write("po/en.po", "msgid \"\"\nmsgstr \"Language: en\\n\"\n\n"
+                             "msgid \"Quit\"\nmsgstr \"Quit this program\"\n");
+    const auto result =
+        run_program("cd " + folder.path() +
+                    " && " TOVA_XMC " import po --catalog app --with-source -o out && ls out");
+    EXPECT_EQ("out/de.xmc: 1 message, 0 not translated\n"
+              "out/en.xmc: 2 messages, 0 not translated\nde.xmc\nen.xmc\n",
+              result.output);
+    EXPECT_EQ(R"(<?xml version="1.0" encoding="UTF-8"?>
+<xmc version="1.1">
+  <catalog name="app" lang="en">
+    <msg name="Quit">Quit this program</msg>
+    <msg name="Undo">Undo</msg>
+  </catalog>
+</xmc>
+)",
+              read_file(folder.path("out/en.xmc")));
+}
+
 TEST(Exchange, KeepsTheFirstOfAMessageThatAppearsAgain) {
     const imported po = read_po("msgid \"a\"\nmsgstr \"1\"\n\nmsgid \"a\"\nmsgstr \"2\"\n", "f.po",
                                 {"app", "de", "en"});
