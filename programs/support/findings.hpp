@@ -66,6 +66,14 @@ struct edit {
     std::string text;
 };
 
+/// Another place that explains a finding, such as the first of two messages of one key.
+struct related_place {
+    std::string file;
+    std::size_t offset;
+    std::size_t length;
+    std::string text;
+};
+
 struct finding {
     finding() = default;
     finding(const rule& broken, std::string path, std::size_t from, std::size_t count)
@@ -84,6 +92,7 @@ struct finding {
     std::string subject;      ///< the message or key that it is about, may be empty
     std::string text;         ///< one line, without a full stop
     std::vector<edit> edits;  ///< a fix that is certain, or empty
+    std::vector<related_place> related;
 };
 
 enum class report_format { text, json, sarif, github };

@@ -45,11 +45,11 @@ bool is_file(const std::string& path) {
 
 class checker {
 public:
-    explicit checker(const check_options& options)
-        : m_options(options), m_report("tova-xmc", version, rules()) {}
+    checker(const check_options& options, check_source& source)
+        : m_options(options), m_source(source), m_report("tova-xmc", version, rules()) {}
 
     report run() {
-        std::vector<std::string> files = catalog_files(m_options.paths);
+        std::vector<std::string> files = m_source.files(m_options.paths);
         for (const std::string& path : m_options.paths)
             m_graph.add_root(path);
         std::set<std::string> known;
@@ -63,7 +63,8 @@ public:
                 shown.step();
             }
         }
-        for (finding& found : m_index.findings(m_options.reference))
+        const auto read = [this](const std::string& path) { return m_source.bytes(path); };
+        for (finding& found : m_index.findings(m_options.reference, read))
             add(std::move(found));
         for (finding& found : m_graph.findings())
             add(std::move(found));
@@ -72,15 +73,8 @@ public:
     }
 
 private:
-    bool is_wanted(const finding& found) const {
-        const auto names = [&found](const std::vector<std::string>& list) {
-            return std::find(list.begin(), list.end(), found.broken_rule->id) != list.end();
-        };
-        return !names(m_options.ignored) && (m_options.only.empty() || names(m_options.only));
-    }
-
     void add(finding found) {
-        if (is_wanted(found))
+        if (is_reported(m_options, found))
             m_report.add(std::move(found));
     }
 
@@ -93,11 +87,12 @@ private:
             add(std::move(found));
             return;
         }
-        const document file(path, read_file(path));
+        const std::shared_ptr<const checked_document> checked = m_source.document(path);
+        const document& file = checked->file;
         bool has_error = false;
-        for (finding& found : findings_of(file)) {
+        for (const finding& found : checked->findings) {
             has_error = has_error || found.level == severity::error;
-            add(std::move(found));
+            add(found);
         }
         m_index.add(file);
         std::vector<include_graph::edge> edges;
@@ -112,7 +107,7 @@ private:
             edge.place = finding(*rules().find("include-missing"), path, each.bytes.begin,
                                  each.bytes.size());
             place_finding(edge.place, lines);
-            edge.is_readable = is_file(edge.target) && !is_link(edge.target);
+            edge.is_readable = m_source.has_file(edge.target);
             if (edge.is_readable && known.insert(canonical_path(edge.target)).second)
                 files.push_back(edge.target);
             edges.push_back(std::move(edge));
@@ -121,6 +116,7 @@ private:
     }
 
     const check_options& m_options;
+    check_source& m_source;
     report m_report;
     message_index m_index;
     include_graph m_graph;
@@ -207,8 +203,6 @@ int explain_rule(const std::string& id, bool writes_json, std::ostream& out, std
     return exit_clean;
 }
 
-}  // namespace
-
 std::vector<finding> findings_of(const document& file) {
     const line_index lines(file.bytes());
     std::vector<finding> result;
@@ -232,8 +226,41 @@ std::vector<finding> findings_of(const document& file) {
     return result;
 }
 
+}  // namespace
+
+bool is_reported(const check_options& options, const finding& found) {
+    const auto names = [&found](const std::vector<std::string>& list) {
+        return std::find(list.begin(), list.end(), found.broken_rule->id) != list.end();
+    };
+    return !names(options.ignored) && (options.only.empty() || names(options.only));
+}
+
+checked_document::checked_document(std::string path, std::string bytes)
+    : file(std::move(path), std::move(bytes)), findings(findings_of(file)) {}
+
+std::vector<std::string> check_source::files(const std::vector<std::string>& paths) {
+    return catalog_files(paths);
+}
+
+bool check_source::has_file(const std::string& path) {
+    return is_file(path) && !is_link(path);
+}
+
+std::string check_source::bytes(const std::string& path) {
+    return read_file(path);
+}
+
+std::shared_ptr<const checked_document> check_source::document(const std::string& path) {
+    return std::make_shared<const checked_document>(path, read_file(path));
+}
+
+report check(const check_options& options, check_source& source) {
+    return checker(options, source).run();
+}
+
 report check(const check_options& options) {
-    return checker(options).run();
+    check_source disk;
+    return check(options, disk);
 }
 
 int run_check(const check_command& command, std::ostream& out, std::ostream& errors,

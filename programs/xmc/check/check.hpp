@@ -1,9 +1,14 @@
 /// @file
 /// `tova-xmc check`: every finding in a set of catalogs.
+///
+/// A check reads files through a `check_source`. The plain one reads the disk; an editor's has its
+/// unsaved texts instead of the files that are open.
 #pragma once
 
 #include "support/findings.hpp"
+#include "xmc/model/document.hpp"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,13 +21,41 @@ struct check_options {
     std::vector<std::string> ignored;
 };
 
-/// Checks the files, those that they include, and what they say together. Only one file is in
-/// memory at a time, beside an index of all messages.
-report check(const check_options& options);
+/// Whether the options want to hear of a finding.
+bool is_reported(const check_options& options, const finding& found);
 
-/// Checks one document by itself, as an editor needs it while its author types. The findings have
-/// their places.
-std::vector<finding> findings_of(const class document& file);
+/// A document with the findings that it has by itself. It is constant once it is made.
+struct checked_document {
+    checked_document(std::string path, std::string bytes);
+
+    document file;
+    std::vector<finding> findings;  ///< with their places
+};
+
+/// The files of a check.
+class check_source {
+public:
+    virtual ~check_source() = default;
+
+    /// The files for the paths of the options. Raises `file_error` for a path that does not exist.
+    virtual std::vector<std::string> files(const std::vector<std::string>& paths);
+
+    /// Whether there is such a file. A symbolic link is none, as for the loader.
+    virtual bool has_file(const std::string& path);
+
+    /// The content of a file. Raises `file_error`.
+    virtual std::string bytes(const std::string& path);
+
+    /// The same, checked by itself.
+    virtual std::shared_ptr<const checked_document> document(const std::string& path);
+};
+
+/// Checks the files, those that they include, and what they say together. Unless the source keeps
+/// documents, only one is in memory at a time, beside an index of all messages.
+report check(const check_options& options, check_source& source);
+
+/// The same for the files on the disk.
+report check(const check_options& options);
 
 struct check_command {
     check_options check;

@@ -100,10 +100,14 @@ void message_index::add(const document& file) {
     }
 }
 
-finding message_index::at(const entry& each, const char* id, std::string text) const {
+// The other entry is the one that it disagrees with.
+finding message_index::at(const entry& each, const char* id, std::string text, const entry& other,
+                          std::string other_text) const {
     finding found(*rules().find(id), m_files.text(each.file), each.offset, each.size);
     found.subject = m_names.text(each.key);
     found.text = std::move(text);
+    found.related.push_back(
+        {m_files.text(other.file), other.offset, other.size, std::move(other_text)});
     return found;
 }
 
@@ -118,7 +122,8 @@ void message_index::find_duplicates(iterator begin, iterator end,
             at(*each, "duplicate-key",
                "the message is given again for locale " + quoted(m_names.text(each->locale)) +
                    (first.file == each->file ? ", and this one is not used"
-                                             : "; it is also in " + m_files.text(first.file))));
+                                             : "; it is also in " + m_files.text(first.file)),
+               first, "the other message"));
     }
 }
 
@@ -130,6 +135,7 @@ void message_index::find_mismatches(iterator begin, iterator end, std::uint32_t 
         return;
     const argument_types expected = parsed(m_names.text(original->arguments));
     const std::string locale = m_names.text(reference);
+    const std::string there = "the message in " + locale;
     for (iterator each = begin; each != end; ++each) {
         if (each->arguments == original->arguments || each->locale == reference)
             continue;
@@ -139,21 +145,26 @@ void message_index::find_mismatches(iterator begin, iterator end, std::uint32_t 
             if (same == actual.end())
                 found.push_back(
                     at(*each, "argument-mismatch",
-                       "argument " + quoted(argument.first) + " of " + locale + " is missing"));
+                       "argument " + quoted(argument.first) + " of " + locale + " is missing",
+                       *original, there));
             else if (same->second != argument.second)
                 found.push_back(at(*each, "argument-type-mismatch",
                                    "argument " + quoted(argument.first) + " is " +
                                        joined(same->second) + ", but " + joined(argument.second) +
-                                       " in " + locale));
+                                       " in " + locale,
+                                   *original, there));
         }
         for (const auto& argument : actual)
             if (expected.find(argument.first) == expected.end())
                 found.push_back(at(*each, "argument-mismatch",
-                                   "argument " + quoted(argument.first) + " is not in " + locale));
+                                   "argument " + quoted(argument.first) + " is not in " + locale,
+                                   *original, there));
     }
 }
 
-std::vector<finding> message_index::findings(const std::string& reference) {
+std::vector<finding>
+message_index::findings(const std::string& reference,
+                        const std::function<std::string(const std::string&)>& read) {
     // Numbers in the order of files and offsets keep the first of two equal messages first.
     std::sort(m_entries.begin(), m_entries.end(), [](const entry& a, const entry& b) {
         return std::tie(a.catalog, a.key, a.locale, a.file, a.offset) <
@@ -177,7 +188,7 @@ std::vector<finding> message_index::findings(const std::string& reference) {
     std::unique_ptr<line_index> lines;
     for (std::size_t i = 0; i < found.size(); ++i) {
         if (i == 0 || found[i].file != found[i - 1].file) {
-            bytes = read_file(found[i].file);
+            bytes = read(found[i].file);
             lines = std::make_unique<line_index>(bytes);
         }
         place_finding(found[i], *lines);

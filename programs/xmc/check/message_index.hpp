@@ -9,6 +9,7 @@
 #include "xmc/model/document.hpp"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -33,8 +34,10 @@ class message_index {
 public:
     void add(const document& file);
 
-    /// The findings of the rules about duplicates and arguments, with their places.
-    std::vector<finding> findings(const std::string& reference);
+    /// The findings of the rules about duplicates and arguments, with their places. `read` returns
+    /// the bytes of a file again.
+    std::vector<finding> findings(const std::string& reference,
+                                  const std::function<std::string(const std::string&)>& read);
 
 private:
     struct entry {
@@ -52,7 +55,8 @@ private:
     void find_duplicates(iterator begin, iterator end, std::vector<finding>& found) const;
     void find_mismatches(iterator begin, iterator end, std::uint32_t reference,
                          std::vector<finding>& found) const;
-    finding at(const entry& each, const char* id, std::string text) const;
+    finding at(const entry& each, const char* id, std::string text, const entry& other,
+               std::string other_text) const;
 
     string_pool m_names;
     string_pool m_files;

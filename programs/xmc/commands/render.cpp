@@ -6,7 +6,7 @@
 #include "support/text_file.hpp"
 #include "xmc/model/documents.hpp"
 #include "xmc/model/locale.hpp"
-#include "xmc/model/options.hpp"
+#include "xmc/model/rendering.hpp"
 #include "xmc/output.hpp"
 
 #include <tova/generic/varg_list.hpp>
@@ -30,8 +30,6 @@ using tova::i18n::message_item;
 using tova::i18n::message_t;
 using tova::strings::ustring8;
 using json = nlohmann::ordered_json;
-
-const char invalid[] = "?invalid?";
 
 std::string quoted(const std::string& text) {
     return '"' + text + '"';
@@ -85,40 +83,6 @@ bool add_value(varg_list& values, const std::string& text, std::string& reason) 
     return true;
 }
 
-// Why the library shows an item as ?invalid?.
-std::string reason_for(const message_item& item, const varg_list& values) {
-    const std::string data = item.data();
-    const std::string name = item.name();
-    const auto type = static_cast<item_type>(item.type());
-    if (is_reserved(type))
-        return "type " + quoted(name_of(type)) + " is always shown so";
-    if (!values.has_argument(ustring8(name))) {
-        std::vector<std::string> given;
-        for (const auto& each : values)
-            given.push_back(each.name());
-        return "no value " + quoted(name) + " was given" + did_you_mean(name, given);
-    }
-    std::size_t begin = data.find('\1');
-    while (begin != data.npos) {
-        const auto middle = data.find('\1', begin + 1);
-        const auto end = middle == data.npos ? middle : data.find('\1', middle + 1);
-        const std::string key = data.substr(begin + 1, middle - begin - 1);
-        const std::string value =
-            middle == data.npos ? "" : data.substr(middle + 1, end - middle - 1);
-        const option_rule* const option = find_option(type, key);
-        if (option == nullptr)
-            return "type " + quoted(name_of(type)) + " has no option " + quoted(key);
-        if (value.empty() && end == data.npos)
-            return "option " + quoted(key) + " has no value";
-        const bool is_number =
-            option->kind == option_kind::natural || option->kind == option_kind::integer;
-        if (!is_number && word_of(*option, value).empty())
-            return "option " + quoted(key) + " has no value " + quoted(value);
-        begin = end;
-    }
-    return "the value does not fit the field, or rounds to -0";
-}
-
 // The catalogs and messages that a key may mean.
 std::vector<std::pair<std::string, const message_t*>> find_messages(const message_catalogs& set,
                                                                     const std::string& key) {
@@ -166,12 +130,10 @@ int run_render(const render_options& options, std::ostream& out, std::ostream& e
         const std::string text = each.second->as_string(values);
         json problems = json::array();
         for (const message_item& item : *each.second) {
-            if (item.type() == message_item::type_text || item.as_string(values) != invalid ||
-                (item.type() == message_item::type_string &&
-                 values.has_argument(ustring8(item.name()))))
+            const std::string why = reason_for_invalid(item, values);
+            if (why.empty())
                 continue;
             is_valid = false;
-            const std::string why = reason_for(item, values);
             problems.push_back({{"argument", item.name()}, {"reason", why}});
             if (!options.as_json)
                 errors << each.first << '/' << std::string(each.second->name()) << ": argument "
@@ -314,37 +276,6 @@ std::string html(std::string_view text) {
     return result;
 }
 
-// A value of each argument that is typical of its type; a string argument shows its own name.
-varg_list samples_for(const message_t& message) {
-    varg_list values;
-    for (const message_item& item : message) {
-        switch (static_cast<item_type>(item.type())) {
-        case item_type::text:
-            break;
-        case item_type::integer:
-            values.push_back(item.name(), 1234);
-            break;
-        case item_type::real:
-            values.push_back(item.name(), 1234.5);
-            break;
-        case item_type::duration:
-            values.push_back(item.name(), 3725.5);
-            break;
-        case item_type::memory:
-        case item_type::memory_unit:
-            values.push_back(item.name(), 48318382080L);
-            break;
-        case item_type::metric:
-        case item_type::metric_unit:
-            values.push_back(item.name(), 94500.0);
-            break;
-        default:
-            values.push_back(item.name(), ustring8("<" + item.name() + ">"));
-        }
-    }
-    return values;
-}
-
 // Mirrored scripts by their language.
 bool is_right_to_left(const std::string& locale) {
     const std::string language = locale.substr(0, locale.find_first_of("_-.@"));
@@ -392,10 +323,10 @@ document.getElementById("search").addEventListener("input", event => {
 
 std::string marked(const std::string& text) {
     std::string result = html(text);
-    const std::string mark = std::string("<span class=\"invalid\">") + invalid + "</span>";
-    for (std::size_t at = result.find(invalid); at != result.npos;
-         at = result.find(invalid, at + mark.size()))
-        result.replace(at, sizeof invalid - 1, mark);
+    const std::string mark = std::string("<span class=\"invalid\">") + invalid_item + "</span>";
+    for (std::size_t at = result.find(invalid_item); at != result.npos;
+         at = result.find(invalid_item, at + mark.size()))
+        result.replace(at, sizeof invalid_item - 1, mark);
     return result;
 }
 
