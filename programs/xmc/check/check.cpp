@@ -83,7 +83,6 @@ private:
         if (is_link(path)) {
             finding found(*rules().find("file-link"), path, 0, 0);
             found.text = "a symbolic link is not read";
-            m_graph.add_file(path, {}, true);
             add(std::move(found));
             return;
         }

@@ -205,6 +205,18 @@ TEST(Check, ReadsFoldersAsALoadDoes) {
     EXPECT_EQ(2u, check(command.check).findings().size());
 }
 
+TEST(Check, KeepsTheFindingsOfAFileThatALinkLeadsTo) {
+    const temporary_directory folder;
+    folder.write("app.xmc", head + "<include file=\"gone.part\"/>\n</xmc>\n");
+    fs::create_symlink("app.xmc", folder.path("link.xmc"));
+    check_command command;
+    command.check.paths = {folder.path()};
+    const report found = check(command.check);
+    ASSERT_EQ(2u, found.findings().size());
+    EXPECT_EQ("include-missing", std::string(found.findings()[0].broken_rule->id));
+    EXPECT_EQ("file-link", std::string(found.findings()[1].broken_rule->id));
+}
+
 // 2 to the 30 paths lead through these files.
 TEST(Check, FollowsEachIncludedFileOnce) {
     const temporary_directory folder;
