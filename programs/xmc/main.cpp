@@ -6,6 +6,7 @@
 #include "xmc/commands/keys.hpp"
 #include "xmc/commands/render.hpp"
 #include "xmc/commands/schema.hpp"
+#include "xmc/lsp/lsp.hpp"
 #include "xmc/rules.hpp"
 #include "xmc/version.hpp"
 
@@ -40,6 +41,7 @@ public:
         add_keys();
         add_scan();
         add_schema();
+        add_lsp();
         m_line.add_section("SEE ALSO", "The guide for translators is part of the documentation of "
                                        "the library: docs/translators.md.");
     }
@@ -70,6 +72,17 @@ private:
                    "FILE");
     }
 
+    static void add_choice_of_rules(CLI::App& command, check_options& options) {
+        command.add_option("--only", options.only, "report these rules only")
+            ->delimiter(',')
+            ->check(CLI::IsMember(rules().ids()))
+            ->type_name("RULES");
+        command.add_option("--ignore", options.ignored, "do not report these rules")
+            ->delimiter(',')
+            ->check(CLI::IsMember(rules().ids()))
+            ->type_name("RULES");
+    }
+
     void add_check();
     void add_coverage();
     void add_show();
@@ -84,6 +97,7 @@ private:
     void add_keys();
     void add_scan();
     void add_schema();
+    void add_lsp();
 
     command_line m_line;
     check_command m_check;
@@ -100,6 +114,7 @@ private:
     keys_options m_keys;
     scan_options m_scan;
     schema_options m_schema;
+    check_options m_lsp;
 };
 
 void tool::add_check() {
@@ -114,14 +129,7 @@ void tool::add_check() {
         .add_option("--fail-on", m_check.fail_on,
                     "the least severity that makes the exit code 1 (warning)")
         ->check(CLI::IsMember({"error", "warning", "note", "never"}));
-    command.add_option("--only", m_check.check.only, "report these rules only")
-        ->delimiter(',')
-        ->check(CLI::IsMember(rules().ids()))
-        ->type_name("RULES");
-    command.add_option("--ignore", m_check.check.ignored, "do not report these rules")
-        ->delimiter(',')
-        ->check(CLI::IsMember(rules().ids()))
-        ->type_name("RULES");
+    add_choice_of_rules(command, m_check.check);
     command.add_flag("--fix", m_check.fixes, "change the files where the fix is certain");
     command.add_flag("--dry-run", m_check.is_dry_run, "with --fix: show the changes only");
     const std::map<std::string, report_format> formats = {{"text", report_format::text},
@@ -339,6 +347,19 @@ void tool::add_schema() {
         ->excludes("--form")
         ->excludes("--output");
     add_json(command, m_schema.as_json);
+}
+
+void tool::add_lsp() {
+    CLI::App& command = m_line.add_command(
+        "lsp", "serve editors over standard input and output, by the language server protocol",
+        [this] { return run_lsp(m_lsp, STDIN_FILENO, STDOUT_FILENO); });
+    command.add_option("PATH", m_lsp.paths,
+                       "catalog files or folders, below each folder of the editor (all of it)");
+    value_name(command.add_option("--reference", m_lsp.reference,
+                                  "the locale whose arguments the others must have (en)"),
+               "LANG");
+    add_choice_of_rules(command, m_lsp);
+    command.add_flag("--stdio", "does nothing; some editors add it");
 }
 
 }  // namespace
