@@ -1,5 +1,5 @@
-// The scanner of tova-cfg against the library's loader: any bytes as a settings file give the same
-// nodes with the same words and values, and every token has its place.
+// Compares the scanner of tova-cfg with the library's loader: any bytes as a settings file must
+// result in the same nodes with the same words and values, and every token must have its position.
 //
 // Input: the file.
 #include "programs/cfg/against_loader.hpp"
@@ -15,7 +15,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz_support::choose_kernel_form(data, size);
-    // In memory where the system offers a folder for that.
+    // In memory if the system has a folder for that.
     static const std::string name =
         std::string(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + "/tova_cfg_scanner_" +
         std::to_string(getpid()) + ".cfg";

@@ -1,7 +1,7 @@
-// A parser follows a file that grows, and does what the plain model of it does: the same status,
-// position and line after each call, the same nodes with the same contents. The fuzzer chooses the
-// open depth, the pieces and the calls after each piece. The same bytes are then followed twice
-// more, in a few large pieces and in many small ones, whose sizes are random.
+// A parser follows a growing file and must agree with its plain model: the same status, position
+// and line after each call, and the same nodes with the same contents. The fuzzer chooses the open
+// depth, the pieces and the calls after each piece. The same bytes are then followed twice more, in
+// a few large pieces and in many small ones, whose sizes are random.
 //
 // The input is a byte for the open depth and then pieces. A piece is a byte for the calls after it,
 // a byte for its size, and that many bytes for the file; the last piece takes what is left.
@@ -52,7 +52,7 @@ private:
     int m_descriptor;
 };
 
-// The parser and its model, which read the same bytes. Each call is made to both.
+// The parser and its model, which read the same bytes. Each call goes to both.
 class pair_of_parsers {
 public:
     pair_of_parsers(const growing_file& file, unsigned depth)
@@ -76,7 +76,7 @@ public:
             take_one();
     }
 
-    // Even if nothing is ready: the first node that waits is then lost.
+    // This is called even if nothing is ready: the first waiting node is then lost.
     void take_one() {
         if (!m_plain.has_node()) {
             m_plain.lose_first();
@@ -135,7 +135,7 @@ private:
     bool m_has_ended = false;
 };
 
-// The pieces and the calls that the input describes. Returns all bytes of the file.
+// Appends the pieces and makes the calls that the input describes. Returns all bytes of the file.
 std::string follow_input(const growing_file& file, unsigned char first, std::string input) {
     pair_of_parsers both(file, first & 0x07);
     // Most inputs should get past the declaration.
@@ -169,8 +169,7 @@ std::string follow_input(const growing_file& file, unsigned char first, std::str
     return both.bytes();
 }
 
-// A file that grows by pieces of up to so many bytes. Errors are passed over where that is
-// possible.
+// Follows a file that grows by pieces of up to the given size. Skips errors if possible.
 void follow_pieces(const growing_file& file, unsigned depth, const std::string& bytes,
                    std::size_t longest, std::mt19937& random) {
     pair_of_parsers both(file, depth);

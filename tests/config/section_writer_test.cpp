@@ -1,4 +1,4 @@
-// Tests what a save writes.
+// Tests the output of a save.
 #include <tova/config/file_item.hpp>
 
 #include "config/listing.hpp"

@@ -1,4 +1,4 @@
-// The search finds what the map's own search finds.
+// Tests that the search agrees with the search of the map.
 #include "i18n/find_key.hpp"
 
 #include <gtest/gtest.h>

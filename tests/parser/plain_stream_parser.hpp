@@ -58,7 +58,7 @@ public:
         return first;
     }
 
-    // What a pop without a node that is ready does to the queue.
+    // The effect on the queue of a pop while no node is ready.
     void lose_first() {
         if (!m_queue.empty())
             m_queue.pop_front();

@@ -394,7 +394,7 @@ TEST(LabeledTextBuffer, RaisesForALengthWithoutASeparator) {
     labeled_text_buffer buffer;
     EXPECT_THROW(buffer.assign(std::string("1\001a\0011")), std::out_of_range);
     EXPECT_TRUE(buffer.is_empty());
-    // What was read before is kept, even in a group.
+    // Entries that were read before are kept, even in a group.
     EXPECT_THROW(buffer.assign(strings({"a", "1", "g ", "1\001x\0011\001y\0017"})),
                  std::out_of_range);
     EXPECT_EQ(strings({"a", "1", "g ", strings({"x", "y"})}), buffer.as_str());

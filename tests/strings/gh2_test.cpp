@@ -14,7 +14,7 @@ namespace {
 
 namespace gh2 = tova::strings::gh2;
 
-// What a program's static object sees while the program is being loaded.
+// The state that a static object of a program sees while the program is being loaded.
 std::istream* const in_at_load = &gh2::ucin;
 std::ostream* const out_at_load = &gh2::ucout;
 std::ostream* const error_at_load = &gh2::ucerr;

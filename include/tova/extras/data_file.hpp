@@ -111,7 +111,7 @@ enum class data_item {
     buffer    ///< `append_buffer`
 };
 
-/// What a program expects of its data files.
+/// The version and record that a program expects in its data files.
 struct data_format {
     /// `version` is stored with the content, and a file with a greater version is rejected.
     /// Increase it when older programs can no longer read the content.

@@ -169,7 +169,7 @@ struct option_result {
     std::string output;               ///< The help or the version; otherwise empty.
     std::vector<std::string> errors;  ///< Each with its source and the option or key.
 
-    /// Whether the program can go on. Never fails.
+    /// Whether the program can continue. Never fails.
     explicit operator bool() const { return !ends_program; }
 
     /// Writes the output, or the errors, one per line, and returns the exit code.
@@ -214,7 +214,7 @@ public:
         m_record->variable = variable;
         return *this;
     }
-    /// What the help shows for the value: `--port=PORT`.
+    /// The name of the value in the help: `--port=PORT`.
     option& value_name(const std::string& shown) {
         m_record->value_name = shown;
         return *this;
