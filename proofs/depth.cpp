@@ -1,6 +1,6 @@
-// Nests as deeply as asked: `proof_depth NAME DEPTH` does one thing with a document or a tree of
-// that depth and checks what comes out; `proof_depth --list` prints the names with the depth that
-// each has to reach. The caller sets the stack to 8 MiB.
+// Tests nesting of any depth: `proof_depth NAME DEPTH` runs one operation on a document or a tree
+// of that depth and checks its result. `proof_depth --list` prints the names, each with the depth
+// that it must reach. The caller sets the stack to 8 MiB.
 #include <tova/tova.hpp>
 
 #include <cstdlib>
@@ -39,7 +39,7 @@ std::string nested_elements(std::size_t depth) {
     return declaration + repeated("<a>", depth) + repeated("</a>", depth);
 }
 
-// In the working directory, which is the caller's to remove.
+// The file is in the working directory, which the caller removes.
 void write_file(const std::string& name, const std::string& content) {
     std::ofstream(name, std::ios::binary) << content;
 }
@@ -95,7 +95,7 @@ void follow_one_node(std::size_t depth) {
     require(read_nodes(log) == depth, "every element is a node");
 }
 
-// An end with the name of the root ends the document, so the others have another name.
+// An end tag with the name of the root ends the document, so the other elements have another name.
 void follow_open_levels(std::size_t depth) {
     write_file("log.xml", declaration + ("<r>" + repeated("<a>", depth - 1)) +
                               repeated("</a>", depth - 1) + "</r>");

@@ -1,7 +1,7 @@
 // Compares the library with plain forms on every input of a domain: `proof_exhaustive DOMAIN BEGIN
-// END [SEED ONE_IN]` takes the inputs from BEGIN to END, or only each ONE_IN-th block of them,
-// chosen at random by SEED. It prints how many it took, and stops at the first difference.
-// `proof_exhaustive --list` prints the domains with their sizes.
+// END [SEED ONE_IN]` tests the inputs from BEGIN to END, or only one in ONE_IN blocks of them,
+// chosen at random by SEED. It prints the number of tested inputs, and stops at the first
+// difference. `proof_exhaustive --list` prints the domains with their sizes.
 #include <tova/tova.hpp>
 
 #include "strings/unicode_oracle.hpp"
@@ -28,7 +28,7 @@ using strings::ustring16;
 using strings::ustring32;
 using strings::ustring8;
 
-// Inputs are taken in blocks, whole ones but for the ends of the range.
+// Inputs are tested in blocks. Only the blocks at the ends of the range may be incomplete.
 const std::uint64_t block = 4096;
 
 void require(bool condition, const char* what, std::uint64_t input) {
@@ -40,9 +40,9 @@ void require(bool condition, const char* what, std::uint64_t input) {
 
 // ---- every sequence of four bytes
 
-// What four bytes followed by an ASCII character decode to. Bytes that begin no sequence become '?'
-// each in 32 bits, and make the whole string invalid in 16 bits. The form of a sequence alone
-// decides: the number of bytes that its first one announces, and their marks.
+// Decodes four bytes followed by an ASCII character. Each byte that does not begin a sequence
+// becomes '?' in 32 bits, and makes the whole string invalid in 16 bits. Only the structure of a
+// sequence matters: the number of bytes that the first byte requires, and their continuation marks.
 struct decoded {
     wchar_t points[4];
     unsigned count;
@@ -85,8 +85,8 @@ void append_units(ustring16& text, const decoded& all) {
     }
 }
 
-// All inputs of a block make one string, so that the vector kernels see them at every offset. The
-// valid ones make another one for 16 bits, and each invalid one is converted alone.
+// All inputs of a block form one string, so that the vector kernels see them at every offset. The
+// valid inputs form another string for 16 bits, and each invalid input is converted alone.
 void check_four_bytes(std::uint64_t begin, std::uint64_t end) {
     ustring8 all;
     ustring8 valid;
@@ -133,7 +133,7 @@ void check_conversions(std::uint64_t begin, std::uint64_t end) {
         require(unicode_oracle::points(units.begin(), units.end()) == expected, "32 to 16 bits",
                 input);
         if (input == 0xFFFE)
-            continue;  // a byte order mark of the other order, which is followed for ever
+            continue;  // a byte order mark of the other order, which causes endless recursion
         require(strings::utf16_to_utf8(units) == unicode_oracle::utf16_to_utf8(expected),
                 "16 to 8 bits", input);
         const ustring32 back = strings::utf16_to_utf32(units);
@@ -151,7 +151,7 @@ void check_conversions(std::uint64_t begin, std::uint64_t end) {
     }
 }
 
-// The pages that have a name, but for those of the current locale.
+// The pages that have a name, except those of the current locale.
 std::vector<strings::code_page::encoding_type> pages() {
     std::vector<strings::code_page::encoding_type> all;
     for (int number = 4; number < 65536; ++number) {
@@ -218,7 +218,7 @@ void check_pages(std::uint64_t begin, std::uint64_t end) {
 void check_integers(std::uint64_t begin, std::uint64_t end) {
     for (std::uint64_t input = begin; input < end; ++input) {
         const int value = static_cast<int>(static_cast<std::uint32_t>(input));
-        // The digits from behind, in 64 bits.
+        // The digits from the last to the first, in 64 bits.
         char digits[16];
         char* first = digits + sizeof digits - 1;
         *first = '\0';
@@ -248,7 +248,7 @@ bool are_same(float a, float b) {
     return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
 }
 
-// Nine digits name every float. The plain form is the one of the C library.
+// Nine digits identify every float. The plain form is that of the C library.
 void check_floats(std::uint64_t begin, std::uint64_t end) {
     for (std::uint64_t input = begin; input < end; ++input) {
         const std::uint32_t bits = static_cast<std::uint32_t>(input);
@@ -260,7 +260,7 @@ void check_floats(std::uint64_t begin, std::uint64_t end) {
         buffer.append_float(value, 9);
         require(buffer.as_str() == expected + std::string("\1"), "text", input);
         if (!std::isfinite(value))
-            continue;  // their names are text that no reader takes for a number
+            continue;  // no reader accepts their names as a number
         require(are_same(buffer.read_float(), value), "text and back", input);
         require(are_same(generic::convert::str_to_float(ustring8(expected)), value), "str_to_float",
                 input);
@@ -277,7 +277,7 @@ void check_days(std::uint64_t begin, std::uint64_t end) {
         system::date_time::date date(day.day, day.month, day.year);
         require(date.pJulian_day_number() == number, "the number of a day", input);
         date.pJulian_day_number(number);
-        // 29 February becomes 1 March, by rule.
+        // By contract, 29 February becomes 1 March.
         const bool moves = day.month == 2 && day.day == 29;
         const calendar_day back = {date.year(), date.month(), date.day()};
         require(back == (moves ? test_support::next_day(day) : day), "the day of a number", input);
@@ -307,7 +307,7 @@ const struct domain {
     {"days", "days of 800 years", 2 * 146097, check_days},
 };
 
-// Whether a sample has this block: a mixed number decides (splitmix64).
+// Whether a sample contains this block. A hash decides (splitmix64).
 bool is_chosen(std::uint64_t number, std::uint64_t seed, std::uint64_t one_in) {
     std::uint64_t mixed = number + seed * 0x9E3779B97F4A7C15u;
     mixed = (mixed ^ (mixed >> 30)) * 0xBF58476D1CE4E5B9u;

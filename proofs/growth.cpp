@@ -1,8 +1,8 @@
-// Work of a chosen size: `proof_growth NAME SIZE` does one workload once, and `proof_growth --list`
-// prints the names with the size to begin with and whether it is known to grow faster than its
-// input. A script counts the instructions of one size and of its double.
+// Runs work of a chosen size: `proof_growth NAME SIZE` runs one workload once, and `proof_growth
+// --list` prints the names, each with its initial size and whether it is known to grow faster than
+// its input. A script counts the instructions for one size and for twice that size.
 //
-// Each workload makes its own input in linear time, so whatever grows faster is the library's.
+// Each workload makes its own input in linear time, so any faster growth comes from the library.
 #include <tova/tova.hpp>
 
 #include <cstdlib>
@@ -57,7 +57,7 @@ void keep(const String& text) {
     g_sink = g_sink + text.size();
 }
 
-// In the scratch directory of the caller.
+// A path in the caller's scratch directory.
 void write_file(const std::string& name, const std::string& content) {
     std::ofstream(name, std::ios::binary) << content;
 }
@@ -79,7 +79,7 @@ struct workload {
     const char* name;
     std::size_t size;
     std::function<void(std::size_t)> run;
-    bool known_to_grow;  // by rule, or because what it writes grows faster than what it reads
+    bool known_to_grow;  // by contract, or because its output grows faster than its input
 };
 
 typedef std::vector<workload> workloads;
@@ -291,7 +291,7 @@ void add_values(workloads& all) {
                            g_sink = g_sink + static_cast<std::size_t>(value.as_int());
                    },
                    false});
-    // A new name is compared with all others, as its header says.
+    // A new name is compared with all others, as the header documents.
     all.push_back({"a list of arguments, filled, copied and cleared", 2000,
                    [](std::size_t n) {
                        generic::varg_list list;

@@ -1,13 +1,13 @@
-// Lets each system call of the operations on files fail: `proof_io_failures` runs each operation
-// with its first `open` failing, then with its second one, and so on, with each of several errors;
-// then the same for every other call. A line for each operation and call: its name, the call, the
-// number of failures, the outcomes, and "ok" or what is not as documented.
+// Makes each system call of the file operations fail: `proof_io_failures` runs each operation with
+// its first `open` failing, then with its second one, and so on, with each of several errors, and
+// then the same for every other call. It prints a line for each operation and call: the name, the
+// call, the number of failures, the outcomes, and "ok" or the deviations from the documentation.
 //
-// An operation returns its outcome in words, its files included. The outcomes that its header
-// documents for a failure are listed beside it. The outcome of an undisturbed run is right as well:
-// an operation may do without a call, or repeat it. If `read` or `write` is interrupted or
-// transfers one byte at a time, only that outcome is right. Every run is a process of its own, so
-// one that ends or never returns is seen.
+// An operation returns its outcome in words, including the state of its files. The outcomes that
+// its header documents for a failure are listed with it. The outcome of an undisturbed run is also
+// correct, because an operation may skip a call or repeat it. If `read` or `write` is interrupted
+// or transfers one byte at a time, only the undisturbed outcome is correct. Every run is a separate
+// process, so a run that crashes or never returns is detected.
 #include "support/failing_call.hpp"
 
 #include <tova/tova.hpp>
@@ -74,7 +74,7 @@ const std::string including_file = "<?xml version=\"1.0\"?><xmc version=\"1.1\">
                                    "<include file=\"folder/a.xmc\"/></xmc>";
 const std::string log_file = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><log><entry/><entry/>";
 
-// What each operation finds. A run works in a directory of its own.
+// The files that each operation finds. Every run has its own directory.
 void make_files() {
     write_file("file", "bytes");
     write_file("tool.cfg", "[s]\na=1\n");
@@ -173,7 +173,8 @@ std::vector<operation> operations() {
                               : exists("outer")     ? ", outer"
                                                     : ", no directory";
                    }});
-    // An entry that is not found, or after which the directory cannot be read on, is missing.
+    // An entry is missing if it is not found. So are all entries after a failed read of the
+    // directory.
     all.push_back({"get_directory_files",
                    {"", "folder/a.xmc "},
                    [] {
@@ -288,10 +289,10 @@ std::string run_and_name(const operation& one) {
     }
 }
 
-// In the child, in a directory of its own.
+// Runs in the child, in a separate directory.
 void run_there(const operation& one, system_call which, int error, unsigned successes, bool slow,
                run_result& result) {
-    ::alarm(20);  // an operation that waits for ever is ended
+    ::alarm(20);  // ends an operation that blocks forever
     make_files();
     const int descriptor = lowest_free_descriptor();
     std::string outcome;
@@ -358,7 +359,7 @@ public:
         m_undisturbed = run(one, system_call::count, 0, 0).outcome;
     }
 
-    // Whether the outcome of the last run is one of those.
+    // Checks that the outcome of the last run is one of the documented ones.
     void check(const run_result& result, bool only_undisturbed, const std::string& how) {
         ++m_failures;
         const std::string outcome = result.outcome;
@@ -372,7 +373,7 @@ public:
             m_wrong += how + ": a descriptor is left open; ";
     }
 
-    // Prints a line and begins the next one. Returns whether all was right.
+    // Prints a line and begins the next one. Returns whether everything was correct.
     bool print(const char* call) {
         const bool right = m_wrong.empty();
         if (m_failures != 0) {
@@ -422,7 +423,7 @@ bool check_operation(const operation& one) {
 
 }  // namespace
 
-// The working directory must be empty; it fills with a directory for each run.
+// The working directory must be empty. Each run adds a directory to it.
 int main() {
     char* const folder = ::getcwd(nullptr, 0);
     s_work = folder;

@@ -306,7 +306,7 @@ void note_set(trial& t, const message_catalogs& set) {
     }
 }
 
-// Loads in one way, and notes the result and what has been loaded.
+// Loads in one way, and records the result and the loaded content.
 template <typename Load>
 void loaded(trial& t, const Load& load) {
     message_catalogs set;
@@ -464,7 +464,7 @@ void loader_itself(trial& t) {
     t.note(target.size());
 }
 
-// The tokens of an element, given to the part of the loader that reads it.
+// Passes the tokens of an element to the part of the loader that reads it.
 template <typename Read>
 void one_element(trial& t, const char* element, const Read& read) {
     xml_token_stream tokens;

@@ -3,19 +3,19 @@
 // once with all allocations failing from there on. Names as arguments select scenarios,
 // `proof_allocations --once` runs all of them undisturbed, `proof_allocations --list` prints them.
 //
-// Each failure has one of these outcomes. Only the first two may happen, the third where the
+// Each failure has one of these outcomes. Only the first two are allowed, and the third if the
 // scenario says so:
 //
 //     raised   std::bad_alloc left the operation
-//     right    the operation did without the memory, and its result is that of an undisturbed run
+//     right    the operation did not need the memory, and its result is that of an undisturbed run
 //     ended    the process ended through std::unexpected
 //     other    another exception left
 //     wrong    no exception left, and the result differs
 //     leaked   memory or a file descriptor is left over
 //     crashed  the process ended in another way
 //
-// A scenario runs in a child process. It counts in memory shared with the parent, so if the process
-// ends the parent knows where, and starts another child at the next failure.
+// A scenario runs in a child process. Its counters are in memory shared with the parent. So if the
+// process ends, the parent knows where, and it starts another child at the next failure.
 #include "trial.hpp"
 
 #include <fcntl.h>
@@ -174,7 +174,7 @@ void run_from(const scenario& one, progress& state) {
     std::set_unexpected(leave_through_unexpected);
     const rlimit no_core = {0, 0};
     ::setrlimit(RLIMIT_CORE, &no_core);
-    // The first run fills what is made once, as the facets of a locale.
+    // The first run initializes everything that is made only once, such as the facets of a locale.
     undisturbed(one);
     const std::uint64_t expected = undisturbed(one);
     state.allocations = s_seen;
@@ -186,7 +186,7 @@ void run_from(const scenario& one, progress& state) {
     state.finished = true;
 }
 
-// Runs a scenario in children until all its failures are done.
+// Runs a scenario in children until all of its failures have been tested.
 void run_all_failures(const scenario& one, progress& state) {
     while (!state.finished) {
         std::cout.flush();

@@ -122,7 +122,7 @@ void user_items(trial& t) {
                        varg_list(argument(variant(1)), argument(variant(long_text))), varg_list());
     });
     note_item(t, item);
-    // What the base does unless a source has its own way.
+    // The base's implementation, which sources may override.
     config::config_item_list none;
     t([&] { return item.load(none) + item.load() * 2 + item.save(none) * 4 + item.save() * 8; });
     t([&] { return config::user_item(item).get_id(); });

@@ -1,10 +1,10 @@
 // One run of a scenario of proof_allocations and proof_threads. The scenario sets itself up as
-// usual and passes each operation to the trial, which runs it while allocations may fail and notes
-// what it returns:
+// usual and passes each operation to the trial, which runs it while allocations may fail and
+// records its result:
 //
 //     [](trial& t) {
 //         const ustring8 text("a text");            // never fails
-//         t([&] { return strings::to_lower(text); });  // may fail; the result is noted
+//         t([&] { return strings::to_lower(text); });  // may fail; the result is recorded
 //     }
 #pragma once
 
@@ -24,8 +24,9 @@
 
 namespace proof {
 
-// While an object of this class exists, allocations may fail. If an exception ends its life and all
-// allocations fail from some point on, they go on failing while the scenario is unwound.
+// While an object of this class exists, allocations may fail. If an exception destroys it in a run
+// in which all allocations fail from some point on, they keep failing while the scenario is
+// unwound.
 class while_memory_may_fail {
 public:
     while_memory_may_fail();
@@ -36,20 +37,20 @@ public:
 
 class trial {
 public:
-    // Runs an operation and notes its result, if it has one.
+    // Runs an operation and records its result, if it has one.
     template <typename Operation>
     void operator()(const Operation& operation) {
         run(operation, std::is_void<decltype(operation())>());
     }
 
-    // Runs an operation and returns its result without noting it.
+    // Runs an operation and returns its result without recording it.
     template <typename Operation>
     auto make(const Operation& operation) -> decltype(operation()) {
         const while_memory_may_fail now;
         return operation();
     }
 
-    // A hash of everything that was noted.
+    // A hash of everything that was recorded.
     std::uint64_t result() const { return m_hash; }
 
     template <typename T>
@@ -168,7 +169,7 @@ inline std::wstring text<std::wstring>(const char* bytes) {
     return std::wstring(wide.begin(), wide.end());
 }
 
-// Longer than a string keeps without an allocation.
+// Longer than a string can store without an allocation.
 const char long_text[] =
     "Gr\xC3\xBC\xC3\x9F Gott, a text that is longer than a short string, \xE4\xB8\xAD";
 

@@ -1,4 +1,4 @@
-// Lengths, colors, dates and times: values that need no memory but for their error messages.
+// Lengths, colors, dates and times: values that need no memory except for their error messages.
 #include "trial.hpp"
 
 #include <tova/system/date_time/date_time.hpp>
@@ -20,7 +20,7 @@ namespace {
 typedef system::date_time::date date_type;
 typedef system::date_time::time time_type;
 
-// Runs an operation that raises one of the library's exceptions, and notes the message.
+// Runs an operation that raises one of the library's exceptions, and records the message.
 template <typename Operation>
 void refused(trial& t, const Operation& operation) {
     try {

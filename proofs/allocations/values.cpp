@@ -1,4 +1,4 @@
-// Numbers as text and as bytes, variants, arguments, and what lies below them.
+// Numbers as text and as bytes, variants, arguments, and the classes below them.
 #include "trial.hpp"
 
 #include <tova/debug/assert.hpp>
@@ -56,7 +56,7 @@ void integers_to_text(trial& t) {
     t([&] { return convert::ulltoa(1234567890123ul, buffer, 36), show(); });
 }
 
-// The range is exceeded, so the reader raises an exception of its own.
+// The number is out of range, so the reader raises its own exception.
 void range_errors(trial& t) {
     const ustring8 number("99999999999999999999999999999");
     for (const bool is_long : {false, true}) {
@@ -372,7 +372,7 @@ void one_exception(trial& t) {
     });
 }
 
-// The base of all exceptions, which has no message of its own.
+// The base of all exceptions, which adds no message.
 class plain_exception : public exceptions::exception {
 public:
     plain_exception(unsigned int line) : exception(line, "file", "function") {}

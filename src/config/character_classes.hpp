@@ -30,7 +30,7 @@ inline char lower(char character) {
     return static_cast<char>((*__ctype_tolower_loc())[static_cast<int>(character)]);
 }
 
-// The same for many bytes: the table of the locale is looked up once.
+// The same for many bytes: it gets the locale's table only once.
 class lower_caser {
 public:
     lower_caser() : m_table(*__ctype_tolower_loc()) {}

@@ -193,7 +193,7 @@ private:
     unsigned int m_argc;
     const char* const* m_argv;
     unsigned int m_index = 1;
-    const char* m_last = "";  // the text of the last token that was not of spaces
+    const char* m_last = "";  // the text of the last token that was not spaces
     std::size_t m_last_size = 0;
     ustring8 m_text;  // the current argument
     ustring8 m_key;   // of the current option

@@ -13,7 +13,8 @@ namespace config {
 
 namespace {
 
-// What the first source that has a key has under it. Both pointers are null if no source does.
+// The result of a lookup in the first source that has the key. Both pointers are null if no source
+// has it.
 struct found_node {
     base_config_item* item;
     const config_node* node;
@@ -35,8 +36,8 @@ types::variant value_of(const found_node& found, const ustring8& key) {
     return first == nullptr ? types::variant() : first->second;
 }
 
-// Each round looks up the target of an alias in all sources, from the first on. Anything else that
-// is found ends the lookup.
+// Each round looks up the target of an alias in all sources, starting at the first. Any other
+// result ends the lookup.
 types::variant follow_aliases(const config_item_list& items, found_node found, ustring8 key,
                               const types::variant& default_value) {
     std::set<ustring8> visited;

@@ -50,12 +50,12 @@ config_tree& child_named(config_tree& tree, const ustring8& name) {
     return *place->second;
 }
 
-// Up to this many children are compared one after the other. A name of another length, as most are,
-// is passed over without looking at its bytes.
+// Up to this many children are compared one by one. Most names differ in length and are skipped
+// without comparing their bytes.
 const std::size_t few_children = 8;
 
 // Whether a name of `size` bytes is the segment at `bytes` in lower case. Comparing byte by byte
-// takes less time than a copy in lower case, which a wide comparison would wait for.
+// takes less time than making a lower-case copy for a wide comparison.
 bool is_lower_case_of(const char* name, const char* bytes, std::size_t size,
                       const detail::lower_caser& lower) {
     const char* const end = name + size;
@@ -264,8 +264,8 @@ config_tree* config_tree::clone() const {
 config_tree& config_tree::operator=(const config_tree& other) {
     if (this == &other)
         return *this;
-    // Copies are made before anything is changed: memory may run out, and `other` may be one of the
-    // old children, which stay until the end of this function.
+    // Copy everything before changing anything: memory may run out, and `other` may be one of the
+    // old children, which exist until the end of this function.
     children_type copies;
     copies = other.m_children;
     m_node.first = other.m_node.first;

@@ -12,7 +12,7 @@
 //
 // The end of the text ends every state. Comments are recognized only in the states start, value and
 // array. Keys and values are built by appending the tokens that count, so spaces outside quotes are
-// dropped. Bytes that no rule looks at are appended as runs, without a token for each.
+// dropped. Bytes without a special meaning are appended in runs, without a token for each.
 //
 // Three things are kept from entry to entry: the section's name followed by ".", the section's
 // node, which is looked up when its first entry is stored, and the elements of an array that was

@@ -52,8 +52,9 @@ bool has_loadable_size(const ustring8& name) {
 
 // Reads the whole file into `content` and returns whether that worked.
 //
-// A regular file is opened once: its status has the size. For any other, the test for a link comes
-// first, as opening a link would open its target, and opening a device may have side effects.
+// A regular file is opened once, because its status contains the size. For any other file the check
+// for a link comes first: opening a link would open its target, and opening a device may have side
+// effects.
 bool read_file(const ustring8& name, ustring8& content) {
     if (name.empty())
         return false;
@@ -69,7 +70,7 @@ bool read_file(const ustring8& name, ustring8& content) {
         // either.
         return false;
     } catch (const std::length_error&) {
-        return false;  // the size was known before, and is not any more
+        return false;  // the size was known before, but no longer is
     }
 }
 
@@ -152,8 +153,8 @@ void file_item::load_file() {
         return;
     detail::tree_fields::children_type& children = detail::tree_fields::children(tree);
     if (!children.empty()) {
-        // If memory runs out, part of the entries are there. A copy of the tree would prevent that,
-        // but pointers to its nodes would not outlive the load.
+        // If memory runs out, only some of the entries are loaded. Loading into a copy would
+        // prevent that, but pointers to the nodes would not survive the load.
         detail::read_entries(text, tree);
         return;
     }

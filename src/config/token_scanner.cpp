@@ -110,9 +110,10 @@ punctuation punctuation_at(char character, char next) {
     }
 }
 
-// The bytes that end a run, by place. Spaces, line ends and quotes do everywhere. In a key so does
-// `=`, and with it all that forms a token with a `=` after it; in a value, what starts a comment.
-// The rest may be part of any token: its end and its type don't matter to a reader that appends it.
+// The bytes that end a run, depending on the place. Spaces, line ends and quotes end every run. In
+// a key, so do `=` and every byte that forms a token with a following `=`; in a value, so do the
+// bytes that start a comment. All other bytes may belong to any token, because a reader that
+// appends them does not need the ends and types of tokens.
 class run_ends {
 public:
     constexpr run_ends() : m_places() {

@@ -40,8 +40,8 @@ struct scanned_token {
     bool is_space_or_line_end() const { return is_space() || type == config_token::T_NEWLINE; }
 };
 
-// Where runs of plain bytes are read. A plain byte is one that is only appended there, whatever
-// token it belongs to, and that cannot change the meaning of the byte after the run.
+// The place in which a run of plain bytes is read. A plain byte is simply appended there, whatever
+// token it belongs to, and it cannot change the meaning of the byte after the run.
 enum class run_place : unsigned char { key = 1, value = 2, element = 4 };
 
 // Reads the tokens of a string in order. The string must outlive the scanner.
@@ -56,8 +56,8 @@ public:
     // Reads the next token. At or past the end this is `T_END`, and the position does not move.
     scanned_token next();
 
-    // Appends the plain bytes from the position on, if any, and returns whether there were any. The
-    // result is that of reading their tokens one by one and appending each.
+    // Appends the plain bytes from the position on and returns whether there were any. The result
+    // is the same as reading and appending their tokens one by one.
     bool append_run(strings::ustring8& target, run_place place);
 
     // Moves to the next line end, or to the end of the source.

@@ -34,8 +34,8 @@ config_tree& make_node(config_tree& tree, const strings::ustring8& key);
 // Replaces the value and the flags word of a node. The new word is `flags` with bit 0 added.
 void set_value(config_tree& node, const types::variant& value, unsigned int flags);
 
-// Stores any number of values. A new node is made as a copy of a model that has the value already:
-// the default constructor of a node allocates the value `true`, which would be dropped at once.
+// Stores any number of values. A new node is a copy of a model that already has the value, because
+// the default constructor would allocate the value `true` only to replace it.
 class value_store {
 public:
     // Does what `config_tree::set_node` does.

@@ -1,10 +1,10 @@
 /// @file
-/// The switch between the forms of the kernels, for whole processes.
+/// Switches the form of the kernels for the whole process.
 ///
 ///     tova::kernel_form::use("avx2");  // false if the processor cannot run it
 ///
-/// The library has no such switch: which form it uses depends on the processor alone. This one is
-/// in copies of the library that `tova_add_form_library` links from the same objects, and only
+/// The library itself has no such switch: its form depends only on the processor. The switch is in
+/// copies of the library that `tova_add_form_library` links from the same object files, and only
 /// programs that load such a copy can call it. A call of `use` takes effect in all threads; no
 /// kernel may be running.
 #pragma once
@@ -20,8 +20,8 @@ TOVA_API const char* name(int number);
 /// The name of the form in use.
 TOVA_API const char* in_use();
 
-/// Uses the form of that name from now on. Returns false, and changes nothing, if there is no such
-/// form or the processor cannot run it.
+/// Uses the form `name` from now on. Returns false and changes nothing if there is no such form or
+/// the processor does not support it.
 TOVA_API bool use(const char* name);
 
 }  // namespace kernel_form

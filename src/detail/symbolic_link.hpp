@@ -1,7 +1,7 @@
 /// @file
-/// The tests for files that are not opened. Several families refuse a file whose name is a symbolic
-/// link, or a pipe. The tests are here, below all of them, because the stream parser must not
-/// depend on `system`.
+/// Checks for files that must not be opened. Several families reject a file if its name is a
+/// symbolic link or a pipe. The checks are here, below all of these families, because the stream
+/// parser must not depend on `system`.
 ///
 /// Keeps no state: any number of threads may call them.
 #pragma once
@@ -15,8 +15,8 @@ namespace detail {
 /// `boost::filesystem::filesystem_error` if the status of the path cannot be read.
 bool is_symbolic_link(const std::string& path);
 
-/// Whether the path is a pipe, links followed. Opening one for reading blocks until a writer opens
-/// it, perhaps forever. Never fails.
+/// Whether the path, after following links, is a pipe. Opening a pipe for reading blocks until a
+/// writer opens it, possibly forever. Never fails.
 bool is_pipe(const std::string& path);
 
 }  // namespace detail

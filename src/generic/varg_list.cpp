@@ -46,13 +46,13 @@ bool has_name(const std::vector<argument>& arguments, const strings::ustring8& n
     return false;
 }
 
-// A named argument is told by its name alone.
+// A named argument is identified only by its name.
 bool is_unnamed_nil(const argument& value) {
     return !value.has_name() && value == types::nil;
 }
 
-// Room for the arguments of a usual call, so that a list grows once. Only an empty list is grown
-// here: an argument to be appended may be part of a longer one.
+// Reserves room for the arguments of a typical call, so that a list grows only once. Only an empty
+// list is grown here, because an argument that is appended may be part of a longer list.
 const std::size_t usual_count = 4;
 
 template <typename... Values>

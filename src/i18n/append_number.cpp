@@ -129,7 +129,7 @@ void append_double(text_buffer& text, double value, int precision, int field) {
     using generic::convert::detail::has_c_decimal_point;
     using generic::convert::detail::max_fixed_size;
     using generic::convert::detail::write_fixed;
-    // Without a field, a number of usual size is written where it belongs.
+    // Without a field, a number of typical size is written directly into the result.
     if (field == 0 && precision >= 0 && precision <= most_decimals) {
         char* const room = text.room(max_fixed_size);
         if (room != nullptr && has_c_decimal_point()) {

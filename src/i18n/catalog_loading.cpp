@@ -98,8 +98,8 @@ result_type catalog_loading::scan_directory(const ustring8& directory) {
 
 // A file is merged only after it has been read completely, so a file with an error changes nothing.
 //
-// The stages are those of an `xmc_file_loader` that is dropped afterwards. Since nobody sees what
-// was read but not merged, messages are made only when they are merged.
+// The stages are the same as in an `xmc_file_loader` that is discarded afterwards. Messages are
+// built only when they are merged, because nobody can see messages that were read but not merged.
 result_type catalog_loading::load_file(const ustring8& file) {
     const ustring8 all_catalogs;
     locale_list locales;

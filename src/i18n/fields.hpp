@@ -1,8 +1,8 @@
 /// @file
 /// Access to the private fields of messages and catalogs for the loader, which fills them in place.
 ///
-/// The exported operations copy what they get, and a message that is loaded would be copied several
-/// times on its way into a catalog. Functions without state: an object belongs to one thread.
+/// The exported operations copy their arguments, so a loaded message would be copied several times
+/// on its way into a catalog. The functions have no state; an object belongs to one thread.
 #pragma once
 
 #include <tova/i18n/catalog.hpp>

@@ -3,10 +3,10 @@
 ///
 ///     const auto found = find_key(messages, key);  // what messages.find(key) returns
 ///
-/// `std::map::find` compares byte by byte through calls, and which way it goes at a node is a jump
-/// that a processor predicts wrong half of the time. Here the first bytes of a key are one number,
-/// whose order is that of the bytes, and the way down needs no jump. Plain functions; any number of
-/// threads may search one map.
+/// `std::map::find` compares keys through calls, and its branch at each node is mispredicted half
+/// of the time. Here the first bytes of a key form a number with the same order as the bytes, and
+/// the descent needs no branch. The functions have no state; any number of threads may search one
+/// map.
 #pragma once
 
 #include <tova/strings/ustring.hpp>
@@ -23,7 +23,7 @@ namespace detail {
 
 const std::size_t front_size = 16;  // bytes
 
-// The bits of the first bytes of a front, by their number.
+// Masks for the first bytes of a front, indexed by the number of bytes.
 struct front_bits {
     std::uint64_t high;
     std::uint64_t low;
@@ -47,10 +47,9 @@ private:
 
 constexpr front_bits_table all_front_bits;
 
-// The first bytes of a key as a number, with the first byte on top, and NUL bytes where the key has
-// ended.
+// The first bytes of a key as a big-endian number, in which NUL bytes follow the end of the key.
 struct key_front {
-    // A string keeps as many bytes in itself, and more elsewhere if it doesn't fit.
+    // A string stores up to this many bytes in the object itself, and longer contents elsewhere.
     explicit key_front(const strings::ustring8& key) {
         std::uint64_t words[2];
         static_assert(sizeof words == front_size, "front");
@@ -82,7 +81,7 @@ public:
             const node_pointer right = node->_M_right;
             if (front.high == wanted.high && front.low == wanted.low)
                 return find_in_full(node, key);
-            // One number of 128 bits, without a jump.
+            // Compares numbers of 128 bits without a branch.
             const bool is_low_below = front.low < wanted.low;
             const bool is_below =
                 (front.high < wanted.high) | ((front.high == wanted.high) & is_low_below);

@@ -14,7 +14,7 @@ namespace {
 
 const char invalid_text[] = "?invalid?";
 
-// The value of the argument with that name, or null.
+// The value of the argument with the given name, or null.
 const types::variant* find_value(const generic::varg_list& args, const char* name,
                                  std::size_t size) {
     const auto end = args.end();
@@ -50,8 +50,8 @@ bool append_valid_value(detail::text_buffer& text, message_item::type_t type,
 
 namespace detail {
 
-// Eight bytes at a time: the lowest byte that is a separator becomes the lowest with its top bit
-// set. The bytes after the end are NUL.
+// Searches eight bytes at a time. The first separator becomes the lowest byte with its top bit set.
+// The bytes after the end are NUL.
 std::size_t name_size(const strings::ustring8& data) {
     using generic::convert::detail::load_up_to_eight;
     const unsigned long ones = 0x0101010101010101;

@@ -38,7 +38,7 @@ struct token {
 /// The size of the name in an item's data, which ends at the first separator.
 std::size_t name_size(const strings::ustring8& data);
 
-/// The format string in an item's data, after a name of that size.
+/// The format string in an item's data, after a name of the given size.
 inline token format_after(const strings::ustring8& data, std::size_t name) {
     const std::size_t begin = name == data.size() ? name : name + 1;
     return {data.c_str() + begin, data.size() - begin};

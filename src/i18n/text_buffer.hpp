@@ -1,13 +1,13 @@
 /// @file
-/// The string that a message is rendered into, on the stack as long as it is short.
+/// A buffer into which a message is rendered. It stays on the stack while it is short.
 ///
 ///     text_buffer text;
 ///     text.append("12 of ", 6);
 ///     text += "30";
 ///     return text.string();
 ///
-/// Appending to a `std::string` is a call for each piece. Here it is a copy, and the string is made
-/// once, with the size it has. A buffer belongs to one thread.
+/// Appending to a `std::string` needs a call for each piece. Appending here is a copy, and the
+/// string is made once, in its final size. A buffer belongs to one thread.
 #pragma once
 
 #include <tova/strings/ustring.hpp>
@@ -55,14 +55,14 @@ public:
         return *this;
     }
 
-    /// Room for that many bytes, or null, and the bytes that were written into it. There is more
-    /// room for short pieces than most messages need.
+    /// Returns room for `count` bytes, or null. `written` then adds the bytes that were stored
+    /// there. For short pieces there is more room than most messages need.
     char* room(std::size_t count) const {
         return count <= static_cast<std::size_t>(m_limit - m_end) ? m_end : nullptr;
     }
     void written(std::size_t count) { m_end += count; }
 
-    /// Removes what is after the first `count` bytes, of which there are so many.
+    /// Removes everything after the first `count` bytes. There must be at least as many.
     void cut(std::size_t count) {
         if (is_spilled())
             m_spilled.resize(count);
@@ -70,7 +70,7 @@ public:
             m_end = m_room + count;
     }
 
-    /// Once, after everything.
+    /// Called once, at the end.
     strings::ustring8 string() {
         if (!is_spilled())
             return strings::ustring8(m_room, static_cast<std::size_t>(m_end - m_room));
@@ -85,7 +85,8 @@ private:
         spilled.append(first, second);
     }
 
-    // What doesn't fit goes into a string, with everything that is there, and so does all after it.
+    // If a piece does not fit, everything moves into a string, and all later pieces are appended
+    // there.
     __attribute__((noinline)) strings::ustring8& spill() {
         if (!is_spilled()) {
             m_spilled.assign(m_room, static_cast<std::size_t>(m_end - m_room));
@@ -97,7 +98,7 @@ private:
 
     char m_room[384];
     char* m_end;    // after the last byte, in the room
-    char* m_limit;  // of the room; its beginning, once it isn't used any more
+    char* m_limit;  // of the room; its beginning once the room is no longer used
     strings::ustring8 m_spilled;
 };
 

@@ -22,7 +22,7 @@ bool attribute_names::has(const char* bytes, std::size_t used, const char* name,
     return false;
 }
 
-// An empty set gets the element for all names.
+// An empty set gets one element for all names.
 bool attribute_names::insert_into_set(const char* name, std::size_t size) {
     if (!m_names.empty() || size > capacity - sizeof(header) - sizeof(entry_size))
         return m_names.insert(ustring8(name, size)).second;

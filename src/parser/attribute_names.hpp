@@ -15,7 +15,7 @@
 ///     other elements               the names, because they are too many for that, or because an
 ///                                  earlier run left them
 ///
-/// Everything is in the set at any time, so a handler may parse with the same parser. An object
+/// The set always contains everything, so a handler may parse with the same parser. An object
 /// belongs to one thread.
 #pragma once
 
@@ -41,25 +41,25 @@ public:
             m_names.clear();
     }
 
-    /// Gives each name an element of its own.
+    /// Stores each name in a separate element.
     void separate();
 
-    /// Returns false if the name is there. Of the bytes at `name`, `readable` may be read, and that
-    /// is `size` or more.
+    /// Returns false if the name is already there. `readable` bytes may be read at `name`, at least
+    /// `size`.
     bool insert(const char* name, std::size_t size, std::size_t readable) {
         if (!has_all_in_one())
             return insert_into_set(name, size);
         char* const bytes = all();
         header now;
         std::memcpy(&now, bytes, sizeof now);
-        // One of 64 bits tells most names that aren't there without a look at the others.
+        // One of 64 bits shows that most names are new, without a comparison.
         const std::uint64_t bit = std::uint64_t{1}
                                   << ((static_cast<unsigned char>(name[0]) +
                                        8u * static_cast<unsigned char>(name[size - 1]) + size) %
                                       64);
         if ((now.present & bit) != 0 && has(bytes, now.used, name, size))
             return false;
-        // A chunk is copied where its size is known to the compiler.
+        // Copies chunks of a size that the compiler knows.
         const std::size_t chunk = 16;
         if (now.used + sizeof(entry_size) + chunk > capacity || size > chunk || readable < chunk) {
             if (size > capacity || now.used + sizeof(entry_size) + size > capacity) {
@@ -84,8 +84,8 @@ private:
     // Precedes the names in the one element.
     struct header {
         header() : mark(0), used(sizeof(header)), present(0) {}
-        std::uint32_t mark;     // begins with a NUL byte, which no name does
-        std::uint32_t used;     // bytes, this included
+        std::uint32_t mark;     // begins with a NUL byte, unlike any name
+        std::uint32_t used;     // bytes, including this header
         std::uint64_t present;  // a bit for each name
     };
 
@@ -93,7 +93,7 @@ private:
 
     bool has_all_in_one() const { return m_names.size() == 1 && (*m_names.begin())[0] == '\0'; }
 
-    // That element. Its place in the order of one doesn't change with its contents.
+    // The one element. Changing its contents is safe because the set has no other element.
     char* all() { return &const_cast<strings::ustring8&>(*m_names.begin())[0]; }
 
     static void write(char* bytes, const header& now) { std::memcpy(bytes, &now, sizeof now); }

@@ -6,9 +6,9 @@ namespace TOVA_2_18 {
 namespace parser {
 namespace detail {
 
-// A block begins at the byte asked for, so that it reaches as far as possible. Close to the end of
-// the range it is the last block instead, and a range shorter than a block is filled up with NUL,
-// which has no class: where it ends is where a run of any class ends.
+// A block begins at the requested byte, so that it reaches as far as possible. Close to the end of
+// the range, the last 64 bytes are the block instead. A range shorter than a block is padded with
+// NUL, which has no class, so a run of any class ends there.
 std::size_t byte_blocks::load(const char* byte) {
     const auto size = static_cast<std::size_t>(m_end - m_begin);
     if (size < kernels::block_size) {
@@ -32,7 +32,7 @@ const char* byte_blocks::end_of_white_space(const char* from, unsigned int& line
         const std::uint64_t others = ~m_masks.white_space >> offset;
         std::uint64_t lines = m_masks.line_feed >> offset;
         if (others != 0)
-            lines &= (others & -others) - 1;  // those before the first of the others
+            lines &= (others & -others) - 1;  // those before the first other byte
         for (; lines != 0; lines &= lines - 1)
             ++line_feeds;
         if (others != 0)

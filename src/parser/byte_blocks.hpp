@@ -3,7 +3,7 @@
 /// a time.
 ///
 /// The masks of the block around the last position are kept. Most runs in a document are short, so
-/// most questions cost a shift and a count of zeros:
+/// most searches cost a shift and a count of zeros:
 ///
 ///     byte_blocks blocks(begin, end);
 ///     const char* const end_of_key = blocks.end_of_name(key);
@@ -29,17 +29,17 @@ public:
 
     const char* end() const { return m_end; }
 
-    /// Another range from now on. Blocks that were classified are forgotten.
+    /// Switches to another range and forgets the classified block.
     void set_range(const char* begin, const char* end) {
         m_begin = begin;
         m_end = end;
         m_block = no_block();
     }
 
-    /// Adds the line feeds that it passes to the counter.
+    /// Adds the number of skipped line feeds to the counter.
     const char* end_of_white_space(const char* from, unsigned int& line_feeds);
 
-    /// The first byte that is no ASCII letter, digit or '_'.
+    /// The first byte that is not an ASCII letter, digit or '_'.
     const char* end_of_name(const char* from) {
         return find(from, [](const masks& block) { return ~block.name; });
     }
@@ -71,7 +71,7 @@ public:
             if (from == m_end || from - m_block != kernels::block_size - 1 ||
                 !strings::detail::is_white_space(*from))
                 return from;
-            // What follows the last byte of a block isn't known yet.
+            // The byte after the block isn't known yet.
             if (from + 1 != m_end && strings::detail::is_white_space(from[1]))
                 return from;
             ++from;
@@ -116,7 +116,7 @@ private:
         return find_from_next(from, select);
     }
 
-    // The byte is in no block yet.
+    // The byte is not in the block.
     template <typename Select>
     __attribute__((noinline)) const char* find_from_next(const char* from, Select select) {
         while (from != m_end) {
@@ -129,7 +129,8 @@ private:
         return from;
     }
 
-    // Makes the block one with that byte, which is not the end, and returns its place in there.
+    // Moves the block so that it contains the byte, which is not the end, and returns its index in
+    // the block.
     std::size_t load(const char* byte);
 
     kernels::classify_function m_classify;

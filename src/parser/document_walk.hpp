@@ -1,24 +1,25 @@
 /// @file
-/// One pass over one document for `xml_parser`: which construct begins at the cursor, what it
-/// reports, and how it changes the state.
+/// One pass over one document for `xml_parser`: which construct begins at the cursor, which event
+/// it reports, and how it changes the state.
 ///
-/// The pass is a template over its context, which has the state and takes the events. So one
-/// grammar serves the delegates of `xml_parser` and lists of tokens without a call for each event:
+/// The pass is a template over its context, which holds the state and receives the events. So the
+/// same grammar serves the delegates of `xml_parser` and token lists, without a call for each
+/// event:
 ///
 ///     document_walk<list_of_tokens> walk(context, begin, end);
 ///     walk.run();  // raises `xml_parser::parse_error`
 ///
-/// State between two constructs, all of it in the context but the last two:
+/// The state between two constructs. All of it except the last two is in the context:
 ///
 ///     in_tag            after `<name` or `</name`, until the `>`
 ///     open elements     names, the innermost on top
 ///     attribute names   those since the last start tag
-///     line              line feeds in the whitespace taken so far
+///     line              line feeds in the whitespace consumed so far
 ///     m_root_seen       an element has begun in this run
-///     m_space           the whitespace last taken; comments and sections begin with it
+///     m_space           the last whitespace; the text of comments and sections begins with it
 ///
-/// Each turn of the main loop takes whitespace, which is reported outside of tags, and then one
-/// construct by the byte at the cursor:
+/// Each round of the main loop consumes whitespace, which is reported outside of tags, and then one
+/// construct, chosen by the byte at the cursor:
 ///
 ///     byte     outside of a tag                               inside a tag
 ///     -----    --------------------------------------------   ----------------------------------
@@ -30,12 +31,11 @@
 ///     other    text                                           attribute
 ///     (end)    success, or error 1 if an element is open      the same
 ///
-/// A start tag pushes its name, an end tag and `/>` pop one. A comment or section is complete at
-/// once, so it leaves the tag that its `<` opened.
+/// A start tag pushes its name; an end tag and `/>` pop one. A comment or section is consumed as a
+/// whole, so it leaves the tag that its `<` opened.
 ///
-/// A handler may parse with the same parser, or move a cursor that is its caller's. So the walk
-/// gives its position to the context before each event, and takes the position and the state back
-/// after it.
+/// A handler may parse with the same parser, or move the caller's cursor. So the walk passes its
+/// position to the context before each event, and reads the position and the state back afterwards.
 ///
 /// A walk belongs to one thread.
 #pragma once
@@ -60,9 +60,9 @@ namespace TOVA_2_18 {
 namespace parser {
 namespace detail {
 
-/// The context has the operations below. The events come with the position of the cursor and return
-/// where to go on. A text that has references, or whitespace before it, isn't in the document as it
-/// is; it is in a string of the walk for the time of the event.
+/// The context has the operations below. Events receive the position of the cursor and return where
+/// to continue. A text with references, or with whitespace before it, is not a part of the
+/// document; it is in a string of the walk during the event.
 ///
 ///     bool& in_tag();
 ///     unsigned int& line();
@@ -74,7 +74,7 @@ namespace detail {
 ///     bool add_attribute(piece name);             // false if there is one of that name
 ///     void move_to(const char* cursor);           // for an error
 ///     const char* end();                          // of the document, after an event
-///     const char* take_usual(const char* cursor); // whole constructs that it can do without us
+///     const char* take_usual(const char* cursor); // whole constructs that it handles itself
 ///     const char* element_start(piece name, const char* cursor);
 ///     const char* element_end(piece name, const char* cursor);
 ///     const char* empty_element_end(const char* cursor);  // of the innermost element
@@ -101,7 +101,7 @@ public:
         for (;;) {
             cursor = m_context.take_usual(cursor);
             if (m_context.in_tag()) {
-                // Whitespace within a tag is not reported.
+                // Whitespace inside a tag is not reported.
                 cursor = end_of_white_space(cursor);
                 if (cursor == m_end)
                     break;
@@ -111,7 +111,7 @@ public:
             cursor = take_space(cursor);
             if (cursor == m_end)
                 break;
-            // The handler may have gone into a tag, by parsing.
+            // The handler may have entered a tag by parsing.
             if (m_context.in_tag())
                 cursor = take_within_tag(cursor);
             else if (*cursor == '<')
@@ -120,15 +120,15 @@ public:
                 cursor = take_text(cursor);
         }
         m_context.move_to(cursor);
-        // Contract: the end of the document reports line 0, with an element open as well as
-        // without.
+        // Contract: the end of the document reports line 0, whether an element is open or not.
         return parse_error(m_context.has_open_element() ? parse_error::unexpected_end
                                                         : parse_error::no_error,
                            0, strings::ustring8());
     }
 
 private:
-    // The stream parser also skips whitespace before the declaration, and wants 50 bytes in all.
+    // The stream parser also skips whitespace before the declaration, and requires 50 bytes in
+    // total.
     const char* take_header() {
         iterator cursor(m_begin);
         const iterator end(m_end);
@@ -201,7 +201,7 @@ private:
     }
 
     TOVA_INLINE const char* take_start_tag(const char* cursor) {
-        // Contract: a second root is refused before its name is looked at.
+        // Contract: a second root is rejected before its name is examined.
         if (!m_context.has_open_element() && m_root_seen)
             fail(parse_error::data_after_root, cursor);
         const char* const end = end_of_name(cursor + 1);
@@ -299,14 +299,14 @@ private:
             last = compose_value(cursor, last, quote);
             cursor = after(m_context.attribute(name, m_composed, last));
         }
-        // Contract: a value that the end of the document cuts off is reported before it is an
-        // error.
+        // Contract: a value that is cut off by the end of the document is first reported as an
+        // event and then as an error.
         if (cursor == m_end)
             fail(parse_error::missing_quote, cursor, name.string());
         return cursor + 1;
     }
 
-    // A value with references. Returns the closing quote, or the end of the document.
+    // Reads a value with references. Returns the closing quote, or the end of the document.
     __attribute__((noinline)) const char* compose_value(const char* begin, const char* end,
                                                         char quote) {
         m_composed.clear();
@@ -320,7 +320,8 @@ private:
         return end;
     }
 
-    // Appends what precedes a reference, and its byte, and moves the beginning past it.
+    // Appends the bytes before a reference and the byte that it means, and moves the beginning past
+    // it.
     void take_reference(const char*& begin, const char* reference) {
         m_composed.append(begin, reference);
         begin = reference;
@@ -389,9 +390,9 @@ private:
         }
     }
 
-    // The closing '>' of a section is rare in its content, so the search is for that. Returns the
-    // first byte of the closing string, or null. The stream parser looks for the first "--" of a
-    // comment and refuses it unless '>' follows; it knows no CDATA sections.
+    // A '>' is rare in the content of a section, so the search looks for that. Returns the first
+    // byte of the closing string, or null. The stream parser looks for the first "--" of a comment
+    // and rejects it unless '>' follows; it does not support CDATA sections.
     const char* find_closing(const char* begin, const char (&closing)[4]) const {
         for (const char* from = begin; from != m_end;) {
             const auto* const last = static_cast<const char*>(
@@ -416,7 +417,7 @@ private:
                std::memcmp(cursor, literal, Size - 1) == 0;
     }
 
-    // Where to go on after an event, whose handler may have moved the end of its caller, too.
+    // Where to continue after an event, whose handler may also have moved the caller's end.
     TOVA_INLINE const char* after(const char* cursor) {
         if (m_context.end() != m_end) {
             m_end = m_context.end();

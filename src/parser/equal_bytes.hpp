@@ -14,12 +14,12 @@ namespace TOVA_2_18 {
 namespace parser {
 namespace detail {
 
-/// Whether two ranges of bytes are equal. Most names are shorter than the call of a function is
-/// worth.
+/// Whether two ranges of bytes are equal. Most names are too short for the call of a function to
+/// pay off.
 inline bool have_equal_bytes(const char* a, const char* b, std::size_t size) {
     if (size > 16)
         return std::memcmp(a, b, size) == 0;
-    // Two words that overlap unless there are twice as many bytes.
+    // Two words, which overlap unless there are twice as many bytes.
     if (size >= 8) {
         std::uint64_t words[4];
         std::memcpy(&words[0], a, 8);

@@ -12,16 +12,16 @@
 #include <set>
 #include <utility>
 
-// Two layers take turns on one state:
+// Two layers alternate on one state:
 //
 //     document_walk    every construct and every error, one construct at a time
 //     take_usual       the constructs of most documents in their usual spelling
 //
-// The walk begins, and before each construct it lets `take_usual` go ahead. That takes whole
-// constructs as long as they need no second look, and stops before the first one that does: an
-// attribute with a space before its '=', a numeric reference, a CDATA section, the end of the root,
-// anything that is an error, and the last bytes of the document. It raises no error, so all errors
-// and their lines are those of the walk. What it takes leaves the state as the walk would:
+// The walk begins, and before each construct it calls `take_usual`. That function consumes whole
+// constructs in their usual form, and stops before the first one in another form: an attribute with
+// a space before its '=', a numeric reference, a CDATA section, the end of the root, anything that
+// is an error, and the last bytes of the document. It raises no error, so all errors and their
+// lines are those of the walk. It leaves the state as the walk would:
 //
 //     in tag           whether the cursor is between a name and the '>'
 //     open elements    their names; `take_usual` leaves at least two
@@ -31,8 +31,8 @@
 //
 // Positions come from masks of 64 bytes, so a construct costs a few shifts and no loop over bytes.
 //
-// While the contents of an element are left out, both layers go on as before, and tokens are
-// dropped as they are made.
+// While the contents of an element are left out, both layers work as before, and tokens are dropped
+// as they are made.
 
 namespace TOVA_2_18 {
 namespace parser {
@@ -48,13 +48,13 @@ namespace {
 
 const std::size_t chunk_size = 16384;  // bytes
 
-// A document has about one token for so many bytes, so that the array grows a few times at most.
+// Documents have about one token for this many bytes, so the array grows only a few times.
 const std::size_t usual_token_size = 12;
 
-// Bytes that may be read, and written, past the end of a piece that is copied.
+// The number of bytes past the end of a copied piece that may be read and written.
 const std::size_t copy_margin = 16;
 
-// Copies a piece in steps whose size the compiler knows. Both sides have the margin.
+// Copies a piece in steps whose size the compiler knows. Both source and target have the margin.
 inline char* copy(char* to, const char* from, const char* end) {
     char* const to_end = to + (end - from);
     for (; to < to_end; to += copy_margin, from += copy_margin)
@@ -62,7 +62,8 @@ inline char* copy(char* to, const char* from, const char* end) {
     return to_end;
 }
 
-// The attribute names of one tag. Most tags have a few, which a bit tells apart.
+// The attribute names of one tag. Most tags have only a few, and one of 64 bits shows that a name
+// is new.
 class tag_attributes {
 public:
     tag_attributes() : m_count(0), m_present(0), m_many_of(nullptr) {}
@@ -72,7 +73,7 @@ public:
         m_present = 0;
     }
 
-    // Returns false if the name is there.
+    // Returns false if the name is already there.
     bool insert(piece name) {
         const std::uint64_t bit = std::uint64_t{1}
                                   << ((static_cast<unsigned char>(name.data[0]) +
@@ -114,15 +115,15 @@ private:
     const char* m_many_of = nullptr;  // the first of these
 };
 
-// The masks of a block of the document. A search moves on to the blocks after it.
+// The masks of a block of the document. A search continues in the following blocks.
 class block_window {
 public:
     // Blocks begin at `last` or before it.
     explicit block_window(const char* last)
         : m_classify(kernels::classify()), m_last(last), m_block(nullptr) {}
 
-    // Returns the first byte from there on that the function selects, or null if that is past the
-    // last block.
+    // Returns the first byte at or after `from` that the function selects, or null if it is past
+    // the last block.
     template <typename Select>
     __attribute__((always_inline)) const char* find(const char* from, Select select) {
         const std::size_t offset =
@@ -153,14 +154,14 @@ public:
             from = find(from, [](const masks& block) {
                 return block.markup | (block.white_space & (block.white_space >> 1 | last_bit));
             });
-            // What follows the last byte of a block isn't known from its masks.
+            // The masks do not show which byte follows the block.
             if (from == nullptr || !is_white_space(*from) || is_white_space(from[1]))
                 return from;
             ++from;
         }
     }
 
-    // Adds the line feeds that it passes, unless it returns null.
+    // Adds the skipped line feeds, unless it returns null.
     const char* end_of_white_space(const char* from, unsigned int& line_feeds) {
         const char* const end = find(from, [](const masks& block) { return ~block.white_space; });
         if (end == nullptr)
@@ -202,7 +203,7 @@ private:
 
 }  // namespace
 
-// The state of a parser that has read nothing else, and handlers that make the tokens of
+// The state of a parser that has read only this document, and handlers that make the tokens of
 // `xml_token_stream`.
 class flat_tokens::context {
 public:
@@ -251,7 +252,7 @@ public:
     const char* space(piece text, const char* cursor) {
         return add_content(kind::space, text, cursor);
     }
-    // Contract: a comment leaves a start_tag_end that is due to the next event.
+    // Contract: if a start_tag_end is due, a comment leaves it to the next event.
     template <typename Text>
     const char* comment(const Text& text, const char* cursor) {
         add(kind::comment, kept(text));
@@ -274,7 +275,7 @@ private:
         char byte;
     };
 
-    // What follows a block may be read without a look at the end of the document.
+    // Bytes after a block may be read without checking for the end of the document.
     static const char* last_block(const char* begin, const char* end) {
         const auto size = static_cast<std::ptrdiff_t>(kernels::block_size + copy_margin);
         return end - begin < size ? nullptr : end - size;
@@ -321,13 +322,13 @@ private:
 
     flat_tokens& m_tokens;
     const char* const m_end;
-    const char* const m_last;  // of the places where `take_usual` begins a construct, or null
+    const char* const m_last;  // position at which `take_usual` may begin a construct, or null
     block_window m_window;
     const filter* const m_filter;
     std::vector<piece> m_open_elements;
     tag_attributes m_attributes;
     std::size_t m_tag_start;  // the token of the last start tag
-    std::size_t m_tag_depth;  // open elements in it, with its own
+    std::size_t m_tag_depth;  // open elements in it, including its own
     piece m_left_out;         // the name of the element
     unsigned int m_line;
     bool m_in_tag;
@@ -335,21 +336,21 @@ private:
     bool m_leaves_out;
 };
 
-// One state machine with the cursor and the next token in registers, so it is long. There are two
-// states, one in a tag and one in content, and each turn takes a construct or returns. The handlers
-// above do the same for the walk.
+// A single state machine with the cursor and the next token in registers, so it is long. It has two
+// states, one in a tag and one in content, and each round consumes a construct or returns. The
+// handlers above do the same for the walk.
 const char* flat_tokens::context::take_usual(const char* cursor) {
-    // The end of a start tag of that depth asks the filter.
+    // The filter is called at the end of a start tag of this depth.
     if (m_last == nullptr || m_open_elements.size() < filtered_depth ||
         (!m_tag_closed && m_tag_depth <= filtered_depth))
         return cursor;
 
-    // What changes with every construct, in variables of its own.
+    // The state that changes with every construct is in local variables.
     struct progress {
         explicit progress(context& of)
             : next(of.m_tokens.m_next), in_tag(of.m_in_tag), tag_closed(of.m_tag_closed), m_of(of) {
         }
-        // Whatever a construct left undone has changed nothing.
+        // A construct that was not completed has changed nothing.
         ~progress() {
             m_of.m_in_tag = in_tag;
             m_of.m_tag_closed = tag_closed;
@@ -378,8 +379,8 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
                !(m_leaves_out && is_same(name, m_left_out));
     };
 
-    // The state is complete at the beginning of each turn, so that every construct may be left to
-    // the walk.
+    // The state is complete at the beginning of each round, so every construct may be left to the
+    // walk.
     for (;;) {
         if (leaves_out)
             at.next = kept_end;
@@ -496,8 +497,8 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
     }
 }
 
-// Takes the text from `begin`, of which `end` is the first byte that is special. Returns where it
-// ends, or null if it has references of another kind.
+// Reads the text from `begin`, whose first special byte is at `end`. Returns its end, or null if it
+// has references of another kind.
 const char* flat_tokens::context::usual_text(const char* begin, const char* end, piece& text) {
     reference references[most_references];
     int count = 0;
@@ -525,7 +526,7 @@ const char* flat_tokens::context::usual_text(const char* begin, const char* end,
     return end;
 }
 
-// At an '&', after which the margin can be read.
+// `begin` is at an '&', and the margin after it is readable.
 bool flat_tokens::context::is_usual_reference(const char* begin, reference& found) {
     const auto is = [begin, &found](const char* text, std::size_t size, char byte) {
         found = {begin, begin + size, byte};
@@ -547,8 +548,8 @@ bool flat_tokens::context::is_usual_reference(const char* begin, reference& foun
     }
 }
 
-// Returns the first byte of the "-->" for a '<', or null if that begins something else. What is
-// behind the last block isn't looked at.
+// Returns the first byte of the "-->" for a '<', or null if the '<' begins something else. Nothing
+// after the last block is examined.
 const char* flat_tokens::context::end_of_comment(const char* begin) const {
     if (!have_equal_bytes(begin, "<!--", 4))
         return nullptr;
@@ -599,8 +600,7 @@ void flat_tokens::grow(std::size_t capacity) {
     m_limit = m_tokens.get() + capacity;
 }
 
-// Chunks never move, so pieces of them stay valid. Returns the room that is left, which is not
-// taken yet.
+// Chunks never move, so pieces of them stay valid. Returns the remaining room without reserving it.
 char* flat_tokens::make_room(std::size_t size) {
     if (size > m_room_size) {
         const std::size_t chunk = std::max(size, chunk_size);

@@ -1,15 +1,15 @@
 /// @file
-/// The tokens of a document side by side, for a reader that keeps the document and needs no list.
+/// The tokens of a document in an array, for a reader that keeps the document and needs no list.
 ///
 ///     flat_tokens tokens;
 ///     if (tokens.parse(document).type == xml_parser::parse_error::no_error)
 ///         for (const flat_tokens::token& one : tokens)
 ///             use(one.type(), one.value());
 ///
-/// They are the same tokens as those of an `xml_token_stream` that has read nothing else. A value
-/// is a piece of the document or, if it has references, of memory that belongs to the tokens; both
-/// must outlive its use. A reader that needs no more than the frame of some elements passes a
-/// filter. An object belongs to one thread.
+/// They equal the tokens of an `xml_token_stream` that has read only this document. A value is a
+/// piece of the document or, if it has references, of memory that belongs to the tokens; both must
+/// outlive its use. A reader that does not need the contents of some elements passes a filter. An
+/// object belongs to one thread.
 #pragma once
 
 #include <tova/parser/xml_parser.hpp>
@@ -44,14 +44,14 @@ public:
         std::size_t m_size_and_type;  // the type in the lowest four bits
     };
 
-    /// Tells which children of the root have contents that nobody needs.
+    /// Decides which children of the root have contents that the reader does not need.
     class filter {
     public:
         virtual ~filter() {}
 
         /// Whether the tokens of an element, after the end of its start tag and up to the first end
         /// of an element with its name, are left out. `[start, end)` are the tokens of its start
-        /// tag. The XML is checked all the same.
+        /// tag. The XML is checked nevertheless.
         virtual bool is_left_out(const token* start, const token* end) const = 0;
     };
 
@@ -59,8 +59,8 @@ public:
     flat_tokens(const flat_tokens&) = delete;
     flat_tokens& operator=(const flat_tokens&) = delete;
 
-    /// Once for an object. The tokens before an error are kept. Without a filter nothing is left
-    /// out.
+    /// Called once for an object. The tokens before an error are kept. Without a filter, nothing is
+    /// left out.
     xml_parser::parse_error parse(const strings::ustring8& document,
                                   const filter* wanted = nullptr);
 
@@ -78,12 +78,12 @@ private:
     char* make_room(std::size_t size);
     piece keep(const strings::ustring8& value);
 
-    // From `std::malloc`, since a long array grows without a copy there.
+    // Allocated with `std::malloc`, because `realloc` can grow a long array without a copy.
     std::unique_ptr<token, release> m_tokens;
     token* m_next;                                  // after the last token
-    token* m_limit;                                 // after the last that has room
-    std::vector<std::unique_ptr<char[]>> m_chunks;  // of the values with references
-    char* m_room;                                   // what is left of the last one
+    token* m_limit;                                 // the end of the array's room
+    std::vector<std::unique_ptr<char[]>> m_chunks;  // for the values with references
+    char* m_room;                                   // the free part of the last chunk
     std::size_t m_room_size;
 };
 

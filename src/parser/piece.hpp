@@ -1,5 +1,5 @@
 /// @file
-/// A name, value or text where it is, in a document or in a string that outlives the piece.
+/// A name, value or text in place, in a document or in a string that outlives the piece.
 ///
 ///     const piece name(begin, end);
 ///     if (name.is("catalog"))

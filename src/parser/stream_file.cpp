@@ -12,8 +12,8 @@ namespace detail {
 
 namespace {
 
-// A descriptor that is closed at the end. A pipe is not opened: that would wait for a writer, and a
-// pipe has no positions from which to read on.
+// A descriptor that is closed at the end of the scope. A pipe is not opened: that would wait for a
+// writer, and a pipe has no positions at which to continue.
 class open_file {
 public:
     open_file(const strings::ustring8& name, bool is_pipe)
@@ -28,15 +28,16 @@ public:
     bool is_open() const { return m_descriptor >= 0; }
     int descriptor() const { return m_descriptor; }
 
-    // Leaves the position at the end. Negative for an error.
+    // Leaves the position at the end. Returns a negative number for an error.
     off_t length() const { return ::lseek(m_descriptor, 0, SEEK_END); }
 
 private:
     const int m_descriptor;
 };
 
-// The type of the file, links not followed. A path object for each load would take longer than the
-// query, so only an error is left to the general function, which knows what to raise.
+// The type of the file, without following links. Making a path object for each load would take
+// longer than the query, so only an error is left to the general function, which raises the right
+// exception.
 mode_t type_of(const strings::ustring8& name) {
     struct stat status;
     if (::lstat(name.c_str(), &status) == 0)

@@ -14,8 +14,8 @@ namespace TOVA_2_18 {
 namespace parser {
 namespace detail {
 
-/// The length of the file that a name refers to, links followed; 0 if it can't be opened. A pipe is
-/// not opened.
+/// The length of the file that a name refers to, following links; 0 if it can't be opened. A pipe
+/// is not opened.
 unsigned long length_of_file(const strings::ustring8& name);
 
 class stream_file {

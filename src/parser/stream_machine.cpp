@@ -41,7 +41,7 @@
 //
 // `xml_parser` has similar states for a document in memory, but it reports events instead of
 // records, stops at the first error, supports CDATA sections, and accepts attributes in end tags.
-// The two share only what is below both: blocks of classified bytes and the names of a tag.
+// The two share only the layers below them: blocks of classified bytes and the names of a tag.
 #include "parser/stream_machine.hpp"
 
 #include "parser/equal_bytes.hpp"

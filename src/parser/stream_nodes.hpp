@@ -77,7 +77,7 @@ public:
     /// Opens an element: appends its node and makes it the innermost one.
     void open(piece name, error_type type, bool ready, unsigned int line);
     void forget_attribute_names() { m_attribute_names.clear(); }
-    /// Leaves the names in the parser's field as elements of their own.
+    /// Leaves the names in the parser's field as separate elements.
     void separate_attribute_names() { m_attribute_names.separate(); }
     /// Adds an attribute to the innermost element. Returns false if the name already exists.
     bool add_attribute(piece name, strings::ustring8&& value);

@@ -57,7 +57,7 @@ bool is_name_byte(char byte) {
     return static_cast<signed char>(byte) < 0 || std::isalnum(byte) != 0;
 }
 
-// Most values and texts are one piece, which needs exactly its memory.
+// Most values and texts are a single piece, for which exactly enough memory is allocated.
 void add(ustring8& to, const char* bytes, std::size_t size) {
     if (to.empty())
         to = ustring8(bytes, size);
@@ -78,7 +78,7 @@ std::size_t stream_scanner::end_of_whitespace(std::size_t begin, unsigned int& l
 }
 
 // `xml_parser` has a stricter rule for the first byte of a name; here all bytes follow the same
-// rule. Of the bytes that are no letters, digits or underscores, the usual ones need no question.
+// rule. The usual bytes other than letters, digits and underscores need no lookup.
 std::size_t stream_scanner::end_of_name(std::size_t begin) {
     const char* const bytes = m_buffer.data();
     std::size_t position = begin;

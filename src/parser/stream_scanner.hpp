@@ -77,7 +77,7 @@ public:
     /// position, and moves the cursor there.
     void make_room(std::size_t needed);
     /// Reads up to `count` bytes from the position of a file and appends them to the data, as far
-    /// as there is room. Returns how many.
+    /// as there is room. Returns their number.
     std::size_t fill(int file, unsigned long position, std::size_t count);
     /// @}
 

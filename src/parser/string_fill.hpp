@@ -3,9 +3,9 @@
 ///
 ///     fill(name, begin, end - begin, document_end - begin);
 ///
-/// `std::string::assign` allows for bytes of the string itself, and is a call into the C++ library.
-/// Files that include this may be compiled as C++23, where a string can be filled in place; before
-/// that it is an `assign`. Functions without state.
+/// `std::string::assign` must handle bytes of the string itself, and it is a call into the C++
+/// library. Files that include this header may be compiled as C++23, where a string can be filled
+/// in place; with older standards it is an `assign`. The functions have no state.
 #pragma once
 
 #include <tova/strings/ustring.hpp>
@@ -20,7 +20,7 @@ namespace detail {
 
 #if defined(__cpp_lib_string_resize_and_overwrite)
 
-// The size that the operation is handed may be the new capacity, as in libstdc++ 12, so it is not
+// The size that the operation receives may be the new capacity, as in libstdc++ 12, so it is not
 // used.
 __attribute__((noinline)) inline void fill_long(std::string& into, const char* data,
                                                 std::size_t size) {
@@ -30,11 +30,11 @@ __attribute__((noinline)) inline void fill_long(std::string& into, const char* d
     });
 }
 
-/// Replaces the contents of a string. Of the bytes at `data`, which are not the string's own,
-/// `readable` may be read, and that is `size` or more.
+/// Replaces the contents of a string with `size` bytes at `data`, which must not belong to the
+/// string. `readable` bytes may be read there, at least `size`.
 //
-// Most names and values fit into the room that every string has without an allocation, its
-// terminator included, or into as much as is copied by two instructions.
+// Most names and values, with the terminator, fit into the string object itself, or into the amount
+// that two instructions copy.
 __attribute__((always_inline)) inline void fill(strings::ustring8& into, const char* data,
                                                 std::size_t size, std::size_t readable) {
     const std::size_t small = 16;

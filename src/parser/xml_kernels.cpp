@@ -8,7 +8,7 @@ namespace kernels {
 
 namespace {
 
-// A bit for each mask, in the order of `block_masks`.
+// One bit for each mask, in the order of `block_masks`.
 enum : unsigned char {
     name = 1,
     white_space = 2,
@@ -56,8 +56,8 @@ private:
 
 constexpr class_table classes;
 
-// The lowest bits of eight bytes, side by side. The products of the factor's bits with the bytes
-// don't overlap, so nothing is carried.
+// Collects the lowest bits of eight bytes. The products of the factor's bits with the bytes don't
+// overlap, so nothing is carried.
 std::uint64_t gather(std::uint64_t eight_classes, int shift) {
     return ((eight_classes >> shift & 0x0101010101010101u) * 0x0102040810204080u) >> 56;
 }

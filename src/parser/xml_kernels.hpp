@@ -1,5 +1,5 @@
 /// @file
-/// What the 64 bytes of a block are, as seven masks of a bit a byte, for both XML parsers.
+/// Classifies the 64 bytes of a block into seven masks with one bit per byte, for both XML parsers.
 ///
 /// A parser classifies a block once and then finds the end of each name, value and piece of text in
 /// it by shifts and by counting zeros:
@@ -8,8 +8,8 @@
 ///     kernels::classify()(block, masks);
 ///     const std::uint64_t others = ~masks.name >> offset;  // bit 0 is the byte at `offset`
 ///
-/// Bit 0 of a mask is the first byte of the block. The functions read the 64 bytes and nothing
-/// else, so any number of threads may call them.
+/// Bit 0 of a mask is the first byte of the block. The functions read only the 64 bytes, so any
+/// number of threads may call them.
 #pragma once
 
 #include <cstddef>
@@ -24,7 +24,7 @@ const std::size_t block_size = 64;  // bytes
 struct block_masks {
     std::uint64_t name;          // ASCII letters and digits and '_'
     std::uint64_t white_space;   // space, tab, carriage return and line feed
-    std::uint64_t line_feed;     // the last of these alone
+    std::uint64_t line_feed;     // only line feeds
     std::uint64_t markup;        // '<' and '&'
     std::uint64_t double_quote;  // '"'
     std::uint64_t single_quote;  // '\''
@@ -37,7 +37,7 @@ using classify_function = void (*)(const char* block, block_masks& masks);
 classify_function classify();
 
 /// @name The forms
-/// All compute the same; the portable one is the reference.
+/// All compute the same masks; the portable form is the reference.
 /// @{
 void classify_portable(const char* block, block_masks& masks);
 #if defined(__x86_64__)

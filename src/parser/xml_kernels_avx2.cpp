@@ -4,8 +4,8 @@
 
 #include <immintrin.h>
 
-// The target is an attribute of the functions, not an option for the file: an inline function that
-// other files share must not be compiled for AVX2.
+// The target is an attribute of the functions, not an option for the file, because inline functions
+// that other files share must not be compiled for AVX2.
 #define TOVA_AVX2 __attribute__((target("avx2")))
 
 namespace TOVA_2_18 {
@@ -24,8 +24,8 @@ TOVA_AVX2 inline __m256i within(__m256i bytes, char first, char count) {
         _mm256_min_epu8(distance, _mm256_set1_epi8(static_cast<char>(count - 1))), distance);
 }
 
-// Each byte is compared with the whitespace byte that has its lower four bits. Where there is none,
-// the table holds a byte with other lower bits. A byte from 0x80 on is compared with 0.
+// Each byte is compared with the whitespace byte that has its lower four bits. If there is none,
+// the table has a byte with other lower bits. A byte from 0x80 on is compared with 0.
 TOVA_AVX2 inline __m256i is_white_space(__m256i bytes) {
     const __m256i table =
         _mm256_setr_epi8(' ', 2, 1, 1, 1, 1, 1, 1, 1, '\t', '\n', 1, 1, '\r', 1, 1, ' ', 2, 1, 1, 1,

@@ -4,7 +4,7 @@
 
 #include <immintrin.h>
 
-// An attribute and not an option, as for AVX2.
+// An attribute instead of an option, as for AVX2.
 #define TOVA_AVX512 __attribute__((target("avx512f,avx512bw")))
 
 namespace TOVA_2_18 {
@@ -24,7 +24,7 @@ TOVA_AVX512 inline std::uint64_t within(__m512i bytes, char first, char count) {
 
 // As for AVX2: each byte is compared with the whitespace byte that has its lower four bits.
 TOVA_AVX512 inline std::uint64_t is_white_space(__m512i bytes) {
-    // Four times the 16 bytes of that table, here as four words from the last to the first.
+    // The 16 bytes of that table, four times, here as four words from the last to the first.
     const __m512i table = _mm512_set4_epi32(0x01010D01, 0x010A0901, 0x01010101, 0x01010220);
     return _mm512_cmpeq_epi8_mask(_mm512_shuffle_epi8(table, bytes), bytes);
 }

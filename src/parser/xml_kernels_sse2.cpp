@@ -14,7 +14,8 @@ __m128i equal(__m128i bytes, char wanted) {
     return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(wanted));
 }
 
-// Bytes from `first` on, `count` of them. There is no unsigned comparison, but a minimum.
+// Selects the `count` bytes from `first` on. There is no unsigned comparison, but an unsigned
+// minimum.
 __m128i within(__m128i bytes, char first, char count) {
     const __m128i distance = _mm_sub_epi8(bytes, _mm_set1_epi8(first));
     return _mm_cmpeq_epi8(_mm_min_epu8(distance, _mm_set1_epi8(static_cast<char>(count - 1))),
@@ -31,7 +32,7 @@ void classify_sse2(const char* block, block_masks& masks) {
     masks = block_masks();
     for (std::size_t i = 0; i < block_size; i += 16) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + i));
-        // The bit that tells lower case from upper case is set in both.
+        // The bit that distinguishes lower case from upper case is set in both.
         const __m128i letters = within(_mm_or_si128(bytes, _mm_set1_epi8(0x20)), 'a', 26);
         const __m128i digits = within(bytes, '0', 10);
         const __m128i line_feeds = equal(bytes, '\n');

@@ -7,10 +7,10 @@
 //
 //   xml_parser         what is exported: the delegates, and the state that outlives a run
 //   document_walk      one call of `parse`: which construct begins at the cursor, what it reports
-//                      and how it changes the state; xml_parser_run.cpp hands the events on
+//                      and how it changes the state; xml_parser_run.cpp forwards the events
 //   byte_blocks        the bytes: where whitespace, a name, a value or a piece of text ends
 //
-// The operations for single constructs work on `document_scanner`, which goes byte by byte and
+// The operations for single constructs work on `document_scanner`, which reads byte by byte and
 // raises the errors of both.
 
 namespace TOVA_2_18 {

@@ -5,8 +5,8 @@
 #include "parser/document_walk.hpp"
 #include "parser/string_fill.hpp"
 
-// This file is compiled as C++23, where a string can be filled in place. It has no function of an
-// empty exception specification, which would end the program in another way there.
+// This file is compiled as C++23, where a string can be filled in place. It has no function with an
+// empty exception specification, which would end the program in another way in C++23.
 
 namespace TOVA_2_18 {
 namespace parser {
@@ -16,7 +16,7 @@ using strings::ustring8;
 using iterator = xml_parser::iterator;
 using parse_error = xml_parser::parse_error;
 
-// Hands the events to the delegates, each string in one of two that are reused.
+// Passes the events to the delegates. Two strings are reused for all texts.
 class xml_parser::run::reporting : public xml_parser::run {
 public:
     reporting(xml_parser& parser, iterator& cursor, const iterator& end)
@@ -37,8 +37,8 @@ public:
     const char* element_end(piece name, const char* cursor) {
         return report(m_parser.on_element_end, name, cursor);
     }
-    // The name is the parser's, and the handler may close the element itself, by parsing its end
-    // tag. So it gets a copy.
+    // The name belongs to the parser, and the handler may close the element itself by parsing its
+    // end tag. So the handler gets a copy.
     const char* empty_element_end(const char* cursor) {
         if (m_parser.on_element_end.is_empty())
             return cursor;
@@ -76,7 +76,7 @@ private:
         return m_string;
     }
 
-    // The flag stays set where the handler raises, and `do_parse` lets that exception pass.
+    // The flag stays set if the handler throws, and `do_parse` lets that exception pass.
     template <typename Delegate, typename Text>
     const char* report(Delegate& delegate, const Text& text, const char* cursor) {
         if (delegate.is_empty())
@@ -103,7 +103,7 @@ parse_error xml_parser::do_parse(iterator& cursor, iterator& end) {
     try {
         return detail::document_walk<run::reporting>(current, cursor, end).run();
     } catch (const parse_error& error) {
-        // A handler may throw a `parse_error` of its own, which is not the result of this run.
+        // A handler may throw its own `parse_error`, which is not the result of this run.
         if (current.calling())
             throw;
         return error;

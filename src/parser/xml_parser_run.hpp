@@ -1,6 +1,6 @@
 /// @file
-/// The state of an `xml_parser` as a context of `document_walk`, which the delegates and the token
-/// list share.
+/// The state of an `xml_parser` as a context for `document_walk`. The delegates and the token list
+/// share it.
 ///
 /// A run refers to fields of its parser and to the cursor of its caller. It belongs to one thread.
 #pragma once
@@ -18,11 +18,11 @@ namespace parser {
 
 class xml_parser::run {
 public:
-    class reporting;  // hands the events to the delegates
+    class reporting;  // passes the events to the delegates
 
     run(xml_parser& parser, const char* end)
         : m_parser(parser), m_end(end), m_attributes(parser.m_attributes) {}
-    // If the memory ends here, the next run finds the names as they are.
+    // If memory runs out here, the next run finds the names unchanged.
     ~run() {
         try {
             m_attributes.separate();
@@ -52,7 +52,7 @@ public:
                                    static_cast<std::size_t>(m_end - name.data));
     }
 
-    // Each construct is an event of its own.
+    // Each construct is a separate event.
     const char* take_usual(const char* cursor) const { return cursor; }
 
 protected:

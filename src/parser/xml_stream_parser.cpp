@@ -123,7 +123,7 @@ xml_stream_parser::node& xml_stream_parser::node_queue_front() {
     return m_queue.front();
 }
 
-// The nodes are enough for most calls; only if the queue runs low, the parser goes on.
+// Most calls find enough nodes. The parser continues only if the queue runs low.
 xml_stream_parser::node xml_stream_parser::node_queue_pop() {
     if (m_queue.empty())
         throw EmptyNodeQueue();

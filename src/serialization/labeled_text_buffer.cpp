@@ -98,7 +98,7 @@ public:
     }
 
 private:
-    // Two separators and a length field, whose digits are stored eight at a time.
+    // Two separators, and a length field whose digits are stored eight at a time.
     static const std::size_t max_overhead = 2 + generic::convert::detail::max_decimal_size;
 
     // Makes room before what has been written. The functions below rely on it.
@@ -166,7 +166,8 @@ struct labeled_text_buffer::tree {
             ->second;
     }
 
-    // The place for a label, or of it. Labels that arrive in order are added at the end.
+    // Finds the position of a label, or the position for it. Labels that arrive in order are added
+    // at the end.
     static entry_map::iterator place_of(entry_map& entries, const std::string& label) {
         if (!entries.empty() && entries.rbegin()->first < label)
             return entries.end();
@@ -238,7 +239,7 @@ void labeled_text_buffer::tree::dismantle(labeled_text_buffer& root) TOVA_NOTHRO
     for (;;) {
         entry_map& entries = current->m_entries;
         if (entered && holds_no_groups(entries))
-            entries.clear();  // in one go, which most groups are ready for
+            entries.clear();  // all at once, which is possible for most groups
         while (!entries.empty() && entries.begin()->second.first.m_entries.empty())
             entries.erase(entries.begin());
         entered = !entries.empty();
@@ -422,7 +423,8 @@ labeled_serialize_buffer& labeled_text_buffer::assign(const std::string& text) {
 
 labeled_serialize_buffer& labeled_text_buffer::assign(const char* text, int length) {
     detail::require_text(text, length);
-    // What the string's constructor raises, without computing a pointer past all memory first.
+    // Raises the same exception as the string's constructor, without computing an invalid pointer
+    // first.
     if (length < 0)
         throw std::length_error("basic_string::_M_create");
     return assign(std::string(text, static_cast<std::size_t>(length)));
@@ -464,8 +466,8 @@ bool labeled_text_buffer::has_group(const std::string& label) const {
     const labeled_serialize_buffer* const group = retrieve_group(label);
     if (group == nullptr)
         return false;
-    // Exactly this class: its text is empty if it has no entries, and isn't made to find out. Any
-    // other class, which an override of `retrieve_group` may return, is asked for its text.
+    // For exactly this class, the text is empty if there are no entries, so it is not encoded. Any
+    // other class, which an override of `retrieve_group` may return, must provide its text.
     if (typeid(*group) == typeid(labeled_text_buffer))
         return !static_cast<const labeled_text_buffer*>(group)->m_entries.empty();
     return !group->as_str().empty();

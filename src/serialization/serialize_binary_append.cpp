@@ -1,6 +1,6 @@
-// The appending functions of the binary buffer. They are in a file of their own, which fills
-// strings in place and has no function with a throw() of its own: `std::string::append` allows for
-// any length and for bytes of the string itself, and copies by a call.
+// The appending functions of the binary buffer. They are in a separate file, which fills strings in
+// place and has no function with a throw(). `std::string::append` would have to handle any length
+// and bytes of the string itself, and it copies through a call.
 #include <tova/serialization/serialize_binary_buf.hpp>
 
 #include "strings/unfilled.hpp"
@@ -13,8 +13,8 @@ namespace serialization {
 
 namespace {
 
-// The bytes in host order, as the functions of binary.hpp have them, without a string of their own.
-// They are copied first: the value may be part of the content.
+// Appends the bytes in host order, like the functions of binary.hpp, but without a separate string.
+// They are copied first, because the value may be part of the content.
 template <typename Value>
 inline void append_fixed(std::string& text, const Value& value) {
     const Value copy = value;

@@ -43,7 +43,7 @@ Value read_fixed(const serialize_buffer& buffer, const std::string& text, std::s
 }
 
 // The bytes of a string or nested buffer, a part of the content; null at the end, and also if
-// nothing follows the length field, whose value is not used then.
+// nothing follows the length field; its value is then ignored.
 struct byte_range {
     const char* begin;
     std::size_t size;

@@ -4,7 +4,7 @@
 /// `serialize_text_buf` reads one item per call. The parser of the labeled buffer reads groups that
 /// are nested in the content of others, and works on them in place, as runs of bytes.
 ///
-/// Threads: functions without state; the caller owns content and position.
+/// The functions have no state; the caller owns the content and the position.
 #pragma once
 
 #include <tova/generic/convert/str_to_x.hpp>
@@ -32,7 +32,7 @@ struct byte_run {
 // the position is past the end; the position is already npos then.
 byte_run next_field(const byte_run& content, std::size_t& position);
 
-// Returns as many bytes as the length field says, or those that the content has, and moves the
+// Returns as many bytes as the length field says, or as many as the content has, and moves the
 // position past them and their separator.
 //
 // Contract: the separator is skipped by addition, without examining it, and the sum wraps. From

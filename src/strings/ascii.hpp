@@ -9,7 +9,7 @@
 ///     detail::is_ascii_letter('\xE4')   // false, whatever the locale
 ///
 /// For classes that follow the locale, use `strings/ctype.hpp` or the C library's own functions.
-/// These functions read nothing but their argument, so any number of threads may call them.
+/// These functions read only their argument, so any number of threads may call them.
 #pragma once
 
 namespace TOVA_2_18 {

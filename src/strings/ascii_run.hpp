@@ -30,7 +30,7 @@ inline bool all_ascii(const unsigned short* four_units) {
     return (load_word(four_units) & 0xFF80FF80FF80FF80u) == 0;
 }
 
-// Of eight bytes, those whose top two bits are not those of a continuation.
+// Selects the bytes among eight whose top two bits are not those of a continuation.
 inline std::size_t count_leads(const unsigned char* eight_bytes) {
     const std::uint64_t word = load_word(eight_bytes);
     const std::uint64_t continuations = word >> 7 & ~word >> 6 & 0x0101010101010101u;

@@ -33,7 +33,7 @@ TOVA_AVX2 void map_letters(const char* from, std::size_t size, char* to, char fi
     }
 }
 
-// Any other table is walked.
+// With any other table, it looks up each byte.
 void map(const char* from, std::size_t size, char* to, const int* table) {
     std::size_t done = 0;
     if (size >= loops::worth_comparing) {

@@ -1,5 +1,5 @@
 // The AVX-512 form, with VBMI. It maps case by any table: the 256 entries are packed into four
-// vectors, in which a permutation looks 64 bytes up at once.
+// vectors, in which a permutation looks up 64 bytes at once.
 #include "strings/byte_kernels.hpp"
 
 #if defined(__x86_64__)
@@ -42,8 +42,8 @@ TOVA_AVX512_INLINE __m512i pack(const int* entries) {
     return _mm512_inserti32x4(three, _mm512_cvtepi32_epi8(_mm512_loadu_si512(entries + 48)), 3);
 }
 
-// The bytes below 0x80 have the entries from 0 on, the others those below 0. Strings of ASCII need
-// the first half alone.
+// The bytes below 0x80 have the entries from 0 on, and the others have the entries below 0. ASCII
+// strings need only the first half.
 TOVA_AVX512 void map(const char* from, std::size_t size, char* to, const int* table) {
     const __m512i first = pack(table);
     const __m512i second = pack(table + 64);

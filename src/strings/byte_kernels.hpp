@@ -3,9 +3,9 @@
 ///
 ///     kernels::bytes().map(from, size, to, table);  // to[i] = table[from[i]]
 ///
-/// Each instruction set has a form of its own, one file each; the portable loops are the reference
-/// that the others are compared with. A kernel accepts any bytes and any size and touches nothing
-/// past them. Kernels share nothing; any number of threads may run them.
+/// Each instruction set has its own form, in a separate file; the others are compared with the
+/// portable loops. A kernel accepts any bytes and any size and accesses nothing past them. Kernels
+/// share nothing; any number of threads may run them.
 #pragma once
 
 #include "detail/cpu_features.hpp"
@@ -18,12 +18,12 @@ namespace strings {
 namespace kernels {
 
 struct byte_form {
-    // Maps each byte to the low bits of its entry, which is indexed by the byte with its sign. `to`
+    // Maps each byte to the low bits of its entry. The index is the byte as a signed number. `to`
     // may be `from`.
     void (*map)(const char* from, std::size_t size, char* to, const int* table);
 
-    // Sets bit i % 64 of masks[i / 64] for each i below `size` with text[i] == first and
-    // text[i + distance] == last, and clears the others of these masks. Reads `distance` bytes past
+    // Sets bit i % 64 of masks[i / 64] for each i below `size` with text[i] == first and text[i +
+    // distance] == last, and clears all other bits of these masks. Reads `distance` bytes past
     // `size`.
     void (*find)(const char* text, std::size_t size, char first, char last, std::size_t distance,
                  std::uint64_t* masks);

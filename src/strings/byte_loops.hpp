@@ -1,5 +1,6 @@
 /// @file
-/// One byte at a time: the portable loops over bytes, which the vector forms use for the rest.
+/// The portable loops, which handle one byte at a time. The vector forms use them for the remaining
+/// bytes.
 ///
 ///     kernels::loops::map(from, size, to, table);
 ///
@@ -29,8 +30,8 @@ inline void find(const char* text, std::size_t size, char first, char last, std:
     }
 }
 
-// What a table does to the 256 bytes if it maps the letters of ASCII alone, as that of the locale
-// in which a process starts: adds `change` to those from `first` to `first` + 25.
+// The effect of a table that maps only ASCII letters, such as that of the locale in which a process
+// starts: it adds `change` to the bytes from `first` to `first` + 25.
 inline bool maps_letters(const int* table, char first, int change) {
     unsigned int differences = 0;
     for (int byte = -128; byte < 128; ++byte) {
@@ -40,7 +41,7 @@ inline bool maps_letters(const int* table, char first, int change) {
     return differences == 0;
 }
 
-// Sizes from which the look at the whole table pays off.
+// The size from which checking the whole table pays off.
 const std::size_t worth_comparing = 512;
 
 }  // namespace loops

@@ -11,8 +11,8 @@ namespace strings {
 
 namespace {
 
-// One unit at a time: a character of several units is not looked at, whatever its letters are. The
-// tables are those of the locale in use, so the kernel for bytes is given the table at each call.
+// Case is mapped one unit at a time, so a character of several units never changes as a whole. The
+// tables are those of the current locale, so each call passes the table to the kernel for bytes.
 void lower_units(const char* from, std::size_t size, char* to) {
     kernels::bytes().map(from, size, to, *__ctype_tolower_loc());
 }

@@ -13,16 +13,16 @@
 //   other   iconv is broken                         raise
 //
 // After an error iconv is given a small window of the input, then larger ones, because the cost of
-// a call depends on what it is given, not on what it converts.
+// a call depends on the size of its input, not on how much it converts.
 //
 // A `conversion` holds the state of the loop: the input not yet read, the output so far, and the
 // room that iconv may fill next. Invariant: offset + room <= size of the output. The room can be
 // less than the output has left, see `make_room`.
 //
-// A long string mostly takes another way: iconv is asked once for each different character, and the
-// answers are kept in a table for the rest of the conversion, see `learned_page`. What the table
-// leaves open goes through the loop above. Nothing is kept between conversions: each one opens a
-// descriptor of its own, and the modules that iconv loads may change between two of them.
+// Most long strings are converted in another way: iconv converts each different character once, and
+// a table keeps the results for the rest of the conversion, see `learned_page`. Everything that the
+// table lacks goes through the loop above. Nothing is kept between conversions: each one opens its
+// own descriptor, and the modules that iconv loads may change between two of them.
 #include <tova/strings/code_page.hpp>
 
 #include <tova/exceptions/exceptions.hpp>
@@ -84,11 +84,12 @@ const struct {
     {code_page::encoding_125100, "ANSI_X3.4-1968"},
 };
 
-// Sizes, in bytes, from which asking for each character once takes less time.
+// The size, in bytes, from which converting each different character once takes less time.
 const std::size_t worth_learning = 4096;
 
-// Whether no character of the page depends on those before it. CP1255 and CP1258 compose letters,
-// and of a page that only the locale names nothing is known. UTF-8 has too many characters.
+// Whether no character of the page depends on the characters before it. CP1255 and CP1258 compose
+// letters, and nothing is known about a page that only the locale names. UTF-8 has too many
+// characters.
 bool can_be_learned(const std::string& page) {
     if (page == "UTF-8" || page == "CP1255" || page == "CP1258")
         return false;
@@ -160,14 +161,15 @@ public:
 
     bool has_input() const { return m_input_left > 0; }
 
-    // Converts as far as iconv can. Returns false if it stopped; errno then has the reason.
+    // Converts as much as iconv can. Returns false if it stopped; errno then has the reason.
     //
-    // After an error the rest of the input is offered in windows that start small and double in
+    // After an error the rest of the input is passed in windows that start small and double in
     // size. iconv decodes a large block of its input before it notices that the target lacks the
     // first character, and it would do so again for each such character. A character cut by the end
-    // of a window is offered again with the next window.
+    // of a window is passed again with the next window.
     //
-    // For a page that is being learned one window is enough; true then means that it was converted.
+    // While a page is being learned, one window is enough; true then means that the window was
+    // converted.
     bool run(iconv_t handle, bool one_window) {
         if (one_window)
             m_window = window_after_error;
@@ -187,8 +189,8 @@ public:
         }
     }
 
-    // Converts by what is known of the page, as far as that goes: the same results in the same room
-    // as from iconv, see `make_room`. What is next then is for iconv.
+    // Converts as far as the table goes, with the same results in the same room as iconv, see
+    // `make_room`. iconv must convert the character after that.
     template <bool FromUtf8>
     void run(detail::learned_page<FromUtf8>& page) {
         while (m_input_left > 0) {
@@ -210,8 +212,8 @@ public:
         }
     }
 
-    // The characters that need nothing but room that is there. The bytes written could be those of
-    // any object, so the state is kept in local variables.
+    // Converts characters while there is room. The bytes written could alias any object, so the
+    // state is kept in local variables.
     template <bool FromUtf8>
     void copy_known(detail::learned_page<FromUtf8>& page) {
         const unsigned char* text = reinterpret_cast<const unsigned char*>(m_input);
@@ -256,8 +258,8 @@ public:
 
     void copy_single_bytes(detail::learned_page<true>&) {}
 
-    // The bytes of a page that are a character each, as long as there is room for any. No branch
-    // depends on the string, unless a byte is new or begins a longer character.
+    // Converts single-byte characters of a page while there is room for any character. No branch
+    // depends on the string unless a byte is new or begins a longer character.
     void copy_single_bytes(detail::learned_page<false>& page) {
         typedef detail::learned_page<false> learned;
         const unsigned char* text = reinterpret_cast<const unsigned char*>(m_input);
@@ -304,8 +306,8 @@ public:
     // Contract: the output grows by twice the input left, and the room becomes exactly that, even
     // if the output has more. The result for a string that ends within a character depends on this.
     //
-    // One case needs more: a last byte that becomes three would get room for two forever. If room
-    // was made before and nothing could be converted since, the rest of the output becomes room.
+    // One case needs more: a last byte that becomes three would get room for only two forever. If
+    // nothing could be converted since room was last made, the rest of the output becomes room.
     void make_room() {
         const bool in_vain = m_made_room && m_input_left == m_run_left && m_room == m_run_room;
         grow(m_input_left);
@@ -323,8 +325,8 @@ public:
     // after the "?".
     void replace_invalid_byte() {
         write_mark();
-        // Where windows matter, the rest of a UTF-8 character needs no call: iconv would reject it
-        // byte by byte, since no character begins with a continuation.
+        // If windows are used, the rest of a UTF-8 character needs no call: iconv would reject it
+        // byte by byte, because no character begins with a continuation byte.
         while (m_from_utf8 && m_input_left > window_after_error &&
                detail::is_continuation(static_cast<unsigned char>(*m_input)))
             write_mark();
@@ -352,8 +354,8 @@ private:
     static const std::size_t window_after_error = 16;
 
     void write_mark() {
-        // Some iconv tables step over what they reject (A2 E8 in CP949), so at the end of the input
-        // no byte may be left to skip. The "?" still replaces the character.
+        // Some iconv tables advance past bytes that they reject (A2 E8 in CP949), so at the end of
+        // the input there may be no byte left to skip. The "?" still replaces the character.
         if (m_room == 0)
             grow(std::max<std::size_t>(m_input_left, 1));
         if (m_input_left > 0) {
@@ -384,7 +386,7 @@ private:
     std::size_t m_run_room;
 };
 
-// The characters of a page in one direction, if the source is worth learning them.
+// The learned characters of a page in one direction, if the source is long enough.
 template <bool FromUtf8>
 std::unique_ptr<detail::learned_page<FromUtf8>> learn(iconv_t handle, const std::string& page,
                                                       const std::string& source) {

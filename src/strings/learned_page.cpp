@@ -28,8 +28,7 @@ bool learned_page<FromUtf8>::keeps_ascii() {
            std::memcmp(ascii, result, sizeof ascii) == 0;
 }
 
-// Any sequence that iconv accepts: the shortest form of a value that is no surrogate and in
-// Unicode.
+// Any sequence that iconv accepts: the shortest form of a Unicode value that is not a surrogate.
 template <bool FromUtf8>
 std::size_t learned_page<FromUtf8>::place_of_rare_sequence(const unsigned char* text,
                                                            std::size_t left, std::size_t& taken) {
@@ -49,7 +48,7 @@ std::size_t learned_page<FromUtf8>::place_of_rare_sequence(const unsigned char* 
     return places + shared;
 }
 
-// iconv needs to see more after a lead byte.
+// After a lead byte, iconv needs more input.
 template <bool FromUtf8>
 void learned_page<FromUtf8>::learn_first(const unsigned char* text) {
     learned_character& alone = m_table.get()[text[0]];
@@ -57,7 +56,7 @@ void learned_page<FromUtf8>::learn_first(const unsigned char* text) {
     m_first[text[0]] = alone.kind != learned_character::ask ? single
                        : error == EINVAL                    ? leads
                                                             : neither;
-    // A byte that becomes none is left to `find`.
+    // A byte without output is left to `find`.
     if (m_first[text[0]] != single || alone.size == 0 || alone.size > 3)
         return;
     std::uint32_t& word = m_single_bytes[text[0]];
@@ -83,12 +82,13 @@ int learned_page<FromUtf8>::ask_iconv(const unsigned char* text, std::size_t siz
         answer.kind = learned_character::converted;
         answer.size = static_cast<unsigned char>(written);
     } else if (error == EILSEQ && left == size && written == 0) {
-        // A character of UTF-8 is refused byte by byte, one of a page by its first byte alone.
+        // iconv rejects a UTF-8 character byte by byte, but a page's character only by its first
+        // byte.
         answer.kind = learned_character::refused;
         answer.size = static_cast<unsigned char>(FromUtf8 ? size : 1);
         std::memset(answer.bytes, '?', sizeof answer.bytes);
     } else {
-        // Nothing of this character may stay in the descriptor.
+        // No state of this character may remain in the descriptor.
         iconv(m_handle, nullptr, nullptr, nullptr, nullptr);
     }
     return error;

@@ -1,13 +1,13 @@
 /// @file
-/// What iconv makes of single characters, learned while a long string is converted.
+/// The results of iconv for single characters, learned while a long string is converted.
 ///
 ///     detail::learned_page<true> page(handle);     // from UTF-8
 ///     if (page.usable())
-///         page.find(text, left, taken);  // iconv is asked once for each different character
+///         page.find(text, left, taken);  // calls iconv once for each different character
 ///
-/// A page whose characters don't depend on each other is a table, and most strings have few
-/// different characters. Nothing outlives the conversion, and a character that iconv treats in an
-/// unusual way is left to it. An object belongs to one thread.
+/// If the characters of a page don't depend on each other, a table can hold them, and most strings
+/// have few different characters. Nothing outlives the conversion. A character that iconv treats in
+/// an unusual way is left to iconv. An object belongs to one thread.
 #pragma once
 
 #include "strings/utf8.hpp"
@@ -25,28 +25,28 @@ namespace detail {
 
 struct learned_character {
     enum result_kind : unsigned char {
-        unknown,    // not asked yet
+        unknown,    // not tried yet
         converted,  // becomes `size` bytes
-        refused,    // becomes a "?" for each of `size` bytes of the source
-        ask         // anything else
+        refused,    // rejected; becomes a "?" for each of `size` bytes of the source
+        ask         // anything else, which iconv must convert
     };
 
     result_kind kind;
     unsigned char size;  // at most four
-    char bytes[6];       // more than that, so that iconv never lacks room
+    char bytes[6];       // more than four, so that iconv never lacks room
 };
 
 template <bool FromUtf8>
 class learned_page {
 public:
-    // The handle is in its initial state, and stays there.
+    // The handle is in its initial state, and remains in it.
     explicit learned_page(iconv_t handle);
 
-    // Whether there is memory for the table, and ASCII is the same on both sides.
+    // Whether there is memory for the table and ASCII is the same on both sides.
     bool usable() const { return m_usable; }
 
-    // The character that begins at `text` and takes `taken` bytes; null if it isn't complete or
-    // iconv has to see it.
+    // The character that begins at `text` and has `taken` bytes; null if it is incomplete or must
+    // be converted by iconv.
     const learned_character* find(const unsigned char* text, std::size_t left, std::size_t& taken) {
         const std::size_t at = place_of(text, left, taken);
         if (at == nowhere)
@@ -57,23 +57,23 @@ public:
         return known.kind == learned_character::ask ? nullptr : &known;
     }
 
-    // What a byte of a page becomes if it is a character of its own: the bytes from the lowest on,
-    // in the top byte their number, whether the byte is refused, and a bit that is always set.
-    // Otherwise, and before `find` was asked for it, 0.
+    // The entry of a byte that is a complete character of a page: its output bytes, the first one
+    // lowest, and in the top byte their number, whether the byte is rejected, and a bit that is
+    // always set. 0 for any other byte, and before `find` was called for it.
     std::uint32_t single_byte(unsigned char byte) const { return m_single_bytes[byte]; }
 
     static const std::uint32_t single_bit = 0x40000000u;
     static const std::uint32_t refused_bit = 0x80000000u;
 
-    // Writes such a byte with room for four, and returns the end of what counts of them.
+    // Writes such an entry as four bytes, and returns the end of the bytes that count.
     static char* write(std::uint32_t single, char* to) {
         std::memcpy(to, &single, sizeof single);
         return to + (single >> 24 & 3);
     }
 
 private:
-    // The characters of a page by their bytes, and those of UTF-8 by their value, up to U+FFFF. The
-    // others share the places above, each with the value that it is for.
+    // The characters of a page are indexed by their bytes, and those of UTF-8 by their value up to
+    // U+FFFF. All others share the entries after these, and each entry records its value.
     static const std::size_t places = 0x10000;
     static const std::size_t shared_places = 0x400;
     static const std::size_t nowhere = static_cast<std::size_t>(-1);
@@ -82,7 +82,7 @@ private:
         void operator()(learned_character* table) const { std::free(table); }
     };
 
-    // The branches make `taken` known before the table is read.
+    // With branches, `taken` is known before the table is read.
     std::size_t place_of(const unsigned char* text, std::size_t left, std::size_t& taken) {
         return FromUtf8 ? place_of_sequence(text, left, taken) : place_of_bytes(text, left, taken);
     }
@@ -105,7 +105,7 @@ private:
         return place_of_rare_sequence(text, left, taken);
     }
 
-    // A byte alone, or two after a lead.
+    // One byte, or two if the first is a lead byte.
     std::size_t place_of_bytes(const unsigned char* text, std::size_t left, std::size_t& taken) {
         const unsigned char first = text[0];
         if (m_first[first] == not_asked)
@@ -128,7 +128,7 @@ private:
 
     iconv_t m_handle;
     bool m_usable;
-    // Zeroed memory from the system: only what is used of it costs time.
+    // Zeroed memory from the system: only the used part costs time.
     std::unique_ptr<learned_character, free_memory> m_table;
     unsigned int m_owner[shared_places] = {};
     std::uint32_t m_single_bytes[256] = {};

@@ -1,13 +1,14 @@
 /// @file
-/// The matches of one string in another, one after the other, that don't overlap.
+/// Finds the non-overlapping matches of one string in another, one by one.
 ///
 ///     detail::matches<char> all(text, size, ", ", 2);
 ///     for (std::size_t at = all.next(); at != detail::not_found; at = all.next())
 ///         ...
 ///
-/// A short string of bytes is looked for by a kernel, which compares its first and its last byte at
-/// many places at once; any other string by a `searcher`. Both take linear time. What precedes the
-/// end of the last match may be overwritten between two calls. An object belongs to one thread.
+/// A kernel searches for short strings of bytes: it compares the first and the last byte at many
+/// positions at once. A `searcher` searches for all others. Both take linear time. Everything
+/// before the end of the last match may be overwritten between two calls. An object belongs to one
+/// thread.
 #pragma once
 
 #include "strings/byte_kernels.hpp"
@@ -71,8 +72,8 @@ public:
     }
 
 private:
-    // Each candidate costs a comparison, so a long string is left to the searcher, which counts
-    // what it compares in vain.
+    // Each candidate costs a comparison, so long strings are left to the searcher, which limits its
+    // wasted comparisons.
     static const std::size_t longest_in_kernel = 32;
     static const std::size_t words = 16;
     static const std::size_t block = 64 * words;
@@ -88,7 +89,7 @@ private:
                std::memcmp(m_text + at + 1, m_wanted + 1, m_wanted_size - 2) == 0;
     }
 
-    // Goes to the next 64 places that have a candidate. Returns false at the end.
+    // Moves to the next 64 positions with a candidate. Returns false at the end.
     bool advance() {
         do {
             if (m_next_word == m_block_end && !read_block())
@@ -100,8 +101,8 @@ private:
         return true;
     }
 
-    // Blocks begin where the first byte is found next, which takes less time than a kernel as long
-    // as it isn't.
+    // Blocks begin at the next occurrence of the first byte, because searching for it takes less
+    // time than the kernel while there is none.
     bool read_block() {
         if (m_next_word >= m_places)
             return false;
@@ -125,7 +126,7 @@ private:
     std::size_t m_size;
     const char* m_wanted;
     std::size_t m_wanted_size;
-    std::size_t m_places;  // where a match can begin: those below
+    std::size_t m_places;  // a match can begin only below this
     searcher<char> m_search;
     std::size_t m_from = 0;
     std::size_t m_word_begin = 0;
@@ -137,7 +138,7 @@ private:
 };
 
 // Copies units to a lower address, or to other memory. Up to `spare` bytes past the last one may be
-// read and, at the target, overwritten; with some of them a short copy needs no call.
+// read and, at the target, overwritten. With enough of them, a short copy needs no call.
 template <typename Unit>
 inline void copy_ahead(Unit* to, const Unit* from, std::size_t count, std::size_t spare) {
     const std::size_t step = 32;

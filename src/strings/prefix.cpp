@@ -9,7 +9,7 @@ bool begin_with(const ustring8& text, const unsigned long& position, const ustri
         return false;
     if (prefix.empty())
         return true;
-    // If it wrapped, the position is far past the end, where nothing matches.
+    // After a wrap, the position is far past the end, where nothing matches.
     return position < text.size() && text.compare(position, prefix.size(), prefix) == 0;
 }
 

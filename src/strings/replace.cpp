@@ -32,7 +32,8 @@ unsigned int replace_in_place(String& text, const String& search, const String& 
         const std::size_t begin = match + search.size();
         match = all.next();
         const std::size_t end = match == detail::not_found ? text.size() : match;
-        // What is left between both positions is spare, and so is what follows, to read.
+        // The units between both positions may be overwritten, and the units after them may be
+        // read.
         if (moves)
             detail::copy_ahead(units + written, units + begin, end - begin,
                                std::min(begin - written, text.size() - end) * sizeof(unit));
@@ -64,7 +65,7 @@ unsigned int replace_growing(String& text, const String& search, const String& r
         std::size_t written = 0;
         for (unsigned int left = count;; --left) {
             const std::size_t end = left == 0 ? text.size() : all.next();
-            // As much is left of the result as of the string, or more.
+            // At least as much is left of the result as of the string.
             detail::copy_ahead(to + written, text.data() + begin, end - begin,
                                (text.size() - end) * sizeof(unit));
             written += end - begin;

@@ -6,9 +6,9 @@
 ///     search.find("xxab", 4, 3);  // detail::not_found
 ///
 /// The plain search looks for the first unit and compares there. It is the fastest on ordinary
-/// strings, but "aaa...b" in "aaa...a" costs it the product of both sizes. So a searcher counts the
-/// units that it compared in vain; if there are too many for the distance that it moved, it
-/// continues with the two-way algorithm, which compares each unit at most twice and needs no table.
+/// strings, but "aaa...b" in "aaa...a" costs it the product of both sizes. So a searcher counts its
+/// wasted comparisons. If there are too many for the distance that it moved, it continues with the
+/// two-way algorithm, which compares each unit at most twice and needs no table.
 ///
 /// A searcher refers to the units that it searches for and belongs to one thread.
 #pragma once
@@ -81,8 +81,8 @@ public:
     }
 
 private:
-    // How many units a search may compare in vain: a fixed number, plus a number for each unit that
-    // it moves.
+    // The number of comparisons that a search may waste: a fixed number, plus a number for each
+    // unit that it moves.
     static const std::size_t free_units = 256;
     static const std::size_t units_per_step = 4;
 

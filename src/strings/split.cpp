@@ -12,7 +12,7 @@ namespace strings {
 
 namespace {
 
-// Appends the field that ends `rest` units before the end of the string.
+// Appends the field whose end is `rest` units before the end of the string.
 template <typename String>
 void append_field(std::vector<String>& fields, const typename String::value_type* begin,
                   std::size_t size, std::size_t rest) {
@@ -24,7 +24,7 @@ void append_field(std::vector<String>& fields, const typename String::value_type
     }
 }
 
-// The places of one byte, 1024 places at a time.
+// Finds the positions of one byte, 1024 positions at a time.
 class byte_places {
 public:
     static const std::size_t words = 16;
@@ -32,7 +32,7 @@ public:
     byte_places(const char* text, std::size_t size, char wanted)
         : m_text(text), m_size(size), m_wanted(wanted) {}
 
-    // Reads the next places into `masks`, and returns the number of its words; 0 at the end.
+    // Stores the next positions in `masks` and returns the number of words; 0 at the end.
     std::size_t next(std::uint64_t (&masks)[words]) {
         const std::size_t size = std::min(m_size - m_begin, 64 * words);
         if (size > 0)
@@ -58,9 +58,9 @@ std::size_t count_bytes(const char* text, std::size_t size, char wanted) {
     return count;
 }
 
-// The fields before the first `splits` separators of one byte. Returns where the last field begins.
-// Its loop takes less time than the searches for longer separators, and is flattened because a call
-// for each field would cost as much as the field.
+// Appends the fields before the first `splits` separators of one byte. Returns where the last field
+// begins. The loop takes less time than the searches for longer separators. It is flattened,
+// because a call for each field would cost as much as the field.
 template <typename String>
 __attribute__((flatten)) std::size_t append_fields(std::vector<String>& fields, const char* text,
                                                    std::size_t size, char separator,

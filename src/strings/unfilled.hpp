@@ -1,10 +1,10 @@
 /// @file
-/// Strings that are filled in place, without clearing them first.
+/// Fills strings in place, without clearing them first.
 ///
 ///     detail::append_unfilled(text, 100, [](char* to) { return fill(to); });  // up to 100 units
 ///
-/// The standard library offers that from C++23 on, so the sources that need it are compiled as
-/// C++23. With an older library the new units are cleared, and the result is the same.
+/// The standard library supports this since C++23, so the sources that need it are compiled as
+/// C++23. With an older library the new units are cleared first, with the same result.
 #pragma once
 
 #include <cstddef>
@@ -37,8 +37,8 @@ inline bool fits_in_place(std::size_t size) {
     return size * sizeof(typename String::value_type) < 16;
 }
 
-// Makes an empty string of so few units. 16 bytes can be read at `from`: they are copied as a
-// whole, as the object has room for them.
+// Makes a string of `size` units, which fits into the object, from an empty one. 16 bytes must be
+// readable at `from`: all of them are copied, because the object has room for them.
 template <typename String>
 inline void fill_in_place(String& text, const typename String::value_type* from, std::size_t size) {
 #if defined(__cpp_lib_string_resize_and_overwrite)
@@ -52,7 +52,7 @@ inline void fill_in_place(String& text, const typename String::value_type* from,
 }
 
 // Appends the string of `size` units at `from`. Two overlapping copies of a fixed size take less
-// time than a call for a size that is known late.
+// time than a call with a size that becomes known late.
 template <typename String>
 inline void append_copy(std::vector<String>& strings, const typename String::value_type* from,
                         std::size_t size) {

@@ -1,9 +1,9 @@
 // Conversions between the three widths, and the walks over characters.
 //
 // A conversion has three stages: check the first unit for the other byte order (UTF-16 sources
-// only), run a kernel over the units, and build the string. The kernels hold the loops, in a form
-// for each instruction set; this file decides where their output goes and what invalid input
-// becomes:
+// only), run a kernel over the units, and build the string. The kernels hold the loops, in one form
+// for each instruction set. This file decides where their output goes and how invalid input is
+// converted:
 //
 //   from     to                        invalid input
 //   UTF-8    UTF-16                    "-1"
@@ -13,8 +13,8 @@
 //   UTF-32   UTF-8                     "-1", or dropped
 //   UTF-32   UTF-16                    "-1"
 //
-// A short source is converted on the stack. For a longer one a kernel measures the result first, so
-// that the string is allocated once, in its exact size, and filled in place.
+// A short source is converted on the stack. For a longer one, a kernel first measures the result,
+// so the string is allocated once, in its exact size, and filled in place.
 //
 // What is valid is decided in utf8.hpp and utf16.hpp, and only by structure: a lead byte with its
 // continuations, a high surrogate with its low one. Overlong forms, encoded surrogates and values
@@ -56,7 +56,7 @@ unsigned int fail(unsigned long& advance) {
     return '?';
 }
 
-// Units in a buffer on the stack, up to 512 bytes of them.
+// The number of units in a buffer of 512 bytes on the stack.
 template <typename Unit>
 constexpr std::size_t local_units() {
     return 512 / sizeof(Unit);
@@ -70,7 +70,8 @@ struct steps {
     kernels::convert_simple<Source, Target>* simple;
 };
 
-// Converts the source and appends it to `text`, which has the units before it, in the exact size.
+// Converts the source and appends it to `text`, which already has the units before it. The result
+// has the exact size.
 template <typename Source, typename Result>
 kernels::progress append_measured(const Source* source, std::size_t size, Result& text,
                                   const steps<Source, typename Result::value_type>& by,
@@ -85,8 +86,8 @@ kernels::progress append_measured(const Source* source, std::size_t size, Result
     return done;
 }
 
-// Converts a source that begins with simple units, on the guess that all of it does: then it is
-// read once and not measured.
+// Converts a source that begins with simple units, assuming that all of its units are simple: then
+// it is read only once and not measured.
 template <typename Source, typename Result>
 kernels::progress convert_simple(const Source* source, std::size_t size, Result& text,
                                  const steps<Source, typename Result::value_type>& by,
@@ -108,8 +109,9 @@ kernels::progress convert_simple(const Source* source, std::size_t size, Result&
     return done;
 }
 
-// Converts the source into `text`, which is empty. Returns how far that went; if it is not the end,
-// `text` is the result up to there. `Widest` is the most units that one unit of the source becomes.
+// Converts the source into `text`, which is empty. Returns the position reached; if it is not the
+// end, `text` has the result up to there. `Widest` is the largest number of units that one unit of
+// the source can become.
 template <std::size_t Widest, typename Source, typename Result>
 kernels::progress convert(const Source* source, std::size_t size, Result& text,
                           const steps<Source, typename Result::value_type>& by,
@@ -131,8 +133,8 @@ kernels::progress convert(const Source* source, std::size_t size, Result& text,
     return append_measured(source, size, text, by, least_capacity);
 }
 
-// What an invalid source becomes. A conversion has one variable for its result and one `return`, so
-// that the result is made where the caller wants it.
+// The result for an invalid source. A conversion has one result variable and one `return`, so the
+// result is constructed directly in the caller's object.
 template <typename Result>
 void become_minus_one(Result& text) {
     Result minus_one;
@@ -141,7 +143,7 @@ void become_minus_one(Result& text) {
     text.swap(minus_one);
 }
 
-// The characters from `at` on, each invalid byte being one.
+// Counts the characters from `at` on. Each invalid byte counts as one.
 std::size_t count_with_marks(const unsigned char* bytes, std::size_t size, std::size_t at) {
     std::size_t count = 0;
     for (; at < size; ++count)
@@ -149,7 +151,7 @@ std::size_t count_with_marks(const unsigned char* bytes, std::size_t size, std::
     return count;
 }
 
-// Goes on from the first invalid byte, at `read`.
+// Continues from the first invalid byte, at `read`.
 void append_with_marks(ustring32& text, const unsigned char* bytes, std::size_t size,
                        std::size_t read) {
     const std::size_t room = count_with_marks(bytes, size, read);
@@ -160,8 +162,8 @@ void append_with_marks(ustring32& text, const unsigned char* bytes, std::size_t 
                 bytes + read, size - read, to + written, room - written);
             read += done.read;
             written += done.written;
-            // Contract: only the byte that doesn't begin a sequence is skipped, so what follows it
-            // is decoded.
+            // Contract: only the byte that doesn't begin a sequence is skipped, so the bytes after
+            // it are decoded.
             for (unsigned int point;
                  read < size && detail::read_sequence(bytes + read, size - read, point) == 0;
                  ++read)

@@ -2,8 +2,7 @@
 //
 //   to and from UTF-8        32 bytes of the source at a time, where all of them are ASCII
 //   UTF-16, UTF-32           the same, where none needs a pair
-//   anything else            `loops::take_turns` lets the plain loops of unicode_loops.hpp convert
-//   a
+//   anything else            `loops::take_turns`: the plain loops of unicode_loops.hpp convert a
 //                            stretch, and the vectors try again after it
 //
 // The same vector loops are the kernels for simple units, with a plain loop for the rest.
@@ -36,7 +35,7 @@ TOVA_AVX2_INLINE __m256i all_units(int value) {
     return _mm256_set1_epi16(static_cast<short>(value));
 }
 
-// The packs work in each half of the vector; this brings their result in order.
+// The pack instructions work in each half of the vector; this puts their result in order.
 TOVA_AVX2_INLINE __m256i in_order(__m256i packed) {
     return _mm256_permute4x64_epi64(packed, 0xD8);
 }
@@ -116,7 +115,7 @@ TOVA_AVX2 progress narrow_32_to_8(const wchar_t* from, std::size_t size, char* t
     return done;
 }
 
-// Eight values below 0xFFFF that are no surrogates.
+// Whether eight values are below 0xFFFF and not surrogates.
 TOVA_AVX2_INLINE bool is_one_unit_each(__m256i points) {
     const __m256i kind = _mm256_and_si256(points, _mm256_set1_epi32(static_cast<int>(0xFFFFF800)));
     const __m256i surrogates = _mm256_cmpeq_epi32(kind, _mm256_set1_epi32(0xD800));

@@ -1,14 +1,14 @@
 // The AVX-512 form, with VBMI2. A step takes up to 64 bytes of the source:
 //
 //   decode UTF-8   masks of leads and continuations check the structure of a step at once; the
-//                  places of the leads are compressed, and a permutation gathers each character
+//                  positions of the leads are compressed, and a permutation gathers each character
 //   encode UTF-8   each character is spread over a lane of 2 or 4 bytes with its tag bits, and the
 //                  bytes in use are compressed
 //   UTF-16, UTF-32 lanes are widened or narrowed; pairs are compressed
 //
-// A step writes whole vectors where there is room for one, and masked ones near the end. A vector
-// loop stops before the first character that it doesn't handle: an invalid one, or a value that
-// `utf32_to_utf8` cuts or drops. `loops::take_turns` then lets the plain loop decide.
+// A step writes whole vectors where there is room for one, and masked vectors near the end. A
+// vector loop stops before the first character that it doesn't handle: an invalid one, or a value
+// that `utf32_to_utf8` truncates or drops. `loops::take_turns` then calls the plain loop.
 #include "strings/unicode_kernels.hpp"
 
 #if defined(__x86_64__)
@@ -56,7 +56,7 @@ TOVA_AVX512_INLINE __m512i all_points(unsigned int value) {
     return _mm512_set1_epi32(static_cast<int>(value));
 }
 
-// Up to one vector of the source; what is past its end reads as 0.
+// Loads up to one vector of the source. Units past its end read as 0.
 TOVA_AVX512_INLINE __m512i load(const unsigned char* from, std::size_t left) {
     return left >= 64 ? _mm512_loadu_si512(from) : _mm512_maskz_loadu_epi8(lowest(left), from);
 }
@@ -71,8 +71,8 @@ TOVA_AVX512_INLINE __m512i load(const wchar_t* from, std::size_t left) {
                       : _mm512_maskz_loadu_epi32(static_cast<__mmask16>(lowest(left)), from);
 }
 
-// The first `used` units of a vector. With room for all of it the rest is written, too, and
-// overwritten by the next step.
+// Stores the first `used` units of a vector. If there is room for the whole vector, the rest is
+// written, too, and the next step overwrites it.
 TOVA_AVX512_INLINE void store(char* to, std::size_t room, __m512i bytes, std::size_t used) {
     if (room >= 64)
         _mm512_storeu_si512(to, bytes);
@@ -97,7 +97,7 @@ TOVA_AVX512_INLINE void store(wchar_t* to, std::size_t room, __m512i points, std
 
 // --- Decoding UTF-8 -----------------------------------------------------------------------------
 
-// 0 to 63, and the number of the character that each byte of a group is for.
+// 0 to 63, and the index of the character to which each byte of a group belongs.
 struct index_tables {
     alignas(64) unsigned char identity[64];
     alignas(64) unsigned char by_four[4][64];  // 16 characters for each of four groups
@@ -116,13 +116,14 @@ struct index_tables {
 
 constexpr index_tables tables;
 
-// What is cut from the 21 bits that four bytes make, by the top four bits of the first one: a
-// sequence shorter than four has another one's bytes at its end.
+// The number of bits to remove from the 21 bits of four bytes, indexed by the top four bits of the
+// first byte: after a sequence shorter than four come bytes of the next one.
 alignas(64) const int cut_bits[16] = {18, 18, 18, 18, 18, 18, 18, 18, 18, 18, 18, 18, 12, 12, 6, 0};
 alignas(64) const int kept_bits[16] = {0x7F, 0x7F, 0x7F, 0x7F, 0x7F,  0x7F,  0x7F,   0x7F,
                                        0x7F, 0x7F, 0x7F, 0x7F, 0x7FF, 0x7FF, 0xFFFF, 0x1FFFFF};
 
-// 32 characters of one or two bytes, or of up to three. `leads` has the place of each in `bytes`.
+// Decodes 32 characters of one or two bytes, or of up to three. `leads` has the position of each in
+// `bytes`.
 template <bool Three>
 TOVA_AVX512_INLINE __m512i decode_32(__m512i bytes, __m512i leads, unsigned int group) {
     const __m512i at = _mm512_permutexvar_epi8(_mm512_load_si512(tables.by_two[group]), leads);
@@ -144,7 +145,8 @@ TOVA_AVX512_INLINE __m512i decode_32(__m512i bytes, __m512i leads, unsigned int 
     return result;
 }
 
-// 16 characters of up to four bytes. The top four bits of their first bytes go to `kinds`.
+// Decodes 16 characters of up to four bytes. The top four bits of their first bytes are stored in
+// `kinds`.
 TOVA_AVX512_INLINE __m512i decode_16(__m512i bytes, __m512i leads, unsigned int group,
                                      __m512i& kinds) {
     const __m512i at = _mm512_permutexvar_epi8(_mm512_load_si512(tables.by_four[group]), leads);
@@ -186,7 +188,7 @@ TOVA_AVX512_INLINE std::size_t write_ascii(__m512i bytes, std::size_t used, wcha
     return used;
 }
 
-// The characters of a step, `used` of them. Returns the number of units.
+// Stores the `used` characters of a step. Returns the number of units.
 TOVA_AVX512_INLINE std::size_t write_points(__m512i bytes, __m512i leads, std::size_t used, bool,
                                             bool, wchar_t* to, std::size_t room) {
     __m512i kinds;
@@ -223,7 +225,7 @@ TOVA_AVX512_INLINE std::size_t write_points(__m512i bytes, __m512i leads, std::s
         const unsigned int in =
             static_cast<unsigned int>(lowest(used - std::size_t{16} * group)) & 0xFFFFu;
         const unsigned int pairs = _mm512_cmpeq_epi32_mask(kinds, all_points(15)) & in;
-        // Contract: as `loops::write_pair`, the value isn't checked and the high unit wraps.
+        // Contract: as in `loops::write_pair`, the value isn't checked and the high unit wraps.
         const __m512i high =
             _mm512_add_epi32(_mm512_srli_epi32(points, 10), all_points(0xD800 - 64));
         const __m512i low =
@@ -239,7 +241,7 @@ TOVA_AVX512_INLINE std::size_t write_points(__m512i bytes, __m512i leads, std::s
     return written;
 }
 
-// Where the character begins that the step before `i` left open, and its units.
+// The start of the character that the step before `i` left incomplete, and its units.
 template <typename Target>
 inline progress step_back(const unsigned char* from, progress done) {
     do
@@ -249,8 +251,8 @@ inline progress step_back(const unsigned char* from, progress done) {
     return done;
 }
 
-// A step is 61 bytes, so that a character that begins in it ends within the vector. `owed` are the
-// continuations that the last character of a step still needs, in the bits of the next one.
+// A step is 61 bytes, so that a character that begins in it ends within the vector. The bits of
+// `owed` mark the bytes of the next step that the last character still needs as continuations.
 template <typename Target>
 TOVA_AVX512 progress decode(const unsigned char* from, std::size_t size, Target* to,
                             std::size_t room, progress done) {
@@ -277,7 +279,7 @@ TOVA_AVX512 progress decode(const unsigned char* from, std::size_t size, Target*
         const std::uint64_t none = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xF8)) & step;
         const std::uint64_t continuations = high & ~from_two;
         const std::uint64_t wanted = owed | two << 1 | three << 2 | four << 3;
-        // what a character in the last step wants past the end
+        // continuations that the last character needs past the end
         const std::uint64_t cut =
             last ? (wanted & ~step) | two >> 63 | three >> 62 | four >> 61 : 0;
         if ((((wanted ^ continuations) & step) | none | cut) != 0)
@@ -299,7 +301,7 @@ TOVA_AVX512_INLINE std::size_t encode_two(__m512i units, __mmask32 from_two, std
     const __m512i lead = _mm512_or_si512(_mm512_srli_epi16(units, 6), all_units(0x80C0));
     const __m512i trail = _mm512_slli_epi16(_mm512_and_si512(units, all_units(0x3F)), 8);
     const __m512i bytes = _mm512_mask_mov_epi16(units, from_two, _mm512_or_si512(lead, trail));
-    // a low byte always, also if it is 0; a high one if there is any
+    // always a low byte, even if it is 0; a high byte only if it is not 0
     const std::uint64_t keep =
         _mm512_test_epi8_mask(_mm512_or_si512(bytes, all_units(0x00FF)), all_bytes(0xFF)) &
         lowest(2 * used);
@@ -317,7 +319,7 @@ alignas(64) const unsigned char six_bits[64] = {
 // The code points in the lanes of `in`, all of them below 0x110000.
 template <bool Four>
 TOVA_AVX512_INLINE std::size_t encode_16(__m512i points, __mmask16 in, char* to, std::size_t room) {
-    // A byte that is not in use stays 0 until it gets a tag.
+    // An unused byte stays 0 until the tags are added.
     const __m512i tag_two = all_points(0x80C00000);
     const __m512i tag_three = all_points(0x8080E000);
     const __m512i groups = _mm512_multishift_epi64_epi8(_mm512_load_si512(six_bits), points);
@@ -344,8 +346,9 @@ TOVA_AVX512_INLINE __m512i upper_half(__m512i units) {
     return _mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(units, 1));
 }
 
-// The surrogates among 32 units of which `used` are given. `used` shrinks by a high one at the end
-// of the vector, whose partner is in the next. Returns false if one of them has no partner.
+// Finds the surrogates among the first `used` of 32 units. `used` is reduced by one if the last
+// unit is a high surrogate, whose partner is in the next vector. Returns false if a surrogate has
+// no partner.
 struct surrogates {
     std::uint32_t high;
     std::uint32_t low;
@@ -364,7 +367,7 @@ TOVA_AVX512_INLINE bool find_pairs(__m512i units, std::size_t left, std::size_t&
     return static_cast<std::uint64_t>(found.high) << 1 == found.low;
 }
 
-// The code points of 16 units; those of low surrogates mean nothing.
+// The code points of 16 units. Those of low surrogates are meaningless.
 TOVA_AVX512_INLINE __m512i combine_16(__m512i units, __m512i next, std::uint32_t high) {
     const __m512i pair = _mm512_add_epi32(_mm512_slli_epi32(units, 10),
                                           _mm512_sub_epi32(next, all_points(0x35FDC00)));
@@ -584,7 +587,7 @@ TOVA_AVX512 std::size_t measure_8_to_16(const unsigned char* from, std::size_t s
         units += count(_mm512_cmpgt_epi8_mask(bytes, all_bytes(0xBF))) +
                  count(_mm512_cmpge_epu8_mask(bytes, all_bytes(0xF0)));
     }
-    return units - (64 - size % 64) % 64;  // the zeros that the last load had for the rest
+    return units - (64 - size % 64) % 64;  // the zeros that the last load added
 }
 
 TOVA_AVX512 std::size_t measure_8_to_32(const unsigned char* from, std::size_t size) {
@@ -618,7 +621,7 @@ TOVA_AVX512 std::size_t measure_16_to_32(const unsigned short* from, std::size_t
 TOVA_AVX512 std::size_t measure_32_to_8(const wchar_t* from, std::size_t size) {
     std::size_t bytes = size;
     for (std::size_t i = 0; i < size; i += 16) {
-        const __m512i points = load(from + i, size - i);  // signed, as a negative one is a byte
+        const __m512i points = load(from + i, size - i);  // signed: a negative one becomes a byte
         bytes += count(_mm512_cmpge_epi32_mask(points, all_points(0x80))) +
                  count(_mm512_cmpge_epi32_mask(points, all_points(0x800))) +
                  count(_mm512_cmpge_epi32_mask(points, all_points(0x10000))) -
@@ -636,8 +639,8 @@ TOVA_AVX512 std::size_t measure_32_to_16(const wchar_t* from, std::size_t size) 
 
 // --- One unit each ------------------------------------------------------------------------------
 
-// The place to go on from after the first 64 units: the last one that is not past them and where
-// the result is aligned. A store that crosses cache lines takes twice the time.
+// The position at which to continue after the first 64 units: the last one that is not past them
+// and at which the result is aligned. A store that crosses cache lines takes twice the time.
 template <typename Target>
 inline std::size_t aligned_start(const Target* to) {
     return 64 - reinterpret_cast<std::uintptr_t>(to) % 64 / sizeof(Target);
@@ -662,7 +665,7 @@ TOVA_AVX512 std::size_t simple_from_8(const unsigned char* from, std::size_t siz
     return size;
 }
 
-// The packs work in each quarter of the vector; these bring their result in order.
+// The pack instructions work in each quarter of the vector; these put their result in order.
 alignas(64) const std::int64_t packed_once[8] = {0, 2, 4, 6, 1, 3, 5, 7};
 alignas(64) const int packed_twice[16] = {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15};
 

@@ -13,7 +13,7 @@ namespace kernels {
 
 namespace {
 
-// A whole source by one loop. The room that was measured is enough for it.
+// Converts a whole source with one loop. The measured room is sufficient.
 template <typename Source, typename Target,
           progress (*Loop)(const Source*, std::size_t, std::size_t, Target*)>
 progress all(const Source* from, std::size_t size, Target* to, std::size_t) {

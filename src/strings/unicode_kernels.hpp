@@ -5,10 +5,10 @@
 ///     const std::size_t room = form.measure_8_to_16(bytes, size);  // units of the result
 ///     form.utf8_to_utf16(bytes, size, units, room);                // {size, room} if valid
 ///
-/// Each instruction set has a form of its own, one file each; the portable loops are the reference
-/// that the others are compared with, unit for unit. A kernel accepts any input of any length,
-/// valid or not, reads nothing past its last unit and writes nothing past the room it was given.
-/// Kernels share nothing; any number of threads may run them.
+/// Each instruction set has its own form, in a separate file; the others are compared with the
+/// portable loops, unit by unit. A kernel accepts any input of any length, valid or not, reads
+/// nothing past its last unit and writes nothing past the room it was given. Kernels share nothing;
+/// any number of threads may run them.
 #pragma once
 
 #include "detail/cpu_features.hpp"
@@ -19,14 +19,14 @@ namespace TOVA_2_18 {
 namespace strings {
 namespace kernels {
 
-// How far a conversion got: all of the source, or up to the first character that is invalid.
+// The position that a conversion reached: the end of the source, or the first invalid character.
 struct progress {
     std::size_t read;     // units of the source
     std::size_t written;  // units of the result
 };
 
-// Exactly the units that a valid source becomes, and for any other source no less than what the
-// characters before the first invalid one become.
+// The exact number of units that a valid source becomes. For any other source, at least the number
+// of units for the characters before the first invalid one.
 template <typename Source>
 using measure = std::size_t(const Source* from, std::size_t size);
 
@@ -34,9 +34,9 @@ using measure = std::size_t(const Source* from, std::size_t size);
 template <typename Source, typename Target>
 using convert = progress(const Source* from, std::size_t size, Target* to, std::size_t room);
 
-// Converts the units that become one unit each, up to the first other one or a little less far, and
-// returns their number. Such are ASCII to and from UTF-8, and between the wider forms whatever
-// needs no pair. `to` has room for `size` units.
+// Converts simple units, which become one unit each, up to the first other unit or slightly before
+// it, and returns their number. ASCII is simple to and from UTF-8, and between the wider forms all
+// units that need no pair are simple. `to` has room for `size` units.
 template <typename Source, typename Target>
 using convert_simple = std::size_t(const Source* from, std::size_t size, Target* to);
 
@@ -48,7 +48,7 @@ struct unicode_form {
     measure<wchar_t>* measure_32_to_8;
     measure<wchar_t>* measure_32_to_16;
 
-    convert<unsigned char, unsigned short>* utf8_to_utf16;  // a byte that begins no sequence
+    convert<unsigned char, unsigned short>* utf8_to_utf16;  // a byte that does not begin a sequence
     convert<unsigned char, wchar_t>* utf8_to_utf32;         // the same
     convert<unsigned short, char>* utf16_to_utf8;           // an unpaired surrogate
     convert<unsigned short, wchar_t>* utf16_to_utf32;       // the same

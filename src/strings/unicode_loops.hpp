@@ -1,6 +1,6 @@
 /// @file
-/// One character at a time: the loops that the portable form is made of, and that the other forms
-/// fall back to at the end of a string and at whatever their vectors don't handle.
+/// The loops that convert one character at a time. The portable form consists of them, and the
+/// other forms use them at the end of a string and for everything that their vectors don't handle.
 ///
 ///     kernels::loops::utf8_to_utf16(bytes, size, 64, units);  // the characters that begin in 64
 ///
@@ -59,7 +59,7 @@ inline progress utf8_to_utf16(const unsigned char* from, std::size_t size, std::
         const std::size_t taken = detail::read_sequence(from + i, size - i, point);
         if (taken == 0)
             break;
-        // Split from the bytes and not from `point`, see `write_pair`.
+        // The units come from the bytes, not from `point`, see `write_pair`.
         if (taken == 4) {
             write_pair(from + i, to + k);
             k += 2;
@@ -239,10 +239,11 @@ inline std::size_t simple(const Source* from, std::size_t size, Target* to) {
     return i;
 }
 
-// The units that a vector form leaves to a loop before it tries again.
+// The number of units that a vector form leaves to a loop before it tries again.
 const std::size_t stretch = 64;
 
-// Takes turns: `vectors` converts what it can, from `done` on, and `loop` the next stretch.
+// Alternates: `vectors` converts as much as it can from `done` on, and `loop` converts the next
+// stretch.
 template <typename Source, typename Target>
 inline progress take_turns(progress (*vectors)(const Source*, std::size_t, Target*, std::size_t,
                                                progress done),
@@ -263,7 +264,7 @@ inline progress take_turns(progress (*vectors)(const Source*, std::size_t, Targe
     }
 }
 
-// ASCII a word at a time.
+// Converts ASCII one word at a time.
 template <typename Target>
 inline std::size_t simple(const unsigned char* from, std::size_t size, Target* to) {
     std::size_t i = 0;
@@ -283,7 +284,7 @@ inline std::size_t simple(const unsigned short* from, std::size_t size, char* to
     return i;
 }
 
-// The same from a loop over vectors that stops before the first unit that is not simple.
+// The same, made from a vector loop that stops before the first unit that is not simple.
 template <typename Source, typename Target,
           progress (*Vectors)(const Source*, std::size_t, Target*, std::size_t, progress)>
 inline std::size_t simple_by(const Source* from, std::size_t size, Target* to) {

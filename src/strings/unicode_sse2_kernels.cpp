@@ -2,8 +2,7 @@
 //
 //   to and from UTF-8        16 bytes of the source at a time, where all of them are ASCII
 //   UTF-16, UTF-32           the same, where none needs a pair
-//   anything else            `loops::take_turns` lets the plain loops of unicode_loops.hpp convert
-//   a
+//   anything else            `loops::take_turns`: the plain loops of unicode_loops.hpp convert a
 //                            stretch, and the vectors try again after it
 //
 // The same vector loops are the kernels for simple units, with a plain loop for the rest.
@@ -108,7 +107,7 @@ progress narrow_32_to_8(const wchar_t* from, std::size_t size, char* to, std::si
     return done;
 }
 
-// Four values below 0xFFFF that are no surrogates.
+// Whether four values are below 0xFFFF and not surrogates.
 inline bool is_one_unit_each(__m128i points) {
     const __m128i kind = _mm_and_si128(points, _mm_set1_epi32(static_cast<int>(0xFFFFF800)));
     const __m128i surrogates = _mm_cmpeq_epi32(kind, _mm_set1_epi32(0xD800));
@@ -124,7 +123,7 @@ progress narrow_32_to_16(const wchar_t* from, std::size_t size, unsigned short* 
         __m128i second = load(from + done.read + 4);
         if (!is_one_unit_each(first) || !is_one_unit_each(second))
             break;
-        // The signed pack keeps a unit whose sign was extended.
+        // The signed pack preserves a unit whose sign was extended.
         first = _mm_srai_epi32(_mm_slli_epi32(first, 16), 16);
         second = _mm_srai_epi32(_mm_slli_epi32(second, 16), 16);
         store(to + done.written, _mm_packs_epi32(first, second));

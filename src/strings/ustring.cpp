@@ -7,7 +7,7 @@ namespace strings {
 
 namespace {
 
-// A single allocation for both operands; a copy and an append would need two.
+// One allocation for both operands; a copy and an append would need two.
 ustring8 join(const char* left, std::size_t left_size, const char* right, std::size_t right_size) {
     ustring8 result;
     result.reserve(left_size + right_size);

@@ -1,6 +1,6 @@
 // The 8-bit form of each operation does the work; the other two forms convert the path to UTF-8. A
-// link is refused before anything else is done: writing tests for one, reading opens the file in a
-// way that fails for one. The steps after opening report no errors.
+// link is rejected before anything else is done: writing checks for a link, and reading opens the
+// file in a way that fails for a link. The steps after opening report no errors.
 #include <tova/system/files.hpp>
 
 #include <tova/strings/unicode.hpp>
@@ -28,10 +28,10 @@ const int failure = 1;
 const mode_t owner_may_read = 0x100;  // Contract: the owner's permission bit, whoever the caller is
 
 int load(const ustring8& path, std::string& content) {
-    // A pipe opens without a writer. It has no size, so nothing is read from it.
+    // A pipe can be opened without a writer. It has no size, so nothing is read from it.
     const detail::open_file file(path, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
     if (!file.is_open()) {
-        // Contract: a path whose status cannot be read raises.
+        // Contract: raises for a path whose status cannot be read.
         detail::is_symbolic_link(path);
         return failure;
     }
@@ -43,14 +43,14 @@ int load(const ustring8& path, std::string& content) {
         content.assign(static_cast<std::string::size_type>(size), '\0');
         return failure;  // never reached
     }
-    // A string without the room is replaced once there is a new one, and is unchanged if there is
-    // no memory.
+    // A string that is too small is replaced only after the new one is allocated, so it is
+    // unchanged if memory runs out.
     const std::size_t room = static_cast<std::size_t>(size);
     std::string larger;
     std::string& target = content.capacity() < room ? larger : content;
     target.clear();
     strings::detail::append_unfilled(target, room, [&file, room](char* bytes) {
-        // What cannot be read is zeros: the file has become shorter, or is a directory.
+        // Bytes that cannot be read are zeros: the file has become shorter, or it is a directory.
         const std::size_t done = file.read(bytes, room);
         std::memset(bytes + done, 0, room - done);
         return room;
@@ -88,8 +88,8 @@ int store_file(const ustring8& path, const ustring8& content) {
     const detail::open_file file(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
     if (!file.is_open())
         return failure;
-    // Contract: the size passes through a 32-bit `int`. Content of 2 GiB or more isn't written, and
-    // of 4 GiB or more only what the low 32 bits of the size count.
+    // Contract: the size passes through a 32-bit `int`. Content of 2 GiB or more isn't written. Of
+    // 4 GiB or more, only as many bytes are written as the low 32 bits of the size say.
     const int size = static_cast<int>(content.size());
     file.write(content.data(), static_cast<std::size_t>(std::max(size, 0)));
     return success;

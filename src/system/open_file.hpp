@@ -1,6 +1,6 @@
 /// @file
-/// Files opened by system calls. A stream cannot say that a pipe is not to be waited for or a link
-/// not to be followed, and it swallows `std::bad_alloc`.
+/// Files opened with system calls. A stream cannot be told not to wait for a pipe or not to follow
+/// a link, and it swallows `std::bad_alloc`.
 ///
 /// An object belongs to one thread.
 #pragma once
@@ -17,11 +17,12 @@ namespace TOVA_2_18 {
 namespace system {
 namespace detail {
 
-/// A file that is open for the time of one call. A terminal does not become that of the process.
+/// A file that is open during one call. A terminal does not become the controlling terminal of the
+/// process.
 class open_file {
 public:
-    /// Opens the path with flags of the system call. `O_NOFOLLOW` refuses a link, also if the path
-    /// has become one since a test, and `O_NONBLOCK` does not wait for the writer of a pipe.
+    /// Opens the path with flags of the system call. `O_NOFOLLOW` rejects a link, even if the path
+    /// has become one since a check, and `O_NONBLOCK` does not wait for the writer of a pipe.
     open_file(const strings::ustring8& path, int flags)
         : m_descriptor(::open(path.c_str(), flags | O_NOCTTY | O_CLOEXEC, 0666)) {}
     ~open_file() {
@@ -36,7 +37,7 @@ public:
     /// The position of the end, or -1 for a file without positions.
     off_t end() const { return ::lseek(m_descriptor, 0, SEEK_END); }
 
-    /// Reads up to `size` bytes from the start. Returns how many there were before the end or an
+    /// Reads up to `size` bytes from the start. Returns the number of bytes before the end or an
     /// error.
     std::size_t read(char* bytes, std::size_t size) const {
         return transfer(size, [this, bytes](std::size_t done, std::size_t rest) {
@@ -52,8 +53,8 @@ public:
     }
 
 private:
-    // Calls `step(done, rest)`, which returns how many bytes it transferred, until there is no
-    // rest.
+    // Calls `step(done, rest)`, which returns the number of bytes that it transferred, until
+    // nothing is left.
     template <typename Step>
     std::size_t transfer(std::size_t size, Step step) const {
         std::size_t done = 0;

@@ -19,15 +19,15 @@ variant_type* make_body(T value) {
     return body;
 }
 
-// The standard comparison of `std::type_info`, so a body created in another module matches, too.
-// If the first bytes differ, the names do, and no call is needed.
+// The standard comparison of `std::type_info`, so a body created in another module matches, too. If
+// the first bytes differ, the names differ, and no call is needed.
 inline bool is_nil_type(const std::type_info& type) {
     return *type.name() == *typeid(nil_t).name() && type == typeid(nil_t);
 }
 
 }  // namespace
 
-// Contract: each nil handle has a body of its own; no global body is shared.
+// Contract: each nil handle has its own body; no global body is shared.
 variant::variant() : m_body(make_body(nil_t())) {}
 
 variant::variant(nil_t&) : m_body(make_body(nil_t())) {}

@@ -269,7 +269,7 @@ struct conversions<long double> : floating_conversions<long double> {
 
 // --- Strings -----------------------------------------------------------------------------------
 
-// A single name for the parsers, selected by the type of the result. They detect the radix,
+// One name for all parsers, selected by the type of the result. They detect the radix,
 // saturate and never throw.
 template <typename Unit>
 void parse(const Unit* text, unsigned long length, signed char& result) {

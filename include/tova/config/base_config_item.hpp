@@ -48,10 +48,10 @@ typedef std::list<memory::pointers::rc_pointer<base_config_item>> config_item_li
 /// A derived class sets `id`, fills `tree` in `load()` and implements `clone()`. `config_tree`
 /// describes the keys. Any string is a valid key, line or value.
 ///
-/// Every operation can raise `std::bad_alloc`. What was stored before stays then, and another call
-/// completes it. Where a value is converted to a string (`dump`, and `load` and `save` of a
-/// `file_item`), memory that runs out ends the process through `std::unexpected` instead (see
-/// `types::variant`).
+/// Every operation can raise `std::bad_alloc`. Everything stored before the exception remains, and
+/// another call completes the operation. If memory runs out while a value is converted to a string
+/// (in `dump`, and in `load` and `save` of a `file_item`), the process ends through
+/// `std::unexpected` instead (see `types::variant`).
 class TOVA_API base_config_item
     : public generic::abilities::reference_count_pointer_ability<base_config_item>,
       public generic::abilities::clone_ability {

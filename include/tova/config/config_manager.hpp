@@ -30,10 +30,9 @@ namespace config {
 ///
 /// Pass a dispatcher to `init`, call `load`, then look up keys. Lookups never fail: for a missing
 /// file, key or value they return the default or nothing. Every operation can raise
-/// `std::bad_alloc`. Sources that were loaded before it stay loaded; `unload` and `load` begin
-/// anew. Where a value is converted to a string (an alias, the name of a file, a saved value, a
-/// dump), memory that runs out ends the process through `std::unexpected` instead (see
-/// `types::variant`).
+/// `std::bad_alloc`. Sources that were already loaded stay loaded; `unload` and `load` start over.
+/// If memory runs out while a value is converted to a string (an alias, the name of a file, a saved
+/// value, a dump), the process ends through `std::unexpected` instead (see `types::variant`).
 class TOVA_API config_manager {
 public:
     /// No sources and no dispatcher: lookups find nothing.
@@ -48,8 +47,8 @@ public:
     bool init(const config_dispatch& dispatcher);
 
     /// Lets the dispatcher load, unload or save all sources. Returns false without a dispatcher and
-    /// true otherwise; that a source fails doesn't show here. A file that cannot be read, for
-    /// whatever reason, is as good as an empty one and raises nothing.
+    /// true otherwise; the result does not show whether a source failed. A file that cannot be
+    /// read, for whatever reason, counts as empty and raises nothing.
     ///
     /// A second `load` without `init` stores over what the first one found, and finds `cfg_file` in
     /// every source, the file and the environment included: it may read another file than before.

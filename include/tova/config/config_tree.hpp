@@ -48,9 +48,10 @@ typedef std::vector<std::pair<strings::ustring8, config_node>> config_node_list;
 /// A copy shares no node with its source. It shares the values, as copies of a `types::variant` do;
 /// they never change. Only memory limits the depth.
 ///
-/// Every operation can raise `std::bad_alloc`. `set_node` may have added nodes without values then;
-/// an assignment has changed nothing. `dump` converts values to strings: if memory runs out in
-/// there, the process ends through `std::unexpected` (see `types::variant`).
+/// Every operation can raise `std::bad_alloc`. In that case, `set_node` may have added nodes
+/// without values, but an assignment has changed nothing. `dump` converts values to strings: if
+/// memory runs out during a conversion, the process ends through `std::unexpected` (see
+/// `types::variant`).
 class TOVA_API config_tree
     : public generic::abilities::reference_count_pointer_ability<config_tree>,
       public generic::abilities::clone_ability {

@@ -49,13 +49,13 @@ public:
     /// lower-case keys. Keys at the top level, entries below other entries and comments are lost.
     ///
     /// Contract: an entry is written under every section whose name has as many bytes as that of
-    /// its own section. Sections with names of equal length therefore take each other's entries;
-    /// give them names of different lengths. 150 such sections with one entry each, a file of 2.6
-    /// kB, make 35 MB after two rounds of load and save. If names contain brackets, repeated rounds
-    /// grow a file without bound: one of 2.6 kB reached 309 MB in four.
+    /// its own section. Sections with names of equal length therefore get each other's entries;
+    /// give them names of different lengths. A file of 2.6 kB with 150 such sections of one entry
+    /// each becomes 35 MB after two rounds of load and save. If names contain brackets, repeated
+    /// rounds grow a file without bound: one of 2.6 kB reached 309 MB in four rounds.
     ///
-    /// Contract: after a load that failed, the tree is empty and a save empties the file; both
-    /// return true. docs/configuration.md shows a test to make before the load.
+    /// Contract: after a failed load, the tree is empty and a save empties the file; both return
+    /// true. docs/configuration.md shows a check to make before the load.
     ///
     /// A symbolic link is not written. A pipe is, and the call waits until something reads from it.
     /// Returns true, also if nothing could be written.
@@ -73,12 +73,12 @@ public:
 
     /// Adds the entries of the file to the tree. Nothing changes without a name, or if the file
     /// cannot be read, is a link, a directory or a pipe, or has 2 GiB or more. The target of a link
-    /// is not opened, and a pipe is not waited for.
+    /// is not opened, and a pipe does not block the call.
     ///
     /// Contract: nothing reports that the file could not be read, and a save then empties it.
     ///
-    /// After `std::bad_alloc` an item that had no entries has none. One that had some may have part
-    /// of those in the file as well; another load completes it.
+    /// After `std::bad_alloc`, an item that had no entries still has none. An item with entries may
+    /// also have some of those in the file; another load completes it.
     void load_file();
 
     /// Moves `position`, a byte index, to the next line end in `text`, or to the end of `text`.

@@ -35,7 +35,7 @@ namespace functor {
 
 namespace _private {
 
-// A clone of a function object. Its own interface promises one.
+// Clones a function object. Its interface guarantees that this is possible.
 template <typename Function>
 Function* clone(const Function& source) {
     return source.do_clone();

@@ -60,7 +60,7 @@ public:
     /// All forms return the same text in different widths. `as_utf16`, `as_utf32` and `as_wstring`
     /// convert it from UTF-8. If a literal or an argument isn't valid UTF-8, the 16-bit form is
     /// "-1" and the 32-bit forms have a "?" for each invalid byte. Raises only the standard
-    /// exceptions of exhausted memory; if memory runs out while an argument of type "string" is
+    /// exceptions for exhausted memory; if memory runs out while an argument of type "string" is
     /// converted, the process ends through `std::unexpected` (see `types::variant`).
     std::string as_string(const generic::varg_list& args) const;
     strings::ustring8 as_utf8(const generic::varg_list& args) const;

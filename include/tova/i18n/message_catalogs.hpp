@@ -43,11 +43,12 @@ namespace i18n {
 /// lives and no load replaces that entry.
 ///
 /// Loading reports errors by its `result_type`, and a lookup that finds nothing returns a shared
-/// nil object; neither raises an exception other than `std::bad_alloc`. A file that exists and
-/// cannot be read, such as a link, a pipe or one on a failing disk, is a file without an XML header
-/// (error 6). After `std::bad_alloc` part of the messages of a file may be in the set, the last one
-/// without its items; another load of the file completes them. A copy shares its catalogs with the
-/// original, whose use counts are not atomic: a set and its copies belong to one thread.
+/// nil object; neither raises an exception other than `std::bad_alloc`. A file that exists but
+/// cannot be read, such as a link, a pipe or a file on a failing disk, counts as a file without an
+/// XML header (error 6). After `std::bad_alloc`, some of the messages of a file may be in the set,
+/// the last one without its items; another load of the file completes them. A copy shares its
+/// catalogs with the original, whose use counts are not atomic: a set and its copies belong to one
+/// thread.
 class TOVA_API message_catalogs {
 public:
     /// The catalogs by their names, in the byte order of the names.

@@ -68,7 +68,7 @@ public:
     ///
     /// A literal item returns its data. An argument item looks up its name in `args`, exactly and
     /// case-sensitively, and formats the value. Returns "?invalid?" for a missing argument, for an
-    /// invalid format string and for the reserved types. Raises only the standard exceptions of
+    /// invalid format string and for the reserved types. Raises only the standard exceptions for
     /// exhausted memory; if memory runs out while a value is converted to a string, the process
     /// ends through `std::unexpected` (see `types::variant`).
     ///

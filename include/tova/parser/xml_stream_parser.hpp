@@ -112,7 +112,7 @@ public:
     };
 
     /// Checks the file without reading it: the status is then 0, 10 for a symbolic link, or 11. A
-    /// pipe is never opened, since that could wait forever. The 16- and 32-bit forms convert the
+    /// pipe is never opened, because that could block forever. The 16- and 32-bit forms convert the
     /// name to UTF-8.
     xml_stream_parser(const strings::ustring8& file, unsigned int open_depth);
     xml_stream_parser(const strings::ustring16& file, unsigned int open_depth);
@@ -200,8 +200,8 @@ private:
     // Positions in the buffer, as offsets and not as pointers or iterators: they stay valid when
     // the buffer's bytes move to its front, they subtract and compare with file positions, and the
     // cursor and the committed position may be one past the end of the data, over a byte that has
-    // yet to arrive. The last two limit the 65536 bytes that may hold data, which move on in the
-    // buffer as data is dropped.
+    // yet to arrive. The last two limit the 65536 bytes that may hold data; this range moves
+    // through the buffer as data is dropped.
     std::size_t m_cursor;
     std::size_t m_committed;
     std::size_t m_end;

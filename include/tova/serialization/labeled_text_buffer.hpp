@@ -60,14 +60,15 @@ public:
     ///
     /// Invalid text yields whatever strings can be read from it. Raises `std::out_of_range` for a
     /// length item without its separator, and when another item is read after a length that goes
-    /// past the end. After an exception the tree holds what had been read.
+    /// past the end. After an exception the tree holds everything read before it.
     ///
-    /// Contract: a text that ends after a label, without the payload, is read over and over, and
-    /// the call never returns. So is one with a negative length that leads back to a label, such as
-    /// `1|a|-4|b` with the byte 1 for each `|`. Text written by `as_str` always consists of whole
-    /// pairs; of its truncations, those that end after a label or after the 0 of an empty value, in
-    /// any group, are read forever: a tenth of them in a usual tree. Store what may be cut or
-    /// changed as a data file (`<tova/extras/data_file.hpp>`): it is checked before it is read.
+    /// Contract: if a text ends after a label, without the payload, it is read over and over, and
+    /// the call never returns. The same happens with a negative length that leads back to a label,
+    /// such as in `1|a|-4|b` with the byte 1 for each `|`. Text written by `as_str` always consists
+    /// of complete pairs. Its truncations that end after a label or after the 0 of an empty value,
+    /// in any group, are read forever: a tenth of all truncations of a typical tree. If the text
+    /// may be truncated or modified, store it as a data file (`<tova/extras/data_file.hpp>`), which
+    /// is checked before it is read.
     labeled_serialize_buffer& assign(const std::string& text) override;
 
     /// The same as `assign(std::string(text, length))`. Raises `std::logic_error` for a null
@@ -75,9 +76,9 @@ public:
     labeled_serialize_buffer& assign(const char* text, int length) override;
 
     /// The encoded tree, built again by each call. The result is valid until the next call on this
-    /// buffer or on one that it is a group of. If memory runs out while a value is converted to a
-    /// string, the process ends through `std::unexpected` (see `types::variant`); otherwise
-    /// `std::bad_alloc` leaves the tree as it is.
+    /// buffer or on one that contains it as a group. If memory runs out while a value is converted
+    /// to a string, the process ends through `std::unexpected` (see `types::variant`); otherwise
+    /// `std::bad_alloc` leaves the tree unchanged.
     const std::string& as_str() const override;
 
     /// Trims the label and sets its value; a group under the label stays. Returns true if the value
@@ -111,16 +112,16 @@ public:
     labeled_serialize_buffer* create() const override;
     labeled_serialize_buffer* clone() const override;
 
-    /// Replaces the tree with a deep copy of the other one. Values keep their types. A buffer that
-    /// is assigned to itself stays as it is, and so does one whose assignment raises.
+    /// Replaces the tree with a deep copy of the other one. Values keep their types. Assigning a
+    /// buffer to itself changes nothing, and neither does an assignment that raises.
     virtual labeled_text_buffer& assign(const labeled_text_buffer& other);
 
     /// Merges the other tree into this one. No label is removed.
     ///
     /// An entry whose label is missing here is copied. Otherwise an entry of `other` with an empty
     /// group replaces the value here, even by nil; an entry with a group replaces the value only if
-    /// its own is not nil, and its group is merged into the group here. After `std::bad_alloc` part
-    /// of the entries are merged; another call completes them.
+    /// its own is not nil, and its group is merged into the group here. After `std::bad_alloc`,
+    /// only some of the entries are merged; another call completes the merge.
     void overlay(const labeled_text_buffer& other);
 
 private:

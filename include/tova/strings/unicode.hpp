@@ -32,11 +32,11 @@ namespace strings {
 TOVA_API ustring8 utf16_to_utf8(const ustring16& source);
 
 /// Converts UTF-32 to UTF-8. Returns "-1" for a surrogate value, but drops a value from 0x110000 up
-/// and goes on. Of a negative unit the low byte is written.
+/// and continues. For a negative unit it writes the low byte.
 TOVA_API ustring8 utf32_to_utf8(const ustring32& source);
 
 /// Converts UTF-32 to 16-bit units. Returns "-1" for a surrogate value or a value from 0x110000 up.
-/// Of a negative unit the low 16 bits are written.
+/// For a negative unit it writes the low 16 bits.
 ///
 /// The pairs are not those of UTF-16: 0x10000 is not subtracted before the value is split, and
 /// U+FFFF is already written as a pair. For UTF-16 go through `utf32_to_utf8` and `utf8_to_utf16`.

@@ -40,9 +40,9 @@ inline const Unit* require_text(const Unit* text) {
 
 /// A string of 8-bit units: UTF-8, by agreement and unchecked.
 ///
-/// A plain derivation of `std::string` with no data and no virtual operation of its own: it offers
-/// what its base offers and can be passed wherever its base is expected. Sizes, indexes and lengths
-/// count bytes.
+/// A plain derivation of `std::string` that adds no data and no virtual operation: it offers the
+/// operations of its base and can be passed wherever its base is expected. Sizes, indexes and
+/// lengths count bytes.
 class TOVA_API ustring8 : public std::basic_string<char> {
 public:
     /// The standard string that this type derives from.

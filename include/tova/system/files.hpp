@@ -24,15 +24,15 @@ namespace system {
 /// be opened; `content` is unchanged then. A read that fails after the open is not noticed: the
 /// missing bytes are 0.
 ///
-/// Contract: the size passes through a 32-bit `int`. From 2 GiB on that raises `std::length_error`;
-/// from 4 GiB on only the low 32 bits count, so that 4 GiB and 10 bytes load as 10 bytes and 5 GiB
-/// as 1 GiB, with the result 0.
+/// Contract: the size passes through a 32-bit `int`. From 2 GiB on, that raises
+/// `std::length_error`. From 4 GiB on, only the low 32 bits count: 4 GiB and 10 bytes load as 10
+/// bytes, and 5 GiB as 1 GiB, with the result 0.
 ///
 /// Contract: a path whose last component is a symbolic link is refused, whatever the link points
 /// to. Links before it are followed. Raises `boost::filesystem::filesystem_error` if the test for a
 /// link fails for a reason other than a missing file, such as a folder that may not be searched.
 /// Raises `std::length_error` for a file without a known size, such as most of /proc, a pipe or a
-/// terminal; neither is waited for. `content` is unchanged after an exception, also after
+/// terminal; the call never blocks on these. `content` is unchanged after any exception, including
 /// `std::bad_alloc`.
 TOVA_API int load_file(const strings::ustring8& path, strings::ustring8& content);
 TOVA_API int load_file(const strings::ustring16& path, strings::ustring8& content);
@@ -41,12 +41,12 @@ TOVA_API int load_file(const strings::ustring8& path, std::string& content);
 TOVA_API int load_file(const strings::ustring16& path, std::string& content);
 TOVA_API int load_file(const strings::ustring32& path, std::string& content);
 
-/// Creates or replaces a file with less than 2 GiB of content; of a larger one only the bytes that
-/// the low 32 bits of its size count are written, and none if these are negative as an `int`.
-/// Returns 0, or 1 if the path is a symbolic link or cannot be opened. A write that fails after the
-/// open is not noticed: the file is cut short then, since its old content goes with the open. Links
-/// are as in `load_file`, and so is `boost::filesystem::filesystem_error`. A pipe is written, and
-/// the call waits for a reader.
+/// Creates or replaces a file with less than 2 GiB of content. Of a larger content, only as many
+/// bytes are written as the low 32 bits of its size say, and none if these are negative as an
+/// `int`. Returns 0, or 1 if the path is a symbolic link or cannot be opened. A write that fails
+/// after the open is not noticed: the file is then cut short, because opening it removes its old
+/// content. Links and `boost::filesystem::filesystem_error` are handled as in `load_file`. A pipe
+/// is written, and the call waits for a reader.
 TOVA_API int store_file(const strings::ustring8& path, const strings::ustring8& content);
 TOVA_API int store_file(const strings::ustring16& path, const strings::ustring8& content);
 TOVA_API int store_file(const strings::ustring32& path, const strings::ustring8& content);

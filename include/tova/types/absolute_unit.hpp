@@ -50,7 +50,7 @@ public:
     /// Copies the length; the object keeps its unit.
     absolute_unit& operator=(const absolute_unit& source);
 
-    /// Returns what the virtual operation of the same name after `do_` returns.
+    /// Calls the virtual operation of the same name with the prefix `do_` and returns its result.
     unit_types type() const;
     int as_int32() const;
     double as_double() const;

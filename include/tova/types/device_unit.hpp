@@ -58,7 +58,7 @@ public:
     bool operator==(const device_unit& other) const;
     bool operator!=(const device_unit& other) const;
 
-    /// Returns what the virtual operation of the same name after `do_` returns.
+    /// Calls the virtual operation of the same name with the prefix `do_` and returns its result.
     unit_types type() const;
     int as_int32() const;
     float as_float() const;

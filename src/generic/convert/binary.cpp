@@ -8,8 +8,8 @@
 //   generic::convert::little_endian swapped
 //   generic::convert::big_endian    swapped
 //
-// The sets are published with gaps: some readers exist for `const char*` alone, some for `const
-// std::string&` alone, and `big_endian` reads no `float`. Each function is spelled out because its
+// The published sets have gaps: some readers exist only for `const char*`, some only for `const
+// std::string&`, and `big_endian` cannot read a `float`. Each function is written out because its
 // name is a symbol of the shared object; one set can't be an alias of another.
 #include <tova/generic/convert/binary.hpp>
 

@@ -1,6 +1,7 @@
 /// @file
-/// Decimal digits, eight at a time in the bytes of a 64-bit word. Short numbers are written in
-/// pairs: the branches on their length then don't wait for a chain of multiplications.
+/// Converts decimal digits, eight at a time in the bytes of a 64-bit word. Short numbers are
+/// written in pairs of digits, so the branches on their length do not wait for a chain of
+/// multiplications.
 ///
 ///     eight_digits(load_eight("12345678") & 0x0f0f0f0f0f0f0f0f)  // 12345678
 ///     char text[max_decimal_size];
@@ -56,7 +57,7 @@ inline unsigned long load_four(const char* text) {
 }
 
 /// Loads the first `length` characters, at most 8, without reading past them. The bytes after them
-/// are zeros, which are no digits.
+/// are zeros, which are not digits.
 inline unsigned long load_up_to_eight(const char* text, unsigned long length) {
     if (length >= 8)
         return load_eight(text);
@@ -150,8 +151,8 @@ inline char* write_eight(char* text, unsigned long number) {
     return text + 8;
 }
 
-/// Writes any number and returns the end. Only its characters are stored. A call would take as long
-/// as a short number does.
+/// Writes any number and returns the end. Only its characters are stored. It is inline because a
+/// call would take as long as writing a short number.
 __attribute__((always_inline)) inline char* write_digits_of(char* text, unsigned long number) {
     if (number < hundred_million)
         return write_below_hundred_million(text, static_cast<unsigned>(number));
@@ -165,7 +166,7 @@ __attribute__((always_inline)) inline char* write_digits_of(char* text, unsigned
     return write_eight(text, number % hundred_million);
 }
 
-/// Room for `write_decimal`: a sign and 20 digits, and some more.
+/// Room for `write_decimal`: a sign, 20 digits and some reserve.
 const std::size_t max_decimal_size = 32;
 
 /// Write a number in decimal and return its length. There is no terminator.
@@ -174,7 +175,7 @@ inline std::size_t write_decimal(char* text, unsigned long number) {
 }
 
 inline std::size_t write_decimal(char* text, long number) {
-    // Without a branch: the first digit overwrites a sign too many.
+    // Without a branch: the first digit overwrites an unneeded sign.
     *text = '-';
     const unsigned long sign = number < 0 ? 1 : 0;
     const unsigned long magnitude = (static_cast<unsigned long>(number) ^ (0 - sign)) + sign;

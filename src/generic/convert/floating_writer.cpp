@@ -248,9 +248,9 @@ std::size_t write_six_digits(char* text, long double value) {
                                 : static_cast<std::size_t>(size);
 }
 
-// fraction * scale / 2^shift as an integer, rounded half to even. `Product` holds twice the
-// product: 64 bits do for a fraction below 2^53 and a scale of 1000. With a scale of 1, which
-// leaves no digits, a tie goes by the last digit of the integer.
+// fraction * scale / 2^shift as an integer, rounded half to even. `Product` must hold twice the
+// product: 64 bits are enough for a fraction below 2^53 and a scale of 1000. With a scale of 1,
+// which leaves no digits, the last digit of the integer decides a tie.
 template <typename Product>
 inline unsigned long rounded_fraction(unsigned long fraction, unsigned long scale, int shift,
                                       unsigned long integer) {

@@ -30,7 +30,7 @@ inline bool is_global_classic() {
 /// Whether the C library reads and writes numbers to nearest, ties to even.
 inline bool rounds_to_nearest() {
 #if defined(__x86_64__)
-    // What `fegetround` returns, without a call: two bits of the floating-point control word.
+    // The result of `fegetround`, without a call: two bits of the floating-point control word.
     unsigned short control;
     __asm__ volatile("fnstcw %0" : "=m"(control));
     return (control & 0xc00) == FE_TONEAREST;

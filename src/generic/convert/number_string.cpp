@@ -1,4 +1,4 @@
-// A file of its own: it fills strings in place, and has no function with a throw() of its own.
+// This is a separate file because it fills strings in place. None of its functions has a throw().
 #include "generic/convert/number_string.hpp"
 
 #include "generic/convert/decimal_digits.hpp"
@@ -15,7 +15,8 @@ namespace {
 const unsigned long in_place_limit = 100000000000000;
 const std::size_t in_place_size = 15;
 
-// The result is one variable in each function here: another `return` would make it a copy.
+// Each function has a single result variable and a single `return`; otherwise the result would be
+// copied.
 template <typename Number>
 inline strings::ustring8 new_string(Number number, bool is_in_place) {
     strings::ustring8 made;

@@ -1,10 +1,10 @@
 /// @file
-/// Numbers as new strings.
+/// Converts numbers to new strings.
 ///
 ///     decimal_string(-42L)  // "-42"
 ///
-/// The characters are written where they stay. A copy from a buffer would wait until all of the
-/// short stores to it are done. Functions without state: any number of threads may call them.
+/// The characters are written directly into the result. A copy from a buffer would have to wait for
+/// all of the short stores to it. The functions have no state: any number of threads may call them.
 #pragma once
 
 #include <tova/strings/ustring.hpp>
@@ -16,11 +16,12 @@ namespace generic {
 namespace convert {
 namespace detail {
 
-/// Raise what an allocation raises.
+/// Raise `std::bad_alloc`.
 strings::ustring8 decimal_string(long number);
 strings::ustring8 decimal_string(unsigned long number);
 
-/// The string of `size` characters, of which the first 16 can be read whatever the size is.
+/// Returns the string of `size` characters. At least 16 characters must be readable, whatever the
+/// size is.
 strings::ustring8 string_of(const char* text, std::size_t size);
 
 }  // namespace detail

@@ -182,9 +182,9 @@ template <typename Result>
 using magnitude_of = typename std::conditional<sizeof(Result) <= sizeof(unsigned int), unsigned int,
                                                unsigned long>::type;
 
-// The rest of a decimal number, after eight digits that give `number`. Returns whether the value is
-// at most the limit. It is a function of its own, and not inlined, because most numbers are
-// shorter.
+// Reads the rest of a decimal number after eight digits with the value `number`. Returns whether
+// the value is at most the limit. This function is separate and not inlined, because most numbers
+// are shorter.
 __attribute__((noinline)) bool read_more_digits(const char* text, unsigned long length,
                                                 unsigned long limit, unsigned long& number) {
     const unsigned long second = detail::load_up_to_eight(text, length);
@@ -204,10 +204,10 @@ __attribute__((noinline)) bool read_more_digits(const char* text, unsigned long 
     return fits;
 }
 
-// Reads the whole number if it is a decimal one that begins as nearly every string does: with an
-// optional minus, and a digit that opens no prefix. Sets `fits` to whether its value is at most the
-// limit of its sign. False if the number begins in another way. Inlined, so that the results need
-// no memory.
+// Reads the whole number if it is decimal and begins like nearly every string: with an optional
+// minus sign and a digit that does not start a prefix. Sets `fits` to whether its value is at most
+// the limit for its sign. Returns false if the number begins in another way. It is inlined, so its
+// results need no memory.
 template <typename Magnitude>
 __attribute__((always_inline)) inline bool
 read_decimal(const char* text, unsigned long length, long radix, Magnitude positive_limit,

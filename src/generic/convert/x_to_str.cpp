@@ -1,5 +1,5 @@
-// Integers in the usual radix are written in pairs and eights of digits (decimal_digits.hpp), the
-// others digit by digit from the last one.
+// Decimal integers are written in groups of two and eight digits (decimal_digits.hpp), all others
+// digit by digit, starting with the last.
 #include <tova/generic/convert/x_to_str.hpp>
 
 #include "generic/convert/decimal_digits.hpp"
@@ -25,7 +25,8 @@ inline Unit* write_reversed(Value value, Unit* end, Value radix) {
     return end;
 }
 
-// The digits and the terminator, and nothing after them: the caller's buffer may end there.
+// Writes the digits and the terminator, and nothing after them, because the caller's buffer may end
+// there.
 inline void write_decimal_string(unsigned long value, char* text) {
     *detail::write_digits_of(text, value) = '\0';
 }
@@ -53,7 +54,8 @@ inline void write_unsigned(Value value, Unit* first, unsigned int radix) {
 // The magnitude is unsigned, so the smallest value has one, too.
 template <typename Value, typename Signed, typename Unit>
 void write_signed(Signed value, Unit* buffer, unsigned int radix) {
-    // Without a branch, as signs are hard to predict: the first digit overwrites a sign too many.
+    // Without a branch, because signs are hard to predict: the first digit overwrites an unneeded
+    // sign.
     const Value sign = value < 0 ? 1 : 0;
     *buffer = '-';
     write_unsigned((static_cast<Value>(value) ^ (0 - sign)) + sign, buffer + sign, radix);

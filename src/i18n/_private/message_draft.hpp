@@ -1,7 +1,7 @@
 /// @file
-/// A message while it is being read: what the grammar writes into, and what messages are made of.
+/// A message while it is being read. The grammar writes into it, and messages are built from it.
 ///
-/// A draft is used again for each message of a load, so that its memory is allocated once. Belongs
+/// A draft is reused for each message of a load, so its memory is allocated once. A draft belongs
 /// to one thread.
 #pragma once
 
@@ -22,7 +22,7 @@ using parser::detail::piece;
 
 class message_draft {
 public:
-    // The name and the meta text, which lie in the tokens.
+    // The name and the meta text, which point into the tokens.
     piece key;
     piece meta;
 
@@ -33,7 +33,7 @@ public:
         m_items.clear();
     }
 
-    // The data of the item that has begun and not ended yet.
+    // The data of the current item, which has not ended yet.
     void append(piece data) { m_data.append(data.data, data.size); }
     void append(char byte) { m_data.push_back(byte); }
     void drop_data() { m_data.resize(item_begin()); }
@@ -45,12 +45,12 @@ public:
     // Replaces a message: its name, its meta text, its items and its locale.
     void write(message_t& message, piece locale);
 
-    // The last item as one of its own.
+    // The last item, as a separate message item.
     message_item last_item() const;
 
 private:
     struct item {
-        std::size_t end;  // of its data, which begins where that of the item before it ends
+        std::size_t end;  // of its data, which begins at the end of the previous item's data
         message_item::type_t type;
     };
 
@@ -58,7 +58,7 @@ private:
 
     strings::ustring8 m_data;
     std::vector<item> m_items;
-    strings::ustring8 m_item;  // the data of one, while messages are written
+    strings::ustring8 m_item;  // the data of one item, while messages are written
 };
 
 }  // namespace detail

@@ -2,8 +2,8 @@
 /// A place among the tokens of an XMC file.
 ///
 /// The grammar accesses tokens only through these few operations, so it doesn't depend on how they
-/// are stored: in the list that the operations of `xmc_file_loader` take, or side by side as a
-/// load makes them. A cursor belongs to one thread.
+/// are stored: in the list that is passed to the operations of `xmc_file_loader`, or contiguously,
+/// as in a load. A cursor belongs to one thread.
 #pragma once
 
 #include <tova/i18n/_private/xmc_file_loader.hpp>
@@ -19,7 +19,7 @@ namespace detail {
 
 using parser::detail::piece;
 
-// What both kinds have. `Position` is an iterator, or a reference to the caller's.
+// The common part of both kinds. `Position` is an iterator or a reference to the caller's iterator.
 template <typename Position, typename End>
 class basic_token_cursor {
 public:
@@ -47,12 +47,12 @@ private:
     End m_end;
 };
 
-// The caller owns the position: it moves with the cursor, and after an exception it shows how far
-// the walk got.
+// The caller owns the position: it moves with the cursor, and after an exception it shows where the
+// walk stopped.
 using list_cursor = basic_token_cursor<_private::xmc_file_loader::token_iterator&,
                                        _private::xmc_file_loader::token_iterator>;
 
-// A copy stays where it is, so a message can be read again from there.
+// A copy does not move with the original, so a message can be read again from there.
 using flat_cursor = basic_token_cursor<const parser::detail::flat_tokens::token*,
                                        const parser::detail::flat_tokens::token*>;
 

@@ -85,7 +85,7 @@ bool is_at_argument(const Cursor& cursor) {
 }
 
 // The content between the tags of one message: text is collected until an argument or the end turns
-// it into an item. Without a draft there is only a record of what there would be.
+// it into an item. Without a draft, only the presence of items is recorded.
 class message_content {
 public:
     message_content(piece key, message_draft* draft)
@@ -147,9 +147,9 @@ private:
         m_has_items = true;
     }
 
-    // Contract: a run of whitespace is one space. Where a text item would begin with it, it is
-    // dropped, unless the token directly before it is an argument. A comment between the argument
-    // and the whitespace is such a token, so the space is lost then.
+    // Contract: a run of whitespace is one space. At the beginning of a text item it is dropped,
+    // unless the token directly before it is an argument. A comment between the argument and the
+    // whitespace counts as that token, so the space is lost.
     void take_space(bool follows_argument) {
         if (!m_has_text ? follows_argument : m_draft != nullptr && m_draft->last_byte() != ' ')
             add(piece(" ", 1));
@@ -388,7 +388,7 @@ message_item::type_t item_type(piece word) {
         return false;
     };
     message_item::type_t type = message_item::type_string;
-    // Most words are in lower case, which costs nothing to find out.
+    // Most words are already in lower case, and that is cheap to check.
     if (!find(word, type))
         find(piece(strings::lower_case(word.string(), 0, static_cast<unsigned long>(-1))), type);
     return type;

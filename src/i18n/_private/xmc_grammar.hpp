@@ -1,12 +1,13 @@
 /// @file
 /// The second stage of a load: what the tokens of an XMC file say.
 ///
-/// The grammar knows tokens alone. It knows no files, no wanted locale, and nothing of what else
-/// was read; whoever drives it decides what to keep. Each function starts at the token named below
-/// and leaves the cursor after the last token that it used. Invalid input is thrown as a
-/// `load_error`, and so are tokens that end too early (kind 14).
+/// The grammar handles only tokens. It does not know the files, the requested locale, or what else
+/// was read; its caller decides what to keep. Each function starts at the token named below and
+/// leaves the cursor after the last token that it used. Invalid input raises a `load_error`, and so
+/// do tokens that end too early (kind 14).
 ///
-/// The templates exist for both cursors. Functions without state: two threads may walk two files.
+/// The templates exist for both cursors. The functions have no state: two threads may walk two
+/// files.
 #pragma once
 
 #include "i18n/_private/message_draft.hpp"
@@ -27,7 +28,7 @@ struct catalog_tag {
     piece locale;
 };
 
-// What is known of a message without its contents.
+// The facts about a message without its contents.
 struct message_outline {
     piece key;
     bool is_nil;  // no name, no meta text and no item
@@ -53,7 +54,7 @@ template <typename Cursor>
 void read_catalog_end(Cursor& cursor, const catalog_tag& catalog);
 
 // An `include` element, read in pieces: a file that it names is read before the tokens after the
-// name are looked at.
+// name are examined.
 class include_element {
 public:
     // Moves from the start of the element, or from the last name, to the next value of a `file`
@@ -65,16 +66,16 @@ private:
     bool m_has_begun = false;
 };
 
-// A whole `msg` element, into the draft. Without one the message is only checked.
+// Reads a whole `msg` element into the draft. Without a draft the message is only checked.
 template <typename Cursor>
 message_outline read_message(Cursor& cursor, message_draft* draft);
 
-// A whole `arg` or `argument` element, as the next item of the draft, if there is one.
+// Reads a whole `arg` or `argument` element as the next item of the draft, if there is one.
 template <typename Cursor>
 void read_argument(Cursor& cursor, message_draft* draft);
 
-// The item type for the word of a `type` attribute, in any letter case; `type_string` for a word
-// that isn't known. Never fails.
+// The item type for the word of a `type` attribute, in any letter case; `type_string` for an
+// unknown word. Never fails.
 message_item::type_t item_type(piece word);
 
 }  // namespace detail

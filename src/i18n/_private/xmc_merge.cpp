@@ -83,7 +83,7 @@ unsigned long merge_catalogs(catalog_set& target, const read_catalogs& read,
     return stored;
 }
 
-// --- Messages made at once ----------------------------------------------------------------------
+// --- Messages made immediately ------------------------------------------------------------------
 
 template <typename Cursor>
 void instant_keeper::take_any(Cursor& cursor, const catalog_tag& catalog, unsigned int weight) {
@@ -126,8 +126,8 @@ bool late_keeper::is_key_before(const found_message& a, const found_message& b) 
     return difference != 0 ? difference < 0 : a.key.size < b.key.size;
 }
 
-// Keys often begin with the same bytes. The eight bytes after these are compared as one number, the
-// first byte on top, and NUL where the key has ended.
+// Keys often begin with the same bytes. The eight bytes after these are compared as one big-endian
+// number, in which NUL bytes follow the end of a key.
 void late_keeper::sort_by_key(found_messages& all) {
     const piece first = all.front().key;
     std::size_t common = first.size;
@@ -146,8 +146,8 @@ void late_keeper::sort_by_key(found_messages& all) {
     std::stable_sort(all.begin(), all.end(), is_key_before);
 }
 
-// Messages with one key are side by side, in the order in which they were read. Among them the rule
-// is that of `keep_message`.
+// Messages with the same key are adjacent, in the order in which they were read. The rule of
+// `keep_message` chooses among them.
 void late_keeper::merge_into(catalog_set& target) {
     for (auto& source : m_catalogs) {
         catalog_t& catalog = find_or_add(target, source.first);
@@ -165,8 +165,8 @@ void late_keeper::merge_into(catalog_set& target) {
     }
 }
 
-// The rule is that of `merge_catalogs`. If the message is the last one of its catalog, there is
-// nothing to compare with.
+// Follows the rule of `merge_catalogs`. If the message sorts after all others of its catalog, there
+// is nothing to compare with.
 void late_keeper::merge_message(catalog_t& catalog, const found_message& found, bool is_last) {
     auto& messages = catalog_fields::messages(catalog);
     const auto add = [&](std::map<ustring8, message_t>::iterator before) {

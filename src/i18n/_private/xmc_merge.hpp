@@ -52,21 +52,23 @@ struct tokenized_file {
     parser::detail::flat_tokens tokens;
 };
 
-// Takes the messages of a load as they are read. What was taken before an error stays; whoever
-// drives the load doesn't merge it.
+// Collects the messages of a load as they are read. Messages collected before an error remain, but
+// the caller does not merge them.
 class message_keeper {
 public:
     virtual ~message_keeper() {}
 
-    // Reads the message at the cursor, which is one of that catalog, whose locale has that weight.
+    // Reads the message at the cursor. It belongs to the given catalog, whose locale has the given
+    // weight.
     virtual void take(list_cursor& cursor, const catalog_tag& catalog, unsigned int weight) = 0;
     virtual void take(flat_cursor& cursor, const catalog_tag& catalog, unsigned int weight) = 0;
 
-    // A file was read to its end without an error. Unless it is taken here, it ends.
+    // Called after a file was read to its end without an error. The file is destroyed unless this
+    // call keeps it.
     virtual void retain(std::unique_ptr<tokenized_file>) {}
 };
 
-// Makes each message at once and keeps the best one for each key.
+// Builds each message immediately and keeps the best one for each key.
 class instant_keeper : public message_keeper {
 public:
     instant_keeper(read_catalogs& catalogs, const locale_list& locales)
@@ -84,8 +86,9 @@ private:
     message_draft m_draft;
 };
 
-// Only checks messages and notes where they are. They are made when they are merged, and then only
-// the best one for each key. The results are those of an `instant_keeper` and `merge_catalogs`.
+// Only checks messages and records their positions. They are built when they are merged, and then
+// only the best one for each key. The results are the same as with an `instant_keeper` and
+// `merge_catalogs`.
 class late_keeper : public message_keeper {
 public:
     explicit late_keeper(const locale_list& locales) : m_locales(locales), m_last(nullptr) {}
@@ -95,13 +98,13 @@ public:
     void take(flat_cursor& cursor, const catalog_tag& catalog, unsigned int weight) override;
     void retain(std::unique_ptr<tokenized_file> file) override;
 
-    // Once, after all files.
+    // Called once, after all files.
     void merge_into(catalog_set& target);
 
 private:
-    // A message that was read. Key, locale and place are in a file that is retained.
+    // A message that was read. Its key, locale and position refer to a file that is retained.
     struct found_message {
-        std::uint64_t order;  // of the key, as far as eight bytes tell
+        std::uint64_t order;  // of the key, by eight of its bytes
         piece key;
         piece locale;
         flat_cursor place;

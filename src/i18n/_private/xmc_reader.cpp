@@ -24,14 +24,14 @@ using token = xmc_file_loader::token;
 // go into the state of the load at once. After an error they stay there, and the caller must not
 // merge them.
 //
-// Files that include each other wait in a list. Each turn of the loop in `open_files::read` goes on
-// with the last of them, up to an include, an error or its end:
+// Files that include other files wait in a list. Each round of the loop in `open_files::read`
+// continues with the last file, up to an include, an error or its end:
 //
 //     include   the file that it names is added to the list
-//     end       the file leaves the list, and the one before it goes on
+//     end       the file leaves the list, and the file before it continues
 //     error     all files leave the list, and each adds a line to the error
 //
-// Errors are thrown by the grammar and by what reads a file's root, and returned by `read`.
+// The grammar and the functions that read the root of a file throw errors; `read` returns them.
 
 namespace {
 
@@ -63,8 +63,8 @@ struct xmc_reader::open_file {
     ustring8 base_directory;  // while an included file is read
 };
 
-// Leaves out the messages of catalogs that `keep_catalog` skips, since nothing looks at them. Where
-// the start tag has something invalid, the grammar finds it.
+// Leaves out the messages of catalogs that `keep_catalog` skips, because nothing reads them. The
+// grammar finds errors in the start tag.
 class xmc_reader::unwanted_catalogs : public flat_tokens::filter {
 public:
     explicit unwanted_catalogs(const xmc_reader& reader) : m_reader(reader) {}
@@ -95,7 +95,7 @@ class xmc_reader::open_files {
 public:
     explicit open_files(const xmc_reader& reader) : m_reader(reader) {}
 
-    // The file that is read first comes from disk, or from bytes that have that path in messages.
+    // The first file is read from disk, or from bytes; error messages then use the given path.
     load_error read_file(const ustring8& path) {
         return read([this, &path] { add(path); });
     }
@@ -137,7 +137,7 @@ private:
         begin(m_files.back()->content->bytes);
     }
 
-    // Takes the tokens of the last file up to the children of its root.
+    // Consumes the tokens of the last file up to the children of its root.
     void begin(const ustring8& bytes) {
         open_file& file = *m_files.back();
         flat_tokens& tokens = file.content->tokens;
@@ -155,7 +155,7 @@ private:
         skip_ignorable(file.cursor);
     }
 
-    // Goes on with the last file until it includes another one or ends.
+    // Continues with the last file until it includes another file or ends.
     void read_on() {
         open_file& file = *m_files.back();
         for (;;) {

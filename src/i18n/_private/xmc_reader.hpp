@@ -1,8 +1,8 @@
 /// @file
 /// Takes one file through a load: reads its bytes, interprets its tokens, keeps its messages.
 ///
-/// A reader reads one file after the other, whatever includes what, so the stack that it needs does
-/// not depend on the files. It belongs to one thread.
+/// A reader reads the files in a loop, however they include each other, so the stack that it needs
+/// does not depend on the files. It belongs to one thread.
 #pragma once
 
 #include "i18n/_private/token_cursor.hpp"
@@ -35,7 +35,7 @@ public:
     // Reads the bytes of the file; the path only appears in messages. Errors are returned.
     load_error read_bytes(const strings::ustring8& bytes, const strings::ustring8& path) const;
 
-    // Read a child of the root, from its start. Errors are thrown.
+    // These read a child of the root from its start. Errors are thrown.
     template <typename Cursor>
     void keep_catalog(Cursor& cursor) const;
     template <typename Cursor>
@@ -45,7 +45,7 @@ public:
 
 private:
     struct open_file;  // a file that is being read
-    class open_files;  // and those that include it
+    class open_files;  // the files being read, each included by the one before
     class unwanted_catalogs;
 
     // The weight of the locale of a catalog, or 0 for one that is skipped.

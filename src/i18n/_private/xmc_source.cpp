@@ -46,7 +46,7 @@ ustring8 xmc_source::directory() const {
 //
 // Contract: there is no check whether the file could be read. For a symbolic link, a directory, a
 // pipe or an unreadable file only the NUL byte is parsed, and the error is the missing XML
-// declaration. No exception of a failed system call leaves a load.
+// declaration. A failed system call never makes a load throw.
 ustring8 xmc_source::read() const {
     ustring8 bytes;
     if (m_status.st_size < largest_file)
@@ -62,7 +62,7 @@ ustring8 xmc_source::read() const {
     return bytes;
 }
 
-// The same file in the same directory would include the same files again, without end. A file that
+// The same file in the same directory would include the same files again and again. A file that
 // is hard-linked into two directories counts as two files, since its relative includes resolve
 // differently. A symbolic link is never found here: it reads as empty and includes nothing.
 bool include_chain::has(const xmc_source& source) const {

@@ -24,7 +24,7 @@ public:
     // Whether the path exists, following links.
     bool exists() const { return m_exists; }
 
-    // What tells the file from all others, if it exists.
+    // The identity of the file, if it exists.
     std::pair<dev_t, ino_t> identity() const { return {m_status.st_dev, m_status.st_ino}; }
 
     // The path up to and including its last "/" or "\", or "./" if it has neither. Relative
@@ -41,7 +41,7 @@ private:
 };
 
 // The files that are being read, each of which includes the next. They are looked up by identity,
-// so that a long chain costs no more for each file than a short one.
+// so that a file costs the same in a long chain as in a short one.
 class include_chain {
 public:
     // Whether this file is already part of the chain, however the paths are spelled. It must exist.

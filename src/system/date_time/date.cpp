@@ -165,14 +165,14 @@ date& date::minus_assign(const date_duration& duration) {
 // All arithmetic is unsigned and wraps: a default date, and January and February of year 0, come
 // before day 1, so their numbers wrap around modulo 2^32.
 unsigned int date::pJulian_day_number() const {
-    // In January and February of year 0 this is the largest year before it.
+    // In January and February of year 0, this wraps to the largest year.
     const unsigned years = m_month < 3 ? m_year - 1 : m_year;
     const unsigned centuries = years / 100;
     return years * days_in_a_year + years / 4 - (centuries - centuries / 4) + days_before[m_month] +
            m_day;
 }
 
-// Each division is a multiplication, and gives quotient and rest in one product:
+// Each division is a multiplication whose product contains both the quotient and the remainder:
 //
 //   days to centuries      4 * day + 3 in units of 146097, the days of 400 years
 //   days to years          4 * day + 3 in units of 1461, the days of 4 years, as a fraction of 2^32
@@ -180,8 +180,8 @@ unsigned int date::pJulian_day_number() const {
 //   days to months         a straight line through the lengths of the months, times 2^16
 //                          2141 = 2^16 * 5 / 153, about; exact for the days of a year
 //
-// Contract: 29 February is read as 1 March of the same calendar year, the first day of the next
-// year here. It is the last day of a cycle of 4 or 400 years.
+// Contract: 29 February is read as 1 March of the same calendar year, which is the first day of the
+// next year here. 29 February is the last day of a cycle of 4 or 400 years.
 void date::pJulian_day_number(unsigned int number) {
     const unsigned long quarters = 4UL * (number - 1) + 3;
     const unsigned long centuries = quarters / days_in_400_years;

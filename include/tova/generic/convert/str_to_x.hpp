@@ -102,7 +102,7 @@ TOVA_API long str_to_int64(const wchar_t* text, unsigned long length, types::rad
 /// measured: only the first unit is read, so a digit returns its value and anything else returns 0.
 /// A negative number returns 0 if `throw_on_range` is false and raises
 /// `exceptions::underflow_error` if it is true, however large it is; "-0" is 0. A negative radix
-/// raises as one above 36 does.
+/// raises the same exception as one above 36.
 /// @{
 TOVA_API unsigned int str_to_unsigned(const char* text, unsigned long length,
                                       types::radix_t::base radix, bool throw_on_range);

@@ -56,8 +56,8 @@ public:
     unsigned int month(unsigned int value);
     unsigned int year(unsigned int value);
 
-    bool is_valid_day(unsigned int value) const;    ///< Whether it is 1 to 31.
-    bool is_valid_month(unsigned int value) const;  ///< Whether it is 1 to 12.
+    bool is_valid_day(unsigned int value) const;    ///< Whether the value is 1 to 31.
+    bool is_valid_month(unsigned int value) const;  ///< Whether the value is 1 to 12.
     bool is_leap_year() const;                      ///< Whether the year has 366 days.
 
     /// Whether `day()` differs from the stored day, because the month is shorter.

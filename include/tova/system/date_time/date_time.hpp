@@ -39,8 +39,8 @@ public:
     static date_time_t local_date_time();
     static date_time_t UTC_date_time();
 
-    /// Returns or sets a part of the date, as the operation of the same name of `date` does. The
-    /// setters raise `exceptions::out_of_range` as they do there.
+    /// Returns or sets a part of the date, like the operation of the same name in `date`. The
+    /// setters raise `exceptions::out_of_range` under the same conditions.
     unsigned int year() const;
     unsigned int month() const;
     unsigned int day() const;
@@ -50,8 +50,8 @@ public:
     bool is_leap_year() const;
     bool is_day_constrained() const;
 
-    /// Returns or sets a part of the time, as the operation of the same name of `time` does. The
-    /// setters raise `exceptions::out_of_range` as they do there.
+    /// Returns or sets a part of the time, like the operation of the same name in `time`. The
+    /// setters raise `exceptions::out_of_range` under the same conditions.
     unsigned int hour() const;
     unsigned int minute() const;
     unsigned int second() const;
@@ -93,8 +93,8 @@ public:
     date_time_t& plus_assign(const time_duration& duration);
 
     /// Moves the time of day back. It wraps at midnight, and from 24 complete hours on the date
-    /// moves back as well, as described for `+=`. The sign of the hours is that of the duration as
-    /// given, so a negative duration of a day or more raises `exceptions::out_of_range` here, too.
+    /// moves back as well, as described for `+=`. The hours have the sign of the given duration, so
+    /// a negative duration of a day or more raises `exceptions::out_of_range` here, too.
     date_time_t& operator-=(const time_duration& duration);
     date_time_t& minus_assign(const time_duration& duration);
 

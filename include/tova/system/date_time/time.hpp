@@ -49,10 +49,10 @@ public:
     unsigned int second(unsigned int value);
     unsigned int millisecond(unsigned int value);
 
-    bool is_valid_hour(int value) const;         ///< Whether it is 0 to 23.
-    bool is_valid_minute(int value) const;       ///< Whether it is 0 to 59.
-    bool is_valid_second(int value) const;       ///< Whether it is 0 to 59.
-    bool is_valid_millisecond(int value) const;  ///< Whether it is 0 to 999.
+    bool is_valid_hour(int value) const;         ///< Whether the value is 0 to 23.
+    bool is_valid_minute(int value) const;       ///< Whether the value is 0 to 59.
+    bool is_valid_second(int value) const;       ///< Whether the value is 0 to 59.
+    bool is_valid_millisecond(int value) const;  ///< Whether the value is 0 to 999.
 
     time& operator=(const time& source);
     time& assign(const time& source);
