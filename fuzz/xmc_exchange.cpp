@@ -1,5 +1,5 @@
-// The files of translators that tova-xmc import reads: any bytes as PO, XLIFF or CSV. What is read
-// is the same after it has been exported in any format and read again.
+// Reads any bytes as a PO, XLIFF or CSV file, as `tova-xmc import` does. The messages must be the
+// same after they are exported in any format and read again.
 //
 // Input: a byte that chooses the format, '0' for PO, '1' for XLIFF, '2' for CSV; the file.
 #include "require.hpp"
@@ -38,7 +38,7 @@ std::string described(const exchanged_text& text) {
     return text.exists ? content_of(text.pieces) + "\n  note " + text.meta : "none";
 }
 
-// All messages, in the order of their names: the forms of a plural move to its first one.
+// All messages, sorted by name, because exporting moves all forms of a plural to the first one.
 std::string described(const exchange& all) {
     std::map<std::pair<std::string, std::string>, std::string> messages;
     for (const exchanged_message& each : all.messages) {
