@@ -131,6 +131,30 @@ void tova_tokens(benchmark::State& state, const document& source) {
     finish(state, source, reported);
 }
 
+// Our own code without its fast paths: the handlers of a list, as the delegates of a parser.
+void plain_tokens(benchmark::State& state, const document& source) {
+    using text_handler = member_function_t<xml_token_stream, void(const ustring8&)>;
+    using attribute_handler =
+        member_function_t<xml_token_stream, void(const ustring8&, const ustring8&)>;
+    counts reported;
+    for (auto _ : state) {
+        xml_token_stream stream;
+        xml_parser parser;
+        parser.on_attribute = attribute_handler(&stream, &xml_token_stream::on_attribute);
+        parser.on_element_start = text_handler(&stream, &xml_token_stream::on_element_start);
+        parser.on_character = text_handler(&stream, &xml_token_stream::on_character);
+        parser.on_comment = text_handler(&stream, &xml_token_stream::on_comment);
+        parser.on_element_end = text_handler(&stream, &xml_token_stream::on_element_end);
+        parser.on_space = text_handler(&stream, &xml_token_stream::on_space);
+        parser.parse(source.text);
+        for (const auto& one : stream) {
+            reported.elements += one.type() == xml_token_stream::token::element_start;
+            reported.bytes += one.value().size();
+        }
+    }
+    finish(state, source, reported);
+}
+
 // The floors: the events and the tokens of the document, known beforehand. An event is a string
 // that is assigned to a reused one and handed to a delegate, a token a node of a list.
 void floor_events(benchmark::State& state, const document& source) {
@@ -544,6 +568,7 @@ const bool added = [] {
         add("events", source, "floor", floor_events);
         add("events", source, "plain", plain_events);
         add("tokens", source, "floor", floor_tokens);
+        add("tokens", source, "plain", plain_tokens);
 #ifdef HAVE_RAPIDXML
         add("events", source, "rapidxml", rapidxml_events);
         add("tokens", source, "rapidxml", rapidxml_tokens);

@@ -31,6 +31,8 @@
 //
 // Positions come from masks of 64 bytes, so a construct costs a few shifts and no loop over bytes.
 //
+// A sink empties the array of tokens each time it is full, so the array stays in the first cache.
+//
 // While the contents of an element are left out, both layers work as before, and tokens are dropped
 // as they are made.
 
@@ -50,6 +52,9 @@ const std::size_t chunk_size = 16384;  // bytes
 
 // Documents have about one token for this many bytes, so the array grows only a few times.
 const std::size_t usual_token_size = 12;
+
+// The number of tokens that a sink takes at once.
+const std::size_t sink_size = 256;
 
 // The number of bytes past the end of a copied piece that may be read and written.
 const std::size_t copy_margin = 16;
@@ -85,6 +90,15 @@ public:
         m_present |= bit;
         m_names[m_count++] = name;
         return true;
+    }
+
+    std::set<ustring8> names() const {
+        std::set<ustring8> all;
+        for (const piece* name = m_names; name != m_names + m_count; ++name)
+            all.insert(name->string());
+        if (m_count == capacity && m_many_of == m_names[0].data)
+            all.insert(m_many.begin(), m_many.end());
+        return all;
     }
 
 private:
@@ -223,6 +237,14 @@ public:
     void move_to(const char*) {}
     const char* end() const { return m_end; }
     const char* take_usual(const char* cursor);
+    remainder left() const {
+        remainder made;
+        for (const piece& name : m_open_elements)
+            made.open_elements.push_back(name.string());
+        made.attributes = m_attributes.names();
+        made.tag_closed = m_tag_closed;
+        return made;
+    }
 
     const char* element_start(piece name, const char* cursor) {
         end_start_tag();
@@ -289,7 +311,7 @@ private:
         if (m_leaves_out)
             return;
         if (m_tokens.m_next == m_tokens.m_limit)
-            m_tokens.grow(2 * m_tokens.size() + 1);
+            m_tokens.make_place(1);
         new (m_tokens.m_next++) token(type, value);
     }
 
@@ -386,7 +408,7 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
             at.next = kept_end;
         if (m_tokens.m_limit - at.next < construct_size) {
             m_tokens.m_next = at.next;
-            m_tokens.grow(2 * m_tokens.size() + construct_size);
+            m_tokens.make_place(construct_size);
             at.next = m_tokens.m_next;
             return cursor;
         }
@@ -581,12 +603,44 @@ piece flat_tokens::context::with_space(const char* space, const char* begin, con
 parse_error flat_tokens::parse(const ustring8& document, const filter* wanted) {
     grow(document.size() / usual_token_size + 1);
     const char* const begin = document.data();
-    context state(*this, begin, begin + document.size(), wanted);
+    const char* const end = begin + document.size();
+    context state(*this, begin, end, wanted);
+    return run(state, begin, end);
+}
+
+parse_error flat_tokens::parse(const char* begin, const char* end, sink& to, remainder& left) {
+    m_sink = &to;
+    grow(sink_size);
+    context state(*this, begin, end, nullptr);
+    const parse_error result = run(state, begin, end);
+    hand_on();
+    left = state.left();
+    return result;
+}
+
+parse_error flat_tokens::run(context& state, const char* begin, const char* end) {
     try {
-        return document_walk<context>(state, document.begin(), document.end()).run();
+        return document_walk<context>(state, xml_parser::iterator(begin), xml_parser::iterator(end))
+            .run();
     } catch (const parse_error& error) {
         return error;
     }
+}
+
+// After this there is room for that many tokens.
+void flat_tokens::make_place(std::size_t count) {
+    if (m_sink != nullptr)
+        hand_on();
+    else
+        grow(2 * size() + count);
+}
+
+// The last chunk stays: it may have the value of a token that isn't made yet.
+void flat_tokens::hand_on() {
+    m_sink->take(begin(), end());
+    m_next = m_tokens.get();
+    if (m_chunks.size() > 1)
+        m_chunks.erase(m_chunks.begin(), m_chunks.end() - 1);
 }
 
 void flat_tokens::grow(std::size_t capacity) {

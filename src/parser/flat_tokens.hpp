@@ -8,8 +8,8 @@
 ///
 /// They equal the tokens of an `xml_token_stream` that has read only this document. A value is a
 /// piece of the document or, if it has references, of memory that belongs to the tokens; both must
-/// outlive its use. A reader that does not need the contents of some elements passes a filter. An
-/// object belongs to one thread.
+/// outlive its use. A reader that does not need the contents of some elements passes a filter, and
+/// one that goes through the tokens once passes a sink. An object belongs to one thread.
 #pragma once
 
 #include <tova/parser/xml_parser.hpp>
@@ -21,6 +21,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace TOVA_2_18 {
@@ -55,7 +56,24 @@ public:
         virtual bool is_left_out(const token* start, const token* end) const = 0;
     };
 
-    flat_tokens() : m_next(nullptr), m_limit(nullptr), m_room(nullptr), m_room_size(0) {}
+    /// Takes the tokens, a few hundred at a time.
+    class sink {
+    public:
+        virtual ~sink() {}
+
+        /// The values are valid until it returns.
+        virtual void take(const token* begin, const token* end) = 0;
+    };
+
+    /// What a parser still knows after a document: the state that a second document begins with.
+    struct remainder {
+        std::vector<strings::ustring8> open_elements;  // the innermost is the last
+        std::set<strings::ustring8> attributes;        // names since the last start tag
+        bool tag_closed;                               // whether no start_tag_end is due
+    };
+
+    flat_tokens()
+        : m_next(nullptr), m_limit(nullptr), m_room(nullptr), m_room_size(0), m_sink(nullptr) {}
     flat_tokens(const flat_tokens&) = delete;
     flat_tokens& operator=(const flat_tokens&) = delete;
 
@@ -63,6 +81,10 @@ public:
     /// left out.
     xml_parser::parse_error parse(const strings::ustring8& document,
                                   const filter* wanted = nullptr);
+
+    /// Hands the tokens on, those before an error included, and keeps none. Raises what the sink
+    /// raises.
+    xml_parser::parse_error parse(const char* begin, const char* end, sink& to, remainder& left);
 
     const token* begin() const { return m_tokens.get(); }
     const token* end() const { return m_next; }
@@ -74,7 +96,10 @@ private:
         void operator()(token* tokens) const { std::free(tokens); }
     };
 
+    static xml_parser::parse_error run(context& state, const char* begin, const char* end);
     void grow(std::size_t capacity);
+    void make_place(std::size_t count);
+    void hand_on();
     char* make_room(std::size_t size);
     piece keep(const strings::ustring8& value);
 
@@ -85,6 +110,7 @@ private:
     std::vector<std::unique_ptr<char[]>> m_chunks;  // for the values with references
     char* m_room;                                   // the free part of the last chunk
     std::size_t m_room_size;
+    sink* m_sink;  // or null
 };
 
 }  // namespace detail

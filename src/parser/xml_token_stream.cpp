@@ -1,5 +1,7 @@
 #include <tova/parser/xml_token_stream.hpp>
 
+#include "parser/token_list.hpp"
+
 namespace TOVA_2_18 {
 namespace functor {
 
@@ -60,7 +62,9 @@ xml_parser::parse_error xml_token_stream::parse(const ustring8::const_iterator& 
                                                 const ustring8::const_iterator& end) {
     // Contract: a start_tag_end still pending from an earlier document is not added.
     m_tag_closed = true;
-    return m_parser.parse(begin, end);
+    detail::token_list list(m_tokens, m_parser, m_tag_closed);
+    // Contract: what an earlier document left open stays open. The handlers go on from there.
+    return list.can_append() ? list.append(begin.base(), end.base()) : m_parser.parse(begin, end);
 }
 
 std::list<token>::iterator xml_token_stream::begin() {

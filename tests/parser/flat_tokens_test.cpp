@@ -1,10 +1,15 @@
-// Flat tokens equal the tokens of a list that has read only the same document.
+// Flat tokens, and those of `xml_token_stream`, which come from them, are the tokens that the
+// handlers make of the events of a parser.
 #include "parser/flat_tokens.hpp"
 
+#include <tova/functor/member_function.hpp>
 #include <tova/parser/xml_token_stream.hpp>
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <iterator>
+#include <memory>
 #include <random>
 #include <string>
 
@@ -16,19 +21,80 @@ using tova::parser::detail::flat_tokens;
 using tova::parser::detail::piece;
 using tova::strings::ustring8;
 
-void expect_list(const std::string& bytes) {
-    SCOPED_TRACE(bytes);
-    const ustring8 document(bytes);
-    xml_token_stream list;
-    const xml_parser::parse_error expected = list.parse(document);
-    flat_tokens flat;
-    const xml_parser::parse_error result = flat.parse(document);
+// The tokens that the handlers make of the events of a parser: the plain form of a list.
+class handled_tokens {
+public:
+    xml_parser::parse_error parse(const ustring8& document) {
+        m_stream.reset(new xml_token_stream);
+        bind(m_parser.on_attribute, &xml_token_stream::on_attribute);
+        bind(m_parser.on_element_start, &xml_token_stream::on_element_start);
+        bind(m_parser.on_character, &xml_token_stream::on_character);
+        bind(m_parser.on_comment, &xml_token_stream::on_comment);
+        bind(m_parser.on_element_end, &xml_token_stream::on_element_end);
+        bind(m_parser.on_space, &xml_token_stream::on_space);
+        return m_parser.parse(document);
+    }
+
+    // The tokens of the last document. What came before it is in the state of the parser.
+    xml_token_stream& tokens() { return *m_stream; }
+
+private:
+    template <typename... Strings>
+    void bind(tova::functor::delegate_t<void(Strings...)>& event,
+              void (xml_token_stream::*handler)(Strings...)) {
+        using handler_type = tova::functor::member_function_t<xml_token_stream, void(Strings...)>;
+        event = handler_type(m_stream.get(), handler);
+    }
+
+    xml_parser m_parser;
+    std::unique_ptr<xml_token_stream> m_stream;
+};
+
+void expect_error(const xml_parser::parse_error& expected, const xml_parser::parse_error& result) {
     EXPECT_EQ(expected.type, result.type);
     EXPECT_EQ(expected.line, result.line);
     EXPECT_EQ(expected.text, result.text);
-    ASSERT_EQ(list.size(), flat.size());
-    const flat_tokens::token* one = flat.begin();
+}
+
+// From `begin` on, the tokens of the stream are those of the list.
+void expect_tokens(const xml_token_stream& list, const xml_token_stream& stream,
+                   std::size_t begin) {
+    ASSERT_EQ(begin + list.size(), stream.size());
+    auto one = std::next(stream.begin(), static_cast<std::ptrdiff_t>(begin));
     for (const xml_token_stream::token& token : list) {
+        EXPECT_EQ(token.type(), one->type());
+        EXPECT_EQ(token.value(), one->value());
+        ++one;
+    }
+}
+
+// A stream has the same state after a document, too: the handlers and a second document show it.
+void expect_stream(handled_tokens& list, const ustring8& document) {
+    xml_token_stream stream;
+    expect_error(list.parse(document), stream.parse(document));
+    expect_tokens(list.tokens(), stream, 0);
+    list.tokens().on_space(" ");
+    stream.on_space(" ");
+    expect_tokens(list.tokens(), stream, 0);
+
+    const ustring8 next = "<?xml?></a x='' c='' name=''></a><b/>";
+    const std::size_t size = stream.size();
+    expect_error(list.parse(next), stream.parse(next));
+    expect_tokens(list.tokens(), stream, size);
+}
+
+void expect_list(const std::string& bytes) {
+    SCOPED_TRACE(bytes);
+    const ustring8 document(bytes);
+    handled_tokens list;
+    expect_stream(list, document);
+
+    flat_tokens flat;
+    handled_tokens fresh;
+    expect_error(fresh.parse(document), flat.parse(document));
+    ASSERT_EQ(fresh.tokens().size(), flat.size());
+    const flat_tokens::token* one = flat.begin();
+    for (const xml_token_stream::token& token : fresh.tokens()) {
         EXPECT_EQ(token.type(), one->type());
         EXPECT_EQ(token.value(), one->value().string());
         ++one;
@@ -205,6 +271,18 @@ TEST(FlatTokens, LeaveOutTheContentsOfChildrenOfTheRootThatAFilterNames) {
         const std::string padded = names_of_tokens(document + space);
         const bool is_valid = c.names[0] == '0';
         EXPECT_EQ(c.names + (is_valid ? " 6" + space : ""), padded);
+    }
+}
+
+// Tokens are handed on some hundred at a time, with values of their own in chunks of memory.
+TEST(FlatTokens, EqualTheListForDocumentsOfManyTokens) {
+    for (const std::size_t size : {1, 15, 16, 17, 33, 1000, 17000}) {
+        std::string document = "<?xml?><r>";
+        for (int i = 0; i < 200; ++i)
+            document += "<a x='" + std::string(size, 'v') + "&amp;'>" + std::string(size, 't') +
+                        (i % 2 == 0 ? "&lt;" : "  <![CDATA[]]>") + "<!--c--><b/></a >";
+        expect_list(document + "</r>");
+        expect_list(document + "</s>");
     }
 }
 

@@ -45,6 +45,10 @@
 namespace TOVA_2_18 {
 namespace parser {
 
+namespace detail {
+class token_list;
+}
+
 /// Walks a complete XML document and reports what it finds through delegates.
 ///
 /// The document is UTF-8 and is read in one pass, which the first error ends. Nothing is built, and
@@ -155,6 +159,7 @@ public:
     functor::delegate_t<void(const strings::ustring8&)> on_comment;
 
 private:
+    friend class detail::token_list;                  // leaves the state of a document
     class __attribute__((visibility("hidden"))) run;  // one pass over one document
 
     std::stack<strings::ustring8> m_open_elements;
