@@ -19,6 +19,7 @@
 #include <fstream>
 #include <iomanip>
 #include <map>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -209,17 +210,62 @@ void add_plain() {
     add("render/one_argument/plain", one_text, [] { return joined(one, one_list); });
     add("render/three_arguments/plain", three_text, [] { return joined(three, three_list); });
     add("render/five_arguments/plain", five_text, [] { return joined(five, five_list); });
+    add("collect_and_render/one_argument/plain", one_text,
+        [] { return joined(one, one_argument()); });
+    add("collect_and_render/three_arguments/plain", three_text,
+        [] { return joined(three, three_arguments()); });
+    add("collect_and_render/five_arguments/plain", five_text,
+        [] { return joined(five, five_arguments()); });
 }
 
-// The floors: a new string with the known result.
+// The least that an argument list is: a body for each value, and a copy of each name.
+class floor_list {
+public:
+    template <typename Value>
+    void add(const char* name, const Value& value) {
+        m_arguments.emplace_back(name, std::make_unique<body_of<Value>>(value));
+    }
+    void reserve(std::size_t count) { m_arguments.reserve(count); }
+
+private:
+    struct body {
+        virtual ~body() = default;
+    };
+    template <typename Value>
+    struct body_of : body {
+        explicit body_of(const Value& of) : value(of) {}
+        Value value;
+    };
+
+    std::vector<std::pair<std::string, std::unique_ptr<body>>> m_arguments;
+};
+
+std::string collected(const std::string& text, int count) {
+    const values& v = arguments();
+    floor_list list;
+    list.reserve(static_cast<std::size_t>(count));
+    if (count != 1)
+        list.add("who", v.who);
+    list.add("count", v.count);
+    if (count == 5)
+        list.add("flags", v.flags);
+    if (count != 1)
+        list.add("ratio", v.ratio);
+    if (count == 5)
+        list.add("seconds", v.seconds);
+    benchmark::DoNotOptimize(list);
+    return text;
+}
+
+// The floors: a new string with the known result, after a list where one is made.
 void add_floors() {
     static const std::string one(one_text), three(three_text), five(five_text);
-    for (const char* const operation : {"render", "collect_and_render"}) {
-        const std::string start(operation);
-        add(start + "/one_argument/floor", one, [] { return std::string(one); });
-        add(start + "/three_arguments/floor", three, [] { return std::string(three); });
-        add(start + "/five_arguments/floor", five, [] { return std::string(five); });
-    }
+    add("render/one_argument/floor", one, [] { return std::string(one); });
+    add("render/three_arguments/floor", three, [] { return std::string(three); });
+    add("render/five_arguments/floor", five, [] { return std::string(five); });
+    add("collect_and_render/one_argument/floor", one, [] { return collected(one, 1); });
+    add("collect_and_render/three_arguments/floor", three, [] { return collected(three, 3); });
+    add("collect_and_render/five_arguments/floor", five, [] { return collected(five, 5); });
 }
 
 // Peers

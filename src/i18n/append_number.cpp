@@ -115,6 +115,16 @@ void append_decimal(text_buffer& text, int value) {
     text.append(digits, generic::convert::detail::write_decimal(digits, value));
 }
 
+void append_decimal(text_buffer& text, long value) {
+    using generic::convert::detail::max_decimal_size;
+    using generic::convert::detail::write_decimal;
+    char* const room = text.room(max_decimal_size);
+    if (room != nullptr)
+        return text.written(write_decimal(room, value));
+    char digits[max_decimal_size];
+    text.append(digits, write_decimal(digits, value));
+}
+
 void append_decimal(text_buffer& text, unsigned long value) {
     char digits[generic::convert::detail::max_decimal_size];
     text.append(digits, generic::convert::detail::write_decimal(digits, value));

@@ -26,6 +26,7 @@ std::size_t write_digits(char (&buffer)[digit_buffer_size], long value, int radi
 
 /// Append the value in decimal.
 void append_decimal(text_buffer& text, int value);
+void append_decimal(text_buffer& text, long value);
 void append_decimal(text_buffer& text, unsigned long value);
 
 /// Appends `count` spaces; nothing for a negative count.

@@ -51,7 +51,7 @@ strings::ustring8 message_t::as_utf8(const generic::varg_list& args) const {
     detail::text_buffer text;
     for (const message_item& item : m_items) {
         if (item.m_type == message_item::type_text)
-            text.append(item.m_data.data(), item.m_data.size());
+            text.append(item.m_data);
         else
             detail::append_item(text, item.m_type, item.m_data, args);
     }

@@ -2,7 +2,6 @@
 
 #include "generic/convert/decimal_digits.hpp"
 #include "i18n/rendering.hpp"
-#include "parser/equal_bytes.hpp"
 
 #include <cstddef>
 #include <cstring>
@@ -14,13 +13,44 @@ namespace {
 
 const char invalid_text[] = "?invalid?";
 
-// The value of the argument with the given name, or null.
-const types::variant* find_value(const generic::varg_list& args, const char* name,
-                                 std::size_t size) {
+// The first eight bytes of a string. Every string has room for more than that without an
+// allocation, so they may be read.
+inline unsigned long first_eight(const strings::ustring8& string) {
+    return generic::convert::detail::load_eight(string.data());
+}
+
+// Ones in the first `size` bytes of eight.
+inline unsigned long mask_of(std::size_t size) {
+    return size >= 8 ? ~0UL : ~(~0UL << (8 * size));
+}
+
+// Most data is no longer than eight bytes. In a longer one the separator is searched for.
+inline std::size_t size_of_name(const strings::ustring8& data) {
+    const std::size_t size = data.size();
+    if (size > 8) {
+        const void* const found = std::memchr(data.data(), detail::data_separator, size);
+        return found == nullptr
+                   ? size
+                   : static_cast<std::size_t>(static_cast<const char*>(found) - data.data());
+    }
+    // The first separator becomes the lowest byte with its top bit set.
+    const unsigned long ones = 0x0101010101010101;
+    const unsigned long word = first_eight(data) ^ (ones * detail::data_separator);
+    const unsigned long found = (word - ones) & ~word & (ones << 7) & mask_of(size);
+    return found == 0 ? size : static_cast<std::size_t>(__builtin_ctzl(found)) / 8;
+}
+
+// The value of the argument whose name is the first `size` bytes of the data, or null. Most names
+// have at most eight bytes, so one comparison is enough.
+inline const types::variant* find_value(const generic::varg_list& args,
+                                        const strings::ustring8& data, std::size_t size) {
+    const unsigned long begin = first_eight(data);
+    const unsigned long mask = mask_of(size);
     const auto end = args.end();
     for (auto each = args.begin(); each != end; ++each) {
         const strings::ustring8& present = each->name();
-        if (present.size() == size && parser::detail::have_equal_bytes(present.data(), name, size))
+        if (present.size() == size && ((first_eight(present) ^ begin) & mask) == 0 &&
+            (size <= 8 || std::memcmp(present.data(), data.data(), size) == 0))
             return &each->value();
     }
     return nullptr;
@@ -50,32 +80,21 @@ bool append_valid_value(detail::text_buffer& text, message_item::type_t type,
 
 namespace detail {
 
-// Searches eight bytes at a time. The first separator becomes the lowest byte with its top bit set.
-// The bytes after the end are NUL.
 std::size_t name_size(const strings::ustring8& data) {
-    using generic::convert::detail::load_up_to_eight;
-    const unsigned long ones = 0x0101010101010101;
-    for (std::size_t begin = 0; begin < data.size(); begin += 8) {
-        const unsigned long word =
-            load_up_to_eight(data.data() + begin, data.size() - begin) ^ (ones * data_separator);
-        const unsigned long found = (word - ones) & ~word & (ones << 7);
-        if (found != 0)
-            return begin + static_cast<std::size_t>(__builtin_ctzl(found)) / 8;
-    }
-    return data.size();
+    return size_of_name(data);
 }
 
 // A case returns once it has appended something; anything that leaves the switch is invalid.
 void append_item(text_buffer& text, message_item::type_t type, const strings::ustring8& data,
                  const generic::varg_list& args) {
     if (type == message_item::type_text)
-        return text.append(data.data(), data.size());
-    const std::size_t size = name_size(data);
+        return text.append(data);
+    const std::size_t size = size_of_name(data);
     const types::variant* value = nullptr;
     switch (type) {
     case message_item::type_string:
         // The value's own string, even if it is "-0". Attributes are ignored.
-        value = find_value(args, data.data(), size);
+        value = find_value(args, data, size);
         if (value != nullptr) {
             text += value->as_string();
             return;
@@ -88,7 +107,7 @@ void append_item(text_buffer& text, message_item::type_t type, const strings::us
     case message_item::type_metric:
     case message_item::type_metric_unit:
     case message_item::type_duration:
-        value = find_value(args, data.data(), size);
+        value = find_value(args, data, size);
         if (value != nullptr && append_valid_value(text, type, *value, format_after(data, size)))
             return;
         break;

@@ -36,6 +36,16 @@ public:
         std::memcpy(m_end, bytes, count);
         m_end += count;
     }
+    /// The bytes of a whole string, of which most are short.
+    void append(const std::string& text) {
+        // Every string has room for so many bytes without an allocation, its terminator included,
+        // so they may be read, and the compiler knows how to copy them.
+        const std::size_t small = 16;
+        if (text.size() > small || static_cast<std::size_t>(m_limit - m_end) < small)
+            return append(text.data(), text.size());
+        std::memcpy(m_end, text.data(), small);
+        m_end += text.size();
+    }
     void append(std::size_t count, char byte) {
         if (count > static_cast<std::size_t>(m_limit - m_end))
             return append_to(spill(), count, byte);
@@ -51,7 +61,7 @@ public:
         return *this;
     }
     text_buffer& operator+=(const std::string& text) {
-        append(text.data(), text.size());
+        append(text);
         return *this;
     }
 

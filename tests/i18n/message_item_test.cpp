@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 #include <utility>
 
@@ -194,6 +195,38 @@ TEST(MessageItem, FindsAnArgumentByALongName) {
     EXPECT_EQ("0x00ff", item(3, name + "|base|hex").as_string(args));
     EXPECT_EQ("255", item(1, name).as_string(args));
     EXPECT_EQ("?invalid?", item(1, name + "n").as_string(args));
+}
+
+// Names are compared eight bytes at a time, and what is after the end of a string doesn't count.
+TEST(MessageItem, FindsAnArgumentByANameOfAnyLength) {
+    const std::string letters("abcdefghijklmnopqrstuvwxyz0123456789");
+    for (std::size_t size = 0; size <= 34; ++size) {
+        SCOPED_TRACE(size);
+        ustring8 shortened(letters);
+        shortened.replace(size, 1, "\x01");
+        shortened.resize(size);
+        varg_list args;
+        for (std::size_t other = 1; other <= letters.size(); ++other)
+            if (other != size)
+                args.push_back(argument(ustring8(letters.substr(0, other)), 1));
+        if (size != 0) {
+            std::string last_differs = letters.substr(0, size);
+            last_differs.back() = '?';
+            args.push_back(argument(ustring8(last_differs), 2));
+        }
+        const message_item plain(shortened, message_item::type_int);
+        const message_item formatted(shortened + "\x01"
+                                                 "base\x01"
+                                                 "hex",
+                                     message_item::type_int);
+        EXPECT_EQ(shortened, formatted.name());
+        EXPECT_EQ("?invalid?", plain.as_string(args));
+        EXPECT_EQ("?invalid?", formatted.as_string(args));
+
+        args.push_back(argument(shortened, 255));
+        EXPECT_EQ("255", plain.as_string(args));
+        EXPECT_EQ("0x00ff", formatted.as_string(args));
+    }
 }
 
 }  // namespace

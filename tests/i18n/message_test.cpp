@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <map>
 #include <new>
 #include <string>
@@ -130,6 +131,20 @@ TEST(Message, RendersLongStringsAndManyItemsCompletely) {
     }
     EXPECT_EQ(expected,
               message_t("k", parts).as_string(varg_list(argument("long", std::string(500, 'x')))));
+}
+
+TEST(Message, JoinsPiecesOfEveryLengthAtEveryPlace) {
+    for (std::size_t first = 300; first <= 400; ++first) {
+        std::string expected(first, 'f');
+        std::vector<message_item> items = {message_item(ustring8(expected))};
+        for (std::size_t size = 0; size <= 20; ++size) {
+            ustring8 piece("abcdefghijklmnopqrstuvwxyz");
+            piece.resize(size);
+            items.push_back(message_item(piece));
+            expected += piece;
+        }
+        EXPECT_EQ(expected, message_t("key", items).as_string(varg_list()));
+    }
 }
 
 TEST(Message, RendersWithOneAllocation) {
