@@ -255,6 +255,14 @@ bool xml_stream_parser::machine::take_start_tag() {
 }
 
 bool xml_stream_parser::machine::take_attribute() {
+    piece usual_name;
+    piece usual_value;
+    if (m_scanner.take_usual_attribute(usual_name, usual_value)) {
+        m_empty_value = usual_value.empty();
+        if (!m_nodes.add_attribute(usual_name, m_scanner.readable_at(usual_name), usual_value))
+            throw duplicate_attribute;
+        return true;
+    }
     const piece name = m_scanner.take_name();
     if (name.empty()) {
         if (!m_scanner.at_end())
@@ -271,7 +279,7 @@ bool xml_stream_parser::machine::take_attribute() {
     ustring8 value = parse_attrib_value();
     if (value.empty() && !m_empty_value)
         return wait();
-    if (!m_nodes.add_attribute(name, std::move(value)))
+    if (!m_nodes.add_attribute(name, m_scanner.readable_at(name), std::move(value)))
         throw duplicate_attribute;
     return true;
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <tuple>
+#include <utility>
 
 namespace TOVA_2_18 {
 namespace parser {
@@ -84,11 +86,21 @@ stream_nodes::node* stream_nodes::innermost_node() {
     return &*m_elements.top().second;
 }
 
-bool stream_nodes::add_attribute(piece name, ustring8&& value) {
-    if (!m_attribute_names.insert(name.data, name.size, name.size))
+bool stream_nodes::add_attribute(piece name, std::size_t readable, ustring8&& value) {
+    if (!m_attribute_names.insert(name.data, name.size, readable))
         return false;
     if (node* const element = innermost_node())
         element->attributes.emplace_back(name.string(), std::move(value));
+    return true;
+}
+
+bool stream_nodes::add_attribute(piece name, std::size_t readable, piece value) {
+    if (!m_attribute_names.insert(name.data, name.size, readable))
+        return false;
+    if (node* const element = innermost_node())
+        element->attributes.emplace_back(std::piecewise_construct,
+                                         std::forward_as_tuple(name.data, name.size),
+                                         std::forward_as_tuple(value.data, value.size));
     return true;
 }
 

@@ -79,8 +79,10 @@ public:
     void forget_attribute_names() { m_attribute_names.clear(); }
     /// Leaves the names in the parser's field as separate elements.
     void separate_attribute_names() { m_attribute_names.separate(); }
-    /// Adds an attribute to the innermost element. Returns false if the name already exists.
-    bool add_attribute(piece name, strings::ustring8&& value);
+    /// Adds an attribute to the innermost element. Returns false if the name already exists. Of the
+    /// bytes at the name, `readable` may be read.
+    bool add_attribute(piece name, std::size_t readable, strings::ustring8&& value);
+    bool add_attribute(piece name, std::size_t readable, piece value);
     /// Replaces the text of the innermost element.
     void set_text(strings::ustring8&& text);
     /// Marks the node of the innermost element as ready.

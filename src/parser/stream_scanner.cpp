@@ -21,6 +21,7 @@
 #include <tova/generic/convert/str_to_x.hpp>
 #include <tova/types/radix.hpp>
 
+#include "parser/equal_bytes.hpp"
 #include "strings/ascii.hpp"
 
 #include <unistd.h>
@@ -48,6 +49,9 @@ namespace {
 const std::size_t least_entity_size = 5;
 const std::size_t least_comment_size = 4;
 
+// With so many bytes every entity is complete, and so is what each of them waits for.
+const std::size_t most_entity_size = 12;
+
 // Contract: every byte with the high bit set is a name byte, so UTF-8 passes undecoded, while '-',
 // '.' and ':' are not. The C library decides only about the remaining ASCII bytes. In `xml_parser`
 // the locale alone decides about bytes with the high bit set.
@@ -60,7 +64,7 @@ bool is_name_byte(char byte) {
 // Most values and texts are a single piece, for which exactly enough memory is allocated.
 void add(ustring8& to, const char* bytes, std::size_t size) {
     if (to.empty())
-        to = ustring8(bytes, size);
+        to.assign(bytes, size);
     else
         to.append(bytes, size);
 }
@@ -72,8 +76,6 @@ void add(ustring8& to, const char* bytes, std::size_t size) {
 // The same four bytes as in `xml_parser`, which also passes the whitespace to its caller.
 std::size_t stream_scanner::end_of_whitespace(std::size_t begin, unsigned int& lines) {
     const char* const bytes = m_buffer.data();
-    if (begin >= m_end || !is_white_space(bytes[begin]))
-        return begin;
     return static_cast<std::size_t>(m_blocks.end_of_white_space(bytes + begin, lines) - bytes);
 }
 
@@ -203,10 +205,6 @@ bool stream_scanner::is_at_whitespace() const {
     return !at_end() && is_white_space(byte());
 }
 
-void stream_scanner::skip_whitespace() {
-    m_cursor = end_of_whitespace(m_cursor, m_line);
-}
-
 // Contract: the contents of the declaration are ignored. The first `?` or `>` ends it; after a `?`
 // one more byte is skipped, whatever it is and even if it has yet to arrive. A `>` right after
 // `<?xml` is not seen, because only the byte after the current one is compared with `>`.
@@ -234,7 +232,47 @@ piece stream_scanner::take_name() {
     return name;
 }
 
+// No reference and no whitespace, so there is nothing to put together, to commit or to count.
+bool stream_scanner::take_usual_attribute(piece& name, piece& value) {
+    if (at_end())
+        return false;
+    const char* const begin = m_buffer.data() + m_cursor;
+    const char* const end = m_buffer.data() + m_end;
+    const char* const equals = m_blocks.end_of_wide_name(begin);
+    if (equals == begin || end - equals < 2 || equals[0] != '=' ||
+        (equals[1] != '"' && equals[1] != '\''))
+        return false;
+    const char* const last = m_blocks.end_of_value(equals + 2, equals[1]);
+    if (last == end || *last != equals[1])
+        return false;
+    name = piece(begin, equals);
+    value = piece(equals + 2, last);
+    m_cursor = static_cast<std::size_t>(last - m_buffer.data());
+    return true;
+}
+
 // --- References ---------------------------------------------------------------------------------
+
+// An entity with so much data after it that nothing has to wait.
+bool stream_scanner::take_usual_entity(char& result) {
+    static const struct {
+        char text[7];
+        unsigned char size;
+        char result;
+    } entities[] = {{"&lt;", 4, '<'},   {"&gt;", 4, '>'},    {"&amp;", 5, '&'},
+                    {"&quot;", 6, '"'}, {"&apos;", 6, '\''}, {"&nbsp;", 6, ' '}};
+    if (remaining() < most_entity_size)
+        return false;
+    for (const auto& entity : entities) {
+        if (have_equal_bytes(m_buffer.data() + m_cursor, entity.text, entity.size)) {
+            m_cursor += entity.size - 1u;
+            commit();
+            result = entity.result;
+            return true;
+        }
+    }
+    return false;
+}
 
 // Contract: a reference commits where it ends. If the data ends later in the same text or value,
 // parsing resumes at the `;`, and what precedes it is lost. `xml_parser` has all the data and never
@@ -347,7 +385,11 @@ bool stream_scanner::take_value(ustring8& value) {
             throw xml_stream_parser::syntax_error;
         // Contract: a reference that needs more data drops the byte that it stopped on, and the
         // value continues after it. At the end of the data there is no such byte yet.
-        value += take_reference();
+        char usual;
+        if (take_usual_entity(usual))
+            value += usual;
+        else
+            value += take_reference();
         if (!at_end())
             ++m_cursor;
     }
@@ -357,18 +399,32 @@ bool stream_scanner::take_value(ustring8& value) {
 // `xml_parser` also ends a piece of text at two whitespace bytes and reports each piece; here a run
 // continues up to the next tag, and a reference is committed even if that tag has yet to arrive.
 bool stream_scanner::take_text(ustring8& text) {
+    bool has_room = false;
     while (!at_end()) {
         const std::size_t begin = m_cursor;
         m_cursor = end_of_plain_text(begin);
-        add(text, m_buffer.data() + begin, m_cursor - begin);
         if (at_end())
             break;
-        if (byte() == '<')
+        if (byte() == '<') {
+            add(text, m_buffer.data() + begin, m_cursor - begin);
             return true;
-        const ustring8 result = take_reference();
-        if (result.empty())
-            return false;
-        text += result;
+        }
+        // The text is no longer than what is left up to the tag. Without a tag it is dropped.
+        if (!has_room) {
+            const std::size_t tag = find('<', m_cursor, m_end);
+            text.reserve(tag == m_end ? 0 : tag - begin);
+            has_room = true;
+        }
+        text.append(m_buffer.data() + begin, m_cursor - begin);
+        char usual;
+        if (take_usual_entity(usual)) {
+            text += usual;
+        } else {
+            const ustring8 result = take_reference();
+            if (result.empty())
+                return false;
+            text += result;
+        }
         ++m_cursor;
     }
     return false;

@@ -27,6 +27,7 @@
 
 #include "parser/byte_blocks.hpp"
 #include "parser/piece.hpp"
+#include "strings/ascii.hpp"
 
 #include <cstddef>
 #include <list>
@@ -86,7 +87,15 @@ public:
     /// @{
     bool is_at_whitespace() const;
     /// Skips whitespace and counts its line feeds.
-    void skip_whitespace();
+    void skip_whitespace() {
+        if (at_end() || !strings::detail::is_white_space(byte()))
+            return;
+        // Attributes usually have one space between them.
+        if (byte() == ' ' && m_cursor + 1 < m_end && !strings::detail::is_white_space(byte(1)))
+            ++m_cursor;
+        else
+            m_cursor = end_of_whitespace(m_cursor, m_line);
+    }
 
     /// Skips the XML declaration, whose `<?xml` is at the cursor, up to the byte after its end or
     /// the end of the data.
@@ -99,6 +108,16 @@ public:
     /// is not a name byte, or on it if that is the first byte of the data or whitespace precedes
     /// it. The name is valid until data is added.
     piece take_name();
+
+    /// How many bytes of the buffer are at such a piece and after it.
+    std::size_t readable_at(piece bytes) const {
+        return m_buffer.size() - static_cast<std::size_t>(bytes.data - m_buffer.data());
+    }
+
+    /// Takes an attribute in its usual spelling, `name="value"` without references, and stops on
+    /// the closing quote. Returns false and leaves the cursor for anything else, and if the data
+    /// end first. Both are valid until data is added.
+    bool take_usual_attribute(piece& name, piece& value);
 
     /// Takes an entity or a character reference, stops on its `;`, commits there and returns its
     /// one byte. Returns an empty string if more data is needed. Throws `syntax_error`.
@@ -136,6 +155,7 @@ private:
     std::size_t find_two_dashes(std::size_t begin, std::size_t end, unsigned int& lines) const;
     std::size_t find(char wanted, std::size_t begin, std::size_t end) const;
 
+    bool take_usual_entity(char& result);
     strings::ustring8 take_entity(const char* letters, char result, std::size_t needed);
     strings::ustring8 take_entity_in_a();
     strings::ustring8 take_character_reference();
