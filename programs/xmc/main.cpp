@@ -119,7 +119,7 @@ private:
 
 void tool::add_check() {
     CLI::App& command = m_line.add_command(
-        "check", "find what the loader refuses, and what it takes silently and gets wrong",
+        "check", "find errors, and mistakes that programs accept silently",
         [this] { return run_check(m_check, std::cout, std::cerr, out_style()); });
     add_paths(command, m_check.check.paths);
     value_name(command.add_option("--reference", m_check.check.reference,

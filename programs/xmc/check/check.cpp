@@ -212,8 +212,8 @@ std::vector<finding> findings_of(const document& file) {
     }
     if (has_error)
         return result;
-    // The rules are meant to cover all that the loader refuses. Should one be missing, its own
-    // words are better than silence.
+    // The rules are meant to cover all that the loader refuses. If one is missing, the loader's own
+    // message is better than none.
     const verdict all = verdict_of(file.tokens(), [](auto, auto) { return true; });
     if (all.kind != load_kind::no_error) {
         finding found(*rules().find("unknown-element"), file.path(), all.bytes.begin,

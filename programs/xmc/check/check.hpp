@@ -29,7 +29,7 @@ struct checked_document {
     checked_document(std::string path, std::string bytes);
 
     document file;
-    std::vector<finding> findings;  ///< with their places
+    std::vector<finding> findings;  ///< with their lines and columns
 };
 
 /// The files of a check.

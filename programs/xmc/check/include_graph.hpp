@@ -23,7 +23,7 @@ public:
         bool is_readable = true;
     };
 
-    /// A path that is checked: a folder, or a file whose folder is taken.
+    /// A path to check: a folder, or a file, whose folder counts.
     void add_root(const std::string& path);
 
     void add_file(const std::string& path, std::vector<edge> edges, bool has_error);

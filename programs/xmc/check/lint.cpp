@@ -99,7 +99,7 @@ private:
         return m_found.back();
     }
 
-    // What was found in the bytes of a message is about that message.
+    // A problem within the bytes of a message belongs to that message.
     void name_messages() {
         const std::vector<message>& messages = m_file.messages();
         for (problem& each : m_found) {

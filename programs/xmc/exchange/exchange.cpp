@@ -290,8 +290,8 @@ void placeholders::add_source(const chunk& each) {
         add(each.name).source = each.text;
 }
 
-// First those that the source has as well; of the others each takes the name of a code that the
-// target lacks, if there is one of the same argument.
+// Codes that the source also has come first. Each of the others takes the name of a source code
+// that the target lacks, if one has the same argument.
 void placeholders::add_targets(const std::vector<chunk>& chunks) {
     for (const chunk& each : chunks)
         for (code& one : m_codes)

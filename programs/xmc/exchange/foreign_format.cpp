@@ -74,7 +74,8 @@ conversion conversion_at(std::string_view text, std::size_t begin, bool is_pytho
 
 // The attributes of the item. False if there is none: a field that is filled with zeros, a sign
 // that is always shown, a base other than ten, exponents, and widths of strings. A width is
-// dropped, for it is the least one there, and the most one here: longer numbers would not be shown.
+// dropped: there it is a minimum, in a catalog it is a maximum, and longer numbers would not be
+// shown.
 bool item_for(const conversion& each,
               std::vector<std::pair<std::string, std::string>>& attributes) {
     const bool is_number = each.flags.empty() || each.flags == "-";

@@ -25,7 +25,7 @@ const char not_in_reference[] = "not in the reference";
 const char note_prefix[] = "Note: ";
 const std::vector<std::string> all_categories = {"zero", "one", "two", "few", "many", "other"};
 
-// A string as PO has it, one line of the file for each line of the text.
+// A string in PO syntax, with one line of the file for each line of the text.
 std::string po_string(const std::string& text) {
     std::vector<std::string> lines(1);
     for (const char c : text) {
@@ -523,7 +523,7 @@ private:
         m_result.problems.push_back({m_entry->line, subject, text});
     }
 
-    // What an entry is known by: in a file of our own its context says all.
+    // The identity of an entry. In a file of our own it is the context alone.
     std::string entry_key(const entry& each) const {
         return m_is_own ? each.context : foreign_key(each) + (each.has_plural ? ".*" : "");
     }

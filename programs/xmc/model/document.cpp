@@ -89,7 +89,7 @@ private:
         }
     }
 
-    // An end tag may have attributes, which no element but `arg` and `br` survives.
+    // An end tag may have attributes, but only `arg` and `br` tolerate them.
     void refuse_attributes_of_end() {
         for (; is_at(token_kind::attribute_name); m_at += 2)
             report("unknown-attribute", now().bytes, "an end tag has no attributes");
@@ -440,7 +440,7 @@ std::string shown(std::string_view byte) {
 
 }  // namespace
 
-// Long because each kind of error has its words.
+// Long because each kind of error has its own message.
 void reader::report_xml(const xml_problem& found) {
     const std::string_view bytes = m_doc.m_bytes;
     switch (found.kind) {

@@ -11,7 +11,7 @@
 
 namespace tova_programs::xmc {
 
-/// Reads each file, and each file that is included, once, and hands it over. Symbolic links and
+/// Reads each file and each included file once and passes it on. Symbolic links and
 /// included files that cannot be read are left out; `check` reports them.
 void for_each_document(const std::vector<std::string>& paths,
                        const std::function<void(const document&)>& take);
@@ -20,7 +20,7 @@ using documents = std::vector<std::unique_ptr<document>>;
 
 documents read_documents(const std::vector<std::string>& paths);
 
-/// A message with what it is in.
+/// A message with its file and its catalog.
 struct placed_message {
     const document* file;
     const catalog* of;

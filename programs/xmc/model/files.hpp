@@ -1,5 +1,5 @@
 /// @file
-/// Which files a program reads that loads catalogs from some paths.
+/// The files that a program reads when it loads catalogs from paths.
 #pragma once
 
 #include <string>

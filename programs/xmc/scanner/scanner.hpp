@@ -7,9 +7,9 @@
 ///         for (const xml_problem& each : tokens.problems()) ...
 ///
 /// A scan has one of two outcomes. If the XML is well-formed, its tokens are those of the loader.
-/// If it isn't, `error()` is the loader's error, and the bytes are read again, more tolerantly:
-/// that reading goes on after an error and guesses what was meant, so it finds the others as well,
-/// and names the element that lacks its end rather than the line where that shows.
+/// If it isn't, `error()` is the loader's error, and a second, more tolerant reading guesses what
+/// was meant and continues after an error. It finds the other errors as well, and names the element
+/// that is not closed instead of the line where the loader notices it.
 ///
 /// A scan is constant once it is made, so threads may share it.
 #pragma once

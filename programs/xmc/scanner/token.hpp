@@ -59,7 +59,7 @@ enum class xml_error : std::uint8_t {
     data_after_root
 };
 
-/// An error of the XML, with what the loader's message quotes and counts.
+/// An XML error, with the text and the line of the loader's message.
 struct xml_problem {
     xml_error kind = xml_error::none;
     unsigned int line = 0;  ///< the loader's count, from 0 and without many line feeds

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-// The order of the tests is the loader's, also where it looks odd, because the first error is the
-// one that is reported.
+// The order of the tests is the loader's, even where it looks odd, because only the first error is
+// reported.
 
 namespace tova_programs::xmc {
 

@@ -1,5 +1,5 @@
 /// @file
-/// What the library's loader says of an XMC file: the kind of its error and what the message
+/// What the library's loader reports for an XMC file: the kind of the error and what its message
 /// quotes.
 ///
 /// This is the loader's own walk over the tokens, without building anything. What it includes is
