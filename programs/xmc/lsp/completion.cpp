@@ -1,6 +1,7 @@
 #include "xmc/lsp/cursor.hpp"
 #include "xmc/lsp/features.hpp"
 #include "xmc/lsp/lookup.hpp"
+#include "xmc/lsp/uri.hpp"
 #include "xmc/lsp/vocabulary.hpp"
 #include "xmc/model/documents.hpp"
 #include "xmc/model/files.hpp"
@@ -236,7 +237,7 @@ private:
             for (const auto& each : missing_messages())
                 add_value(each.first, kind_value,
                           readable_text(each.second.in->file, *each.second.what));
-        else if (tag == "include" && name == "file")
+        else if (tag == "include" && name == "file" && !path_of(m_at.uri).empty())
             add_files();
     }
 

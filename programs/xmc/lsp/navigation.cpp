@@ -33,8 +33,10 @@ json location_of(const found_message& each, span bytes, const request_place& at,
             {"range", range_json(maps.of(each.in), bytes.begin, bytes.end)}};
 }
 
-// The file that an include at the place names.
+// The file that an include at the place names. A document that is no file has no folder either.
 json included_file(const request_place& at) {
+    if (path_of(at.uri).empty())
+        return json::array();
     const document& file = at.in->file;
     for (const include& each : file.includes()) {
         if (each.file.empty() || !has(each.bytes, at.offset))
