@@ -75,10 +75,12 @@ private:
     static void add_choice_of_rules(CLI::App& command, check_options& options) {
         command.add_option("--only", options.only, "report these rules only")
             ->delimiter(',')
+            ->allow_extra_args(false)
             ->check(CLI::IsMember(rules().ids()))
             ->type_name("RULES");
         command.add_option("--ignore", options.ignored, "do not report these rules")
             ->delimiter(',')
+            ->allow_extra_args(false)
             ->check(CLI::IsMember(rules().ids()))
             ->type_name("RULES");
     }

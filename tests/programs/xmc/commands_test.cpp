@@ -40,6 +40,7 @@ const struct {
     const char* arguments;
 } commands[] = {
     {"check", "check catalogs"},
+    {"check_ignore", "check --ignore cdata-space --ignore crlf,trailing-space untidy.xmc"},
     {"check_note", "check --fail-on note catalogs"},
     {"coverage", "coverage catalogs"},
     {"coverage_csv", "coverage --format csv catalogs"},
