@@ -55,11 +55,12 @@ def project(folder):
     (folder / "de.xmc").write_text(GERMAN)
 
 
-def complete(client, name, version, text):
-    """Sets the document to the text without its "|", and asks for completions there."""
+def complete(client, name, version, text, count=1):
+    """Sets the document to the text without its "|", which changes the diagnostics of `count` files, and asks
+    for completions there."""
     before = text[:text.index("|")]
     client.change(name, version, text.replace("|", "", 1))
-    client.diagnostics()
+    client.diagnostics(count)
     line = before.count("\n")
     return client.request("textDocument/completion", client.at(name, line, len(before) - before.rfind("\n") - 1))
 
@@ -187,6 +188,47 @@ def includes(folder):
         client.notify("workspace/didChangeWorkspaceFolders",
                       {"event": {"added": [], "removed": [{"uri": client.uri(), "name": "project"}]}})
         client.diagnostics(2)
+        assert client.end() == 0
+
+
+def options(folder):
+    """Another reference, some rules, one of two folders, and the explanations of rules."""
+    for name in ("po", "old"):
+        (folder / name).mkdir()
+        project(folder / name)
+    capabilities = {"textDocument": {**FULL["textDocument"],
+                                     "publishDiagnostics": {"dataSupport": True}}}
+    with Client(PROGRAM, folder, "--stdio", "--reference", "de-AT", "--ignore", "lang-separator", "po") as client:
+        client.initialize(capabilities)
+        client.diagnostics(2)  # of po only
+        client.open("po/de.xmc", GERMAN)
+        client.diagnostics()
+        client.request("textDocument/codeAction",
+                       {"textDocument": {"uri": client.uri("po/de.xmc")}, "range": span(0, 0, 9, 0),
+                        "context": {"diagnostics": [], "only": ["quickfix"]}})
+        client.request("textDocument/definition", client.at("po/en.xmc", 3, 16))
+        complete(client, "po/de.xmc", 2, HEAD + '<catalog name="app" lang="fr"><|', 2)
+        assert client.end() == 0
+
+
+def unsaved(folder):
+    """A document that is no file yet is checked by itself."""
+    (folder / "words.part").write_text(HEAD + "</xmc>\n")
+    uri = "untitled:Untitled-1"
+    with Client(PROGRAM, folder) as client:
+        client.initialize(FULL, with_folder=False)
+        client.receive()
+        text = GERMAN.replace("<catalog", '<include file="words.part"/> <catalog', 1)
+        client.notify("textDocument/didOpen", {"textDocument": {
+            "uri": uri, "languageId": "xmc", "version": 1, "text": text}})
+        client.diagnostics()
+        client.request("textDocument/hover", {"textDocument": {"uri": uri}, "position": {"line": 3, "character": 9}})
+        # It has no folder from which an include could start.
+        place = {"textDocument": {"uri": uri}, "position": {"line": 2, "character": 18}}
+        assert client.request("textDocument/definition", place) == []
+        assert client.request("textDocument/completion", place)["items"] == []
+        client.notify("textDocument/didClose", {"textDocument": {"uri": uri}})
+        assert client.diagnostics() == [(uri, [])]
         assert client.end() == 0
 
 
@@ -412,7 +454,7 @@ def random_document(folder):
                     latest(client, version + 5000)
 
 
-SESSIONS = [editing, plain, completion, includes, errors]
+SESSIONS = [editing, plain, completion, includes, options, unsaved, errors]
 OTHERS = [cancelling, ends, encodings, cut_frames, random_content, random_document]
 
 
