@@ -42,10 +42,10 @@ public:
         add_schema_command();
         m_line.add_section(
             "SOURCES",
-            "A program finds its settings in its command line, in a file and in its "
-            "environment, in this order. show, get and explain take its arguments after "
-            "--:\n\n  tova-cfg show app.cfg -- -port 80\n\nMore than one FILE is the list "
-            "of a module, the strongest first.");
+            "A program reads its settings from its command line, a file and its environment; the "
+            "first of them that has a key decides. show, get and explain take the program's "
+            "arguments after --:\n\n  tova-cfg show app.cfg -- -port 80\n\nSeveral FILEs are the "
+            "list of a module, the strongest first.");
         m_line.add_section("SEE ALSO", "The guide for operators is part of the documentation of "
                                        "the library: docs/operators.md.");
     }
@@ -57,18 +57,20 @@ private:
 
     void add_sources(CLI::App& command, source_options& from) {
         command.add_option("FILE", from.files, "settings files");
-        command.add_flag("-e,--env", from.uses_environment, "with the environment");
+        command.add_flag("-e,--env", from.uses_environment, "include environment variables");
         value_name(command.add_option("--program", from.program,
                                       "the name of the program, its argument 0"),
                    "NAME");
-        value_name(command.add_option("--alias", from.aliases, "an alias that the program sets")
+        value_name(command.add_option("--alias", from.aliases, "an alias that the program defines")
                        ->allow_extra_args(false),
                    "KEY=TARGET");
         add_schema(command, from.schema_path);
         from.arguments = m_arguments;
     }
     static void add_schema(CLI::App& command, std::string& path) {
-        value_name(command.add_option("-s,--schema", path, "what the program declares"), "FILE");
+        value_name(
+            command.add_option("-s,--schema", path, "the schema: the keys that the program knows"),
+            "FILE");
     }
     static void add_json(CLI::App& command, bool& as_json) {
         command.add_flag("--json", as_json, "write JSON");
@@ -104,7 +106,8 @@ void tool::add_show() {
         m_line.add_command("show", "show every setting, where it is set and what it hides",
                            [this] { return run_show(m_show, std::cout, std::cerr, out_style()); });
     add_sources(command, m_show.sources);
-    value_name(command.add_option("--below", m_show.below, "only this key and longer ones"), "KEY");
+    value_name(command.add_option("--below", m_show.below, "only this key and the keys below it"),
+               "KEY");
     add_json(command, m_show.as_json);
 }
 
@@ -138,15 +141,17 @@ void tool::add_explain() {
 
 void tool::add_set() {
     CLI::App& command =
-        m_line.add_command("set", "set a value in a file; comments, order and layout stay",
+        m_line.add_command("set", "set a value in a file and keep its comments, order and layout",
                            [this] { return run_set(m_set, std::cout, std::cerr, out_style()); });
     command.add_option("FILE", m_set.file, "a settings file")->required();
     command.add_option("KEY", m_set.key, "the setting")->required();
-    command.add_option("VALUE", m_set.values, "its value; more than one are an array")->required();
-    command.add_flag("--array", m_set.is_array, "an array, even of one value");
-    command.add_flag("--create", m_set.creates, "make the file if it does not exist");
-    command.add_flag("--dry-run", m_set.is_dry_run, "show the change only");
+    command.add_option("VALUE", m_set.values, "the value; several values make an array")
+        ->required();
+    command.add_flag("--array", m_set.is_array, "store an array, even of one value");
+    command.add_flag("--create", m_set.creates, "create the file if it does not exist");
+    command.add_flag("--dry-run", m_set.is_dry_run, "only show the change");
     add_schema(command, m_set.schema_path);
+    add_json(command, m_set.as_json);
 }
 
 void tool::add_unset() {
@@ -155,34 +160,38 @@ void tool::add_unset() {
     });
     command.add_option("FILE", m_unset.file, "a settings file")->required();
     command.add_option("KEY", m_unset.keys, "the settings")->required();
-    command.add_flag("--dry-run", m_unset.is_dry_run, "show the change only");
+    command.add_flag("--dry-run", m_unset.is_dry_run, "only show the change");
+    add_json(command, m_unset.as_json);
 }
 
 void tool::add_check() {
     CLI::App& command =
-        m_line.add_command("check", "find what a file most likely does not mean", [this] {
+        m_line.add_command("check", "find likely mistakes in settings files", [this] {
             return run_check(m_check, std::cout, std::cerr, out_style());
         });
     command.add_option("FILE", m_check.check.files, "settings files");
     add_schema(command, m_check.check.schema_path);
     command
-        .add_option("--written-for", m_check.check.written_for,
-                    "the reader that the files were written for: report what it takes differently")
+        .add_option(
+            "--written-for", m_check.check.written_for,
+            "also report what this reader, for which the files were written, reads differently")
         ->check(CLI::IsMember({"configparser", "inih"}));
     command
         .add_option("--fail-on", m_check.fail_on,
-                    "the least severity that makes the exit code 1 (warning)")
+                    "the lowest severity that sets exit code 1 (default: warning)")
         ->check(CLI::IsMember({"error", "warning", "note", "never"}));
     command.add_option("--only", m_check.check.only, "report these rules only")
         ->delimiter(',')
+        ->allow_extra_args(false)
         ->check(CLI::IsMember(rules().ids()))
         ->type_name("RULES");
     command.add_option("--ignore", m_check.check.ignored, "do not report these rules")
         ->delimiter(',')
+        ->allow_extra_args(false)
         ->check(CLI::IsMember(rules().ids()))
         ->type_name("RULES");
     command.add_flag("--fix", m_check.fixes, "change the files where the fix is certain");
-    command.add_flag("--dry-run", m_check.is_dry_run, "with --fix: show the changes only");
+    command.add_flag("--dry-run", m_check.is_dry_run, "with --fix: only show the changes");
     const std::map<std::string, report_format> formats = {{"text", report_format::text},
                                                           {"json", report_format::json},
                                                           {"sarif", report_format::sarif},
@@ -203,9 +212,9 @@ void tool::add_check() {
 }
 
 void tool::add_roundtrip() {
-    CLI::App& command = m_line.add_command(
-        "roundtrip", "show what a program that saves a file would lose, move or add",
-        [this] { return run_roundtrip(m_roundtrip, std::cout, out_style()); });
+    CLI::App& command =
+        m_line.add_command("roundtrip", "show what a file loses or gains when a program saves it",
+                           [this] { return run_roundtrip(m_roundtrip, std::cout, out_style()); });
     command.add_option("FILE", m_roundtrip.file, "a settings file")->required();
     add_json(command, m_roundtrip.as_json);
 }
@@ -229,16 +238,16 @@ void tool::add_convert() {
 
 void tool::add_watch() {
     CLI::App& command =
-        m_line.add_command("watch", "print what changes when a file changes",
+        m_line.add_command("watch", "print each setting that changes in a file",
                            [this] { return run_watch(m_watch, std::cout, out_style()); });
     command.add_option("FILE", m_watch.file, "a settings file")->required();
-    value_name(command.add_option("--count", m_watch.count, "end after that many changes"), "N");
-    command.add_flag("--json", m_watch.as_json, "write an object a line");
+    value_name(command.add_option("--count", m_watch.count, "exit after N changes"), "N");
+    command.add_flag("--json", m_watch.as_json, "write one JSON object per line");
 }
 
 void tool::add_schema_command() {
     CLI::App& command = m_line.add_command(
-        "schema", "make documentation, a sample file or completion from a declaration of keys",
+        "schema", "write documentation, a sample file or completions from a schema",
         [this] { return run_schema(m_schema, std::cout); });
     command.add_option("FILE", m_schema.file, "a schema")->required();
     command
@@ -251,7 +260,7 @@ void tool::add_schema_command() {
     value_name(command.add_option("--program", m_schema.program, "the program to complete"),
                "NAME");
     command.add_flag("--guess", m_schema.is_settings,
-                     "FILE has settings: write a schema that fits them");
+                     "FILE is a settings file: write a schema that fits it");
 }
 
 }  // namespace

@@ -59,8 +59,11 @@ std::string spelled(const CLI::Option& option) {
         result += (result.empty() ? "" : ", ") + ("\\fB\\-\\-" + escaped(name) + "\\fR");
     if (result.empty())
         return "\\fI" + escaped(option.get_name(true)) + "\\fR";
-    const std::string value = value_of(option);
-    return value.empty() ? result : result + " \\fI" + escaped(value) + "\\fR";
+    // A list of words may be broken after each comma.
+    std::string value;
+    for (const char c : escaped(value_of(option)))
+        value += c == ',' ? ",\\:" : std::string(1, c);
+    return value.empty() ? result : result + " \\fI" + value + "\\fR";
 }
 
 void write_options(std::ostream& out, const CLI::App& app) {

@@ -5,7 +5,12 @@
 #include "cfg/version.hpp"
 #include "support/exit_code.hpp"
 #include "support/line_diff.hpp"
+#include "support/progress.hpp"
 #include "support/text_file.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <map>
@@ -16,11 +21,14 @@ namespace tova_programs::cfg {
 
 namespace {
 
+using nlohmann::ordered_json;
+
 bool names(const std::vector<std::string>& list, const finding& found) {
     return std::find(list.begin(), list.end(), found.broken_rule->id) != list.end();
 }
 
-// Applies the certain fixes to each file, or shows what would change.
+// Applies the certain fixes to each file, or shows what would change. The other formats list the
+// fixes with the findings.
 void fix_files(const report& found, const check_command& command, std::ostream& out,
                std::ostream& errors, const style& colors) {
     std::map<std::string, std::vector<const finding*>> by_file;
@@ -32,7 +40,8 @@ void fix_files(const report& found, const check_command& command, std::ostream& 
         std::string after = before;
         const std::size_t count = apply_fixes(after, file.second);
         if (command.is_dry_run) {
-            write_line_diff(out, before, after, file.first, file.first, colors);
+            if (command.format == report_format::text)
+                write_line_diff(out, before, after, file.first, file.first, colors);
             continue;
         }
         write_file(file.first, after);
@@ -48,16 +57,39 @@ bool fails(const report& found, const std::string& level) {
                                           : severity::note);
 }
 
-int explain_rule(const std::string& id, std::ostream& out, std::ostream& errors,
+ordered_json json_of(const rule& one) {
+    return {{"id", one.id},
+            {"severity", name_of(one.level)},
+            {"summary", one.summary},
+            {"explanation", one.explanation}};
+}
+
+int explain_rule(const check_command& command, std::ostream& out, std::ostream& errors,
                  const style& colors) {
     const rule_list all = rules();
-    const rule* const found = all.find(id);
+    const rule* const found = all.find(command.explained);
     if (found == nullptr) {
-        errors << "tova-cfg: there is no rule \"" << id << "\"; check --list-rules shows them\n";
+        errors << "tova-cfg: there is no rule \"" << command.explained
+               << "\"; check --list-rules shows them\n";
         return exit_usage;
     }
-    explain(out, *found, colors);
+    if (command.format == report_format::json)
+        out << json_of(*found).dump(2) << '\n';
+    else
+        explain(out, *found, colors);
     return exit_clean;
+}
+
+void list_rules(const check_command& command, std::ostream& out) {
+    if (command.format != report_format::json) {
+        for (const rule& each : rules())
+            out << each.id << " (" << name_of(each.level) << "): " << each.summary << '\n';
+        return;
+    }
+    ordered_json all = ordered_json::array();
+    for (const rule& each : rules())
+        all.push_back(json_of(each));
+    out << all.dump(2) << '\n';
 }
 
 }  // namespace
@@ -76,6 +108,7 @@ report check(const check_options& options) {
         add(lint_schema(declared, options.schema_path));
     }
     std::set<std::string> keys;
+    progress shown(STDERR_FILENO, "checking", options.files.size());
     for (const std::string& path : options.files) {
         const document file(path, read_file(path));
         for (const entry& each : file.entries())
@@ -86,6 +119,7 @@ report check(const check_options& options) {
         if (!options.written_for.empty())
             add(lint_written_for(file, options.written_for == "inih" ? ini_dialect::inih
                                                                      : ini_dialect::configparser));
+        shown.step();
     }
     if (!options.files.empty())
         add(lint_required(options.files, keys, declared));
@@ -96,12 +130,11 @@ report check(const check_options& options) {
 int run_check(const check_command& command, std::ostream& out, std::ostream& errors,
               const style& colors) {
     if (command.lists_rules) {
-        for (const rule& each : rules())
-            out << each.id << " (" << name_of(each.level) << "): " << each.summary << '\n';
+        list_rules(command, out);
         return exit_clean;
     }
     if (!command.explained.empty())
-        return explain_rule(command.explained, out, errors, colors);
+        return explain_rule(command, out, errors, colors);
     if (command.check.files.empty()) {
         errors << "tova-cfg: check needs a file\n";
         return exit_usage;
@@ -112,7 +145,7 @@ int run_check(const check_command& command, std::ostream& out, std::ostream& err
         if (!command.is_dry_run)
             found = check(command.check);
     }
-    if (!command.fixes || !command.is_dry_run)
+    if (!command.fixes || !command.is_dry_run || command.format != report_format::text)
         found.write(out, command.format, colors);
     return fails(found, command.fail_on) ? exit_findings : exit_clean;
 }

@@ -119,7 +119,7 @@ private:
             add("open-header", each.bytes, "", "the header is not closed: \"]\" is missing");
             return;
         }
-        // Spaces next to the brackets are no part of a name to anybody.
+        // Spaces next to the brackets are dropped, but nobody means them as part of the name.
         std::size_t names = 0;
         bool has_space = false;
         for (std::size_t i = each.tokens; i < m_file.tokens().size(); ++i) {
@@ -182,7 +182,7 @@ private:
         }
     }
 
-    // One line of a key: its tokens, and whether it is the last one, which ends with the `=`.
+    // One line of a key: its tokens, and whether it is the last line, which ends with the `=`.
     void check_key_line(const entry& each, std::size_t begin, std::size_t end, bool has_equals) {
         while (begin < end && is_blank(at(begin).kind))
             ++begin;
@@ -199,10 +199,11 @@ private:
                 return;
         }
         if (text[0] == ';') {
-            finding& found = add("semicolon-comment", {bytes.begin, bytes.begin + 1}, "",
-                                 has_equals ? "\";\" starts no comment; it is part of the key"
-                                            : "\";\" starts no comment; the line is joined to the "
-                                              "key on the next one");
+            finding& found =
+                add("semicolon-comment", {bytes.begin, bytes.begin + 1}, "",
+                    has_equals ? "\";\" does not start a comment; it is part of the key"
+                               : "\";\" does not start a comment; the line is joined to the "
+                                 "key on the next one");
             if (text.find('"') == text.npos)
                 found.edits.push_back({bytes.begin, 1, "#"});
             return;
@@ -230,7 +231,7 @@ private:
             }
     }
 
-    // Whether a sign of two characters is where the "=" was meant.
+    // Returns whether the line has an operator where an "=" was meant.
     bool check_operation(std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i)
             if (at(i).kind == token_kind::operation) {
@@ -278,7 +279,7 @@ private:
             check_spaces(each, each.values[i]);
     }
 
-    // Whether the comment cuts a value off.
+    // Returns whether the comment cuts off a value.
     bool check_comment_start(const entry& each, const comment& one) {
         const std::string_view text = m_file.source(one.bytes);
         const char before = byte(one.bytes.begin - 1);
@@ -323,7 +324,7 @@ private:
                 continue;
             const std::size_t offset = one.bytes.begin + sign;
             finding& found = add("semicolon-comment", {offset, offset + 1}, each.key,
-                                 "\";\" starts no comment; it is part of the value");
+                                 "\";\" does not start a comment; it is part of the value");
             const std::string_view rest = m_file.source({offset, each.value_bytes.end});
             if (rest.find_first_of("\"\n") == rest.npos)
                 found.edits.push_back({offset, 1, is_after_space ? "#" : " #"});
@@ -373,7 +374,7 @@ private:
                 is_continued = is_continued || after_comma;
             } else if (is_continued && one.kind == token_kind::equals) {
                 add("unfinished-array", each.key_bytes, each.key,
-                    "the array ends with a comma and takes line " +
+                    "the array ends with a comma and goes on in line " +
                         std::to_string(m_lines.at(one.bytes.begin).line));
                 return;
             } else {
@@ -395,7 +396,7 @@ private:
             const entry*& earlier = known[each.key];
             if (earlier != nullptr) {
                 std::string text = "line " + std::to_string(m_lines.at(earlier->bytes.begin).line) +
-                                   " sets it, too; this one wins";
+                                   " sets it too; this one wins";
                 if (earlier->full_name != each.full_name)
                     text += "; " + quoted(earlier->full_name) + " and " + quoted(each.full_name) +
                             " are one key";
@@ -420,7 +421,7 @@ private:
                  dot = each.key.find('.', dot + 1))
                 if (plain.count(each.key.substr(0, dot)) != 0) {
                     add("key-and-section", each.key_bytes, each.key,
-                        quoted(each.key.substr(0, dot)) + " has a value, too");
+                        quoted(each.key.substr(0, dot)) + " has a value too");
                     break;
                 }
         }

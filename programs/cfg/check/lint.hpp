@@ -1,5 +1,5 @@
 /// @file
-/// What a settings file says by itself that its author most likely did not mean.
+/// Likely mistakes in a settings file.
 #pragma once
 
 #include "cfg/model/ini_format.hpp"

@@ -29,21 +29,22 @@ const rule table[] = {
     {"no-key", severity::error, "\"=\" without a key",
      "What follows the \"=\" is read as the next key."},
     {"byte-order-mark", severity::error, "a byte order mark at the beginning",
-     "The loader does not know it, so it becomes part of the first key or makes one of a header or "
-     "comment. The fix removes it."},
+     "The loader does not recognize it, so it becomes part of the first key, or turns a header or "
+     "comment in the first line into a key. The fix removes it."},
     {"open-header", severity::error, "a header without \"]\"",
      "Without a \"]\" the header goes on in the next lines, up to a \"]\" or the end of the file, "
      "and the entries in between are lost."},
     {"text-after-header", severity::warning, "text after a header",
-     "What follows a header on its line is read as a key. A comment may follow."},
+     "Text after a header on the same line is read as a key. A comment may follow a header."},
     {"duplicate-key", severity::warning, "a key that is set twice",
      "The later value wins. Letter case does not matter, and \".\", \"/\" and \"\\\" are the same: "
      "Server/Port and server.port are one key. A shorter array leaves the last elements of a "
      "longer one."},
     {"key-and-section", severity::warning, "a key with a value and longer keys",
-     "A key that has a value should not begin other keys: a source that has server.port.admin has "
-     "server.port, too, with the value true, and hides it in the sources after it. A save loses "
-     "the longer one."},
+     "A key with a value should not begin other keys: a source that has server.port.admin also has "
+     "server.port, with the value true, and hides server.port in the sources after it. A save "
+     "loses "
+     "the longer key."},
 
     // --- Values ---
     {"empty-value", severity::warning, "a key without a value",
@@ -105,15 +106,16 @@ const rule table[] = {
      "length make 35 MB of 2.6 kB in two rounds."},
 
     // --- Other readers ---
-    {"reads-differently", severity::warning, "an entry that another reader takes differently",
-     "Found with --written-for only. Readers of INI files differ: Python's configparser and inih "
-     "keep "
-     "double quotes and spaces, end a key at the first \":\" too, know no \"//\" and no arrays, "
-     "and "
-     "join an indented line to the value before it. A \"#\" after a value starts a comment for "
-     "neither, a \";\" after a space one for inih only. convert writes a file that means here what "
-     "it "
-     "meant there."},
+    {"reads-differently", severity::warning, "an entry that another reader reads differently",
+     "Only with --written-for. Readers of INI files differ: Python's configparser and inih keep "
+     "double "
+     "quotes and spaces, end a key at a \":\" too, do not know \"//\" and arrays, and join an "
+     "indented "
+     "line to the value before it. A \"#\" after a value starts a comment for neither of them, and "
+     "a "
+     "\";\" after a space only for inih. tova-cfg convert writes a settings file with the values "
+     "that "
+     "the other reader sees."},
 
     // --- The schema ---
     {"unknown-key", severity::error, "a key that the program does not know",

@@ -21,12 +21,42 @@ namespace {
 
 using nlohmann::ordered_json;
 
-void store(const std::string& path, const std::string& before, const std::string& after,
-           bool is_dry_run, std::ostream& out, const style& colors) {
-    if (is_dry_run)
-        write_line_diff(out, before, after, path, path, colors);
-    else if (before != after)
-        write_file(path, after);
+// A key that cannot be changed as asked, and why.
+struct problem {
+    std::string key;
+    std::string reason;
+};
+
+// What became of a file, to be stored and reported.
+struct changed_file {
+    std::string path;
+    std::string before;
+    std::string after;
+    std::vector<problem> problems;
+};
+
+// Stores the file unless only the change is to be shown. Returns the exit code.
+int finish(const changed_file& file, bool is_dry_run, bool as_json, std::ostream& out,
+           std::ostream& errors, const style& colors) {
+    if (!is_dry_run && file.before != file.after)
+        write_file(file.path, file.after);
+    if (as_json) {
+        ordered_json all;
+        all["file"] = file.path;
+        all["changed"] = file.before != file.after;
+        if (is_dry_run)
+            all["text"] = file.after;
+        all["problems"] = ordered_json::array();
+        for (const problem& each : file.problems)
+            all["problems"].push_back({{"key", each.key}, {"reason", each.reason}});
+        out << all.dump(2, ' ', false, ordered_json::error_handler_t::replace) << '\n';
+    } else {
+        for (const problem& each : file.problems)
+            errors << "tova-cfg: " << each.key << ": " << each.reason << '\n';
+        if (is_dry_run)
+            write_line_diff(out, file.before, file.after, file.path, file.path, colors);
+    }
+    return file.problems.empty() ? exit_clean : exit_findings;
 }
 
 // What the schema says against the values, or the empty string.
@@ -88,50 +118,44 @@ changes changes_of(const document& before, const document& after) {
 
 int run_set(const set_options& options, std::ostream& out, std::ostream& errors,
             const style& colors) {
-    const std::string refused = refusal(options);
-    if (!refused.empty()) {
-        errors << "tova-cfg: " << options.key << ": " << refused << '\n';
-        return exit_findings;
-    }
     const bool is_new = options.creates && ::access(options.file.c_str(), F_OK) != 0;
     const document file(options.file, is_new ? "" : read_file(options.file));
+    changed_file result = {options.file, file.bytes(), file.bytes(), {}};
+    const std::string refused = refusal(options);
+    if (!refused.empty())
+        result.problems.push_back({options.key, refused});
     try {
         const bool is_array =
             options.is_array || options.values.size() > 1 || has_array(file, options.key);
-        const std::string after = with_value(file, options.key, options.values, is_array);
-        store(options.file, file.bytes(), after, options.is_dry_run, out, colors);
+        if (refused.empty())
+            result.after = with_value(file, options.key, options.values, is_array);
     } catch (const edit_error& error) {
-        errors << "tova-cfg: " << options.key << ": " << error.what() << '\n';
-        return exit_findings;
+        result.problems.push_back({options.key, error.what()});
     }
-    return exit_clean;
+    return finish(result, options.is_dry_run, options.as_json, out, errors, colors);
 }
 
 int run_unset(const unset_options& options, std::ostream& out, std::ostream& errors,
               const style& colors) {
     const std::string before = read_file(options.file);
-    std::string after = before;
-    int code = exit_clean;
+    changed_file result = {options.file, before, before, {}};
     for (const std::string& key : options.keys) {
-        const document file(options.file, after);
+        const document file(options.file, result.after);
         std::vector<std::string> known;
         for (const entry& each : file.entries())
             known.push_back(each.key);
         if (std::find(known.begin(), known.end(), path_of(key)) == known.end()) {
-            errors << "tova-cfg: " << options.file << " has no \"" << key << '"'
-                   << did_you_mean(path_of(key), known) << '\n';
-            code = exit_findings;
+            result.problems.push_back(
+                {key, options.file + " has no such key" + did_you_mean(path_of(key), known)});
             continue;
         }
         try {
-            after = without(file, key);
+            result.after = without(file, key);
         } catch (const edit_error& error) {
-            errors << "tova-cfg: " << key << ": " << error.what() << '\n';
-            code = exit_findings;
+            result.problems.push_back({key, error.what()});
         }
     }
-    store(options.file, before, after, options.is_dry_run, out, colors);
-    return code;
+    return finish(result, options.is_dry_run, options.as_json, out, errors, colors);
 }
 
 int run_roundtrip(const roundtrip_options& options, std::ostream& out, const style& colors) {

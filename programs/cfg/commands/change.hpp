@@ -19,9 +19,11 @@ struct set_options {
     bool is_array = false;
     bool creates = false;
     bool is_dry_run = false;
+    bool as_json = false;
 };
 
-/// Changes one entry in place. The file is replaced in one step.
+/// Changes one entry in place. The file is replaced in one step. The exit code is 1 if the schema
+/// refuses the value, or if a settings file cannot hold it.
 int run_set(const set_options& options, std::ostream& out, std::ostream& errors,
             const style& colors);
 
@@ -29,6 +31,7 @@ struct unset_options {
     std::string file;
     std::vector<std::string> keys;
     bool is_dry_run = false;
+    bool as_json = false;
 };
 
 /// Removes entries. The exit code is 1 if the file has no entry of a key.

@@ -38,18 +38,18 @@ public:
     void add(const foreign_value& value) {
         const std::string key = joined(value.path);
         if (!value.problem.empty())
-            return lose(key, value.problem + " has no form in a settings file");
+            return lose(key, "a settings file cannot hold " + value.problem);
         for (const std::string& text : value.values)
             if (text.empty())
                 return lose(key, "a settings file cannot hold an empty value");
         for (const std::string& name : value.path)
             if (name.empty() || name.find_first_of("./\\") != std::string::npos)
-                m_losses.push_back({key, "\"" + name + "\" becomes more than one name, or none"});
+                m_losses.push_back({key, "\"" + name + "\" becomes several names, or none"});
         const std::string path = path_of(key);
         if (!m_known.insert(path).second)
             m_losses.push_back({key, "another key differs in letter case only; the last one wins"});
         try {
-            // An empty file gets the entry, and is read back by the way.
+            // The entry is added to an empty file. That also checks that it reads back.
             const document empty(key, "");
             const std::string text = with_value(empty, key, value.values, value.is_array);
             const std::size_t line = text[0] == '[' ? text.find('\n') + 1 : 0;

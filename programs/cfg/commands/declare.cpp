@@ -78,7 +78,7 @@ void write_json(std::ostream& out, const schema& declared) {
     out << all.dump(2, ' ', false, ordered_json::error_handler_t::replace) << '\n';
 }
 
-// A settings file with every key: the defaults, and as comments what has none. A double quote in a
+// A settings file with every key. Keys without a default are comments. A double quote in a
 // comment would open a string, so it is written as a single one.
 void write_sample(std::ostream& out, const schema& declared) {
     std::string section;

@@ -176,7 +176,8 @@ std::string step_text(const lookup_step& step, const sources& all, const style& 
     case lookup_step::alias:
         return name + "an alias of " + value();
     case lookup_step::cycle:
-        return name + "an alias of " + value() + ", which was asked before: the cycle ends here";
+        return name + "an alias of " + value() +
+               ", which was looked up before: the cycle ends here";
     default:
         return name + value() +
                (step.where.kind == place::fallback ? "" : " at " + to_string(step.where));
@@ -189,7 +190,7 @@ std::string reason_for(const lookup& found, const sources& all) {
     if (last.result == lookup_step::cycle)
         return "Aliases that form a cycle end with the value of the last one, not with a default.";
     if (last.result == lookup_step::inner_node)
-        return "A source that has a longer key has every shorter one, and hides those of the "
+        return "A source with a longer key also has every shorter one, and hides those in the "
                "sources after it.";
     if (last.result == lookup_step::array)
         return "The first source that has the key decides. A whole array comes from one source.";

@@ -4,7 +4,7 @@
 #include <utility>
 
 // Every change is made to the text, and then the new text is read again: its nodes must be the old
-// ones but for those of the key. So no strange file can be damaged by a change that looked simple.
+// ones but for those of the key. So a change cannot damage an unusual file.
 
 namespace tova_programs::cfg {
 
@@ -127,8 +127,8 @@ node_map others(node_map nodes, const document& file, const std::string& key) {
 
 void require_same(const node_map& expected, const std::string& path, const std::string& text) {
     if (nodes_of(document(path, text)) != expected)
-        throw edit_error("the change would affect other settings; tova-cfg check says what is "
-                         "unusual in this file");
+        throw edit_error("the change would affect other settings; tova-cfg check shows what is "
+                         "unusual about this file");
 }
 
 }  // namespace

@@ -58,12 +58,12 @@ std::vector<foreign_value> read_json(const std::string& path, const std::string&
     try {
         const ordered_json all = ordered_json::parse(bytes);
         if (!all.is_object())
-            throw file_error(path + ": the file is no object");
+            throw file_error(path + ": the file is not a JSON object");
         for (const auto& each : all.items())
             read_value(each.value(), {each.key()}, result);
     } catch (const ordered_json::parse_error& error) {
         const text_place at = line_index(bytes).at(std::min<std::size_t>(error.byte, bytes.size()));
-        throw file_error(path + ':' + std::to_string(at.line) + ": this is no JSON");
+        throw file_error(path + ':' + std::to_string(at.line) + ": not valid JSON");
     }
     return result;
 }

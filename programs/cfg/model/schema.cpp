@@ -110,7 +110,7 @@ void read_property(declared_key& declared, const document& file, const entry& ea
         declared.alias = path_of(value);
     } else {
         if (!is_number(value))
-            refuse(file, each.value_bytes, '"' + value + "\" is no number");
+            refuse(file, each.value_bytes, '"' + value + "\" is not a number");
         (name == "min" ? declared.minimum : declared.maximum) = value;
     }
 }

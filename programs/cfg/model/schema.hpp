@@ -45,7 +45,8 @@ class schema {
 public:
     schema() = default;
 
-    /// Raises `file_error` if the file cannot be read, or declares something that there is not.
+    /// Raises `file_error` if the file cannot be read, or declares an unknown type or
+    /// property.
     explicit schema(const std::string& path);
 
     bool empty() const { return m_keys.empty(); }

@@ -204,7 +204,7 @@ void add_places(source& filled) {
     }
 }
 
-// The texts of values whose places were found without them.
+// Fills in the texts of values that only have a place so far.
 void complete_places(source& filled) {
     for (auto& known : filled.places) {
         const ustring8 key = key_with_path(known.first);
@@ -279,7 +279,7 @@ void sources::add_arguments(const source_options& options) {
         added.places[each.first].push_back({where, "", false});
     }
     m_argv.push_back(nullptr);
-    // Without a program's name there is no argument 0, and a null one ends nothing.
+    // Without the program's name, argument 0 is null. The library does not take that for the end.
     if (options.program.empty())
         m_argv[0] = nullptr;
     added.item =
@@ -350,7 +350,7 @@ void sources::add_aliases(const source_options& options) {
     for (const std::string& each : options.aliases) {
         const std::size_t equals = each.find('=');
         if (equals == std::string::npos)
-            throw file_error("--alias " + each + ": it is KEY=TARGET");
+            throw file_error("--alias " + each + ": expected KEY=TARGET");
         add_alias(each.substr(0, equals), each.substr(equals + 1));
     }
     if (!aliases.places.empty())

@@ -57,7 +57,7 @@ struct source {
     std::map<std::string, std::vector<placed_value>> places;  ///< by path
 };
 
-/// What a source says when it is asked.
+/// One step of a lookup: what a source has for a key.
 struct lookup_step {
     enum result_t { absent, inner_node, array, alias, value, cycle };
     std::size_t source = 0;
