@@ -160,23 +160,40 @@ def cppcheck(context):
     return {"found": found, "amount": f"{len(files_of(context, 'src/*.cpp'))} sources"}
 
 
+# What g++ 12 reports because it was made for C and lacks a part of C++. Other findings fail the gate.
+NOT_MODELED = (
+    # It has no name for temporaries and for objects that are constructed in the caller's return slot, and
+    # takes them for uninitialized or lost. memcheck and the leak check watch both.
+    r"(use of uninitialized value|leak of) ‘<unknown>’",
+    # operator new raises std::bad_alloc and never returns null.
+    r"use of possibly-NULL ‘operator new\(\d+\)’",
+    # `to` is inside a string, whose memory comes from operator new.
+    r"/string_fill\.hpp:.*possibly-NULL ‘to’",
+    # memcpy takes the first four bytes of a number of eight bytes, all of which have a value.
+    r"/ascii_run\.hpp:.*uninitialized value ‘\*\(unsigned int\*\)&units’",
+)
+# It follows the unrolled vector code of this file for more than a minute without an end.
+NOT_ANALYZED = ("src/strings/unicode_avx512_kernels.cpp",)
+
+
 def analyzer(context):
-    """g++'s own analyser. It was made for C and knows few things of C++, so it finds little."""
+    """g++'s own analyser."""
     build = context.root / "build" / "analyzer"
     context.run("cmake", "--preset", "release", "-B", build, "-DTOVA_BUILD_TESTS=OFF", "-DTOVA_BUILD_EXAMPLES=OFF",
                 "-DTOVA_BUILD_TOOLS=OFF")
     commands = {os.path.relpath(one["file"], context.root): one
                 for one in json.loads((build / "compile_commands.json").read_text())}
-    sources = changed(context, sorted(commands), 8)
+    sources = changed(context, sorted(set(commands) - set(NOT_ANALYZED)), 8)
 
     def run(source):
         words = shlex.split(commands[source]["command"])
         words = words[words.index(next(word for word in words if word.endswith(("g++", "c++")))):]
         words[words.index("-o") + 1] = "/dev/null"
-        # Optimized code is harder to follow for it, and takes much longer.
+        # It looks at the code before it is optimized.
         done = subprocess.run([*words, "-O0", "-g0", "-U_FORTIFY_SOURCE", "-S", "-fanalyzer"],
                               cwd=commands[source]["directory"], capture_output=True, text=True, errors="replace")
-        found = re.findall(r"^\S+:\d+:\d+: warning: .*\[-Wanalyzer.*", done.stderr, re.M)
+        found = [line for line in re.findall(r"^\S+:\d+:\d+: warning: .*\[-Wanalyzer.*", done.stderr, re.M)
+                 if not any(re.search(pattern, line) for pattern in NOT_MODELED)]
         return found or ([f"{source}: g++ ends with {done.returncode}"] if done.returncode else [])
 
     found = {line for lines in in_parallel(context, run, sources) for line in lines}
@@ -228,8 +245,8 @@ def measure(context):
 
 def report(result):
     rows = "\n".join(f"| {one['name']} | {one['amount']} | {len(one['found'])} |" for one in result["tools"])
-    return f"""What is suppressed or switched off is listed with its reason in `.clang-tidy`, `tools/*.supp` and at
-`NOLINT` in the sources.
+    return f"""What is suppressed or switched off is listed with its reason in `.clang-tidy`, `tools/*.supp`,
+`tools/prove/gates.py` and at `NOLINT` in the sources.
 
 | tool | looks at | findings |
 |---|---|---|
