@@ -28,7 +28,9 @@ const long first_power = -342;
 const long last_power = 340;
 const long last_exact_power = 55;  // 5^55 is below 2^128
 
-extern const decimal_power decimal_powers[last_power - first_power + 1];
+/// Hidden, so that its address needs no load.
+extern __attribute__((visibility("hidden")))
+const decimal_power decimal_powers[last_power - first_power + 1];
 
 /// The exponent is from `first_power` to `last_power`.
 inline const decimal_power& decimal_power_of(long exponent) {

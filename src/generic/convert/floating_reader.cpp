@@ -5,6 +5,11 @@
 //   nearest    the closest binary value, by one product of 64 and 128 bits
 //   exactly    where the product can't tell: `strtod` on the digits without a point
 //
+// Nearly all numbers have a way of their own before that (`read_usual`): an optional minus, up to
+// 19 digits, and a product that can tell. It keeps everything in registers, and leaves any string
+// or number that it isn't made for to the stages. If both the digits and the power of ten are exact
+// as binary values, one division or multiplication by the processor replaces the product.
+//
 // A stream collects digits, one point and one exponent, and hands what it has collected to
 // `strtod`. The number is valid only if all of that is a number: "1.5abc" is 1.5, while "1e" and
 // "1e+x" fail as a whole. There is no hexadecimal form, and neither "inf" nor "nan" has a first
@@ -66,31 +71,34 @@ inline bool is_blank(char unit) {
     return unit == ' ' || (unit >= '\t' && unit <= '\r');
 }
 
-// Steps over digits and appends them to the number, which wraps if there are too many.
+// Steps over digits and appends them to the number, which wraps if there are too many. All digits
+// of a word are taken at once: a loop over them would mispredict its end. Where there are eight,
+// the next place is known before they are counted.
 inline const char* take_digits(const char* at, const char* end, unsigned long& number) {
-    while (end - at >= 8) {
-        const unsigned long word = load_eight(at);
-        if (count_digits(word) != 8)
-            break;
+    for (;; at += 8) {
+        const unsigned long word = load_up_to_eight(at, static_cast<unsigned long>(end - at));
+        const int count = count_digits(word);
+        if (count != 8) {
+            number = number * small_powers[count] + leading_digits(word, count);
+            return at + count;
+        }
         number = number * hundred_million + eight_digits(word ^ ascii_zeros);
-        at += 8;
     }
-    for (; is_digit(*at); ++at)
-        number = number * 10 + static_cast<unsigned long>(*at - '0');
-    return at;
 }
 
-// The digits of an exponent, after its sign. Returns false if there are none.
-bool take_exponent(const char* at, long& exponent) {
+// The sign and the digits of an exponent. Returns false if there are no digits.
+inline bool take_exponent(const char* at, const char* end, long& exponent) {
     const bool negative = *at == '-';
-    if (negative || *at == '+')
-        ++at;
-    if (!is_digit(*at))
+    at += negative || *at == '+' ? 1 : 0;
+    const unsigned long word = load_up_to_eight(at, static_cast<unsigned long>(end - at));
+    const int count = count_digits(word);
+    if (count == 0)
         return false;
-    long value = 0;
-    for (; is_digit(*at); ++at)
-        if (value < huge_exponent)
-            value = value * 10 + (*at - '0');
+    long value = static_cast<long>(leading_digits(word, count));
+    if (count == 8)
+        for (at += 8; is_digit(*at); ++at)
+            if (value < huge_exponent)
+                value = value * 10 + (*at - '0');
     exponent += negative ? -value : value;
     return true;
 }
@@ -140,7 +148,7 @@ bool scan(const char* at, const char* end, decimal& number) {
     number.end = at;
     if (!has_digits)
         return false;
-    if ((*at == 'e' || *at == 'E') && !take_exponent(at + 1, exponent))
+    if ((*at == 'e' || *at == 'E') && !take_exponent(at + 1, end, exponent))
         return false;
 
     number.exponent_of_all = exponent;
@@ -151,6 +159,98 @@ bool scan(const char* at, const char* end, decimal& number) {
         number.exponent += significant - most_digits;
     }
     return true;
+}
+
+// What `scan` collects from a usual number.
+struct usual_number {
+    bool negative;
+    unsigned long digits;
+    long exponent;
+};
+
+// False for any other string, valid or not. The digits may begin with zeros. Inlined, so that the
+// number stays in registers.
+__attribute__((always_inline)) inline bool scan_usual(const char* text, const char* end,
+                                                      usual_number& number) {
+    number.negative = *text == '-';
+    const char* const begin = text + (number.negative ? 1 : 0);
+    const char* at = begin;
+    const unsigned long word = load_up_to_eight(at, static_cast<unsigned long>(end - at));
+    const int before_point = count_digits(word);
+    long count;
+    if (before_point == 8) {
+        number.digits = eight_digits(word ^ ascii_zeros);
+        at = take_digits(at + 8, end, number.digits);
+        count = at - begin;
+        number.exponent = 0;
+        if (*at == '.') {
+            const char* const fraction = at + 1;
+            at = take_digits(fraction, end, number.digits);
+            number.exponent = fraction - at;
+            count -= number.exponent;
+        }
+    } else {
+        // If there is a point, it is in the word, and the digits after it are moved to those
+        // before.
+        const int shift = 8 * before_point;
+        const unsigned long rest = word >> shift;
+        const bool has_point = (rest & 0xff) == '.';
+        unsigned long digits = word;
+        count = before_point;
+        if (has_point) {
+            digits = (word ^ (rest << shift)) | (rest >> 8 << shift);
+            count = count_digits(digits);
+            ++at;
+        }
+        number.digits = leading_digits(digits, static_cast<int>(count));
+        at += count;
+        if (has_point && count == 7) {
+            at = take_digits(begin + 8, end, number.digits);
+            count = at - begin - 1;
+        }
+        number.exponent = before_point - count;
+    }
+    return static_cast<unsigned long>(count - 1) < most_digits &&
+           ((*at != 'e' && *at != 'E') || take_exponent(at + 1, end, number.exponent));
+}
+
+// --- One division or multiplication ------------------------------------------------------------
+
+// The powers of ten that the format has exactly.
+template <typename Floating>
+struct exact_powers;
+template <>
+struct exact_powers<double> {
+    static const long last = 22;
+    static const double value[last + 1];
+};
+template <>
+struct exact_powers<float> {
+    static const long last = 10;
+    static const float value[last + 1];
+};
+const double exact_powers<double>::value[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                              1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                              1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+const float exact_powers<float>::value[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f,
+                                            1e6f, 1e7f, 1e8f, 1e9f, 1e10f};
+
+// Whether the digits and the power of ten are exact in the format.
+template <typename Floating>
+inline bool is_exact(const usual_number& number) {
+    const unsigned long last = exact_powers<Floating>::last;
+    return number.digits >> std::numeric_limits<Floating>::digits == 0 &&
+           static_cast<unsigned long>(number.exponent) + last <= 2 * last;
+}
+
+// The sign is a factor, since a branch would mispredict random ones; it is kept for zero.
+template <typename Floating>
+inline Floating quotient(const usual_number& number) {
+    static const Floating signs[] = {1, -1};
+    const Floating digits =
+        static_cast<Floating>(static_cast<long>(number.digits)) * signs[number.negative];
+    return number.exponent < 0 ? digits / exact_powers<Floating>::value[-number.exponent]
+                               : digits * exact_powers<Floating>::value[number.exponent];
 }
 
 // --- The nearest binary value ------------------------------------------------------------------
@@ -273,12 +373,41 @@ bool nearest(unsigned long digits, long exponent, unsigned long& bits) {
     return true;
 }
 
-void set_bits(unsigned long bits, double& value) {
+// The same for nearly all normal values. The product of the upper halves is less than 2 below the
+// exact one, or less than 1 above. Where that can't change the rounded bits, it is enough.
+template <typename Floating>
+inline bool nearest_usual(const usual_number& number, unsigned long& bits) {
+    typedef format<Floating> target;
+    if (number.digits == 0 ||
+        static_cast<unsigned long>(number.exponent - first_power) > 308 - first_power)
+        return false;
+    const int shift = __builtin_clzl(number.digits);
+    const unsigned long product = static_cast<unsigned long>(
+        static_cast<uint128>(number.digits << shift) * decimal_power_of(number.exponent).high >>
+        64);
+    const int top = static_cast<int>(product >> 63);
+    const int dropped = 62 + top - target::mantissa_bits;
+    const unsigned long all_ones = (1UL << dropped) - 1;
+    if ((product & all_ones) - 1 > all_ones - 3)
+        return false;
+    const unsigned long mantissa = ((product >> dropped) + 1) >> 1;
+    const long binary_exponent = 63 + top + binary_exponent_of(number.exponent) - shift;
+    if (binary_exponent < target::least_exponent)
+        return false;  // subnormal
+    bits = mantissa + (static_cast<unsigned long>(binary_exponent + target::bias - 1)
+                       << (target::mantissa_bits - 1));
+    return bits < target::infinity;
+}
+
+// The sign is a bit, too: arithmetic may be set to flush subnormal numbers.
+inline void set_bits(unsigned long bits, bool negative, double& value) {
+    bits |= static_cast<unsigned long>(negative) << 63;
     std::memcpy(&value, &bits, sizeof value);
 }
 
-void set_bits(unsigned long bits, float& value) {
-    const unsigned int narrow = static_cast<unsigned int>(bits);
+inline void set_bits(unsigned long bits, bool negative, float& value) {
+    const unsigned int narrow =
+        static_cast<unsigned int>(bits) | static_cast<unsigned int>(negative) << 31;
     std::memcpy(&value, &narrow, sizeof value);
 }
 
@@ -287,14 +416,11 @@ bool find_nearest(const decimal& number, Floating& value) {
     unsigned long bits;
     if (!nearest<Floating>(number.digits, number.exponent, bits))
         return false;
-    if (number.cut) {
-        unsigned long next_bits;
-        if (!nearest<Floating>(number.digits + 1, number.exponent, next_bits) || next_bits != bits)
-            return false;
-    }
-    set_bits(bits, value);
-    if (number.negative)
-        value = -value;
+    unsigned long next_bits;
+    if (number.cut &&
+        (!nearest<Floating>(number.digits + 1, number.exponent, next_bits) || next_bits != bits))
+        return false;
+    set_bits(bits, number.negative, value);
     return true;
 }
 
@@ -367,28 +493,53 @@ void convert_exactly(const decimal& number, Floating& value) {
     errno = caller_errno;
 }
 
+// All three stages.
 template <typename Floating>
-bool read(const char* text, std::size_t length, Floating& value) {
+__attribute__((noinline)) bool read_any(const char* text, const char* end, Floating& value) {
     decimal number;
-    if (!scan(text, text + length, number))
+    if (!scan(text, end, number))
         return false;
     if (!rounds_to_nearest() || !find_nearest(number, value))
         convert_exactly(number, value);
     return std::abs(value) <= std::numeric_limits<Floating>::max();
 }
 
+template <typename Floating>
+__attribute__((always_inline)) inline bool read_usual(const char* text, const char* end,
+                                                      Floating& value) {
+    usual_number number;
+    if (!scan_usual(text, end, number) || !rounds_to_nearest())
+        return false;
+    if (is_exact<Floating>(number) && computes_to_nearest()) {
+        value = quotient<Floating>(number);
+        return true;
+    }
+    unsigned long bits;
+    if (!nearest_usual<Floating>(number, bits))
+        return false;
+    set_bits(bits, number.negative, value);
+    return true;
+}
+
+template <typename Floating>
+inline bool read(const char* text, const char* end, Floating& value) {
+    return read_usual(text, end, value) || read_any(text, end, value);
+}
+
 }  // namespace
 
 bool read_floating(const char* text, std::size_t length, float& value) {
-    return read(text, length, value);
+    return read(text, text + length, value);
 }
 
 bool read_floating(const char* text, std::size_t length, double& value) {
-    return read(text, length, value);
+    return read(text, text + length, value);
 }
 
 bool read_floating(const char* text, std::size_t length, long double& value) {
-    return read(text, length, value);
+    // 27 digits and powers up to 10^27 would be exact in its format, but programs may have set the
+    // processor to round its results to fewer bits.
+    return read_any(text, text + length, value);
 }
 
 }  // namespace detail

@@ -8,6 +8,7 @@
 #include <langinfo.h>
 
 #include <cfenv>
+#include <cstring>
 #include <locale>
 
 namespace TOVA_2_18 {
@@ -19,7 +20,8 @@ namespace detail {
 /// has no name and never equals the classic one.
 inline bool is_classic(const std::locale& locale) {
     static const std::locale& classic = std::locale::classic();
-    return locale == classic;
+    // The classic locale has one representation, and a call is needed only for other locales.
+    return std::memcmp(&locale, &classic, sizeof locale) == 0 || locale == classic;
 }
 
 /// The same for the global C++ locale, which new streams get.
@@ -36,6 +38,16 @@ inline bool rounds_to_nearest() {
     return (control & 0xc00) == FE_TONEAREST;
 #else
     return std::fegetround() == FE_TONEAREST;
+#endif
+}
+
+/// Whether the processor rounds its own results in that way, too. On x86-64 that is a setting apart
+/// from the one above.
+inline bool computes_to_nearest() {
+#if defined(__x86_64__)
+    return (__builtin_ia32_stmxcsr() & 0x6000) == 0;
+#else
+    return rounds_to_nearest();
 #endif
 }
 

@@ -65,6 +65,20 @@ TEST(FloatingReader, AcceptsWhatAStreamExtracts) {
         {"2.4703282292062328e-324", least},
         {"2.4703282292062327e-324", 0.0},
         {"2.2250738585072011e-308", std::numeric_limits<double>::min() - least},
+        {"9007199254740991e22", 9007199254740991e22},
+        {"-9007199254740991e-22", -9007199254740991e-22},
+        {"9007199254740992e22", 9007199254740992e22},
+        {"1e23", 1e23},
+        {"1234567", 1234567.0},
+        {"1234567.", 1234567.0},
+        {"1234567.5", 1234567.5},
+        {"12345678", 12345678.0},
+        {"12345678.", 12345678.0},
+        {"12345678.25", 12345678.25},
+        {"1.234567", 1.234567},
+        {"1.2345678", 1.2345678},
+        {"-.1234567", -.1234567},
+        {"1.e7", 1e7},
         {"9007199254740993", 9007199254740992.0},
         {"9007199254740993.0000000000000000000000", 9007199254740992.0},
         {"9007199254740993.0000000000000000000001", 9007199254740994.0},
@@ -139,6 +153,35 @@ TEST(FloatingReader, FollowsTheRoundingModeOfTheCLibrary) {
     }
 }
 
+#if defined(__x86_64__)
+// The processor has a setting of its own, which the C library doesn't follow: directed rounding,
+// and subnormal numbers as zeros.
+TEST(FloatingReader, IgnoresHowTheProcessorRounds) {
+    generator random(7);
+    const unsigned usual = __builtin_ia32_stmxcsr();
+    for (const unsigned setting : {0x2000u, 0x4000u, 0x6000u, 0x8040u}) {
+        SCOPED_TRACE(setting);
+        for (int i = 0; i != 5000; ++i) {
+            const double number = test_support::random_value(random);
+            char digits[40];
+            std::snprintf(digits, sizeof digits, "%.*g", i % 17 + 1, number);
+            // The C library rounds with the processor at the ends of the range.
+            if (!std::isfinite(number) || std::abs(std::log10(std::abs(number))) > 37)
+                continue;
+            const ustring8 text(digits);
+            const double expected = convert::str_to_double(text);
+            const float expected_float = convert::str_to_float(text);
+            __builtin_ia32_ldmxcsr(usual | setting);
+            const double value = convert::str_to_double(text);
+            const float value_float = convert::str_to_float(text);
+            __builtin_ia32_ldmxcsr(usual);
+            ASSERT_TRUE(test_support::same_bits(expected, value)) << text;
+            ASSERT_TRUE(test_support::same_bits(expected_float, value_float)) << text;
+        }
+    }
+}
+#endif
+
 TEST(FloatingReader, LeavesErrnoAlone) {
     errno = 77;
     EXPECT_EQ(0.0, convert::str_to_double("1e999"));
@@ -159,6 +202,15 @@ TEST(FloatingWriter, WritesWhatAStreamInserts) {
         {1234565.0, 6, "1.23456e+06"},
         {1234575.0, 6, "1.23458e+06"},
         {999999.5, 6, "1e+06"},
+        {999999.4, 6, "999999"},
+        {-99999.96, 6, "-100000"},
+        {-1.23457e-308, 6, "-1.23457e-308"},
+        {-1.23457e+308, 6, "-1.23457e+308"},
+        {-0.000123457, 6, "-0.000123457"},
+        {-1.23457e-05, 6, "-1.23457e-05"},
+        {1e10, 6, "1e+10"},
+        {9.5e99, 6, "9.5e+99"},
+        {1e100, 6, "1e+100"},
         {0.00001, 6, "1e-05"},
         {0.0001, 6, "0.0001"},
         {100000.0, 6, "100000"},
@@ -191,6 +243,30 @@ TEST(FloatingWriter, WritesAllDigitsOfTheLongestNumber) {
     const double longest = 2 * least - std::numeric_limits<double>::denorm_min();
     for (const unsigned precision : {700u, 766u, 767u, 768u, 5000u})
         EXPECT_EQ("", test_support::check_writing(longest, precision, 0));
+}
+
+// Every length of the result, and the point at every place.
+TEST(FloatingWriter, WritesEveryNumberOfDigitsWithEveryExponent) {
+    for (const double sign : {1.0, -1.0})
+        for (int digits = 1; digits <= 7; ++digits)
+            for (int exponent = -330; exponent != 310; ++exponent) {
+                const std::string text =
+                    std::string("9876543").substr(0, static_cast<std::size_t>(digits)) + "e" +
+                    std::to_string(exponent);
+                const double value = sign * std::strtod(text.c_str(), nullptr);
+                ASSERT_EQ("", test_support::check_writing(value, 6, 2)) << text;
+            }
+}
+
+// Ties and their neighbors, in numbers of every size.
+TEST(FloatingWriter, RoundsHundredthsLikePrintf) {
+    for (double unit = 0.125; unit > 1e-5; unit /= 2)
+        for (int i = -2000; i != 2000; ++i)
+            ASSERT_EQ("", test_support::check_writing(i * unit, 6, 2)) << i << " * " << unit;
+    for (double power = 1; power < 1e18; power *= 10)
+        for (const double fraction : {0.0, 0.005, 0.125, 0.375, 0.994, 0.995, 0.996})
+            for (const double value : {power + fraction, power - fraction, -power - fraction})
+                ASSERT_EQ("", test_support::check_writing(value, 6, 2)) << value;
 }
 
 TEST(FloatingWriter, WritesRandomValuesLikeAStream) {
