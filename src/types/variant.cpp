@@ -195,27 +195,27 @@ unsigned short variant::as_ushort() const {
 
 // Contract: a nil handle converts to an empty string, while its body converts to "0".
 strings::ustring8 variant::as_string() const {
-    return equal(nil) ? strings::ustring8() : m_body->as_string();
+    return is_nil_type(m_body->type()) ? strings::ustring8() : m_body->as_string();
 }
 
 std::wstring variant::as_wstring() const {
-    return equal(nil) ? std::wstring() : m_body->as_wstring();
+    return is_nil_type(m_body->type()) ? std::wstring() : m_body->as_wstring();
 }
 
 std::string variant::as_ustring() const {
-    return equal(nil) ? std::string() : m_body->as_ustring();
+    return is_nil_type(m_body->type()) ? std::string() : m_body->as_ustring();
 }
 
 strings::ustring8 variant::as_utf8() const {
-    return equal(nil) ? strings::ustring8() : m_body->as_utf8();
+    return is_nil_type(m_body->type()) ? strings::ustring8() : m_body->as_utf8();
 }
 
 strings::ustring16 variant::as_utf16() const {
-    return equal(nil) ? strings::ustring16() : m_body->as_utf16();
+    return is_nil_type(m_body->type()) ? strings::ustring16() : m_body->as_utf16();
 }
 
 strings::ustring32 variant::as_utf32() const {
-    return equal(nil) ? strings::ustring32() : m_body->as_utf32();
+    return is_nil_type(m_body->type()) ? strings::ustring32() : m_body->as_utf32();
 }
 
 // No test for nil here: a nil body is printed as 0.

@@ -140,51 +140,45 @@ struct conversions<unsigned long> : integer_conversions<unsigned long> {};
 
 // --- What depends on the global locale: bool and floating-point values --------------------------
 
-// The characters that a fresh stream of the classic locale inserts. A floating-point value has six
-// significant digits, and a bool is "1" or "0".
-template <typename Floating>
-std::size_t write_classic(char* text, Floating value) {
-    return convert::detail::write_general(text, value, 6);
+// What a fresh stream of the classic locale inserts. A floating-point value has six significant
+// digits, and a bool is "1" or "0".
+ustring8 classic_string(double value) {
+    return convert::detail::six_digits_string(value);
 }
 
-std::size_t write_classic(char* text, long double value) {
-    return convert::detail::write_six_digits(text, value);
+ustring8 classic_string(long double value) {
+    char text[convert::detail::max_six_digits_size];
+    return ustring8(text, convert::detail::write_six_digits(text, value));
 }
 
-std::size_t write_classic(char* text, bool value) {
-    *text = value ? '1' : '0';
-    return 1;
+ustring8 classic_string(bool value) {
+    return ustring8(1, value ? '1' : '0');
 }
 
-// The strings are those of a fresh stream in the global locale; only a locale other than the
-// classic one needs the stream. Printing uses the state of the caller's stream.
+// Only a locale other than the classic one needs the stream.
+template <typename Stream, typename T>
+__attribute__((noinline)) auto streamed(const T& value) -> decltype(Stream().str()) {
+    return convert::detail::streamed<Stream>(value);
+}
+
+// The strings are those of a fresh stream in the global locale. Printing uses the state of the
+// caller's stream.
 template <typename T>
 struct stream_conversions {
     static ustring8 utf8(const T& value) {
-        return in_global_locale<ustring8, std::stringstream>(value);
+        if (convert::detail::is_global_classic())
+            return classic_string(value);
+        return ustring8(streamed<std::stringstream>(value));
     }
     static ustring16 utf16(const T& value) { return strings::utf8_to_utf16(utf8(value)); }
     static ustring32 utf32(const T& value) { return strings::utf8_to_utf32(utf8(value)); }
     static std::wstring wide(const T& value) {
-        return in_global_locale<std::wstring, std::wstringstream>(value);
+        if (!convert::detail::is_global_classic())
+            return streamed<std::wstringstream>(value);
+        const ustring8 text = classic_string(value);
+        return std::wstring(text.begin(), text.end());
     }
     static void print(std::ostream& stream, const T& value) { stream << value; }
-
-private:
-    template <typename String, typename Stream>
-    static String in_global_locale(const T& value) {
-        if (!convert::detail::is_global_classic())
-            return String(convert::detail::streamed<Stream>(value));
-        char text[convert::detail::max_general_size];
-        const std::size_t size = write_classic(text, value);
-        return string_of(text, size, static_cast<String*>(nullptr));
-    }
-    static ustring8 string_of(const char* text, std::size_t size, ustring8*) {
-        return convert::detail::string_of(text, size);
-    }
-    static std::wstring string_of(const char* text, std::size_t size, std::wstring*) {
-        return std::wstring(text, text + size);
-    }
 };
 
 template <>

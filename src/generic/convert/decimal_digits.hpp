@@ -110,8 +110,8 @@ inline void store_eight(char* text, unsigned long word) {
     std::memcpy(text, &word, sizeof word);
 }
 
-/// The two digits of 0 to 99.
-extern const char digit_pairs[201];
+/// The two digits of 0 to 99. Hidden, so that their address needs no load.
+extern __attribute__((visibility("hidden"))) const char digit_pairs[201];
 
 inline char* store_pair(char* text, unsigned number) {
     std::memcpy(text, digit_pairs + std::size_t{2} * number, 2);

@@ -8,6 +8,10 @@
 // The error of the product is known as in floating_reader.cpp. A fraction too close to one half is
 // left to `snprintf`, as are more than 17 digits and the other rounding modes.
 //
+// Six digits, which streams and variants write, have a shorter way (`write_usual_six_digits`): the
+// upper 64 bits of one product of 64 x 64 bits decide nearly always, and all characters stay in
+// registers until they are stored.
+//
 // A number with a fixed number of decimals (`write_fixed`) is split into integer and fraction. The
 // fraction times 10^decimals fits into 128 bits and is rounded exactly.
 #include "generic/convert/floating_writer.hpp"
@@ -193,6 +197,92 @@ char* write_digits(char* out, const decimal_form& number, int precision) {
     return out + count + 1;
 }
 
+// The two digits of 0 to 99 as the lowest bytes of a word.
+inline unsigned long load_pair(unsigned long number) {
+    unsigned short pair;
+    std::memcpy(&pair, digit_pairs + 2 * number, sizeof pair);
+    return pair;
+}
+
+// Stores what `write_exponent` writes, in one word, and returns the end.
+inline char* store_exponent(char* out, int exponent) {
+    const unsigned magnitude = static_cast<unsigned>(exponent < 0 ? -exponent : exponent);
+    const unsigned hundreds = magnitude / 100;
+    const unsigned long sign = exponent < 0 ? '-' : '+';
+    const unsigned long lower = load_pair(magnitude - 100 * hundreds);
+    const unsigned long tail = hundreds != 0 ? lower << 8 | ('0' + hundreds) : lower;
+    store_eight(out, 'e' | sign << 8 | tail << 16);
+    return out + (hundreds != 0 ? 5 : 4);
+}
+
+// The nearest six digits, as `rounded_digits` finds them. False if the value isn't a normal one, or
+// if the product can't tell.
+inline bool usual_six_digits(unsigned long bits, decimal_form& result) {
+    const int biased = static_cast<int>(bits >> 52) & 0x7ff;
+    if (static_cast<unsigned>(biased) - 1 >= 0x7fe)
+        return false;
+    const unsigned long factor = bits << 11 | 1UL << 63;
+    const int binary_exponent = biased - 1023;
+    int exponent = (binary_exponent * 78913) >> 18;
+    const int power = 5 - exponent;
+    // Without the lower half of the power, this upper half is less than 2 too small, or less than 1
+    // too large.
+    const unsigned long product = static_cast<unsigned long>(
+        static_cast<uint128>(factor) * decimal_power_of(power).high >> 64);
+    const int fraction_bits = 62 - binary_exponent - binary_exponent_of(power);
+    unsigned long digits = product >> fraction_bits;
+    const unsigned long one = 1UL << fraction_bits;
+    unsigned long rest = product & (one - 1);
+    unsigned long half = one / 2;
+    if (digits >= 1000000) {
+        rest += digits % 10 * one;
+        half = 5 * one;
+        digits /= 10;
+        ++exponent;
+    }
+    if (rest <= half && rest + 2 > half)
+        return false;
+    digits += rest > half ? 1 : 0;
+    if (digits == 1000000) {
+        digits = 100000;
+        ++exponent;
+    }
+    result.digits = digits;
+    result.exponent = exponent;
+    return true;
+}
+
+// The notation of "%g" for six digits, and the end. At most 15 characters are stored.
+inline char* store_six_digits(char* out, const decimal_form& number) {
+    // Each pair is ready after a shorter chain of multiplications than `digit_values` has.
+    const unsigned long hundreds = number.digits / 100;
+    const unsigned long ten_thousands = hundreds / 100;
+    const unsigned long characters = load_pair(ten_thousands) |
+                                     load_pair(hundreds - 100 * ten_thousands) << 16 |
+                                     load_pair(number.digits - 100 * hundreds) << 32;
+    const unsigned long values = characters ^ (ascii_zeros >> 16);
+    const int count = 8 - __builtin_clzl(values) / 8;  // without zeros at the end
+    const int exponent = number.exponent;
+    if (exponent >= 0 && exponent < 6) {
+        const int before_point = exponent + 1;
+        store_eight(out, characters);
+        if (count <= before_point)
+            return out + before_point;
+        out[before_point] = '.';
+        store_eight(out + before_point + 1, characters >> (8 * before_point));
+        return out + count + 1;
+    }
+    if (exponent < 0 && exponent >= -4) {
+        std::memcpy(out, "0.000000", 8);
+        store_eight(out + 1 - exponent, characters);
+        return out + 1 - exponent + count;
+    }
+    out[0] = static_cast<char>(characters);
+    out[1] = '.';
+    store_eight(out + 2, characters >> 8);
+    return store_exponent(out + (count > 1 ? count + 1 : 1), exponent);
+}
+
 std::size_t write_word(char* text, bool negative, const char* word) {
     char* out = text;
     if (negative)
@@ -216,9 +306,25 @@ std::size_t with_c_point(char* text, std::size_t size) {
 
 }  // namespace
 
+std::size_t write_usual_six_digits(char* text, double value) {
+    unsigned long bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    decimal_form number;
+    if (!rounds_to_nearest() || !usual_six_digits(bits, number))
+        return 0;
+    *text = '-';
+    char* const out = text + (bits >> 63);
+    return static_cast<std::size_t>(store_six_digits(out, number) - text);
+}
+
 std::size_t write_general(char* text, double value, int precision) {
     if (precision < 0)
         precision = default_precision;
+    if (precision == 6) {
+        const std::size_t size = write_usual_six_digits(text, value);
+        if (size != 0)
+            return size;
+    }
     const binary parts = parts_of(value);
     if (!parts.finite)
         return write_word(text, parts.negative, std::isnan(value) ? "nan" : "inf");
@@ -262,8 +368,30 @@ inline unsigned long rounded_fraction(unsigned long fraction, unsigned long scal
     return digits + (2 * rest > one || (2 * rest == one && (last & 1) != 0) ? 1 : 0);
 }
 
+// Two decimals of a value from 1/1024 to 2^52: the whole number of hundredths has 60 bits at most.
+inline std::size_t write_hundredths(char* text, const binary& value) {
+    const int shift = -value.exponent;
+    const unsigned long scaled = value.mantissa * 100;
+    const unsigned long one = 1UL << shift;
+    const unsigned long rest = scaled & (one - 1);
+    const unsigned long whole = scaled >> shift;
+    const unsigned long hundredths =
+        whole + (rest > one / 2 || (rest == one / 2 && (whole & 1) != 0) ? 1 : 0);
+    const unsigned long integer = hundredths / 100;
+
+    char* out = text;
+    *out = '-';
+    out += value.negative;
+    out = write_digits_of(out, integer);
+    *out = '.';
+    out = store_pair(out + 1, static_cast<unsigned>(hundredths - 100 * integer));
+    return static_cast<std::size_t>(out - text);
+}
+
 std::size_t write_fixed(char* text, double value, int decimals) {
     const binary parts = parts_of(value);
+    if (decimals == 2 && parts.exponent < 0 && parts.exponent > -63 && rounds_to_nearest())
+        return write_hundredths(text, parts);
     if (decimals < 0 || decimals > most_exact_digits || parts.exponent > 10 || !rounds_to_nearest())
         return 0;
 
@@ -295,10 +423,7 @@ std::size_t write_fixed(char* text, double value, int decimals) {
     out += write_decimal(out, integer);
     if (decimals != 0) {
         *out++ = '.';
-        if (decimals == 2)
-            store_pair(out, static_cast<unsigned>(digits));
-        else
-            write_padded(out, digits, decimals);
+        write_padded(out, digits, decimals);
         out += decimals;
     }
     return static_cast<std::size_t>(out - text);

@@ -25,7 +25,12 @@ const std::size_t max_general_size = 800;
 /// locale inserts. A negative precision is 6.
 std::size_t write_general(char* text, double value, int precision);
 
-/// The same for "%.6Lg".
+/// Writes nearly every value as "%.6g" does. Returns 0 for the others: 0, subnormal numbers,
+/// infinities, NaN, values too close to the middle between two results, and any value in another
+/// rounding mode than to nearest. The number has up to 13 characters, and up to 16 are stored.
+std::size_t write_usual_six_digits(char* text, double value);
+
+/// Writes the value as "%.6Lg" does.
 const std::size_t max_six_digits_size = 40;
 std::size_t write_six_digits(char* text, long double value);
 
@@ -33,7 +38,8 @@ std::size_t write_six_digits(char* text, long double value);
 const std::size_t max_fixed_size = 64;
 
 /// Writes the value as "%.*f" does and returns the length, or 0 if the value or the number of
-/// decimals is out of range: 0 to 17 decimals, magnitudes below 2^63.
+/// decimals is out of range: 0 to 17 decimals, magnitudes below 2^63. With 2 decimals, a magnitude
+/// below 10^8 needs room for 15 characters only.
 std::size_t write_fixed(char* text, double value, int decimals);
 
 }  // namespace detail

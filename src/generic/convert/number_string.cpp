@@ -2,7 +2,10 @@
 #include "generic/convert/number_string.hpp"
 
 #include "generic/convert/decimal_digits.hpp"
+#include "generic/convert/floating_writer.hpp"
 #include "strings/unfilled.hpp"
+
+#include <cmath>
 
 namespace TOVA_2_18 {
 namespace generic {
@@ -30,6 +33,12 @@ inline strings::ustring8 new_string(Number number, bool is_in_place) {
     return made;
 }
 
+// Apart, so that the usual numbers need no large buffer.
+__attribute__((noinline)) void assign_six_digits(strings::ustring8& text, double value) {
+    char characters[max_general_size];
+    text.assign(characters, write_general(characters, value, 6));
+}
+
 }  // namespace
 
 strings::ustring8 decimal_string(long number) {
@@ -41,12 +50,21 @@ strings::ustring8 decimal_string(unsigned long number) {
     return new_string(number, number < in_place_limit);
 }
 
-strings::ustring8 string_of(const char* text, std::size_t size) {
+strings::ustring8 six_digits_string(double value) {
     strings::ustring8 made;
-    if (strings::detail::fits_in_place<strings::ustring8>(size))
-        strings::detail::fill_in_place(made, text, size);
-    else
-        made.assign(text, size);
+    strings::detail::append_unfilled(
+        made, in_place_size, [value](char* to) { return write_usual_six_digits(to, value); });
+    if (made.empty())
+        assign_six_digits(made, value);
+    return made;
+}
+
+strings::ustring8 two_decimals_string(double value) {
+    strings::ustring8 made;
+    if (!(std::abs(value) < 1e8))
+        return made;
+    strings::detail::append_unfilled(made, in_place_size,
+                                     [value](char* to) { return write_fixed(to, value, 2); });
     return made;
 }
 

@@ -20,9 +20,12 @@ namespace detail {
 strings::ustring8 decimal_string(long number);
 strings::ustring8 decimal_string(unsigned long number);
 
-/// Returns the string of `size` characters. At least 16 characters must be readable, whatever the
-/// size is.
-strings::ustring8 string_of(const char* text, std::size_t size);
+/// The value as "%.6g" writes it, with a "." for the point.
+strings::ustring8 six_digits_string(double value);
+
+/// The value as "%.2f" writes it with a "." for the point, or an empty string for a magnitude of
+/// 10^8 or more, and in another rounding mode than to nearest.
+strings::ustring8 two_decimals_string(double value);
 
 }  // namespace detail
 }  // namespace convert
