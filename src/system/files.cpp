@@ -9,8 +9,12 @@
 #include "system/file_status.hpp"
 #include "system/open_file.hpp"
 
+#include <sys/mman.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace TOVA_2_18 {
@@ -26,6 +30,26 @@ const int success = 0;
 const int failure = 1;
 
 const mode_t owner_may_read = 0x100;  // Contract: the owner's permission bit, whoever the caller is
+
+// The C library maps blocks of more than this for themselves, and unmaps them when they are freed.
+const std::size_t largest_shared_block = 32 << 20;
+
+// Large pages for a new string that is about to be filled: most of the time for a huge file is
+// spent in the faults of its pages. The kernel may refuse, which changes nothing.
+void prefer_large_pages(char* bytes, std::size_t size) {
+#if defined(MADV_HUGEPAGE)
+    if (size <= largest_shared_block)
+        return;
+    const std::size_t page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    const std::size_t skipped = (page - reinterpret_cast<std::uintptr_t>(bytes) % page) % page;
+    const int caller_errno = errno;
+    ::madvise(bytes + skipped, (size - skipped) / page * page, MADV_HUGEPAGE);
+    errno = caller_errno;
+#else
+    static_cast<void>(bytes);
+    static_cast<void>(size);
+#endif
+}
 
 int load(const ustring8& path, std::string& content) {
     // A pipe can be opened without a writer. It has no size, so nothing is read from it.
@@ -49,13 +73,16 @@ int load(const ustring8& path, std::string& content) {
     std::string larger;
     std::string& target = content.capacity() < room ? larger : content;
     target.clear();
-    strings::detail::append_unfilled(target, room, [&file, room](char* bytes) {
+    const bool is_new = &target == &larger;
+    strings::detail::append_unfilled(target, room, [&file, room, is_new](char* bytes) {
+        if (is_new)
+            prefer_large_pages(bytes, room);
         // Bytes that cannot be read are zeros: the file has become shorter, or it is a directory.
         const std::size_t done = file.read(bytes, room);
         std::memset(bytes + done, 0, room - done);
         return room;
     });
-    if (&target == &larger)
+    if (is_new)
         content.swap(larger);
     return success;
 }

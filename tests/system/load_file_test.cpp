@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <new>
 #include <string>
 
@@ -37,6 +38,20 @@ TEST(LoadFile, ReplacesTheContentWhateverItsCapacity) {
             EXPECT_EQ('\0', content.c_str()[size]);
         }
     }
+}
+
+// Larger than the blocks that the C library keeps together, and no whole number of pages.
+TEST(LoadFile, ReadsAHugeFile) {
+    const test_support::temporary_directory folder;
+    const std::string bytes = counting_bytes((40 << 20) + 123);
+    const ustring8 path(folder.write("file", bytes));
+    std::string content;
+    errno = 77;
+    EXPECT_EQ(0, load_file(path, content));
+    EXPECT_EQ(77, errno);
+    EXPECT_TRUE(bytes == content);
+    EXPECT_EQ(0, load_file(path, content));
+    EXPECT_TRUE(bytes == content);
 }
 
 TEST(LoadFile, ReadsIntoTheStringThatNamesTheFile) {
