@@ -5,6 +5,7 @@
 #include <tova/serialization/serialize_binary_buf.hpp>
 
 #include "serialization/contents.hpp"
+#include "serialization/new_string.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -14,17 +15,10 @@ namespace serialization {
 
 namespace {
 
-const std::size_t length_size = 4;  // bytes of the length field of a string
-
-// Contract: there is no check that all bytes of the type are present. Those past the end of the
-// content count as 0, and the read position goes past the end.
+// A value that the end of the content cuts off. Apart, as it needs a buffer.
 template <typename Value>
-Value decode(const std::string& text, std::size_t position) {
+__attribute__((noinline)) Value decode_rest(const std::string& text, std::size_t position) {
     Value value;
-    if (text.size() >= sizeof value && position <= text.size() - sizeof value) {
-        std::memcpy(&value, text.data() + position, sizeof value);
-        return value;
-    }
     char bytes[sizeof value] = {};
     const std::size_t left = text.size() - std::min(position, text.size());
     std::memcpy(bytes, text.data() + (text.size() - left), left);
@@ -32,14 +26,24 @@ Value decode(const std::string& text, std::size_t position) {
     return value;
 }
 
+// Contract: there is no check that all bytes of the type are present. Those past the end of the
+// content count as 0, and the read position goes past the end.
+template <typename Value>
+inline Value decode(const std::string& text, std::size_t& position) {
+    const std::size_t start = position;
+    position = start + sizeof(Value);
+    if (text.size() < sizeof(Value) || start > text.size() - sizeof(Value))
+        return decode_rest<Value>(text, start);
+    Value value;
+    std::memcpy(&value, text.data() + start, sizeof value);
+    return value;
+}
+
 // Contract: the only check is the virtual `at_end`, so a derived class decides where the end is.
 template <typename Value>
-Value read_fixed(const serialize_buffer& buffer, const std::string& text, std::size_t& position) {
-    if (buffer.at_end())
-        return 0;
-    const Value value = decode<Value>(text, position);
-    position += sizeof(Value);
-    return value;
+inline Value read_fixed(const serialize_buffer& buffer, const std::string& text,
+                        std::size_t& position) {
+    return buffer.at_end() ? Value(0) : decode<Value>(text, position);
 }
 
 // The bytes of a string or nested buffer, a part of the content; null at the end, and also if
@@ -49,12 +53,11 @@ struct byte_range {
     std::size_t size;
 };
 
-byte_range read_range(const serialize_buffer& buffer, const std::string& text,
-                      std::size_t& position) {
+inline byte_range read_range(const serialize_buffer& buffer, const std::string& text,
+                             std::size_t& position) {
     if (buffer.at_end())
         return {nullptr, 0};
     const std::size_t length = decode<unsigned int>(text, position);
-    position += length_size;
     if (buffer.at_end())
         return {nullptr, 0};
     if (position > text.size())
@@ -153,7 +156,7 @@ double serialize_binary_buf::read_double() const {
 
 std::string serialize_binary_buf::read_string() const {
     const byte_range bytes = read_range(*this, m_text, m_read_position);
-    return std::string(bytes.begin, bytes.begin + bytes.size);
+    return detail::new_string(bytes.begin, bytes.size);
 }
 
 serialize_buffer* serialize_binary_buf::read_buffer() const {

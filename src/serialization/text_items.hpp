@@ -9,6 +9,8 @@
 
 #include <tova/generic/convert/str_to_x.hpp>
 
+#include "serialization/new_string.hpp"
+
 #include <cstddef>
 #include <string>
 
@@ -24,7 +26,7 @@ struct byte_run {
     const char* begin;
     std::size_t length;
 
-    std::string as_string() const { return std::string(begin, length); }
+    std::string as_string() const { return new_string(begin, length); }
 };
 
 // Returns the field up to the next separator and moves the position past that separator, or to npos

@@ -31,6 +31,16 @@ inline void append_unfilled(String& text, std::size_t room, Fill fill) {
 #endif
 }
 
+// The same for a string that has the room already.
+template <typename String, typename Fill>
+inline void append_within(String& text, std::size_t room, Fill fill) {
+#if defined(__GNUC__)
+    if (text.size() + room > text.capacity())
+        __builtin_unreachable();  // the code that grows the string is left out
+#endif
+    append_unfilled(text, room, fill);
+}
+
 // Whether a string of `size` units is stored in the string object itself.
 template <typename String>
 inline bool fits_in_place(std::size_t size) {
@@ -51,34 +61,52 @@ inline void fill_in_place(String& text, const typename String::value_type* from,
 #endif
 }
 
-// Appends the string of `size` units at `from`. Two overlapping copies of a fixed size take less
-// time than a call with a size that becomes known late.
+// Copies up to 64 bytes. Two overlapping copies of a fixed size take less time than a call with a
+// size that becomes known late.
+__attribute__((always_inline)) inline void copy_few_bytes(char* to, const char* from,
+                                                          std::size_t size) {
+    char first[32];
+    char last[32];
+    if (size >= 32) {
+        std::memcpy(first, from, 32);
+        std::memcpy(last, from + size - 32, 32);
+        std::memcpy(to, first, 32);
+        std::memcpy(to + size - 32, last, 32);
+    } else if (size >= 16) {
+        std::memcpy(first, from, 16);
+        std::memcpy(last, from + size - 16, 16);
+        std::memcpy(to, first, 16);
+        std::memcpy(to + size - 16, last, 16);
+    } else if (size >= 8) {
+        std::memcpy(first, from, 8);
+        std::memcpy(last, from + size - 8, 8);
+        std::memcpy(to, first, 8);
+        std::memcpy(to + size - 8, last, 8);
+    } else if (size >= 4) {
+        std::memcpy(first, from, 4);
+        std::memcpy(last, from + size - 4, 4);
+        std::memcpy(to, first, 4);
+        std::memcpy(to + size - 4, last, 4);
+    } else {
+        for (std::size_t i = 0; i != size; ++i)
+            to[i] = from[i];
+    }
+}
+const std::size_t few_bytes = 64;
+
+// Appends the string of `size` units at `from`.
 template <typename String>
 inline void append_copy(std::vector<String>& strings, const typename String::value_type* from,
                         std::size_t size) {
 #if defined(__cpp_lib_string_resize_and_overwrite)
     const std::size_t bytes = size * sizeof(*from);
-    if (bytes >= 16 && bytes <= 64) {
+    if (bytes >= 16 && bytes <= few_bytes) {
         strings.emplace_back();
-        strings.back().resize_and_overwrite(
-            size, [=](typename String::value_type* to, std::size_t) {
-                const char* const source = reinterpret_cast<const char*>(from);
-                char* const target = reinterpret_cast<char*>(to);
-                char first[32];
-                char last[32];
-                if (bytes < 32) {
-                    std::memcpy(first, source, 16);
-                    std::memcpy(last, source + bytes - 16, 16);
-                    std::memcpy(target, first, 16);
-                    std::memcpy(target + bytes - 16, last, 16);
-                } else {
-                    std::memcpy(first, source, 32);
-                    std::memcpy(last, source + bytes - 32, 32);
-                    std::memcpy(target, first, 32);
-                    std::memcpy(target + bytes - 32, last, 32);
-                }
-                return size;
-            });
+        strings.back().resize_and_overwrite(size, [=](typename String::value_type* to,
+                                                      std::size_t) {
+            copy_few_bytes(reinterpret_cast<char*>(to), reinterpret_cast<const char*>(from), bytes);
+            return size;
+        });
         return;
     }
 #endif

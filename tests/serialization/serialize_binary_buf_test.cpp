@@ -269,4 +269,36 @@ TEST(SerializeBinaryBufEncoding, CopiesTheBytesOfATextBufferUnchanged) {
     EXPECT_EQ(0x0135, buffer.read_int16());
 }
 
+// Strings of every length after every number of bytes, so that the content grows in the middle of
+// each of them.
+TEST(SerializeBinaryBufStrings, KeepTheirBytesWhateverTheirLength) {
+    for (std::size_t before = 0; before != 70; ++before)
+        for (std::size_t length = 0; length != 150; ++length) {
+            std::string text(length, '\0');
+            for (std::size_t i = 0; i != length; ++i)
+                text[i] = static_cast<char>(i * 37 + length);
+            serialize_binary_buf buffer{std::string(before, 'x')};
+            buffer.append_string(text);
+            buffer.append_string("end");
+            const char field[] = {static_cast<char>(length), 0, 0, 0};
+            ASSERT_EQ(std::string(before, 'x') + std::string(field, 4) + text +
+                          bytes("\3\0\0\0end"),
+                      buffer.as_str());
+            for (std::size_t i = 0; i != before; ++i)
+                buffer.read_uint8();
+            ASSERT_EQ(text, buffer.read_string());
+            ASSERT_EQ("end", buffer.read_string());
+        }
+}
+
+TEST(SerializeBinaryBufStrings, MayBeTheContentItself) {
+    for (std::size_t length = 0; length != 150; ++length) {
+        serialize_binary_buf buffer{std::string(length, 'x')};
+        buffer.append_string(buffer.as_str());
+        const char field[] = {static_cast<char>(length), 0, 0, 0};
+        ASSERT_EQ(std::string(length, 'x') + std::string(field, 4) + std::string(length, 'x'),
+                  buffer.as_str());
+    }
+}
+
 }  // namespace

@@ -451,4 +451,39 @@ TEST(SerializeTextBufReading, IsAtTheEndFromThePositionOfTheSizeOn) {
     EXPECT_FALSE(buffer.at_end());
 }
 
+// The separator at every distance, after bytes that differ from it in one bit or by one, or are
+// separators themselves.
+TEST(SerializeTextBufFields, EndAtTheFirstSeparator) {
+    for (const char other : {'5', '\0', '\x02', '\x81', '\xff'})
+        for (std::size_t before = 0; before != 10; ++before)
+            for (std::size_t length = 0; length != 60; ++length) {
+                const std::string start(before, '\x01');
+                const serialize_text_buf buffer(start + std::string(length, other) + "\x01\x01" +
+                                                "7\x01");
+                for (std::size_t i = 0; i != before; ++i)
+                    ASSERT_EQ(0, buffer.read_int32());
+                const int expected = other != '5' || length == 0 ? 0
+                                     : length < 10 ? std::stoi(std::string(length, '5'))
+                                                   : std::numeric_limits<int>::max();
+                ASSERT_EQ(expected, buffer.read_int32()) << length;
+                ASSERT_EQ(0, buffer.read_int32());
+                ASSERT_EQ(7, buffer.read_int32());
+                ASSERT_TRUE(buffer.at_end());
+            }
+}
+
+TEST(SerializeTextBufStrings, KeepTheirBytesWhateverTheirLength) {
+    for (std::size_t length = 0; length != 150; ++length) {
+        std::string text(length, '\x01');
+        for (std::size_t i = 0; i < length; i += 2)
+            text[i] = static_cast<char>(i + length);
+        serialize_text_buf buffer;
+        buffer.append_string(text);
+        buffer.append_int32(7);
+        ASSERT_EQ(std::to_string(length) + "\x01" + text + "\x01" + "7\x01", buffer.as_str());
+        ASSERT_EQ(text, buffer.read_string());
+        ASSERT_EQ(7, buffer.read_int32());
+    }
+}
+
 }  // namespace
