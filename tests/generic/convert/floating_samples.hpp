@@ -186,6 +186,9 @@ inline std::string check_writing(double value, unsigned precision, int decimals)
     const tova::strings::ustring8 format("p\x01" + std::to_string(decimals));
     if (tova::i18n::_private::format_double(value, format) != fixed)
         wrong += std::string("format_double ") + exact + " " + std::to_string(decimals) + "\n";
+    std::snprintf(fixed, sizeof fixed, "%.2f", value);
+    if (tova::i18n::_private::format_double(value, "") != fixed)
+        wrong += std::string("format_double ") + exact + " without options\n";
     return wrong;
 }
 
