@@ -5,8 +5,9 @@
 // tree: a labeled tree of 10,000 entries with a depth of 8.
 //
 // All encodings produce one string in memory and read the records back into the same structures.
-// Each is checked once before it is measured. The floors copy what the result consists of: fields
-// to bytes and back, the known text, the labels and values of the tree, or the tree.
+// Each is checked once before it is measured. The plain forms have the encodings of our buffers,
+// which is checked, too. The floors copy what the result consists of: fields to bytes and back, the
+// known text, the labels and values of the tree, or the tree.
 #include <tova/serialization/labeled_text_buffer.hpp>
 #include <tova/serialization/serialize_binary_buf.hpp>
 #include <tova/serialization/serialize_text_buf.hpp>
@@ -269,6 +270,153 @@ std::vector<record> read_copies(const std::string& bytes) {
     return values;
 }
 
+// Ours without the fast paths: a string for each value, and streams for floating-point numbers.
+class plain_writer {
+public:
+    std::string text;
+
+    template <typename Integer>
+    plain_writer& operator&(Integer value) {
+        text += std::to_string(value) + '\x01';
+        return *this;
+    }
+    plain_writer& operator&(double value) {
+        std::ostringstream stream;
+        stream << value;
+        text += stream.str() + '\x01';
+        return *this;
+    }
+    plain_writer& operator&(float value) { return *this & static_cast<double>(value); }
+    plain_writer& operator&(const std::string& value) {
+        text += std::to_string(value.size()) + '\x01' + value + '\x01';
+        return *this;
+    }
+    plain_writer& operator&(const place& value) {
+        const_cast<place&>(value).serialize(*this);
+        return *this;
+    }
+};
+
+class plain_reader {
+public:
+    explicit plain_reader(const std::string& text) : m_text(text) {}
+
+    template <typename Number>
+    plain_reader& operator&(Number& value) {
+        const std::size_t end = m_text.find('\x01', m_position);
+        std::istringstream stream(m_text.substr(m_position, end - m_position));
+        m_position = end + 1;
+        if constexpr (sizeof value == 1) {
+            int wide = 0;
+            stream >> wide;
+            value = static_cast<Number>(wide);
+        } else {
+            stream >> value;
+        }
+        return *this;
+    }
+    plain_reader& operator&(std::string& value) {
+        std::size_t length = 0;
+        *this& length;
+        value = m_text.substr(m_position, length);
+        m_position += length + 1;
+        return *this;
+    }
+    plain_reader& operator&(place& value) {
+        value.serialize(*this);
+        return *this;
+    }
+
+private:
+    const std::string& m_text;
+    std::size_t m_position = 0;
+};
+
+std::string write_plain(const std::vector<record>& values) {
+    plain_writer out;
+    out& values.size();
+    for (const record& value : values)
+        const_cast<record&>(value).serialize(out);
+    return out.text;
+}
+
+std::vector<record> read_plain(const std::string& text) {
+    plain_reader in(text);
+    std::size_t count = 0;
+    in& count;
+    std::vector<record> values(count);
+    for (record& value : values)
+        value.serialize(in);
+    return values;
+}
+
+// The same for the other encoding: a string of each value's bytes, and a part of the content.
+class plain_byte_writer {
+public:
+    std::string bytes;
+
+    template <typename Value>
+    plain_byte_writer& operator&(const Value& value) {
+        bytes += std::string(reinterpret_cast<const char*>(&value), sizeof value);
+        return *this;
+    }
+    plain_byte_writer& operator&(const std::string& text) {
+        *this& static_cast<std::uint32_t>(text.size());
+        bytes += text;
+        return *this;
+    }
+    plain_byte_writer& operator&(const place& value) {
+        const_cast<place&>(value).serialize(*this);
+        return *this;
+    }
+};
+
+class plain_byte_reader {
+public:
+    explicit plain_byte_reader(const std::string& bytes) : m_bytes(bytes) {}
+
+    template <typename Value>
+    plain_byte_reader& operator&(Value& value) {
+        const std::string part = m_bytes.substr(m_position, sizeof value);
+        std::memcpy(&value, part.data(), part.size());
+        m_position += sizeof value;
+        return *this;
+    }
+    plain_byte_reader& operator&(std::string& text) {
+        std::uint32_t length = 0;
+        *this& length;
+        text = m_bytes.substr(m_position, length);
+        m_position += length;
+        return *this;
+    }
+    plain_byte_reader& operator&(place& value) {
+        value.serialize(*this);
+        return *this;
+    }
+
+private:
+    const std::string& m_bytes;
+    std::size_t m_position = 0;
+};
+
+std::string write_plain_bytes(const std::vector<record>& values) {
+    plain_byte_writer out;
+    out& static_cast<std::uint32_t>(values.size());
+    for (const record& value : values)
+        const_cast<record&>(value).serialize(out);
+    return out.bytes;
+}
+
+std::vector<record> read_plain_bytes(const std::string& bytes) {
+    plain_byte_reader in(bytes);
+    std::uint32_t count = 0;
+    in& count;
+    std::vector<record> values(count);
+    for (record& value : values)
+        value.serialize(in);
+    return values;
+}
+
 #ifdef HAVE_CEREAL
 template <typename Archive>
 std::string write_cereal(const std::vector<record>& values) {
@@ -392,6 +540,12 @@ void bench_read(benchmark::State& state, writer write, reader read) {
         state.SkipWithError("the records don't come back");
     for (auto unused : state)
         benchmark::DoNotOptimize(read(bytes));
+}
+
+// The plain forms write the bytes of our buffers.
+bool is_plain_equal() {
+    return write_plain(records()) == write_tova<serialize_text_buf>(records()) &&
+           write_plain_bytes(records()) == write_tova<serialize_binary_buf>(records());
 }
 
 void register_records(const std::string& encoding, const std::string& library, writer write,
@@ -551,10 +705,14 @@ void read_qt_tree(benchmark::State& state) {
 #endif
 
 bool register_all() {
+    if (!is_plain_equal())
+        throw std::logic_error("the plain forms have another encoding");
     register_records("bytes", "tova", write_tova<serialize_binary_buf>,
                      read_tova<serialize_binary_buf>);
     register_records("bytes", "floor", write_copies, read_copies);
+    register_records("bytes", "plain", write_plain_bytes, read_plain_bytes);
     register_records("text", "tova", write_tova<serialize_text_buf>, read_tova<serialize_text_buf>);
+    register_records("text", "plain", write_plain, read_plain);
 #ifdef HAVE_CEREAL
     register_records("bytes", "cereal", write_cereal<cereal::BinaryOutputArchive>,
                      read_cereal<cereal::BinaryInputArchive>);
