@@ -164,13 +164,13 @@ def cppcheck(context):
 NOT_MODELED = (
     # It has no name for temporaries and for objects that are constructed in the caller's return slot, and
     # takes them for uninitialized or lost. memcheck and the leak check watch both.
-    r"(use of uninitialized value|leak of) ‘<unknown>’",
+    r"(use of uninitialized value|leak of) '<unknown>'",
     # operator new raises std::bad_alloc and never returns null.
-    r"use of possibly-NULL ‘operator new\(\d+\)’",
+    r"use of possibly-NULL 'operator new\(\d+\)'",
     # `to` is inside a string, whose memory comes from operator new.
-    r"/string_fill\.hpp:.*possibly-NULL ‘to’",
+    r"/string_fill\.hpp:.*possibly-NULL 'to'",
     # memcpy takes the first four bytes of a number of eight bytes, all of which have a value.
-    r"/ascii_run\.hpp:.*uninitialized value ‘\*\(unsigned int\*\)&units’",
+    r"/ascii_run\.hpp:.*uninitialized value '\*\(unsigned int\*\)&units'",
 )
 # It follows the unrolled vector code of this file for more than a minute without an end.
 NOT_ANALYZED = ("src/strings/unicode_avx512_kernels.cpp",)
@@ -191,7 +191,8 @@ def analyzer(context):
         words[words.index("-o") + 1] = "/dev/null"
         # It looks at the code before it is optimized.
         done = subprocess.run([*words, "-O0", "-g0", "-U_FORTIFY_SOURCE", "-S", "-fanalyzer"],
-                              cwd=commands[source]["directory"], capture_output=True, text=True, errors="replace")
+                              cwd=commands[source]["directory"], capture_output=True, text=True, errors="replace",
+                              env=dict(os.environ, LC_ALL="C"))  # plain quotation marks
         found = [line for line in re.findall(r"^\S+:\d+:\d+: warning: .*\[-Wanalyzer.*", done.stderr, re.M)
                  if not any(re.search(pattern, line) for pattern in NOT_MODELED)]
         return found or ([f"{source}: g++ ends with {done.returncode}"] if done.returncode else [])
