@@ -274,7 +274,9 @@ void server::check_if_due() {
 
 void server::open(const json& params) {
     const json& document = params.at("textDocument");
-    m_files.open(document.at("uri"), document.at("version"), document.at("text"));
+    const std::string uri = document.at("uri");
+    const std::int64_t opened = document.at("version");
+    m_files.open(uri, opened, document.at("text"));
     m_is_check_due = true;
 }
 
