@@ -2,8 +2,8 @@
 
 A mutant is the library with one conditional jump replaced: it is always taken, or never. Only jumps
 whose innermost source line is in src/ or include/ are taken, so that the standard library's own
-branches, which we do not write, are left out. The programs of the same family run first, the fastest
-of the others after them, until one fails or all have passed.
+branches, which we do not write, are left out. Only programs that run the line of the jump are asked,
+those of the same family first and fast ones before slow ones, until one fails or all have passed.
 
 Survivors are listed in mutants.txt with the reason why no test can tell them from the library, or why
 none should. The list is keyed by the text of the source line, so it survives edits elsewhere.
@@ -84,10 +84,17 @@ def reasons(root):
     return known
 
 
-def ordered(programs, source):
-    """The programs of the family of a source first, each group by its running time."""
-    family = source.split("/")[1] if source.startswith("src/") else source.split("/")[2]
-    return sorted(programs, key=lambda program: (program.family != family, program.seconds))
+def ordered(programs, mutant):
+    """The programs that run the line of a mutant; its family first, each group by its running time.
+
+    All programs if none is known to run the line: not every jump has a line that is counted.
+    """
+    part = mutant.source.split("/")
+    family = part[1] if part[0] == "src" else part[2]
+    place = (mutant.source, mutant.line)
+    running = [program for program in programs if program.places is None or place in program.places]
+    return sorted(running if any(program.places for program in running) else programs,
+                  key=lambda program: (program.family != family, program.seconds))
 
 
 def judge(mutant, code, offset, programs, scratch):
@@ -99,7 +106,7 @@ def judge(mutant, code, offset, programs, scratch):
     (folder / "libtova.so.2.18").write_bytes(changed)
     work = scratch / f"work-{number}"
     try:
-        for program in ordered(programs, mutant.source):
+        for program in ordered(programs, mutant):
             limit = 5 + 6 * program.seconds
             passed, _ = tests_of_build.run(program, folder, work, limit,
                                            ("--gtest_brief=1", "--gtest_fail_fast"))
@@ -122,12 +129,13 @@ def measure(context):
     chosen = random.Random(context.seed).sample(every, min(len(every), 150 if context.quick else 2000))
     context.say(f"{len(every)} mutants in {len(here)} jumps, {len(chosen)} chosen")
 
-    programs = tests_of_build.programs(build)
+    programs = tests_of_build.programs_of(build)
     for program in programs:
         passed, program.seconds = tests_of_build.run(program, build, context.scratch / "work", 900)
         if not passed:
             raise SystemExit(f"prove mutants: {program.name} fails without a mutant")
     context.say(f"{len(programs)} programs take {sum(p.seconds for p in programs):.0f} s")
+    tests_of_build.find_places(context, programs, context.build("coverage"))
 
     survivors = []
     killers = collections.Counter()

@@ -1,7 +1,9 @@
 """The test programs of a build, and how to run one of them against another libtova.so."""
+import concurrent.futures
 import os
 import pathlib
 import resource
+import shutil
 import signal
 import subprocess
 import time
@@ -15,9 +17,10 @@ class TestProgram:
         self.family = self.path.parent.name
         self.name = self.path.name
         self.seconds = None  # of an ordinary run
+        self.places = None  # the lines of the library that it runs, if known; see `find_places`
 
 
-def programs(build):
+def programs_of(build):
     """Every GoogleTest program, by name. The scripts among the tests are left out."""
     found = []
     for path in sorted((build / "tests").rglob("*_test")):
@@ -53,3 +56,40 @@ def run(program, library_folder, scratch, timeout, arguments=("--gtest_brief=1",
         pass
     child.wait()
     return passed, time.monotonic() - begin
+
+
+def find_places(context, programs, counting):
+    """Fills in the places of each program: file and number of the lines that it runs.
+
+    `counting` is a build of the same sources whose library counts its lines. A program that it does
+    not have keeps None.
+    """
+    library = counting / "libtova.so.2.18.0"
+    counters = {program.name: program for program in programs_of(counting)}
+
+    def find(program):
+        folder = context.scratch / f"places-{program.name}"
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir(parents=True)
+        run(counters[program.name], counting, folder / "work", 900,
+            environment={"LLVM_PROFILE_FILE": str(folder / "%m%c.profraw")})
+        profiles = [path for path in folder.glob("*.profraw") if path.stat().st_size]
+        merged = folder / "merged"
+        places = set()
+        if profiles:
+            context.run("llvm-profdata-19", "merge", "--failure-mode=all", "-o", merged, *profiles)
+            name = None
+            for line in context.run("llvm-cov-19", "export", "--format=lcov", library,
+                                    f"--instr-profile={merged}").splitlines():
+                if line.startswith("SF:"):
+                    path = pathlib.Path(line[3:])
+                    name = str(path.relative_to(context.root)) if path.is_absolute() else str(path)
+                elif line.startswith("DA:"):
+                    number, count = line[3:].split(",")[:2]
+                    if count != "0":
+                        places.add((name, int(number)))
+        program.places = frozenset(places)
+        shutil.rmtree(folder, ignore_errors=True)
+
+    with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
+        list(pool.map(find, [program for program in programs if program.name in counters]))

@@ -40,7 +40,7 @@ def exported_names(build):
     exported = {name for name in symbols(build / "libtova.so.2.18.0", "--defined-only")
                 if "9TOVA_2_18" in name and not name.startswith(("_ZTV", "_ZTI", "_ZTS", "_ZTT"))}
     users = collections.defaultdict(set)
-    for program in tests_of_build.programs(build):
+    for program in tests_of_build.programs_of(build):
         for name in symbols(program.path, "--undefined-only") & exported:
             users[name].add(program.name)
     # Complete and base object versions of one constructor or destructor are one name for a reader.
