@@ -31,16 +31,25 @@ function(tova_fills_strings)
 endfunction()
 
 # tova_add_test(NAME a_test.cpp ...): one GoogleTest program from sources of the current folder. Its
-# tests run in random order.
+# tests run in random order. It is built as C++14; `tova_test_standard` changes that.
 function(tova_add_test name)
   add_executable(${name} ${ARGN})
   set_target_properties(${name} PROPERTIES CXX_STANDARD 14)
-  target_compile_options(${name} PRIVATE ${TOVA_WARNINGS})
+  target_compile_options(${name} PRIVATE ${TOVA_WARNINGS} ${TOVA_TEST_OPTIMIZATION})
+  if(TOVA_PRECOMPILE_TESTS)
+    target_precompile_headers(${name} REUSE_FROM tova_test_support)
+  endif()
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/src)
   target_compile_definitions(${name} PRIVATE TOVA_LIBRARY="$<TARGET_FILE:tova>")
   target_link_libraries(${name} PRIVATE tova::tova tova_test_support GTest::gmock GTest::gtest_main)
   add_test(NAME ${name} COMMAND ${name} --gtest_shuffle --gtest_brief=1)
   set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+endfunction()
+
+# tova_test_standard(NAME STANDARD): another standard for a test program. The precompiled headers are
+# those of C++14, so it does without them.
+function(tova_test_standard name standard)
+  set_target_properties(${name} PROPERTIES CXX_STANDARD ${standard} DISABLE_PRECOMPILE_HEADERS ON)
 endfunction()
 
 # tova_add_example_test(NAME): the test program NAME_example_test, from NAME_example_test.cpp in the
