@@ -9,6 +9,7 @@ import shutil
 import subprocess
 
 TITLE = "Exhausted memory"
+SOURCES = ("proofs",)
 OUTCOMES = ("raised", "right", "ended", "other", "wrong", "leaked", "crashed")
 
 # Functions that no scenario can call.

@@ -5,6 +5,7 @@ import subprocess
 import time
 
 TITLE = "Depth"
+SOURCES = ("proofs",)
 STACK = 8 << 20
 QUICK = 20  # the quick form nests as many times less
 SECONDS = 1200

@@ -10,6 +10,7 @@ import subprocess
 import threading
 
 TITLE = "Every input"
+SOURCES = ("proofs",)
 PART = 1 << 26
 # The quick form takes one block in so many, and the domains without an entry whole.
 ONE_IN = {"four_bytes": 1000, "integers": 1000, "floats": 1000, "pages": 20}

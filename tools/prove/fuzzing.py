@@ -11,6 +11,7 @@ import subprocess
 import time
 
 TITLE = "Fuzzing"
+SOURCES = ("fuzz", "programs", "tests")
 TALLY = "tools/prove/fuzz_tally.json"
 EACH = 100_000
 TOGETHER = 10_000_000

@@ -4,6 +4,7 @@ import shutil
 import subprocess
 
 TITLE = "One output, whatever the build"
+SOURCES = ("examples", "tests")
 
 # Name, compiler, flags. The first one is what the others are compared with.
 BUILDS = (

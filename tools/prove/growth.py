@@ -9,6 +9,7 @@ import shutil
 import subprocess
 
 TITLE = "Growth"
+SOURCES = ("proofs",)
 REQUIRED = 2.5
 FOR_CI = 16  # the quick form counts each so manieth workload
 

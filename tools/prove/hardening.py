@@ -5,6 +5,7 @@ import statistics
 import subprocess
 
 TITLE = "Hardening"
+SOURCES = ("benchmarks", "tests/abi/hardening_test.py")
 REQUIRED = 1.05  # our time with the protections, as a ratio to the time without them
 ROUNDS = 5
 

@@ -4,6 +4,7 @@ import re
 import subprocess
 
 TITLE = "Hazards, whatever the compiler"
+SOURCES = ("tests/hazards", "tests/support", "tools/hazards_matrix")
 COMPILERS = ("g++-12", "clang++-14", "clang++-19")
 LEVELS = "0123"
 

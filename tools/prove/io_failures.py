@@ -3,6 +3,7 @@ import shutil
 import subprocess
 
 TITLE = "Failing system calls"
+SOURCES = ("proofs", "tests/support")
 
 
 def measure(context):

@@ -11,6 +11,7 @@ none should. The list is keyed by the text of the source line, so it survives ed
 import collections
 import concurrent.futures
 import os
+import pathlib
 import random
 import re
 import shutil
@@ -21,7 +22,8 @@ import tests_of_build
 
 TITLE = "Mutants"
 REQUIRED = 97.0  # per cent killed, without the explained ones
-REASONS = "tools/prove/mutants.txt"
+REASONS = pathlib.Path(__file__).with_name("mutants.txt")
+SOURCES = ("tests", "tools/prove/tests_of_build.py")
 
 JUMP = re.compile(r"^\s*([0-9a-f]+):\s+((?:[0-9a-f]{2} )+)\s+(j[a-z]+)\s+([0-9a-f]+)")
 NOT_CONDITIONAL = {"jmp", "jmpq", "jrcxz", "jecxz"}
@@ -72,12 +74,11 @@ def patched(code, offset, size, taken):
     return mutant
 
 
-def reasons(root):
+def reasons():
     """Known survivors: the stripped text of a source line, and why it may survive."""
     known = {}
-    path = root / REASONS
-    if path.is_file():
-        for line in path.read_text().splitlines():
+    if REASONS.is_file():
+        for line in REASONS.read_text().splitlines():
             if line and not line.startswith("#"):
                 source, text, reason = (part.strip() for part in line.split(" ||| "))
                 known[source, text] = reason
@@ -151,14 +152,12 @@ def measure(context):
             if done % 50 == 0:
                 context.say(f"{done} of {len(chosen)} judged, {len(survivors)} survive")
 
-    known = reasons(context.root)
     listed = []
     for mutant in sorted(survivors, key=lambda one: (one.source, one.line, one.address)):
         lines = (context.root / mutant.source).read_text().splitlines()
         text = lines[mutant.line - 1].strip() if mutant.line <= len(lines) else ""
         listed.append({"source": mutant.source, "line": mutant.line, "text": text,
-                       "taken": mutant.taken, "address": f"{mutant.address:#x}",
-                       "reason": known.get((mutant.source, text), "")})
+                       "taken": mutant.taken, "address": f"{mutant.address:#x}"})
     return {"jumps": len(here), "mutants": len(every), "judged": len(chosen),
             "survivors": listed, "killers": killers.most_common(10), "seed": context.seed}
 
@@ -168,10 +167,12 @@ def killed(result):
 
 
 def report(result):
-    unexplained = [one for one in result["survivors"] if not one["reason"]]
+    known = reasons()
+    explained = [(one, known.get((one["source"], one["text"]))) for one in result["survivors"]]
+    unexplained = [one for one, reason in explained if not reason]
     rows = "\n".join(
         f"| `{one['source']}:{one['line']}` | {'taken' if one['taken'] else 'never'} | "
-        f"{one['reason'] or '**none yet**'} |" for one in result["survivors"])
+        f"{reason or '**none yet**'} |" for one, reason in explained)
     return f"""The library has {result['jumps']:,} conditional jumps that come from our own lines. Each can be forced in two
 ways: always taken, or never. Of these {result['mutants']:,} mutants, {result['judged']:,} were drawn at random (seed
 {result['seed']}); the tests notice **{killed(result):.1f} %** of them, without any correction. {len(result['survivors'])} survive,

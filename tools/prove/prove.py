@@ -13,8 +13,12 @@ A measure is a module of this folder with four names:
     report(result)              the section of the page, in Markdown
     failures(result)            what misses its limit, a sentence each; an empty list passes
 
+A fifth, SOURCES, may name the files and folders that the result depends on beside the library.
+
 A result is kept in build/prove/NAME.json with a fingerprint of the files that it depends on. If a
-run is interrupted, the next one continues after the last complete measure.
+run is interrupted, the next one continues after the last complete measure, and after a change only
+the measures that depend on it are made again. The files with reasons (tools/prove/*.txt) only
+matter to the page.
 """
 import argparse
 import hashlib
@@ -36,9 +40,9 @@ PAGE = ROOT / "docs" / "testing.md"
 MEASURES = ("coverage", "mutants", "allocations", "io_failures", "fuzzing", "exhaustive", "gates", "golden",
             "growth", "depth", "hazards_matrix", "hardening", "traceability")
 
-# What a result depends on. A change of the documents invalidates nothing.
-SOURCES = ("CMakeLists.txt", "CMakePresets.json", "benchmarks", "cmake", "examples", "fuzz",
-           "include", "proofs", "src", "tests", "tools")
+# What every result depends on, and what those depend on that do not name their own SOURCES.
+LIBRARY = ("CMakeLists.txt", "CMakePresets.json", "cmake", "include", "src")
+SOURCES = ("benchmarks", "examples", "fuzz", "programs", "proofs", "tests", "tools")
 
 
 class Context:
@@ -80,9 +84,11 @@ def output_of(*command):
     return subprocess.run(command, cwd=ROOT, check=True, capture_output=True, text=True).stdout
 
 
-def fingerprint():
-    """A hash over the contents of all files that git tracks in SOURCES."""
-    names = output_of("git", "ls-files", "-z", "--", *SOURCES).split("\0")
+def fingerprint(name, module):
+    """A hash over the contents of all files that git tracks and that a measure depends on."""
+    sources = (*LIBRARY, f"tools/prove/{name}.py", *getattr(module, "SOURCES", SOURCES))
+    names = output_of("git", "ls-files", "-z", "--", *sources, ":!tools/prove/*.txt",
+                      ":!tools/prove/*.json").split("\0")
     digest = hashlib.sha256()
     for name in sorted(filter(None, names)):
         path = ROOT / name
@@ -105,9 +111,9 @@ def stored(name, state):
     return record["result"] if record["state"] == state else None
 
 
-def run_measure(name, arguments, sources):
+def run_measure(name, arguments):
     module = importlib.import_module(name)
-    state = {"sources": sources, "quick": arguments.quick, "seed": arguments.seed}
+    state = {"sources": fingerprint(name, module), "quick": arguments.quick, "seed": arguments.seed}
     result = None if arguments.again else stored(name, state)
     if result is not None:
         print(f"prove {name}: measured before, on the same sources", file=sys.stderr)
@@ -150,11 +156,10 @@ def main():
         parser.error(f"no such measure: {', '.join(sorted(unknown))}; --list prints them")
 
     RESULTS.mkdir(parents=True, exist_ok=True)
-    sources = fingerprint()
     missed = []
     sections = []
     for name in arguments.names or MEASURES:
-        module, result = run_measure(name, arguments, sources)
+        module, result = run_measure(name, arguments)
         text = module.report(result)
         sections.append((module.TITLE, text))
         missed += [f"{name}: {sentence}" for sentence in module.failures(result)]

@@ -13,6 +13,7 @@ import subprocess
 import tests_of_build
 
 TITLE = "What tests what"
+SOURCES = ("docs", "examples", "tests", "tools/prove/tests_of_build.py")
 
 
 def surprises(root):
