@@ -343,6 +343,8 @@ private:
             has_space = has_space || one.kind == token_kind::space;
             is_simple = is_simple && one.kind != token_kind::string &&
                         one.role == token_role::value && one.kind != token_kind::line_end;
+            // An element with a "=" is most likely an entry that an unfinished array goes on with.
+            is_simple = is_simple && (!each.is_array || one.kind != token_kind::equals);
         }
         if (!has_space)
             return;

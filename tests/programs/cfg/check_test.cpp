@@ -148,7 +148,8 @@ TEST(CfgFixes, MakeTheValueThatWasMeant) {
         {"\xEF\xBB\xBF"
          "a = 1\n",
          "a = 1\n"},
-        {"a = \"b\" c\n", "a = \"b\" c\n"},  // no fix: the quotes may be meant
+        {"l[] = a,\nb = 1\n", "l[] = a,\nb = 1\n"},  // no fix: the comma is wrong
+        {"a = \"b\" c\n", "a = \"b\" c\n"},          // no fix: the quotes may be meant
     };
     for (const auto& c : cases) {
         std::string text = c.before;
