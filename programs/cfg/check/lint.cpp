@@ -49,6 +49,52 @@ std::size_t first_invalid_byte(std::string_view text) {
     return at;
 }
 
+std::string_view without_spaces_before(std::string_view text) {
+    const std::size_t begin = text.find_first_not_of(" \t\r");
+    return begin == text.npos ? std::string_view() : text.substr(begin);
+}
+
+// Whether a line in which an array goes on, from its first "[", is a header. It is not if text
+// directly follows the "]", as in "[::1]:25", or a comma does, as in "[a], [b]".
+bool is_header_line(std::string_view line) {
+    const std::size_t close = line.find(']');
+    if (close == line.npos)
+        return true;
+    const std::string_view after = line.substr(close + 1);
+    const std::string_view rest = without_spaces_before(after);
+    if (rest.empty() || rest.compare(0, 2, "//") == 0)
+        return true;
+    const bool is_attached = rest.size() == after.size();
+    return is_attached ? std::string_view("#;[").find(rest[0]) != std::string_view::npos
+                       : rest[0] != ',';
+}
+
+std::string_view header_of(std::string_view line) {
+    const std::size_t close = line.find(']');
+    return close == line.npos ? line : line.substr(0, close + 1);
+}
+
+// The first header in a string, or the empty string. A line of text may begin with a reference such
+// as "[1] See below", so only a comment may follow the header. If the name of the header is in
+// quotes, the string ends after its "[".
+std::string_view header_in(std::string_view string) {
+    for (std::size_t feed = string.find('\n'); feed != string.npos;) {
+        const std::size_t end = string.find('\n', feed + 1);
+        const std::string_view line = without_spaces_before(
+            string.substr(feed + 1, end == string.npos ? end : end - feed - 1));
+        feed = end;
+        if (line.empty() || line[0] != '[')
+            continue;
+        if (line.size() == 1 && end == string.npos)
+            return line;
+        const std::string_view rest = without_spaces_before(line.substr(header_of(line).size()));
+        if (header_of(line).back() == ']' &&
+            (rest.empty() || rest[0] == '#' || rest.compare(0, 2, "//") == 0))
+            return header_of(line);
+    }
+    return {};
+}
+
 class linter {
 public:
     linter(const document& file, const schema& declared)
@@ -85,6 +131,9 @@ private:
 
     const token& at(std::size_t index) const { return m_file.tokens()[index]; }
     char byte(std::size_t offset) const { return m_file.bytes()[offset]; }
+    std::string line_of(std::size_t offset) const {
+        return std::to_string(m_lines.at(offset).line);
+    }
 
     void check_bytes() {
         const std::string& bytes = m_file.bytes();
@@ -106,10 +155,13 @@ private:
         if (!one.is_closed)
             add("open-quote", {one.bytes.begin, one.bytes.begin + 1}, "",
                 "this quote is not closed; the string goes on to the end of the file");
+        else if (!header_in(text).empty())
+            add("header-in-string", one.bytes, "",
+                "the string from this quote ends in line " + line_of(one.bytes.end - 1) +
+                    " and contains the header " + quoted(header_in(text)));
         else if (text.find('\n') != text.npos)
             add("quote-over-lines", one.bytes, "",
-                "the string from this quote ends in line " +
-                    std::to_string(m_lines.at(one.bytes.end - 1).line));
+                "the string from this quote ends in line " + line_of(one.bytes.end - 1));
         if (text.find("\\\"") != text.npos || text.find("\\\\") != text.npos)
             add("escape", one.bytes, "", "the backslashes stay in the string");
     }
@@ -122,23 +174,31 @@ private:
         // Spaces next to the brackets are dropped, but nobody means them as part of the name.
         std::size_t names = 0;
         bool has_space = false;
+        bool has_line_end = false;
+        bool loses_space = false;
         for (std::size_t i = each.tokens; i < m_file.tokens().size(); ++i) {
             const token& one = at(i);
             if (one.bytes.begin >= each.bytes.end)
                 break;
-            if (one.kind == token_kind::open_bracket || one.kind == token_kind::close_bracket)
+            if (i == each.tokens || one.kind == token_kind::close_bracket)
                 continue;
             if (is_blank(one.kind)) {
                 has_space = names != 0;
+                has_line_end = has_line_end || one.kind == token_kind::line_end;
                 continue;
             }
-            if (has_space) {
-                add("lost-space", each.bytes, "",
-                    "the section is " + quoted(each.name) + " without spaces");
+            if (has_line_end) {
+                add("open-header", each.bytes, "",
+                    "the header is not closed in its line and goes on up to the \"]\" in line " +
+                        line_of(each.bytes.end - 1));
                 return;
             }
+            loses_space = loses_space || has_space;
             ++names;
         }
+        if (loses_space)
+            add("lost-space", each.bytes, "",
+                "the section is " + quoted(each.name) + " without spaces");
     }
 
     void check_comment_quotes(const comment& each) {
@@ -153,7 +213,7 @@ private:
             else if (m_file.text(one).find('\n') != std::string_view::npos)
                 add("quote-in-comment", {one.bytes.begin, one.bytes.begin + 1}, "",
                     "this quote makes the comment go on up to the quote in line " +
-                        std::to_string(m_lines.at(one.bytes.end - 1).line));
+                        line_of(one.bytes.end - 1));
         }
     }
 
@@ -254,6 +314,18 @@ private:
         add("no-equals", bytes, "", std::move(reason));
     }
 
+    // Whether there are only spaces before it in its line.
+    bool begins_line(std::size_t offset) const {
+        while (offset > 0 && (byte(offset - 1) == ' ' || byte(offset - 1) == '\t'))
+            --offset;
+        return offset == 0 || byte(offset - 1) == '\n';
+    }
+
+    std::string_view rest_of_line(std::size_t offset) const {
+        const std::string_view rest = std::string_view(m_file.bytes()).substr(offset);
+        return rest.substr(0, rest.find_first_of("\r\n"));
+    }
+
     bool is_on_line_of_header(const entry& each) const {
         const section& header = m_file.sections()[each.section];
         const std::string_view between =
@@ -335,7 +407,10 @@ private:
 
     void check_spaces(const entry& each, const value_piece& piece) {
         bool has_space = false;
-        bool is_simple = true;
+        // Most likely a header that an unfinished array took.
+        const bool is_header =
+            each.is_array && byte(piece.bytes.begin) == '[' && begins_line(piece.bytes.begin);
+        bool is_simple = !is_header;
         for (std::size_t i = each.tokens; i < each.tokens_end; ++i) {
             const token& one = at(i);
             if (one.bytes.begin < piece.bytes.begin || one.bytes.end > piece.bytes.end)
@@ -343,7 +418,7 @@ private:
             has_space = has_space || one.kind == token_kind::space;
             is_simple = is_simple && one.kind != token_kind::string &&
                         one.role == token_role::value && one.kind != token_kind::line_end;
-            // An element with a "=" is most likely an entry that an unfinished array goes on with.
+            // An element with a "=" is most likely an entry that an unfinished array took.
             is_simple = is_simple && (!each.is_array || one.kind != token_kind::equals);
         }
         if (!has_space)
@@ -366,6 +441,15 @@ private:
                 each.inherited == 1 ? "the first element is that of an array further up"
                                     : "the first " + std::to_string(each.inherited) +
                                           " elements are those of an array further up");
+        if (check_next_lines(each))
+            return;
+        if (!each.is_stored && !each.values.empty())
+            add("unfinished-array", each.key_bytes, each.key,
+                "the array ends with a comma or an empty element and is not stored");
+    }
+
+    // Returns whether a comma at a line end made the array take an entry or a header.
+    bool check_next_lines(const entry& each) {
         bool after_comma = false;
         bool is_continued = false;
         for (std::size_t i = each.tokens; i < each.tokens_end; ++i) {
@@ -374,18 +458,24 @@ private:
                 continue;
             if (one.kind == token_kind::line_end) {
                 is_continued = is_continued || after_comma;
-            } else if (is_continued && one.kind == token_kind::equals) {
-                add("unfinished-array", each.key_bytes, each.key,
-                    "the array ends with a comma and goes on in line " +
-                        std::to_string(m_lines.at(one.bytes.begin).line));
-                return;
-            } else {
-                after_comma = one.kind == token_kind::comma;
+                continue;
             }
+            if (is_continued && one.kind == token_kind::equals) {
+                add("unfinished-array", each.key_bytes, each.key,
+                    "the array ends with a comma and goes on in line " + line_of(one.bytes.begin));
+                return true;
+            }
+            const std::string_view line = rest_of_line(one.bytes.begin);
+            if (is_continued && one.kind == token_kind::open_bracket &&
+                begins_line(one.bytes.begin) && is_header_line(line)) {
+                add("unfinished-array", each.key_bytes, each.key,
+                    "the array ends with a comma and takes the header " + quoted(header_of(line)) +
+                        " in line " + line_of(one.bytes.begin));
+                return true;
+            }
+            after_comma = one.kind == token_kind::comma;
         }
-        if (!each.is_stored && !each.values.empty())
-            add("unfinished-array", each.key_bytes, each.key,
-                "the array ends with a comma or an empty element and is not stored");
+        return false;
     }
 
     // --- Keys of the whole file ---
@@ -397,8 +487,8 @@ private:
                 continue;
             const entry*& earlier = known[each.key];
             if (earlier != nullptr) {
-                std::string text = "line " + std::to_string(m_lines.at(earlier->bytes.begin).line) +
-                                   " sets it too; this one wins";
+                std::string text =
+                    "line " + line_of(earlier->bytes.begin) + " sets it too; this one wins";
                 if (earlier->full_name != each.full_name)
                     text += "; " + quoted(earlier->full_name) + " and " + quoted(each.full_name) +
                             " are one key";

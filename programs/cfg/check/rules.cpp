@@ -33,7 +33,7 @@ const rule table[] = {
      "comment in the first line into a key. The fix removes it."},
     {"open-header", severity::error, "a header without \"]\"",
      "Without a \"]\" the header goes on in the next lines, up to a \"]\" or the end of the file, "
-     "and the entries in between are lost."},
+     "and the entries and headers in between are lost."},
     {"text-after-header", severity::warning, "text after a header",
      "Text after a header on the same line is read as a key. A comment may follow a header."},
     {"duplicate-key", severity::warning, "a key that is set twice",
@@ -66,6 +66,9 @@ const rule table[] = {
     {"quote-over-lines", severity::warning, "a string over more than one line",
      "A line end in double quotes is part of the string. Often one of the quotes is missing or one "
      "too many, and what should be entries is text."},
+    {"header-in-string", severity::error, "a string over more than one line with a header",
+     "A line of the string is a section header. Most likely a quote before it is missing or one "
+     "too many: the header is text, and the entries after it are text or in another section."},
     {"escape", severity::warning, "a backslash that stays in the value",
      "Nothing is unescaped: in \"say \\\"hi\\\"\" the backslashes stay in the value. A value "
      "cannot have a double quote without a backslash before it."},
@@ -74,17 +77,19 @@ const rule table[] = {
      "the "
      "comment goes on after the closing quote, in another line or at the end of the file. Write "
      "comments without double quotes, or with pairs of them in a line."},
-    {"carriage-return", severity::warning, "a carriage return that ends no line",
-     "Lines end with LF or CRLF. A CR alone is part of a key or value."},
+    {"carriage-return", severity::error, "a carriage return that ends no line",
+     "Lines end with LF or CRLF. A CR alone is part of a key, value or comment, and so are the "
+     "entries and headers after it."},
     {"not-utf8", severity::warning, "bytes that are not UTF-8",
      "The bytes are used as they are. A file in another encoding, or a NUL byte, shows as wrong "
      "characters where the value is used."},
 
     // --- Arrays ---
     {"unfinished-array", severity::error, "an array that ends with a comma",
-     "After a comma an array goes on in the next line, so the next entry becomes its last element. "
-     "At the end of the file, or before \"\", the array is not stored, and its elements come first "
-     "in the next array."},
+     "After a comma an array goes on in the next line that is neither empty nor a comment, so the "
+     "next entry or header becomes its last element. At the end of the file, or before \"\", the "
+     "array is not stored, and its elements come first in the next array. An element in brackets, "
+     "such as [::1], must be in double quotes at the start of a line."},
     {"array-gets-more", severity::error, "an array with the elements of another one",
      "An array further up ends with an empty element. It is not stored, but its other elements are "
      "the first ones of this array."},

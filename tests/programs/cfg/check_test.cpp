@@ -17,6 +17,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <set>
 #include <sstream>
 #include <string>
@@ -149,7 +150,8 @@ TEST(CfgFixes, MakeTheValueThatWasMeant) {
          "a = 1\n",
          "a = 1\n"},
         {"l[] = a,\nb = 1\n", "l[] = a,\nb = 1\n"},  // no fix: the comma is wrong
-        {"a = \"b\" c\n", "a = \"b\" c\n"},          // no fix: the quotes may be meant
+        {"l[] = a,\n[b c]\n", "l[] = a,\n[b c]\n"},
+        {"a = \"b\" c\n", "a = \"b\" c\n"},  // no fix: the quotes may be meant
     };
     for (const auto& c : cases) {
         std::string text = c.before;
@@ -159,6 +161,96 @@ TEST(CfgFixes, MakeTheValueThatWasMeant) {
             fixes.push_back(&each);
         apply_fixes(text, fixes);
         EXPECT_EQ(c.after, text);
+    }
+}
+
+// A header that is part of something else hides a whole section, so it is never only a warning.
+TEST(CfgCheck, ReportsAnErrorForEveryHeaderThatIsPartOfSomethingElse) {
+    const struct {
+        const char* before;  // the header
+        const char* rule;
+        const char* text;
+    } cases[] = {
+        {"l[] = a, b,\n", "unfinished-array",
+         "the array ends with a comma and takes the header \"[log]\" in line 2"},
+        {"l[] = a, b,\n\n", "unfinished-array",
+         "the array ends with a comma and takes the header \"[log]\" in line 3"},
+        {"l[] = a,\r\n  # note\r\n\r\n  ", "unfinished-array",
+         "the array ends with a comma and takes the header \"[log]\" in line 4"},
+        {"l[] =\nm[] = a,\n b,\n", "unfinished-array",
+         "the array ends with a comma and takes the header \"[log]\" in line 4"},
+        {"a = \"x\n", "header-in-string",
+         "the string from this quote ends in line 3 and contains the header \"[log]\""},
+        {"[s\na = 1\n", "open-header",
+         "the header is not closed in its line and goes on up to the \"]\" in line 3"},
+        {"[\n", "open-header",
+         "the header is not closed in its line and goes on up to the \"]\" in line 2"},
+        {"k\n", "no-equals", "\"k\" has no \"=\" and is joined to the key on the next line"},
+        {"a = 1\r", "carriage-return", "a carriage return without a line feed"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.before);
+        // The last quote closes a string that contains the header.
+        const std::string text = std::string(c.before) + "[log]\nlevel = \"x\n";
+        bool is_found = false;
+        for (const finding& each : findings_in(text))
+            is_found =
+                is_found || (each.broken_rule->id == std::string(c.rule) &&
+                             each.broken_rule->level == severity::error && each.text == c.text);
+        EXPECT_TRUE(is_found);
+    }
+}
+
+TEST(CfgCheck, ReportsAnErrorForEveryHiddenHeaderInRandomFiles) {
+    const char* const pieces[] = {"a = 1\n",   "b[] = 1,\n", "c[] = 1, # x\n\n",
+                                  "\"",        "d = \"x\n",  "k\n",
+                                  "[s\n",      "e += 1\n",   "f = \"\"\"",
+                                  "# \"x\"\n", "; \"\n",     "=\n",
+                                  "= \"\\\"",  "g[] =\n",    ",\n",
+                                  "]\n",       "h = [\n",    "i = x\r",
+                                  "*/ \"\n",   "# x\"\n",    "\xEF\xBB\xBF\n",
+                                  "[t]\n",     "[u] v\n",    "\"\n"};
+    std::mt19937 random(14);
+    std::size_t hidden = 0;
+    for (int i = 0; i < 20000; ++i) {
+        std::string text;
+        for (std::size_t count = random() % 6; count != 0; --count)
+            text += pieces[random() % (sizeof pieces / sizeof *pieces)];
+        if (!text.empty() && text.back() != '\n')
+            text += '\n';
+        text += "[log]\nlevel = 1\n";
+        for (std::size_t count = random() % 3; count != 0; --count)
+            text += pieces[random() % (sizeof pieces / sizeof *pieces)];
+        const document file("f", text);
+        bool is_read = false;
+        for (const section& each : file.sections())
+            is_read = is_read || each.name == "log";
+        if (is_read)
+            continue;
+        ++hidden;
+        bool has_error = false;
+        for (const finding& each : lint(file, schema()))
+            has_error = has_error || each.broken_rule->level == severity::error;
+        EXPECT_TRUE(has_error) << text;
+    }
+    EXPECT_GT(hidden, 1000u);
+}
+
+TEST(CfgCheck, FindsNoHeaderInElementsAndStringsWithBrackets) {
+    for (const char* text : {
+             "l[] = a,\n  [::1]:25\n",
+             "l[] = a,\n  [x], [y]\n",
+             "l[] = a,\n  [x] , b\n",
+             "l[] = a,\n  [::1]/64\n",
+             "l[] = a, [x]\n",
+             "l[] = a,\n  b, [x]\n",
+             "l[] = a,\n  \"[x]\"\n",
+             "a = \"x\n[1] See below.\n\"\n",
+             "a = \"x\n[\n1\n]\n\"\n",
+             "a = [x]\n",
+         }) {
+        for (const finding& each : findings_in(text))
+            EXPECT_NE(severity::error, each.broken_rule->level) << text << each.text;
     }
 }
 
