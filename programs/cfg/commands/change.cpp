@@ -1,5 +1,6 @@
 #include "cfg/commands/change.hpp"
 
+#include "cfg/check/lint.hpp"
 #include "cfg/model/edit.hpp"
 #include "cfg/model/save.hpp"
 #include "cfg/model/schema.hpp"
@@ -13,6 +14,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 namespace tova_programs::cfg {
@@ -35,6 +37,18 @@ struct changed_file {
     std::vector<problem> problems;
 };
 
+// The change itself is right even in a file with errors, but the program may not read what the
+// author of the file meant.
+void report_errors(const changed_file& file, std::ostream& errors) {
+    std::size_t count = 0;
+    for (const finding& each : lint(document(file.path, file.after), schema()))
+        count += each.broken_rule->level == severity::error ? 1 : 0;
+    if (count != 0)
+        errors << "tova-cfg: " << file.path << " has " << count
+               << (count == 1 ? " error" : " errors") << "; run tova-cfg check " << file.path
+               << '\n';
+}
+
 // Stores the file unless only the change is to be shown. Returns the exit code.
 int finish(const changed_file& file, bool is_dry_run, bool as_json, std::ostream& out,
            std::ostream& errors, const style& colors) {
@@ -56,6 +70,8 @@ int finish(const changed_file& file, bool is_dry_run, bool as_json, std::ostream
         if (is_dry_run)
             write_line_diff(out, file.before, file.after, file.path, file.path, colors);
     }
+    if (file.before != file.after)
+        report_errors(file, errors);
     return file.problems.empty() ? exit_clean : exit_findings;
 }
 
@@ -82,7 +98,14 @@ bool has_array(const document& file, const std::string& key) {
     return result;
 }
 
-// The settings of a file by path, with an array as one text.
+std::string joined(const std::vector<std::string>& keys) {
+    std::string result;
+    for (const std::string& each : keys)
+        result += (result.empty() ? "" : ", ") + each;
+    return result;
+}
+
+// The settings of a file by path, with an array as one string.
 std::map<std::string, std::string> settings_of(const document& file) {
     const node_map nodes = nodes_of(file);
     std::map<std::string, std::string> result;
@@ -118,7 +141,9 @@ changes changes_of(const document& before, const document& after) {
 
 int run_set(const set_options& options, std::ostream& out, std::ostream& errors,
             const style& colors) {
-    const bool is_new = options.creates && ::access(options.file.c_str(), F_OK) != 0;
+    const bool is_new = ::access(options.file.c_str(), F_OK) != 0 && errno == ENOENT;
+    if (is_new && !options.creates)
+        throw file_error(options.file + ": No such file or directory; --create creates the file");
     const document file(options.file, is_new ? "" : read_file(options.file));
     changed_file result = {options.file, file.bytes(), file.bytes(), {}};
     const std::string refused = refusal(options);
@@ -145,8 +170,11 @@ int run_unset(const unset_options& options, std::ostream& out, std::ostream& err
         for (const entry& each : file.entries())
             known.push_back(each.key);
         if (std::find(known.begin(), known.end(), path_of(key)) == known.end()) {
+            const std::vector<std::string> longer = longer_keys(file, path_of(key));
             result.problems.push_back(
-                {key, options.file + " has no such key" + did_you_mean(path_of(key), known)});
+                {key, longer.empty()
+                          ? options.file + " has no such key" + did_you_mean(path_of(key), known)
+                          : "this key has no value, but longer keys: " + joined(longer)});
             continue;
         }
         try {

@@ -73,7 +73,23 @@ const char* line_end_of(const std::string& text) {
     return feed != std::string::npos && feed > 0 && text[feed - 1] == '\r' ? "\r\n" : "\n";
 }
 
-// Adds an entry. New entries are indented as the last one of their section.
+// Where the first entry of a file without entries at its top goes: after the comment that the file
+// begins with. A comment with a double quote may go on in the next lines, so none is passed.
+std::size_t end_of_head(const document& file) {
+    const std::string& text = file.bytes();
+    std::size_t end = 0;
+    for (const comment& each : file.comments()) {
+        const std::size_t begin = text.find_first_not_of(end == 0 ? " \t\r\n" : " \t", end);
+        if (each.bytes.begin != begin ||
+            file.source(each.bytes).find('"') != std::string_view::npos)
+            break;
+        const std::size_t feed = text.find('\n', each.bytes.end);
+        end = feed == std::string::npos ? text.size() : feed + 1;
+    }
+    return end;
+}
+
+// Adds an entry. New entries are indented like the last one of their section.
 std::string added(const document& file, const std::string& key, const std::string& rest) {
     const std::size_t separator = key.find_last_of("./\\");
     const std::string parent = separator == std::string::npos ? "" : key.substr(0, separator);
@@ -105,6 +121,12 @@ std::string added(const document& file, const std::string& key, const std::strin
                 indent = text.substr(begin, each.bytes.begin - begin);
         }
     std::size_t at = file.sections()[found].end;
+    if (at == 0) {
+        at = end_of_head(file);
+        // What follows the comment without an empty line is a header.
+        if (at != 0 && at < text.size() && text[at] != '\n' && text[at] != '\r')
+            text.insert(at, line_end);
+    }
     // A header or a comment may be on the same line.
     if (at > 0 && text[at - 1] != '\n') {
         const std::size_t feed = text.find('\n', at);
@@ -125,10 +147,44 @@ node_map others(node_map nodes, const document& file, const std::string& key) {
     return nodes;
 }
 
-void require_same(const node_map& expected, const std::string& path, const std::string& text) {
-    if (nodes_of(document(path, text)) != expected)
-        throw edit_error("the change would affect other settings; tova-cfg check shows what is "
-                         "unusual about this file");
+// Raises an error that names the first difference. A difference in the changed key itself, `path`,
+// counts only if there is no other.
+void require_same(const node_map& expected, const document& file, const std::string& path,
+                  const std::string& text) {
+    const node_map changed = nodes_of(document(file.path(), text));
+    std::string what;
+    for (const auto& each : expected) {
+        const auto found = changed.find(each.first);
+        if (found != changed.end() && found->second == each.second)
+            continue;
+        if (each.first == path || each.first.compare(0, path.size() + 1, path + '.') == 0) {
+            what = "not take effect";
+            continue;
+        }
+        what = (found == changed.end() ? "remove \"" : "change \"") + each.first + '"';
+        break;
+    }
+    for (auto each = changed.begin(); what.empty() && each != changed.end(); ++each)
+        if (expected.count(each->first) == 0)
+            what = "add \"" + each->first + '"';
+    if (!what.empty())
+        throw edit_error("the change would " + what + "; run tova-cfg check " + file.path());
+}
+
+std::string in_quotes(const std::string& text) {
+    return '"' + text + '"';
+}
+
+// A key with a value hides longer keys, and a save loses them, so an edit never makes one.
+void require_leaf(const document& file, const std::string& path) {
+    const std::vector<std::string> longer = longer_keys(file, path);
+    if (!longer.empty())
+        throw edit_error(in_quotes(path) + " has longer keys, such as " + in_quotes(longer[0]) +
+                         ", and a key with a value must not begin other keys");
+    for (const entry& each : file.entries())
+        if (each.is_stored && path.compare(0, each.key.size() + 1, each.key + '.') == 0)
+            throw edit_error(in_quotes(each.key) +
+                             " has a value, and a key with a value must not begin other keys");
 }
 
 }  // namespace
@@ -137,6 +193,15 @@ node_map nodes_of(const document& file) {
     node_map result;
     for (const stored_node& each : stored_nodes(file))
         result[each.path] = {each.flags, each.value};
+    return result;
+}
+
+std::vector<std::string> longer_keys(const document& file, const std::string& path) {
+    std::vector<std::string> result;
+    for (const entry& each : file.entries())
+        if (each.is_stored && each.key.compare(0, path.size() + 1, path + '.') == 0 &&
+            std::find(result.begin(), result.end(), each.key) == result.end())
+            result.push_back(each.key);
     return result;
 }
 
@@ -163,6 +228,7 @@ std::string with_value(const document& file, const std::string& key,
         const document cleared(file.path(), without(file, key));
         text = added(cleared, key_with_path(path), (is_array ? "[] = " : " = ") + value);
     } else {
+        require_leaf(file, path);
         text = added(file, key, (is_array ? "[] = " : " = ") + value);
     }
     node_map expected = others(nodes_of(file), file, key);
@@ -171,7 +237,7 @@ std::string with_value(const document& file, const std::string& key,
     expected[path] = {is_array ? 3u : 1u, is_array ? "" : values[0]};
     for (std::size_t i = 0; is_array && i < values.size(); ++i)
         expected[element_path(named, i)] = {1, values[i]};
-    require_same(expected, file.path(), text);
+    require_same(expected, file, path, text);
     return text;
 }
 
@@ -181,7 +247,7 @@ std::string without(const document& file, const std::string& key) {
     for (std::size_t i = file.entries().size(); i-- > 0;)
         if (file.entries()[i].key == path && !file.entries()[i].name.empty())
             remove(text, file.entries()[i]);
-    require_same(others(nodes_of(file), file, key), file.path(), text);
+    require_same(others(nodes_of(file), file, key), file, path, text);
     return text;
 }
 

@@ -4,8 +4,9 @@
 ///     std::string text = with_value(file, "server.port", {"8080"}, false);
 ///     text = without(document(path, text), "server.mode");
 ///
-/// Each function returns the new bytes of the file. What a file cannot hold raises `edit_error`,
-/// and so does a change that would affect other keys. Functions without state.
+/// Both return the new bytes of the file. They raise `edit_error` for a value that a file cannot
+/// hold, for a change that would affect other keys, and for a new key that begins a key of the file
+/// or begins with one. Functions without state.
 #pragma once
 
 #include "cfg/scanner/document.hpp"
@@ -23,13 +24,17 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Sets a value, or the elements of an array. The last entry of the key is changed; without one, an
-/// entry is added after the others of its section, or with a section at the end.
+/// Sets a value, or the elements of an array. The last entry of the key is changed. If there is
+/// none, an entry is added after the others of its section, or with a section at the end of the
+/// file. The first entry outside all sections goes after the comment at the beginning of the file.
 std::string with_value(const document& file, const std::string& key,
                        const std::vector<std::string>& values, bool is_array);
 
 /// Removes all entries of a key. Without any, the bytes stay as they are.
 std::string without(const document& file, const std::string& key);
+
+/// The keys that begin with a path and a dot, each once, in the order of the file.
+std::vector<std::string> longer_keys(const document& file, const std::string& path);
 
 /// A value as a file has it: in quotes if it needs them. Raises `edit_error` if there is no way to
 /// write it.

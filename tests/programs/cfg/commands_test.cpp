@@ -72,8 +72,14 @@ const struct {
     {"set_refused", "set app.cfg server.port 80x --schema app.schema.cfg"},
     {"set_unknown", "set app.cfg server.prt 80 --schema app.schema.cfg"},
     {"set_missing_file", "set absent.cfg a 1"},
+    {"set_longer_keys", "set app.cfg server yes --dry-run"},
+    {"set_longer_key", "set app.cfg server.port.admin 81 --dry-run"},
+    {"set_with_errors", "set ../rules/open-header/faulty.cfg top 1 --dry-run"},
+    {"set_swallowed", "set ../rules/open-header/faulty.cfg client.port 1 --dry-run"},
     {"unset", "unset app.cfg server.port paths/search --dry-run"},
     {"unset_missing", "unset app.cfg server.prt"},
+    {"unset_affects_other", "unset ../rules/array-gets-more/faulty.cfg s.a --dry-run"},
+    {"unset_longer_keys", "unset app.cfg paths --dry-run"},
     {"check", "check app.cfg"},
     {"check_schema", "check app.cfg site.cfg --schema app.schema.cfg"},
     {"check_fix", "check ../rules/lost-space/faulty.cfg --fix --dry-run"},
@@ -214,12 +220,28 @@ TEST(CfgEdit, KeepsTheLayoutAndTheCommentsOfAnEntry) {
         {"[s]  # note\n", "s.a", {"1"}, "[s]  # note\na = 1\n"},
         {"k[] = 1, # one\n  2\n", "k", {"3", "4"}, "k[] = 3, 4\n"},
         {"[s]\n", "a", {"1"}, "a = 1\n[s]\n"},
+        {"# one\n# two\n\n[s]\n", "a", {"1"}, "# one\n# two\na = 1\n\n[s]\n"},
+        {"# one\r\n[s]\r\n", "a", {"1"}, "# one\r\na = 1\r\n\r\n[s]\r\n"},
+        {"# one\n\n# two\n[s]\n", "a", {"1"}, "# one\na = 1\n\n# two\n[s]\n"},
+        {"# one", "a", {"1"}, "# one\na = 1\n"},
+        {"# 19\" racks\n[s]\n", "a", {"1"}, "a = 1\n# 19\" racks\n[s]\n"},
+        {"[s] # one\n", "a", {"1"}, "a = 1\n[s] # one\n"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.before);
         EXPECT_EQ(c.after,
                   with_value(document("f", c.before), c.key, c.values, c.values.size() > 1));
     }
+}
+
+TEST(CfgEdit, RefusesANewKeyThatBeginsAnotherOneOrTheOtherWayRound) {
+    const document file("f", "a = 1\nl[] = 1, 2\n[s]\nb = 2\n[s.t]\nc = 3\n[u]\n");
+    for (const char* key : {"s", "S/", "s.t", "a.b", "a.b.c", "s.b.x", "l.0", "l.5"})
+        EXPECT_THROW(with_value(file, key, {"1"}, false), edit_error) << key;
+    for (const char* key : {"u", "s.x", "s.t.d", "ab", "s.bc", "a"})
+        EXPECT_NO_THROW(with_value(file, key, {"1"}, false)) << key;
+    // A file that has both is not made worse.
+    EXPECT_EQ("a = 3\na.b = 2\n", with_value(document("f", "a = 1\na.b = 2\n"), "a", {"3"}, false));
 }
 
 TEST(CfgEdit, ReplacesTheFileAndKeepsItsPermissions) {
