@@ -44,8 +44,10 @@ public:
             "SOURCES",
             "A program reads its settings from its command line, a file and its environment; the "
             "first of them that has a key decides. show, get and explain take the program's "
-            "arguments after --:\n\n  tova-cfg show app.cfg -- -port 80\n\nSeveral FILEs are the "
-            "list of a module, the strongest first.");
+            "arguments after --:\n\n  tova-cfg show app.cfg -- -port 80\n\nGive several FILEs in "
+            "order of priority: the first file that has a key wins. With --env, the name of a "
+            "variable is its key: SMTP_HOST is smtp_host, and only a variable named smtp.host "
+            "(env smtp.host=... COMMAND) is smtp.host.");
         m_line.add_section("SEE ALSO", "The guide for operators is part of the documentation of "
                                        "the library: docs/operators.md.");
     }
@@ -57,7 +59,8 @@ private:
 
     void add_sources(CLI::App& command, source_options& from) {
         command.add_option("FILE", from.files, "settings files");
-        command.add_flag("-e,--env", from.uses_environment, "include environment variables");
+        command.add_flag("-e,--env", from.uses_environment,
+                         "also read environment variables; SMTP_HOST is the key smtp_host");
         value_name(command.add_option("--program", from.program,
                                       "the name of the program, its argument 0"),
                    "NAME");

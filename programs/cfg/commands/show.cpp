@@ -6,14 +6,15 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <utility>
 
 // show, get and explain: three views of one lookup. `sources` loads the library's own items and
-// looks a key up; what is here only words the result, as text or as JSON:
+// looks a key up; this file only writes the result as text or JSON:
 //
 //     show      a row for each path that any source has, with the value that a program finds
 //     get       the value alone
-//     explain   each source that was asked, in order, and why the last one decides
+//     explain   each source that was searched, in order, and why the last one decides
 //
 // Helpers come first: the parts of a row, the JSON of a lookup, the text of a step.
 
@@ -162,6 +163,21 @@ int report_missing(const sources& all, const std::string& key, std::ostream& err
     return exit_findings;
 }
 
+// A variable whose key has "_" where the wanted key has dots. Shells cannot set a variable with a
+// dot in its name, so this is often the one that was meant.
+const place* similar_variable(const sources& all, const std::string& path) {
+    const auto with_dots = [](std::string text) {
+        std::replace(text.begin(), text.end(), '_', '.');
+        return text;
+    };
+    for (const source& each : all.list())
+        for (const auto& known : each.places)
+            if (known.second.back().where.kind == place::variable && known.first != path &&
+                with_dots(known.first) == with_dots(path))
+                return &known.second.back().where;
+    return nullptr;
+}
+
 std::string step_text(const lookup_step& step, const sources& all, const style& colors) {
     const source& asked = all.list()[step.source];
     const std::string name = asked.name + ": ";
@@ -258,8 +274,11 @@ int run_explain(const explain_options& options, std::ostream& out, std::ostream&
     const sources all(options.sources);
     report_ignored(all, errors);
     const lookup found = all.find(options.key);
+    const place* const similar = similar_variable(all, path_of(options.key));
     if (options.as_json) {
         ordered_json result = json_of(path_of(options.key), found, all);
+        if (similar != nullptr)
+            result["similar_variable"] = similar->name;
         result["steps"] = ordered_json::array();
         static const char* const results[] = {"absent", "section", "array",
                                               "alias",  "value",   "cycle"};
@@ -286,6 +305,9 @@ int run_explain(const explain_options& options, std::ostream& out, std::ostream&
             all.declared().find(path_of(found.is_found ? found.key : options.key)))
         out << "declared: " << type_of(*declared)
             << (declared->help.empty() ? "" : ", " + declared->help) << '\n';
+    if (similar != nullptr)
+        out << "note: the variable " << similar->name << " is the key " << path_of(similar->name)
+            << ", not " << path_of(options.key) << '\n';
     if (!found.is_found)
         return report_missing(all, options.key, errors);
     out << "=> " << colors.bold(shown_value(found)) << ", from " << place_of(found, all) << ". "

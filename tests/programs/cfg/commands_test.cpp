@@ -152,6 +152,24 @@ TEST(CfgCommands, HaveTheirExpectedOutputAndExitCode) {
     }
 }
 
+TEST(CfgCommands, NameAVariableThatDiffersFromTheKeyInItsUnderscores) {
+    const temporary_directory folder;
+    const std::string file = folder.write("f.cfg", "[smtp]\nhost = a\n");
+    const auto explained = [&file](const std::string& variable, const std::string& key) {
+        return run_program("env -i " + variable + " " TOVA_CFG " explain " + key + " --env " + file)
+            .output;
+    };
+    const std::string note = "note: the variable SMTP_HOST is the key smtp_host, not smtp.host\n";
+    EXPECT_NE(std::string::npos, explained("SMTP_HOST=b", "smtp.host").find(note));
+    EXPECT_EQ(std::string::npos, explained("smtp.host=b", "smtp.host").find("note"));
+    EXPECT_EQ(std::string::npos, explained("SMTP_HOST=b", "smtp_host").find("note"));
+    // A variable is weaker than a file, and a dot in its name makes it the same key.
+    EXPECT_NE(std::string::npos,
+              explained("smtp.host=b", "smtp.host").find("hidden: b at variable smtp.host\n"));
+    EXPECT_NE(std::string::npos,
+              explained("SMTP_HOST=b", "smtp_host").find("=> b, from variable SMTP_HOST."));
+}
+
 // Whatever a file has, a change of one key leaves all others as they are, and reading it back finds
 // the value.
 TEST(CfgEdit, ChangesOneKeyAndNothingElse) {
