@@ -3,6 +3,7 @@
 #include "xmc/commands/coverage.hpp"
 #include "xmc/commands/edit.hpp"
 #include "xmc/commands/exchange.hpp"
+#include "xmc/commands/import.hpp"
 #include "xmc/commands/keys.hpp"
 #include "xmc/commands/render.hpp"
 #include "xmc/commands/schema.hpp"
@@ -291,13 +292,17 @@ void tool::add_import() {
     value_name(command.add_option("--reference", m_import.reference,
                                   "the locale of the sources, where the file does not say (en)"),
                "LANG");
-    value_name(command.add_option("--catalog", m_import.catalog,
-                                  "the catalog, where the file does not say (messages)"),
-               "NAME");
+    value_name(
+        command.add_option("--catalog", m_import.catalog,
+                           "the catalog, where the file does not say (the one that its folders "
+                           "name, or messages)"),
+        "NAME");
     command.add_flag("--with-source", m_import.with_sources, "add the messages of the reference");
+    command.add_flag("--c-format", m_import.is_c_format,
+                     "make arguments of %s and %d in PO entries without any format flag, too");
     value_name(command.add_option("-o,--output", m_import.output,
-                                  "the file to write (standard output); of several files: the "
-                                  "folder to write to"),
+                                  "the .xmc file to write (standard output), or the folder to "
+                                  "write to; several files need a folder"),
                "FILE");
     command.add_flag(
         "--json", m_import.as_json,

@@ -54,6 +54,7 @@ struct imported {
     exchange all;
     std::size_t untranslated = 0;
     std::size_t fuzzy = 0;
+    std::size_t unflagged = 0;  ///< entries of PO files that look like C formats, but have no flag
     std::vector<exchange_problem> problems;
 };
 

@@ -12,7 +12,7 @@ bool is_digit(char c) {
 }
 
 std::string no_item(std::string_view source) {
-    return '"' + std::string(source) + "\" has no item and stays text";
+    return '"' + std::string(source) + "\" cannot become an argument and stays text";
 }
 
 // A conversion specification: % [POSITION$ | (NAME)] [FLAGS] [WIDTH] [.PRECISION] [LENGTH] TYPE.
@@ -99,7 +99,13 @@ bool item_for(const conversion& each,
     }
 }
 
-exchanged_text read_printf(std::string_view text, bool is_python,
+// Whether a conversion is one even where it is not certain that the text is a format.
+bool is_usual(const conversion& each) {
+    return each.length != 0 && each.flags.find(' ') == each.flags.npos &&
+           std::string_view("%diouxXeEfFgGaAcsp").find(each.type) != std::string_view::npos;
+}
+
+exchanged_text read_printf(std::string_view text, foreign_format format,
                            std::vector<std::string>& unknown) {
     exchanged_text result;
     result.exists = true;
@@ -109,7 +115,11 @@ exchanged_text read_printf(std::string_view text, bool is_python,
             add_text(result.pieces, text.substr(i, 1));
             continue;
         }
-        const conversion each = conversion_at(text, i, is_python);
+        const conversion each = conversion_at(text, i, format == foreign_format::python);
+        if (format == foreign_format::c_unflagged && !is_usual(each)) {
+            add_text(result.pieces, text.substr(i, 1));
+            continue;
+        }
         if (each.length == 0) {
             unknown.push_back(no_item(text.substr(i)));
             add_text(result.pieces, text.substr(i, 1));
@@ -180,13 +190,23 @@ exchanged_text read_braces(std::string_view text, std::vector<std::string>& unkn
 
 }  // namespace
 
+bool has_conversion(std::string_view text) {
+    for (auto at = text.find('%'); at < text.size(); at = text.find('%', at)) {
+        const conversion each = conversion_at(text, at, false);
+        if (is_usual(each) && each.type != '%')
+            return true;
+        at += each.type == '%' ? each.length : 1;
+    }
+    return false;
+}
+
 exchanged_text read_foreign(std::string_view text, foreign_format format,
                             std::vector<std::string>& unknown) {
     switch (format) {
     case foreign_format::c:
-        return read_printf(text, false, unknown);
+    case foreign_format::c_unflagged:
     case foreign_format::python:
-        return read_printf(text, true, unknown);
+        return read_printf(text, format, unknown);
     case foreign_format::python_brace:
         return read_braces(text, unknown);
     case foreign_format::none:

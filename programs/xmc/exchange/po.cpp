@@ -649,15 +649,29 @@ private:
             complete_plural(each.first, each.second);
     }
 
+    // The flag decides. Without one a `%` is text, unless the caller knows better.
+    foreign_format format_of(const entry& each) {
+        const auto has = [&](const char* flag) { return each.flags.count(flag) != 0; };
+        if (has("python-brace-format"))
+            return foreign_format::python_brace;
+        if (has("python-format"))
+            return foreign_format::python;
+        if (has("c-format") || has("possible-c-format") || has("objc-format") || has("php-format"))
+            return foreign_format::c;
+        const std::string_view end = "-format";
+        for (const std::string& flag : each.flags)
+            if (flag.size() > end.size() &&
+                flag.compare(flag.size() - end.size(), end.size(), end) == 0)
+                return foreign_format::none;
+        if (m_defaults.is_c_format)
+            return foreign_format::c_unflagged;
+        m_result.unflagged += has_conversion(each.id) || has_conversion(each.plural);
+        return foreign_format::none;
+    }
+
     void read_other() {
         const std::string key = foreign_key(*m_entry);
-        const auto has = [&](const char* flag) { return m_entry->flags.count(flag) != 0; };
-        const foreign_format format =
-            has("python-brace-format") ? foreign_format::python_brace
-            : has("python-format")     ? foreign_format::python
-            : has("c-format") || has("possible-c-format") || has("objc-format") || has("php-format")
-                ? foreign_format::c
-                : foreign_format::none;
+        const foreign_format format = format_of(*m_entry);
         const auto read = [&](const std::string& from, bool is_target) {
             std::vector<std::string> unknown;
             exchanged_text result = read_foreign(from, format, unknown);
@@ -701,6 +715,23 @@ std::string po_text(const exchange& all) {
 
 imported read_po(const std::string& bytes, const std::string& path, const po_defaults& defaults) {
     return po_reader(bytes, path, defaults).run();
+}
+
+std::string po_language(const std::string& bytes) {
+    // The header is the first entry. Its fields are strings of their own, or follow a written \n.
+    const auto begin = bytes.find("msgid");
+    const std::string_view header =
+        std::string_view(bytes).substr(0, begin == bytes.npos ? 0 : bytes.find("\nmsgid", begin));
+    const std::string_view field = "Language:";
+    for (auto at = header.find(field); at != header.npos; at = header.find(field, at + 1)) {
+        if (at == 0 || (header[at - 1] != '"' && header[at - 1] != 'n'))
+            continue;
+        const auto value = header.find_first_not_of(' ', at + field.size());
+        if (value != header.npos)
+            return std::string(
+                header.substr(value, header.find_first_of("\\\" \n", value) - value));
+    }
+    return {};
 }
 
 }  // namespace tova_programs::xmc

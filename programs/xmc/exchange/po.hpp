@@ -21,10 +21,14 @@ struct po_defaults {
     std::string catalog = "messages";
     std::string locale;  ///< empty: the `Language` of the header
     std::string reference = "en";
+    bool is_c_format = false;  ///< entries without any format flag are C formats
 };
 
 /// Reads a file. Its own header wins over `defaults.reference` and, in a file of our own, over all
 /// of them. Raises `file_error` for what is no PO file.
 imported read_po(const std::string& bytes, const std::string& path, const po_defaults& defaults);
+
+/// The `Language` of the header, or the empty string. Reads the header only.
+std::string po_language(const std::string& bytes);
 
 }  // namespace tova_programs::xmc

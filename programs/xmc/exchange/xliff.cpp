@@ -311,7 +311,7 @@ private:
             std::string shown = node.attribute(m_is_2 ? "disp" : "equiv-text").value();
             if (shown.empty())
                 shown = m_is_2 ? data_of(unit, node) : node.child_value();
-            std::string problem = '<' + name + "> has no item and becomes \"";
+            std::string problem = '<' + name + "> is read as the text \"";
             problem.append(shown).append(1, '"');
             report(node, key, problem);
             add_text(text.pieces, shown);

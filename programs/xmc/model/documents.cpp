@@ -69,6 +69,25 @@ std::string readable_text(const document& file, const message& of) {
     return text;
 }
 
+std::string readable_key(std::string_view key) {
+    const char* const digits = "0123456789abcdef";
+    std::string result;
+    for (const char c : key) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '\n')
+            result += "\\n";
+        else if (c == '\t')
+            result += "\\t";
+        else if (c == '\r')
+            result += "\\r";
+        else if (byte < ' ' || byte == 0x7F)
+            ((result += "\\x") += digits[byte >> 4]) += digits[byte & 15];
+        else
+            result += c;
+    }
+    return result;
+}
+
 std::string place_of(const placed_message& of) {
     const std::string& bytes = of.file->bytes();
     const auto line = 1 + std::count(bytes.begin(), bytes.begin() + of.what->bytes.begin, '\n');

@@ -33,6 +33,9 @@ std::vector<placed_message> all_messages(const documents& files);
 /// The text with `{name}` for each argument and its line ends as `\n`, for people to read.
 std::string readable_text(const document& file, const message& of);
 
+/// A key in one line, for people to read: control characters are escaped as in C, `\n` or `\x01`.
+std::string readable_key(std::string_view key);
+
 /// `file:line` of a message.
 std::string place_of(const placed_message& of);
 

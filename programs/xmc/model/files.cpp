@@ -29,6 +29,15 @@ void add_folder(const fs::path& folder, std::vector<std::string>& files) {
 
 }  // namespace
 
+void create_folder_of(const std::string& path) {
+    const fs::path folder = fs::path(path).parent_path();
+    std::error_code error;
+    if (!folder.empty() && !fs::is_directory(folder, error))
+        fs::create_directories(folder, error);
+    if (error)
+        throw file_error(folder.native() + ": " + error.message());
+}
+
 bool has_catalog_extension(std::string_view path) {
     if (path.size() < 4)
         return false;

@@ -302,8 +302,8 @@ TEST(Exchange, ImportsAFolderWithOneFileOfSources) {
     const auto result =
         run_program("cd " + folder.path() +
                     " && " TOVA_XMC " import po --catalog app --with-source -o out && ls out");
-    EXPECT_EQ("out/de.xmc: 1 message, 0 not translated\n"
-              "out/en.xmc: 2 messages, 0 not translated\nde.xmc\nen.xmc\n",
+    EXPECT_EQ("out/de.xmc: 1 of 2 messages, 1 not translated\n"
+              "out/en.xmc: 2 messages\nde.xmc\nen.xmc\n",
               result.output);
     EXPECT_EQ(R"(<?xml version="1.0" encoding="UTF-8"?>
 <xmc version="1.1">
@@ -314,6 +314,134 @@ TEST(Exchange, ImportsAFolderWithOneFileOfSources) {
 </xmc>
 )",
               read_file(folder.path("out/en.xmc")));
+}
+
+namespace {
+
+std::string po_of(const std::string& locale, const std::string& id, const std::string& text) {
+    return "msgid \"\"\nmsgstr \"Language: " + locale + "\\n\"\n\nmsgid \"" + id + "\"\nmsgstr \"" +
+           text + "\"\n";
+}
+
+// What an import in a folder prints, and the catalogs that it writes to `out`: their paths, and the
+// locale and name of each catalog in them.
+std::string imported_in(const temporary_directory& folder, const std::string& arguments) {
+    const auto result =
+        run_program("cd " + folder.path() + " && " TOVA_XMC " import " + arguments +
+                    "; code=$?; test ! -e out || grep -ro '<catalog .*' out | sort; exit $code");
+    return result.output + "exit code " + std::to_string(result.exit_code) + "\n";
+}
+
+}  // namespace
+
+TEST(Import, TakesCatalogAndLocaleFromTheFolders) {
+    const struct {
+        const char* file;
+        const char* language;
+    } layouts[] = {
+        {"po/de/app.po", "de"},
+        {"po/de/LC_MESSAGES/app.po", ""},
+        {"po/app/de.po", "de"},
+        {"po/de/app.po", ""},
+    };
+    for (const auto& each : layouts) {
+        SCOPED_TRACE(each.file);
+        const temporary_directory folder;
+        folder.write(each.file, po_of(each.language, "Quit", "Beenden"));
+        EXPECT_EQ("out/app/de.xmc: 1 of 1 message, 0 not translated\n"
+                  "out/app/de.xmc:<catalog name=\"app\" lang=\"de\">\nexit code 0\n",
+                  imported_in(folder, "po -o out"));
+    }
+}
+
+TEST(Import, ReadsFilesOfSeveralCatalogsInFoldersOfLocales) {
+    const temporary_directory folder;
+    folder.write("po/app.pot", po_of("", "Quit", ""));
+    for (const std::string locale : {"de", "pt_BR"})
+        for (const std::string catalog : {"app", "tools"})
+            folder.write("po/" + locale + "/" + catalog + ".po",
+                         po_of(locale, "I am " + catalog, "..."));
+    const std::string all = "out/app/de.xmc:<catalog name=\"app\" lang=\"de\">\n"
+                            "out/app/pt_BR.xmc:<catalog name=\"app\" lang=\"pt_BR\">\n"
+                            "out/tools/de.xmc:<catalog name=\"tools\" lang=\"de\">\n"
+                            "out/tools/pt_BR.xmc:<catalog name=\"tools\" lang=\"pt_BR\">\n"
+                            "exit code 0\n";
+    EXPECT_EQ("out/app/de.xmc: 1 of 2 messages, 1 not translated\n"
+              "out/tools/de.xmc: 1 of 1 message, 0 not translated\n"
+              "out/app/pt_BR.xmc: 1 of 2 messages, 1 not translated\n"
+              "out/tools/pt_BR.xmc: 1 of 1 message, 0 not translated\n" +
+                  all,
+              imported_in(folder, "po -o out"));
+    // The same files one by one, and with their sources.
+    run_program("rm -r " + folder.path("out"));
+    EXPECT_NE(std::string::npos, imported_in(folder, "po/app.pot po/*/*.po -o out").find(all));
+    EXPECT_NE(std::string::npos, imported_in(folder, "po --with-source -o out")
+                                     .find("out/app/en.xmc: 2 messages\n"
+                                           "out/tools/en.xmc: 1 message\n"));
+}
+
+TEST(Import, WritesNothingIfTwoFilesWouldBecomeOne) {
+    const temporary_directory folder;
+    folder.write("po/de/app.po", po_of("de", "a", "b"));
+    folder.write("po/de/tools.po", po_of("de", "a", "b"));
+    EXPECT_EQ("tova-xmc: out/app/de.xmc: po/de/app.po and po/de/tools.po would both become this "
+              "file (without --catalog the folders and names of the files say which catalog they "
+              "are)\nexit code 2\n",
+              imported_in(folder, "po --catalog app -o out"));
+    folder.write("other/x/app.po", po_of("de", "a", "b"));
+    folder.write("other/y/app.po", po_of("de", "a", "b"));
+    EXPECT_EQ("tova-xmc: out/app.xmc: other/x/app.po and other/y/app.po would both become this "
+              "file\nexit code 2\n",
+              imported_in(folder, "other/*/app.po -o out"));
+}
+
+TEST(Import, MakesTheFoldersOfItsOutput) {
+    const temporary_directory folder;
+    folder.write("po/de.po", po_of("de", "a", "b"));
+    EXPECT_EQ("out/x/y.xmc: 1 of 1 message, 0 not translated\n"
+              "out/x/y.xmc:<catalog name=\"app\" lang=\"de\">\nexit code 0\n",
+              imported_in(folder, "po/de.po --catalog app -o out/x/y.xmc"));
+    run_program("rm -r " + folder.path("out"));
+    // A name that no catalog has is a folder.
+    EXPECT_EQ("out/x/de.xmc: 1 of 1 message, 0 not translated\n"
+              "out/x/de.xmc:<catalog name=\"app\" lang=\"de\">\nexit code 0\n",
+              imported_in(folder, "po/de.po --catalog app -o out/x"));
+}
+
+TEST(Import, CountsFormatsWithoutAFlagOrTakesThem) {
+    const temporary_directory folder;
+    const std::string flagged = "\n#, no-c-format\nmsgid \"%d is text\"\nmsgstr \"%d\"\n";
+    folder.write("de.po", po_of("de", "100% of %s", "%s: 100 %") + flagged);
+    EXPECT_EQ("de.po: 1 message contains printf items but has no c-format flag; it stays text "
+              "(--c-format makes it an argument)\n"
+              "out/de.xmc: 2 of 2 messages, 0 not translated\n"
+              "out/de.xmc:<catalog name=\"messages\" lang=\"de\">\nexit code 1\n",
+              imported_in(folder, "de.po -o out"));
+    EXPECT_NE(
+        std::string::npos,
+        read_file(folder.path("out/de.xmc")).find("<msg name=\"100% of %s\">%s: 100 %</msg>"));
+    EXPECT_EQ("out/de.xmc: 2 of 2 messages, 0 not translated\n"
+              "out/de.xmc:<catalog name=\"messages\" lang=\"de\">\nexit code 0\n",
+              imported_in(folder, "de.po --c-format -o out"));
+    const std::string text = read_file(folder.path("out/de.xmc"));
+    EXPECT_NE(std::string::npos,
+              text.find("<msg name=\"100% of %s\"><arg name=\"arg1\"/>: 100 %</msg>"))
+        << text;
+    EXPECT_NE(std::string::npos, text.find("<msg name=\"%d is text\">%d</msg>")) << text;
+}
+
+TEST(Import, ListsEqualProblemsOnce) {
+    const temporary_directory folder;
+    std::string po = po_of("de", "a", "b");
+    for (const char* const key : {"one", "two", "three"})
+        po += std::string("\n#, c-format\nmsgid \"") + key + " %x\"\nmsgstr \"%x\"\n";
+    po += "\n#, c-format\nmsgid \"%o\"\nmsgstr \"%o\"\n";
+    folder.write("de.po", po);
+    EXPECT_EQ("de.po:8: one %x: \"%x\" cannot become an argument and stays text (and 2 more)\n"
+              "de.po:20: %o: \"%o\" cannot become an argument and stays text\n"
+              "de.po: 4 findings of 2 kinds; --json lists all\n"
+              "out.xmc: 5 of 5 messages, 0 not translated\nexit code 1\n",
+              imported_in(folder, "de.po -o out.xmc"));
 }
 
 TEST(Exchange, KeepsTheFirstOfAMessageThatAppearsAgain) {
@@ -441,13 +569,13 @@ TEST(ForeignFormat, BecomesItemsOrIsListed) {
          foreign_format::c,
          "<arg name=\"arg1\" type=\"int\"/>",
          {"\"%5d\" is shown without its width"}},
-        {"%-5s", foreign_format::c, "%-5s", {"\"%-5s\" has no item and stays text"}},
+        {"%-5s", foreign_format::c, "%-5s", {"\"%-5s\" cannot become an argument and stays text"}},
         {"%x %s",
          foreign_format::c,
          "%x <arg name=\"arg2\"/>",
-         {"\"%x\" has no item and stays text"}},
-        {"%*d", foreign_format::c, "%*d", {"\"%*d\" has no item and stays text"}},
-        {"50 %", foreign_format::c, "50 %", {"\"%\" has no item and stays text"}},
+         {"\"%x\" cannot become an argument and stays text"}},
+        {"%*d", foreign_format::c, "%*d", {"\"%*d\" cannot become an argument and stays text"}},
+        {"50 %", foreign_format::c, "50 %", {"\"%\" cannot become an argument and stays text"}},
         {"%(who)s: %(n)d",
          foreign_format::python,
          "<arg name=\"who\"/>: <arg name=\"n\" type=\"int\"/>",
@@ -456,10 +584,14 @@ TEST(ForeignFormat, BecomesItemsOrIsListed) {
          foreign_format::python_brace,
          "<arg name=\"who\"/> {0} <arg name=\"arg1\"/>",
          {}},
+        {"100% of %s: %d %%",
+         foreign_format::c_unflagged,
+         "100% of <arg name=\"arg1\"/>: <arg name=\"arg2\" type=\"int\"/> %",
+         {}},
         {"{n:>5}",
          foreign_format::python_brace,
          "{n:&gt;5}",
-         {"\"{n:>5}\" has no item and stays text"}},
+         {"\"{n:>5}\" cannot become an argument and stays text"}},
     };
     for (const auto& c : cases) {
         std::vector<std::string> unknown;

@@ -84,7 +84,7 @@ TEST(ExportedPo, IsAcceptedByMsgfmt) {
     const temporary_directory folder;
     const std::string file = exported(folder, "po", "de.po");
     const auto result =
-        run_program("msgfmt --check --statistics -o " + folder.path("de.mo") + " " + file);
+        run_program("LC_ALL=C msgfmt --check --statistics -o " + folder.path("de.mo") + " " + file);
     EXPECT_EQ(0, result.exit_code);
     EXPECT_EQ("8 translated messages, 3 untranslated messages.\n", result.output);
     // It verifies the arguments.
@@ -92,7 +92,7 @@ TEST(ExportedPo, IsAcceptedByMsgfmt) {
     const auto at = text.find("Hallo {who}");
     ASSERT_NE(text.npos, at);
     text.replace(at, 11, "Hallo {wer}");
-    const auto wrong = run_program("msgfmt --check -o " + folder.path("de.mo") + " " +
+    const auto wrong = run_program("LC_ALL=C msgfmt --check -o " + folder.path("de.mo") + " " +
                                    folder.write("wrong.po", text));
     EXPECT_EQ(1, wrong.exit_code);
     EXPECT_NE(std::string::npos, wrong.output.find("argument 'wer'")) << wrong.output;
