@@ -192,11 +192,15 @@ const rule table[] = {
     {"argument-mismatch", severity::warning, "other arguments than in the reference locale",
      "The program passes the arguments of the original message. One of another name is shown as "
      "?invalid?, and one that is missing loses a value. Names are not translated. The reference "
-     "is en, or what --reference says."},
-    {"argument-type-mismatch", severity::note,
+     "is en, or what --reference says. The plural forms zero, one and two may leave out the "
+     "number."},
+    {"argument-type-mismatch", severity::warning,
      "an argument of another type than in the reference locale",
-     "A translation may format a value in another way, but a number that is shown as a string is "
-     "usually an oversight."},
+     "Arguments are perhaps in the wrong order: \"%s von %d\" for \"%d of %s\". If the order "
+     "differs, "
+     "write \"%2$s von %1$d\" in a PO file, or the same names as the reference in a catalog. A "
+     "number "
+     "that is shown as a string loses its format."},
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "xmc/rules.hpp"
 
 #include <algorithm>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <set>
@@ -51,6 +52,15 @@ std::string joined(const std::set<std::string>& words) {
     for (const std::string& word : words)
         result += (result.empty() ? "" : " and ") + word;
     return result;
+}
+
+// The part of a key before a last part that names a plural form, or the empty string.
+std::string before_form(const std::string& key, std::initializer_list<std::string_view> forms) {
+    const auto dot = key.rfind('.');
+    const std::string_view form = std::string_view(key).substr(dot + 1);
+    return dot != key.npos && std::find(forms.begin(), forms.end(), form) != forms.end()
+               ? key.substr(0, dot)
+               : std::string();
 }
 
 }  // namespace
@@ -127,6 +137,26 @@ void message_index::find_duplicates(iterator begin, iterator end,
     }
 }
 
+void message_index::find_plurals(std::uint32_t reference) {
+    for (const entry& each : m_entries) {
+        if (each.locale != reference)
+            continue;
+        std::string base = before_form(m_names.text(each.key), {"other"});
+        if (!base.empty())
+            m_plurals.emplace(std::make_pair(each.catalog, std::move(base)), &each);
+    }
+}
+
+// The form `files.other` of the reference for a form that is of few numbers.
+const message_index::entry* message_index::general_form(const entry& each) const {
+    const std::string base = before_form(m_names.text(each.key), {"zero", "one", "two"});
+    const auto found = base.empty() ? m_plurals.end() : m_plurals.find({each.catalog, base});
+    return found == m_plurals.end() ? nullptr : found->second;
+}
+
+// The forms `zero`, `one` and `two` of a plural may say their number in words, "one file", and in
+// another language they may be of more numbers than one and need it. So such a form may lack one
+// number, and may have what `other` has.
 void message_index::find_mismatches(iterator begin, iterator end, std::uint32_t reference,
                                     std::vector<finding>& found) const {
     const iterator original = std::find_if(
@@ -134,28 +164,37 @@ void message_index::find_mismatches(iterator begin, iterator end, std::uint32_t 
     if (original == end)
         return;
     const argument_types expected = parsed(m_names.text(original->arguments));
+    const entry* const general = general_form(*original);
+    const argument_types allowed =
+        general == nullptr ? argument_types() : parsed(m_names.text(general->arguments));
     const std::string locale = m_names.text(reference);
     const std::string there = "the message in " + locale;
     for (iterator each = begin; each != end; ++each) {
         if (each->arguments == original->arguments || each->locale == reference)
             continue;
         const argument_types actual = parsed(m_names.text(each->arguments));
+        bool may_lack_number = general != nullptr;
         for (const auto& argument : expected) {
             const auto same = actual.find(argument.first);
-            if (same == actual.end())
-                found.push_back(
-                    at(*each, "argument-mismatch",
-                       "argument " + quoted(argument.first) + " of " + locale + " is missing",
-                       *original, there));
-            else if (same->second != argument.second)
+            if (same == actual.end()) {
+                if (may_lack_number && argument.second == std::set<std::string>{"int"})
+                    may_lack_number = false;
+                else
+                    found.push_back(
+                        at(*each, "argument-mismatch",
+                           "argument " + quoted(argument.first) + " of " + locale + " is missing",
+                           *original, there));
+            } else if (same->second != argument.second) {
                 found.push_back(at(*each, "argument-type-mismatch",
                                    "argument " + quoted(argument.first) + " is " +
                                        joined(same->second) + ", but " + joined(argument.second) +
                                        " in " + locale,
                                    *original, there));
+            }
         }
         for (const auto& argument : actual)
-            if (expected.find(argument.first) == expected.end())
+            if (expected.find(argument.first) == expected.end() &&
+                allowed.find(argument.first) == allowed.end())
                 found.push_back(at(*each, "argument-mismatch",
                                    "argument " + quoted(argument.first) + " is not in " + locale,
                                    *original, there));
@@ -172,6 +211,7 @@ message_index::findings(const std::string& reference,
     });
     std::vector<finding> found;
     const std::uint32_t reference_locale = m_names.number_of(normalized_locale(reference));
+    find_plurals(reference_locale);
     for (iterator begin = m_entries.begin(); begin != m_entries.end();) {
         const iterator end = std::find_if(begin, iterator(m_entries.end()), [&](const entry& each) {
             return each.catalog != begin->catalog || each.key != begin->key;

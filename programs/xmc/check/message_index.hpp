@@ -10,9 +10,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace tova_programs::xmc {
@@ -52,6 +54,8 @@ private:
     using iterator = std::vector<entry>::const_iterator;
 
     std::uint32_t arguments_of(const document& file, const message& each);
+    void find_plurals(std::uint32_t reference);
+    const entry* general_form(const entry& each) const;
     void find_duplicates(iterator begin, iterator end, std::vector<finding>& found) const;
     void find_mismatches(iterator begin, iterator end, std::uint32_t reference,
                          std::vector<finding>& found) const;
@@ -61,6 +65,8 @@ private:
     string_pool m_names;
     string_pool m_files;
     std::vector<entry> m_entries;
+    // In the reference locale: the entry `files.other` of a plural, by its catalog and `files`.
+    std::map<std::pair<std::uint32_t, std::string>, const entry*> m_plurals;
 };
 
 }  // namespace tova_programs::xmc

@@ -271,3 +271,54 @@ TEST(CheckProgram, HasTheExitCodesOfAllItsForms) {
     const auto sarif = test_support::run_program(program + " check --sarif " + clean);
     EXPECT_EQ(0u, nlohmann::json::parse(sarif.output)["runs"][0]["results"].size());
 }
+
+// "one file" and "{n} files", in languages where the singular says its number and where it does
+// not.
+TEST(Check, LetsPluralFormsOfFewNumbersLeaveOutTheNumber) {
+    const std::string n = "<arg name=\"n\" type=\"int\"/>";
+    const std::string folder_argument = "<arg name=\"folder\"/>";
+    const auto plural = [&](const std::string& one, const std::string& other) {
+        return "<msg name=\"files.one\">" + one + "</msg><msg name=\"files.other\">" + other +
+               "</msg>";
+    };
+    const struct {
+        std::string en;
+        std::string de;
+        const char* found;
+    } cases[] = {
+        {plural("One file", n + " files"), plural(n + " Datei", n + " Dateien"), ""},
+        {plural(n + " file", n + " files"), plural("Eine Datei", n + " Dateien"), ""},
+        {plural(n + " file in " + folder_argument, n + " files in " + folder_argument),
+         plural("Eine Datei", n + " Dateien in " + folder_argument),
+         "files.one: argument \"folder\" of en is missing"},
+        {plural(n + " file", n + " files"), plural("Eine Datei", "Dateien"),
+         "files.other: argument \"n\" of en is missing"},
+        {plural("One file", n + " files"), plural(folder_argument + " Datei", n + " Dateien"),
+         "files.one: argument \"folder\" is not in en"},
+        // Without `other` it is no plural.
+        {"<msg name=\"files.one\">" + n + "</msg>", "<msg name=\"files.one\">Datei</msg>",
+         "files.one: argument \"n\" of en is missing"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.de);
+        const temporary_directory folder;
+        folder.write("en.xmc", catalog_of("en", each.en));
+        folder.write("de.xmc", catalog_of("de", each.de));
+        const outcome all = checked(folder.path());
+        EXPECT_EQ(*each.found == '\0' ? exit_clean : exit_findings, all.code) << all.output;
+        EXPECT_NE(std::string::npos, all.output.find(each.found)) << all.output;
+    }
+}
+
+TEST(Check, WarnsOfArgumentsInTheWrongOrder) {
+    const temporary_directory folder;
+    folder.write("en.xmc", catalog_of("en", "<msg name=\"m\"><arg name=\"arg1\" type=\"int\"/> of "
+                                            "<arg name=\"arg2\"/></msg>"));
+    folder.write("de.xmc", catalog_of("de", "<msg name=\"m\"><arg name=\"arg1\"/> von "
+                                            "<arg name=\"arg2\" type=\"int\"/></msg>"));
+    check_command command;
+    command.check.paths = {folder.path()};
+    const outcome all = checked(command);
+    EXPECT_EQ(exit_findings, all.code);
+    EXPECT_NE(std::string::npos, all.output.find("\n2 warnings\n")) << all.output;
+}
