@@ -21,6 +21,14 @@ std::string subject_and_text(const finding& found) {
     return found.subject.empty() ? found.text : found.subject + ": " + found.text;
 }
 
+// A finding is one line, even if its subject has several.
+std::string in_one_line(const std::string& text) {
+    std::string result;
+    for (const char c : text)
+        result += c == '\n' ? std::string("\\n") : std::string(1, c);
+    return result;
+}
+
 std::string colored(severity level, const style& colors) {
     const std::string name = name_of(level);
     switch (level) {
@@ -130,7 +138,7 @@ void report::write(std::ostream& out, report_format format, const style& colors)
 void report::write_text(std::ostream& out, const style& colors) const {
     for (const finding& found : m_findings)
         out << colors.bold(location(found) + ':') << ' ' << colored(found.level, colors) << ": "
-            << subject_and_text(found) << ' '
+            << in_one_line(subject_and_text(found)) << ' '
             << colors.dim('[' + std::string(found.broken_rule->id) + ']') << '\n';
     std::string counts;
     for (const severity level : {severity::error, severity::warning, severity::note})

@@ -168,21 +168,25 @@ void tool::add_coverage() {
         ->check(CLI::IsMember({"table", "csv", "json", "html"}));
     command.add_flag_callback(
         "--json", [this] { m_coverage.format = "json"; }, "the same as --format json");
-    value_name(
-        command
-            .add_option("--min", m_coverage.minimums, "fail if a locale has less of its own: de=95")
-            ->allow_extra_args(false),
-        "LANG=PERCENT");
-    value_name(command.add_option("--missing", m_coverage.missing_in,
-                                  "list the messages that a locale lacks"),
+    value_name(command
+                   .add_option("--min", m_coverage.minimums,
+                               "fail if a locale has less of its own: de=95 or de=95%")
+                   ->allow_extra_args(false),
+               "LANG=PERCENT");
+    value_name(command.add_option("--untranslated", m_coverage.untranslated_in,
+                                  "list the messages that a locale does not have itself"),
                "LANG");
+    add_output(command, m_coverage.output);
 }
 
 void tool::add_show() {
     CLI::App& command =
         m_line.add_command("show", "show a message in every locale, and where it is",
                            [this] { return run_show(m_show, std::cout, std::cerr, out_style()); });
-    command.add_option("KEY", m_show.key, "the message, as KEY or CATALOG/KEY")->required();
+    command
+        .add_option("KEY", m_show.key,
+                    "the message, as KEY or CATALOG/KEY, with escapes like \\n as keys lists it")
+        ->required();
     add_path_option(command, m_show.paths);
     value_name(command.add_option("-l,--lang", m_show.locale,
                                   "say which one a program with this locale shows"),
@@ -194,7 +198,10 @@ void tool::add_render() {
     CLI::App& command =
         m_line.add_command("render", "render a message with values, as a program does",
                            [this] { return run_render(m_render, std::cout, std::cerr); });
-    command.add_option("KEY", m_render.key, "the message, as KEY or CATALOG/KEY")->required();
+    command
+        .add_option("KEY", m_render.key,
+                    "the message, as KEY or CATALOG/KEY, with escapes like \\n as keys lists it")
+        ->required();
     command.add_option("VALUE", m_render.values,
                        "NAME=VALUE, or NAME:TYPE=VALUE with string, int, double or bool");
     add_path_option(command, m_render.paths);
@@ -211,6 +218,7 @@ void tool::add_preview() {
     value_name(
         command.add_option("-l,--lang", m_preview.locales, "these locales only")->delimiter(','),
         "LANGS");
+    add_output(command, m_preview.output);
     command.add_flag("--json", m_preview.as_json, "write the texts as JSON");
 }
 
@@ -285,7 +293,7 @@ void tool::add_import() {
     command
         .add_option("PATH", m_import.paths,
                     "a .po, .pot, .xlf, .xliff or .csv file, or several, "
-                    "or folders of them")
+                    "or folders of them: de.po, de/app.po, de/LC_MESSAGES/app.po or app/de.po")
         ->required();
     value_name(command.add_option("-l,--lang", m_import.locale, "the locale (as the file says)"),
                "LANG");

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <sstream>
 #include <utility>
 
 // Each file is read once and becomes numbers: for every catalog and locale the set of its keys. The
@@ -144,27 +145,44 @@ json as_json(const std::vector<coverage_cell>& cells) {
     return result;
 }
 
+// One minimum: LOCALE=PERCENT, where a "%" may follow.
+struct minimum {
+    std::string locale;
+    std::string percent;
+    double share = 0;
+};
+
+bool read_minimum(const std::string& text, minimum& result) {
+    const auto equals = text.find('=');
+    if (equals == text.npos)
+        return false;
+    result.locale = normalized_locale(text.substr(0, equals));
+    result.percent = text.substr(equals + 1);
+    if (!result.percent.empty() && result.percent.back() == '%')
+        result.percent.pop_back();
+    char* end = nullptr;
+    result.share = std::strtod(result.percent.c_str(), &end);
+    return !result.percent.empty() && *end == '\0';
+}
+
 // Returns whether all minimums are reached, after naming those that are not.
 bool are_minimums_reached(const std::vector<coverage_cell>& cells,
-                          const std::vector<std::string>& minimums, std::ostream& errors) {
+                          const std::vector<minimum>& minimums, std::ostream& errors) {
     bool is_reached = true;
-    for (const std::string& each : minimums) {
-        const auto equals = each.find('=');
-        const std::string locale = normalized_locale(each.substr(0, equals));
-        const double wanted = std::strtod(each.c_str() + equals + 1, nullptr);
+    for (const minimum& each : minimums) {
         std::size_t own = 0;
         std::size_t total = 0;
         for (const coverage_cell& cell : cells)
-            if (cell.locale == locale) {
+            if (cell.locale == each.locale) {
                 own += cell.own;
                 total += cell.total;
             }
-        const bool is_met =
-            total != 0 && 100.0 * static_cast<double>(own) >= wanted * static_cast<double>(total);
+        const bool is_met = total != 0 && 100.0 * static_cast<double>(own) >=
+                                              each.share * static_cast<double>(total);
         if (!is_met)
-            errors << "tova-xmc: " << locale << " has "
+            errors << "tova-xmc: " << each.locale << " has "
                    << (total == 0 ? "0.0" : percent(own, total)) << " % of its messages, less than "
-                   << each.substr(equals + 1) << " %\n";
+                   << each.percent << " %\n";
         is_reached = is_reached && is_met;
     }
     return is_reached;
@@ -295,8 +313,8 @@ std::string embedded(const json& document) {
     return result;
 }
 
-void list_missing(const std::vector<coverage_cell>& cells, const std::string& locale,
-                  const std::string& format, std::ostream& out) {
+void list_untranslated(const std::vector<coverage_cell>& cells, const std::string& locale,
+                       const std::string& format, std::ostream& out) {
     json list = json::array();
     for (const coverage_cell& each : cells) {
         if (each.locale != locale)
@@ -305,7 +323,7 @@ void list_missing(const std::vector<coverage_cell>& cells, const std::string& lo
             if (format == "json")
                 list.push_back({{"catalog", each.catalog}, {"key", key}});
             else
-                out << each.catalog << '/' << key << '\n';
+                out << each.catalog << '/' << readable_key(key) << '\n';
     }
     if (format == "json")
         write_json(out, list);
@@ -323,28 +341,35 @@ void write_coverage_page(std::ostream& out, const std::vector<coverage_cell>& ce
 
 int run_coverage(const coverage_options& options, std::ostream& out, std::ostream& errors,
                  const style& colors) {
-    for (const std::string& each : options.minimums) {
-        const auto equals = each.find('=');
-        char* end = nullptr;
-        if (equals != each.npos)
-            std::strtod(each.c_str() + equals + 1, &end);
-        if (end == nullptr || *end != '\0' || end == each.c_str() + equals + 1) {
-            errors << "tova-xmc: --min wants LOCALE=PERCENT, not \"" << each << "\"\n";
+    std::vector<minimum> minimums(options.minimums.size());
+    for (std::size_t i = 0; i < minimums.size(); ++i)
+        if (!read_minimum(options.minimums[i], minimums[i])) {
+            errors << "tova-xmc: --min wants LOCALE=PERCENT, not \"" << options.minimums[i]
+                   << "\"\n";
             return exit_usage;
         }
-    }
     const std::vector<coverage_cell> cells = coverage(options);
-    if (!options.missing_in.empty())
-        list_missing(cells, normalized_locale(options.missing_in), options.format, out);
-    else if (options.format == "csv")
-        as_table(cells, style()).write_csv(out);
-    else if (options.format == "json")
-        write_json(out, as_json(cells));
-    else if (options.format == "html")
-        write_coverage_page(out, cells);
-    else
-        as_table(cells, colors).write(out, colors);
-    return are_minimums_reached(cells, options.minimums, errors) ? exit_clean : exit_findings;
+    std::ostringstream text;
+    if (!options.untranslated_in.empty()) {
+        const std::string locale = normalized_locale(options.untranslated_in);
+        if (std::none_of(cells.begin(), cells.end(),
+                         [&](const coverage_cell& each) { return each.locale == locale; })) {
+            errors << "tova-xmc: no catalog has the locale " << options.untranslated_in << '\n';
+            return exit_usage;
+        }
+        list_untranslated(cells, locale, options.format, text);
+    } else if (options.format == "csv") {
+        as_table(cells, style()).write_csv(text);
+    } else if (options.format == "json") {
+        write_json(text, as_json(cells));
+    } else if (options.format == "html") {
+        write_coverage_page(text, cells);
+    } else {
+        const style used = is_standard(options.output) ? colors : style();
+        as_table(cells, used).write(text, used);
+    }
+    write_result(options.output, text.str(), out);
+    return are_minimums_reached(cells, minimums, errors) ? exit_clean : exit_findings;
 }
 
 }  // namespace tova_programs::xmc

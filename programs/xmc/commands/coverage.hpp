@@ -12,8 +12,8 @@
 
 namespace tova_programs::xmc {
 
-/// One catalog in one locale. A message is own, or found through the fallback chain, or missing; in
-/// the columns of the output the chain includes what is own.
+/// One catalog in one locale. A message is own, or found through the fallback chain, or missing:
+/// then no language shows it. In the columns of the output the chain includes what is own.
 struct coverage_cell {
     std::string catalog;
     std::string locale;
@@ -26,9 +26,10 @@ struct coverage_cell {
 struct coverage_options {
     std::vector<std::string> paths;
     std::string reference = "en";
-    std::vector<std::string> minimums;  ///< LOCALE=PERCENT of own messages
+    std::vector<std::string> minimums;  ///< LOCALE=PERCENT of own messages, `de=95` or `de=95%`
     std::string format = "table";       ///< table, csv, json or html
-    std::string missing_in;             ///< list the messages that this locale lacks
+    std::string untranslated_in;        ///< list the messages that this locale has not itself
+    std::string output;                 ///< empty: standard output
 };
 
 /// The keys that count are those of the reference locale; of a catalog without it, all. Messages of

@@ -31,7 +31,7 @@ struct content {
 using message_id = std::tuple<std::string, std::string, std::string>;  // catalog, key, locale
 
 std::string shown(const message_id& id) {
-    return std::get<0>(id) + '/' + std::get<1>(id) + " [" + std::get<2>(id) + ']';
+    return std::get<0>(id) + '/' + readable_key(std::get<1>(id)) + " [" + std::get<2>(id) + ']';
 }
 
 // The first message of each id, as the loader keeps it.
@@ -239,6 +239,7 @@ std::string pseudo_text(const std::string& text) {
 
 int run_pseudo(const pseudo_options& options, std::ostream& out) {
     const documents files = read_documents(options.paths);
+    require_locale(locales_of(files), options.from);
     writer result;
     std::size_t count = 0;
     for (const auto& file : files)

@@ -108,7 +108,7 @@ int run_keys(const keys_options& options, std::ostream& out) {
     if (!options.as_header) {
         for (const auto& each : all)
             for (const auto& keyed : each.second)
-                out << each.first << '/' << keyed.first << '\n';
+                out << each.first << '/' << readable_key(keyed.first) << '\n';
         return exit_clean;
     }
     out << "// The keys of the message catalogs. Made by tova-xmc keys --header; do not edit.\n"
@@ -277,7 +277,7 @@ int run_scan(const scan_options& options, std::ostream& out) {
             continue;
         absent.push_back({{"catalog", each.catalog}, {"key", each.key}, {"place", each.place}});
         if (!options.as_json)
-            out << each.place << ": no message \"" << each.key << '"'
+            out << each.place << ": no message \"" << readable_key(each.key) << '"'
                 << (each.catalog.empty() ? "" : " in catalog \"" + each.catalog + '"') << '\n';
     }
     for (const auto& catalog : all)
@@ -286,7 +286,7 @@ int run_scan(const scan_options& options, std::ostream& out) {
                 continue;
             unused.push_back({{"catalog", catalog.first}, {"key", keyed.first}});
             if (!options.as_json)
-                out << catalog.first << '/' << keyed.first << ": not used\n";
+                out << catalog.first << '/' << readable_key(keyed.first) << ": not used\n";
         }
     const bool is_clean = absent.empty() && unused.empty();
     if (options.as_json)

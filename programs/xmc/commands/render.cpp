@@ -5,6 +5,7 @@
 #include "support/table.hpp"
 #include "support/text_file.hpp"
 #include "xmc/model/documents.hpp"
+#include "xmc/model/files.hpp"
 #include "xmc/model/locale.hpp"
 #include "xmc/model/rendering.hpp"
 #include "xmc/output.hpp"
@@ -18,6 +19,7 @@
 #include <cstdlib>
 #include <map>
 #include <set>
+#include <sstream>
 #include <utility>
 
 namespace tova_programs::xmc {
@@ -35,13 +37,22 @@ std::string quoted(const std::string& text) {
     return '"' + text + '"';
 }
 
-// Raises `file_error` with the library's own report.
+// Raises `file_error` with the library's own report, after the file that it is about.
 void load(message_catalogs& catalogs, const std::vector<std::string>& paths,
           const std::string& locale) {
+    const std::vector<std::string> files = catalog_files(paths);
     const std::vector<ustring8> all(paths.begin(), paths.end());
     const auto result = catalogs.load(all, ustring8(locale));
-    if (result.type != message_catalogs::no_error)
-        throw file_error(result.message);
+    if (result.type == message_catalogs::no_error)
+        return;
+    for (const std::string& file : files) {
+        message_catalogs alone;
+        if (alone.load(std::vector<ustring8>{ustring8(file)}, ustring8(locale)).type !=
+            message_catalogs::no_error)
+            throw file_error(file + " cannot be loaded; run tova-xmc check " + file + '\n' +
+                             std::string(result.message));
+    }
+    throw file_error(result.message);
 }
 
 // A value as `NAME=VALUE` (a string) or `NAME:TYPE=VALUE`. Returns whether it is valid.
@@ -83,10 +94,11 @@ bool add_value(varg_list& values, const std::string& text, std::string& reason) 
     return true;
 }
 
+using found_messages = std::vector<std::pair<std::string, const message_t*>>;
+
 // The catalogs and messages that a key may mean.
-std::vector<std::pair<std::string, const message_t*>> find_messages(const message_catalogs& set,
-                                                                    const std::string& key) {
-    std::vector<std::pair<std::string, const message_t*>> result;
+found_messages find_exactly(const message_catalogs& set, const std::string& key) {
+    found_messages result;
     const auto slash = key.find('/');
     for (const auto& each : set) {
         const std::string name = each.first;
@@ -99,12 +111,27 @@ std::vector<std::pair<std::string, const message_t*>> find_messages(const messag
     return result;
 }
 
+// The same; a key that does not exist may be one with escapes, as `keys` lists it.
+found_messages find_messages(const message_catalogs& set, const std::string& key) {
+    found_messages result = find_exactly(set, key);
+    if (!result.empty() || key.find('\\') == key.npos)
+        return result;
+    for (const auto& each : set)
+        for (const auto& keyed : *each.second) {
+            const std::string readable = readable_key(keyed.first);
+            if (readable == key || std::string(each.first) + '/' + readable == key)
+                result.emplace_back(each.first, &keyed.second);
+        }
+    return result;
+}
+
 std::string no_such_message(const message_catalogs& set, const std::string& key) {
     std::vector<std::string> known;
     for (const auto& each : set)
         for (const auto& keyed : *each.second)
-            known.push_back(keyed.first);
-    return "there is no message " + quoted(key) + " for this locale" + did_you_mean(key, known);
+            known.push_back(readable_key(keyed.first));
+    return "there is no message " + quoted(readable_key(key)) + " for this locale" +
+           did_you_mean(readable_key(key), known);
 }
 
 }  // namespace
@@ -136,8 +163,8 @@ int run_render(const render_options& options, std::ostream& out, std::ostream& e
             is_valid = false;
             problems.push_back({{"argument", item.name()}, {"reason", why}});
             if (!options.as_json)
-                errors << each.first << '/' << std::string(each.second->name()) << ": argument "
-                       << quoted(item.name()) << " is invalid: " << why << '\n';
+                errors << each.first << '/' << readable_key(std::string(each.second->name()))
+                       << ": argument " << quoted(item.name()) << " is invalid: " << why << '\n';
         }
         list.push_back({{"catalog", each.first},
                         {"key", each.second->name()},
@@ -154,9 +181,22 @@ int run_render(const render_options& options, std::ostream& out, std::ostream& e
 
 namespace {
 
-bool is_meant(const placed_message& each, const std::string& key) {
-    return each.what->name == key ||
-           std::string(each.of->name) + '/' + std::string(each.what->name) == key;
+bool is_meant(const placed_message& each, const std::string& name, const std::string& key) {
+    return name == key || std::string(each.of->name) + '/' + name == key;
+}
+
+// The messages that a key may mean. If there is none, it may be one with escapes.
+std::vector<placed_message> find_placed(const std::vector<placed_message>& all,
+                                        const std::string& key) {
+    std::vector<placed_message> result;
+    for (const placed_message& each : all)
+        if (is_meant(each, std::string(each.what->name), key))
+            result.push_back(each);
+    if (result.empty())
+        for (const placed_message& each : all)
+            if (is_meant(each, readable_key(each.what->name), key))
+                result.push_back(each);
+    return result;
 }
 
 // The message that wins for a chain, per catalog and key: the one of the highest weight; within one
@@ -236,16 +276,15 @@ void write_shown(const show_options& options, const std::vector<placed_message>&
 int run_show(const show_options& options, std::ostream& out, std::ostream& errors,
              const style& colors) {
     const documents files = read_documents(options.paths);
-    std::vector<placed_message> found;
-    std::vector<std::string> known;
-    for (const placed_message& each : all_messages(files)) {
-        known.emplace_back(each.what->name);
-        if (is_meant(each, options.key))
-            found.push_back(each);
-    }
+    const std::vector<placed_message> all = all_messages(files);
+    std::vector<placed_message> found = find_placed(all, options.key);
     if (found.empty()) {
-        errors << "tova-xmc: there is no message " << quoted(options.key)
-               << did_you_mean(options.key, known) << '\n';
+        std::vector<std::string> known;
+        for (const placed_message& each : all)
+            known.push_back(readable_key(each.what->name));
+        const std::string key = readable_key(options.key);
+        errors << "tova-xmc: there is no message " << quoted(key) << did_you_mean(key, known)
+               << '\n';
         return exit_findings;
     }
     std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) {
@@ -338,13 +377,20 @@ struct previewed {
 // What each locale shows of its own, by catalog and key.
 std::map<std::string, std::map<std::string, previewed>>
 previewed_messages(const preview_options& options) {
+    std::set<std::string> existing;
+    for_each_document(options.paths, [&existing](const document& file) {
+        for (const catalog& each : file.catalogs())
+            if (!each.locale.empty() && each.locale != ".")
+                existing.insert(std::string(each.locale));
+    });
     std::set<std::string> locales(options.locales.begin(), options.locales.end());
+    std::set<std::string> normalized;
+    for (const std::string& each : existing)
+        normalized.insert(normalized_locale(each));
+    for (const std::string& each : locales)
+        require_locale(normalized, each);
     if (locales.empty())
-        for_each_document(options.paths, [&locales](const document& file) {
-            for (const catalog& each : file.catalogs())
-                if (!each.locale.empty() && each.locale != ".")
-                    locales.insert(std::string(each.locale));
-        });
+        locales = existing;
     std::map<std::string, std::map<std::string, previewed>> all;
     for (const std::string& locale : locales) {
         message_catalogs catalogs;
@@ -368,6 +414,7 @@ previewed_messages(const preview_options& options) {
 
 int run_preview(const preview_options& options, std::ostream& out) {
     const auto all = previewed_messages(options);
+    std::ostringstream page;
     if (options.as_json) {
         json list = json::array();
         for (const auto& catalog : all)
@@ -376,25 +423,27 @@ int run_preview(const preview_options& options, std::ostream& out) {
                                 {"key", keyed.first},
                                 {"note", keyed.second.note},
                                 {"texts", keyed.second.texts}});
-        write_json(out, list);
+        write_json(page, list);
+        write_result(options.output, page.str(), out);
         return exit_clean;
     }
-    out << preview_begin;
+    page << preview_begin;
     for (const auto& catalog : all) {
-        out << "<h2>" << html(catalog.first) << "</h2>\n";
+        page << "<h2>" << html(catalog.first) << "</h2>\n";
         for (const auto& keyed : catalog.second) {
-            out << "<section><h3>" << html(keyed.first) << "</h3>";
+            page << "<section><h3>" << html(keyed.first) << "</h3>";
             if (!keyed.second.note.empty())
-                out << "<p class=\"note\">" << html(keyed.second.note) << "</p>";
-            out << "<dl>";
+                page << "<p class=\"note\">" << html(keyed.second.note) << "</p>";
+            page << "<dl>";
             for (const auto& text : keyed.second.texts)
-                out << "<dt>" << html(text.first) << "</dt><dd lang=\"" << html(text.first) << '"'
-                    << (is_right_to_left(text.first) ? " dir=\"rtl\"" : "") << '>'
-                    << marked(text.second) << "</dd>";
-            out << "</dl></section>\n";
+                page << "<dt>" << html(text.first) << "</dt><dd lang=\"" << html(text.first) << '"'
+                     << (is_right_to_left(text.first) ? " dir=\"rtl\"" : "") << '>'
+                     << marked(text.second) << "</dd>";
+            page << "</dl></section>\n";
         }
     }
-    out << preview_end;
+    page << preview_end;
+    write_result(options.output, page.str(), out);
     return exit_clean;
 }
 

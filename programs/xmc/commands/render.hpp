@@ -36,6 +36,7 @@ int run_show(const show_options& options, std::ostream& out, std::ostream& error
 struct preview_options {
     std::vector<std::string> paths;
     std::vector<std::string> locales;  ///< empty: all
+    std::string output;                ///< empty: standard output
     bool as_json = false;              ///< the texts alone
 };
 

@@ -222,7 +222,7 @@ std::vector<std::string> workspace::files(const std::vector<std::string>& paths)
             list(path);
             continue;
         }
-        for (const std::string& file : catalog_files({path}))
+        for (const std::string& file : catalog_files_below(path))
             if (is_named_xmc(file) || looks_like_catalog(file))
                 list(file);
     }

@@ -2,6 +2,7 @@
 
 #include "support/text_file.hpp"
 #include "xmc/model/files.hpp"
+#include "xmc/model/locale.hpp"
 
 #include <sys/stat.h>
 
@@ -45,6 +46,20 @@ documents read_documents(const std::vector<std::string>& paths) {
         result.push_back(std::make_unique<document>(file.path(), file.bytes()));
     });
     return result;
+}
+
+std::set<std::string> locales_of(const documents& files) {
+    std::set<std::string> result;
+    for (const auto& file : files)
+        for (const catalog& each : file->catalogs())
+            if (!each.locale.empty())
+                result.insert(normalized_locale(each.locale));
+    return result;
+}
+
+void require_locale(const std::set<std::string>& locales, const std::string& locale) {
+    if (locales.count(normalized_locale(locale)) == 0)
+        throw file_error("no catalog has the locale " + locale);
 }
 
 std::vector<placed_message> all_messages(const documents& files) {

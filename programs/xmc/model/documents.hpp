@@ -6,7 +6,9 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tova_programs::xmc {
@@ -26,6 +28,12 @@ struct placed_message {
     const catalog* of;
     const message* what;
 };
+
+/// The locales of the catalogs, as the loader compares them.
+std::set<std::string> locales_of(const documents& files);
+
+/// Raises `file_error` if the locale is not one of them.
+void require_locale(const std::set<std::string>& locales, const std::string& locale);
 
 /// All messages in the order of the files.
 std::vector<placed_message> all_messages(const documents& files);

@@ -51,12 +51,17 @@ std::vector<std::string> catalog_files(const std::vector<std::string>& paths) {
     std::vector<std::string> files;
     for (const std::string& path : paths) {
         std::error_code error;
-        if (fs::is_directory(path, error))
+        if (fs::is_directory(path, error)) {
+            const std::size_t count = files.size();
             add_folder(path, files);
-        else if (fs::exists(path, error))
+            // Most likely the wrong folder, and nothing to say about it would look like success.
+            if (files.size() == count)
+                throw file_error("no catalog below " + path);
+        } else if (fs::exists(path, error)) {
             files.push_back(path);
-        else
+        } else {
             throw file_error(path + ": No such file or directory");
+        }
     }
     std::set<std::string> seen;
     files.erase(std::remove_if(files.begin(), files.end(),
@@ -65,6 +70,12 @@ std::vector<std::string> catalog_files(const std::vector<std::string>& paths) {
                                           !fs::is_symlink(file);
                                }),
                 files.end());
+    return files;
+}
+
+std::vector<std::string> catalog_files_below(const std::string& folder) {
+    std::vector<std::string> files;
+    add_folder(folder, files);
     return files;
 }
 

@@ -45,10 +45,13 @@ const struct {
     {"coverage", "coverage catalogs"},
     {"coverage_csv", "coverage --format csv catalogs"},
     {"coverage_json", "coverage --json catalogs"},
-    {"coverage_min", "coverage --min de=95 --min en=100 catalogs"},
+    {"coverage_min", "coverage --min de=95% --min en=100 catalogs"},
     {"coverage_min_met", "coverage --min de=50 catalogs"},
     {"coverage_min_wrong", "coverage --min de catalogs"},
-    {"coverage_missing", "coverage --missing de catalogs"},
+    {"coverage_untranslated", "coverage --untranslated de catalogs"},
+    {"coverage_unknown_locale", "coverage --untranslated xx catalogs"},
+    {"coverage_output",
+     "coverage --format html catalogs -o $TOVA_OUTPUT.h; wc -l < $TOVA_OUTPUT.h"},
     {"coverage_html", "coverage --format html catalogs"},
     {"show", "show january -p catalogs"},
     {"show_for", "show january -p catalogs --lang de_AT.UTF-8"},
@@ -62,6 +65,8 @@ const struct {
     {"render_wrong_value", "render hello who:int=x -p catalogs"},
     {"preview", "preview catalogs"},
     {"preview_de", "preview catalogs --lang de"},
+    {"preview_unknown_locale", "preview catalogs --lang de,xx"},
+    {"preview_output", "preview catalogs -o $TOVA_OUTPUT.p; tail -n 1 $TOVA_OUTPUT.p"},
     {"fmt", "fmt --stdout untidy.xmc"},
     {"fmt_check", "fmt --check untidy.xmc other.xmc"},
     {"diff", "diff catalogs/en.xmc other.xmc"},
@@ -72,10 +77,11 @@ const struct {
     {"merge_first", "merge catalogs/en.xmc other.xmc --prefer first"},
     {"merge_last", "merge catalogs/en.xmc other.xmc --prefer last"},
     {"pseudo", "pseudo catalogs"},
+    {"pseudo_unknown_locale", "pseudo catalogs --from xx"},
     {"rules_json", "check --list-rules --json"},
     {"explain_json", "check --explain crlf --json"},
     {"check_fix_json", "check --fix --dry-run --json untidy.xmc"},
-    {"coverage_missing_json", "coverage --missing de --json catalogs"},
+    {"coverage_untranslated_json", "coverage --untranslated de --json catalogs"},
     {"preview_json", "preview catalogs --json"},
     {"fmt_json", "fmt --check --json untidy.xmc other.xmc"},
     {"fmt_stdout_json", "fmt --stdout --json untidy.xmc"},
@@ -158,6 +164,71 @@ TEST(Commands, HaveAJsonForm) {
         ++count;
     }
     EXPECT_EQ(14u, count);
+}
+
+TEST(Commands, RefuseAFolderWithoutCatalogs) {
+    const temporary_directory folder;
+    folder.write("po/de.po", "");
+    for (const char* const arguments :
+         {"check po", "check --fix po", "coverage po", "coverage --json po", "keys po",
+          "preview po", "fmt po", "diff po po", "merge po", "pseudo po", "export po",
+          "show hello -p po", "render hello -p po", "scan po -p po"}) {
+        const auto result = run_program("cd " + folder.path() + " && " TOVA_XMC " " + arguments);
+        EXPECT_EQ(2, result.exit_code) << arguments;
+        EXPECT_EQ("tova-xmc: no catalog below po\n", result.output) << arguments;
+    }
+}
+
+TEST(Commands, ShowKeysOfSeveralLinesInOneAndFindThemSo) {
+    const temporary_directory folder;
+    const auto write = [&](const std::string& locale, const std::string& messages) {
+        folder.write("in/" + locale + ".xmc",
+                     "<?xml version=\"1.0\"?><xmc version=\"1.1\"><catalog name=\"app\" lang=\"" +
+                         locale + "\">" + messages + "</catalog></xmc>");
+    };
+    write("en", "<msg name=\"one\ntwo\">1<arg name=\"n\"/></msg><msg name=\"a\\nb\">3</msg>");
+    write("de", "<msg name=\"one\ntwo\">2</msg>");
+    const std::string keys = "app/a\\nb\napp/one\\ntwo\n";
+    const struct {
+        const char* arguments;
+        std::string output;
+    } cases[] = {
+        {"keys in", keys},
+        {"coverage --untranslated de in", "app/a\\nb\n"},
+        {"render 'one\\ntwo' n=0 -p in", "10\n"},
+        {"render 'app/one\\ntwo' n=0 -p in", "10\n"},
+        {"render 'a\\nb' -p in", "3\n"},
+        {"render 'one\\ntow' -p in",
+         "tova-xmc: there is no message \"one\\ntow\" for this locale (did "
+         "you mean \"one\\ntwo\"?)\n"},
+        {"show 'one\\ntow' -p in",
+         "tova-xmc: there is no message \"one\\ntow\" (did you mean \"one\\ntwo\"?)\n"},
+        {"check in", "in/de.xmc:1:71: warning: one\\ntwo: argument \"n\" of en is missing "
+                     "[argument-mismatch]\n1 warning\n"},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(each.output,
+                  run_program("cd " + folder.path() + " && " TOVA_XMC " " + each.arguments).output)
+            << each.arguments;
+    const auto shown =
+        run_program("cd " + folder.path() + " && " TOVA_XMC " show 'one\\ntwo' -p in");
+    EXPECT_EQ(0, shown.exit_code);
+    EXPECT_NE(std::string::npos, shown.output.find("1{n}")) << shown.output;
+}
+
+TEST(Render, NamesTheFileThatCannotBeLoaded) {
+    const temporary_directory folder;
+    folder.write("in/good.xmc", "<?xml version=\"1.0\"?><xmc version=\"1.1\"><catalog name=\"app\" "
+                                "lang=\"en\"><msg name=\"a\">A</msg></catalog></xmc>");
+    folder.write("in/wrong.xmc", "<?xml version=\"1.0\"?><xmc version=\"1.1\"><catalog>");
+    for (const char* const arguments : {"render a -p in", "preview in --lang en"}) {
+        const auto result = run_program("cd " + folder.path() + " && " TOVA_XMC " " + arguments);
+        EXPECT_EQ(2, result.exit_code);
+        const std::string begin = "tova-xmc: in/wrong.xmc cannot be loaded; run tova-xmc check "
+                                  "in/wrong.xmc\n";
+        EXPECT_EQ(begin, result.output.substr(0, begin.size()));
+        EXPECT_GT(result.output.size(), begin.size());
+    }
 }
 
 TEST(Fmt, ChangesTheLayoutOnlyAndNothingTheSecondTime) {
