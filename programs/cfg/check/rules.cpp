@@ -17,12 +17,12 @@ const rule table[] = {
      "the next line must be in quotes, or be an array with a comma at the line end."},
     {"operator", severity::error, "an operator in the place of \"=\"",
      "\"==\", \":=\", \"+=\", \"-=\", \"*=\", \"/=\", \"<=\" and \">=\" are not \"=\" and do not "
-     "end a key: it goes on in the next line, up to a plain \"=\". The fix writes \"=\"."},
+     "end a key: it goes on in the next line, up to a plain \"=\". The fix writes \"=\" for \"==\" "
+     "and \":=\"."},
     {"colon-in-key", severity::warning, "\":\" before the \"=\"",
      "A key goes on up to the \"=\", so url: http://host/?a=b is the key url:http://host/?a with "
-     "the "
-     "value b. Write \"=\" after the key. If the \":\" belongs to the key, put the key in double "
-     "quotes."},
+     "the value b. Write \"=\" after the key. If the \":\" belongs to the key, put the key in "
+     "double quotes."},
     {"semicolon-comment", severity::error, "\";\" as a comment",
      "A comment begins with \"#\" or \"//\". A line that begins with \";\" is joined to the key on "
      "the next line, and a \";\" after a value is part of the value. The fix writes \"#\"."},
@@ -43,8 +43,7 @@ const rule table[] = {
     {"key-and-section", severity::warning, "a key with a value and longer keys",
      "A key with a value should not begin other keys: a source that has server.port.admin also has "
      "server.port, with the value true, and hides server.port in the sources after it. A save "
-     "loses "
-     "the longer key."},
+     "loses the longer key."},
 
     // --- Values ---
     {"empty-value", severity::warning, "a key without a value",
@@ -56,7 +55,8 @@ const rule table[] = {
     {"comment-in-value", severity::warning, "a comment directly after a value",
      "\"#\", \"//\" and \"*/\" start a comment anywhere outside quotes: color = #ff0000 has no "
      "value, and a#b is a. If it belongs to the value, put the value in double quotes; otherwise "
-     "write a space before the comment."},
+     "write a space before the comment. The fix puts a value in quotes if it is one word that "
+     "begins with \"#\", as a color does. It leaves password = a#b, which may be either."},
     {"lost-space", severity::warning, "a space that is lost",
      "Spaces and tabs outside double quotes are dropped: Ann Lee is AnnLee, and [my section] is "
      "mysection. Put a value, key or section with a space in double quotes. The fix does that for "
@@ -74,9 +74,8 @@ const rule table[] = {
      "cannot have a double quote without a backslash before it."},
     {"quote-in-comment", severity::error, "a double quote in a comment",
      "Comments are read like the rest of the file, so a double quote in one opens a string, and "
-     "the "
-     "comment goes on after the closing quote, in another line or at the end of the file. Write "
-     "comments without double quotes, or with pairs of them in a line."},
+     "the comment goes on after the closing quote, in another line or at the end of the file. "
+     "Write comments without double quotes, or with pairs of them in a line."},
     {"carriage-return", severity::error, "a carriage return that ends no line",
      "Lines end with LF or CRLF. A CR alone is part of a key, value or comment, and so are the "
      "entries and headers after it."},
@@ -102,9 +101,9 @@ const rule table[] = {
      "A save writes an entry under each section whose name is as long as its own section's. Give "
      "sections names of different lengths if a program saves the file."},
     {"save-changes-value", severity::note, "a value that a save changes",
-     "A save writes quotes only around values with whitespace. What else needs them reads back "
-     "differently: a comment mark, or a comma in an element. An array of more than ten elements is "
-     "written in the order 0, 1, 10, 2."},
+     "A save writes quotes only around values with whitespace. Other values that need quotes read "
+     "back differently: those with a comment mark, and elements with a comma. An array of more "
+     "than ten elements is written in the order 0, 1, 10, 2."},
     {"save-grows", severity::note, "a file that grows with every save",
      "Each load and save makes the file larger, because sections take each other's entries, or "
      "because a name with a bracket comes back as several names. 150 sections with names of equal "
@@ -113,14 +112,10 @@ const rule table[] = {
     // --- Other readers ---
     {"reads-differently", severity::warning, "an entry that another reader reads differently",
      "Only with --written-for. Readers of INI files differ: Python's configparser and inih keep "
-     "double "
-     "quotes and spaces, end a key at a \":\" too, do not know \"//\" and arrays, and join an "
-     "indented "
-     "line to the value before it. A \"#\" after a value starts a comment for neither of them, and "
-     "a "
-     "\";\" after a space only for inih. tova-cfg convert writes a settings file with the values "
-     "that "
-     "the other reader sees."},
+     "double quotes and spaces, end a key at a \":\" too, do not know \"//\" and arrays, and join "
+     "an indented line to the value before it. A \"#\" after a value starts a comment for neither "
+     "of them, and a \";\" after a space only for inih. tova-cfg convert writes a settings file "
+     "with the values that the other reader sees."},
 
     // --- The schema ---
     {"unknown-key", severity::error, "a key that the program does not know",

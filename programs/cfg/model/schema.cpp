@@ -63,6 +63,19 @@ double number_of(const std::string& text) {
                     : std::strtod(lower.c_str(), nullptr);
 }
 
+// `there is no type "boolean"; use string, int or bool`, or the word that was most likely meant.
+std::string unknown_word(const std::string& what, const std::string& word,
+                         const std::vector<std::string>& known) {
+    const std::string start = "there is no " + what + " \"" + word + '"';
+    const std::string suggestion = did_you_mean(word, known);
+    if (!suggestion.empty())
+        return start + suggestion;
+    std::string list;
+    for (const std::string& each : known)
+        list += (list.empty() ? "" : &each == &known.back() ? " or " : ", ") + each;
+    return start + "; use " + list;
+}
+
 [[noreturn]] void refuse(const document& file, span bytes, const std::string& reason) {
     const text_place place = line_index(file.bytes()).at(bytes.begin);
     throw file_error(file.path() + ':' + std::to_string(place.line) + ':' +
@@ -83,15 +96,13 @@ void read_type(declared_key& declared, const document& file, const entry& each) 
     if (declared.is_array)
         declared.type.resize(size - 2);
     if (!is_one_of(declared.type, types))
-        refuse(file, each.value_bytes,
-               "there is no type \"" + declared.type + '"' + did_you_mean(declared.type, types));
+        refuse(file, each.value_bytes, unknown_word("type", declared.type, types));
 }
 
 void read_property(declared_key& declared, const document& file, const entry& each) {
     const std::string name = lower_case(each.name);
     if (!is_one_of(name, properties))
-        refuse(file, each.bytes,
-               "there is no property \"" + each.name + '"' + did_you_mean(each.name, properties));
+        refuse(file, each.bytes, unknown_word("property", each.name, properties));
     if (each.values.empty())
         return;
     const std::string& value = each.values[0].text;

@@ -152,6 +152,7 @@ TEST(CfgFixes, MakeTheValueThatWasMeant) {
         {"l[] = a,\nb = 1\n", "l[] = a,\nb = 1\n"},  // no fix: the comma is wrong
         {"l[] = a,\n[b c]\n", "l[] = a,\n[b c]\n"},
         {"a = \"b\" c\n", "a = \"b\" c\n"},  // no fix: the quotes may be meant
+        {"a = b#c//d\n", "a = b#c//d\n"},    // no fix: the comment may be meant
     };
     for (const auto& c : cases) {
         std::string text = c.before;

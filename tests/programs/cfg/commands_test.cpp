@@ -396,6 +396,30 @@ TEST(CfgSchema, MakesASampleThatItAcceptsAndACompletionThatBashRuns) {
                      .exit_code);
 }
 
+TEST(CfgSchema, NamesTheKnownWordsForAnUnknownOne) {
+    const temporary_directory folder;
+    const struct {
+        const char* property;
+        const char* reason;
+    } cases[] = {
+        {"type = boolean",
+         ":2:8: there is no type \"boolean\"; use string, int, double, bool or path"},
+        {"type = strnig", ":2:8: there is no type \"strnig\" (did you mean \"string\"?)"},
+        {"typ = int", ":2:1: there is no property \"typ\" (did you mean \"type\"?)"},
+        {"kind = int", ":2:1: there is no property \"kind\"; use type, default, values, min, max, "
+                       "required, help or alias"},
+    };
+    for (const auto& c : cases) {
+        const std::string path = folder.write("s.cfg", std::string("[a]\n") + c.property + '\n');
+        try {
+            schema read(path);
+            ADD_FAILURE() << c.property;
+        } catch (const file_error& error) {
+            EXPECT_EQ(path + c.reason, error.what());
+        }
+    }
+}
+
 TEST(CfgSources, KnowThePlaceOfEveryValueOfACommandLine) {
     random_source random(7);
     for (int i = 0; i < 5000; ++i) {
