@@ -37,7 +37,8 @@ class check_source {
 public:
     virtual ~check_source() = default;
 
-    /// The files for the paths of the options. Raises `file_error` for a path that does not exist.
+    /// The files for the paths of the options. Raises `file_error` for a path that does not exist,
+    /// and for a folder without catalogs.
     virtual std::vector<std::string> files(const std::vector<std::string>& paths);
 
     /// Whether there is such a file. A symbolic link is none, as for the loader.
