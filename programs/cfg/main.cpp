@@ -18,8 +18,8 @@
 #include <vector>
 
 // The whole command line of tova-cfg, one function for each command. Each fills the options of its
-// command, and the command itself is in a folder of its own. What follows "--" is the command line
-// of the program whose settings are asked for; CLI11 never sees it.
+// command; the commands themselves are in the folders beside this file. The arguments after "--"
+// are the command line of the program whose settings are read; CLI11 never sees them.
 
 namespace tova_programs::cfg {
 
@@ -181,7 +181,7 @@ void tool::add_check() {
         ->check(CLI::IsMember({"configparser", "inih"}));
     command
         .add_option("--fail-on", m_check.fail_on,
-                    "the lowest severity that sets exit code 1 (default: warning)")
+                    "the least severity that makes the exit code 1 (default: warning)")
         ->check(CLI::IsMember({"error", "warning", "note", "never"}));
     command.add_option("--only", m_check.check.only, "report these rules only")
         ->delimiter(',')

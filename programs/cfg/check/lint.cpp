@@ -11,9 +11,9 @@
 #include <set>
 #include <utility>
 
-// The tokens of each entry are looked at in the order of the file: first the lines of its key, then
-// its value. Comments, strings and bytes are looked at on their own. What a save does is not
-// predicted but tried, with the library.
+// The tokens of each entry are checked in the order of the file: first the lines of its key, then
+// its value. Comments, strings and bytes are checked separately. The effects of a save are not
+// predicted: the library saves the file, and the result is compared.
 
 namespace tova_programs::cfg {
 
@@ -23,7 +23,8 @@ bool is_blank(token_kind kind) {
     return kind == token_kind::space || kind == token_kind::line_end;
 }
 
-// The index of the first byte that is no UTF-8, or of a NUL byte; the size if there is none.
+// The index of the first byte that is not UTF-8, or of the first NUL byte; the size if there is
+// neither.
 std::size_t first_invalid_byte(std::string_view text) {
     std::size_t at = 0;
     while (at < text.size()) {
@@ -171,7 +172,7 @@ private:
             add("open-header", each.bytes, "", "the header is not closed: \"]\" is missing");
             return;
         }
-        // Spaces next to the brackets are dropped, but nobody means them as part of the name.
+        // Spaces next to the brackets are dropped, too, but nobody wants them in the name.
         std::size_t names = 0;
         bool has_space = false;
         bool has_line_end = false;
@@ -273,7 +274,7 @@ private:
         if (check_operation(begin, end))
             return;
         if (!has_equals) {
-            // A header within a key is not the mistake, but the line before it.
+            // The mistake is not the header within the key, but the line before it.
             if (is_first || text[0] != '[')
                 report_no_equals(bytes, text, bytes.end == each.key_bytes.end);
             return;
@@ -487,8 +488,8 @@ private:
                 continue;
             const entry*& earlier = known[each.key];
             if (earlier != nullptr) {
-                std::string text =
-                    "line " + line_of(earlier->bytes.begin) + " sets it too; this one wins";
+                std::string text = "line " + line_of(earlier->bytes.begin) +
+                                   " also sets this key; the value here is used";
                 if (earlier->full_name != each.full_name)
                     text += "; " + quoted(earlier->full_name) + " and " + quoted(each.full_name) +
                             " are one key";
@@ -551,7 +552,7 @@ private:
     std::vector<finding> m_found;
 };
 
-// What a save did, against the file before it.
+// Compares a file with the result of a save.
 class save_linter {
 public:
     save_linter(const document& file, const saved_file& result)
@@ -601,7 +602,7 @@ private:
         m_found.push_back(std::move(found));
     }
 
-    // Sections, written as such or not, whose entries a save mixes.
+    // Sections, with or without a header, whose entries a save mixes.
     void check_sections(const node_map& nodes) {
         std::map<std::size_t, std::set<std::string>> parents;  // of values, by length
         for (const stored_node& each : stored_nodes(m_file)) {
@@ -675,7 +676,7 @@ std::vector<finding> lint_schema(const schema& declared, const std::string& path
             chain += " -> " + next->alias;
             next = declared.find(next->alias);
         }
-        // Each member of a cycle is reported, but not what only leads to it.
+        // Each member of a cycle is reported, but not the aliases that only lead to it.
         if (next == nullptr || next->alias.empty() || next->key != each.key)
             continue;
         finding found(*rules().find("alias-cycle"), path, each.bytes.begin, each.bytes.size());

@@ -18,20 +18,20 @@ namespace tova_programs::cfg {
 /// known.
 std::vector<finding> lint(const document& file, const schema& declared);
 
-/// Required keys that none of the files sets. The findings are those of the first file.
+/// Required keys that none of the files sets. The findings name the first file.
 std::vector<finding> lint_required(const std::vector<std::string>& paths,
                                    const std::set<std::string>& keys, const schema& declared);
 
 /// What a save would do to the file.
 std::vector<finding> lint_save(const document& file);
 
-/// What the reader that the file was written for takes differently, and the lines that it refuses.
+/// What the reader that the file was written for reads differently, and the lines that it rejects.
 std::vector<finding> lint_written_for(const document& file, ini_dialect dialect);
 
 /// Aliases of a schema that form a cycle.
 std::vector<finding> lint_schema(const schema& declared, const std::string& path);
 
-/// A part of a file for the text of a finding: in quotes, one line, and not too long.
+/// A part of a file for the message of a finding: in quotes, on one line, and not too long.
 std::string quoted(std::string_view text);
 
 }  // namespace tova_programs::cfg

@@ -1,8 +1,8 @@
 #include "cfg/check/rules.hpp"
 
-// No file is invalid, so no rule is about what the loader refuses. Errors are what loses a setting
-// or makes another one of it. Warnings are what is most likely not meant. Notes matter only to
-// programs that save their settings, or are worth a look.
+// The loader accepts every file, so no rule is about syntax errors. An error loses a setting or
+// turns it into another one. A warning is most likely a mistake. A note matters only to programs
+// that save their settings.
 
 namespace tova_programs::cfg {
 

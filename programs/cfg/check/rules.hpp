@@ -1,12 +1,12 @@
 /// @file
-/// What `tova-cfg check` looks for. Every rule has a page of its own in `--explain`.
+/// What `tova-cfg check` looks for. `--explain` describes each rule.
 #pragma once
 
 #include "support/findings.hpp"
 
 namespace tova_programs::cfg {
 
-/// All rules, in the order of the documentation: those that lose or change a value come first.
+/// All rules, in the order in which the guide lists them.
 rule_list rules();
 
 }  // namespace tova_programs::cfg

@@ -6,14 +6,14 @@
 #include <map>
 #include <utility>
 
-// What both readers have at the end is compared key by key, not line by line: an entry that a later
-// one replaces in both does not matter.
+// The results of both readers are compared key by key, not line by line: an entry that a later one
+// replaces in both does not matter.
 
 namespace tova_programs::cfg {
 
 namespace {
 
-// A value as the other reader has it, and the key as it spells it.
+// A value as the other reader reads it, and the key in its spelling.
 struct other_value {
     const foreign_value* value;
     std::string spelling;
@@ -32,7 +32,7 @@ public:
                             (m_dialect == ini_dialect::inih ? " reports an error: "
                                                             : " refuses the file: ") +
                             each.reason);
-        // inih keeps what it could read, configparser nothing.
+        // After an error, inih keeps the entries that it could read; configparser keeps none.
         if (m_dialect == ini_dialect::configparser &&
             std::any_of(read.refusals.begin(), read.refusals.end(),
                         [](const ini_refusal& each) { return !each.is_duplicate; }))
@@ -59,7 +59,8 @@ private:
         m_found.push_back(std::move(found));
     }
 
-    // Lines are counted as the other reader does, which may take a carriage return for a line end.
+    // Lines are counted as the other reader counts them: it may treat a carriage return as a line
+    // end.
     void add_at_line(std::size_t number, const std::string& subject, std::string text) {
         const std::string& bytes = m_file.bytes();
         std::size_t begin = 0;

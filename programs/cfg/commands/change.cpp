@@ -23,13 +23,13 @@ namespace {
 
 using nlohmann::ordered_json;
 
-// A key that cannot be changed as asked, and why.
+// A key that could not be changed, and why.
 struct problem {
     std::string key;
     std::string reason;
 };
 
-// What became of a file, to be stored and reported.
+// The result of a change, to be stored and reported.
 struct changed_file {
     std::string path;
     std::string before;
@@ -49,7 +49,7 @@ void report_errors(const changed_file& file, std::ostream& errors) {
                << '\n';
 }
 
-// Stores the file unless only the change is to be shown. Returns the exit code.
+// Stores the file, or with --dry-run only shows the change. Returns the exit code.
 int finish(const changed_file& file, bool is_dry_run, bool as_json, std::ostream& out,
            std::ostream& errors, const style& colors) {
     if (!is_dry_run && file.before != file.after)
@@ -75,7 +75,7 @@ int finish(const changed_file& file, bool is_dry_run, bool as_json, std::ostream
     return file.problems.empty() ? exit_clean : exit_findings;
 }
 
-// What the schema says against the values, or the empty string.
+// Why the schema does not allow the values, or the empty string.
 std::string refusal(const set_options& options) {
     if (options.schema_path.empty())
         return "";

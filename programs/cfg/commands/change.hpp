@@ -1,6 +1,6 @@
 /// @file
-/// `tova-cfg set`, `unset` and `roundtrip`: commands that change a file, or show what a program
-/// would change.
+/// `tova-cfg set`, `unset` and `roundtrip`: commands that change a file, or show what a save by a
+/// program would change.
 #pragma once
 
 #include "support/terminal.hpp"
@@ -22,8 +22,9 @@ struct set_options {
     bool as_json = false;
 };
 
-/// Changes one entry in place. The file is replaced in one step. The exit code is 1 if the schema
-/// refuses the value, or if a settings file cannot hold it.
+/// Changes one entry in place. The file is replaced atomically. The exit code is 1 if the schema
+/// does not allow the value, or if the change cannot be made (see `with_value`). Raises
+/// `file_error` if the file does not exist, unless `creates` is set.
 int run_set(const set_options& options, std::ostream& out, std::ostream& errors,
             const style& colors);
 
@@ -43,8 +44,8 @@ struct roundtrip_options {
     bool as_json = false;
 };
 
-/// What a load and a save would do to a file. The exit code is 1 if settings would be lost, added
-/// or changed, or comments lost.
+/// Shows what a load and a save would do to a file. The exit code is 1 if settings would be lost,
+/// added or changed, or comments lost.
 int run_roundtrip(const roundtrip_options& options, std::ostream& out, const style& colors);
 
 }  // namespace tova_programs::cfg

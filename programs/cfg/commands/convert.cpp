@@ -59,7 +59,7 @@ public:
         }
     }
 
-    // The top level comes first: no header leads back to it but an empty one.
+    // The top level comes first: after a header, only an empty header leads back to it.
     std::string text() const {
         std::string result;
         for (const bool is_top : {true, false})

@@ -1,5 +1,5 @@
 /// @file
-/// `tova-cfg convert`: settings of other formats as a settings file.
+/// `tova-cfg convert`: makes a settings file from other formats.
 #pragma once
 
 #include <ostream>
@@ -14,8 +14,9 @@ struct convert_options {
     bool as_json = false;
 };
 
-/// Writes the settings file, and what has no form in it on standard error, a line each; with
-/// `as_json` both in one object. The exit code is 1 if there is anything of that kind.
+/// Writes the settings file, and on standard error a line for each value that a settings file
+/// cannot represent; with `as_json`, both are in one object. The exit code is 1 if there is such a
+/// value.
 int run_convert(const convert_options& options, std::ostream& out, std::ostream& errors);
 
 }  // namespace tova_programs::cfg

@@ -22,7 +22,7 @@ std::string joined(const std::vector<std::string>& values) {
     return result;
 }
 
-// In a table of Markdown a "|" would begin a cell.
+// In a Markdown table, a "|" would begin a cell.
 std::string cell(const std::string& text) {
     std::string result;
     for (const char c : text)
@@ -105,7 +105,7 @@ void write_sample(std::ostream& out, const schema& declared) {
         }
 }
 
-// The words of a key are letters, digits and signs that the shell takes as they are, or the key is
+// Keys with characters other than letters, digits and signs that are not special in the shell are
 // left out.
 bool is_shell_word(const std::string& text) {
     return !text.empty() && text.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTU"
@@ -145,7 +145,7 @@ void write_bash(std::ostream& out, const schema& declared, const std::string& pr
         << program << '\n';
 }
 
-// The type that all values fit.
+// The narrowest type that fits all values.
 std::string guessed_type(const std::vector<std::string>& values) {
     for (const char* type : {"int", "double", "bool"}) {
         declared_key tried;

@@ -1,5 +1,5 @@
 /// @file
-/// `tova-cfg schema`: what comes from a declaration of keys.
+/// `tova-cfg schema`: documentation, a sample file or completions from a declaration of keys.
 #pragma once
 
 #include <ostream>
@@ -10,8 +10,8 @@ namespace tova_programs::cfg {
 struct schema_options {
     std::string file;
     std::string format = "markdown";  ///< markdown, json, cfg (a sample file), bash (completion)
-    std::string program = "program";  ///< whose completion it is
-    bool is_settings = false;         ///< the file has settings: write a schema that fits them
+    std::string program = "program";  ///< the program to complete
+    bool is_settings = false;         ///< the file is a settings file: write a schema that fits it
 };
 
 int run_schema(const schema_options& options, std::ostream& out);

@@ -53,7 +53,7 @@ std::string joined(const std::vector<std::string>& parts, const char* between) {
     return result;
 }
 
-// As the guide of configuration writes them: an empty string is "", an array [a, b].
+// In the notation of the configuration guide: an empty string is "", an array [a, b].
 std::string shown_value(const lookup& found) {
     if (found.is_inner_node)
         return "true";
@@ -200,7 +200,7 @@ std::string step_text(const lookup_step& step, const sources& all, const style& 
     }
 }
 
-// Why the step decides, in a sentence.
+// A sentence that says why the last step decides.
 std::string reason_for(const lookup& found, const sources& all) {
     const lookup_step& last = found.steps.back();
     if (last.result == lookup_step::cycle)

@@ -28,7 +28,8 @@ struct get_options {
     bool as_json = false;
 };
 
-/// The value of one key, an element a line for an array. The exit code is 1 if there is none.
+/// The value of one key; for an array, one element per line. The exit code is 1 if there is no
+/// value.
 int run_get(const get_options& options, std::ostream& out, std::ostream& errors);
 
 struct explain_options {

@@ -15,9 +15,9 @@
 #include <map>
 #include <utility>
 
-// Editors and tova-cfg itself replace a file instead of writing into it, so the folder is watched
-// and not the file. The file is read when a writer closes it, never while it writes. Where the
-// folder reports nothing, as some network file systems do, the file is looked at every second.
+// Editors and tova-cfg itself replace a file instead of writing to it, so the folder is watched and
+// not the file. The file is read after a writer closes it, never while it writes. Some network file
+// systems report no events, so the file is also read every second.
 
 namespace tova_programs::cfg {
 
@@ -74,7 +74,7 @@ public:
     watched_folder(const watched_folder&) = delete;
     watched_folder& operator=(const watched_folder&) = delete;
 
-    // Returns when something happened in the folder, or after a second.
+    // Returns when something happens in the folder, or after a second.
     void wait() const {
         pollfd ready = {m_descriptor, POLLIN, 0};
         if (::poll(&ready, 1, 1000) <= 0)

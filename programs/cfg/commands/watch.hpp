@@ -1,5 +1,5 @@
 /// @file
-/// `tova-cfg watch`: what changes when a file changes.
+/// `tova-cfg watch`: prints the settings that change in a file.
 #pragma once
 
 #include "support/terminal.hpp"
@@ -12,11 +12,11 @@ namespace tova_programs::cfg {
 
 struct watch_options {
     std::string file;
-    std::size_t count = 0;  ///< end after that many changes; 0: never
-    bool as_json = false;   ///< an object a line
+    std::size_t count = 0;  ///< exit after that many changes; 0: never
+    bool as_json = false;   ///< one object per line
 };
 
-/// Prints each setting that is added, removed or changed, until the program is ended. A file that
+/// Prints each setting that is added, removed or changed, until the program is stopped. A file that
 /// does not exist has no settings.
 int run_watch(const watch_options& options, std::ostream& out, const style& colors);
 

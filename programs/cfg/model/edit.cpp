@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-// Every change is made to the text, and then the new text is read again: its nodes must be the old
-// ones but for those of the key. So a change cannot damage an unusual file.
+// A change edits the bytes and then reads the result: all nodes but those of the key must be the
+// same as before. So a change cannot damage an unusual file.
 
 namespace tova_programs::cfg {
 
@@ -16,7 +16,7 @@ bool is_plain(char c) {
            static_cast<unsigned char>(c) > 127;
 }
 
-// Whether a text can be written without quotes. A slash is plain, but two of them are a comment.
+// Whether a value can be written without quotes. A slash is plain, but two of them are a comment.
 bool is_plain(const std::string& text) {
     return !text.empty() &&
            std::all_of(text.begin(), text.end(), [](char c) { return is_plain(c); }) &&
@@ -34,7 +34,7 @@ std::string written(const std::string& text, const char* what) {
     return (inside == 0 ? "" : '"' + text.substr(0, inside) + '"') + text.substr(inside);
 }
 
-// A part of a key. In a key, a colon or a sign may form an operation with the `=` after it.
+// A part of a key. In a key, a colon or a sign may form an operator with the `=` after it.
 std::string written_name(const std::string& name) {
     const bool is_simple = std::all_of(name.begin(), name.end(), [](char c) {
         return is_plain(c) && std::string_view(":+-/").find(c) == std::string_view::npos;
@@ -137,7 +137,7 @@ std::string added(const document& file, const std::string& key, const std::strin
     return text;
 }
 
-// Without the key and its elements.
+// The nodes except those of the key and its elements.
 node_map others(node_map nodes, const document& file, const std::string& key) {
     const std::string path = path_of(key);
     for (const stored_node& each : stored_nodes(file))

@@ -10,8 +10,8 @@
 #include <string_view>
 #include <utility>
 
-// Two readers that only look alike: they differ in whitespace, in what continues a value, in
-// headers and in comments, so each has a loop of its own. A test compares both with the originals.
+// The two readers only look alike: they differ in whitespace, in what continues a value, in headers
+// and in comments, so each has its own loop. A test compares both with the originals.
 
 namespace tova_programs::cfg {
 
@@ -19,8 +19,8 @@ namespace {
 
 // --- configparser ---
 
-// The length of the whitespace character at a position, 0 if there is none. To Python these are
-// whitespace: the ASCII controls 9 to 13 and 28 to 31, the space, and 17 other characters.
+// The length of the whitespace character at a position in bytes; 0 if there is none. In Python,
+// whitespace is the ASCII controls 9 to 13 and 28 to 31, the space, and 17 other characters.
 std::size_t space_at(std::string_view text, std::size_t at) {
     const unsigned char first = static_cast<unsigned char>(text[at]);
     if ((first >= 9 && first <= 13) || (first >= 28 && first <= 32))
@@ -38,7 +38,7 @@ std::size_t space_at(std::string_view text, std::size_t at) {
     return 0;
 }
 
-// The bytes of whitespace at the beginning.
+// The number of bytes of whitespace at the beginning.
 std::size_t leading_space(std::string_view text) {
     std::size_t at = 0;
     while (at < text.size() && space_at(text, at) != 0)
@@ -104,7 +104,7 @@ private:
             read_header(std::string(text.substr(1, bracket - 1)), number);
         else if (!m_has_section) {
             refuse(number, "a line before the first header");
-            m_has_ended = true;  // other errors do not end the reading
+            m_has_ended = true;  // reading goes on after other errors
         } else
             read_option(text, number);
     }
@@ -216,7 +216,7 @@ public:
     }
 
 private:
-    // A line, or a part of one that is too long.
+    // A line, or a part of a line that is too long.
     void read_line(std::string_view line, std::size_t number) {
         std::string_view text = without_space_before(without_space_after(line));
         if (text.empty() || text[0] == ';' || text[0] == '#')
@@ -288,7 +288,7 @@ std::string configparser_key(const std::string& name) {
     for (std::size_t at = 0; at < name.size();) {
         wchar_t character = 0;
         const std::size_t size = std::mbrtowc(&character, &name[at], name.size() - at, &in);
-        if (size == 0 || size > name.size() - at) {  // a NUL byte, or no UTF-8
+        if (size == 0 || size > name.size() - at) {  // a NUL byte, or not UTF-8
             result += name[at++];
             in = std::mbstate_t();
             continue;

@@ -1,10 +1,10 @@
 /// @file
-/// INI files, read as two widely used readers do.
+/// INI files, read as two widely used readers read them.
 ///
 ///     const ini_reading read = read_ini(ini_dialect::configparser, bytes);
 ///     for (const foreign_value& each : read.values) ...
 ///
-/// Nothing raises. A line that the reader refuses is listed, and reading goes on after it.
+/// Never fails. A line that the reader rejects is listed, and reading goes on after it.
 /// Functions without state.
 #pragma once
 
@@ -29,7 +29,7 @@ enum class ini_dialect {
 /// "configparser" or "inih".
 const char* name_of(ini_dialect dialect);
 
-/// A line that the reader refuses.
+/// A line that the reader rejects.
 struct ini_refusal {
     std::size_t line = 0;  ///< from 1
     std::string reason;

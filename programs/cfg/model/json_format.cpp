@@ -13,7 +13,7 @@ namespace {
 
 using nlohmann::ordered_json;
 
-// A string is its characters, any other value its JSON.
+// The characters of a string; any other value as JSON.
 std::string text_of(const ordered_json& value) {
     return value.is_string() ? value.get<std::string>() : value.dump();
 }

@@ -17,7 +17,7 @@ struct foreign_value {
     std::vector<std::string> path;  ///< names from the root, at least one
     std::vector<std::string> values;
     bool is_array = false;
-    std::string problem;   ///< why it has no form in a settings file; there are no values then
+    std::string problem;   ///< why a settings file cannot represent it; then there are no values
     std::size_t line = 0;  ///< of an INI file, from 1
 };
 

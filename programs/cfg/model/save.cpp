@@ -17,7 +17,7 @@ namespace tova_programs::cfg {
 
 namespace {
 
-// A file in a folder of its own, removed with it.
+// A file in its own folder. The destructor removes both.
 class temporary_file {
 public:
     temporary_file() {
@@ -40,8 +40,8 @@ private:
     std::string m_folder;
 };
 
-// The size of the save, but for quotes and numbers of elements: an entry is written under each
-// section whose name is as long as that of its parent.
+// The size of the saved file without quotes and the numbers of elements: an entry is written under
+// each section whose name is as long as that of its parent.
 std::size_t estimated_size(tova::config::file_item& item) {
     tova::config::config_node_list nodes;
     item.get_value_pair_array("", nodes, true);
@@ -68,7 +68,7 @@ std::size_t estimated_size(tova::config::file_item& item) {
 
 saved_file saved(const std::string& bytes, std::size_t limit) {
     const temporary_file file;
-    // Not write_file: nobody else sees this file, so it need not reach the disk.
+    // write_file would flush the file to disk, but no other program reads this one.
     std::ofstream out(file.name(), std::ios::binary);
     out << bytes;
     out.close();

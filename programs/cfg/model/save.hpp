@@ -1,5 +1,5 @@
 /// @file
-/// What a file is after a program has loaded and saved it.
+/// The content of a file after a program has loaded and saved it.
 #pragma once
 
 #include "cfg/scanner/document.hpp"
@@ -9,7 +9,7 @@
 namespace tova_programs::cfg {
 
 struct saved_file {
-    bool is_too_large = false;  ///< more than the limit; there is no text then
+    bool is_too_large = false;  ///< more than the limit; then there is no text
     std::size_t size = 0;       ///< in bytes; an estimate if it is too large
     std::string text;
 };

@@ -25,7 +25,7 @@ std::string lower_case(std::string text) {
     return text;
 }
 
-// The library reads numbers with a prefix for their base.
+// A number may have a prefix for its base, as in the library.
 bool is_whole_number(const std::string& text) {
     std::size_t at = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
     const std::string digits = lower_case(text.substr(at));

@@ -36,7 +36,7 @@ struct declared_key {
     std::string minimum;               ///< empty: none
     std::string maximum;
     std::string help;
-    std::string alias;  ///< the path of the key that it stands for, or empty
+    std::string alias;  ///< the path of its target if it is an alias, or empty
     std::string path;   ///< of the schema
     span bytes;         ///< its header
 };

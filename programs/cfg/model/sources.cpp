@@ -17,9 +17,9 @@
 #include <sstream>
 #include <utility>
 
-// Every source is an item of the library, loaded by the library. Beside it there is a map from the
-// path of each value to where it was set. For files the scanner knows that; for the command line a
-// second reading of the arguments does; a variable has its own name.
+// Every source is an item of the library, loaded by the library. A map beside it says where each
+// path was set. For a file, the scanner finds the places; for the command line, a second pass over
+// the arguments does; a variable is its own place.
 
 namespace tova_programs::cfg {
 
@@ -39,7 +39,7 @@ item_pointer held(const base_config_item& item) {
     return item_pointer(static_cast<base_config_item*>(item.clone()));
 }
 
-// Keeps what the library writes to standard output while it reads a command line.
+// Suppresses what the library writes to standard output while it reads a command line.
 class captured_output {
 public:
     captured_output() : m_before(std::cout.rdbuf(m_text.rdbuf())) {}
@@ -56,9 +56,9 @@ bool begins_option(const char* argument) {
     return argument[0] == '-' || argument[0] == '/';
 }
 
-// Follows the library's reading of a command line, but only as far as keys and the number of values
-// go. The tokens are the library's; the last one is kept from argument to argument, because a space
-// repeats its text.
+// Reads a command line as the library does, but only its keys and the number of its values. The
+// library makes the tokens. The last one is kept from argument to argument, because a space repeats
+// its text.
 class argument_reader {
 public:
     explicit argument_reader(const std::vector<const char*>& arguments)
@@ -77,7 +77,7 @@ public:
     }
 
 private:
-    // Contract: a separator at the end starts no further piece, of the path and of the name.
+    // Contract: a separator at the end of the path or of the name starts no further part.
     void read_name(std::string program) {
         add("application.name", 0);
         if (!program.empty() && program.back() == '/')
@@ -204,7 +204,7 @@ void add_places(source& filled) {
     }
 }
 
-// Fills in the texts of values that only have a place so far.
+// Adds the values to entries that only have a place so far.
 void complete_places(source& filled) {
     for (auto& known : filled.places) {
         const ustring8 key = key_with_path(known.first);
@@ -279,7 +279,7 @@ void sources::add_arguments(const source_options& options) {
         added.places[each.first].push_back({where, "", false});
     }
     m_argv.push_back(nullptr);
-    // Without the program's name, argument 0 is null. The library does not take that for the end.
+    // Without the program's name, argument 0 is null, which the library does not treat as the end.
     if (options.program.empty())
         m_argv[0] = nullptr;
     added.item =
@@ -391,7 +391,7 @@ lookup sources::find(const std::string& key) const {
             if (visited.count(step.text) == 0) {
                 result.steps.push_back(step);
                 current = step.text;
-                i = static_cast<std::size_t>(-1);  // from the first source again
+                i = static_cast<std::size_t>(-1);  // start again at the first source
                 continue;
             }
             step.result = lookup_step::cycle;
@@ -424,7 +424,7 @@ lookup_step sources::step_for(std::size_t source, const std::string& key,
     return step;
 }
 
-// What the last step found.
+// Stores what the last step found.
 void sources::set_value(lookup& result, const config_node& node) const {
     const lookup_step& last = result.steps.back();
     result.is_found = true;
@@ -444,8 +444,8 @@ void sources::set_value(lookup& result, const config_node& node) const {
         result.values.push_back(text_of(element.second));
 }
 
-// Whatever sets the same key and is not used: earlier values of the first source that has it, and
-// those of the sources after it.
+// Adds the values of the same key that are not used: earlier values of the first source that has
+// it, and those of the sources after it.
 void sources::add_shadowed(lookup& result, const std::string& path) const {
     const auto first =
         std::find_if(result.steps.begin(), result.steps.end(),

@@ -23,7 +23,7 @@
 namespace tova_programs::cfg {
 
 struct source_options {
-    std::vector<std::string> files;      ///< one, or the list of a module, strongest first
+    std::vector<std::string> files;      ///< in order of priority
     std::vector<std::string> arguments;  ///< without the program's name
     std::string program;                 ///< its name, or empty
     bool uses_environment = false;
@@ -57,7 +57,7 @@ struct source {
     std::map<std::string, std::vector<placed_value>> places;  ///< by path
 };
 
-/// One step of a lookup: what a source has for a key.
+/// One step of a lookup: the result of one source for one key.
 struct lookup_step {
     enum result_t { absent, inner_node, array, alias, value, cycle };
     std::size_t source = 0;

@@ -13,7 +13,7 @@ namespace tova_programs::cfg {
 
 namespace {
 
-// A string is its characters, any other value as TOML writes it.
+// The characters of a string; any other value as TOML.
 std::string text_of(const toml::node& value) {
     if (const auto* const text = value.as_string())
         return text->get();
@@ -24,7 +24,7 @@ std::string text_of(const toml::node& value) {
 
 void read_table(const toml::table& table, const std::vector<std::string>& path,
                 std::vector<foreign_value>& result) {
-    // The library sorts names; the file's order is that of the places.
+    // The library sorts names, so the order of the file is restored from the positions.
     std::vector<std::pair<std::string, const toml::node*>> members;
     for (const auto& each : table)
         members.emplace_back(std::string(each.first.str()), &each.second);

@@ -1,12 +1,12 @@
 /// @file
-/// A settings file, read as the library's loader reads it, with the place of everything in it.
+/// A settings file, read as the library's loader reads it, with the position of everything in it.
 ///
 ///     const document file("app.cfg", read_file("app.cfg"));
 ///     for (const entry& each : file.entries())
 ///         if (each.is_stored) ...  // each.key, each.values, each.bytes
 ///
-/// No file is invalid, so a document has no errors: it says what the loader stores, and where each
-/// piece comes from. A document is constant once it is made, so threads may share it.
+/// Every file is valid, so a document has no errors: it says what the loader stores, and where each
+/// piece comes from. A document never changes, so threads may share it.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +25,8 @@ struct span {
     std::size_t size() const { return end - begin; }
 };
 
-/// What the loader distinguishes. Letters, digits and most signs are one kind: it only copies them.
+/// The kinds of tokens that the loader distinguishes. Letters, digits and most signs are one kind,
+/// because it only copies them.
 enum class token_kind : std::uint8_t {
     text,
     string,         ///< in double quotes
@@ -57,7 +58,7 @@ struct value_piece {
 };
 
 struct section {
-    std::string name;        ///< as the header has it, without spaces; empty for the top level
+    std::string name;        ///< as in the header, without spaces; empty for the top level
     span bytes;              ///< from `[` to `]`; empty for the beginning of the file
     bool is_closed = true;   ///< false if the file ends before the `]`
     std::size_t end = 0;     ///< after the line of the header or of its last entry
@@ -120,7 +121,7 @@ private:
 /// and only if their paths are: "A/b." and "a.b" are, "a.b.." is "a.b" and an empty name.
 std::string path_of(std::string_view key);
 
-/// A key with that path, which differs from it where the last name is empty.
+/// A key with that path. It differs from the path if the last name is empty.
 std::string key_with_path(const std::string& path);
 
 /// The path of an element of the array that an entry stores.

@@ -13,14 +13,15 @@
 
 namespace cfg_test {
 
-// All nodes as one text. The names are in the order of the tree, so equal trees have equal texts.
+// All nodes as one string. The names are in the order of the tree, so equal trees give equal
+// strings.
 inline std::string described(tova::config::config_tree& tree) {
     std::ostringstream out;
     tree.dump(out, 0);
     return out.str();
 }
 
-// What the scanner says about the bytes must fit together: tokens follow one another without a gap,
+// Checks that the results of the scanner are consistent: tokens follow one another without a gap,
 // and each entry is inside its file.
 inline std::string wrong_place(const tova_programs::cfg::document& file) {
     std::size_t at = 0;

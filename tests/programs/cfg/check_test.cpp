@@ -47,8 +47,7 @@ outcome checked(const check_command& command) {
     return {code, out.str(), errors.str()};
 }
 
-// A file with its schema and the reader it was written for, if there are files of that name beside
-// it.
+// A file with its schema and the reader that it was written for, if there are such files beside it.
 check_command command_for(const std::string& name) {
     check_command command;
     command.check.files = {name + ".cfg"};
@@ -81,8 +80,7 @@ TEST(CfgRules, EachHaveAFaultyExampleThatIsFoundAndACleanOneThatIsNot) {
         EXPECT_EQ(read_bytes(folder + "/expected.txt"), faulty.output);
         EXPECT_NE(std::string::npos, faulty.output.find("[" + std::string(each.id) + "]"));
         EXPECT_EQ(exit_findings, faulty.code);
-        // What a clean file must not have are findings of this rule, and of any other but those
-        // about saves.
+        // A clean file has no findings of this rule, and of the others only notes.
         const outcome clean = checked(command_for("clean"));
         EXPECT_EQ(std::string::npos, clean.output.find("[" + std::string(each.id) + "]"));
         EXPECT_EQ(std::string::npos, clean.output.find("error")) << clean.output;
@@ -105,7 +103,7 @@ TEST(CfgRules, ExplainThemselves) {
     EXPECT_EQ(exit_usage, checked(command).code);
 }
 
-// A fix is certain, so nothing that could be fixed is left after at most a few rounds, and the
+// Every fix is certain: after at most three rounds nothing is left that could be fixed, and the
 // fixed file has no finding that it did not have before.
 TEST(CfgFixes, LeaveNothingThatCouldBeFixed) {
     std::size_t fixed = 0;
@@ -283,7 +281,7 @@ TEST(CfgCheck, ReportsInEveryForm) {
     EXPECT_EQ(exit_clean, checked(command).code);
 }
 
-// A check of any bytes ends, and its places are inside the file.
+// A check of any bytes ends, and its findings are inside the file.
 TEST(CfgCheck, TakesAnyPieceOfAFile) {
     std::string all;
     for (const auto& entry : fs::directory_iterator(rule_folder))

@@ -36,8 +36,8 @@ namespace {
 
 const std::string data = TOVA_TEST_DATA "/programs/cfg";
 
-// The command lines run in the folder of sample files; the expected output of each is
-// commands/NAME.txt, with the exit code in its last line.
+// The commands run in the folder of the sample files. The expected output of each is in
+// commands/NAME.txt, with the exit code on the last line.
 const struct {
     const char* name;
     const char* arguments;
@@ -170,7 +170,7 @@ TEST(CfgCommands, NameAVariableThatDiffersFromTheKeyInItsUnderscores) {
               explained("SMTP_HOST=b", "smtp_host").find("=> b, from variable SMTP_HOST."));
 }
 
-// Whatever a file has, a change of one key leaves all others as they are, and reading it back finds
+// In any file, a change of one key leaves all others as they are, and reading the file back finds
 // the value.
 TEST(CfgEdit, ChangesOneKeyAndNothingElse) {
     const std::vector<std::string> pieces = {
@@ -258,7 +258,7 @@ TEST(CfgEdit, RefusesANewKeyThatBeginsAnotherOneOrTheOtherWayRound) {
         EXPECT_THROW(with_value(file, key, {"1"}, false), edit_error) << key;
     for (const char* key : {"u", "s.x", "s.t.d", "ab", "s.bc", "a"})
         EXPECT_NO_THROW(with_value(file, key, {"1"}, false)) << key;
-    // A file that has both is not made worse.
+    // In a file that already has both, the value can be changed.
     EXPECT_EQ("a = 3\na.b = 2\n", with_value(document("f", "a = 1\na.b = 2\n"), "a", {"3"}, false));
 }
 
@@ -278,8 +278,8 @@ TEST(CfgEdit, ReplacesTheFileAndKeepsItsPermissions) {
     EXPECT_EQ("a = 1\n", read_bytes(folder.path("n.cfg")));
 }
 
-// What Python's configparser reads is in the converted file, value by value, or in the list of what
-// has no form there.
+// Each value that Python's configparser reads is in the converted file, or in the list of values
+// that a settings file cannot represent.
 TEST(CfgConvert, KeepsEveryValueThatConfigparserReads) {
     const temporary_directory folder;
     random_source random(13);
@@ -356,7 +356,7 @@ for path in open(sys.argv[1]).read().split():
 TEST(CfgWatch, PrintsWhatChanges) {
     const temporary_directory folder;
     const std::string path = folder.write("f.cfg", "a = 1\n[s]\nb = 2\n");
-    // The changes come one by one, each after the last one was printed.
+    // Each change is made after the one before it is printed.
     const std::string script = TOVA_CFG " watch --count 3 " + path + " > " + folder.path("out") +
                                " & pid=$!; "
                                "lines() { for i in $(seq 100); do [ $(wc -l < " +
@@ -373,7 +373,7 @@ TEST(CfgWatch, PrintsWhatChanges) {
               read_bytes(folder.path("out")));
 }
 
-// What comes from a schema fits it.
+// The sample file and the completions fit the schema that they are made from.
 TEST(CfgSchema, MakesASampleThatItAcceptsAndACompletionThatBashRuns) {
     const temporary_directory folder;
     const std::string declared = data + "/sample/app.schema.cfg";
@@ -491,7 +491,7 @@ TEST(CfgSources, FindWhatAManagerFinds) {
     }
 }
 
-// An alias leads to what a manager with the same alias finds, whatever it leads to.
+// An alias finds what a manager with the same alias finds, whatever its target is.
 TEST(CfgSources, FollowAliasesAsAManagerDoes) {
     const temporary_directory folder;
     const std::string path = folder.write("f.cfg", "a = 1\n[b]\nx = 2\n");

@@ -23,10 +23,10 @@
 #include <utility>
 #include <vector>
 
-// Settings files against the INI files of two readers, which have most of the grammar in common:
-// Python's configparser and the C library inih. The readers themselves run here. What tova-cfg
-// knows about them is compared with what they do, for files of the guide's table, generated files,
-// files written for this test, and whatever the machine has.
+// Compares settings files with INI files as two readers read them, Python's configparser and the C
+// library inih. These tests run both readers and compare their results with what tova-cfg expects
+// of them: for the files in the guide's table, generated files, files written for this test, and
+// INI files of the machine.
 
 using namespace tova_programs;
 using namespace tova_programs::cfg;
@@ -40,7 +40,7 @@ namespace fs = std::filesystem;
 
 using section_and_key = std::pair<std::string, std::string>;
 
-// What a reader really makes of a file.
+// What a reader actually reads in a file.
 struct reading {
     bool is_refused = false;
     bool is_refused_if_strict = false;
@@ -84,8 +84,8 @@ std::vector<reading> read_by_configparser(const std::vector<std::string>& texts)
     return result;
 }
 
-// The bytes of a file, and the line that inih works on. A handler is called for an entry, and again
-// for each line that continues it: then the value is the line, and the key is not in it.
+// The bytes of a file, and the line that inih reads. inih calls the handler for an entry, and again
+// for each line that continues it; then the value is the line, which does not contain the key.
 struct inih_input {
     std::string_view rest;
     const char* line = nullptr;
@@ -138,7 +138,7 @@ std::vector<reading> read_by(ini_dialect dialect, const std::vector<std::string>
     return result;
 }
 
-// What tova-cfg says that the reader makes of a file.
+// What the reader reads in a file, according to tova-cfg.
 reading predicted(ini_dialect dialect, const std::string& text) {
     const ini_reading read = read_ini(dialect, text);
     reading result;
@@ -155,7 +155,7 @@ reading predicted(ini_dialect dialect, const std::string& text) {
     return result;
 }
 
-// What the library makes of it: each key with its value, or the elements of an array.
+// What the library reads in it: each key with its value, or the elements of an array.
 std::map<std::string, std::string> read_here(const document& file) {
     std::map<std::string, std::string> result;
     for (const entry& each : file.entries()) {
@@ -182,7 +182,7 @@ std::string spelled(const section_and_key& key) {
     return key.first.empty() ? key.second : key.first + '.' + key.second;
 }
 
-// The keys that the reader and the library do not agree on.
+// The keys that the reader and the library read differently.
 std::set<std::string> different_keys(const document& file, const reading& there) {
     const std::map<std::string, std::string> here = read_here(file);
     std::set<std::string> result;
@@ -204,13 +204,13 @@ std::set<std::string> different_keys(const document& file, const reading& there)
     return result;
 }
 
-// Whether a finding is about what the reader does not accept.
+// Whether a finding is about a line that the reader rejects.
 bool is_refusal(const finding& found) {
     return found.text.find("refuses the file") != std::string::npos ||
            found.text.find("reports an error") != std::string::npos;
 }
 
-// Compares what tova-cfg knows about a file with what the reader really does. Returns the number of
+// Compares what tova-cfg expects of the reader with what it actually reads. Returns the number of
 // keys that differ.
 std::size_t compare(ini_dialect dialect, const std::string& text, const reading& real) {
     SCOPED_TRACE(std::string(name_of(dialect)) + ": " + text);
@@ -296,7 +296,7 @@ std::string file_of(const std::string& cell) {
     return (has_beginning ? "" : "[s]\n") + text;
 }
 
-// The rules that find something, whatever reader the file was written for.
+// The rules that find something without --written-for.
 std::string rules_in(const document& file) {
     std::set<std::string> rules;
     for (const finding& each : lint(file, schema()))
@@ -394,7 +394,7 @@ TEST(CfgOtherReaders, AreKnownExactlyInGeneratedFiles) {
                                        "// note\n",
                                        "ii = */ 1\n",
                                        "jj"};
-    // Longer than what inih reads in one piece.
+    // Longer than the lines that inih reads in one piece.
     pieces.push_back(std::string(60, 'f') + " = 1\n");
     pieces.push_back("g = " + std::string(230, 'g') + " h = i\n");
     pieces.push_back('[' + std::string(55, 's') + "]\n");
@@ -419,7 +419,7 @@ TEST(CfgOtherReaders, AreKnownExactlyInGeneratedFiles) {
     EXPECT_GT(compare_all(texts), 3000u);
 }
 
-// Excerpts in the manner of what programs ship, with the findings that check has in them.
+// Files like those that programs ship, with the findings of check.
 TEST(CfgOtherReaders, AreKnownExactlyInFilesOfManyKinds) {
     const std::string folder = TOVA_TEST_DATA "/programs/cfg/written_for";
     std::vector<std::string> names;
@@ -447,7 +447,7 @@ TEST(CfgOtherReaders, AreKnownExactlyInFilesOfManyKinds) {
     }
 }
 
-// Whatever is installed here: on a machine without such files nothing is compared.
+// Compares the INI files that are installed. On a machine without such files it compares nothing.
 TEST(CfgOtherReaders, AreKnownExactlyInTheFilesOfThisMachine) {
     std::vector<std::string> paths;
     for (const char* folder : {"/etc", "/usr/share", "/usr/lib"}) {
@@ -469,7 +469,7 @@ TEST(CfgOtherReaders, AreKnownExactlyInTheFilesOfThisMachine) {
     for (const std::string& path : paths) {
         std::ifstream in(path, std::ios::binary);
         std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-        // configparser does not decode what is no UTF-8, and inih ends a line at a NUL byte.
+        // configparser cannot decode bytes that are not UTF-8, and inih ends a line at a NUL byte.
         const std::vector<finding> found = lint(document(path, text), schema());
         if (text.find('=') != std::string::npos && texts.size() < 700 &&
             std::none_of(found.begin(), found.end(), [](const finding& each) {

@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-// What tova-cfg has in common for all its commands: help, man page and completions, JSON, the forms
+// What all commands of tova-cfg have in common: help, man page and completions, JSON, the formats
 // of findings, colors, progress and exit codes.
 
 using namespace tova_programs;
@@ -42,8 +42,8 @@ struct described {
     std::string text;
 };
 
-// What follows "Positionals:" and "Options:". A description begins in column 31, in the line of its
-// option or in the next one.
+// The entries after "Positionals:" and "Options:". A description begins in column 31, on the line
+// of its option or on the next one.
 std::vector<described> described_in(const std::string& help) {
     const std::size_t column = 30;
     std::vector<described> result;
@@ -64,7 +64,7 @@ std::vector<described> described_in(const std::string& help) {
     return result;
 }
 
-// The words of an option's or argument's name: "--schema", "-s"; "FILE".
+// The names of an option or argument: "--schema" and "-s", or "FILE".
 std::vector<std::string> names_in(const std::string& name) {
     const std::string words = name.substr(0, name.find(' '));
     if (words[0] != '-')
@@ -106,8 +106,7 @@ public:
         if (m_master < 0 || grantpt(m_master) != 0 || unlockpt(m_master) != 0)
             return;
         m_name = ptsname(m_master);
-        m_slave =
-            open(m_name.c_str(), O_RDWR | O_NOCTTY);  // what is written stays until it is read
+        m_slave = open(m_name.c_str(), O_RDWR | O_NOCTTY);  // keeps the output until it is read
     }
     ~terminal() {
         close(m_slave);
@@ -119,8 +118,8 @@ public:
     bool exists() const { return m_slave >= 0; }
     const std::string& name() const { return m_name; }
 
-    // What was written since the last call. The end is marked, because the bytes need time to
-    // arrive.
+    // What was written since the last call. A mark is written at the end, because the bytes need
+    // time to arrive.
     std::string written() const {
         const char end = '\x1e';
         if (write(m_slave, &end, 1) != 1)
@@ -228,7 +227,7 @@ TEST(CfgProgram, CompletesInTheShellsThatAreInstalled) {
     EXPECT_EQ("configparser\n", completed_by_fish("tova-cfg check --written-for con"));
 }
 
-// Whatever the outcome is, with --json standard output is JSON and nothing else.
+// With --json, standard output is only JSON, on success and on failure.
 TEST(CfgProgram, WritesJsonForEveryCommand) {
     const temporary_directory folder;
     const std::string file = folder.write("f.cfg", "[s]\na = 1\n");
@@ -271,7 +270,7 @@ TEST(CfgProgram, WritesJsonForEveryCommand) {
             EXPECT_TRUE(parsed.contains(c.member)) << output;
     }
     EXPECT_EQ("[s]\n", test_support::read_bytes(file));
-    // watch writes an object for each change, in a line.
+    // watch writes one object per change, each on a line.
     const std::string watched = run_program("(sleep 0.3; " TOVA_CFG " set " + file + " s.c 4) & " +
                                             TOVA_CFG " watch --count 1 --json " + file)
                                     .output;

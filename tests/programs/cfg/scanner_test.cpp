@@ -14,7 +14,7 @@ using test_support::temporary_directory;
 
 namespace {
 
-// Pieces of which random files are made: valid ones, and what authors get wrong.
+// The pieces of random files: common ones, and frequent mistakes.
 const std::vector<std::string> pieces = {"a",
                                          "B",
                                          "key",
@@ -96,7 +96,7 @@ std::string assembled(random_source& random) {
     return text;
 }
 
-// A valid file after a few changes: a byte or a piece more, less or elsewhere.
+// A common file after a few changes: a byte or a piece is added, removed or moved.
 std::string changed(random_source& random) {
     std::string text = valid;
     for (std::size_t count = 1 + below(random, 4); count != 0 && !text.empty(); --count) {
