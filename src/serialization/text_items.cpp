@@ -2,7 +2,6 @@
 
 #include "generic/convert/decimal_digits.hpp"
 
-#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
@@ -11,13 +10,6 @@ namespace serialization {
 namespace detail {
 
 namespace {
-
-// Contract: the message is that of `std::string::substr`. It is published, so it is written out
-// here and doesn't depend on the installed standard library.
-[[noreturn]] void raise_position(std::size_t position, std::size_t size) {
-    throw std::out_of_range("basic_string::substr: __pos (which is " + std::to_string(position) +
-                            ") > this->size() (which is " + std::to_string(size) + ")");
-}
 
 inline void require_position(std::size_t position, std::size_t size) {
     if (position > size)
@@ -42,6 +34,13 @@ const char* find_separator(const char* from, const char* end) {
 
 }  // namespace
 
+// Contract: the message is that of `std::string::substr`. It is published, so it is written out
+// here and doesn't depend on the installed standard library.
+void raise_position(std::size_t position, std::size_t size) {
+    throw std::out_of_range("basic_string::substr: __pos (which is " + std::to_string(position) +
+                            ") > this->size() (which is " + std::to_string(size) + ")");
+}
+
 byte_run next_field(const byte_run& content, std::size_t& position) {
     const std::size_t start = position;
     if (start == std::string::npos)
@@ -62,21 +61,12 @@ byte_run next_field(const byte_run& content, std::size_t& position) {
     return byte_run{content.begin + start, next - start};
 }
 
-byte_run next_bytes(const byte_run& content, std::size_t& position, int length) {
-    const std::size_t start = position;
-    const auto wanted = static_cast<std::size_t>(length);
-    position = start + wanted + 1;
-    if (length == 0)
-        return byte_run{content.begin, 0};
-    require_position(start, content.length);
-    return byte_run{content.begin + start, std::min(wanted, content.length - start)};
-}
-
 byte_run next_string(const byte_run& content, std::size_t& position) {
     if (position == std::string::npos)
         return byte_run{content.begin, 0};
-    const int length =
-        as_integer<int>(next_field(content, position), generic::convert::str_to_int32);
+    int length;
+    if (!take_short_integer(content, position, length))
+        length = as_integer<int>(next_field(content, position), generic::convert::str_to_int32);
     return next_bytes(content, position, length);
 }
 

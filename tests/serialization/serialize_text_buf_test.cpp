@@ -1,5 +1,6 @@
 #include <tova/serialization/serialize_text_buf.hpp>
 
+#include <tova/generic/convert/str_to_x.hpp>
 #include <tova/serialization/serialize_binary_buf.hpp>
 
 #include "serialization/buffer_checks.hpp"
@@ -19,6 +20,7 @@ using test_support::bytes;
 using tova::serialization::serialize_binary_buf;
 using tova::serialization::serialize_buffer;
 using tova::serialization::serialize_text_buf;
+using tova::types::radix_t;
 
 void expect_beyond(const std::string& position, const std::string& size,
                    const std::function<void()>& read) {
@@ -470,6 +472,74 @@ TEST(SerializeTextBufFields, EndAtTheFirstSeparator) {
                 ASSERT_EQ(7, buffer.read_int32());
                 ASSERT_TRUE(buffer.at_end());
             }
+}
+
+// Reads the field and compares with the parser of the type. `rest` follows the separator: it is
+// empty or begins with the number 7.
+template <typename Number>
+void expect_parsed(const std::string& field, const std::string& rest,
+                   Number (serialize_text_buf::*read)() const,
+                   Number (*parse)(const char*, unsigned long, radix_t::base, bool)) {
+    const serialize_text_buf buffer(field + '\x01' + rest);
+    const Number expected =
+        field.empty() ? Number(0) : parse(field.data(), field.size(), radix_t::detect, false);
+    ASSERT_EQ(expected, (buffer.*read)());
+    ASSERT_EQ(rest.empty(), buffer.at_end());
+    if (!rest.empty()) {
+        ASSERT_EQ(7, buffer.read_int32());
+    }
+}
+
+void expect_parsed_by_every_type(const std::string& field, const std::string& rest) {
+    namespace convert = tova::generic::convert;
+    typedef serialize_text_buf buffer;
+    SCOPED_TRACE(field + " and " + std::to_string(rest.size()) + " bytes");
+    expect_parsed<signed char>(field, rest, &buffer::read_int8, convert::str_to_int8);
+    expect_parsed<short>(field, rest, &buffer::read_int16, convert::str_to_int16);
+    expect_parsed<int>(field, rest, &buffer::read_int32, convert::str_to_int32);
+    expect_parsed<long>(field, rest, &buffer::read_int64, convert::str_to_int64);
+    expect_parsed<unsigned char>(field, rest, &buffer::read_uint8, convert::str_to_uint8);
+    expect_parsed<unsigned short>(field, rest, &buffer::read_uint16, convert::str_to_uint16);
+    expect_parsed<unsigned int>(field, rest, &buffer::read_uint32, convert::str_to_uint32);
+    expect_parsed<unsigned long>(field, rest, &buffer::read_uint64, convert::str_to_uint64);
+}
+
+// Numbers of up to 22 digits, and the same with another byte in each position. They end the
+// content, or more or fewer than eight bytes follow.
+TEST(SerializeTextBufFields, AreParsedAlikeWhateverFollows) {
+    const std::string numbers[] = {"1234567890123456789012", "9999999999999999999999",
+                                   "2147483648000000000000", "6553512832767255000000",
+                                   "1844674407370955161600", "0000000000000000000000"};
+    const std::string rests[] = {"", bytes("7\001"), bytes("7\001") + std::string(40, '1')};
+    for (const std::string& number : numbers)
+        for (const char* sign : {"", "-", "+", "--"})
+            for (std::size_t length = 0; length <= number.size(); ++length)
+                for (const std::string& rest : rests) {
+                    const std::string field = sign + number.substr(0, length);
+                    expect_parsed_by_every_type(field, rest);
+                    for (const char other : {'0', 'a', ' ', '-', '\0', '\x02', '\x81', '\xb1'})
+                        for (std::size_t i = 0; i < field.size(); i += 1 + i / 4) {
+                            std::string changed = field;
+                            changed[i] = other;
+                            expect_parsed_by_every_type(changed, rest);
+                        }
+                }
+}
+
+// Every value is also written where the content has no room for it and grows.
+TEST(SerializeTextBufItems, AreAppendedToContentOfAnyLength) {
+    for (std::size_t before = 0; before != 200; ++before) {
+        serialize_text_buf buffer{std::string(before, 'x')};
+        buffer.append_int64(std::numeric_limits<long>::min());
+        buffer.append_uint8(0);
+        buffer.append_double(-1.23457e-300, 6);
+        buffer.append_double(0, 6);
+        buffer.append_float(0.5f, 6);
+        buffer.append_string("four");
+        ASSERT_EQ(std::string(before, 'x') + "-9223372036854775808\x01" + "0\x01" +
+                      "-1.23457e-300\x01" + "0\x01" + "0.5\x01" + "4\x01" + "four\x01",
+                  buffer.as_str());
+    }
 }
 
 TEST(SerializeTextBufStrings, KeepTheirBytesWhateverTheirLength) {
