@@ -123,6 +123,13 @@ public:
         return add("floor", [expected] { return result(**expected); });
     }
 
+    /// The floor of other work: `work` is called with our result and returns an equal one.
+    template <typename Work>
+    cell& floor_is(const Work& work) {
+        const result* const* const expected = &m_shared->made;
+        return add("floor", [expected, work] { return work(**expected); });
+    }
+
     /// The floor of work on `count` values that each need one call: as many calls.
     cell& floor_is_calls(int count) {
         const result* const* const expected = &m_shared->made;

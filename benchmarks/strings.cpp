@@ -6,6 +6,7 @@
 #include <tova/strings/split.hpp>
 
 #include "cell.hpp"
+#include "reading.hpp"
 
 #include <random>
 #include <string>
@@ -49,8 +50,12 @@ void add_case(const std::string& name, std::size_t size) {
 
     cell lower("to_lower/" + name, [text] { return to_lower(*text); });
     cell upper("to_upper/" + name, [text] { return to_upper(*text); });
-    lower.floor_is_a_copy();
-    upper.floor_is_a_copy();
+    const auto floor = [text](const ustring8& mapped) {
+        bench_support::read_all(*text);
+        return ustring8(mapped);
+    };
+    lower.floor_is(floor);
+    upper.floor_is(floor);
 #ifdef HAVE_ABSL
     lower.add("abseil", [text] { return absl::AsciiStrToLower(*text); });
     upper.add("abseil", [text] { return absl::AsciiStrToUpper(*text); });

@@ -1,17 +1,22 @@
 // The six conversions between the three widths: strings of several kinds and sizes, each to a new
 // string of the library's own type.
 //
+// The floor of a conversion reads its source and copies the finished result.
+//
 // A string has as many bytes as its name says, in the width of its source, or a few less: it ends
 // with a whole character.
 #include <tova/strings/unicode.hpp>
 
 #include "cell.hpp"
+#include "reading.hpp"
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <type_traits>
 
 #ifdef HAVE_ICU
 #include <unicode/unistr.h>
@@ -172,17 +177,40 @@ QString qt_from_utf32(const std::u32string& text) {
 }
 #endif
 
-template <typename Ours>
+// `utf32_to_utf8` promises a capacity of two bytes for each unit of the source.
+template <typename Text, typename Result>
+constexpr bool operation_reserves() {
+    return std::is_same<Text, strings::ustring32>::value &&
+           std::is_same<Result, strings::ustring8>::value;
+}
+
+template <typename Result>
+Result reserved_copy(const Result& text, std::size_t capacity) {
+    Result copy;
+    copy.reserve(std::max(capacity, text.size()));
+    copy.append(text);
+    return copy;
+}
+
+template <typename Text, typename Ours>
 cell<Ours> begin(const std::string& operation, const std::string& text, source* from,
-                 const Ours& ours) {
+                 Text source::*units, const Ours& ours) {
+    typedef typename cell<Ours>::result result;
     cell<Ours> made(operation + "/" + text, ours, [from] { from->fill(); });
-    made.floor_is_a_copy();
+    made.floor_is([from, units](const result& converted) {
+        bench_support::read_all(from->*units);
+        if (operation_reserves<Text, result>())
+            return reserved_copy(converted, 2 * (from->*units).size());
+        return result(converted);
+    });
     return made;
 }
 
 void add_from_utf8(const std::string& name, source* from) {
-    auto to_16 = begin("utf8_to_utf16", name, from, [from] { return utf8_to_utf16(from->utf8); });
-    auto to_32 = begin("utf8_to_utf32", name, from, [from] { return utf8_to_utf32(from->utf8); });
+    auto to_16 = begin("utf8_to_utf16", name, from, &source::utf8,
+                       [from] { return utf8_to_utf16(from->utf8); });
+    auto to_32 = begin("utf8_to_utf32", name, from, &source::utf8,
+                       [from] { return utf8_to_utf32(from->utf8); });
     static const open_iconv iconv_16("UTF-16LE", "UTF-8"), iconv_32("UTF-32LE", "UTF-8");
     to_16.add("iconv",
               [from] { return iconv_16.convert<std::u16string>(from->utf8, from->utf8.size()); });
@@ -203,9 +231,10 @@ void add_from_utf8(const std::string& name, source* from) {
 }
 
 void add_from_utf16(const std::string& name, source* from) {
-    auto to_8 = begin("utf16_to_utf8", name, from, [from] { return utf16_to_utf8(from->utf16); });
-    auto to_32 =
-        begin("utf16_to_utf32", name, from, [from] { return utf16_to_utf32(from->utf16); });
+    auto to_8 = begin("utf16_to_utf8", name, from, &source::utf16,
+                      [from] { return utf16_to_utf8(from->utf16); });
+    auto to_32 = begin("utf16_to_utf32", name, from, &source::utf16,
+                       [from] { return utf16_to_utf32(from->utf16); });
     static const open_iconv iconv_8("UTF-8", "UTF-16LE"), iconv_32("UTF-32LE", "UTF-16LE");
     to_8.add("iconv",
              [from] { return iconv_8.convert<std::string>(from->u16, 3 * from->u16.size()); });
@@ -227,9 +256,10 @@ void add_from_utf16(const std::string& name, source* from) {
 
 // Our pairs are not those of UTF-16, so the results to 16 bits agree in their length only.
 void add_from_utf32(const std::string& name, source* from) {
-    auto to_8 = begin("utf32_to_utf8", name, from, [from] { return utf32_to_utf8(from->utf32); });
-    auto to_16 =
-        begin("utf32_to_utf16", name, from, [from] { return utf32_to_utf16(from->utf32); });
+    auto to_8 = begin("utf32_to_utf8", name, from, &source::utf32,
+                      [from] { return utf32_to_utf8(from->utf32); });
+    auto to_16 = begin("utf32_to_utf16", name, from, &source::utf32,
+                       [from] { return utf32_to_utf16(from->utf32); });
     static const open_iconv iconv_8("UTF-8", "UTF-32LE"), iconv_16("UTF-16LE", "UTF-32LE");
     to_8.add("iconv",
              [from] { return iconv_8.convert<std::string>(from->u32, 4 * from->u32.size()); });
