@@ -13,8 +13,8 @@
 //   UTF-32   UTF-8                     "-1", or dropped
 //   UTF-32   UTF-16                    "-1"
 //
-// A short source is converted on the stack. For a longer one, a kernel first measures the result,
-// so the string is allocated once, in its exact size, and filled in place.
+// A kernel measures the result, so the string is allocated once, in its exact size, and filled in
+// place. A long source that begins with ASCII is probably ASCII throughout; it is read only once.
 //
 // What is valid is decided in utf8.hpp and utf16.hpp, and only by structure: a lead byte with its
 // continuations, a high surrogate with its low one. Overlong forms, encoded surrogates and values
@@ -27,13 +27,14 @@
 #include <tova/strings/unicode.hpp>
 
 #include "debug/assertion.hpp"
+#include "strings/ascii_run.hpp"
 #include "strings/unfilled.hpp"
 #include "strings/unicode_kernels.hpp"
 #include "strings/utf16.hpp"
 #include "strings/utf8.hpp"
 
 #include <algorithm>
-#include <cstring>
+#include <cstdint>
 
 namespace TOVA_2_18 {
 namespace strings {
@@ -56,85 +57,116 @@ unsigned int fail(unsigned long& advance) {
     return '?';
 }
 
-// The number of units in a buffer of 512 bytes on the stack.
-template <typename Unit>
-constexpr std::size_t local_units() {
-    return 512 / sizeof(Unit);
-}
-
-// The kernels of one conversion.
-template <typename Source, typename Target>
-struct steps {
-    kernels::measure<Source>* measure;
-    kernels::convert<Source, Target>* convert;
-    kernels::convert_simple<Source, Target>* simple;
-};
-
-// Converts the source and appends it to `text`, which already has the units before it. The result
-// has the exact size.
-template <typename Source, typename Result>
-kernels::progress append_measured(const Source* source, std::size_t size, Result& text,
-                                  const steps<Source, typename Result::value_type>& by,
-                                  std::size_t least_capacity) {
+// Makes a string with the exact size of the result and converts the source into it.
+template <typename Result, typename Source>
+Result convert_measured(const Source* source, std::size_t size, std::size_t least_capacity,
+                        const kernels::conversion<Source, typename Result::value_type>& by,
+                        kernels::progress& done) {
+    typedef typename Result::value_type unit;
     const std::size_t room = by.measure(source, size);
-    text.reserve(std::max(least_capacity, text.size() + room));
-    kernels::progress done = {0, 0};
-    detail::append_unfilled(text, room, [&](typename Result::value_type* to) {
-        done = by.convert(source, size, to, room);
+    Result text;
+    if (least_capacity > room)
+        text.reserve(least_capacity);
+    detail::append_unfilled(text, room, [&](unit* to) {
+        // With as many units as the source has, most likely all of them are simple.
+        std::size_t simple = 0;
+        if (room == size && (simple = by.simple(source, size, to)) == size)
+            done = {size, size};
+        else
+            done = by.convert(source, size, to, room);
         return done.written;
     });
-    return done;
+    return text;
 }
 
-// Converts a source that begins with simple units, assuming that all of its units are simple: then
-// it is read only once and not measured.
-template <typename Source, typename Result>
-kernels::progress convert_simple(const Source* source, std::size_t size, Result& text,
-                                 const steps<Source, typename Result::value_type>& by,
-                                 std::size_t least_capacity) {
-    text.reserve(std::max(least_capacity, size));
-    detail::append_unfilled(
-        text, size, [&](typename Result::value_type* to) { return by.simple(source, size, to); });
-    const std::size_t simple = text.size();
-    if (simple == size)
-        return {size, size};
-
+// Converts from the first unit on that is not simple. `text` has the units before it.
+template <typename Result, typename Source>
+__attribute__((noinline)) void
+convert_rest(const Source* source, std::size_t size, std::size_t least_capacity,
+             const kernels::conversion<Source, typename Result::value_type>& by, Result& text,
+             kernels::progress& done) {
+    typedef typename Result::value_type unit;
+    const std::size_t simple = done.read;
+    const std::size_t room = by.measure(source + simple, size - simple);
     Result whole;
-    whole.reserve(std::max(least_capacity, simple + by.measure(source + simple, size - simple)));
+    whole.reserve(std::max(least_capacity, simple + room));
     whole.append(text.data(), simple);
-    kernels::progress done = append_measured(source + simple, size - simple, whole, by, 0);
-    text.swap(whole);
+    detail::append_unfilled(whole, room, [&](unit* to) {
+        done = by.convert(source + simple, size - simple, to, room);
+        return done.written;
+    });
     done.read += simple;
     done.written += simple;
-    return done;
+    text.swap(whole);
 }
 
-// Converts the source into `text`, which is empty. Returns the position reached; if it is not the
-// end, `text` has the result up to there. `Widest` is the largest number of units that one unit of
-// the source can become.
-template <std::size_t Widest, typename Source, typename Result>
-kernels::progress convert(const Source* source, std::size_t size, Result& text,
-                          const steps<Source, typename Result::value_type>& by,
-                          std::size_t least_capacity = 0) {
+// Converts a source on the assumption that all of its units are simple: then it is not measured.
+template <typename Result, typename Source>
+Result convert_simple(const Source* source, std::size_t size, std::size_t least_capacity,
+                      const kernels::conversion<Source, typename Result::value_type>& by,
+                      kernels::progress& done) {
     typedef typename Result::value_type unit;
-    alignas(64) unit buffer[local_units<unit>()];
-    if (Widest * size <= local_units<unit>()) {
-        const kernels::progress done = by.convert(source, size, buffer, local_units<unit>());
-        text.reserve(std::max(least_capacity, done.written));
-        detail::append_unfilled(text, done.written, [&](unit* to) {
-            std::memcpy(to, buffer, done.written * sizeof(unit));
-            return done.written;
-        });
-        return done;
-    }
-    const std::size_t head = std::min(size, local_units<unit>());
-    if (by.simple(source, head, buffer) == head)
-        return convert_simple(source, size, text, by, least_capacity);
-    return append_measured(source, size, text, by, least_capacity);
+    Result text;
+    if (least_capacity > size)
+        text.reserve(least_capacity);
+    detail::append_unfilled(text, size, [&](unit* to) { return by.simple(source, size, to); });
+    done = {text.size(), text.size()};
+    if (done.read < size)
+        convert_rest(source, size, least_capacity, by, text, done);
+    return text;
 }
 
-// The result for an invalid source. A conversion has one result variable and one `return`, so the
-// result is constructed directly in the caller's object.
+// The bits that no unit of ASCII has, in a word of units.
+constexpr std::uint64_t beyond_ascii(unsigned char) {
+    return 0x8080808080808080u;
+}
+
+constexpr std::uint64_t beyond_ascii(unsigned short) {
+    return 0xFF80FF80FF80FF80u;
+}
+
+constexpr std::uint64_t beyond_ascii(wchar_t) {
+    return 0xFFFFFF80FFFFFF80u;
+}
+
+// Whether a source is probably all ASCII: a long one whose first 64 bytes are. A short one is
+// measured in no more time.
+template <typename Source, typename Target>
+inline bool is_probably_simple(const Source* source, std::size_t size,
+                               const kernels::conversion<Source, Target>&) {
+    if (size < 256)
+        return false;
+    const char* const at = reinterpret_cast<const char*>(source);
+    const std::uint64_t any = detail::load_word(at) | detail::load_word(at + 8) |
+                              detail::load_word(at + 16) | detail::load_word(at + 24) |
+                              detail::load_word(at + 32) | detail::load_word(at + 40) |
+                              detail::load_word(at + 48) | detail::load_word(at + 56);
+    return (any & beyond_ascii(source[0])) == 0;
+}
+
+// Nearly all units of the wider forms are simple, except in strings of emoji.
+inline bool is_probably_simple(const unsigned short* source, std::size_t,
+                               const kernels::conversion<unsigned short, wchar_t>&) {
+    return !detail::is_surrogate(source[0]);
+}
+
+inline bool is_probably_simple(const wchar_t* source, std::size_t,
+                               const kernels::conversion<wchar_t, unsigned short>&) {
+    return source[0] < 0x10000;
+}
+
+// The result up to the position that is stored in `done`: the end, or the first invalid character.
+// The source ends with a terminator.
+template <typename Result, typename Source>
+inline Result convert(const Source* source, std::size_t size,
+                      const kernels::conversion<Source, typename Result::value_type>& by,
+                      kernels::progress& done, std::size_t least_capacity = 0) {
+    return is_probably_simple(source, size, by)
+               ? convert_simple<Result>(source, size, least_capacity, by, done)
+               : convert_measured<Result>(source, size, least_capacity, by, done);
+}
+
+// The result for an invalid source.
 template <typename Result>
 void become_minus_one(Result& text) {
     Result minus_one;
@@ -158,7 +190,7 @@ void append_with_marks(ustring32& text, const unsigned char* bytes, std::size_t 
     detail::append_unfilled(text, room, [&](wchar_t* to) {
         std::size_t written = 0;
         while (read < size) {
-            const kernels::progress done = kernels::unicode().utf8_to_utf32(
+            const kernels::progress done = kernels::unicode().utf8_to_utf32.convert(
                 bytes + read, size - read, to + written, room - written);
             read += done.read;
             written += done.written;
@@ -171,6 +203,31 @@ void append_with_marks(ustring32& text, const unsigned char* bytes, std::size_t 
         }
         return written;
     });
+}
+
+// The conversions of 16-bit strings after the first stage. They are separate because a function
+// with one result variable constructs it directly in the caller's object.
+ustring8 utf16_to_utf8_in_order(const ustring16& source) {
+    kernels::progress done;
+    ustring8 output =
+        convert<ustring8>(source.data(), source.size(), kernels::unicode().utf16_to_utf8, done);
+    const std::size_t k = done.written;
+    debug::detail::check(
+        k <= output.size(), "k <= output.size()", source_path, utf16_to_utf8_line,
+        "TOVA_2_18::strings::ustring8 "
+        "TOVA_2_18::strings::utf16_to_utf8(const TOVA_2_18::strings::ustring16 &)");
+    if (done.read < source.size())
+        become_minus_one(output);
+    return output;
+}
+
+ustring32 utf16_to_utf32_in_order(const ustring16& source) {
+    kernels::progress done;
+    ustring32 text =
+        convert<ustring32>(source.data(), source.size(), kernels::unicode().utf16_to_utf32, done);
+    if (done.read < source.size())
+        become_minus_one(text);
+    return text;
 }
 
 }  // namespace
@@ -209,24 +266,19 @@ unsigned int unichar(const wchar_t* text, unsigned long length, unsigned long in
 }
 
 ustring32 utf8_to_utf32(const ustring8& source) {
-    const kernels::unicode_form& form = kernels::unicode();
-    const std::size_t size = source.size();
-    ustring32 text;
-    const kernels::progress done =
-        convert<1>(bytes_of(source), size, text,
-                   {form.measure_8_to_32, form.utf8_to_utf32, form.simple_8_to_32});
-    if (done.read < size)
-        append_with_marks(text, bytes_of(source), size, done.read);
+    kernels::progress done;
+    ustring32 text =
+        convert<ustring32>(bytes_of(source), source.size(), kernels::unicode().utf8_to_utf32, done);
+    if (done.read < source.size())
+        append_with_marks(text, bytes_of(source), source.size(), done.read);
     return text;
 }
 
 ustring16 utf8_to_utf16(const ustring8& source) {
-    const kernels::unicode_form& form = kernels::unicode();
     const std::size_t length = source.size();
-    ustring16 text;
-    const kernels::progress done =
-        convert<1>(bytes_of(source), length, text,
-                   {form.measure_8_to_16, form.utf8_to_utf16, form.simple_8_to_16});
+    kernels::progress done;
+    ustring16 text =
+        convert<ustring16>(bytes_of(source), length, kernels::unicode().utf8_to_utf16, done);
     const std::size_t k = done.written;
     debug::detail::check(k <= length, "k <= length", source_path, utf8_to_utf16_line,
                          "TOVA_2_18::strings::ustring16 "
@@ -240,41 +292,23 @@ ustring8 utf16_to_utf8(const ustring16& source) {
     // Contract: the swap returns its argument unchanged, so for a string in the other byte order
     // the recursion never ends and the stack overflows. Callers convert such a string to host order
     // first. The first unit of an empty string is its terminator.
-    if (source[0] == swapped_mark)
-        return utf16_to_utf8(swap_string_bytes_order(source));
-
-    const kernels::unicode_form& form = kernels::unicode();
-    ustring8 output;
-    const kernels::progress done =
-        convert<3>(source.data(), source.size(), output,
-                   {form.measure_16_to_8, form.utf16_to_utf8, form.simple_16_to_8});
-    const std::size_t k = done.written;
-    debug::detail::check(
-        k <= output.size(), "k <= output.size()", source_path, utf16_to_utf8_line,
-        "TOVA_2_18::strings::ustring8 "
-        "TOVA_2_18::strings::utf16_to_utf8(const TOVA_2_18::strings::ustring16 &)");
-    if (done.read < source.size())
-        become_minus_one(output);
-    return output;
+    return source[0] == swapped_mark ? utf16_to_utf8(swap_string_bytes_order(source))
+                                     : utf16_to_utf8_in_order(source);
 }
 
 ustring8 utf32_to_utf8(const ustring32& source) {
-    const kernels::unicode_form& form = kernels::unicode();
-    ustring8 text;
-    const kernels::progress done = convert<4>(
-        source.data(), source.size(), text,
-        {form.measure_32_to_8, form.utf32_to_utf8, form.simple_32_to_8}, 2 * source.size());
+    kernels::progress done;
+    ustring8 text = convert<ustring8>(source.data(), source.size(),
+                                      kernels::unicode().utf32_to_utf8, done, 2 * source.size());
     if (done.read < source.size())
         become_minus_one(text);
     return text;
 }
 
 ustring16 utf32_to_utf16(const ustring32& source) {
-    const kernels::unicode_form& form = kernels::unicode();
-    ustring16 text;
-    const kernels::progress done =
-        convert<2>(source.data(), source.size(), text,
-                   {form.measure_32_to_16, form.utf32_to_utf16, form.simple_32_to_16});
+    kernels::progress done;
+    ustring16 text =
+        convert<ustring16>(source.data(), source.size(), kernels::unicode().utf32_to_utf16, done);
     if (done.read < source.size())
         become_minus_one(text);
     return text;
@@ -282,17 +316,8 @@ ustring16 utf32_to_utf16(const ustring32& source) {
 
 ustring32 utf16_to_utf32(const ustring16& source) {
     // Contract: endless recursion, as in `utf16_to_utf8`.
-    if (source[0] == swapped_mark)
-        return utf16_to_utf32(swap_string_bytes_order(source));
-
-    const kernels::unicode_form& form = kernels::unicode();
-    ustring32 text;
-    const kernels::progress done =
-        convert<1>(source.data(), source.size(), text,
-                   {form.measure_16_to_32, form.utf16_to_utf32, form.simple_16_to_32});
-    if (done.read < source.size())
-        become_minus_one(text);
-    return text;
+    return source[0] == swapped_mark ? utf16_to_utf32(swap_string_bytes_order(source))
+                                     : utf16_to_utf32_in_order(source);
 }
 
 unsigned long character_index(const ustring8& text, unsigned long character) {

@@ -214,54 +214,25 @@ TOVA_AVX2 std::size_t measure_32_to_16(const wchar_t* from, std::size_t size) {
     return units + loops::measure_32_to_16(from + i, size - i);
 }
 
-progress utf8_to_utf16(const unsigned char* from, std::size_t size, unsigned short* to,
-                       std::size_t room) {
-    return loops::take_turns(widen_8_to_16, loops::utf8_to_utf16, from, size, to, room);
-}
-
-progress utf8_to_utf32(const unsigned char* from, std::size_t size, wchar_t* to, std::size_t room) {
-    return loops::take_turns(widen_8_to_32, loops::utf8_to_utf32, from, size, to, room);
-}
-
-progress utf16_to_utf8(const unsigned short* from, std::size_t size, char* to, std::size_t room) {
-    return loops::take_turns(narrow_16_to_8, loops::utf16_to_utf8, from, size, to, room);
-}
-
-progress utf16_to_utf32(const unsigned short* from, std::size_t size, wchar_t* to,
-                        std::size_t room) {
-    return loops::take_turns(widen_16_to_32, loops::utf16_to_utf32, from, size, to, room);
-}
-
-progress utf32_to_utf8(const wchar_t* from, std::size_t size, char* to, std::size_t room) {
-    return loops::take_turns(narrow_32_to_8, loops::utf32_to_utf8, from, size, to, room);
-}
-
-progress utf32_to_utf16(const wchar_t* from, std::size_t size, unsigned short* to,
-                        std::size_t room) {
-    return loops::take_turns(narrow_32_to_16, loops::utf32_to_utf16, from, size, to, room);
-}
-
 }  // namespace
 
 const unicode_form unicode_avx2 = {
-    measure_8_to_16,
-    measure_8_to_32,
-    measure_16_to_8,
-    measure_16_to_32,
-    measure_32_to_8,
-    measure_32_to_16,
-    utf8_to_utf16,
-    utf8_to_utf32,
-    utf16_to_utf8,
-    utf16_to_utf32,
-    utf32_to_utf8,
-    utf32_to_utf16,
-    loops::simple_by<unsigned char, unsigned short, widen_8_to_16>,
-    loops::simple_by<unsigned char, wchar_t, widen_8_to_32>,
-    loops::simple_by<unsigned short, char, narrow_16_to_8>,
-    loops::simple_by<unsigned short, wchar_t, widen_16_to_32>,
-    loops::simple_by<wchar_t, char, narrow_32_to_8>,
-    loops::simple_by<wchar_t, unsigned short, narrow_32_to_16>,
+    {measure_8_to_16,
+     loops::convert_by<unsigned char, unsigned short, widen_8_to_16, loops::utf8_to_utf16>,
+     loops::simple_by<unsigned char, unsigned short, widen_8_to_16>},
+    {measure_8_to_32,
+     loops::convert_by<unsigned char, wchar_t, widen_8_to_32, loops::utf8_to_utf32>,
+     loops::simple_by<unsigned char, wchar_t, widen_8_to_32>},
+    {measure_16_to_8, loops::convert_by<unsigned short, char, narrow_16_to_8, loops::utf16_to_utf8>,
+     loops::simple_by<unsigned short, char, narrow_16_to_8>},
+    {measure_16_to_32,
+     loops::convert_by<unsigned short, wchar_t, widen_16_to_32, loops::utf16_to_utf32>,
+     loops::simple_by<unsigned short, wchar_t, widen_16_to_32>},
+    {measure_32_to_8, loops::convert_by<wchar_t, char, narrow_32_to_8, loops::utf32_to_utf8>,
+     loops::simple_by<wchar_t, char, narrow_32_to_8>},
+    {measure_32_to_16,
+     loops::convert_by<wchar_t, unsigned short, narrow_32_to_16, loops::utf32_to_utf16>,
+     loops::simple_by<wchar_t, unsigned short, narrow_32_to_16>},
 };
 
 }  // namespace kernels

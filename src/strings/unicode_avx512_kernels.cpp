@@ -40,6 +40,7 @@ TOVA_AVX512_INLINE std::size_t count(std::uint64_t mask) {
     return static_cast<std::size_t>(_mm_popcnt_u64(mask));
 }
 
+// Up to 255 bits; all are set from 64 on.
 TOVA_AVX512_INLINE std::uint64_t lowest(std::size_t bits) {
     return _bzhi_u64(all_ones, static_cast<unsigned int>(bits));
 }
@@ -638,29 +639,74 @@ TOVA_AVX512 std::size_t measure_32_to_16(const wchar_t* from, std::size_t size) 
 }
 
 // --- One unit each ------------------------------------------------------------------------------
+//
+// A kernel converts blocks with one check for each, and then smaller steps to the end.
 
-// The position at which to continue after the first 64 units: the last one that is not past them
-// and at which the result is aligned. A store that crosses cache lines takes twice the time.
-template <typename Target>
-inline std::size_t aligned_start(const Target* to) {
-    return 64 - reinterpret_cast<std::uintptr_t>(to) % 64 / sizeof(Target);
+// Converts blocks of `Step` units up to the first one that `Block` refuses. The first block may be
+// stored anywhere; the others begin at the last position that is not past it and at which the
+// result is aligned, because a store that crosses cache lines takes twice the time.
+template <std::size_t Step, typename Source, typename Target, bool (*Block)(const Source*, Target*)>
+TOVA_AVX512_INLINE std::size_t convert_blocks(const Source* from, std::size_t size, Target* to) {
+    if (size < Step || !Block(from, to))
+        return 0;
+    std::size_t i = Step - reinterpret_cast<std::uintptr_t>(to) % 64 / sizeof(Target);
+    while (size - i >= Step) {
+        if (!Block(from + i, to + i))
+            return i;
+        i += Step;
+    }
+    // The last block overlaps the one before it.
+    return i < size && Block(from + size - Step, to + size - Step) ? size : i;
 }
 
-template <typename Target>
+TOVA_AVX512_INLINE __m512i either(__m512i a, __m512i b, __m512i c, __m512i d) {
+    return _mm512_or_si512(_mm512_ternarylogic_epi32(a, b, c, 0xFE), d);
+}
+
+// Widens 16 or 32 of the bytes. A load may have to wait for earlier stores to addresses that equal
+// its own in their low bits, so each byte is loaded once and then permuted.
+TOVA_AVX512_INLINE void widen_group(__m512i bytes, const unsigned char* group, unsigned short* to) {
+    _mm512_storeu_si512(
+        to, _mm512_maskz_permutexvar_epi8(0x5555555555555555u, _mm512_load_si512(group), bytes));
+}
+
+TOVA_AVX512_INLINE void widen_group(__m512i bytes, const unsigned char* group, wchar_t* to) {
+    _mm512_storeu_si512(
+        to, _mm512_maskz_permutexvar_epi8(0x1111111111111111u, _mm512_load_si512(group), bytes));
+}
+
+TOVA_AVX512_INLINE bool widen_block(const unsigned char* from, unsigned short* to) {
+    const __m512i first = _mm512_loadu_si512(from);
+    const __m512i second = _mm512_loadu_si512(from + 64);
+    if (_mm512_movepi8_mask(_mm512_or_si512(first, second)) != 0)
+        return false;
+    widen_group(first, tables.by_two[0], to);
+    widen_group(first, tables.by_two[1], to + 32);
+    widen_group(second, tables.by_two[0], to + 64);
+    widen_group(second, tables.by_two[1], to + 96);
+    return true;
+}
+
+TOVA_AVX512_INLINE bool widen_block(const unsigned char* from, wchar_t* to) {
+    const __m512i bytes = _mm512_loadu_si512(from);
+    if (_mm512_movepi8_mask(bytes) != 0)
+        return false;
+    widen_group(bytes, tables.by_four[0], to);
+    widen_group(bytes, tables.by_four[1], to + 16);
+    widen_group(bytes, tables.by_four[2], to + 32);
+    widen_group(bytes, tables.by_four[3], to + 48);
+    return true;
+}
+
+template <std::size_t Step, typename Target>
 TOVA_AVX512 std::size_t simple_from_8(const unsigned char* from, std::size_t size, Target* to) {
-    std::size_t i = 0;
-    while (size - i >= 64) {
-        const __m512i bytes = _mm512_loadu_si512(from + i);
+    std::size_t i = convert_blocks<Step, unsigned char, Target, widen_block>(from, size, to);
+    while (i < size) {
+        const std::size_t left = size - i;
+        const __m512i bytes = load(from + i, left);
         if (_mm512_movepi8_mask(bytes) != 0)
             return i;
-        write_ascii(bytes, 64, to + i, 64);
-        i = i == 0 ? aligned_start(to) : i + 64;
-    }
-    if (i < size) {
-        const __m512i bytes = load(from + i, size - i);
-        if (_mm512_movepi8_mask(bytes) != 0)
-            return i;
-        write_ascii(bytes, size - i, to + i, size - i);
+        i += write_ascii(bytes, std::min<std::size_t>(left, 64), to + i, left);
     }
     return size;
 }
@@ -669,117 +715,154 @@ TOVA_AVX512 std::size_t simple_from_8(const unsigned char* from, std::size_t siz
 alignas(64) const std::int64_t packed_once[8] = {0, 2, 4, 6, 1, 3, 5, 7};
 alignas(64) const int packed_twice[16] = {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15};
 
+TOVA_AVX512_INLINE __m512i pack_units(__m512i first, __m512i second) {
+    return _mm512_permutexvar_epi64(_mm512_load_si512(packed_once),
+                                    _mm512_packus_epi16(first, second));
+}
+
+TOVA_AVX512_INLINE bool narrow_block(const unsigned short* from, char* to) {
+    const __m512i a = _mm512_loadu_si512(from);
+    const __m512i b = _mm512_loadu_si512(from + 32);
+    const __m512i c = _mm512_loadu_si512(from + 64);
+    const __m512i d = _mm512_loadu_si512(from + 96);
+    if (_mm512_test_epi16_mask(either(a, b, c, d), all_units(0xFF80)) != 0)
+        return false;
+    _mm512_storeu_si512(to, pack_units(a, b));
+    _mm512_storeu_si512(to + 64, pack_units(c, d));
+    return true;
+}
+
 TOVA_AVX512 std::size_t simple_16_to_8(const unsigned short* from, std::size_t size, char* to) {
-    const __m512i order = _mm512_load_si512(packed_once);
-    std::size_t i = 0;
-    while (i < size) {
+    std::size_t i = convert_blocks<128, unsigned short, char, narrow_block>(from, size, to);
+    for (; i < size; i += 64) {
         const std::size_t left = size - i;
         const __m512i first = load(from + i, left);
         const __m512i second = left > 32 ? load(from + i + 32, left - 32) : _mm512_setzero_si512();
         if (_mm512_test_epi16_mask(_mm512_or_si512(first, second), all_units(0xFF80)) != 0)
             return i;
-        store(to + i, left, _mm512_permutexvar_epi64(order, _mm512_packus_epi16(first, second)),
-              left);
-        i = i == 0 ? aligned_start(to) : i + 64;
+        store(to + i, left, pack_units(first, second), left);
     }
     return size;
 }
 
+TOVA_AVX512_INLINE bool narrow_block(const wchar_t* from, char* to) {
+    const __m512i a = _mm512_loadu_si512(from);
+    const __m512i b = _mm512_loadu_si512(from + 16);
+    const __m512i c = _mm512_loadu_si512(from + 32);
+    const __m512i d = _mm512_loadu_si512(from + 48);
+    if (_mm512_test_epi32_mask(either(a, b, c, d), all_points(0xFFFFFF80)) != 0)
+        return false;
+    const __m512i bytes = _mm512_packus_epi16(_mm512_packs_epi32(a, b), _mm512_packs_epi32(c, d));
+    _mm512_storeu_si512(to, _mm512_permutexvar_epi32(_mm512_load_si512(packed_twice), bytes));
+    return true;
+}
+
 TOVA_AVX512 std::size_t simple_32_to_8(const wchar_t* from, std::size_t size, char* to) {
-    const __m512i order = _mm512_load_si512(packed_twice);
-    std::size_t i = 0;
-    while (size - i >= 64) {
-        const __m512i a = _mm512_loadu_si512(from + i);
-        const __m512i b = _mm512_loadu_si512(from + i + 16);
-        const __m512i c = _mm512_loadu_si512(from + i + 32);
-        const __m512i d = _mm512_loadu_si512(from + i + 48);
-        const __m512i any = _mm512_or_si512(_mm512_or_si512(a, b), _mm512_or_si512(c, d));
-        if (_mm512_test_epi32_mask(any, all_points(0xFFFFFF80)) != 0)
-            return i;
-        const __m512i bytes =
-            _mm512_packus_epi16(_mm512_packs_epi32(a, b), _mm512_packs_epi32(c, d));
-        _mm512_storeu_si512(to + i, _mm512_permutexvar_epi32(order, bytes));
-        i = i == 0 ? aligned_start(to) : i + 64;
-    }
+    std::size_t i = convert_blocks<64, wchar_t, char, narrow_block>(from, size, to);
     for (; i < size; i += 16) {
         const std::size_t left = size - i;
         const __m512i points = load(from + i, left);
         if (_mm512_test_epi32_mask(points, all_points(0xFFFFFF80)) != 0)
             return i;
-        _mm_mask_storeu_epi8(to + i, static_cast<__mmask16>(lowest(left)),
+        _mm_mask_storeu_epi8(to + i,
+                             static_cast<__mmask16>(lowest(std::min<std::size_t>(left, 16))),
                              _mm512_cvtepi32_epi8(points));
     }
     return size;
 }
 
+// Whether two vectors contain a surrogate. Each unit is moved by the first surrogate, below which
+// it wraps, so that one comparison of the smaller units finds all of them.
+TOVA_AVX512_INLINE bool has_surrogate(__m512i a, __m512i b) {
+    const __m512i least = _mm512_min_epu16(_mm512_sub_epi16(a, all_units(0xD800)),
+                                           _mm512_sub_epi16(b, all_units(0xD800)));
+    return _mm512_cmplt_epu16_mask(least, all_units(0x800)) != 0;
+}
+
+TOVA_AVX512_INLINE bool widen_block(const unsigned short* from, wchar_t* to) {
+    const __m512i first = _mm512_loadu_si512(from);
+    const __m512i second = _mm512_loadu_si512(from + 32);
+    if (has_surrogate(first, second))
+        return false;
+    _mm512_storeu_si512(to, lower_half(first));
+    _mm512_storeu_si512(to + 16, upper_half(first));
+    _mm512_storeu_si512(to + 32, lower_half(second));
+    _mm512_storeu_si512(to + 48, upper_half(second));
+    return true;
+}
+
 TOVA_AVX512 std::size_t simple_16_to_32(const unsigned short* from, std::size_t size, wchar_t* to) {
-    for (std::size_t i = 0; i < size;) {
+    std::size_t i = convert_blocks<64, unsigned short, wchar_t, widen_block>(from, size, to);
+    for (; i < size; i += 32) {
         const std::size_t left = size - i;
         const __m512i units = load(from + i, left);
-        const __m512i kind = _mm512_and_si512(units, all_units(0xF800));
-        if (_mm512_cmpeq_epi16_mask(kind, all_units(0xD800)) != 0)
+        if (has_surrogate(units, units))
             return i;
         store(to + i, left, lower_half(units), left);
         if (left > 16)
             store(to + i + 16, left - 16, upper_half(units), left - 16);
-        i = i == 0 ? aligned_start(to) - 32 : i + 32;
     }
     return size;
+}
+
+// Two vectors of values below 0x10000, in one.
+TOVA_AVX512_INLINE __m512i pack_points(__m512i first, __m512i second) {
+    return _mm512_permutexvar_epi64(_mm512_load_si512(packed_once),
+                                    _mm512_packus_epi32(first, second));
+}
+
+TOVA_AVX512_INLINE bool narrow_block(const wchar_t* from, unsigned short* to) {
+    const __m512i a = _mm512_loadu_si512(from);
+    const __m512i b = _mm512_loadu_si512(from + 16);
+    const __m512i c = _mm512_loadu_si512(from + 32);
+    const __m512i d = _mm512_loadu_si512(from + 48);
+    const __m512i first = pack_points(a, b);
+    const __m512i second = pack_points(c, d);
+    // Most scripts are below the first of these limits.
+    if (_mm512_test_epi32_mask(either(a, b, c, d), all_points(0xFFFF8000)) != 0) {
+        const __m512i most = _mm512_max_epu32(_mm512_max_epu32(a, b), _mm512_max_epu32(c, d));
+        if (_mm512_cmpge_epu32_mask(most, all_points(0xFFFF)) != 0 || has_surrogate(first, second))
+            return false;
+    }
+    _mm512_storeu_si512(to, first);
+    _mm512_storeu_si512(to + 32, second);
+    return true;
 }
 
 TOVA_AVX512 std::size_t simple_32_to_16(const wchar_t* from, std::size_t size, unsigned short* to) {
-    const __m512i order = _mm512_load_si512(packed_once);
-    for (std::size_t i = 0; i < size;) {
+    std::size_t i = convert_blocks<64, wchar_t, unsigned short, narrow_block>(from, size, to);
+    for (; i < size; i += 32) {
         const std::size_t left = size - i;
         const __m512i first = load(from + i, left);
         const __m512i second = left > 16 ? load(from + i + 16, left - 16) : _mm512_setzero_si512();
-        const __m512i end = all_points(0xFFFF);
-        if (!is_plain(first) || !is_plain(second) ||
-            (_mm512_cmpge_epu32_mask(first, end) | _mm512_cmpge_epu32_mask(second, end)) != 0)
+        const __m512i units = pack_points(first, second);
+        if (_mm512_cmpge_epu32_mask(_mm512_max_epu32(first, second), all_points(0xFFFF)) != 0 ||
+            has_surrogate(units, units))
             return i;
-        store(to + i, left, _mm512_permutexvar_epi64(order, _mm512_packus_epi32(first, second)),
-              left);
-        i = i == 0 ? aligned_start(to) - 32 : i + 32;
+        store(to + i, left, units, left);
     }
     return size;
-}
-
-// --- The form -----------------------------------------------------------------------------------
-
-progress utf8_to_utf16(const unsigned char* from, std::size_t size, unsigned short* to,
-                       std::size_t room) {
-    return loops::take_turns(decode<unsigned short>, loops::utf8_to_utf16, from, size, to, room);
-}
-
-progress utf8_to_utf32(const unsigned char* from, std::size_t size, wchar_t* to, std::size_t room) {
-    return loops::take_turns(decode<wchar_t>, loops::utf8_to_utf32, from, size, to, room);
-}
-
-progress utf16_to_utf8(const unsigned short* from, std::size_t size, char* to, std::size_t room) {
-    return loops::take_turns(encode_16_to_8, loops::utf16_to_utf8, from, size, to, room);
-}
-
-progress utf16_to_utf32(const unsigned short* from, std::size_t size, wchar_t* to,
-                        std::size_t room) {
-    return loops::take_turns(widen_16_to_32, loops::utf16_to_utf32, from, size, to, room);
-}
-
-progress utf32_to_utf8(const wchar_t* from, std::size_t size, char* to, std::size_t room) {
-    return loops::take_turns(encode_32_to_8, loops::utf32_to_utf8, from, size, to, room);
-}
-
-progress utf32_to_utf16(const wchar_t* from, std::size_t size, unsigned short* to,
-                        std::size_t room) {
-    return loops::take_turns(narrow_32_to_16, loops::utf32_to_utf16, from, size, to, room);
 }
 
 }  // namespace
 
 const unicode_form unicode_avx512 = {
-    measure_8_to_16,  measure_8_to_32, measure_16_to_8, measure_16_to_32, measure_32_to_8,
-    measure_32_to_16, utf8_to_utf16,   utf8_to_utf32,   utf16_to_utf8,    utf16_to_utf32,
-    utf32_to_utf8,    utf32_to_utf16,  simple_from_8,   simple_from_8,    simple_16_to_8,
-    simple_16_to_32,  simple_32_to_8,  simple_32_to_16,
+    {measure_8_to_16,
+     loops::convert_by<unsigned char, unsigned short, decode<unsigned short>, loops::utf8_to_utf16>,
+     simple_from_8<128>},
+    {measure_8_to_32,
+     loops::convert_by<unsigned char, wchar_t, decode<wchar_t>, loops::utf8_to_utf32>,
+     simple_from_8<64>},
+    {measure_16_to_8, loops::convert_by<unsigned short, char, encode_16_to_8, loops::utf16_to_utf8>,
+     simple_16_to_8},
+    {measure_16_to_32,
+     loops::convert_by<unsigned short, wchar_t, widen_16_to_32, loops::utf16_to_utf32>,
+     simple_16_to_32},
+    {measure_32_to_8, loops::convert_by<wchar_t, char, encode_32_to_8, loops::utf32_to_utf8>,
+     simple_32_to_8},
+    {measure_32_to_16,
+     loops::convert_by<wchar_t, unsigned short, narrow_32_to_16, loops::utf32_to_utf16>,
+     simple_32_to_16},
 };
 
 }  // namespace kernels

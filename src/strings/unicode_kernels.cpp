@@ -23,24 +23,13 @@ progress all(const Source* from, std::size_t size, Target* to, std::size_t) {
 }  // namespace
 
 const unicode_form unicode_portable = {
-    loops::measure_8_to_16,
-    loops::measure_8_to_32,
-    loops::measure_16_to_8,
-    loops::measure_16_to_32,
-    loops::measure_32_to_8,
-    loops::measure_32_to_16,
-    all<unsigned char, unsigned short, loops::utf8_to_utf16>,
-    all<unsigned char, wchar_t, loops::utf8_to_utf32>,
-    all<unsigned short, char, loops::utf16_to_utf8>,
-    all<unsigned short, wchar_t, loops::utf16_to_utf32>,
-    all<wchar_t, char, loops::utf32_to_utf8>,
-    all<wchar_t, unsigned short, loops::utf32_to_utf16>,
-    loops::simple,
-    loops::simple,
-    loops::simple,
-    loops::simple,
-    loops::simple,
-    loops::simple,
+    {loops::measure_8_to_16, all<unsigned char, unsigned short, loops::utf8_to_utf16>,
+     loops::simple},
+    {loops::measure_8_to_32, all<unsigned char, wchar_t, loops::utf8_to_utf32>, loops::simple},
+    {loops::measure_16_to_8, all<unsigned short, char, loops::utf16_to_utf8>, loops::simple},
+    {loops::measure_16_to_32, all<unsigned short, wchar_t, loops::utf16_to_utf32>, loops::simple},
+    {loops::measure_32_to_8, all<wchar_t, char, loops::utf32_to_utf8>, loops::simple},
+    {loops::measure_32_to_16, all<wchar_t, unsigned short, loops::utf32_to_utf16>, loops::simple},
 };
 
 }  // namespace kernels

@@ -2,8 +2,9 @@
 /// The loops of the Unicode conversions: raw units in, raw units out, no string and no allocation.
 ///
 ///     const kernels::unicode_form& form = kernels::unicode();
-///     const std::size_t room = form.measure_8_to_16(bytes, size);  // units of the result
-///     form.utf8_to_utf16(bytes, size, units, room);                // {size, room} if valid
+///     const std::size_t room = form.utf8_to_utf16.measure(bytes, size);  // units of the result
+///     form.utf8_to_utf16.convert(bytes, size, units, room);                // {size, room} if
+///     valid
 ///
 /// Each instruction set has its own form, in a separate file; the others are compared with the
 /// portable loops, unit by unit. A kernel accepts any input of any length, valid or not, reads
@@ -25,42 +26,29 @@ struct progress {
     std::size_t written;  // units of the result
 };
 
-// The exact number of units that a valid source becomes. For any other source, at least the number
-// of units for the characters before the first invalid one.
-template <typename Source>
-using measure = std::size_t(const Source* from, std::size_t size);
-
-// Converts up to the first invalid character. `room` is at least what `measure` returned.
+// The loops of one conversion.
 template <typename Source, typename Target>
-using convert = progress(const Source* from, std::size_t size, Target* to, std::size_t room);
+struct conversion {
+    // The exact number of units that a valid source becomes. For any other source, at least the
+    // number of units for the characters before the first invalid one.
+    std::size_t (*measure)(const Source* from, std::size_t size);
 
-// Converts simple units, which become one unit each, up to the first other unit or slightly before
-// it, and returns their number. ASCII is simple to and from UTF-8, and between the wider forms all
-// units that need no pair are simple. `to` has room for `size` units.
-template <typename Source, typename Target>
-using convert_simple = std::size_t(const Source* from, std::size_t size, Target* to);
+    // Converts up to the first invalid character. `room` is at least what `measure` returned.
+    progress (*convert)(const Source* from, std::size_t size, Target* to, std::size_t room);
+
+    // Converts simple units, which become one unit each, up to the first other unit or slightly
+    // before it, and returns their number. ASCII is simple to and from UTF-8, and between the wider
+    // forms all units that need no pair are simple. `to` has room for `size` units.
+    std::size_t (*simple)(const Source* from, std::size_t size, Target* to);
+};
 
 struct unicode_form {
-    measure<unsigned char>* measure_8_to_16;
-    measure<unsigned char>* measure_8_to_32;
-    measure<unsigned short>* measure_16_to_8;
-    measure<unsigned short>* measure_16_to_32;
-    measure<wchar_t>* measure_32_to_8;
-    measure<wchar_t>* measure_32_to_16;
-
-    convert<unsigned char, unsigned short>* utf8_to_utf16;  // a byte that does not begin a sequence
-    convert<unsigned char, wchar_t>* utf8_to_utf32;         // the same
-    convert<unsigned short, char>* utf16_to_utf8;           // an unpaired surrogate
-    convert<unsigned short, wchar_t>* utf16_to_utf32;       // the same
-    convert<wchar_t, char>* utf32_to_utf8;                  // a surrogate
-    convert<wchar_t, unsigned short>* utf32_to_utf16;       // a surrogate, or from 0x110000 up
-
-    convert_simple<unsigned char, unsigned short>* simple_8_to_16;
-    convert_simple<unsigned char, wchar_t>* simple_8_to_32;
-    convert_simple<unsigned short, char>* simple_16_to_8;
-    convert_simple<unsigned short, wchar_t>* simple_16_to_32;
-    convert_simple<wchar_t, char>* simple_32_to_8;
-    convert_simple<wchar_t, unsigned short>* simple_32_to_16;
+    conversion<unsigned char, unsigned short> utf8_to_utf16;  // a byte that begins no sequence
+    conversion<unsigned char, wchar_t> utf8_to_utf32;         // the same
+    conversion<unsigned short, char> utf16_to_utf8;           // an unpaired surrogate
+    conversion<unsigned short, wchar_t> utf16_to_utf32;       // the same
+    conversion<wchar_t, char> utf32_to_utf8;                  // a surrogate
+    conversion<wchar_t, unsigned short> utf32_to_utf16;       // a surrogate, or from 0x110000 up
 };
 
 extern const unicode_form unicode_portable;
@@ -70,21 +58,17 @@ extern const unicode_form unicode_avx2;
 extern const unicode_form unicode_avx512;
 #endif
 
+// The forms by their level.
+#if defined(__x86_64__)
+constexpr const unicode_form* unicode_forms[] = {&unicode_portable, &unicode_sse2, &unicode_avx2,
+                                                 &unicode_avx512};
+#else
+constexpr const unicode_form* unicode_forms[] = {&unicode_portable};
+#endif
+
 // The form for a level.
 inline const unicode_form& unicode(TOVA_2_18::detail::cpu_form level) {
-#if defined(__x86_64__)
-    switch (level) {
-    case TOVA_2_18::detail::cpu_form::avx512:
-        return unicode_avx512;
-    case TOVA_2_18::detail::cpu_form::avx2:
-        return unicode_avx2;
-    case TOVA_2_18::detail::cpu_form::sse2:
-        return unicode_sse2;
-    case TOVA_2_18::detail::cpu_form::portable:
-        break;
-    }
-#endif
-    return unicode_portable;
+    return *unicode_forms[static_cast<int>(level)];
 }
 
 // The form for the processor that runs the program.

@@ -242,26 +242,35 @@ inline std::size_t simple(const Source* from, std::size_t size, Target* to) {
 // The number of units that a vector form leaves to a loop before it tries again.
 const std::size_t stretch = 64;
 
-// Alternates: `vectors` converts as much as it can from `done` on, and `loop` converts the next
-// stretch.
+// Alternates from `done` on: `loop` converts a stretch, and `vectors` continues as far as it can.
 template <typename Source, typename Target>
-inline progress take_turns(progress (*vectors)(const Source*, std::size_t, Target*, std::size_t,
-                                               progress done),
-                           progress (*loop)(const Source*, std::size_t, std::size_t, Target*),
-                           const Source* from, std::size_t size, Target* to, std::size_t room) {
-    progress done = {0, 0};
+inline progress
+take_turns(progress (*vectors)(const Source*, std::size_t, Target*, std::size_t, progress done),
+           progress (*loop)(const Source*, std::size_t, std::size_t, Target*), const Source* from,
+           std::size_t size, Target* to, std::size_t room, progress done) {
     for (;;) {
-        done = vectors(from, size, to, room, done);
         const std::size_t left = size - done.read;
-        if (left == 0)
-            return done;
         const std::size_t stop = std::min(left, stretch);
         const progress some = loop(from + done.read, left, stop, to + done.written);
         done.read += some.read;
         done.written += some.written;
-        if (some.read < stop)
+        if (some.read < stop || done.read >= size)
+            return done;
+        done = vectors(from, size, to, room, done);
+        if (done.read == size)
             return done;
     }
+}
+
+// A whole conversion from both. Vectors alone convert nearly every string, so the turns are apart.
+template <typename Source, typename Target,
+          progress (*Vectors)(const Source*, std::size_t, Target*, std::size_t, progress),
+          progress (*Loop)(const Source*, std::size_t, std::size_t, Target*)>
+inline progress convert_by(const Source* from, std::size_t size, Target* to, std::size_t room) {
+    const progress done = Vectors(from, size, to, room, {0, 0});
+    if (done.read == size)
+        return done;
+    return take_turns(Vectors, Loop, from, size, to, room, done);
 }
 
 // Converts ASCII one word at a time.

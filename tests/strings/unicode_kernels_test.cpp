@@ -61,16 +61,17 @@ class UnicodeKernels : public ::testing::TestWithParam<cpu_form> {
 protected:
     template <typename Source, typename Target>
     void compare(const std::vector<Source>& source, std::size_t gap,
-                 kernels::measure<Source>* kernels::unicode_form::*measure,
-                 kernels::convert<Source, Target>* kernels::unicode_form::*convert) {
+                 kernels::conversion<Source, Target> kernels::unicode_form::*conversion) {
+        const kernels::conversion<Source, Target>& portable = m_portable.*conversion;
+        const kernels::conversion<Source, Target>& form = m_form.*conversion;
         const Source* const from = m_source.place(source.data(), source.size(), gap);
         const std::size_t size = source.size();
-        const std::size_t room = (m_portable.*measure)(from, size);
+        const std::size_t room = portable.measure(from, size);
         std::vector<Target> expected(4 * size + 8);
         const kernels::progress to_expect =
-            (m_portable.*convert)(from, size, expected.data(), expected.size());
+            portable.convert(from, size, expected.data(), expected.size());
 
-        EXPECT_EQ(room, (m_form.*measure)(from, size)) << "the measure of " << size << " units";
+        EXPECT_EQ(room, form.measure(from, size)) << "the measure of " << size << " units";
         EXPECT_LE(to_expect.written, room);
         // Converts with exactly the measured room, and again with more.
         for (const std::size_t more : {std::size_t(0), std::size_t(100)}) {
@@ -78,7 +79,7 @@ protected:
             Target before[4];
             std::memset(to - 4, 0x5A, sizeof before);
             std::memset(before, 0x5A, sizeof before);
-            const kernels::progress done = (m_form.*convert)(from, size, to, room + more);
+            const kernels::progress done = form.convert(from, size, to, room + more);
             if (done.read != to_expect.read || done.written != to_expect.written ||
                 !std::equal(to, to + done.written, expected.data()) ||
                 std::memcmp(to - 4, before, sizeof before) != 0)
@@ -92,14 +93,14 @@ protected:
     // The portable form stops at the first unit that is not simple. The others stop up to 63 units
     // before it.
     template <typename Source, typename Target>
-    void compare(const std::vector<Source>& source, std::size_t gap,
-                 kernels::convert_simple<Source, Target>* kernels::unicode_form::*convert) {
+    void compare_simple(const std::vector<Source>& source, std::size_t gap,
+                        kernels::conversion<Source, Target> kernels::unicode_form::*conversion) {
         const Source* const from = m_source.place(source.data(), source.size(), gap);
         const std::size_t size = source.size();
         std::vector<Target> expected(size + 1);
-        const std::size_t most = (m_portable.*convert)(from, size, expected.data());
+        const std::size_t most = (m_portable.*conversion).simple(from, size, expected.data());
         Target* const to = m_target.end<Target>() - size;
-        const std::size_t done = (m_form.*convert)(from, size, to);
+        const std::size_t done = (m_form.*conversion).simple(from, size, to);
         if (done > most || most - done > 63 || (most == size && done != size) ||
             !std::equal(to, to + done, expected.data()))
             ADD_FAILURE() << sizeof(Source) << " to " << sizeof(Target) << " of " << size
@@ -119,28 +120,22 @@ protected:
     }
 
     void check(const std::vector<unsigned char>& bytes, std::size_t gap = 0) {
-        compare(bytes, gap, &kernels::unicode_form::measure_8_to_16,
-                &kernels::unicode_form::utf8_to_utf16);
-        compare(bytes, gap, &kernels::unicode_form::measure_8_to_32,
-                &kernels::unicode_form::utf8_to_utf32);
-        compare(bytes, gap, &kernels::unicode_form::simple_8_to_16);
-        compare(bytes, gap, &kernels::unicode_form::simple_8_to_32);
+        compare(bytes, gap, &kernels::unicode_form::utf8_to_utf16);
+        compare(bytes, gap, &kernels::unicode_form::utf8_to_utf32);
+        compare_simple(bytes, gap, &kernels::unicode_form::utf8_to_utf16);
+        compare_simple(bytes, gap, &kernels::unicode_form::utf8_to_utf32);
     }
     void check(const std::vector<unsigned short>& units, std::size_t gap = 0) {
-        compare(units, gap, &kernels::unicode_form::measure_16_to_8,
-                &kernels::unicode_form::utf16_to_utf8);
-        compare(units, gap, &kernels::unicode_form::measure_16_to_32,
-                &kernels::unicode_form::utf16_to_utf32);
-        compare(units, gap, &kernels::unicode_form::simple_16_to_8);
-        compare(units, gap, &kernels::unicode_form::simple_16_to_32);
+        compare(units, gap, &kernels::unicode_form::utf16_to_utf8);
+        compare(units, gap, &kernels::unicode_form::utf16_to_utf32);
+        compare_simple(units, gap, &kernels::unicode_form::utf16_to_utf8);
+        compare_simple(units, gap, &kernels::unicode_form::utf16_to_utf32);
     }
     void check(const std::vector<wchar_t>& points, std::size_t gap = 0) {
-        compare(points, gap, &kernels::unicode_form::measure_32_to_8,
-                &kernels::unicode_form::utf32_to_utf8);
-        compare(points, gap, &kernels::unicode_form::measure_32_to_16,
-                &kernels::unicode_form::utf32_to_utf16);
-        compare(points, gap, &kernels::unicode_form::simple_32_to_8);
-        compare(points, gap, &kernels::unicode_form::simple_32_to_16);
+        compare(points, gap, &kernels::unicode_form::utf32_to_utf8);
+        compare(points, gap, &kernels::unicode_form::utf32_to_utf16);
+        compare_simple(points, gap, &kernels::unicode_form::utf32_to_utf8);
+        compare_simple(points, gap, &kernels::unicode_form::utf32_to_utf16);
     }
 
     const kernels::unicode_form& m_portable = kernels::unicode_portable;

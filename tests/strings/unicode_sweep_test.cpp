@@ -47,13 +47,17 @@ points bytes_of(const std::string& text) {
     return result;
 }
 
-// Every operation that reads UTF-8, on one string.
-void check_utf8(const ustring8& text) {
+void check_conversions_of_utf8(const ustring8& text) {
     const points expected_32 = unicode_oracle::utf8_to_utf32(text);
     const points expected_16 = unicode_oracle::utf8_to_utf16(text).values;
     if (values(utf8_to_utf32(text)) != expected_32 || values(utf8_to_utf16(text)) != expected_16)
         FAIL() << show(bytes_of(text)) << "\ngives 32: " << show(values(utf8_to_utf32(text)))
                << "\ngives 16: " << show(values(utf8_to_utf16(text)));
+}
+
+// Every operation that reads UTF-8, on one string.
+void check_utf8(const ustring8& text) {
+    check_conversions_of_utf8(text);
     for (std::size_t at = 0; at <= text.size(); ++at) {
         long point = '?';
         const std::size_t taken =
@@ -73,13 +77,19 @@ void check_utf8(const ustring8& text) {
     }
 }
 
-// Every operation that reads UTF-16. The string must not begin with 0xFFFE.
-void check_utf16(const points& units) {
+// The string must not begin with 0xFFFE.
+void check_conversions_of_utf16(const points& units) {
     const ustring16 text = from_values<ustring16>(units);
     if (utf16_to_utf8(text) != unicode_oracle::utf16_to_utf8(units) ||
         values(utf16_to_utf32(text)) != unicode_oracle::utf16_to_utf32(units).values)
         FAIL() << show(units) << "\ngives 8: " << show(bytes_of(utf16_to_utf8(text)))
                << "\ngives 32: " << show(values(utf16_to_utf32(text)));
+}
+
+// Every operation that reads UTF-16.
+void check_utf16(const points& units) {
+    check_conversions_of_utf16(units);
+    const ustring16 text = from_values<ustring16>(units);
     for (std::size_t at = 0; at <= units.size(); ++at) {
         if (character_index(text, at) != unicode_oracle::character_index(units, at))
             FAIL() << show(units) << "character_index of " << at;
@@ -224,7 +234,33 @@ TEST(UnicodeSweep, ACharacterAtAnyPositionOfAnAsciiRunIsFound) {
     }
 }
 
-// Short results are built on the stack, long ones on the heap and in blocks.
+// A string that begins with units of one kind may be converted on the assumption that all are.
+TEST(UnicodeSweep, ACharacterAtAnyPositionOfALongStringIsFound) {
+    const std::vector<points> characters = {{},         {0xE9},     {0x20AC}, {0xFFFF}, {0x1F600},
+                                            {0x10FFFF}, {0x110000}, {0xD800}, {0xDC00}, {-1}};
+    for (const long filling : {'a' + 0L, 0x42FL, 0xC544L, 0x1F600L})
+        for (const std::size_t length : {255u, 256u, 300u, 517u})
+            for (std::size_t at = 0; at < length; at += at < 66 || length - at < 4 ? 1 : 29)
+                for (const points& character : characters) {
+                    points text(length, filling);
+                    text.insert(text.begin() + static_cast<long>(at), character.begin(),
+                                character.end());
+                    check_utf32(text);
+                    points units;
+                    for (const long point : text)
+                        if (point >= 0x10000 && point < 0x110000) {
+                            units.push_back(0xD7C0 + (point >> 10));
+                            units.push_back(0xDC00 + (point & 0x3FF));
+                        } else {
+                            units.push_back(point & 0xFFFF);
+                        }
+                    check_conversions_of_utf16(units);
+                    const ustring8 bytes = unicode_oracle::utf32_to_utf8(text);
+                    check_conversions_of_utf8(bytes);
+                    check_conversions_of_utf8(bytes + "\xFFz");
+                }
+}
+
 TEST(UnicodeSweep, StringsOfEveryLengthUpToAThousandUnitsAreComplete) {
     points text;
     const long cycle[] = {'a', 0xE9, 0x20AC, 0x1F600, 'z', 0x42F};
