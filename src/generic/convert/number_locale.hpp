@@ -10,23 +10,45 @@
 #include <cfenv>
 #include <cstring>
 #include <locale>
+#include <new>
+#include <type_traits>
 
 namespace TOVA_2_18 {
 namespace generic {
 namespace convert {
 namespace detail {
 
+inline const std::locale& classic_locale() {
+    static const std::locale& classic = std::locale::classic();
+    return classic;
+}
+
+// The classic locale has one representation, so that equal bytes are enough.
+inline bool represents_classic(const std::locale& locale) {
+    return std::memcmp(&locale, &classic_locale(), sizeof locale) == 0;
+}
+
 /// Whether streams of this locale read and write numbers as in C. A locale with a facet of its own
 /// has no name and never equals the classic one.
 inline bool is_classic(const std::locale& locale) {
-    static const std::locale& classic = std::locale::classic();
-    // The classic locale has one representation, and a call is needed only for other locales.
-    return std::memcmp(&locale, &classic, sizeof locale) == 0 || locale == classic;
+    return represents_classic(locale) || locale == classic_locale();
 }
 
 /// The same for the global C++ locale, which new streams get.
 inline bool is_global_classic() {
+#if defined(__GLIBCXX__)
+    // The classic locale isn't counted, so its destructor does nothing. It would take as long as
+    // reading the locale does, so it is called for other locales only.
+    std::aligned_storage<sizeof(std::locale), alignof(std::locale)>::type memory;
+    const std::locale* const global = new (&memory) std::locale;
+    if (represents_classic(*global))
+        return true;
+    const bool is_equal = *global == classic_locale();
+    global->~locale();
+    return is_equal;
+#else
     return is_classic(std::locale());
+#endif
 }
 
 /// Whether the C library reads and writes numbers to nearest, ties to even.

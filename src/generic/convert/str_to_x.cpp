@@ -332,16 +332,21 @@ Result extract_by_stream(const strings::ustring8& text, const std::locale& local
 }
 
 template <typename Result>
-Result extract(const strings::ustring8& text, const std::locale& locale) {
-    if (!detail::is_classic(locale))
-        return extract_by_stream<Result>(text, locale);
+inline Result extract_as_in_c(const strings::ustring8& text) {
     Result value;
     return detail::read_floating(text.data(), text.size(), value) ? value : Result(0);
 }
 
 template <typename Result>
-Result extract(const strings::ustring8& text) {
-    return extract<Result>(text, std::locale());
+inline Result extract(const strings::ustring8& text, const std::locale& locale) {
+    return detail::is_classic(locale) ? extract_as_in_c<Result>(text)
+                                      : extract_by_stream<Result>(text, locale);
+}
+
+template <typename Result>
+inline Result extract(const strings::ustring8& text) {
+    return detail::is_global_classic() ? extract_as_in_c<Result>(text)
+                                       : extract_by_stream<Result>(text, std::locale());
 }
 
 }  // namespace
