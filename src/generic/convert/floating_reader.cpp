@@ -73,10 +73,12 @@ inline bool is_blank(char unit) {
 
 // Steps over digits and appends them to the number, which wraps if there are too many. All digits
 // of a word are taken at once: a loop over them would mispredict its end. Where there are eight,
-// the next place is known before they are counted.
-inline const char* take_digits(const char* at, const char* end, unsigned long& number) {
+// the next place is known before they are counted. `load` returns the next characters.
+template <typename Load>
+__attribute__((always_inline)) inline const char* take_digits(const char* at, unsigned long& number,
+                                                              const Load& load) {
     for (;; at += 8) {
-        const unsigned long word = load_up_to_eight(at, static_cast<unsigned long>(end - at));
+        const unsigned long word = load(at);
         const int count = count_digits(word);
         if (count != 8) {
             number = number * small_powers[count] + leading_digits(word, count);
@@ -86,11 +88,32 @@ inline const char* take_digits(const char* at, const char* end, unsigned long& n
     }
 }
 
+const char* take_digits(const char* at, const char* end, unsigned long& number) {
+    return take_digits(at, number, [end](const char* from) {
+        return load_up_to_eight(from, static_cast<unsigned long>(end - from));
+    });
+}
+
+// What `load_up_to_eight` loads from a place after at least eight other characters of the string.
+// The last few are the upper bytes of the last eight, which takes no branch on their number.
+inline unsigned long load_later(const char* at, const char* end) {
+    const unsigned long left = static_cast<unsigned long>(end - at);
+    return left >= 8 ? load_eight(at) : load_eight(end - 8) >> (8 * (7 - left)) >> 8;
+}
+
+__attribute__((always_inline)) inline const char* take_later_digits(const char* at, const char* end,
+                                                                    unsigned long& number) {
+    return take_digits(at, number, [end](const char* from) { return load_later(from, end); });
+}
+
 // The sign and the digits of an exponent. Returns false if there are no digits.
-inline bool take_exponent(const char* at, const char* end, long& exponent) {
+__attribute__((always_inline)) inline bool take_exponent(const char* begin, const char* at,
+                                                         const char* end, long& exponent) {
     const bool negative = *at == '-';
     at += negative || *at == '+' ? 1 : 0;
-    const unsigned long word = load_up_to_eight(at, static_cast<unsigned long>(end - at));
+    const unsigned long word = at - begin >= 8
+                                   ? load_later(at, end)
+                                   : load_up_to_eight(at, static_cast<unsigned long>(end - at));
     const int count = count_digits(word);
     if (count == 0)
         return false;
@@ -148,7 +171,7 @@ bool scan(const char* at, const char* end, decimal& number) {
     number.end = at;
     if (!has_digits)
         return false;
-    if ((*at == 'e' || *at == 'E') && !take_exponent(at + 1, end, exponent))
+    if ((*at == 'e' || *at == 'E') && !take_exponent(begin, at + 1, end, exponent))
         return false;
 
     number.exponent_of_all = exponent;
@@ -180,12 +203,12 @@ __attribute__((always_inline)) inline bool scan_usual(const char* text, const ch
     long count;
     if (before_point == 8) {
         number.digits = eight_digits(word ^ ascii_zeros);
-        at = take_digits(at + 8, end, number.digits);
+        at = take_later_digits(at + 8, end, number.digits);
         count = at - begin;
         number.exponent = 0;
         if (*at == '.') {
             const char* const fraction = at + 1;
-            at = take_digits(fraction, end, number.digits);
+            at = take_later_digits(fraction, end, number.digits);
             number.exponent = fraction - at;
             count -= number.exponent;
         }
@@ -205,13 +228,13 @@ __attribute__((always_inline)) inline bool scan_usual(const char* text, const ch
         number.digits = leading_digits(digits, static_cast<int>(count));
         at += count;
         if (has_point && count == 7) {
-            at = take_digits(begin + 8, end, number.digits);
+            at = take_later_digits(begin + 8, end, number.digits);
             count = at - begin - 1;
         }
         number.exponent = before_point - count;
     }
     return static_cast<unsigned long>(count - 1) < most_digits &&
-           ((*at != 'e' && *at != 'E') || take_exponent(at + 1, end, number.exponent));
+           ((*at != 'e' && *at != 'E') || take_exponent(begin, at + 1, end, number.exponent));
 }
 
 // --- One division or multiplication ------------------------------------------------------------
@@ -235,11 +258,11 @@ const double exact_powers<double>::value[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,
 const float exact_powers<float>::value[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f,
                                             1e6f, 1e7f, 1e8f, 1e9f, 1e10f};
 
-// Whether the digits and the power of ten are exact in the format.
+// Whether the power of ten is exact in the format, and the digits as an integer of `bits` bits.
 template <typename Floating>
-inline bool is_exact(const usual_number& number) {
+inline bool is_exact(const usual_number& number, int bits) {
     const unsigned long last = exact_powers<Floating>::last;
-    return number.digits >> std::numeric_limits<Floating>::digits == 0 &&
+    return number.digits >> bits == 0 &&
            static_cast<unsigned long>(number.exponent) + last <= 2 * last;
 }
 
@@ -510,30 +533,32 @@ __attribute__((always_inline)) inline bool read_usual(const char* text, const ch
     usual_number number;
     if (!scan_usual(text, end, number) || !rounds_to_nearest())
         return false;
-    if (is_exact<Floating>(number) && computes_to_nearest()) {
-        value = quotient<Floating>(number);
-        return true;
+    // Of the numbers with all digits that a double can have, about half are exact. A branch on that
+    // would be mispredicted, so they are left to the product, which can tell for nearly all.
+    const int exact_bits = std::numeric_limits<Floating>::digits;
+    if (!is_exact<Floating>(number, exact_bits - 4)) {
+        unsigned long bits;
+        if (nearest_usual<Floating>(number, bits)) {
+            set_bits(bits, number.negative, value);
+            return true;
+        }
+        if (!is_exact<Floating>(number, exact_bits))
+            return false;
     }
-    unsigned long bits;
-    if (!nearest_usual<Floating>(number, bits))
+    if (!computes_to_nearest())
         return false;
-    set_bits(bits, number.negative, value);
+    value = quotient<Floating>(number);
     return true;
-}
-
-template <typename Floating>
-inline bool read(const char* text, const char* end, Floating& value) {
-    return read_usual(text, end, value) || read_any(text, end, value);
 }
 
 }  // namespace
 
 bool read_floating(const char* text, std::size_t length, float& value) {
-    return read(text, text + length, value);
+    return read_usual(text, text + length, value) || read_any(text, text + length, value);
 }
 
 bool read_floating(const char* text, std::size_t length, double& value) {
-    return read(text, text + length, value);
+    return read_usual(text, text + length, value) || read_any(text, text + length, value);
 }
 
 bool read_floating(const char* text, std::size_t length, long double& value) {
