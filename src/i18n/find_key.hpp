@@ -24,28 +24,23 @@ namespace detail {
 const std::size_t front_size = 16;  // bytes
 
 // Masks for the first bytes of a front, indexed by the number of bytes.
-struct front_bits {
-    std::uint64_t high;
-    std::uint64_t low;
-};
-
-class front_bits_table {
+class front_masks_table {
 public:
-    constexpr front_bits_table() : m_bits() {
+    constexpr front_masks_table() : high(), low() {
         for (std::size_t count = 1; count <= front_size; ++count) {
             const std::size_t in_high = count < 8 ? count : 8;
             const std::size_t in_low = count - in_high;
-            m_bits[count].high = ~std::uint64_t{0} << (64 - 8 * in_high);
-            m_bits[count].low = in_low == 0 ? 0 : ~std::uint64_t{0} << (64 - 8 * in_low);
+            high[count] = ~std::uint64_t{0} << (64 - 8 * in_high);
+            low[count] = in_low == 0 ? 0 : ~std::uint64_t{0} << (64 - 8 * in_low);
         }
     }
-    const front_bits& operator[](std::size_t count) const { return m_bits[count]; }
 
-private:
-    front_bits m_bits[front_size + 1];
+    // Two arrays, whose elements have addresses that the processor computes in a load.
+    std::uint64_t high[front_size + 1];
+    std::uint64_t low[front_size + 1];
 };
 
-constexpr front_bits_table all_front_bits;
+constexpr front_masks_table front_masks;
 
 // The first bytes of a key as a big-endian number, in which NUL bytes follow the end of the key.
 struct key_front {
@@ -54,10 +49,13 @@ struct key_front {
         std::uint64_t words[2];
         static_assert(sizeof words == front_size, "front");
         std::memcpy(words, key.data(), front_size);
-        const front_bits& used = all_front_bits[key.size() < front_size ? key.size() : front_size];
-        high = __builtin_bswap64(words[0]) & used.high;
-        low = __builtin_bswap64(words[1]) & used.low;
+        const std::size_t used = key.size() < front_size ? key.size() : front_size;
+        high = __builtin_bswap64(words[0]) & front_masks.high[used];
+        low = __builtin_bswap64(words[1]) & front_masks.low[used];
     }
+
+    __extension__ typedef unsigned __int128 uint128;
+    uint128 number() const { return static_cast<uint128>(high) << 64 | low; }
 
     std::uint64_t high;
     std::uint64_t low;
@@ -79,18 +77,33 @@ public:
             const key_front front(const_iterator(node)->first);
             const node_pointer left = node->_M_left;
             const node_pointer right = node->_M_right;
+            // The children arrive in the cache while this node is compared.
+            prefetch(left);
+            prefetch(right);
             if (front.high == wanted.high && front.low == wanted.low)
                 return find_in_full(node, key);
-            // Compares numbers of 128 bits without a branch.
-            const bool is_low_below = front.low < wanted.low;
-            const bool is_below =
-                (front.high < wanted.high) | ((front.high == wanted.high) & is_low_below);
-            node = is_below ? right : left;
+            node = choose(front.number() < wanted.number(), left, right);
         }
         return nullptr;
     }
 
 private:
+    // Requests the middle of a node's key; a node may be null.
+    static void prefetch(node_pointer node) {
+        const std::uintptr_t place = reinterpret_cast<std::uintptr_t>(node) +
+                                     sizeof(std::_Rb_tree_node_base) +
+                                     sizeof(strings::ustring8) / 2;
+        __builtin_prefetch(reinterpret_cast<const void*>(place));
+    }
+
+    // Compilers make a branch of a condition here, which is mispredicted half of the time.
+    static node_pointer choose(bool second, node_pointer left, node_pointer right) {
+        const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(left);
+        const std::uintptr_t difference = first ^ reinterpret_cast<std::uintptr_t>(right);
+        const std::uintptr_t mask = std::uintptr_t{0} - std::uintptr_t{second};
+        return reinterpret_cast<node_pointer>(first ^ (difference & mask));
+    }
+
     // Most keys are found at the first node whose front is equal.
     __attribute__((noinline)) static node_pointer find_in_full(node_pointer node,
                                                                const strings::ustring8& key) {
