@@ -51,6 +51,7 @@
 
 #include <cctype>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 // The loop over constructs is one function, so that the cursor stays in a register.
@@ -79,6 +80,7 @@ namespace detail {
 ///     const char* element_end(piece name, const char* cursor);
 ///     const char* empty_element_end(const char* cursor);  // of the innermost element
 ///     const char* space(piece text, const char* cursor);
+///     void compose(ustring8& into, piece before, char byte);  // appends both
 ///
 /// and these with a piece or a string:
 ///
@@ -108,16 +110,23 @@ public:
                 cursor = take_within_tag(cursor);
                 continue;
             }
-            cursor = take_space(cursor);
-            if (cursor == m_end)
-                break;
-            // The handler may have entered a tag by parsing.
-            if (m_context.in_tag())
-                cursor = take_within_tag(cursor);
-            else if (*cursor == '<')
-                cursor = take_markup(cursor);
-            else
-                cursor = take_text(cursor);
+            // Most markup has no whitespace before it.
+            m_space = piece(cursor, cursor);
+            if (cursor == m_end || *cursor != '<') {
+                cursor = take_space(cursor);
+                if (cursor == m_end)
+                    break;
+                // The handler may have entered a tag by parsing.
+                if (m_context.in_tag()) {
+                    cursor = take_within_tag(cursor);
+                    continue;
+                }
+                if (*cursor != '<') {
+                    cursor = take_text(cursor);
+                    continue;
+                }
+            }
+            cursor = take_markup(cursor);
         }
         m_context.move_to(cursor);
         // Contract: the end of the document reports line 0, whether an element is open or not.
@@ -210,6 +219,14 @@ private:
         m_context.forget_attributes();
         cursor = after(m_context.element_start(name, end - 1));
         m_root_seen = true;
+        return end_of_tag(cursor + 1);
+    }
+
+    // Most names are followed by the '>' of their tag, which needs no round of its own.
+    TOVA_INLINE const char* end_of_tag(const char* cursor) {
+        if (byte(cursor) != '>' || !m_context.in_tag())
+            return cursor;
+        m_context.in_tag() = false;
         return cursor + 1;
     }
 
@@ -227,7 +244,7 @@ private:
         }
         if (end == m_end)
             fail(parse_error::unexpected_end, end - 1);
-        return after(m_context.element_end(name, end - 1)) + 1;
+        return end_of_tag(after(m_context.element_end(name, end - 1)) + 1);
     }
 
     TOVA_INLINE const char* take_empty_element_end(const char* cursor) {
@@ -322,15 +339,40 @@ private:
 
     // Appends the bytes before a reference and the byte that it means, and moves the beginning past
     // it.
-    void take_reference(const char*& begin, const char* reference) {
-        m_composed.append(begin, reference);
-        begin = reference;
-        m_composed.push_back(read_reference(begin));
-        ++begin;
+    TOVA_INLINE void take_reference(const char*& begin, const char* reference) {
+        const piece before(begin, reference);
+        char meant = usual_reference(reference);
+        if (meant == '\0')
+            meant = read_reference(reference);
+        m_context.compose(m_composed, before, meant);
+        begin = reference + 1;
+    }
+
+    // The byte that an entity means, with the cursor moved to its ';'. NUL for another reference,
+    // and close to the end of the document.
+    TOVA_INLINE char usual_reference(const char*& cursor) const {
+        std::uint64_t bytes;
+        if (m_end - cursor < static_cast<std::ptrdiff_t>(sizeof bytes))
+            return '\0';
+        std::memcpy(&bytes, cursor, sizeof bytes);
+        const auto is = [bytes](const char(&entity)[9], unsigned int size) {
+            std::uint64_t wanted;
+            std::memcpy(&wanted, entity, sizeof wanted);
+            return ((bytes ^ wanted) << (64 - 8 * size)) == 0;
+        };
+        if (is("&amp;   ", 5))
+            return cursor += 4, '&';
+        if (is("&lt;    ", 4))
+            return cursor += 3, '<';
+        if (is("&gt;    ", 4))
+            return cursor += 3, '>';
+        if (is("&quot;  ", 6))
+            return cursor += 5, '"';
+        return '\0';
     }
 
     // Moves the cursor to the ';'.
-    char read_reference(const char*& cursor) {
+    __attribute__((noinline)) char read_reference(const char*& cursor) {
         static const struct {
             char text[7];
             unsigned char size;

@@ -24,7 +24,7 @@
 // lines are those of the walk. It leaves the state as the walk would:
 //
 //     in tag           whether the cursor is between a name and the '>'
-//     open elements    their names; `take_usual` leaves at least two
+//     open elements    their names; `take_usual` leaves the root, and with a filter its child
 //     line             line feeds in whitespace
 //     attribute names  those since the last start tag
 //     tag closed       whether no start_tag_end is due
@@ -223,8 +223,8 @@ class flat_tokens::context {
 public:
     context(flat_tokens& tokens, const char* begin, const char* end, const filter* wanted)
         : m_tokens(tokens), m_end(end), m_last(last_block(begin, end)), m_window(m_last),
-          m_filter(wanted), m_tag_start(0), m_tag_depth(0), m_line(0), m_in_tag(false),
-          m_tag_closed(true), m_leaves_out(false) {}
+          m_filter(wanted), m_usual_depth(wanted == nullptr ? 1 : filtered_depth), m_tag_start(0),
+          m_tag_depth(0), m_line(0), m_in_tag(false), m_tag_closed(true), m_leaves_out(false) {}
 
     bool& in_tag() { return m_in_tag; }
     unsigned int& line() { return m_line; }
@@ -237,6 +237,10 @@ public:
     void move_to(const char*) {}
     const char* end() const { return m_end; }
     const char* take_usual(const char* cursor);
+    void compose(ustring8& into, piece before, char byte) const {
+        into.append(before.data, before.size);
+        into.push_back(byte);
+    }
     remainder left() const {
         remainder made;
         for (const piece& name : m_open_elements)
@@ -289,7 +293,7 @@ private:
     static const std::ptrdiff_t construct_size = 8;
 
     // More references than most texts have.
-    static const int most_references = 8;
+    static const int most_references = 64;
 
     struct reference {
         const char* begin;
@@ -347,6 +351,7 @@ private:
     const char* const m_last;  // position at which `take_usual` may begin a construct, or null
     block_window m_window;
     const filter* const m_filter;
+    const std::size_t m_usual_depth;  // open elements that `take_usual` needs and leaves
     std::vector<piece> m_open_elements;
     tag_attributes m_attributes;
     std::size_t m_tag_start;  // the token of the last start tag
@@ -362,9 +367,9 @@ private:
 // states, one in a tag and one in content, and each round consumes a construct or returns. The
 // handlers above do the same for the walk.
 const char* flat_tokens::context::take_usual(const char* cursor) {
-    // The filter is called at the end of a start tag of this depth.
-    if (m_last == nullptr || m_open_elements.size() < filtered_depth ||
-        (!m_tag_closed && m_tag_depth <= filtered_depth))
+    // A filter is called at the end of a start tag of the filtered depth.
+    if (m_last == nullptr || m_open_elements.size() < m_usual_depth ||
+        (m_filter != nullptr && !m_tag_closed && m_tag_depth <= filtered_depth))
         return cursor;
 
     // The state that changes with every construct is in local variables.
@@ -397,7 +402,7 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
         at.tag_closed = true;
     };
     const auto may_close = [this](piece name) {
-        return m_open_elements.size() > filtered_depth &&
+        return m_open_elements.size() > m_usual_depth &&
                !(m_leaves_out && is_same(name, m_left_out));
     };
 

@@ -55,7 +55,37 @@ __attribute__((always_inline)) inline void fill(strings::ustring8& into, const c
     }
 }
 
+/// Appends `size` bytes, which must not belong to the string, and one byte more.
+__attribute__((always_inline)) inline void append(strings::ustring8& to_string, const char* data,
+                                                  std::size_t size, std::size_t readable,
+                                                  char byte) {
+    const std::size_t chunk = 32;
+    const std::size_t most = 2 * chunk;
+    std::string& base = to_string;
+    const std::size_t used = base.size();
+    if (size > most || readable < most || base.capacity() - used <= most) {
+        base.append(data, size);
+        base.push_back(byte);
+        return;
+    }
+    if (used + most >= base.capacity())
+        __builtin_unreachable();  // the code that grows the string is left out
+    base.resize_and_overwrite(used + most + 1, [=](char* bytes, std::size_t) {
+        std::memcpy(bytes + used, data, chunk);
+        if (size > chunk)
+            std::memcpy(bytes + used + chunk, data + chunk, chunk);
+        bytes[used + size] = byte;
+        return used + size + 1;
+    });
+}
+
 #else
+
+inline void append(strings::ustring8& to_string, const char* data, std::size_t size, std::size_t,
+                   char byte) {
+    to_string.append(data, size);
+    to_string.push_back(byte);
+}
 
 inline void fill(strings::ustring8& into, const char* data, std::size_t size, std::size_t) {
     into.assign(data, size);

@@ -31,6 +31,8 @@ public:
 private:
     // A string has room for so many bytes, its terminator included, without an allocation.
     static const std::size_t small_size = 16;
+    // An empty string that becomes so long gets the capacity of a copy. A shorter one gets more.
+    static const std::size_t exact_size = 2 * (small_size - 1);
 
     void add(flat_tokens::token_type type, piece value) {
         if (value.empty()) {
@@ -42,6 +44,10 @@ private:
             m_tokens.emplace_back(type, m_empty);
             // The token is in the list, so it isn't constant.
             fill(const_cast<ustring8&>(m_tokens.back().value()), value.data, value.size, readable);
+        } else if (value.size >= exact_size) {
+            m_tokens.emplace_back(type, m_empty);
+            fill(const_cast<ustring8&>(m_tokens.back().value()), value.data, value.size,
+                 value.size);
         } else {
             fill(m_value, value.data, value.size, readable);
             m_tokens.emplace_back(type, m_value);

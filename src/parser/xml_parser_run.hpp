@@ -52,6 +52,11 @@ public:
                                    static_cast<std::size_t>(m_end - name.data));
     }
 
+    void compose(strings::ustring8& into, detail::piece before, char byte) const {
+        detail::append(into, before.data, before.size,
+                       static_cast<std::size_t>(m_end - before.data), byte);
+    }
+
     // Each construct is a separate event.
     const char* take_usual(const char* cursor) const { return cursor; }
 

@@ -121,6 +121,16 @@ TEST(FlatTokens, KeepValuesWithReferencesOfAnyLength) {
     expect_list(document + "</a>");
 }
 
+TEST(FlatTokens, KeepTextWithAnyNumberOfReferences) {
+    std::string document = "<?xml?><a>";
+    std::string text;
+    for (int count = 0; count != 150; ++count) {
+        document += "<b>" + text + "</b>";
+        text += std::string(static_cast<std::size_t>(count % 7), 'x') + "&gt;";
+    }
+    expect_list(document + text + "</a>");
+}
+
 TEST(FlatTokens, EqualTheListForRandomDocuments) {
     const char* const words[] = {
         "<a>",         "</a>",  "<b x='1'",         "/>",     ">",   " ",         "\n ",

@@ -749,7 +749,29 @@ TEST(XmlParserReferences, RejectTheAmpersandOfAWordThatBeginsLikeAnEntity) {
                   read("<?xml?>x&" + word));
         EXPECT_EQ((outcome{{"start a"}, known_letter ? 5 : 7, 0, known_letter ? "&" : ""}),
                   read("<?xml?><a b='&" + word));
+        EXPECT_EQ((outcome{{}, known_letter ? 5 : 7, 0, known_letter ? "&" : ""}),
+                  read("<?xml?>x&" + word + "x and much more"));
     }
+}
+
+// Each reference after any number of bytes, with any number of bytes after it.
+TEST(XmlParserReferences, AreResolvedAtEveryDistanceFromOthersAndFromTheEnd) {
+    const struct {
+        const char* reference;
+        char meant;
+    } cases[] = {{"&amp;", '&'},  {"&apos;", '\''}, {"&gt;", '>'},  {"&lt;", '<'},
+                 {"&nbsp;", ' '}, {"&quot;", '"'},  {"&#65;", 'A'}, {"&#x42;", 'B'}};
+    for (const auto& c : cases)
+        for (std::size_t before = 0; before < 140; before += 1 + before / 40)
+            for (std::size_t after = 0; after < 80; ++after) {
+                const std::string start = "-" + std::string(before, 'b');
+                const std::string end(after, 'a');
+                const std::string written = start + c.reference + start + c.reference + end;
+                const std::string meant = start + c.meant + start + c.meant + end;
+                ASSERT_EQ((outcome{{"text " + meant}, 0, 0, ""}), read("<?xml?>" + written));
+                ASSERT_EQ((outcome{{"start a", "attribute b=" + meant}, 6, 0, "b"}),
+                          read("<?xml?><a b='" + written));
+            }
 }
 
 TEST(XmlParserReferences, ReturnUnknownEntityForAnyOtherByteAfterTheAmpersand) {

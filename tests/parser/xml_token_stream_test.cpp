@@ -294,6 +294,23 @@ TEST(XmlTokenStream, HoldsTheTokensOfManyElements) {
     EXPECT_EQ(300003u, stream.size());
 }
 
+// Values of every size, which are not followed by any other bytes at the end. Each has the capacity
+// of a copy.
+TEST(XmlTokenStream, HoldsValuesOfAnySizeInNoMoreMemoryThanACopy) {
+    for (std::size_t size = 1; size != 200; ++size) {
+        const ustring8 value(std::string(size, 'v'));
+        xml_token_stream stream;
+        stream.parse(ustring8("<?xml?><a><b x='" + value + "'>" + value + "</b></a>" + value));
+        int count = 0;
+        for (const auto& one : stream)
+            if (one.value() == value) {
+                ++count;
+                EXPECT_EQ(ustring8(value).capacity(), one.value().capacity()) << size;
+            }
+        EXPECT_EQ(3, count) << size;
+    }
+}
+
 // A name, a value and pieces of text that are too long for a string without an allocation.
 const char long_document[] =
     "<?xml?><a_name_of_many_letters an_attribute_of_many_letters='a value of many letters'>"
