@@ -36,21 +36,17 @@ extern const byte_form bytes_avx2;
 extern const byte_form bytes_avx512;
 #endif
 
+// The forms by their level.
+#if defined(__x86_64__)
+constexpr const byte_form* byte_forms[] = {&bytes_portable, &bytes_sse2, &bytes_avx2,
+                                           &bytes_avx512};
+#else
+constexpr const byte_form* byte_forms[] = {&bytes_portable};
+#endif
+
 // The form for a level.
 inline const byte_form& bytes(TOVA_2_18::detail::cpu_form level) {
-#if defined(__x86_64__)
-    switch (level) {
-    case TOVA_2_18::detail::cpu_form::avx512:
-        return bytes_avx512;
-    case TOVA_2_18::detail::cpu_form::avx2:
-        return bytes_avx2;
-    case TOVA_2_18::detail::cpu_form::sse2:
-        return bytes_sse2;
-    case TOVA_2_18::detail::cpu_form::portable:
-        break;
-    }
-#endif
-    return bytes_portable;
+    return *byte_forms[static_cast<int>(level)];
 }
 
 // The form for the processor that runs the program.

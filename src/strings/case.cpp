@@ -13,11 +13,11 @@ namespace {
 
 // Case is mapped one unit at a time, so a character of several units never changes as a whole. The
 // tables are those of the current locale, so each call passes the table to the kernel for bytes.
-void lower_units(const char* from, std::size_t size, char* to) {
+inline void lower_units(const char* from, std::size_t size, char* to) {
     kernels::bytes().map(from, size, to, *__ctype_tolower_loc());
 }
 
-void upper_units(const char* from, std::size_t size, char* to) {
+inline void upper_units(const char* from, std::size_t size, char* to) {
     kernels::bytes().map(from, size, to, *__ctype_toupper_loc());
 }
 
@@ -36,7 +36,6 @@ void upper_units(const Unit* from, std::size_t size, Unit* to) {
 template <typename String>
 String lower_all(const String& text) {
     String result;
-    result.reserve(text.size());
     detail::append_unfilled(result, text.size(), [&](typename String::value_type* to) {
         lower_units(text.data(), text.size(), to);
         return text.size();
@@ -47,7 +46,6 @@ String lower_all(const String& text) {
 template <typename String>
 String upper_all(const String& text) {
     String result;
-    result.reserve(text.size());
     detail::append_unfilled(result, text.size(), [&](typename String::value_type* to) {
         upper_units(text.data(), text.size(), to);
         return text.size();

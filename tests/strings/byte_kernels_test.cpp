@@ -76,8 +76,17 @@ TEST_P(ByteKernels, MapEveryLengthAtEveryAlignmentByAnyTable) {
     almost[128 + 'q'] = 'x';
     std::vector<int> almost_too(*__ctype_toupper_loc() - 128, *__ctype_toupper_loc() + 256);
     almost_too[10] = 'x';
-    const int* const tables[] = {*__ctype_tolower_loc(), *__ctype_toupper_loc(), &other[128],
-                                 &almost[128], &almost_too[128]};
+    // Tables that map ASCII as the locale "C" does, and one other byte.
+    std::vector<int> upper_half(*__ctype_tolower_loc() - 128, *__ctype_tolower_loc() + 256);
+    upper_half[128 - 3] = 'x';
+    std::vector<int> upper_half_too(*__ctype_toupper_loc() - 128, *__ctype_toupper_loc() + 256);
+    upper_half_too[0] = 'x';
+    // Only the low bits of an entry count.
+    std::vector<int> wide(*__ctype_tolower_loc() - 128, *__ctype_tolower_loc() + 256);
+    wide[128 + 'z'] += 256;
+    const int* const tables[] = {
+        *__ctype_tolower_loc(), *__ctype_toupper_loc(), &other[128],          &almost[128],
+        &almost_too[128],       &upper_half[128],       &upper_half_too[128], &wide[128]};
     for (const int* table : tables)
         for (std::size_t length = 0; length <= 700; ++length) {
             const std::string bytes = random_bytes(random, length, length % 3 == 0);
