@@ -12,14 +12,18 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <iostream>
 #include <map>
 #include <string>
 #include <vector>
 
 // The whole command line of tova-cfg, one function for each command. Each fills the options of its
-// command; the commands themselves are in the folders beside this file. The arguments after "--"
-// are the command line of the program whose settings are read; CLI11 never sees them.
+// command; the commands themselves are in the folders beside this file.
+//
+// In show, get and explain, the arguments after "--" are the command line of the program whose
+// settings are read; CLI11 never sees them. In the others "--" ends the options as usual, so that
+// set can store a value that begins with "-".
 
 namespace tova_programs::cfg {
 
@@ -148,7 +152,10 @@ void tool::add_set() {
                            [this] { return run_set(m_set, std::cout, std::cerr, out_style()); });
     command.add_option("FILE", m_set.file, "a settings file")->required();
     command.add_option("KEY", m_set.key, "the setting")->required();
-    command.add_option("VALUE", m_set.values, "the value; several values make an array")
+    command
+        .add_option("VALUE", m_set.values,
+                    "the value; several values make an array; write -- before values that begin "
+                    "with -")
         ->required();
     command.add_flag("--array", m_set.is_array, "store an array, even of one value");
     command.add_flag("--create", m_set.creates, "create the file if it does not exist");
@@ -183,15 +190,15 @@ void tool::add_check() {
         .add_option("--fail-on", m_check.fail_on,
                     "the least severity that makes the exit code 1 (default: warning)")
         ->check(CLI::IsMember({"error", "warning", "note", "never"}));
-    command.add_option("--only", m_check.check.only, "report these rules only")
+    known_words(command.add_option("--only", m_check.check.only, "report these rules only"),
+                rules().ids(), "rule")
         ->delimiter(',')
         ->allow_extra_args(false)
-        ->check(CLI::IsMember(rules().ids()))
         ->type_name("RULES");
-    command.add_option("--ignore", m_check.check.ignored, "do not report these rules")
+    known_words(command.add_option("--ignore", m_check.check.ignored, "do not report these rules"),
+                rules().ids(), "rule")
         ->delimiter(',')
         ->allow_extra_args(false)
-        ->check(CLI::IsMember(rules().ids()))
         ->type_name("RULES");
     command.add_flag("--fix", m_check.fixes, "change the files where the fix is certain");
     command.add_flag("--dry-run", m_check.is_dry_run, "with --fix: only show the changes");
@@ -266,14 +273,25 @@ void tool::add_schema_command() {
                      "FILE is a settings file: write a schema that fits it");
 }
 
+// Whether the command is one that reads the settings of a program with its arguments.
+bool takes_program_arguments(const std::vector<std::string>& words) {
+    for (std::size_t i = 1; i < words.size(); ++i)
+        if (words[i] == "--color")
+            ++i;
+        else if (words[i].compare(0, 1, "-") != 0)
+            return words[i] == "show" || words[i] == "get" || words[i] == "explain";
+    return false;
+}
+
 }  // namespace
 
 }  // namespace tova_programs::cfg
 
 int main(int argc, char** argv) {
-    int own = 0;
-    while (own < argc && std::string(argv[own]) != "--")
-        ++own;
+    const std::vector<std::string> words(argv, argv + argc);
+    int own = argc;
+    if (tova_programs::cfg::takes_program_arguments(words))
+        own = static_cast<int>(std::find(words.begin(), words.end(), "--") - words.begin());
     const std::vector<std::string> arguments(argv + (own < argc ? own + 1 : argc), argv + argc);
     return tova_programs::cfg::tool(arguments).run(own, argv);
 }

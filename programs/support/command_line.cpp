@@ -3,6 +3,7 @@
 #include "support/completion.hpp"
 #include "support/exit_code.hpp"
 #include "support/manual.hpp"
+#include "support/suggestion.hpp"
 #include "support/text_file.hpp"
 
 #include <CLI/CLI.hpp>
@@ -18,6 +19,22 @@ namespace {
 
 const std::map<std::string, color_mode> color_modes = {
     {"auto", color_mode::automatic}, {"always", color_mode::always}, {"never", color_mode::never}};
+
+bool begins_as_option(const std::string& word) {
+    return word.size() > 1 && word[0] == '-';
+}
+
+std::string in_quotes(const std::string& word) {
+    return '"' + word + '"';
+}
+
+std::vector<std::string> option_names(const CLI::App& app) {
+    std::vector<std::string> result;
+    for (const CLI::Option* const option : app.get_options())
+        for (const std::string& name : option->get_lnames())
+            result.push_back("--" + name);
+    return result;
+}
 
 }  // namespace
 
@@ -54,6 +71,29 @@ void command_line::add_section(const std::string& title, const std::string& text
     m_sections.push_back({title, text});
 }
 
+// The parser first reports what is missing. A word that it does not know is more often the reason,
+// so it is named instead.
+std::string command_line::reason_of(const CLI::ParseError& error) const {
+    const std::vector<std::string> unknown = m_app->remaining(true);
+    const auto command = m_app->get_subcommands();
+    if (command.empty() && !unknown.empty() && !begins_as_option(unknown[0])) {
+        std::vector<std::string> names;
+        for (const auto& each : m_commands)
+            names.push_back(each.first->get_name());
+        return "unknown command " + in_quotes(unknown[0]) + did_you_mean(unknown[0], names);
+    }
+    const auto option = std::find_if(unknown.begin(), unknown.end(), begins_as_option);
+    if (option != unknown.end()) {
+        std::vector<std::string> known = option_names(*m_app);
+        for (const CLI::App* const each : command)
+            for (const std::string& name : option_names(*each))
+                known.push_back(name);
+        const std::string name = option->substr(0, option->find('='));
+        return "unknown option " + in_quotes(name) + did_you_mean(name, known);
+    }
+    return unknown.empty() ? error.what() : "unexpected argument " + in_quotes(unknown[0]);
+}
+
 int command_line::run(int argc, const char* const* argv) {
     try {
         m_app->parse(argc, argv);
@@ -80,8 +120,10 @@ int command_line::run(int argc, const char* const* argv) {
     } catch (const CLI::Success& answer) {
         return m_app->exit(answer);
     } catch (const CLI::ParseError& error) {
-        std::cerr << m_name << ": " << error.what() << "\nRun " << m_name
-                  << " --help for the options.\n";
+        std::cerr << m_name << ": " << reason_of(error) << "\nRun " << m_name;
+        for (const CLI::App* const each : m_app->get_subcommands())
+            std::cerr << ' ' << each->get_name();
+        std::cerr << " --help for the options.\n";
     } catch (const file_error& error) {
         std::cerr << m_name << ": " << error.what() << '\n';
     }
@@ -90,6 +132,17 @@ int command_line::run(int argc, const char* const* argv) {
 
 CLI::Option* value_name(CLI::Option* option, const std::string& name) {
     return option->type_name(name);
+}
+
+CLI::Option* known_words(CLI::Option* option, const std::vector<std::string>& words,
+                         const std::string& kind) {
+    CLI::Validator check = CLI::IsMember(words);  // its description is the list of the words
+    check.operation([words, kind](const std::string& word) -> std::string {
+        if (std::find(words.begin(), words.end(), word) != words.end())
+            return "";
+        return "no " + kind + " is named " + word + did_you_mean(word, words);
+    });
+    return option->check(check);
 }
 
 }  // namespace tova_programs

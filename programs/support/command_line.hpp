@@ -22,6 +22,7 @@
 namespace CLI {
 class App;
 class Option;
+class ParseError;
 }  // namespace CLI
 
 namespace tova_programs {
@@ -55,6 +56,8 @@ public:
     int run(int argc, const char* const* argv);
 
 private:
+    std::string reason_of(const CLI::ParseError& error) const;
+
     std::string m_name;
     std::string m_summary;
     std::string m_version;
@@ -67,5 +70,10 @@ private:
 /// Sets what an option's value is called, and how a shell completes it: "FILE" and "DIR" complete
 /// paths. Returns the option.
 CLI::Option* value_name(CLI::Option* option, const std::string& name);
+
+/// Lets an option have only these words, which shells complete. The error for another one says "no
+/// KIND is named WORD" and suggests the closest, because the list may be long. Returns the option.
+CLI::Option* known_words(CLI::Option* option, const std::vector<std::string>& words,
+                         const std::string& kind);
 
 }  // namespace tova_programs

@@ -106,6 +106,14 @@ public:
     void add(finding found);
     const std::vector<finding>& findings() const { return m_findings; }
 
+    /// Why a file could not be checked. The text form does not show it: the caller does.
+    void add_failure(std::string reason) { m_failures.push_back(std::move(reason)); }
+    const std::vector<std::string>& failures() const { return m_failures; }
+
+    /// What the reader should know about the whole check, for the caller to show.
+    void add_remark(std::string text) { m_remarks.push_back(std::move(text)); }
+    const std::vector<std::string>& remarks() const { return m_remarks; }
+
     /// Orders by file, place and rule, and drops repetitions.
     void sort();
 
@@ -127,6 +135,8 @@ private:
     std::string m_version;
     rule_list m_rules;
     std::vector<finding> m_findings;
+    std::vector<std::string> m_failures;
+    std::vector<std::string> m_remarks;
 };
 
 class line_index;

@@ -83,6 +83,8 @@ void report::write_json(std::ostream& out) const {
     document["counts"] = {{"error", count(severity::error)},
                           {"warning", count(severity::warning)},
                           {"note", count(severity::note)}};
+    if (!m_failures.empty())
+        document["failures"] = m_failures;
     dump(out, document);
 }
 

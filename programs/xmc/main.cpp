@@ -74,15 +74,15 @@ private:
     }
 
     static void add_choice_of_rules(CLI::App& command, check_options& options) {
-        command.add_option("--only", options.only, "report these rules only")
+        known_words(command.add_option("--only", options.only, "report these rules only"),
+                    rules().ids(), "rule")
             ->delimiter(',')
             ->allow_extra_args(false)
-            ->check(CLI::IsMember(rules().ids()))
             ->type_name("RULES");
-        command.add_option("--ignore", options.ignored, "do not report these rules")
+        known_words(command.add_option("--ignore", options.ignored, "do not report these rules"),
+                    rules().ids(), "rule")
             ->delimiter(',')
             ->allow_extra_args(false)
-            ->check(CLI::IsMember(rules().ids()))
             ->type_name("RULES");
     }
 
@@ -127,7 +127,8 @@ void tool::add_check() {
     add_paths(command, m_check.check.paths);
     value_name(command.add_option("--reference", m_check.check.reference,
                                   "the locale whose arguments the others must have (en)"),
-               "LANG");
+               "LANG")
+        ->each([this](const std::string&) { m_check.check.requires_reference = true; });
     command
         .add_option("--fail-on", m_check.fail_on,
                     "the least severity that makes the exit code 1 (warning)")
@@ -161,7 +162,8 @@ void tool::add_coverage() {
     require_paths(command, m_coverage.paths);
     value_name(command.add_option("--reference", m_coverage.reference,
                                   "the locale whose messages count as all (en)"),
-               "LANG");
+               "LANG")
+        ->each([this](const std::string&) { m_coverage.requires_reference = true; });
     command
         .add_option("--format", m_coverage.format,
                     "table, csv, json, or html: one page that needs no other file")
@@ -268,14 +270,15 @@ void tool::add_pseudo() {
 void tool::add_export() {
     CLI::App& command =
         m_line.add_command("export", "write a locale for translators: PO, XLIFF or CSV",
-                           [this] { return run_export(m_export, std::cout); });
+                           [this] { return run_export(m_export, std::cout, std::cerr); });
     require_paths(command, m_export.paths);
     value_name(command.add_option("-l,--lang", m_export.locale,
                                   "the locale to translate into (none: a template)"),
                "LANG");
     value_name(
         command.add_option("--reference", m_export.reference, "the locale to translate from (en)"),
-        "LANG");
+        "LANG")
+        ->each([this](const std::string&) { m_export.requires_reference = true; });
     command.add_option("--format", m_export.format, "po, xliff (1.2), xliff2 (2.0) or csv (po)")
         ->check(CLI::IsMember({"po", "xliff", "xliff2", "csv"}));
     command.add_option("--catalog", m_export.catalogs, "these catalogs only")

@@ -6,6 +6,7 @@
 #include "support/exit_code.hpp"
 #include "support/line_diff.hpp"
 #include "support/progress.hpp"
+#include "support/suggestion.hpp"
 #include "support/text_file.hpp"
 
 #include <nlohmann/json.hpp>
@@ -35,6 +36,8 @@ void fix_files(const report& found, const check_command& command, std::ostream& 
     for (const finding& each : found.findings())
         if (!each.edits.empty())
             by_file[each.file].push_back(&each);
+    if (by_file.empty() && !found.findings().empty() && command.is_dry_run)
+        errors << "tova-cfg: nothing can be fixed automatically\n";
     for (const auto& file : by_file) {
         const std::string before = read_file(file.first);
         std::string after = before;
@@ -69,8 +72,8 @@ int explain_rule(const check_command& command, std::ostream& out, std::ostream& 
     const rule_list all = rules();
     const rule* const found = all.find(command.explained);
     if (found == nullptr) {
-        errors << "tova-cfg: there is no rule \"" << command.explained
-               << "\"; check --list-rules shows them\n";
+        errors << "tova-cfg: no rule is named " << command.explained
+               << did_you_mean(command.explained, all.ids()) << "; check --list-rules lists all\n";
         return exit_usage;
     }
     if (command.format == report_format::json)
@@ -109,20 +112,28 @@ report check(const check_options& options) {
     }
     std::set<std::string> keys;
     progress shown(STDERR_FILENO, "checking", options.files.size());
+    std::vector<std::string> read;
     for (const std::string& path : options.files) {
-        const document file(path, read_file(path));
-        for (const entry& each : file.entries())
-            if (each.is_stored)
-                keys.insert(each.key);
-        add(lint(file, declared));
-        add(lint_save(file));
-        if (!options.written_for.empty())
-            add(lint_written_for(file, options.written_for == "inih" ? ini_dialect::inih
-                                                                     : ini_dialect::configparser));
+        try {
+            const document file(path, read_file(path));
+            read.push_back(path);
+            for (const entry& each : file.entries())
+                if (each.is_stored)
+                    keys.insert(each.key);
+            add(lint(file, declared));
+            add(lint_save(file));
+            if (!options.written_for.empty())
+                add(lint_written_for(file, options.written_for == "inih"
+                                               ? ini_dialect::inih
+                                               : ini_dialect::configparser));
+        } catch (const file_error& error) {
+            result.add_failure(error.what());
+        }
         shown.step();
     }
-    if (!options.files.empty())
-        add(lint_required(options.files, keys, declared));
+    // A required key may be in a file that could not be read.
+    if (!read.empty() && result.failures().empty())
+        add(lint_required(read, keys, declared));
     result.sort();
     return result;
 }
@@ -147,7 +158,12 @@ int run_check(const check_command& command, std::ostream& out, std::ostream& err
     }
     if (!command.fixes || !command.is_dry_run || command.format != report_format::text)
         found.write(out, command.format, colors);
-    return fails(found, command.fail_on) ? exit_findings : exit_clean;
+    out.flush();
+    for (const std::string& each : found.failures())
+        errors << "tova-cfg: " << each << '\n';
+    return !found.failures().empty()       ? exit_usage
+           : fails(found, command.fail_on) ? exit_findings
+                                           : exit_clean;
 }
 
 }  // namespace tova_programs::cfg

@@ -3,6 +3,7 @@
 #include "support/exit_code.hpp"
 #include "support/line_diff.hpp"
 #include "support/progress.hpp"
+#include "support/suggestion.hpp"
 #include "support/text_file.hpp"
 #include "xmc/check/include_graph.hpp"
 #include "xmc/check/lint.hpp"
@@ -49,7 +50,10 @@ public:
         : m_options(options), m_source(source), m_report("tova-xmc", version, rules()) {}
 
     report run() {
-        std::vector<std::string> files = m_source.files(m_options.paths);
+        std::vector<std::string> failures;
+        std::vector<std::string> files = m_source.files(m_options.paths, failures);
+        for (std::string& reason : failures)
+            m_report.add_failure(std::move(reason));
         for (const std::string& path : m_options.paths)
             m_graph.add_root(path);
         std::set<std::string> known;
@@ -63,6 +67,7 @@ public:
                 shown.step();
             }
         }
+        look_for_reference();
         const auto read = [this](const std::string& path) { return m_source.bytes(path); };
         for (finding& found : m_index.findings(m_options.reference, read))
             add(std::move(found));
@@ -73,6 +78,18 @@ public:
     }
 
 private:
+    // Without the reference, no arguments are compared, which would look like agreement.
+    void look_for_reference() {
+        if (!m_report.failures().empty() || m_index.has_locale(m_options.reference))
+            return;
+        if (m_options.requires_reference)
+            throw file_error("no catalog has the locale " + m_options.reference);
+        if (m_index.has_languages() &&
+            is_reported(m_options, finding(*rules().find("argument-mismatch"), "", 0, 0)))
+            m_report.add_remark("arguments are not compared, because no catalog has the locale " +
+                                m_options.reference + "; --reference names another one");
+    }
+
     void add(finding found) {
         if (is_reported(m_options, found))
             m_report.add(std::move(found));
@@ -86,7 +103,13 @@ private:
             add(std::move(found));
             return;
         }
-        const std::shared_ptr<const checked_document> checked = m_source.document(path);
+        std::shared_ptr<const checked_document> checked;
+        try {
+            checked = m_source.document(path);
+        } catch (const file_error& error) {
+            m_report.add_failure(error.what());
+            return;
+        }
         const document& file = checked->file;
         bool has_error = false;
         for (const finding& found : checked->findings) {
@@ -133,13 +156,16 @@ finding finding_of(const document& file, const problem& each, const line_index& 
     return found;
 }
 
-// Applies the certain fixes to each file, or shows what would change.
+// Applies the certain fixes to each file, or shows what would change. Without any, a dry run that
+// finds something says so.
 void fix_files(const report& found, const check_command& command, std::ostream& out,
                std::ostream& errors, const style& colors) {
     std::map<std::string, std::vector<const finding*>> by_file;
     for (const finding& each : found.findings())
         if (!each.edits.empty())
             by_file[each.file].push_back(&each);
+    if (by_file.empty() && !found.findings().empty() && command.is_dry_run)
+        errors << "tova-xmc: nothing can be fixed automatically\n";
     const bool shows_json = command.is_dry_run && command.format == report_format::json;
     json changes = json::array();
     for (const auto& file : by_file) {
@@ -192,7 +218,8 @@ int explain_rule(const std::string& id, bool writes_json, std::ostream& out, std
     const rule_list all = rules();
     const rule* const found = all.find(id);
     if (found == nullptr) {
-        errors << "tova-xmc: there is no rule \"" << id << "\"; check --list-rules shows them\n";
+        errors << "tova-xmc: no rule is named " << id << did_you_mean(id, all.ids())
+               << "; check --list-rules lists all\n";
         return exit_usage;
     }
     if (writes_json)
@@ -237,8 +264,9 @@ bool is_reported(const check_options& options, const finding& found) {
 checked_document::checked_document(std::string path, std::string bytes)
     : file(std::move(path), std::move(bytes)), findings(findings_of(file)) {}
 
-std::vector<std::string> check_source::files(const std::vector<std::string>& paths) {
-    return catalog_files(paths);
+std::vector<std::string> check_source::files(const std::vector<std::string>& paths,
+                                             std::vector<std::string>& failures) {
+    return catalog_files(paths, failures);
 }
 
 bool check_source::has_file(const std::string& path) {
@@ -283,7 +311,13 @@ int run_check(const check_command& command, std::ostream& out, std::ostream& err
     }
     if (!command.fixes || !command.is_dry_run)
         found.write(out, command.format, colors);
-    return fails(found, command.fail_on) ? exit_findings : exit_clean;
+    out.flush();
+    for (const std::vector<std::string>* const list : {&found.remarks(), &found.failures()})
+        for (const std::string& each : *list)
+            errors << "tova-xmc: " << each << '\n';
+    return !found.failures().empty()       ? exit_usage
+           : fails(found, command.fail_on) ? exit_findings
+                                           : exit_clean;
 }
 
 }  // namespace tova_programs::xmc

@@ -16,7 +16,8 @@ namespace tova_programs::xmc {
 
 struct check_options {
     std::vector<std::string> paths;
-    std::string reference = "en";  ///< whose arguments the other locales must have
+    std::string reference = "en";     ///< whose arguments the other locales must have
+    bool requires_reference = false;  ///< whether it is an error that no catalog has it
     std::vector<std::string> only;
     std::vector<std::string> ignored;
 };
@@ -37,9 +38,10 @@ class check_source {
 public:
     virtual ~check_source() = default;
 
-    /// The files for the paths of the options. Raises `file_error` for a path that does not exist,
-    /// and for a folder without catalogs.
-    virtual std::vector<std::string> files(const std::vector<std::string>& paths);
+    /// The files for the paths of the options. Adds a reason to `failures` for a path that does not
+    /// exist, and for a folder without catalogs.
+    virtual std::vector<std::string> files(const std::vector<std::string>& paths,
+                                           std::vector<std::string>& failures);
 
     /// Whether there is such a file. A symbolic link is none, as for the loader.
     virtual bool has_file(const std::string& path);
@@ -53,6 +55,9 @@ public:
 
 /// Checks the files, those that they include, and what they say together. Unless the source keeps
 /// documents, only one is in memory at a time, beside an index of all messages.
+///
+/// A path that cannot be read is a failure of the report, and the others are still checked. Raises
+/// `file_error` if no catalog has a required reference.
 report check(const check_options& options, check_source& source);
 
 /// The same for the files on the disk.

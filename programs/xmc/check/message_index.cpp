@@ -96,6 +96,7 @@ void message_index::add(const document& file) {
     for (const catalog& of : file.catalogs()) {
         const std::uint32_t catalog_name = m_names.number_of(of.name);
         const std::uint32_t locale = m_names.number_of(normalized_locale(of.locale));
+        m_locales.insert(m_names.text(locale));
         for (const message& each : file.messages(of)) {
             entry fresh;
             fresh.catalog = catalog_name;
@@ -108,6 +109,15 @@ void message_index::add(const document& file) {
             m_entries.push_back(fresh);
         }
     }
+}
+
+bool message_index::has_locale(const std::string& locale) const {
+    return m_locales.count(normalized_locale(locale)) != 0;
+}
+
+bool message_index::has_languages() const {
+    return std::any_of(m_locales.begin(), m_locales.end(),
+                       [](const std::string& each) { return !each.empty() && each != "."; });
 }
 
 // The other entry is the one that it disagrees with.

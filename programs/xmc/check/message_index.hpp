@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -35,6 +36,12 @@ private:
 class message_index {
 public:
     void add(const document& file);
+
+    /// Whether a catalog has the locale.
+    bool has_locale(const std::string& locale) const;
+
+    /// Whether a catalog has any locale that a translator writes for: not "." and not none.
+    bool has_languages() const;
 
     /// The findings of the rules about duplicates and arguments, with their places. `read` returns
     /// the bytes of a file again.
@@ -64,6 +71,7 @@ private:
 
     string_pool m_names;
     string_pool m_files;
+    std::set<std::string> m_locales;
     std::vector<entry> m_entries;
     // In the reference locale: the entry `files.other` of a plural, by its catalog and `files`.
     std::map<std::pair<std::uint32_t, std::string>, const entry*> m_plurals;

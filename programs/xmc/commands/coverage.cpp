@@ -2,6 +2,7 @@
 
 #include "support/exit_code.hpp"
 #include "support/table.hpp"
+#include "support/text_file.hpp"
 #include "xmc/check/message_index.hpp"
 #include "xmc/model/documents.hpp"
 #include "xmc/model/locale.hpp"
@@ -349,6 +350,15 @@ int run_coverage(const coverage_options& options, std::ostream& out, std::ostrea
             return exit_usage;
         }
     const std::vector<coverage_cell> cells = coverage(options);
+    if (std::none_of(cells.begin(), cells.end(), [&](const coverage_cell& each) {
+            return each.locale == normalized_locale(options.reference);
+        })) {
+        if (options.requires_reference)
+            throw file_error("no catalog has the locale " + options.reference);
+        if (!cells.empty())
+            errors << "tova-xmc: no catalog has the locale " << options.reference
+                   << ", so the messages of all locales count; --reference names another locale\n";
+    }
     std::ostringstream text;
     if (!options.untranslated_in.empty()) {
         const std::string locale = normalized_locale(options.untranslated_in);

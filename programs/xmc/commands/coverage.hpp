@@ -26,6 +26,7 @@ struct coverage_cell {
 struct coverage_options {
     std::vector<std::string> paths;
     std::string reference = "en";
+    bool requires_reference = false;    ///< whether it is an error that no catalog has it
     std::vector<std::string> minimums;  ///< LOCALE=PERCENT of own messages, `de=95` or `de=95%`
     std::string format = "table";       ///< table, csv, json or html
     std::string untranslated_in;        ///< list the messages that this locale has not itself

@@ -13,11 +13,12 @@ struct export_options {
     std::vector<std::string> catalogs;  ///< empty: all
     std::string locale;                 ///< empty: a template
     std::string reference = "en";
-    std::string format = "po";  ///< po, xliff, xliff2 or csv
-    std::string output;         ///< empty: standard output
+    bool requires_reference = false;  ///< whether it is an error that no catalog has it
+    std::string format = "po";        ///< po, xliff, xliff2 or csv
+    std::string output;               ///< empty: standard output
     bool as_json = false;
 };
 
-int run_export(const export_options& options, std::ostream& out);
+int run_export(const export_options& options, std::ostream& out, std::ostream& errors);
 
 }  // namespace tova_programs::xmc

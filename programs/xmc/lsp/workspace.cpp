@@ -207,7 +207,8 @@ std::string workspace::uri_for(const std::string& path) const {
     return uri_of(path);
 }
 
-std::vector<std::string> workspace::files(const std::vector<std::string>& paths) {
+std::vector<std::string> workspace::files(const std::vector<std::string>& paths,
+                                          std::vector<std::string>& /*failures*/) {
     if (m_listed_generation == m_generation)
         return m_listed;
     m_listed.clear();

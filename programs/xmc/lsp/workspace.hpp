@@ -70,7 +70,8 @@ public:
     /// The client's URI of a file, if it is open; otherwise one for its path.
     std::string uri_for(const std::string& path) const;
 
-    std::vector<std::string> files(const std::vector<std::string>& paths) override;
+    std::vector<std::string> files(const std::vector<std::string>& paths,
+                                   std::vector<std::string>& failures) override;
     bool has_file(const std::string& path) override;
     std::string bytes(const std::string& path) override;
     document_pointer document(const std::string& path) override;

@@ -48,6 +48,15 @@ bool has_catalog_extension(std::string_view path) {
 }
 
 std::vector<std::string> catalog_files(const std::vector<std::string>& paths) {
+    std::vector<std::string> failures;
+    std::vector<std::string> files = catalog_files(paths, failures);
+    if (!failures.empty())
+        throw file_error(failures[0]);
+    return files;
+}
+
+std::vector<std::string> catalog_files(const std::vector<std::string>& paths,
+                                       std::vector<std::string>& failures) {
     std::vector<std::string> files;
     for (const std::string& path : paths) {
         std::error_code error;
@@ -56,11 +65,11 @@ std::vector<std::string> catalog_files(const std::vector<std::string>& paths) {
             add_folder(path, files);
             // Most likely the wrong folder, and nothing to say about it would look like success.
             if (files.size() == count)
-                throw file_error("no catalog below " + path);
+                failures.push_back("no catalog below " + path);
         } else if (fs::exists(path, error)) {
             files.push_back(path);
         } else {
-            throw file_error(path + ": No such file or directory");
+            failures.push_back(path + ": No such file or directory");
         }
     }
     std::set<std::string> seen;

@@ -14,6 +14,10 @@ namespace tova_programs::xmc {
 /// files.
 std::vector<std::string> catalog_files(const std::vector<std::string>& paths);
 
+/// The same, but the reason of each such path is added to `failures`.
+std::vector<std::string> catalog_files(const std::vector<std::string>& paths,
+                                       std::vector<std::string>& failures);
+
 /// The files below a folder whose names end in .xmc or .xml, sorted by name. There may be none.
 std::vector<std::string> catalog_files_below(const std::string& folder);
 

@@ -26,6 +26,8 @@ public:
         });
         find.add_option("PATH", path, "where to look")->required();
         find.add_option("-k,--kind", kind, "what to find")->check(CLI::IsMember({"big", "small"}));
+        known_words(find.add_option("--shape", shape, "how it looks"), {"round", "square"},
+                    "shape");
         find.add_flag("--all", all, "find 'all' [of it]");
         m_program.add_section("NOTES", "Text.\n\n  literal - text\n");
     }
@@ -42,6 +44,7 @@ public:
 
     std::string path;
     std::string kind;
+    std::string shape;
     bool all = false;
     std::string output;
     std::string errors;
@@ -69,8 +72,16 @@ TEST(CommandLine, ReturnsTwoForAWrongCommandLineAndAFileThatCannotBeRead) {
         const char* errors;
     } cases[] = {
         {{}, "does things"},
-        {{"lose"}, "tool: "},
-        {{"find"}, "PATH is required"},
+        {{"lose"}, "tool: unknown command \"lose\"\nRun tool --help for the options.\n"},
+        {{"--al", "fidn"}, "tool: unknown option \"--al\"\nRun tool --help"},
+        {{"fidn", "x", "--kind"}, "tool: unknown command \"fidn\" (did you mean \"find\"?)\n"},
+        {{"find"}, "PATH is required\nRun tool find --help for the options.\n"},
+        {{"find", "--knd=big"},
+         "tool: unknown option \"--knd\" (did you mean \"--kind\"?)\n"
+         "Run tool find --help for the options.\n"},
+        {{"find", "x", "y"}, "tool: unexpected argument \"y\"\n"},
+        {{"find", "x", "--shape", "sqare"},
+         "tool: --shape: no shape is named sqare (did you mean \"square\"?)\n"},
         {{"find", "x", "--kind", "none"}, "tool: --kind: "},
         {{"find", "x", "--color=maybe"}, "tool: --color: "},
         {{"find", "missing"}, "tool: missing: No such file or directory\n"},
@@ -117,7 +128,7 @@ TEST(CommandLine, PrintsCompletionsThatEachShellAccepts) {
         SCOPED_TRACE(shell);
         tool one;
         EXPECT_EQ(exit_clean, one.run({"--completion", shell.c_str()}));
-        for (const char* part : {"find", "kind", "big small", "all"})
+        for (const char* part : {"find", "kind", "big small", "round square", "all"})
             EXPECT_TRUE(contains(one.output, part)) << part << "\n" << one.output;
         const std::string script = folder.write(shell, one.output);
         if (std::system((shell + " --version >/dev/null 2>&1").c_str()) == 0) {
