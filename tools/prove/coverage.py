@@ -3,6 +3,9 @@
 Two builds by clang 19 count: one lines and branches, in counters that a killed child leaves in the
 profile as well, one the conditions of each decision (MC/DC). The missing branches are listed with
 their reasons, which coverage.txt keeps by the text of the source line.
+
+The quick form takes the counters of the suite under the sanitizers, which CI runs anyway. A few tests
+leave out there what needs more memory, so its limits are lower.
 """
 import json
 import os
@@ -11,6 +14,7 @@ import shutil
 
 TITLE = "Coverage"
 REQUIRED = {"lines": 100.0, "branches": 99.5, "mcdc": 95.0}
+REQUIRED_OF_CI = {"lines": 99.0, "branches": 98.0}
 REASONS = pathlib.Path(__file__).with_name("coverage.txt")
 SOURCES = ("examples", "programs", "tests")
 
@@ -91,10 +95,10 @@ def missing_lines(files, context):
 
 
 def measure(context):
-    counting = context.build("coverage")
+    counting = context.build("asan" if context.quick else "coverage")
     files = list(files_of_src(context, export(context, counting,
                                               run_tests(context, counting, "%m%c.profraw"))))
-    result = {"lines": sum_of(files, "lines"), "branches": sum_of(files, "branches"),
+    result = {"quick": context.quick, "lines": sum_of(files, "lines"), "branches": sum_of(files, "branches"),
               "functions": sum_of(files, "functions"),
               "missing_lines": list(missing_lines(files, context)),
               "missing_branches": list(missing_branches(files, context))}
@@ -110,13 +114,18 @@ def per_cent(counts):
     return 100.0 * counts["covered"] / counts["count"]
 
 
+def required(result):
+    return REQUIRED_OF_CI if result["quick"] else REQUIRED
+
+
 def report(result):
+    limits = required(result)
     rows = []
     for kind, title in (("functions", "functions"), ("lines", "lines"), ("branches", "branches"),
                         ("mcdc", "conditions (MC/DC)")):
         if kind in result:
-            required = f"{REQUIRED[kind]:g} %" if kind in REQUIRED else ""
-            rows.append(f"| {title} | {result[kind]['count']:,} | {per_cent(result[kind]):.2f} % | {required} |")
+            limit = f"{limits[kind]:g} %" if kind in limits else ""
+            rows.append(f"| {title} | {result[kind]['count']:,} | {per_cent(result[kind]):.2f} % | {limit} |")
     known = reasons()
     gaps = [f"| `{one['source']}:{one['line']}` | {one.get('side', 'line')} | "
             f"{known.get((one['source'], one['text'])) or '**none yet**'} |"
@@ -136,7 +145,9 @@ What no test runs, and why:
 
 def failures(result):
     missed = [f"{per_cent(result[kind]):.2f} % of the {kind} are covered, {limit:g} % are required"
-              for kind, limit in REQUIRED.items() if kind in result and per_cent(result[kind]) < limit]
+              for kind, limit in required(result).items() if kind in result and per_cent(result[kind]) < limit]
+    if result["quick"]:
+        return missed
     known = reasons()
     missed += [f"{one['source']}:{one['line']} ({one['side']}) has no reason"
                for one in result["missing_branches"] if (one["source"], one["text"]) not in known]

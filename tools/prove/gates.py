@@ -95,7 +95,7 @@ def threads(context):
 def release_tests(context):
     """The release build with its tests; in the quick form with some of them."""
     build = context.build("release", *(QUICK_TESTS if context.quick else ()), settings=("-DTOVA_BUILD_TESTS=ON",))
-    programs = [one for one in tests_of_build.programs(build)
+    programs = [one for one in tests_of_build.programs_of(build)
                 if not context.quick or one.name in QUICK_TESTS]
     return build, programs
 
@@ -109,7 +109,7 @@ def checked_library(context):
                                        "-DTOVA_BUILD_TOOLS=OFF"))
     _, programs = release_tests(context)
     if not context.quick:
-        programs += [one for one in tests_of_build.programs(checking) if one.family == "extras"]
+        programs += [one for one in tests_of_build.programs_of(checking) if one.family == "extras"]
 
     def run(program):
         passed, _ = tests_of_build.run(program, checking, context.scratch / f"run-{program.name}", 1200)
