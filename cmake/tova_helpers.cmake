@@ -103,4 +103,8 @@ function(tova_add_form_library name)
   target_link_libraries(${name} PRIVATE Boost::filesystem Boost::system)
   target_link_options(${name} PRIVATE -Wl,-Bsymbolic-functions
     -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/tova.map)
+  # Without the run time of the profiles, the counters in the object files are never written.
+  if(TOVA_COVERAGE)
+    target_link_options(${name} PRIVATE -fprofile-instr-generate)
+  endif()
 endfunction()

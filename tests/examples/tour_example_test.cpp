@@ -25,11 +25,14 @@ std::vector<std::string> tour() {
 
 class TourExample : public ::testing::TestWithParam<std::string> {
 protected:
-    // Each program runs in its own empty directory, with a minimal environment.
+    // Each program runs in its own empty directory, with an empty environment. Only a library that
+    // counts its lines is told where to write the counters; by default it writes them to the
+    // directory.
     program_result run(const std::string& arguments) const {
-        return test_support::run_program("cd '" + m_directory.path() + "' && env -i '" +
-                                         TOVA_EXAMPLES "/tour/tova_example_tour_" + GetParam() +
-                                         "' " + arguments);
+        return test_support::run_program(
+            "cd '" + m_directory.path() +
+            "' && env -i ${LLVM_PROFILE_FILE:+\"LLVM_PROFILE_FILE=$LLVM_PROFILE_FILE\"} '" +
+            TOVA_EXAMPLES "/tour/tova_example_tour_" + GetParam() + "' " + arguments);
     }
 
     bool directory_is_empty() const {
