@@ -1,7 +1,8 @@
 """Counts the lines, branches and conditions of src/ that the tests run.
 
-Two builds by clang 19 count: one lines and branches, in counters that a killed child leaves in the
-profile as well, one the conditions of each decision (MC/DC). The missing branches are listed with
+Two libraries that clang 19 builds count: one lines and branches, in counters that a killed child leaves
+in the profile as well, one the conditions of each decision (MC/DC). The test programs of the release
+build run with them. The missing branches are listed with
 their reasons, which coverage.txt keeps by the text of the source line.
 
 The quick form takes the counters of the suite under the sanitizers, which CI runs anyway. A few tests
@@ -12,6 +13,8 @@ import os
 import pathlib
 import shutil
 
+import tests_of_build
+
 TITLE = "Coverage"
 REQUIRED = {"lines": 100.0, "branches": 99.5, "mcdc": 95.0}
 REQUIRED_OF_CI = {"lines": 99.0, "branches": 98.0}
@@ -19,19 +22,39 @@ REASONS = pathlib.Path(__file__).with_name("coverage.txt")
 SOURCES = ("examples", "programs", "tests")
 
 
-def run_tests(context, build, pattern):
-    """Runs every program of the build and merges what the library counted."""
-    profiles = context.scratch / f"profiles-{build.name}"
-    shutil.rmtree(profiles, ignore_errors=True)
-    profiles.mkdir(parents=True)
-    context.run("ctest", "--test-dir", build, "-j", context.jobs, "--output-on-failure",
-                env=dict(os.environ, LLVM_PROFILE_FILE=str(profiles / pattern)))
-    merged = context.scratch / f"{build.name}.profdata"
-    files = [path for path in profiles.glob("*.profraw") if path.stat().st_size]
+def profiles_of(context, build):
+    """An empty folder for the counters of a build."""
+    folder = context.scratch / f"profiles-{build.name}"
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
+    return folder
+
+
+def merged_profile(context, folder):
+    merged = context.scratch / f"{folder.name}.profdata"
+    files = [path for path in folder.glob("*.profraw") if path.stat().st_size]
     listing = context.scratch / "profiles.txt"
     listing.write_text("\n".join(map(str, files)))
     context.run("llvm-profdata-19", "merge", "--failure-mode=all", "-o", merged, "-f", listing)
     return merged
+
+
+def count_of_suite(context, build):
+    """Runs the suite of a build, and merges what its library counts."""
+    folder = profiles_of(context, build)
+    context.run("ctest", "--test-dir", build, "-j", context.jobs, "--output-on-failure",
+                env=dict(os.environ, LLVM_PROFILE_FILE=str(folder / "%m%c.profraw")))
+    return merged_profile(context, folder)
+
+
+def count_of_library(context, build, counting, pattern):
+    """Runs the test programs of a build with a library that counts, and merges what it counts."""
+    folder = profiles_of(context, counting)
+    context.say(f"running the tests with the library of {counting.relative_to(context.root)}")
+    failed = tests_of_build.run_all(context, build, counting, {"LLVM_PROFILE_FILE": str(folder / pattern)})
+    if failed:
+        raise SystemExit(f"prove coverage: failed: {', '.join(failed)}")
+    return merged_profile(context, folder)
 
 
 def export(context, build, merged, *arguments):
@@ -95,17 +118,24 @@ def missing_lines(files, context):
 
 
 def measure(context):
-    counting = context.build("asan" if context.quick else "coverage")
-    files = list(files_of_src(context, export(context, counting,
-                                              run_tests(context, counting, "%m%c.profraw"))))
+    if context.quick:
+        counting = context.build("asan")
+        merged = count_of_suite(context, counting)
+    else:
+        # Only the libraries count, so the programs of the release build serve them all.
+        tests = context.build("release", settings=("-DTOVA_BUILD_TESTS=ON",))
+        libraries = ("tova", *(f"tova_{form}" for form in tests_of_build.FORMS))
+        counting = context.build("coverage", *libraries)
+        merged = count_of_library(context, tests, counting, "%m%c.profraw")
+    files = list(files_of_src(context, export(context, counting, merged)))
     result = {"quick": context.quick, "lines": sum_of(files, "lines"), "branches": sum_of(files, "branches"),
               "functions": sum_of(files, "functions"),
               "missing_lines": list(missing_lines(files, context)),
               "missing_branches": list(missing_branches(files, context))}
     if not context.quick:
-        deciding = context.build("coverage", folder="conditions",
+        deciding = context.build("coverage", *libraries, folder="conditions",
                                  settings=("-DTOVA_COVERAGE=conditions",))
-        merged = run_tests(context, deciding, "%p-%m.profraw")
+        merged = count_of_library(context, tests, deciding, "%p-%m.profraw")
         result["mcdc"] = sum_of(list(files_of_src(context, export(context, deciding, merged))), "mcdc")
     return result
 

@@ -3,8 +3,10 @@ import hashlib
 import shutil
 import subprocess
 
+import tests_of_build
+
 TITLE = "One output, whatever the build"
-SOURCES = ("examples", "tests")
+SOURCES = ("examples", "tests", "tools/prove/tests_of_build.py")
 
 # Name, compiler, flags. The first one is what the others are compared with.
 BUILDS = (
@@ -22,7 +24,6 @@ BUILDS = (
 QUICK = ("g++ 12 -O2", "clang 14 -O0")
 # The builds that run once more with each form of the kernels.
 EVERY_FORM = ("g++ 12 -O2", "g++ 12 -O3 -march=native", "clang 14 -O2", "clang 19 -O3 -march=native")
-FORMS = ("portable", "sse2", "avx2", "avx512")
 
 LOCALES = ("en_US", "de_AT", "fr", "ru", "ja", "xx")
 
@@ -62,7 +63,7 @@ def outputs(build, context, library):
 def libraries(build, name):
     """The folders of the libraries to run with: the one as built, then those with one form of the kernels."""
     yield name, build
-    for form in FORMS if name in EVERY_FORM else ():
+    for form in tests_of_build.FORMS if name in EVERY_FORM else ():
         folder = build / "forms" / form
         probe = subprocess.run([build / "tests/forms/with_kernel_form", form, folder, "/bin/true"])
         if probe.returncode == 0:  # else the processor lacks the form
@@ -75,7 +76,7 @@ def measure(context):
     for name, compiler, flags in BUILDS:
         if context.quick and name not in QUICK:
             continue
-        forms = [f"tova_{form}" for form in FORMS] + ["with_kernel_form"] if name in EVERY_FORM else []
+        forms = [f"tova_{form}" for form in tests_of_build.FORMS] + ["with_kernel_form"] if name in EVERY_FORM else []
         build = context.build("release", "examples/all", *forms, folder="golden",
                               settings=("--fresh", f"-DCMAKE_CXX_COMPILER={compiler}", "-DTOVA_BUILD_TOOLS=OFF",
                                         f"-DCMAKE_CXX_FLAGS_RELWITHDEBINFO={flags} -g1"))

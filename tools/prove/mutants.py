@@ -136,7 +136,7 @@ def measure(context):
         if not passed:
             raise SystemExit(f"prove mutants: {program.name} fails without a mutant")
     context.say(f"{len(programs)} programs take {sum(p.seconds for p in programs):.0f} s")
-    tests_of_build.find_places(context, programs, context.build("asan" if context.quick else "coverage"))
+    tests_of_build.find_places(context, programs, context.build("coverage", "tova"))
 
     survivors = []
     killers = collections.Counter()

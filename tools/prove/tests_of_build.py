@@ -1,5 +1,6 @@
 """The test programs of a build, and how to run one of them against another libtova.so."""
 import concurrent.futures
+import json
 import os
 import pathlib
 import resource
@@ -9,6 +10,7 @@ import subprocess
 import time
 
 MEMORY = 8 << 30  # of the address space: a test must fail, not the machine
+FORMS = ("portable", "sse2", "avx2", "avx512")  # of the kernels
 
 
 class TestProgram:
@@ -58,20 +60,55 @@ def run(program, library_folder, scratch, timeout, arguments=("--gtest_brief=1",
     return passed, time.monotonic() - begin
 
 
+def forms_of(build):
+    """The programs that the suite repeats with each form of the kernels that this processor has.
+
+    Returns pairs of a form and the name of a program.
+    """
+    listing = subprocess.run(["ctest", "--test-dir", build, "--show-only=json-v1"], check=True,
+                             capture_output=True, text=True).stdout
+    commands = [one.get("command", []) for one in json.loads(listing)["tests"]]
+    pairs = [(command[1], pathlib.Path(command[3]).name) for command in commands
+             if command and pathlib.Path(command[0]).name == "with_kernel_form"]
+    probe = build / "tests/forms/with_kernel_form"
+    present = {form for form in {form for form, _ in pairs}
+               if subprocess.run([probe, form, build, "/bin/true"]).returncode == 0}
+    return [(form, name) for form, name in pairs if form in present]
+
+
+def run_all(context, build, counting, environment, timeout=1800):
+    """Runs the programs of a build with the libraries of another one, in every form of the kernels.
+
+    Returns the names of the programs that fail.
+    """
+    programs = {program.name: program for program in programs_of(build)}
+    work = [(program, counting, ()) for program in programs.values()]
+    work += [(programs[name], counting / "forms" / form, (f"--form={form}",) if name == "kernel_form_test" else ())
+             for form, name in forms_of(build)]
+
+    def one(number):
+        program, folder, arguments = work[number]
+        scratch = context.scratch / f"run-{number}"
+        passed, _ = run(program, folder, scratch, timeout, ("--gtest_brief=1", *arguments), environment)
+        shutil.rmtree(scratch, ignore_errors=True)
+        return [] if passed else [f"{program.name} with {folder}"]
+
+    with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
+        return sum(pool.map(one, range(len(work))), [])
+
+
 def find_places(context, programs, counting):
     """Fills in the places of each program: file and number of the lines that it runs.
 
-    `counting` is a build of the same sources whose library counts its lines. A program that it does
-    not have keeps None.
+    `counting` is the folder of a library of the same sources that counts its lines.
     """
     library = counting / "libtova.so.2.18.0"
-    counters = {program.name: program for program in programs_of(counting)}
 
     def find(program):
         folder = context.scratch / f"places-{program.name}"
         shutil.rmtree(folder, ignore_errors=True)
         folder.mkdir(parents=True)
-        run(counters[program.name], counting, folder / "work", 900,
+        run(program, counting, folder / "work", 900,
             environment={"LLVM_PROFILE_FILE": str(folder / "%m%c.profraw")})
         profiles = [path for path in folder.glob("*.profraw") if path.stat().st_size]
         merged = folder / "merged"
@@ -92,4 +129,4 @@ def find_places(context, programs, counting):
         shutil.rmtree(folder, ignore_errors=True)
 
     with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
-        list(pool.map(find, [program for program in programs if program.name in counters]))
+        list(pool.map(find, programs))
