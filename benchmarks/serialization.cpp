@@ -6,11 +6,14 @@
 //
 // All encodings produce one string in memory and read the records back into the same structures.
 // Each is checked once before it is measured. The plain forms have the encodings of our buffers,
-// which is checked, too. The floors copy what the result consists of: fields to bytes and back, the
-// known text, the labels and values of the tree, or the tree.
+// which is checked, too. Those of the tree are recursive and copy the text of each group. The
+// floors copy what the result consists of: fields to bytes and back, the known text, the labels and
+// values of the tree, or the tree.
 #include <tova/serialization/labeled_text_buffer.hpp>
 #include <tova/serialization/serialize_binary_buf.hpp>
 #include <tova/serialization/serialize_text_buf.hpp>
+
+#include "serialization/tree_model.hpp"
 
 #include <benchmark/benchmark.h>
 
@@ -614,6 +617,35 @@ void read_tree(benchmark::State& state) {
         benchmark::DoNotOptimize(labeled_text_buffer(text));
 }
 
+void read_plain_group(labeled_serialize_buffer& group, const std::string& bytes) {
+    const serialize_text_buf text(bytes);
+    while (!text.at_end()) {
+        const std::string label = text.read_string();
+        if (label.back() == ' ')
+            read_plain_group(*group.create_group(label), text.read_string());
+        else
+            group.add_value(label, text.read_string());
+    }
+}
+
+void read_plain_tree(benchmark::State& state) {
+    const std::string text = make_tree().as_str();
+    for (auto unused : state) {
+        labeled_text_buffer tree;
+        read_plain_group(tree, text);
+        benchmark::DoNotOptimize(&tree);
+    }
+}
+
+void write_plain_tree(benchmark::State& state) {
+    const std::string text = make_tree().as_str();
+    test_support::tree_model tree;
+    if (tree.read(text) != test_support::tree_model::complete || tree.encode() != text)
+        state.SkipWithError("another text");
+    for (auto unused : state)
+        benchmark::DoNotOptimize(tree.encode());
+}
+
 // The floor of writing: every item of the text, from a string of its own.
 void write_tree_floor(benchmark::State& state) {
     const std::string text = make_tree().as_str();
@@ -735,6 +767,8 @@ bool register_all() {
     in_us("write/tree/tova", write_tree);
     in_us("read/tree/tova", read_tree);
     in_us("copy/tree/tova", copy_tree);
+    in_us("write/tree/plain", write_plain_tree);
+    in_us("read/tree/plain", read_plain_tree);
     in_us("write/tree/floor", write_tree_floor);
     in_us("read/tree/floor", copy_tree);
     in_us("write/text/floor", write_text_floor);

@@ -29,11 +29,13 @@
 #include "generic/convert/decimal_digits.hpp"
 #include "serialization/contents.hpp"
 #include "serialization/text_items.hpp"
+#include "strings/ascii.hpp"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <tuple>
@@ -45,33 +47,41 @@ namespace serialization {
 
 namespace {
 
+using strings::detail::is_white_space;
+
 const char group_mark = ' ';  // the last byte of a group's label in the encoded form
 
 // Contract: only these four bytes are trimmed. `isspace` would also accept \v and \f, and would
 // depend on the locale.
+detail::byte_run trimmed(detail::byte_run label) {
+    while (label.length != 0 && is_white_space(label.begin[label.length - 1]))
+        --label.length;
+    while (label.length != 0 && is_white_space(*label.begin)) {
+        ++label.begin;
+        --label.length;
+    }
+    return label;
+}
+
 std::string trimmed(const std::string& label) {
-    const char whitespace[] = " \n\r\t";
-    const std::size_t last = label.find_last_not_of(whitespace);
-    if (last == std::string::npos)
-        return std::string();
-    const std::size_t first = label.find_first_not_of(whitespace);
-    return label.substr(first, last - first + 1);
+    return trimmed(detail::byte_run{label.data(), label.size()}).as_string();
 }
 
 // A string of items that grows at its front. The bytes written so far are at the end of `m_bytes`,
-// from `m_begin` on, with free space before them.
+// from `m_begin` on, with free space before them. An array, since a string would be cleared first.
 class backward_writer {
 public:
-    explicit backward_writer(std::size_t room) : m_bytes(room, '\0'), m_begin(room) {}
+    explicit backward_writer(std::size_t room)
+        : m_bytes(new char[room]), m_room(room), m_begin(room) {}
 
-    std::size_t size() const { return m_bytes.size() - m_begin; }
+    std::size_t size() const { return m_room - m_begin; }
 
     // Replaces the content of the buffer with what has been written.
     void store_in(serialize_text_buf& buffer) const {
         if (size() <= static_cast<std::size_t>(std::numeric_limits<int>::max()))
-            buffer.assign(m_bytes.data() + m_begin, static_cast<int>(size()));
+            buffer.assign(front(), static_cast<int>(size()));
         else
-            buffer.assign(m_bytes.substr(m_begin));
+            buffer.assign(std::string(front(), size()));
     }
 
     // Writes a string item from its last byte to its first: separator, bytes, length field. The
@@ -79,63 +89,76 @@ public:
     void prepend_string(const std::string& bytes, bool is_group = false) {
         const std::size_t length = bytes.size() + (is_group ? 1 : 0);
         need(length + max_overhead);
-        put(detail::item_separator);
+        char* to = front();
+        *--to = detail::item_separator;
         if (is_group)
-            put(group_mark);
-        m_begin -= bytes.size();
-        std::memcpy(&m_bytes[m_begin], bytes.data(), bytes.size());
-        put_length(length);
+            *--to = group_mark;
+        to -= bytes.size();
+        std::memcpy(to, bytes.data(), bytes.size());
+        move_to(put_length(to, length));
     }
 
     void prepend_length(std::size_t length) {
         need(max_overhead);
-        put_length(length);
+        move_to(put_length(front(), length));
     }
 
     void prepend_separator() {
         need(1);
-        put(detail::item_separator);
+        --m_begin;
+        *front() = detail::item_separator;
     }
 
 private:
     // Two separators, and a length field whose digits are stored eight at a time.
     static const std::size_t max_overhead = 2 + generic::convert::detail::max_decimal_size;
 
-    // Makes room before what has been written. The functions below rely on it.
+    char* front() const { return m_bytes.get() + m_begin; }
+    void move_to(const char* front) { m_begin = static_cast<std::size_t>(front - m_bytes.get()); }
+
+    // Makes room before what has been written. The functions above rely on it.
     void need(std::size_t count) {
         if (count > m_begin)
             grow(count);
     }
 
-    void put(char byte) { m_bytes[--m_begin] = byte; }
-
-    void put_length(std::size_t length) {
-        put(detail::item_separator);
+    // Writes a length field before `end` and returns its first byte.
+    static char* put_length(char* end, std::size_t length) {
+        *--end = detail::item_separator;
         if (length < 10) {
-            put(static_cast<char>('0' + length));
-            return;
+            *--end = static_cast<char>('0' + length);
+            return end;
         }
         if (length < 100) {
-            m_begin -= 2;
-            generic::convert::detail::store_pair(&m_bytes[m_begin], static_cast<unsigned>(length));
-            return;
+            end -= 2;
+            generic::convert::detail::store_pair(end, static_cast<unsigned>(length));
+            return end;
         }
+        return put_long_length(end, length);
+    }
+
+    // Apart, as it needs an array.
+    __attribute__((noinline)) static char* put_long_length(char* end, std::size_t length) {
         char digits[generic::convert::detail::max_decimal_size];
         const std::size_t size = generic::convert::detail::write_decimal(digits, length);
-        m_begin -= size;
-        std::memcpy(&m_bytes[m_begin], digits, size);
+        end -= size;
+        std::memcpy(end, digits, size);
+        return end;
     }
 
     // Doubles the space, so the total time for growing is linear in the length of the text.
-    void grow(std::size_t count) {
-        std::string wider(m_bytes.size() * 2 + count, '\0');
-        const std::size_t begin = wider.size() - size();
-        wider.replace(begin, size(), m_bytes, m_begin, std::string::npos);
+    __attribute__((noinline)) void grow(std::size_t count) {
+        const std::size_t room = m_room * 2 + count;
+        std::unique_ptr<char[]> wider(new char[room]);
+        const std::size_t begin = room - size();
+        std::memcpy(wider.get() + begin, front(), size());
         m_bytes.swap(wider);
+        m_room = room;
         m_begin = begin;
     }
 
-    std::string m_bytes;
+    std::unique_ptr<char[]> m_bytes;
+    std::size_t m_room;
     std::size_t m_begin;
 };
 
@@ -154,6 +177,34 @@ struct labeled_text_buffer::tree {
         group.m_entries.clear();
         group.m_text = serialize_text_buf();  // also frees the memory of its last encoding
         return group;
+    }
+
+    // Stores a value under a label that is trimmed already. Returns whether it replaces another.
+    static bool set_value(entry_map& entries, const std::string& label,
+                          const types::variant& value) {
+        const auto place = place_of(entries, label);
+        if (place == entries.end() || place->first != label) {
+            add(entries, place, label, value);
+            return false;
+        }
+        types::variant& stored = place->second.second;
+        const bool replaced = stored != types::nil;
+        stored = value;
+        return replaced;
+    }
+
+    // The same for a label in place. Most texts have their labels in order, so the entry is made at
+    // the end before the map finds out whether there is one.
+    static void set_next_value(entry_map& entries, detail::byte_run label,
+                               const types::variant& value) {
+        const std::size_t count = entries.size();
+        const auto place = entries.emplace_hint(
+            entries.end(), std::piecewise_construct,
+            std::forward_as_tuple(label.begin, label.length),
+            std::forward_as_tuple(std::piecewise_construct, std::forward_as_tuple(),
+                                  std::forward_as_tuple(value)));
+        if (entries.size() == count)
+            place->second.second = value;
     }
 
     // Adds an entry with an empty group, constructed in the map: a group has no cheap move.
@@ -306,6 +357,7 @@ void labeled_text_buffer::tree::read(labeled_text_buffer& group, const std::stri
         std::size_t position;
     };
     std::vector<step> open(1, step{&group, detail::byte_run{text.data(), text.size()}, 0});
+    std::string string;  // its memory is reused for all values
     while (!open.empty()) {
         step& current = open.back();
         if (detail::at_end(current.text, current.position)) {
@@ -317,14 +369,15 @@ void labeled_text_buffer::tree::read(labeled_text_buffer& group, const std::stri
             open.pop_back();
             continue;
         }
-        labeled_text_buffer& target = *current.group;
+        entry_map& entries = current.group->m_entries;
+        const detail::byte_run name = trimmed(label);
         if (label.begin[label.length - 1] != group_mark) {
             const detail::byte_run value = detail::next_string(current.text, current.position);
-            target.labeled_text_buffer::add_value(label.as_string(),
-                                                  types::variant(value.as_string()));
+            string.assign(value.begin, value.length);
+            set_next_value(entries, name, types::variant(string));
             continue;
         }
-        labeled_text_buffer& created = empty_group(target.m_entries, trimmed(label.as_string()));
+        labeled_text_buffer& created = empty_group(entries, name.as_string());
         const detail::byte_run payload = detail::next_string(current.text, current.position);
         open.push_back(step{&created, payload, 0});
     }
@@ -438,16 +491,7 @@ const std::string& labeled_text_buffer::as_str() const {
 }
 
 bool labeled_text_buffer::add_value(const std::string& label, const types::variant& value) {
-    const std::string key = trimmed(label);
-    const auto place = tree::place_of(m_entries, key);
-    if (place == m_entries.end() || place->first != key) {
-        tree::add(m_entries, place, key, value);
-        return false;
-    }
-    types::variant& stored = place->second.second;
-    const bool replaced = stored != types::nil;
-    stored = value;
-    return replaced;
+    return tree::set_value(m_entries, trimmed(label), value);
 }
 
 labeled_serialize_buffer* labeled_text_buffer::create_group(const std::string& label) {

@@ -32,6 +32,27 @@ const char* find_separator(const char* from, const char* end) {
         std::memchr(from, item_separator, static_cast<std::size_t>(end - from)));
 }
 
+// Reads a length of one or two digits, the most frequent ones.
+inline bool take_small_length(const byte_run& content, std::size_t& position, int& length) {
+    if (content.length < 3 || position > content.length - 3)
+        return false;
+    const char* const digits = content.begin + position;
+    const unsigned first = static_cast<unsigned>(digits[0]) - '0';
+    if (first > 9)
+        return false;
+    if (digits[1] == item_separator) {
+        length = static_cast<int>(first);
+        position += 2;
+        return true;
+    }
+    const unsigned second = static_cast<unsigned>(digits[1]) - '0';
+    if (first == 0 || second > 9 || digits[2] != item_separator)
+        return false;
+    length = static_cast<int>(10 * first + second);
+    position += 3;
+    return true;
+}
+
 }  // namespace
 
 // Contract: the message is that of `std::string::substr`. It is published, so it is written out
@@ -65,7 +86,8 @@ byte_run next_string(const byte_run& content, std::size_t& position) {
     if (position == std::string::npos)
         return byte_run{content.begin, 0};
     int length;
-    if (!take_short_integer(content, position, length))
+    if (!take_small_length(content, position, length) &&
+        !take_short_integer(content, position, length))
         length = as_integer<int>(next_field(content, position), generic::convert::str_to_int32);
     return next_bytes(content, position, length);
 }
