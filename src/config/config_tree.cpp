@@ -3,8 +3,8 @@
 // the class.
 //
 // A key is split into lower-case segments (key_segments.hpp), and each segment is looked up among
-// the children of the previous node. `find_node` stops at a missing child, `make_node` adds it. A
-// node with few children is searched in order, without a string for the segment.
+// the children of the previous node. `find_node` stops at a missing child, `make_node` adds it.
+// `find_node` compares names with the bytes of the key and makes no string for a segment.
 //
 // Invariants:
 //   - Names are lower case and contain no separator, so a path of names joined by "." is a key.
@@ -22,8 +22,14 @@
 #include "config/node_flags.hpp"
 #include "config/tree_nodes.hpp"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <new>
 #include <ostream>
+#include <utility>
+#include <vector>
 
 namespace TOVA_2_18 {
 
@@ -50,38 +56,79 @@ config_tree& child_named(config_tree& tree, const ustring8& name) {
     return *place->second;
 }
 
-// Up to this many children are compared one by one. Most names differ in length and are skipped
-// without comparing their bytes.
-const std::size_t few_children = 8;
+#ifdef __GLIBCXX__
 
-// Whether a name of `size` bytes is the segment at `bytes` in lower case. Comparing byte by byte
-// takes less time than making a lower-case copy for a wide comparison.
-bool is_lower_case_of(const char* name, const char* bytes, std::size_t size,
-                      const detail::lower_caser& lower) {
-    const char* const end = name + size;
-    while (name != end && *name == lower(*bytes)) {
-        ++name;
-        ++bytes;
-    }
-    return name == end;
+typedef const std::_Rb_tree_node_base* node_pointer;
+
+// The first bytes of a name as a number with the same order. NUL bytes follow a shorter name.
+inline std::uint64_t front_of(const ustring8& name) {
+    // A string stores so many bytes in the object itself, so they may be read.
+    std::uint64_t bytes;
+    std::memcpy(&bytes, name.data(), sizeof bytes);
+    const std::size_t size = name.size();
+    return size >= sizeof bytes ? __builtin_bswap64(bytes)
+                                : __builtin_bswap64(bytes) & ~(~std::uint64_t{0} >> (8 * size));
 }
 
-// Returns the child named by the segment from byte `begin` to `end` of the key, or null.
+// The same for the lower case of a segment of a key.
+inline std::uint64_t lower_front_of(const char* bytes, std::size_t size,
+                                    const detail::lower_caser& lower) {
+    const std::size_t used = std::min(size, sizeof(std::uint64_t));
+    std::uint64_t front = 0;
+    for (std::size_t i = 0; i != used; ++i)
+        front = front << 8 | static_cast<unsigned char>(lower(bytes[i]));
+    return used == 0 ? 0 : front << (8 * (sizeof front - used));
+}
+
+// The order of a name and the lower case of a segment with the same front: negative, 0 or positive.
+inline int compare_after_front(const ustring8& name, const char* bytes, std::size_t size,
+                               const detail::lower_caser& lower) {
+    const std::size_t common = std::min(name.size(), size);
+    for (std::size_t i = sizeof(std::uint64_t); i < common; ++i) {
+        const int order =
+            static_cast<unsigned char>(name[i]) - static_cast<unsigned char>(lower(bytes[i]));
+        if (order != 0)
+            return order;
+    }
+    return name.size() < size ? -1 : name.size() > size ? 1 : 0;
+}
+
+// Returns the child named by the segment from byte `begin` to `end` of the key, or null. It walks
+// down the tree of the map, to which an iterator refers, because the map's own search needs a
+// string in lower case and a call for each name.
 const config_tree* find_child(const children_type& children, const ustring8& key,
                               ustring8::size_type begin, ustring8::size_type end) {
-    if (children.size() <= few_children) {
-        const detail::lower_caser lower;
-        for (const children_type::value_type& child : children)
-            if (child.first.size() == end - begin &&
-                is_lower_case_of(child.first.data(), key.data() + begin, end - begin, lower))
+    const detail::lower_caser lower;
+    const char* const bytes = key.data() + begin;
+    const std::size_t size = end - begin;
+    const std::uint64_t wanted = lower_front_of(bytes, size, lower);
+    node_pointer node = children.end()._M_node->_M_parent;
+    while (node != nullptr) {
+        const children_type::value_type& child = *children_type::const_iterator(node);
+        const std::uint64_t front = front_of(child.first);
+        bool is_below = front < wanted;
+        if (front == wanted) {
+            const int order = compare_after_front(child.first, bytes, size, lower);
+            if (order == 0)
                 return child.second.get();
-        return nullptr;
+            is_below = order < 0;
+        }
+        node = is_below ? node->_M_right : node->_M_left;
     }
+    return nullptr;
+}
+
+#else
+
+const config_tree* find_child(const children_type& children, const ustring8& key,
+                              ustring8::size_type begin, ustring8::size_type) {
     ustring8 name;
     detail::read_segment(key, begin, name);
     const children_type::const_iterator place = children.find(name);
     return place == children.end() ? nullptr : place->second.get();
 }
+
+#endif
 
 // Adds copies of the children of `source` to `target`, which has none yet. A leaf is copied at
 // once; a parent is copied without its children and added to the list of pending nodes.

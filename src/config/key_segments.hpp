@@ -13,18 +13,34 @@
 #include <tova/strings/ustring.hpp>
 
 #include "config/character_classes.hpp"
+#include "generic/convert/decimal_digits.hpp"
 
 namespace TOVA_2_18 {
 namespace config {
 namespace detail {
 
+// The first separator among eight bytes, in memory order, or 8. A "." and a "/" differ in one bit.
+inline unsigned first_separator(unsigned long bytes) {
+    const unsigned long ones = 0x0101010101010101;
+    const unsigned long dots = (bytes & ~ones) ^ (ones * '.');
+    const unsigned long backslashes = bytes ^ (ones * '\\');
+    // The lowest byte with its top bit set was zero, and so is the lowest zero.
+    const unsigned long found =
+        (((dots - ones) & ~dots) | ((backslashes - ones) & ~backslashes)) & (ones << 7);
+    return found == 0 ? 8 : static_cast<unsigned>(__builtin_ctzl(found)) / 8;
+}
+
 // The index of the first separator from byte `begin` on, or the size of the key.
 inline strings::ustring8::size_type end_of_segment(const strings::ustring8& key,
                                                    strings::ustring8::size_type begin) {
-    const char* const bytes = key.data();
-    while (begin < key.size() && !is_separator(bytes[begin]))
-        ++begin;
-    return begin;
+    using generic::convert::detail::load_up_to_eight;
+    for (; begin < key.size(); begin += 8) {
+        const unsigned long bytes = load_up_to_eight(key.data() + begin, key.size() - begin);
+        const unsigned place = first_separator(bytes);
+        if (place != 8)
+            return begin + place;
+    }
+    return key.size();
 }
 
 // Writes the segment of `key` that starts at byte `begin` to `segment`, in lower case. Returns the

@@ -8,8 +8,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -122,7 +124,36 @@ TEST(SetNode, KeepsTheChildrenOfTheNode) {
     EXPECT_THAT(content(tree), ElementsAre("a: 1 'above'", "a.b: 1 'below'"));
 }
 
-// Few children are searched in order and many by halves; both find the same.
+// Names are compared by their first eight bytes as a number, and a separator is searched for among
+// eight bytes. None of the changed bytes is a separator, though some differ from one in one bit.
+TEST(GetNode, TellsNamesApartThatDifferInOneByteOrInTheirLength) {
+    std::vector<std::string> names;
+    for (std::size_t size = 0; size != 20; ++size) {
+        const std::string base(size, 'k');
+        names.push_back(base);
+        names.push_back(base + std::string(1, '\0'));
+        for (std::size_t at = 0; at != size; ++at)
+            for (const char byte : {'\0', '\x01', '-', ',', '0', '[', ']', 'l', '\xAE', '\xFF'}) {
+                names.push_back(base);
+                names.back()[at] = byte;
+            }
+    }
+    config_tree tree;
+    std::set<std::string> stored;
+    for (std::size_t i = 0; i < names.size(); i += 2) {
+        tree.set_node(names[i] + "/end", variant(names[i]), 0);
+        stored.insert(names[i]);
+    }
+    for (const std::string& name : names) {
+        for (const char* const separator : {".", "/", "\\"}) {
+            const auto* const found = tree.get_node(name + separator + "end");
+            ASSERT_EQ(stored.count(name) != 0, found != nullptr) << name;
+            if (found != nullptr)
+                ASSERT_EQ(name, found->second.as_string());
+        }
+    }
+}
+
 TEST(GetNode, FindsEachOfAnyNumberOfChildren) {
     std::vector<std::string> names = {"", "a", "b", "ab", "abc", "b1", "\xC3\xA4"};
     for (int i = 0; i != 13; ++i)
