@@ -524,8 +524,8 @@ namespace detail {
 // The other types have no format: nothing is appended, and that is not a failure.
 namespace {
 
-__attribute__((noinline)) bool append_any_value(text_buffer& text, message_item::type_t type,
-                                                const types::variant& value, token format) {
+bool append_any_value(text_buffer& text, message_item::type_t type, const types::variant& value,
+                      token format) {
     switch (type) {
     case message_item::type_int:
         return render_int(text, value.as_int64(), format);
@@ -549,20 +549,23 @@ __attribute__((noinline)) bool append_any_value(text_buffer& text, message_item:
 }  // namespace
 
 // Most numbers have no format string, and then the options are the defaults.
-bool append_value(text_buffer& text, message_item::type_t type, const types::variant& value,
-                  token format) {
-    if (format.size != 0)
-        return append_any_value(text, type, value, format);
+bool append_plain_number(text_buffer& text, message_item::type_t type,
+                         const types::variant& value) {
     if (type == message_item::type_int) {
         append_decimal(text, value.as_int64());
         return true;
     }
-    if (type == message_item::type_double) {
-        const double_options defaults;
-        append_double(text, value.as_double(), defaults.precision, defaults.fieldsize);
-        return true;
-    }
-    return append_any_value(text, type, value, format);
+    if (type != message_item::type_double)
+        return false;
+    const double_options defaults;
+    append_double(text, value.as_double(), defaults.precision, defaults.fieldsize);
+    return true;
+}
+
+bool append_value(text_buffer& text, message_item::type_t type, const types::variant& value,
+                  token format) {
+    return (format.size == 0 && append_plain_number(text, type, value)) ||
+           append_any_value(text, type, value, format);
 }
 
 }  // namespace detail

@@ -65,8 +65,10 @@ bool ends_with_marker(const detail::text_buffer& text, std::size_t begin) {
 
 // Appends the formatted value. Returns false and appends nothing for an invalid format string and
 // for a result that reads like the failure marker.
-bool append_valid_value(detail::text_buffer& text, message_item::type_t type,
-                        const types::variant& value, detail::token format) {
+inline bool append_valid_value(detail::text_buffer& text, message_item::type_t type,
+                               const types::variant& value, detail::token format) {
+    if (format.size == 0 && detail::append_plain_number(text, type, value))
+        return true;
     const auto begin = text.size();
     if (!detail::append_value(text, type, value, format))
         return false;

@@ -49,6 +49,10 @@ inline token format_after(const strings::ustring8& data, std::size_t name) {
 bool append_value(text_buffer& text, message_item::type_t type, const types::variant& value,
                   token format);
 
+/// Appends an integer or a floating-point number that has no format string. Its text never reads
+/// like the failure marker. Returns false for the other types, and appends nothing.
+bool append_plain_number(text_buffer& text, message_item::type_t type, const types::variant& value);
+
 /// Appends the text of an item, "?invalid?" included.
 void append_item(text_buffer& text, message_item::type_t type, const strings::ustring8& data,
                  const generic::varg_list& args);
