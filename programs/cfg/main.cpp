@@ -223,7 +223,7 @@ void tool::add_check() {
 
 void tool::add_roundtrip() {
     CLI::App& command =
-        m_line.add_command("roundtrip", "show what a file loses or gains when a program saves it",
+        m_line.add_command("roundtrip", "show what a program would change in a file by saving it",
                            [this] { return run_roundtrip(m_roundtrip, std::cout, out_style()); });
     command.add_option("FILE", m_roundtrip.file, "a settings file")->required();
     add_json(command, m_roundtrip.as_json);
@@ -243,13 +243,15 @@ void tool::add_convert() {
     value_name(
         command.add_option("-o,--output", m_convert.output, "the file to write (standard output)"),
         "FILE");
+    command.add_flag("--force", m_convert.replaces, "replace the file that --output names");
     add_json(command, m_convert.as_json);
 }
 
 void tool::add_watch() {
     CLI::App& command =
-        m_line.add_command("watch", "print each setting that changes in a file",
-                           [this] { return run_watch(m_watch, std::cout, out_style()); });
+        m_line.add_command("watch", "print each setting that changes in a file", [this] {
+            return run_watch(m_watch, std::cout, std::cerr, out_style());
+        });
     command.add_option("FILE", m_watch.file, "a settings file")->required();
     value_name(command.add_option("--count", m_watch.count, "exit after N changes"), "N");
     command.add_flag("--json", m_watch.as_json, "write one JSON object per line");

@@ -488,11 +488,11 @@ private:
                 continue;
             const entry*& earlier = known[each.key];
             if (earlier != nullptr) {
-                std::string text = "line " + line_of(earlier->bytes.begin) +
-                                   " also sets this key; the value here is used";
+                std::string text = "line " + line_of(earlier->bytes.begin) + " also sets this key";
                 if (earlier->full_name != each.full_name)
-                    text += "; " + quoted(earlier->full_name) + " and " + quoted(each.full_name) +
-                            " are one key";
+                    text += " (" + quoted(earlier->full_name) + " and " + quoted(each.full_name) +
+                            " are the same)";
+                text += "; this value is used";
                 if (earlier->is_array && each.is_array &&
                     earlier->values.size() > each.values.size())
                     text += ", but the last elements of the longer array stay";
@@ -581,9 +581,9 @@ public:
         check_sections(before);
         const saved_file second = saved(m_result.text);
         if (second.size > m_result.size)
-            add_for_file("the file has " + std::to_string(m_result.size) +
-                         " bytes after one save and " + std::to_string(second.size) +
-                         (second.is_too_large ? " or more" : "") + " after two");
+            add_for_file("every save makes the file larger: " + std::to_string(m_result.size) +
+                         " bytes after the first, " + std::to_string(second.size) +
+                         (second.is_too_large ? " or more" : "") + " after the second");
         return std::move(m_found);
     }
 

@@ -16,9 +16,9 @@ const rule table[] = {
      "the file it is lost. A \":\" does not separate a key from its value. A value that goes on in "
      "the next line must be in quotes, or be an array with a comma at the line end."},
     {"operator", severity::error, "an operator in the place of \"=\"",
-     "\"==\", \":=\", \"+=\", \"-=\", \"*=\", \"/=\", \"<=\" and \">=\" are not \"=\" and do not "
-     "end a key: it goes on in the next line, up to a plain \"=\". The fix writes \"=\" for \"==\" "
-     "and \":=\"."},
+     "\"==\", \":=\", \"+=\", \"-=\", \"*=\", \"/=\", \"<=\" and \">=\" do not end a key. The key "
+     "continues on the next line, up to a plain \"=\". The fix writes \"=\" for \"==\" and "
+     "\":=\"."},
     {"colon-in-key", severity::warning, "\":\" before the \"=\"",
      "A key goes on up to the \"=\", so url: http://host/?a=b is the key url:http://host/?a with "
      "the value b. Write \"=\" after the key. If the \":\" belongs to the key, put the key in "
@@ -61,7 +61,7 @@ const rule table[] = {
      "Spaces and tabs outside double quotes are dropped: Ann Lee is AnnLee, and [my section] is "
      "mysection. Put a value, key or section with a space in double quotes. The fix does that for "
      "values."},
-    {"open-quote", severity::error, "a double quote without its end",
+    {"open-quote", severity::error, "an unclosed double quote",
      "The string goes on to the end of the file, with all entries in it."},
     {"quote-over-lines", severity::warning, "a string over more than one line",
      "A line end in double quotes is part of the string. Often one of the quotes is missing or one "

@@ -191,7 +191,7 @@ int run_roundtrip(const roundtrip_options& options, std::ostream& out, const sty
     const saved_file result = saved(before.bytes());
     if (result.is_too_large) {
         if (options.as_json)
-            out << ordered_json{{"file", options.file}, {"bytes_after", result.size}}.dump(2)
+            out << ordered_json{{"file", options.file}, {"bytesAfter", result.size}}.dump(2)
                 << '\n';
         else
             out << options.file << ": a save would write " << result.size << " bytes\n";
@@ -205,9 +205,9 @@ int run_roundtrip(const roundtrip_options& options, std::ostream& out, const sty
     if (options.as_json) {
         ordered_json all;
         all["file"] = options.file;
-        all["bytes_before"] = before.bytes().size();
-        all["bytes_after"] = result.size;
-        all["comments_lost"] = comments;
+        all["bytesBefore"] = before.bytes().size();
+        all["bytesAfter"] = result.size;
+        all["commentsLost"] = comments;
         all["lost"] = found.lost;
         all["added"] = found.added;
         all["changed"] = ordered_json::array();

@@ -1,5 +1,6 @@
 #include "cfg/commands/declare.hpp"
 
+#include "cfg/check/lint.hpp"
 #include "cfg/model/edit.hpp"
 #include "cfg/model/schema.hpp"
 #include "support/exit_code.hpp"
@@ -175,6 +176,16 @@ void write_guessed(std::ostream& out, const std::string& path) {
     }
 }
 
+// Every other command works with such a schema, and `check` reports it.
+void require_no_cycle(const schema& declared, const std::string& path) {
+    std::string reasons;
+    for (const finding& each : lint_schema(declared, path))
+        reasons += (reasons.empty() ? "" : "\n") + path + ':' + std::to_string(each.line) + ':' +
+                   std::to_string(each.column) + ": the aliases form a cycle: " + each.text;
+    if (!reasons.empty())
+        throw file_error(reasons);
+}
+
 }  // namespace
 
 int run_schema(const schema_options& options, std::ostream& out) {
@@ -183,6 +194,7 @@ int run_schema(const schema_options& options, std::ostream& out) {
         return exit_clean;
     }
     const schema declared(options.file);
+    require_no_cycle(declared, options.file);
     if (options.format == "json")
         write_json(out, declared);
     else if (options.format == "cfg")

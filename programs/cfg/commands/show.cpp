@@ -206,8 +206,7 @@ std::string reason_for(const lookup& found, const sources& all) {
     if (last.result == lookup_step::cycle)
         return "Aliases that form a cycle end with the value of the last one, not with a default.";
     if (last.result == lookup_step::inner_node)
-        return "A source with a longer key also has every shorter one, and hides those in the "
-               "sources after it.";
+        return "A source that has a longer key also has this one, and hides it in later sources.";
     if (last.result == lookup_step::array)
         return "The first source that has the key decides. A whole array comes from one source.";
     return last.source + 1 == all.list().size() ? "No source before it has the key."
@@ -278,7 +277,7 @@ int run_explain(const explain_options& options, std::ostream& out, std::ostream&
     if (options.as_json) {
         ordered_json result = json_of(path_of(options.key), found, all);
         if (similar != nullptr)
-            result["similar_variable"] = similar->name;
+            result["similarVariable"] = similar->name;
         result["steps"] = ordered_json::array();
         static const char* const results[] = {"absent", "section", "array",
                                               "alias",  "value",   "cycle"};

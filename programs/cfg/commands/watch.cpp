@@ -147,8 +147,11 @@ private:
 
 }  // namespace
 
-int run_watch(const watch_options& options, std::ostream& out, const style& colors) {
+int run_watch(const watch_options& options, std::ostream& out, std::ostream& errors,
+              const style& colors) {
     const watched_folder folder(options.file);
+    if (::access(options.file.c_str(), F_OK) != 0)
+        errors << "tova-cfg: " << options.file << " does not exist yet; waiting\n";
     const change_writer writer(out, options.as_json, colors);
     settings known = read_settings(options.file);
     for (std::size_t changes = 0; options.count == 0 || changes < options.count;) {

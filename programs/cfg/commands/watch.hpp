@@ -18,6 +18,7 @@ struct watch_options {
 
 /// Prints each setting that is added, removed or changed, until the program is stopped. A file that
 /// does not exist has no settings.
-int run_watch(const watch_options& options, std::ostream& out, const style& colors);
+int run_watch(const watch_options& options, std::ostream& out, std::ostream& errors,
+              const style& colors);
 
 }  // namespace tova_programs::cfg

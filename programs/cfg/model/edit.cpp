@@ -180,11 +180,12 @@ void require_leaf(const document& file, const std::string& path) {
     const std::vector<std::string> longer = longer_keys(file, path);
     if (!longer.empty())
         throw edit_error(in_quotes(path) + " has longer keys, such as " + in_quotes(longer[0]) +
-                         ", and a key with a value must not begin other keys");
+                         ", and a key that has a value cannot be the beginning of other keys");
     for (const entry& each : file.entries())
         if (each.is_stored && path.compare(0, each.key.size() + 1, each.key + '.') == 0)
-            throw edit_error(in_quotes(each.key) +
-                             " has a value, and a key with a value must not begin other keys");
+            throw edit_error(
+                in_quotes(each.key) +
+                " has a value, and a key that has a value cannot be the beginning of other keys");
 }
 
 }  // namespace

@@ -103,7 +103,7 @@ private:
         if (text[0] == '[' && bracket != text.npos && bracket > 1)
             read_header(std::string(text.substr(1, bracket - 1)), number);
         else if (!m_has_section) {
-            refuse(number, "a line before the first header");
+            refuse(number, "a line before the first section");
             m_has_ended = true;  // reading goes on after other errors
         } else
             read_option(text, number);

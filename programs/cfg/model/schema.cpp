@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <utility>
 
 namespace tova_programs::cfg {
@@ -76,11 +77,31 @@ std::string unknown_word(const std::string& what, const std::string& word,
     return start + "; use " + list;
 }
 
-[[noreturn]] void refuse(const document& file, span bytes, const std::string& reason) {
-    const text_place place = line_index(file.bytes()).at(bytes.begin);
-    throw file_error(file.path() + ':' + std::to_string(place.line) + ':' +
-                     std::to_string(place.column) + ": " + reason);
-}
+// The mistakes of a schema, by their place in it.
+class mistakes {
+public:
+    explicit mistakes(const document& file) : m_file(file), m_lines(file.bytes()) {}
+
+    void add(span bytes, const std::string& reason) {
+        const text_place place = m_lines.at(bytes.begin);
+        m_found.emplace(bytes.begin, m_file.path() + ':' + std::to_string(place.line) + ':' +
+                                         std::to_string(place.column) + ": " + reason);
+    }
+
+    // Raises one error with a line for each mistake.
+    void require_none() const {
+        std::string all;
+        for (const auto& each : m_found)
+            all += (all.empty() ? "" : "\n") + each.second;
+        if (!all.empty())
+            throw file_error(all);
+    }
+
+private:
+    const document& m_file;
+    line_index m_lines;
+    std::multimap<std::size_t, std::string> m_found;
+};
 
 std::vector<std::string> texts_of(const entry& each) {
     std::vector<std::string> result;
@@ -89,25 +110,27 @@ std::vector<std::string> texts_of(const entry& each) {
     return result;
 }
 
-void read_type(declared_key& declared, const document& file, const entry& each) {
+void read_type(declared_key& declared, mistakes& wrong, const entry& each) {
     declared.type = each.values[0].text;
     const std::size_t size = declared.type.size();
     declared.is_array = size > 2 && declared.type.compare(size - 2, 2, "[]") == 0;
     if (declared.is_array)
         declared.type.resize(size - 2);
     if (!is_one_of(declared.type, types))
-        refuse(file, each.value_bytes, unknown_word("type", declared.type, types));
+        wrong.add(each.value_bytes, unknown_word("type", declared.type, types));
 }
 
-void read_property(declared_key& declared, const document& file, const entry& each) {
+void read_property(declared_key& declared, mistakes& wrong, const entry& each) {
     const std::string name = lower_case(each.name);
-    if (!is_one_of(name, properties))
-        refuse(file, each.bytes, unknown_word("property", each.name, properties));
+    if (!is_one_of(name, properties)) {
+        wrong.add(each.bytes, unknown_word("property", each.name, properties));
+        return;
+    }
     if (each.values.empty())
         return;
     const std::string& value = each.values[0].text;
     if (name == "type") {
-        read_type(declared, file, each);
+        read_type(declared, wrong, each);
     } else if (name == "default") {
         declared.has_default = true;
         declared.default_values = texts_of(each);
@@ -121,8 +144,9 @@ void read_property(declared_key& declared, const document& file, const entry& ea
         declared.alias = path_of(value);
     } else {
         if (!is_number(value))
-            refuse(file, each.value_bytes, '"' + value + "\" is not a number");
-        (name == "min" ? declared.minimum : declared.maximum) = value;
+            wrong.add(each.value_bytes, '"' + value + "\" is not a number");
+        else
+            (name == "min" ? declared.minimum : declared.maximum) = value;
     }
 }
 
@@ -130,14 +154,15 @@ void read_property(declared_key& declared, const document& file, const entry& ea
 
 schema::schema(const std::string& path) {
     const document file(path, read_file(path));
+    mistakes wrong(file);
     std::vector<std::size_t> index(file.sections().size(), 0);
     for (std::size_t i = 1; i < file.sections().size(); ++i) {
         const section& each = file.sections()[i];
-        if (each.name.empty())
-            refuse(file, each.bytes, "a header without a key");
         const std::string key = path_of(each.name);
-        if (find(key) != nullptr)
-            refuse(file, each.bytes, "\"" + key + "\" is declared twice");
+        if (each.name.empty())
+            wrong.add(each.bytes, "a header without a key");
+        else if (find(key) != nullptr)
+            wrong.add(each.bytes, "\"" + key + "\" is declared twice");
         index[i] = m_keys.size();
         m_keys.emplace_back();
         m_keys.back().key = key;
@@ -146,13 +171,16 @@ schema::schema(const std::string& path) {
     }
     for (const entry& each : file.entries()) {
         if (each.section == 0)
-            refuse(file, each.bytes, "a property before the first header");
-        read_property(m_keys[index[each.section]], file, each);
+            wrong.add(each.bytes, "an entry before the first section");
+        else
+            read_property(m_keys[index[each.section]], wrong, each);
     }
+    wrong.require_none();
     for (const declared_key& each : m_keys)
         for (const std::string& value : each.default_values)
             if (!problem_of(each, value).empty())
-                refuse(file, each.bytes, "the default " + problem_of(each, value));
+                wrong.add(each.bytes, "the default " + problem_of(each, value));
+    wrong.require_none();
 }
 
 const declared_key* schema::find(const std::string& path) const {

@@ -45,8 +45,8 @@ class schema {
 public:
     schema() = default;
 
-    /// Raises `file_error` if the file cannot be read, or declares an unknown type or
-    /// property.
+    /// Raises `file_error` if the file cannot be read, or with a line for each unknown type or
+    /// property and any other mistake.
     explicit schema(const std::string& path);
 
     bool empty() const { return m_keys.empty(); }

@@ -68,10 +68,13 @@ public:
         if (!m_arguments.empty())
             read_name(m_arguments[0]);
         for (m_at = 1; m_at < m_arguments.size(); ++m_at) {
-            if (begins_option(m_arguments[m_at]))
-                read_option();
-            else
+            if (!begins_option(m_arguments[m_at])) {
                 m_result.ignored.push_back(m_at);
+                continue;
+            }
+            const std::size_t option = m_at;
+            read_option();
+            m_result.options[option] = m_at + 1;
         }
         return std::move(m_result);
     }
@@ -204,26 +207,50 @@ void add_places(source& filled) {
     }
 }
 
-// Adds the values to entries that only have a place so far.
-void complete_places(source& filled) {
-    for (auto& known : filled.places) {
-        const ustring8 key = key_with_path(known.first);
-        const config_node* const node = filled.item->get_value(key);
-        if (node == nullptr)
-            continue;
-        placed_value& last = known.second.back();
-        last.is_array = is_array(*node);
-        if (!last.text.empty())
-            continue;
-        if (!last.is_array) {
-            last.text = text_of(*node);
-            continue;
-        }
-        config_node_list elements;
-        filled.item->get_array(key, elements);
-        for (const auto& element : elements)
-            last.text += (last.text.empty() ? "" : ", ") + text_of(element.second);
+// Adds the value that an item has to a place that has none so far.
+void complete_place(placed_value& known, base_config_item& item, const std::string& path) {
+    const ustring8 key = key_with_path(path);
+    const config_node* const node = item.get_value(key);
+    if (node == nullptr)
+        return;
+    known.is_array = is_array(*node);
+    if (!known.text.empty())
+        return;
+    if (!known.is_array) {
+        known.text = text_of(*node);
+        return;
     }
+    config_node_list elements;
+    item.get_array(key, elements);
+    for (const auto& element : elements)
+        known.text += (known.text.empty() ? "" : ", ") + text_of(element.second);
+}
+
+void complete_places(source& filled) {
+    for (auto& known : filled.places)
+        complete_place(known.second.back(), *filled.item, known.first);
+}
+
+// Adds the values of options that later ones hide. The library keeps only the last value, so each
+// of these options is loaded alone.
+void complete_hidden_places(source& filled, const argument_reading& reading,
+                            const std::vector<const char*>& arguments) {
+    for (auto& known : filled.places)
+        for (std::size_t i = 0; i + 1 < known.second.size(); ++i) {
+            const auto next = reading.options.upper_bound(known.second[i].where.number);
+            if (next == reading.options.begin())
+                continue;  // the name of the program
+            const auto option = std::prev(next);
+            std::vector<const char*> alone = {""};
+            for (std::size_t at = option->first; at < option->second; ++at)
+                alone.push_back(arguments[at]);
+            const auto count = static_cast<unsigned int>(alone.size());
+            alone.push_back(nullptr);
+            const item_pointer item = held(tova::config::commandline_item(count, alone.data()));
+            const captured_output captured;
+            item->load();
+            complete_place(known.second[i], *item, known.first);
+        }
 }
 
 }  // namespace
@@ -278,6 +305,7 @@ void sources::add_arguments(const source_options& options) {
         where.number = each.second;
         added.places[each.first].push_back({where, "", false});
     }
+    complete_hidden_places(added, reading, m_argv);
     m_argv.push_back(nullptr);
     // Without the program's name, argument 0 is null, which the library does not treat as the end.
     if (options.program.empty())

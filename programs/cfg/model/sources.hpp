@@ -121,6 +121,7 @@ private:
 struct argument_reading {
     std::vector<std::pair<std::string, std::size_t>> places;  ///< path and number
     std::vector<std::size_t> ignored;
+    std::map<std::size_t, std::size_t> options;  ///< each option, and the argument after its values
 };
 
 argument_reading read_arguments(const std::vector<const char*>& arguments);

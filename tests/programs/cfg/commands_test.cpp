@@ -16,6 +16,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -44,6 +45,8 @@ const struct {
 } commands[] = {
     {"show", "show app.cfg"},
     {"show_arguments", "show app.cfg --program bin/app.x -- -server.port=1 -v -list a b junk"},
+    {"show_repeated", "show clean.cfg -- -a.b 5 -a.b 6 -a.b=x,y -a.b /z -c=1 -c"},
+    {"explain_repeated", "explain server.port clean.cfg -- -server.port=5 -server.port=6"},
     {"show_ignored", "show app.cfg -- junk -v"},
     {"show_module", "show site.cfg app.cfg"},
     {"show_schema", "show app.cfg --schema app.schema.cfg"},
@@ -106,6 +109,10 @@ const struct {
     {"convert_toml", "convert app.toml"},
     {"convert_json", "convert app.json"},
     {"convert_as_json", "convert app.json --json"},
+    {"convert_same_keys", "convert same_keys.json"},
+    {"convert_same_keys_json", "convert same_keys.json --json"},
+    {"convert_unknown_extension", "convert ../../xmc/sample/other.xmc"},
+    {"convert_existing", "convert app.json -o clean.cfg"},
     {"convert_wrong", "convert app.cfg --from toml"},
     {"schema", "schema app.schema.cfg"},
     {"schema_json", "schema app.schema.cfg --json"},
@@ -113,6 +120,8 @@ const struct {
     {"schema_bash", "schema app.schema.cfg --format bash --program app"},
     {"schema_guess", "schema --guess app.cfg"},
     {"schema_wrong", "schema app.cfg"},
+    {"schema_mistakes", "schema mistakes.schema.cfg"},
+    {"schema_cycle", "schema cycle.schema.cfg"},
     {"help", "--help"},
     {"explain_json", "explain paths.search app.cfg --json"},
 };
@@ -379,6 +388,71 @@ TEST(CfgWatch, PrintsWhatChanges) {
     EXPECT_EQ("changed: a = 1 -> 3  (" + path + ":1:1)\n" + "added: s.l = [x, y]  (" + path +
                   ":4:1)\n" + "removed: a = 3\nremoved: s.b = 2\nremoved: s.l = [x, y]\n",
               read_bytes(folder.path("out")));
+}
+
+TEST(CfgWatch, SaysThatItWaitsForAFileThatDoesNotExist) {
+    const temporary_directory folder;
+    const std::string path = folder.path("f.cfg");
+    const std::string script =
+        TOVA_CFG " watch --count 1 " + path + " > " + folder.path("out") + " 2> " +
+        folder.path("errors") + " & pid=$!; for i in $(seq 100); do [ -s " + folder.path("errors") +
+        " ] && break; sleep 0.1; done; " TOVA_CFG " set --create " + path + " a 1; wait $pid";
+    EXPECT_EQ(0, run_program(script).exit_code);
+    EXPECT_EQ("tova-cfg: " + path + " does not exist yet; waiting\n",
+              read_bytes(folder.path("errors")));
+    EXPECT_EQ("added: a = 1  (" + path + ":1:1)\n", read_bytes(folder.path("out")));
+}
+
+TEST(CfgConvert, ReplacesAFileOnlyIfItMay) {
+    const temporary_directory folder;
+    const std::string from = folder.write("a.json", "{\"a\": 1}");
+    const std::string to = folder.write("a.cfg", "mine = 1\n");
+    const auto refused = run_program(TOVA_CFG " convert " + from + " -o " + to);
+    EXPECT_EQ(2, refused.exit_code);
+    EXPECT_EQ("tova-cfg: " + to + " exists; --force replaces it\n", refused.output);
+    EXPECT_EQ("mine = 1\n", read_bytes(to));
+    EXPECT_EQ(0, run_program(TOVA_CFG " convert --force " + from + " -o " + to).exit_code);
+    EXPECT_EQ("a = 1\n", read_bytes(to));
+}
+
+// What convert writes has no key twice and no key that begins nowhere, whatever the names are.
+TEST(CfgConvert, WritesEachKeyOnceAndListsTheOthers) {
+    const temporary_directory folder;
+    random_source random(14);
+    const std::vector<std::string> names = {"a",   "b", "A",   "a.b", "b.a",  "",
+                                            "a.",  ".", "a/b", "c d", "\\\"", "\\u0000",
+                                            "b..", "#", "=",   "[]",  "B.A",  "\\\\"};
+    for (int i = 0; i < 500; ++i) {
+        std::string json;
+        std::size_t keys = 0;
+        std::set<std::string> used;
+        for (std::size_t count = 1 + below(random, 6); count != 0; --count) {
+            const std::string& name = names[below(random, names.size())];
+            if (!used.insert(name).second)
+                continue;
+            const bool is_object = below(random, 2) == 0;
+            json += (json.empty() ? "\"" : ",\"") + name + "\":";
+            json += is_object ? "{\"" + names[below(random, names.size())] + "\":1}" : "1";
+            ++keys;
+        }
+        const std::string path = folder.write("f.json", '{' + json + '}');
+        SCOPED_TRACE(json);
+        std::ostringstream out;
+        std::ostringstream lines;
+        convert_options options;
+        options.file = path;
+        run_convert(options, out, lines);
+        const document file("f", out.str());
+        std::set<std::string> stored;
+        for (const entry& each : file.entries())
+            EXPECT_TRUE(stored.insert(each.key).second) << out.str();
+        // One line for each key at most, and for each key that is not there.
+        const std::string listed = lines.str();
+        const auto count = static_cast<std::size_t>(std::count(listed.begin(), listed.end(), '\n'));
+        EXPECT_LE(count, keys) << listed;
+        EXPECT_GE(count + stored.size(), keys) << out.str() << listed;
+        EXPECT_EQ(std::string::npos, listed.find(": : ")) << listed;
+    }
 }
 
 // The sample file and the completions fit the schema that they are made from.
