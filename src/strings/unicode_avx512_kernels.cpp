@@ -96,6 +96,15 @@ TOVA_AVX512_INLINE void store(wchar_t* to, std::size_t room, __m512i points, std
         _mm512_mask_storeu_epi32(to, static_cast<__mmask16>(lowest(used)), points);
 }
 
+// 16 of 32 units, widened.
+TOVA_AVX512_INLINE __m512i lower_half(__m512i units) {
+    return _mm512_cvtepu16_epi32(_mm512_castsi512_si256(units));
+}
+
+TOVA_AVX512_INLINE __m512i upper_half(__m512i units) {
+    return _mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(units, 1));
+}
+
 // --- Decoding UTF-8 -----------------------------------------------------------------------------
 
 // 0 to 63, and the index of the character to which each byte of a group belongs.
@@ -189,9 +198,31 @@ TOVA_AVX512_INLINE std::size_t write_ascii(__m512i bytes, std::size_t used, wcha
     return used;
 }
 
-// Stores the `used` characters of a step. Returns the number of units.
-TOVA_AVX512_INLINE std::size_t write_points(__m512i bytes, __m512i leads, std::size_t used, bool,
-                                            bool, wchar_t* to, std::size_t room) {
+// Stores 32 characters without pairs, of which the first `used` are wanted.
+TOVA_AVX512_INLINE void store_32(unsigned short* to, std::size_t room, __m512i units,
+                                 std::size_t used) {
+    store(to, room, units, used);
+}
+
+TOVA_AVX512_INLINE void store_32(wchar_t* to, std::size_t room, __m512i units, std::size_t used) {
+    store(to, room, lower_half(units), used);
+    if (used > 16)
+        store(to + 16, room - 16, upper_half(units), used - 16);
+}
+
+template <bool Three, typename Target>
+TOVA_AVX512_INLINE std::size_t write_units(__m512i bytes, __m512i leads, std::size_t used,
+                                           Target* to, std::size_t room) {
+    store_32(to, room, decode_32<Three>(bytes, leads, 0), used);
+    if (used > 32)
+        store_32(to + 32, room - 32, decode_32<Three>(bytes, leads, 1), used - 32);
+    return used;
+}
+
+// Stores the `used` characters of a step, some of which have four bytes. Returns the number of
+// units.
+TOVA_AVX512_INLINE std::size_t write_points(__m512i bytes, __m512i leads, std::size_t used,
+                                            wchar_t* to, std::size_t room) {
     __m512i kinds;
     store(to, room, decode_16(bytes, leads, 0, kinds), used);
     if (used > 16)
@@ -203,22 +234,8 @@ TOVA_AVX512_INLINE std::size_t write_points(__m512i bytes, __m512i leads, std::s
     return used;
 }
 
-template <bool Three>
-TOVA_AVX512_INLINE std::size_t write_units(__m512i bytes, __m512i leads, std::size_t used,
-                                           unsigned short* to, std::size_t room) {
-    store(to, room, decode_32<Three>(bytes, leads, 0), used);
-    if (used > 32)
-        store(to + 32, room - 32, decode_32<Three>(bytes, leads, 1), used - 32);
-    return used;
-}
-
 TOVA_AVX512_INLINE std::size_t write_points(__m512i bytes, __m512i leads, std::size_t used,
-                                            bool has_three, bool has_four, unsigned short* to,
-                                            std::size_t room) {
-    if (!has_three)
-        return write_units<false>(bytes, leads, used, to, room);
-    if (!has_four)
-        return write_units<true>(bytes, leads, used, to, room);
+                                            unsigned short* to, std::size_t room) {
     std::size_t written = 0;
     for (unsigned int group = 0; std::size_t{16} * group < used; ++group) {
         __m512i kinds;
@@ -252,6 +269,40 @@ inline progress step_back(const unsigned char* from, progress done) {
     return done;
 }
 
+// How many steps of ASCII in a row make it likely that more follow.
+const int quiet_steps = 4;
+
+// Decodes steps of characters of one or two bytes, as far as there is room for whole vectors. A
+// step is 63 bytes, and bit 0 of `owed` says whether the last character continues in the next one.
+// It isn't interrupted for single steps of ASCII: in most scripts that would happen too irregularly
+// to be predicted.
+template <typename Target>
+TOVA_AVX512 progress decode_two(const unsigned char* from, std::size_t size, Target* to,
+                                std::size_t room, progress done, std::uint64_t& owed) {
+    const __m512i identity = _mm512_load_si512(tables.identity);
+    const std::uint64_t step = lowest(63);
+    int quiet = 0;
+    while (size - done.read >= 64 && room - done.written >= 64 && quiet < quiet_steps) {
+        const __m512i bytes = _mm512_loadu_si512(from + done.read);
+        const std::uint64_t high = _mm512_movepi8_mask(bytes);
+        const std::uint64_t from_two = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xC0));
+        const std::uint64_t three = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xE0));
+        const std::uint64_t continuations = high & ~from_two;
+        const std::uint64_t wanted = owed | (from_two & step) << 1;
+        if ((((wanted ^ continuations) | three) & step) != 0)
+            break;
+        owed = wanted >> 63;
+        const std::uint64_t leads = ~continuations & step;
+        const __m512i positions = _mm512_maskz_compress_epi8(leads, identity);
+        store_32(to + done.written, 64, decode_32<false>(bytes, positions, 0), 32);
+        store_32(to + done.written + 32, 32, decode_32<false>(bytes, positions, 1), 32);
+        done.written += count(leads);
+        done.read += 63;
+        quiet = high == 0 ? quiet + 1 : 0;
+    }
+    return done;
+}
+
 // A step is 61 bytes, so that a character that begins in it ends within the vector. The bits of
 // `owed` mark the bytes of the next step that the last character still needs as continuations.
 template <typename Target>
@@ -277,6 +328,13 @@ TOVA_AVX512 progress decode(const unsigned char* from, std::size_t size, Target*
         const std::uint64_t two = from_two & step;
         const std::uint64_t three = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xE0)) & step;
         const std::uint64_t four = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xF0)) & step;
+        if (three == 0) {
+            const progress further = decode_two(from, size, to, room, done, owed);
+            if (further.read != done.read) {
+                done = further;
+                continue;
+            }
+        }
         const std::uint64_t none = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xF8)) & step;
         const std::uint64_t continuations = high & ~from_two;
         const std::uint64_t wanted = owed | two << 1 | three << 2 | four << 3;
@@ -287,8 +345,14 @@ TOVA_AVX512 progress decode(const unsigned char* from, std::size_t size, Target*
             return owed != 0 ? step_back<Target>(from, done) : done;
         owed = last ? 0 : wanted >> 61;
         const std::uint64_t leads = ~continuations & step;
-        done.written += write_points(bytes, _mm512_maskz_compress_epi8(leads, identity),
-                                     count(leads), three != 0, four != 0, at, free);
+        const __m512i positions = _mm512_maskz_compress_epi8(leads, identity);
+        const std::size_t points = count(leads);
+        if (four != 0)
+            done.written += write_points(bytes, positions, points, at, free);
+        else if (three != 0)
+            done.written += write_units<true>(bytes, positions, points, at, free);
+        else
+            done.written += write_units<false>(bytes, positions, points, at, free);
         done.read += last ? left : 61;
     }
     return done;
@@ -296,16 +360,38 @@ TOVA_AVX512 progress decode(const unsigned char* from, std::size_t size, Target*
 
 // --- Encoding UTF-8 -----------------------------------------------------------------------------
 
-// 32 units below 0x800, the first `used` of them.
-TOVA_AVX512_INLINE std::size_t encode_two(__m512i units, __mmask32 from_two, std::size_t used,
-                                          char* to, std::size_t room) {
-    const __m512i lead = _mm512_or_si512(_mm512_srli_epi16(units, 6), all_units(0x80C0));
-    const __m512i trail = _mm512_slli_epi16(_mm512_and_si512(units, all_units(0x3F)), 8);
-    const __m512i bytes = _mm512_mask_mov_epi16(units, from_two, _mm512_or_si512(lead, trail));
-    // always a low byte, even if it is 0; a high byte only if it is not 0
-    const std::uint64_t keep =
-        _mm512_test_epi8_mask(_mm512_or_si512(bytes, all_units(0x00FF)), all_bytes(0xFF)) &
-        lowest(2 * used);
+// For each unit of 16 bits, its bits from 6 on and its low bits.
+alignas(64) const unsigned char two_parts[64] = {
+    6,  0,  22, 16, 38, 32, 54, 48, 6,  0,  22, 16, 38, 32, 54, 48, 6,  0,  22, 16, 38, 32,
+    54, 48, 6,  0,  22, 16, 38, 32, 54, 48, 6,  0,  22, 16, 38, 32, 54, 48, 6,  0,  22, 16,
+    38, 32, 54, 48, 6,  0,  22, 16, 38, 32, 54, 48, 6,  0,  22, 16, 38, 32, 54, 48};
+
+// The bytes of 32 units below 0x800, two for each of them. The second one is 0 if it isn't used.
+TOVA_AVX512_INLINE __m512i two_each(__m512i units) {
+    const __m512i parts = _mm512_multishift_epi64_epi8(_mm512_load_si512(two_parts), units);
+    const __m512i two =
+        _mm512_ternarylogic_epi32(parts, all_units(0x3FFF), all_units(0x80C0), 0xEA);  // and, or
+    return _mm512_mask_mov_epi16(units, _mm512_cmpge_epu16_mask(units, all_units(0x80)), two);
+}
+
+// Always the first byte, even if it is 0, and the second one if it is used.
+TOVA_AVX512_INLINE std::uint64_t used_of_two_each(__m512i bytes) {
+    return _mm512_cmpge_epu8_mask(bytes, all_units(0x0100));
+}
+
+// 32 units below 0x800, with room for a whole vector.
+TOVA_AVX512_INLINE std::size_t encode_two(__m512i units, char* to) {
+    const __m512i bytes = two_each(units);
+    const std::uint64_t keep = used_of_two_each(bytes);
+    _mm512_storeu_si512(to, _mm512_maskz_compress_epi8(keep, bytes));
+    return count(keep);
+}
+
+// The first `used` of 32 units below 0x800.
+TOVA_AVX512_INLINE std::size_t encode_two(__m512i units, std::size_t used, char* to,
+                                          std::size_t room) {
+    const __m512i bytes = two_each(units);
+    const std::uint64_t keep = used_of_two_each(bytes) & lowest(2 * used);
     const std::size_t written = count(keep);
     store(to, room, _mm512_maskz_compress_epi8(keep, bytes), written);
     return written;
@@ -337,14 +423,6 @@ TOVA_AVX512_INLINE std::size_t encode_16(__m512i points, __mmask16 in, char* to,
     const std::size_t written = count(keep);
     store(to, room, _mm512_maskz_compress_epi8(keep, bytes), written);
     return written;
-}
-
-TOVA_AVX512_INLINE __m512i lower_half(__m512i units) {
-    return _mm512_cvtepu16_epi32(_mm512_castsi512_si256(units));
-}
-
-TOVA_AVX512_INLINE __m512i upper_half(__m512i units) {
-    return _mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(units, 1));
 }
 
 // Finds the surrogates among the first `used` of 32 units. `used` is reduced by one if the last
@@ -381,6 +459,25 @@ TOVA_AVX512_INLINE __m512i successors(__m512i units) {
     return _mm512_permutexvar_epi8(bytes, units);
 }
 
+// Encodes units below 0x800, as far as there is room for whole vectors. Like `decode_two`, it isn't
+// interrupted for single vectors of ASCII.
+TOVA_AVX512 progress encode_two_each(const unsigned short* from, std::size_t size, char* to,
+                                     std::size_t room, progress done) {
+    int quiet = 0;
+    while (size - done.read >= 64 && room - done.written >= 128 && quiet < quiet_steps) {
+        const __m512i first = _mm512_loadu_si512(from + done.read);
+        const __m512i second = _mm512_loadu_si512(from + done.read + 32);
+        if (_mm512_test_epi16_mask(_mm512_or_si512(first, second), all_units(0xF800)) != 0)
+            break;
+        const std::size_t written = encode_two(first, to + done.written);
+        const std::size_t both = written + encode_two(second, to + done.written + written);
+        done.written += both;
+        done.read += 64;
+        quiet = both == 64 ? quiet + 1 : 0;
+    }
+    return done;
+}
+
 TOVA_AVX512 progress encode_16_to_8(const unsigned short* from, std::size_t size, char* to,
                                     std::size_t room, progress done) {
     while (done.read < size) {
@@ -401,7 +498,12 @@ TOVA_AVX512 progress encode_16_to_8(const unsigned short* from, std::size_t size
             continue;
         }
         if (_mm512_cmpge_epu16_mask(units, all_units(0x800)) == 0) {
-            done.written += encode_two(units, from_two, used, at, free);
+            const progress further = encode_two_each(from, size, to, room, done);
+            if (further.read != done.read) {
+                done = further;
+                continue;
+            }
+            done.written += encode_two(units, used, at, free);
             done.read += used;
             continue;
         }
@@ -463,7 +565,7 @@ TOVA_AVX512 progress encode_32_to_8(const wchar_t* from, std::size_t size, char*
                     _mm256_mask_storeu_epi8(at, static_cast<__mmask32>(lowest(used)), bytes);
                 done.written += used;
             } else {
-                done.written += encode_two(units, from_two, used, at, free);
+                done.written += encode_two(units, used, at, free);
             }
             done.read += used;
             continue;
@@ -581,14 +683,33 @@ TOVA_AVX512 progress narrow_32_to_16(const wchar_t* from, std::size_t size, unsi
 
 // --- Sizes --------------------------------------------------------------------------------------
 
+TOVA_AVX512_INLINE std::size_t count_leads(__m512i bytes) {
+    return count(_mm512_cmpgt_epi8_mask(bytes, all_bytes(0xBF)));
+}
+
+TOVA_AVX512_INLINE std::size_t count_fours(__m512i bytes) {
+    return count(_mm512_cmpge_epu8_mask(bytes, all_bytes(0xF0)));
+}
+
 TOVA_AVX512 std::size_t measure_8_to_16(const unsigned char* from, std::size_t size) {
     std::size_t units = 0;
-    for (std::size_t i = 0; i < size; i += 64) {
-        const __m512i bytes = load(from + i, size - i);
-        units += count(_mm512_cmpgt_epi8_mask(bytes, all_bytes(0xBF))) +
-                 count(_mm512_cmpge_epu8_mask(bytes, all_bytes(0xF0)));
+    std::size_t i = 0;
+    for (; size - i >= 256; i += 256) {
+        const __m512i a = _mm512_loadu_si512(from + i);
+        const __m512i b = _mm512_loadu_si512(from + i + 64);
+        const __m512i c = _mm512_loadu_si512(from + i + 128);
+        const __m512i d = _mm512_loadu_si512(from + i + 192);
+        units += count_leads(a) + count_leads(b) + count_leads(c) + count_leads(d);
+        const __m512i most = _mm512_max_epu8(_mm512_max_epu8(a, b), _mm512_max_epu8(c, d));
+        if (_mm512_cmpge_epu8_mask(most, all_bytes(0xF0)) != 0)
+            units += count_fours(a) + count_fours(b) + count_fours(c) + count_fours(d);
     }
-    return units - (64 - size % 64) % 64;  // the zeros that the last load added
+    const std::size_t left = size - i;
+    for (; i < size; i += 64) {
+        const __m512i bytes = load(from + i, size - i);
+        units += count_leads(bytes) + count_fours(bytes);
+    }
+    return units - (64 - left % 64) % 64;  // the zeros that the last load added
 }
 
 TOVA_AVX512 std::size_t measure_8_to_32(const unsigned char* from, std::size_t size) {
@@ -598,14 +719,34 @@ TOVA_AVX512 std::size_t measure_8_to_32(const unsigned char* from, std::size_t s
     return points - (64 - size % 64) % 64;
 }
 
+TOVA_AVX512_INLINE std::size_t count_from(__m512i units, int limit) {
+    return count(_mm512_cmpge_epu16_mask(units, all_units(limit)));
+}
+
+TOVA_AVX512_INLINE std::size_t count_surrogates(__m512i units) {
+    const __m512i kind = _mm512_and_si512(units, all_units(0xF800));
+    return count(_mm512_cmpeq_epi16_mask(kind, all_units(0xD800)));
+}
+
 TOVA_AVX512 std::size_t measure_16_to_8(const unsigned short* from, std::size_t size) {
     std::size_t bytes = size;
-    for (std::size_t i = 0; i < size; i += 32) {
+    std::size_t i = 0;
+    for (; size - i >= 128; i += 128) {
+        const __m512i a = _mm512_loadu_si512(from + i);
+        const __m512i b = _mm512_loadu_si512(from + i + 32);
+        const __m512i c = _mm512_loadu_si512(from + i + 64);
+        const __m512i d = _mm512_loadu_si512(from + i + 96);
+        bytes +=
+            count_from(a, 0x80) + count_from(b, 0x80) + count_from(c, 0x80) + count_from(d, 0x80);
+        const __m512i any = _mm512_or_si512(_mm512_or_si512(a, b), _mm512_or_si512(c, d));
+        if (_mm512_test_epi16_mask(any, all_units(0xF800)) != 0)
+            bytes += count_from(a, 0x800) + count_from(b, 0x800) + count_from(c, 0x800) +
+                     count_from(d, 0x800) - count_surrogates(a) - count_surrogates(b) -
+                     count_surrogates(c) - count_surrogates(d);
+    }
+    for (; i < size; i += 32) {
         const __m512i units = load(from + i, size - i);
-        const __m512i kind = _mm512_and_si512(units, all_units(0xF800));
-        bytes += count(_mm512_cmpge_epu16_mask(units, all_units(0x80))) +
-                 count(_mm512_cmpge_epu16_mask(units, all_units(0x800))) -
-                 count(_mm512_cmpeq_epi16_mask(kind, all_units(0xD800)));
+        bytes += count_from(units, 0x80) + count_from(units, 0x800) - count_surrogates(units);
     }
     return bytes;
 }

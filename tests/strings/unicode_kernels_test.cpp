@@ -24,7 +24,7 @@ using tova::detail::cpu_form;
 namespace kernels = tova::strings::kernels;
 
 const std::size_t page = 4096;
-const std::size_t pages = 4;
+const std::size_t pages = 16;
 
 // Memory directly before an inaccessible page.
 class guarded {
@@ -355,6 +355,52 @@ TEST_P(UnicodeKernels, ConvertEveryLengthAtEveryAlignment) {
                 check(points, gap);
             }
         }
+}
+
+// The vector forms have loops for runs of ASCII, of one or two bytes each, and of longer
+// characters. Runs of any length end at any position of these.
+TEST_P(UnicodeKernels, ConvertRunsOfOneKindAfterAnother) {
+    std::mt19937 engine(13);
+    const auto below = [&](unsigned int limit) {
+        return static_cast<unsigned int>(engine()) % limit;
+    };
+    for (int round = 0; round < 1500; ++round) {
+        std::vector<unsigned char> bytes;
+        std::vector<unsigned short> units;
+        std::vector<wchar_t> points;
+        while (points.size() < 900) {
+            const unsigned int kind = below(6);
+            for (unsigned int left = 1 + below(below(3) == 0 ? 500 : 80); left > 0; --left) {
+                const unsigned int value = kind == 0   ? below(0x80)
+                                           : kind == 1 ? (below(12) == 0 ? 0xE9 : 'a')
+                                           : kind == 2 ? 0x410 + below(0x40)
+                                           : kind == 3 ? below(0x800)
+                                           : kind == 4 ? 0x4E00 + below(0x3000)
+                                                       : 0x1F600 + below(0x40);
+                append(bytes, sequence(value, shortest(value)));
+                if (value >= 0x10000) {
+                    units.push_back(static_cast<unsigned short>(0xD7C0 + (value >> 10)));
+                    units.push_back(static_cast<unsigned short>(0xDC00 + (value & 0x3FF)));
+                } else {
+                    units.push_back(static_cast<unsigned short>(value));
+                }
+                points.push_back(static_cast<wchar_t>(value));
+            }
+        }
+        const std::size_t gap = below(64);
+        check(bytes, gap);
+        check(units, gap);
+        check(points, gap);
+        bytes[below(static_cast<unsigned int>(bytes.size()))] =
+            static_cast<unsigned char>(0x80 + below(0x80));
+        units[below(static_cast<unsigned int>(units.size()))] =
+            static_cast<unsigned short>(0xD800 + below(0x800));
+        points[below(static_cast<unsigned int>(points.size()))] =
+            static_cast<wchar_t>(0xD800 + below(0x800));
+        check(bytes, gap);
+        check(units, gap);
+        check(points, gap);
+    }
 }
 
 TEST_P(UnicodeKernels, ConvertRandomBytes) {
