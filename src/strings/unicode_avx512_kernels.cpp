@@ -478,21 +478,24 @@ TOVA_AVX512 progress encode_two_each(const unsigned short* from, std::size_t siz
     return done;
 }
 
+// The first `used` of 32 bytes.
+TOVA_AVX512_INLINE void store_bytes(char* to, std::size_t room, __m256i bytes, std::size_t used) {
+    if (room >= 32)
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), bytes);
+    else
+        _mm256_mask_storeu_epi8(to, static_cast<__mmask32>(lowest(used)), bytes);
+}
+
 TOVA_AVX512 progress encode_16_to_8(const unsigned short* from, std::size_t size, char* to,
                                     std::size_t room, progress done) {
     while (done.read < size) {
         const std::size_t left = size - done.read;
         const __m512i units = load(from + done.read, left);
         std::size_t used = std::min<std::size_t>(left, 32);
-        char* at = to + done.written;
-        std::size_t free = room - done.written;
-        const __mmask32 from_two = _mm512_cmpge_epu16_mask(units, all_units(0x80));
-        if (from_two == 0) {
-            const __m256i bytes = _mm512_cvtepi16_epi8(units);
-            if (free >= 32)
-                _mm256_storeu_si256(reinterpret_cast<__m256i*>(at), bytes);
-            else
-                _mm256_mask_storeu_epi8(at, static_cast<__mmask32>(lowest(used)), bytes);
+        char* const at = to + done.written;
+        const std::size_t free = room - done.written;
+        if (_mm512_cmpge_epu16_mask(units, all_units(0x80)) == 0) {
+            store_bytes(at, free, _mm512_cvtepi16_epi8(units), used);
             done.written += used;
             done.read += used;
             continue;
