@@ -27,8 +27,15 @@ inline Unit* write_reversed(Value value, Unit* end, Value radix) {
 
 // Writes the digits and the terminator, and nothing after them, because the caller's buffer may end
 // there.
-inline void write_decimal_string(unsigned long value, char* text) {
+__attribute__((noinline)) void write_long_decimal_string(unsigned long value, char* text) {
     *detail::write_digits_of(text, value) = '\0';
+}
+
+// Short numbers are written without another call.
+inline void write_decimal_string(unsigned long value, char* text) {
+    if (value >= 10000)
+        return write_long_decimal_string(value, text);
+    *detail::write_below_10000(text, static_cast<unsigned>(value)) = '\0';
 }
 
 template <typename Unit>
