@@ -2,8 +2,8 @@
 // floating_reader.cpp, and a standard stream reads for locales other than the classic one.
 //
 // Most integers are an optional minus sign, a digit that doesn't start a prefix, and more digits.
-// `read_decimal` reads these, eight characters at a time, with the same result as the stages below.
-// An integer that begins in any other way goes through the stages, in one pass:
+// `parse_decimal` reads these, eight characters at a time, with the same result as the stages
+// below. An integer that begins in any other way goes through the stages, in one pass:
 //
 //   whitespace -> sign -> radix check -> prefix, if the radix is 0 -> first digit -> digits -> sign
 //
@@ -15,8 +15,8 @@
 // length of 0 in the unsigned parser, where the position starts at the length and the first unit is
 // still read. The magnitude read so far never exceeds the limit, so no multiplication wraps.
 //
-// `strtointx` and `strtouintx` are two functions on purpose. They share the stages up to the first
-// digit and the loop over the digits, and differ in everything around them:
+// The signed and the unsigned parser are two functions on purpose. They share the stages up to the
+// first digit and the loop over the digits, and differ in everything around them:
 //
 //                          strtointx                      strtouintx
 //   length of 0            measured up to the terminator  used as given
@@ -182,18 +182,95 @@ template <typename Result>
 using magnitude_of = typename std::conditional<sizeof(Result) <= sizeof(unsigned int), unsigned int,
                                                unsigned long>::type;
 
-// Reads the rest of a decimal number after eight digits with the value `number`. Returns whether
-// the value is at most the limit. This function is separate and not inlined, because most numbers
-// are shorter.
-__attribute__((noinline)) bool read_more_digits(const char* text, unsigned long length,
-                                                unsigned long limit, unsigned long& number) {
-    const unsigned long second = detail::load_up_to_eight(text, length);
+// The bounds and the result of a signed parser.
+template <typename Result>
+struct signed_rules {
+    using result = Result;
+    using magnitude = magnitude_of<Result>;
+
+    // The magnitude of the smallest value is one more than the largest value, hence unsigned.
+    static magnitude limit(bool negative) {
+        return static_cast<magnitude>(std::numeric_limits<Result>::max()) +
+               static_cast<magnitude>(negative);
+    }
+
+    static Result number(bool negative, magnitude value, bool) {
+        return static_cast<Result>(negative ? 0 - value : value);
+    }
+
+    // For a magnitude above the limit.
+    __attribute__((noinline)) static Result saturated(bool negative, bool throw_on_range) {
+        if (throw_on_range)
+            raise_range(negative, signed_range_line, signed_parser);
+        return negative ? std::numeric_limits<Result>::min() : std::numeric_limits<Result>::max();
+    }
+};
+
+// Contract: a minus sign is rejected only after the number has been read, and "-0" is accepted.
+template <typename Result>
+struct unsigned_rules {
+    using result = Result;
+    using magnitude = magnitude_of<Result>;
+
+    static magnitude limit(bool) { return std::numeric_limits<Result>::max(); }
+
+    static Result number(bool negative, magnitude value, bool throw_on_range) {
+        if (!negative || value == 0)
+            return static_cast<Result>(value);
+        return rejected(throw_on_range);
+    }
+
+    __attribute__((noinline)) static Result saturated(bool negative, bool throw_on_range) {
+        if (throw_on_range)
+            raise_range(negative, unsigned_range_line, unsigned_parser);
+        return negative ? Result(0) : std::numeric_limits<Result>::max();
+    }
+
+private:
+    __attribute__((noinline)) static Result rejected(bool throw_on_range) {
+        if (throw_on_range)
+            raise_range(true, unsigned_sign_line, unsigned_parser);
+        return 0;
+    }
+};
+
+template <typename Rules>
+inline typename Rules::result result_of(bool negative, typename Rules::magnitude value, bool fits,
+                                        bool throw_on_range) {
+    return fits ? Rules::number(negative, value, throw_on_range)
+                : Rules::saturated(negative, throw_on_range);
+}
+
+// The number of minus signs at the beginning, 0 or 1. Compilers don't see the comparison and make
+// no branch of it, because signs are hard to predict.
+inline unsigned long minus_signs(const char* text) {
+    unsigned long count = *text == '-' ? 1 : 0;
+    __asm__("" : "+r"(count));
+    return count;
+}
+
+// Whether the number, without a minus sign, is decimal and begins like nearly every string: with a
+// digit that does not start a prefix.
+inline bool begins_decimal(const char* text, unsigned long length, long radix) {
+    if (length == 0)
+        return false;
+    const unsigned first_digit = static_cast<unsigned>(static_cast<unsigned char>(*text)) - '0';
+    if (__builtin_expect(radix == radix_t::decimal, 1))
+        return first_digit <= 9;
+    return radix == radix_t::detect && first_digit - 1 <= 8;
+}
+
+// Reads a number of more than eight digits, without its sign.
+template <typename Rules>
+__attribute__((noinline)) typename Rules::result
+parse_long_decimal(const char* text, unsigned long length, bool negative, bool throw_on_range) {
+    const unsigned long limit = Rules::limit(negative);
+    const unsigned long second = detail::load_up_to_eight(text + 8, length - 8);
     const int more = detail::count_digits(second);
+    unsigned long number = detail::leading_digits(detail::load_eight(text), 8);
     number = number * detail::small_powers[more] + detail::leading_digits(second, more);
     bool fits = number <= limit;
-    if (more != 8)
-        return fits;
-    for (unsigned long i = 8; fits && i != length; ++i) {
+    for (unsigned long i = 16; more == 8 && fits && i < length; ++i) {
         const long digit = digit_value(static_cast<long>(text[i]), 10);
         if (digit < 0)
             break;
@@ -201,120 +278,123 @@ __attribute__((noinline)) bool read_more_digits(const char* text, unsigned long 
         fits = number < limit / 10 || (number == limit / 10 && added <= limit % 10);
         number = number * 10 + added;
     }
-    return fits;
+    using magnitude = typename Rules::magnitude;
+    return result_of<Rules>(negative, static_cast<magnitude>(number), fits, throw_on_range);
 }
 
-// Reads the whole number if it is decimal and begins like nearly every string: with an optional
-// minus sign and a digit that does not start a prefix. Sets `fits` to whether its value is at most
-// the limit for its sign. Returns false if the number begins in another way. It is inlined, so its
-// results need no memory.
-template <typename Magnitude>
-__attribute__((always_inline)) inline bool
-read_decimal(const char* text, unsigned long length, long radix, Magnitude positive_limit,
-             Magnitude negative_limit, bool& negative, Magnitude& value, bool& fits) {
-    if (length == 0)
-        return false;
-    negative = *text == '-';
-    const unsigned long sign = negative ? 1 : 0;
-    const unsigned long left = length - sign;
-    if (left == 0)
-        return false;
-    text += sign;
-    const unsigned first_digit = static_cast<unsigned>(*text) - '0';
-    if (radix == radix_t::decimal ? first_digit > 9
-                                  : first_digit - 1 > 8 || radix != radix_t::detect)
-        return false;
-
-    const unsigned long limit = negative ? negative_limit : positive_limit;
-    const unsigned long first = detail::load_up_to_eight(text, left);
+// Reads a number that begins with a digit. All calls are the last step, so a short number needs no
+// stack.
+template <typename Rules>
+inline typename Rules::result parse_decimal(const char* text, unsigned long length, bool negative,
+                                            bool throw_on_range) {
+    const unsigned long first = detail::load_up_to_eight(text, length);
     const int count = detail::count_digits(first);
-    unsigned long number = detail::leading_digits(first, count);
-    fits = number <= limit;
-    if (count == 8 && left != 8)
-        fits = read_more_digits(text + 8, left - 8, limit, number);
-    value = static_cast<Magnitude>(number);
-    return true;
+    if (count == 8 && length != 8)
+        return parse_long_decimal<Rules>(text, length, negative, throw_on_range);
+    const unsigned long number =
+        detail::eight_digits((first ^ detail::ascii_zeros) << (64 - 8 * count));
+    using magnitude = typename Rules::magnitude;
+    return result_of<Rules>(negative, static_cast<magnitude>(number),
+                            number <= Rules::limit(negative), throw_on_range);
 }
 
-// Only bytes are read eight at a time.
-template <typename Magnitude, typename Unit>
-inline bool read_decimal(const Unit*, unsigned long, long, Magnitude, Magnitude, bool&, Magnitude&,
-                         bool&) {
-    return false;
+// All stages of the signed parser.
+template <typename Result, typename Unit>
+__attribute__((noinline)) Result parse_signed(const Unit* text, unsigned long length, long radix,
+                                              bool throw_on_range) {
+    using rules = signed_rules<Result>;
+    number_cursor<Unit> from = {text, length, 0};
+    bool negative;
+    if (!from.skip_to_number(negative))
+        return 0;
+
+    // Contract: the radix is checked after whitespace and sign, so a string that contains nothing
+    // else is 0 in any radix. It is compared as a signed number here: a negative radix passes and
+    // has no digits.
+    if (radix == 1 || radix > radix_t::highest)
+        raise_radix(signed_radix_line, signed_parser);
+
+    long digit;
+    if (!from.find_first_digit(radix, digit))
+        return 0;
+    typename rules::magnitude value;
+    const bool fits = read_digits(from, digit, radix, rules::limit(negative), value);
+    return result_of<rules>(negative, value, fits, throw_on_range);
+}
+
+// All stages of the unsigned parser.
+template <typename Result, typename Unit>
+__attribute__((noinline)) Result parse_unsigned(const Unit* text, unsigned long length, long radix,
+                                                bool throw_on_range) {
+    using rules = unsigned_rules<Result>;
+    number_cursor<Unit> from = {text, length, 0};
+    bool negative;
+    if (!from.skip_to_number(negative))
+        return 0;
+
+    // Contract: compared as an unsigned number, so a negative radix is invalid.
+    if (radix == 1 || static_cast<unsigned long>(radix) > radix_t::highest)
+        raise_radix(unsigned_radix_line, unsigned_parser);
+
+    long digit;
+    if (!from.find_first_digit(radix, digit))
+        return 0;
+    typename rules::magnitude value;
+    const bool fits = read_digits(from, digit, radix, rules::limit(negative), value);
+    return result_of<rules>(negative, value, fits, throw_on_range);
 }
 
 template <typename Result, typename Unit>
 Result strtointx(const Unit* text, unsigned long length, radix_t::base base, bool throw_on_range) {
-    using magnitude = magnitude_of<Result>;
-    // The magnitude of the smallest value is one more than the largest value, hence unsigned.
-    const magnitude greatest = static_cast<magnitude>(std::numeric_limits<Result>::max());
-    number_cursor<Unit> from = {text, length != 0 ? length : strings::string_length(text), 0};
-    long radix = static_cast<long>(base);
+    return parse_signed<Result>(text, length != 0 ? length : strings::string_length(text),
+                                static_cast<long>(base), throw_on_range);
+}
 
-    bool negative;
-    bool fits;
-    magnitude value;
-    if (!read_decimal(text, from.length, radix, greatest, greatest + 1, negative, value, fits)) {
-        if (!from.skip_to_number(negative))
-            return 0;
+template <typename Result>
+Result strtointx(const char* text, unsigned long length, radix_t::base base, bool throw_on_range);
 
-        // Contract: the radix is checked after whitespace and sign, so a string that contains
-        // nothing else is 0 in any radix. It is compared as a signed number here: a negative radix
-        // passes and has no digits.
-        if (radix == 1 || radix > radix_t::highest)
-            raise_radix(signed_radix_line, signed_parser);
+// Apart, so that a string of known length is read without a call that returns.
+template <typename Result>
+__attribute__((noinline)) Result measure_and_parse(const char* text, radix_t::base base,
+                                                   bool throw_on_range) {
+    const unsigned long length = strings::string_length(text);
+    return length != 0
+               ? strtointx<Result>(text, length, base, throw_on_range)
+               : parse_signed<Result>(text, length, static_cast<long>(base), throw_on_range);
+}
 
-        long digit;
-        if (!from.find_first_digit(radix, digit))
-            return 0;
-        fits = read_digits(from, digit, radix, greatest + static_cast<magnitude>(negative), value);
-    }
-    if (fits)
-        return static_cast<Result>(negative ? 0 - value : value);
-
-    if (throw_on_range)
-        raise_range(negative, signed_range_line, signed_parser);
-    return negative ? std::numeric_limits<Result>::min() : std::numeric_limits<Result>::max();
+// Only bytes are read eight at a time.
+template <typename Result>
+inline Result strtointx(const char* text, unsigned long length, radix_t::base base,
+                        bool throw_on_range) {
+    if (length == 0)
+        return measure_and_parse<Result>(text, base, throw_on_range);
+    const unsigned long signs = minus_signs(text);
+    const long radix = static_cast<long>(base);
+    if (begins_decimal(text + signs, length - signs, radix))
+        return parse_decimal<signed_rules<Result>>(text + signs, length - signs, signs != 0,
+                                                   throw_on_range);
+    return parse_signed<Result>(text, length, radix, throw_on_range);
 }
 
 // Contract: a length of 0 is not measured here, unlike in the signed parser. The length is tested
 // after each unit, so one digit is still read, while whitespace, a sign or a prefix yields 0.
 template <typename Result, typename Unit>
 Result strtouintx(const Unit* text, unsigned long length, radix_t::base base, bool throw_on_range) {
-    using magnitude = magnitude_of<Result>;
-    const magnitude greatest = std::numeric_limits<Result>::max();
-    number_cursor<Unit> from = {text, length, 0};
-    long radix = static_cast<long>(base);
+    return parse_unsigned<Result>(text, length, static_cast<long>(base), throw_on_range);
+}
 
-    bool negative;
-    bool fits;
-    magnitude value;
-    if (!read_decimal(text, length, radix, greatest, greatest, negative, value, fits)) {
-        if (!from.skip_to_number(negative))
-            return 0;
-
-        // Contract: compared as an unsigned number, so a negative radix is invalid.
-        if (radix == 1 || static_cast<unsigned long>(radix) > radix_t::highest)
-            raise_radix(unsigned_radix_line, unsigned_parser);
-
-        long digit;
-        if (!from.find_first_digit(radix, digit))
-            return 0;
-        fits = read_digits(from, digit, radix, greatest, value);
+template <typename Result>
+inline Result strtouintx(const char* text, unsigned long length, radix_t::base base,
+                         bool throw_on_range) {
+    const long radix = static_cast<long>(base);
+    if (length != 0) {
+        const unsigned long signs = minus_signs(text);
+        if (begins_decimal(text + signs, length - signs, radix))
+            return parse_decimal<unsigned_rules<Result>>(text + signs, length - signs, signs != 0,
+                                                         throw_on_range);
     }
-    if (!fits) {
-        if (throw_on_range)
-            raise_range(negative, unsigned_range_line, unsigned_parser);
-        value = greatest;
-    }
-
-    // Contract: a minus sign is rejected only here, after the number has been read, and "-0" is
-    // accepted.
-    if (!negative || value == 0)
-        return static_cast<Result>(value);
-    if (throw_on_range)
-        raise_range(negative, unsigned_sign_line, unsigned_parser);
-    return 0;
+    return parse_unsigned<Result>(text, length, radix, throw_on_range);
 }
 
 // Contract: accepts exactly what operator>> accepts. The stream rejects a number out of range, so
