@@ -33,6 +33,9 @@
 // start tag is complete, or when an error ends the tag. `m_finished` is set by the name in the
 // root's end tag, and status 3 follows at its `>`.
 //
+// An element below the open levels that has only attributes and text is usually taken as a whole
+// (`take_usual_element`), which has the same result as its constructs.
+//
 // One turn of the loop in `take_constructs` takes one construct, steps over its last byte and
 // commits. If the data ends inside a construct, the turn stops without a commit, and the next run
 // starts that construct again. Nodes and stacks change only when a construct (a tag's name, an
@@ -223,11 +226,36 @@ bool xml_stream_parser::machine::take_markup() {
     }
 }
 
+// A whole element at once, if it is below the open levels, has no elements in it, is complete in
+// the data and is written in the usual way. The result is that of the constructs that it consists
+// of. Returns false and changes nothing for any other element.
+bool xml_stream_parser::machine::take_usual_element() {
+    // Text needs an enclosing element, and the end tag must not end an open level.
+    if (m_finished || m_nodes.level_count() < m_open_depth || m_nodes.open_count() == 0 ||
+        m_nodes.open_count() < m_open_depth)
+        return false;
+    detail::usual_element element;
+    if (!m_scanner.find_usual_element(element))
+        return false;
+    m_nodes.append_whole(element, m_scanner.line());
+    m_scanner.take(element);
+    if (element.attribute_count != 0) {
+        const auto& last = element.attributes[element.attribute_count - 1];
+        m_empty_value = last.equals + 2 == last.last;
+    }
+    if (!element.is_empty_tag)
+        m_expect_close = false;
+    m_start_waits = false;
+    return true;
+}
+
 bool xml_stream_parser::machine::take_start_tag() {
     if (m_nodes.is_full(full_queue_size + 1)) {
         m_scanner.commit();
         return false;
     }
+    if (take_usual_element())
+        return true;
 
     m_scanner.advance(1);
     m_in_tag = true;

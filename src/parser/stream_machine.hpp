@@ -55,6 +55,7 @@ private:
     bool take_end_of_start_tag();
     bool take_end_of_end_tag();
     bool take_markup();
+    bool take_usual_element();
     bool take_start_tag();
     bool take_end_tag();
     bool take_comment();

@@ -22,6 +22,7 @@
 
 #include "parser/attribute_names.hpp"
 #include "parser/piece.hpp"
+#include "parser/usual_element.hpp"
 
 #include <cstddef>
 #include <list>
@@ -93,6 +94,8 @@ public:
     void close_innermost() { close(m_elements.top().second); }
     /// Appends the closing node of an element at an open level.
     void append_end(piece name, error_type type, unsigned int line);
+    /// Opens and closes an element below the open levels at once.
+    void append_whole(const usual_element& element, unsigned int line);  // stream_elements.cpp
     /// Leaves the innermost open level.
     void close_level();
     /// Empties the queue and closes all elements below the open levels.

@@ -22,6 +22,7 @@
 #include <tova/types/radix.hpp>
 
 #include "parser/equal_bytes.hpp"
+#include "parser/usual_element.hpp"
 #include "strings/ascii.hpp"
 
 #include <unistd.h>
@@ -50,7 +51,7 @@ const std::size_t least_entity_size = 5;
 const std::size_t least_comment_size = 4;
 
 // With so many bytes every entity is complete, and so is what each of them waits for.
-const std::size_t most_entity_size = 12;
+const std::size_t enough_entity_bytes = 12;
 
 // Contract: every byte with the high bit set is a name byte, so UTF-8 passes undecoded, while '-',
 // '.' and ':' are not. The C library decides only about the remaining ASCII bytes. In `xml_parser`
@@ -251,27 +252,103 @@ bool stream_scanner::take_usual_attribute(piece& name, piece& value) {
     return true;
 }
 
+// --- Whole elements -----------------------------------------------------------------------------
+
+// The steps of the state machine from a start tag to the end of the element, for the usual
+// spellings. Whitespace is skipped between them, as the machine does.
+bool stream_scanner::find_usual_element(usual_element& found) {
+    const char* const end = m_buffer.data() + m_end;
+    const char* at = m_buffer.data() + m_cursor + 1;
+    // Attributes usually have one space between them.
+    const auto skip = [&] {
+        if (at == end || !is_white_space(*at))
+            return;
+        if (*at == ' ' && end - at > 1 && !is_white_space(at[1]))
+            ++at;
+        else
+            at = m_blocks.end_of_white_space(at, found.lines);
+    };
+
+    found.name = piece(at, m_blocks.end_of_wide_name(at));
+    found.attribute_count = 0;
+    found.lines = 0;
+    if (found.name.empty())
+        return false;
+    at += found.name.size;
+    for (skip(); end - at >= 2 && *at != '>'; skip()) {
+        if (*at == '/') {
+            found.is_empty_tag = true;
+            found.has_references = false;
+            found.text = piece(at, at);
+            found.last = at + 1;
+            return at[1] == '>';
+        }
+        const char* const equals = m_blocks.end_of_wide_name(at);
+        if (equals == at || end - equals < 2 || equals[0] != '=' ||
+            (equals[1] != '"' && equals[1] != '\''))
+            return false;
+        const char* const last = m_blocks.end_of_value(equals + 2, equals[1]);
+        if (last == end || *last != equals[1] ||
+            found.attribute_count == usual_element::most_attributes)
+            return false;
+        const auto size = static_cast<std::size_t>(equals - at);
+        usual_element::attribute* const added = found.attributes + found.attribute_count;
+        for (const usual_element::attribute* one = found.attributes; one != added; ++one) {
+            if (static_cast<std::size_t>(one->equals - one->name) == size &&
+                have_equal_bytes(one->name, at, size))
+                return false;
+        }
+        *added = {at, equals, last};
+        ++found.attribute_count;
+        at = last + 1;
+    }
+    if (end - at < 2)
+        return false;
+    ++at;
+    skip();
+    if (at == end || *at == '>')
+        return false;
+
+    const char* const stop = end_of_usual_text(at, found.has_references);
+    const std::size_t size = found.name.size;
+    if (static_cast<std::size_t>(end - stop) < size + 3 || stop[1] != '/' ||
+        stop[2 + size] != '>' || !have_equal_bytes(stop + 2, found.name.data, size))
+        return false;
+    found.is_empty_tag = false;
+    found.text = piece(at, stop);
+    found.last = stop + 2 + size;
+    return true;
+}
+
+// The `<` after text whose references are all entities, or else the end of the data.
+const char* stream_scanner::end_of_usual_text(const char* begin, bool& has_references) {
+    const char* const end = m_buffer.data() + m_end;
+    const char* stop = m_blocks.end_of_content(begin);
+    has_references = stop != end && *stop == '&';
+    while (stop != end && *stop == '&') {
+        char meant;
+        const std::size_t size = static_cast<std::size_t>(end - stop) < enough_entity_bytes
+                                     ? 0
+                                     : size_of_entity(stop, meant);
+        if (size == 0)
+            return end;
+        stop = m_blocks.end_of_content(stop + size);
+    }
+    return stop;
+}
+
 // --- References ---------------------------------------------------------------------------------
 
 // An entity with so much data after it that nothing has to wait.
 bool stream_scanner::take_usual_entity(char& result) {
-    static const struct {
-        char text[7];
-        unsigned char size;
-        char result;
-    } entities[] = {{"&lt;", 4, '<'},   {"&gt;", 4, '>'},    {"&amp;", 5, '&'},
-                    {"&quot;", 6, '"'}, {"&apos;", 6, '\''}, {"&nbsp;", 6, ' '}};
-    if (remaining() < most_entity_size)
+    if (remaining() < enough_entity_bytes)
         return false;
-    for (const auto& entity : entities) {
-        if (have_equal_bytes(m_buffer.data() + m_cursor, entity.text, entity.size)) {
-            m_cursor += entity.size - 1u;
-            commit();
-            result = entity.result;
-            return true;
-        }
-    }
-    return false;
+    const std::size_t size = size_of_entity(m_buffer.data() + m_cursor, result);
+    if (size == 0)
+        return false;
+    m_cursor += size - 1;
+    commit();
+    return true;
 }
 
 // Contract: a reference commits where it ends. If the data ends later in the same text or value,

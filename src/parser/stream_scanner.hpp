@@ -27,6 +27,7 @@
 
 #include "parser/byte_blocks.hpp"
 #include "parser/piece.hpp"
+#include "parser/usual_element.hpp"
 #include "strings/ascii.hpp"
 
 #include <cstddef>
@@ -119,6 +120,15 @@ public:
     /// end first. Both are valid until data is added.
     bool take_usual_attribute(piece& name, piece& value);
 
+    /// Finds the end of a whole element, whose `<` and another byte are at the cursor. Returns
+    /// false for anything unusual, and if the data end first. Changes nothing; what is found is
+    /// valid until data is added.
+    bool find_usual_element(usual_element& found);
+    /// Moves the cursor to the last byte of such an element, and counts its lines.
+    void take(const usual_element& element) {
+        m_cursor = static_cast<std::size_t>(element.last - m_buffer.data());
+        m_line += element.lines;
+    }
     /// Takes an entity or a character reference, stops on its `;`, commits there and returns its
     /// one byte. Returns an empty string if more data is needed. Throws `syntax_error`.
     strings::ustring8 take_reference();
@@ -155,6 +165,7 @@ private:
     std::size_t find_two_dashes(std::size_t begin, std::size_t end, unsigned int& lines) const;
     std::size_t find(char wanted, std::size_t begin, std::size_t end) const;
 
+    const char* end_of_usual_text(const char* begin, bool& has_references);
     bool take_usual_entity(char& result);
     strings::ustring8 take_entity(const char* letters, char result, std::size_t needed);
     strings::ustring8 take_entity_in_a();

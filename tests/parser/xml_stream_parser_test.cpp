@@ -1537,6 +1537,49 @@ TEST(StreamParserRecovery, LosesNoByteAfterAReferenceCutOffByTheEndOfTheData) {
     }
 }
 
+TEST(StreamParserAttributes, MayBeManyButEachOnlyOnce) {
+    std::string attributes;
+    for (int count = 0; count != 12; ++count) {
+        SCOPED_TRACE(count);
+        for (const std::string end : {">text</a></r>", "/></r>", "></a></r>"}) {
+            const growing_file file(declaration + "<r><a" + attributes + end);
+            xml_stream_parser parser(file.path(), 1);
+            EXPECT_EQ(3, parser.parse());
+            parser.node_queue_pop();
+            const auto one = parser.node_queue_pop();
+            EXPECT_EQ(static_cast<std::size_t>(count), one.attributes.size());
+            int number = 0;
+            for (const auto& attribute : one.attributes)
+                EXPECT_EQ("name_" + std::to_string(number++), attribute.first);
+            for (int i = 0; i != count; ++i) {
+                const growing_file twice(declaration + "<r><a" + attributes + " name_" +
+                                         std::to_string(i) + "=''" + end);
+                xml_stream_parser second(twice.path(), 1);
+                EXPECT_EQ(5, second.parse());
+            }
+        }
+        attributes += " name_" + std::to_string(count) + "='" +
+                      std::string(static_cast<std::size_t>(count), 'v') + "'";
+    }
+}
+
+TEST(StreamParserText, HasReferencesAtAnyDistance) {
+    for (std::size_t before = 0; before != 70; ++before) {
+        const std::string start = "-" + std::string(before, 'b');
+        std::string document = declaration + "<r>";
+        for (std::size_t after = 0; after != 40; ++after)
+            document +=
+                "<a>" + start + "&quot;" + start + "&lt;&gt;" + std::string(after, 'a') + "</a>";
+        const growing_file file(document + "</r>");
+        xml_stream_parser parser(file.path(), 1);
+        EXPECT_EQ(3, parser.parse());
+        parser.node_queue_pop();
+        for (std::size_t after = 0; after != 40; ++after)
+            ASSERT_EQ(start + "\"" + start + "<>" + std::string(after, 'a'),
+                      parser.node_queue_pop().text);
+    }
+}
+
 TEST(StreamParserRecovery, StopsAtTheEndOfTheDataAfterAnyCut) {
     const std::string body =
         "<a x='q&#x41;&lt;&amp;&apos;' y=\"&#65;&nbsp;&quot;&gt;\" "
