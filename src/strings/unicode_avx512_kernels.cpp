@@ -694,7 +694,17 @@ TOVA_AVX512_INLINE std::size_t count_fours(__m512i bytes) {
     return count(_mm512_cmpge_epu8_mask(bytes, all_bytes(0xF0)));
 }
 
-TOVA_AVX512 std::size_t measure_8_to_16(const unsigned char* from, std::size_t size) {
+TOVA_AVX512_INLINE std::size_t measure_vectors(const unsigned char* from, std::size_t size) {
+    std::size_t units = 0;
+    for (std::size_t i = 0; i < size; i += 64) {
+        const __m512i bytes = load(from + i, size - i);
+        units += count_leads(bytes) + count_fours(bytes);
+    }
+    return units - (64 - size % 64) % 64;  // the zeros that the last load added
+}
+
+TOVA_AVX512 __attribute__((noinline)) std::size_t measure_blocks(const unsigned char* from,
+                                                                 std::size_t size) {
     std::size_t units = 0;
     std::size_t i = 0;
     for (; size - i >= 256; i += 256) {
@@ -707,12 +717,12 @@ TOVA_AVX512 std::size_t measure_8_to_16(const unsigned char* from, std::size_t s
         if (_mm512_cmpge_epu8_mask(most, all_bytes(0xF0)) != 0)
             units += count_fours(a) + count_fours(b) + count_fours(c) + count_fours(d);
     }
-    const std::size_t left = size - i;
-    for (; i < size; i += 64) {
-        const __m512i bytes = load(from + i, size - i);
-        units += count_leads(bytes) + count_fours(bytes);
-    }
-    return units - (64 - left % 64) % 64;  // the zeros that the last load added
+    return units + measure_vectors(from + i, size - i);
+}
+
+// The constants for blocks would be loaded for a short source, too.
+TOVA_AVX512 std::size_t measure_8_to_16(const unsigned char* from, std::size_t size) {
+    return size < 256 ? measure_vectors(from, size) : measure_blocks(from, size);
 }
 
 TOVA_AVX512 std::size_t measure_8_to_32(const unsigned char* from, std::size_t size) {
@@ -731,8 +741,18 @@ TOVA_AVX512_INLINE std::size_t count_surrogates(__m512i units) {
     return count(_mm512_cmpeq_epi16_mask(kind, all_units(0xD800)));
 }
 
-TOVA_AVX512 std::size_t measure_16_to_8(const unsigned short* from, std::size_t size) {
+TOVA_AVX512_INLINE std::size_t measure_vectors(const unsigned short* from, std::size_t size) {
     std::size_t bytes = size;
+    for (std::size_t i = 0; i < size; i += 32) {
+        const __m512i units = load(from + i, size - i);
+        bytes += count_from(units, 0x80) + count_from(units, 0x800) - count_surrogates(units);
+    }
+    return bytes;
+}
+
+TOVA_AVX512 __attribute__((noinline)) std::size_t measure_blocks(const unsigned short* from,
+                                                                 std::size_t size) {
+    std::size_t bytes = 0;
     std::size_t i = 0;
     for (; size - i >= 128; i += 128) {
         const __m512i a = _mm512_loadu_si512(from + i);
@@ -747,11 +767,11 @@ TOVA_AVX512 std::size_t measure_16_to_8(const unsigned short* from, std::size_t 
                      count_from(d, 0x800) - count_surrogates(a) - count_surrogates(b) -
                      count_surrogates(c) - count_surrogates(d);
     }
-    for (; i < size; i += 32) {
-        const __m512i units = load(from + i, size - i);
-        bytes += count_from(units, 0x80) + count_from(units, 0x800) - count_surrogates(units);
-    }
-    return bytes;
+    return i + bytes + measure_vectors(from + i, size - i);
+}
+
+TOVA_AVX512 std::size_t measure_16_to_8(const unsigned short* from, std::size_t size) {
+    return size < 128 ? measure_vectors(from, size) : measure_blocks(from, size);
 }
 
 TOVA_AVX512 std::size_t measure_16_to_32(const unsigned short* from, std::size_t size) {
@@ -988,24 +1008,35 @@ TOVA_AVX512 std::size_t simple_32_to_16(const wchar_t* from, std::size_t size, u
     return size;
 }
 
+// --- The form -----------------------------------------------------------------------------------
+
+// `loops::convert_by`, with the vector loop compiled into it: a call takes long for a short string.
+template <typename Source, typename Target,
+          progress (*Vectors)(const Source*, std::size_t, Target*, std::size_t, progress),
+          progress (*Loop)(const Source*, std::size_t, std::size_t, Target*)>
+TOVA_AVX512 __attribute__((flatten)) progress convert_by(const Source* from, std::size_t size,
+                                                         Target* to, std::size_t room) {
+    const progress done = Vectors(from, size, to, room, {0, 0});
+    if (done.read == size)
+        return done;
+    return loops::take_turns(Vectors, Loop, from, size, to, room, done);
+}
+
 }  // namespace
 
 const unicode_form unicode_avx512 = {
     {measure_8_to_16,
-     loops::convert_by<unsigned char, unsigned short, decode<unsigned short>, loops::utf8_to_utf16>,
+     convert_by<unsigned char, unsigned short, decode<unsigned short>, loops::utf8_to_utf16>,
      simple_from_8<128>},
-    {measure_8_to_32,
-     loops::convert_by<unsigned char, wchar_t, decode<wchar_t>, loops::utf8_to_utf32>,
+    {measure_8_to_32, convert_by<unsigned char, wchar_t, decode<wchar_t>, loops::utf8_to_utf32>,
      simple_from_8<64>},
-    {measure_16_to_8, loops::convert_by<unsigned short, char, encode_16_to_8, loops::utf16_to_utf8>,
+    {measure_16_to_8, convert_by<unsigned short, char, encode_16_to_8, loops::utf16_to_utf8>,
      simple_16_to_8},
-    {measure_16_to_32,
-     loops::convert_by<unsigned short, wchar_t, widen_16_to_32, loops::utf16_to_utf32>,
+    {measure_16_to_32, convert_by<unsigned short, wchar_t, widen_16_to_32, loops::utf16_to_utf32>,
      simple_16_to_32},
-    {measure_32_to_8, loops::convert_by<wchar_t, char, encode_32_to_8, loops::utf32_to_utf8>,
+    {measure_32_to_8, convert_by<wchar_t, char, encode_32_to_8, loops::utf32_to_utf8>,
      simple_32_to_8},
-    {measure_32_to_16,
-     loops::convert_by<wchar_t, unsigned short, narrow_32_to_16, loops::utf32_to_utf16>,
+    {measure_32_to_16, convert_by<wchar_t, unsigned short, narrow_32_to_16, loops::utf32_to_utf16>,
      simple_32_to_16},
 };
 
