@@ -259,53 +259,22 @@ bool stream_scanner::take_usual_attribute(piece& name, piece& value) {
 bool stream_scanner::find_usual_element(usual_element& found) {
     const char* const end = m_buffer.data() + m_end;
     const char* at = m_buffer.data() + m_cursor + 1;
-    // Attributes usually have one space between them.
-    const auto skip = [&] {
-        if (at == end || !is_white_space(*at))
-            return;
-        if (*at == ' ' && end - at > 1 && !is_white_space(at[1]))
-            ++at;
-        else
-            at = m_blocks.end_of_white_space(at, found.lines);
-    };
-
     found.name = piece(at, m_blocks.end_of_wide_name(at));
     found.attribute_count = 0;
     found.lines = 0;
     if (found.name.empty())
         return false;
-    at += found.name.size;
-    for (skip(); end - at >= 2 && *at != '>'; skip()) {
-        if (*at == '/') {
-            found.is_empty_tag = true;
-            found.has_references = false;
-            found.text = piece(at, at);
-            found.last = at + 1;
-            return at[1] == '>';
-        }
-        const char* const equals = m_blocks.end_of_wide_name(at);
-        if (equals == at || end - equals < 2 || equals[0] != '=' ||
-            (equals[1] != '"' && equals[1] != '\''))
-            return false;
-        const char* const last = m_blocks.end_of_value(equals + 2, equals[1]);
-        if (last == end || *last != equals[1] ||
-            found.attribute_count == usual_element::most_attributes)
-            return false;
-        const auto size = static_cast<std::size_t>(equals - at);
-        usual_element::attribute* const added = found.attributes + found.attribute_count;
-        for (const usual_element::attribute* one = found.attributes; one != added; ++one) {
-            if (static_cast<std::size_t>(one->equals - one->name) == size &&
-                have_equal_bytes(one->name, at, size))
-                return false;
-        }
-        *added = {at, equals, last};
-        ++found.attribute_count;
-        at = last + 1;
-    }
+    at = end_of_usual_attributes(at + found.name.size, found);
     if (end - at < 2)
         return false;
-    ++at;
-    skip();
+    if (*at == '/') {
+        found.is_empty_tag = true;
+        found.has_references = false;
+        found.text = piece(at, at);
+        found.last = at + 1;
+        return at[1] == '>';
+    }
+    at = after_usual_space(at + 1, found.lines);
     if (at == end || *at == '>')
         return false;
 
@@ -318,6 +287,44 @@ bool stream_scanner::find_usual_element(usual_element& found) {
     found.text = piece(at, stop);
     found.last = stop + 2 + size;
     return true;
+}
+
+// The '>' or '/' after the attributes, or else the end of the data.
+inline const char* stream_scanner::end_of_usual_attributes(const char* at, usual_element& found) {
+    const char* const end = m_buffer.data() + m_end;
+    for (;;) {
+        at = after_usual_space(at, found.lines);
+        if (at == end || *at == '>' || *at == '/')
+            return at;
+        const char* const equals = m_blocks.end_of_wide_name(at);
+        if (equals == at || end - equals < 2 || equals[0] != '=' ||
+            (equals[1] != '"' && equals[1] != '\''))
+            return end;
+        const char* const last = m_blocks.end_of_value(equals + 2, equals[1]);
+        if (last == end || *last != equals[1] ||
+            found.attribute_count == usual_element::most_attributes)
+            return end;
+        const auto size = static_cast<std::size_t>(equals - at);
+        usual_element::attribute* const added = found.attributes + found.attribute_count;
+        for (const usual_element::attribute* one = found.attributes; one != added; ++one) {
+            if (static_cast<std::size_t>(one->equals - one->name) == size &&
+                have_equal_bytes(one->name, at, size))
+                return end;
+        }
+        *added = {at, equals, last};
+        ++found.attribute_count;
+        at = last + 1;
+    }
+}
+
+// Attributes usually have one space between them.
+inline const char* stream_scanner::after_usual_space(const char* at, unsigned int& lines) {
+    const char* const end = m_buffer.data() + m_end;
+    if (at == end || !is_white_space(*at))
+        return at;
+    if (*at == ' ' && end - at > 1 && !is_white_space(at[1]))
+        return at + 1;
+    return m_blocks.end_of_white_space(at, lines);
 }
 
 // The `<` after text whose references are all entities, or else the end of the data.

@@ -165,6 +165,8 @@ private:
     std::size_t find_two_dashes(std::size_t begin, std::size_t end, unsigned int& lines) const;
     std::size_t find(char wanted, std::size_t begin, std::size_t end) const;
 
+    const char* end_of_usual_attributes(const char* at, usual_element& found);
+    const char* after_usual_space(const char* at, unsigned int& lines);
     const char* end_of_usual_text(const char* begin, bool& has_references);
     bool take_usual_entity(char& result);
     strings::ustring8 take_entity(const char* letters, char result, std::size_t needed);
