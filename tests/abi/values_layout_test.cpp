@@ -295,7 +295,7 @@ TEST(VariantBodySlots, AreInTheSameOrderInEveryBody) {
 // --- What the library does not have ------------------------------------------------------------
 
 TEST(ByteStringReaders, LackFiveForms) {
-    void* const library = dlopen(TOVA_LIBRARY, RTLD_NOW | RTLD_NOLOAD);
+    void* const library = dlopen("libtova.so.2.18", RTLD_NOW | RTLD_NOLOAD);
     ASSERT_NE(nullptr, library) << dlerror();
     const std::string scope = "_ZN9TOVA_2_187generic7convert";
     const std::string text = "ERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE";

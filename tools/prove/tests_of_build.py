@@ -10,45 +10,64 @@ import subprocess
 import time
 
 MEMORY = 8 << 30  # of the address space: a test must fail, not the machine
+FILE_SIZE = 1 << 34  # some tests make sparse files of 8 GiB
 FORMS = ("portable", "sse2", "avx2", "avx512")  # of the kernels
 
 
 class TestProgram:
-    def __init__(self, path):
-        self.path = pathlib.Path(path)
+    def __init__(self, name, command, form=None):
+        self.name = name
+        self.path = pathlib.Path(command[0])
+        self.arguments = command[1:]
         self.family = self.path.parent.name
-        self.name = self.path.name
+        self.form = form  # the form of the kernels that the library has to use, or None
         self.seconds = None  # of an ordinary run
         self.places = None  # the lines of the library that it runs, if known; see `find_places`
 
 
-def programs_of(build):
-    """Every GoogleTest program, by name. The scripts among the tests are left out."""
+def tests_of(build):
+    """Every test of a build that is a program of ours. The scripts among the tests are left out."""
+    listing = subprocess.run(["ctest", "--test-dir", build, "--show-only=json-v1"], check=True,
+                             capture_output=True, text=True).stdout
     found = []
-    for path in sorted((build / "tests").rglob("*_test")):
-        if path.is_file() and os.access(path, os.X_OK) and path.open("rb").read(4) == b"\x7fELF":
-            found.append(TestProgram(path))
+    for test in json.loads(listing)["tests"]:
+        command, form = test.get("command", [""]), None
+        if pathlib.Path(command[0]).name == "with_kernel_form":
+            form, command = command[1], command[3:]
+        path = pathlib.Path(command[0])
+        if build / "tests" in path.parents and path.is_file() and path.open("rb").read(4) == b"\x7fELF":
+            found.append(TestProgram(test["name"], command, form))
     return found
 
 
-def run(program, library_folder, scratch, timeout, arguments=("--gtest_brief=1",), environment=()):
-    """Runs a program with a library from another folder. Returns whether it passed, and the time."""
+def programs_of(build):
+    """The programs that run with the library as it is, without the repetitions for each form of the kernels."""
+    return [program for program in tests_of(build) if program.form is None]
+
+
+def run(program, library_folder, scratch, timeout, arguments=(), environment=()):
+    """Runs a program with a library from another folder. Returns whether it passed, and the time.
+
+    Further arguments only go to programs that GoogleTest makes.
+    """
 
     def prepare():
         os.setsid()
         resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
-        resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 33, 1 << 33))
+        resource.setrlimit(resource.RLIMIT_FSIZE, (FILE_SIZE, FILE_SIZE))
 
     scratch.mkdir(parents=True, exist_ok=True)
     settings = dict(os.environ, TMPDIR=str(scratch), LD_LIBRARY_PATH=str(library_folder),
                     **dict(environment))
+    if "--gtest_brief=1" not in program.arguments:
+        arguments = ()
     begin = time.monotonic()
-    child = subprocess.Popen([program.path, *arguments], cwd=scratch, env=settings,
+    child = subprocess.Popen([program.path, *program.arguments, *arguments], cwd=scratch, env=settings,
                              stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                              stderr=subprocess.DEVNULL, preexec_fn=prepare)
     try:
-        passed = child.wait(timeout) == 0
+        passed = child.wait(timeout) in (0, 77)  # 77: the processor lacks a form of the kernels
     except subprocess.TimeoutExpired:
         passed = False
     # The children of a test that fails must not outlive it.
@@ -60,41 +79,23 @@ def run(program, library_folder, scratch, timeout, arguments=("--gtest_brief=1",
     return passed, time.monotonic() - begin
 
 
-def forms_of(build):
-    """The programs that the suite repeats with each form of the kernels that this processor has.
-
-    Returns pairs of a form and the name of a program.
-    """
-    listing = subprocess.run(["ctest", "--test-dir", build, "--show-only=json-v1"], check=True,
-                             capture_output=True, text=True).stdout
-    commands = [one.get("command", []) for one in json.loads(listing)["tests"]]
-    pairs = [(command[1], pathlib.Path(command[3]).name) for command in commands
-             if command and pathlib.Path(command[0]).name == "with_kernel_form"]
-    probe = build / "tests/forms/with_kernel_form"
-    present = {form for form in {form for form, _ in pairs}
-               if subprocess.run([probe, form, build, "/bin/true"]).returncode == 0}
-    return [(form, name) for form, name in pairs if form in present]
-
-
 def run_all(context, build, counting, environment, timeout=1800):
-    """Runs the programs of a build with the libraries of another one, in every form of the kernels.
-
-    Returns the names of the programs that fail.
+    """Runs the programs of a build with the libraries of another one, in every form of the kernels that
+    this processor has. Returns the names of the programs that fail.
     """
-    programs = {program.name: program for program in programs_of(build)}
-    work = [(program, counting, ()) for program in programs.values()]
-    work += [(programs[name], counting / "forms" / form, (f"--form={form}",) if name == "kernel_form_test" else ())
-             for form, name in forms_of(build)]
+    probe = build / "tests/forms/with_kernel_form"
+    present = {form for form in FORMS if subprocess.run([probe, form, build, "/bin/true"]).returncode == 0}
+    programs = [program for program in tests_of(build) if program.form is None or program.form in present]
 
-    def one(number):
-        program, folder, arguments = work[number]
-        scratch = context.scratch / f"run-{number}"
-        passed, _ = run(program, folder, scratch, timeout, ("--gtest_brief=1", *arguments), environment)
+    def one(program):
+        folder = counting if program.form is None else counting / "forms" / program.form
+        scratch = context.scratch / f"run-{program.name}"
+        passed, _ = run(program, folder, scratch, timeout, (), environment)
         shutil.rmtree(scratch, ignore_errors=True)
-        return [] if passed else [f"{program.name} with {folder}"]
+        return [] if passed else [program.name]
 
     with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
-        return sum(pool.map(one, range(len(work))), [])
+        return sum(pool.map(one, programs), [])
 
 
 def find_places(context, programs, counting):
