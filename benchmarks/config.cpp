@@ -17,6 +17,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cctype>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -32,7 +33,6 @@
 #include <CLI/CLI.hpp>
 #endif
 #ifdef HAVE_INIH
-#include <cctype>
 #include <ini.h>
 #endif
 #ifdef HAVE_POCO
@@ -195,6 +195,62 @@ void lookup_tova(benchmark::State& state, int depth) {
         benchmark::DoNotOptimize(manager.get_value(key, none));
 }
 
+// Our code without its fast paths: each segment of a key becomes a string, which the map searches
+// for.
+struct plain_tree {
+    const plain_tree* find(const ustring8& key) const {
+        ustring8 tail;
+        const auto child = children.find(cut(key, tail));
+        if (child == children.end())
+            return nullptr;
+        return tail.empty() ? &child->second : child->second.find(tail);
+    }
+    void set(const ustring8& key, const char* text) {
+        ustring8 tail;
+        plain_tree& child = children[cut(key, tail)];
+        if (tail.empty())
+            child.value = variant(text);
+        else
+            child.set(tail, text);
+    }
+    static ustring8 cut(const ustring8& key, ustring8& tail) {
+        const std::size_t end = key.find_first_of("./\\");
+        ustring8 head(key, 0, end);
+        for (char& character : head)
+            character = static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
+        if (end != ustring8::npos)
+            tail.assign(key, end + 1, ustring8::npos);
+        return head;
+    }
+
+    std::map<ustring8, plain_tree> children;
+    variant value;
+};
+
+__attribute__((noipa)) variant plain_value(const std::vector<plain_tree>& sources,
+                                           const ustring8& key, variant none) {
+    for (const plain_tree& source : sources)
+        if (const plain_tree* const found = source.find(key))
+            return found->value;
+    return none;
+}
+
+void lookup_plain(benchmark::State& state, int depth) {
+    std::vector<plain_tree> sources(3);
+    for (const char* const key : {"application.name", "application.name.raw", "verbose", "port"})
+        sources[0].set(key, "80");
+    for (int each = 1; each <= deepest; ++each)
+        sources[1].set(key_of(each, '.'), "value");
+    sources[2].set("home", "/root");
+    sources[2].set("lang", "C");
+    const ustring8 key = key_of(depth, '.');
+    const variant none;
+    if (plain_value(sources, key, none).as_string() != "value")
+        state.SkipWithError("not found");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(plain_value(sources, key, none));
+}
+
 void copy_tova(benchmark::State& state) {
     file_item item(files().plain());
     item.load();
@@ -222,6 +278,44 @@ void command_line_tova(benchmark::State& state) {
     }
 }
 BENCHMARK(command_line_tova)->Name("command_line/20_options/tova");
+
+// Our code without its fast paths, for flags and single values: it copies a string for each token
+// and walks from the root for each entry.
+struct plain_line : tova::config::base_config_item {
+    plain_line* clone() const override { return new plain_line(*this); }
+    void read(const std::vector<const char*>& arguments) {
+        const variant name(arguments[0]);
+        for (const char* const key : {"application.name", "application.name.raw"})
+            set(key, name, 0);
+        for (std::size_t i = 1; arguments[i] != nullptr; ++i)
+            read_option(arguments[i]);
+    }
+    void read_option(const ustring8& text) {
+        unsigned position = 1;
+        tova::config::config_token token;
+        ustring8 key, value;
+        auto type = get_token(text, position, token);
+        for (; type != token.T_END && type != token.T_EQ; type = get_token(text, position, token))
+            key += token.text;
+        if (type == token.T_END) {
+            set(key, 1);
+            return;
+        }
+        while (get_token(text, position, token) != token.T_END)
+            value += token.text;
+        set(std::make_pair(key, variant(value)), 0);
+    }
+};
+
+void command_line_plain(benchmark::State& state) {
+    for (auto _ : state) {
+        plain_line item;
+        item.read(command_line());
+        if (item.get_value("t") == nullptr)
+            state.SkipWithError("not found");
+    }
+}
+BENCHMARK(command_line_plain)->Name("command_line/20_options/plain");
 
 void command_line_floor(benchmark::State& state) {
     const auto& arguments = command_line();
@@ -455,6 +549,7 @@ BENCHMARK(copy_toml)->Name("copy/10000_entries/tomlplusplus");
 const bool lookups_are_registered = [] {
     register_lookups("tova", lookup_tova);
     register_lookups("floor", lookup_floor);
+    register_lookups("plain", lookup_plain);
 #ifdef HAVE_BOOST_PROPERTY_TREE
     register_lookups("boost_property_tree", lookup_boost);
 #endif
