@@ -38,6 +38,13 @@ void require(bool condition, const char* what, std::uint64_t input) {
     std::exit(1);
 }
 
+// A pseudorandom number for each input: the mixing steps of splitmix64.
+std::uint64_t hash(std::uint64_t mixed) {
+    mixed = (mixed ^ (mixed >> 30)) * 0xBF58476D1CE4E5B9u;
+    mixed = (mixed ^ (mixed >> 27)) * 0x94D049BB133111EBu;
+    return mixed ^ (mixed >> 31);
+}
+
 // ---- every sequence of four bytes
 
 // Decodes four bytes followed by an ASCII character. Each byte that does not begin a sequence
@@ -267,6 +274,53 @@ void check_floats(std::uint64_t begin, std::uint64_t end) {
     }
 }
 
+// ---- doubles, of which there are too many
+
+// Half of the doubles have random bits. The others have few digits, as most numbers in strings do:
+// they are ties for some precision, or exact.
+double double_of(std::uint64_t input) {
+    const std::uint64_t bits = hash((input + 1) * 0x9E3779B97F4A7C15u);
+    if (input % 2 == 0) {
+        double value;
+        std::memcpy(&value, &bits, sizeof value);
+        return value;
+    }
+    const int digits = static_cast<int>(bits >> 59) % 17 + 1;
+    const std::uint64_t limit = static_cast<std::uint64_t>(std::pow(10, digits));
+    const int exponent = static_cast<int>(bits >> 54 & 31) - 20;
+    return static_cast<double>((bits & ~(~std::uint64_t(0) << 54)) % limit) *
+           (bits >> 62 != 0 ? std::pow(10, exponent) : std::ldexp(1, exponent));
+}
+
+bool are_same(double a, double b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+// The plain forms are those of the C library.
+void check_doubles(std::uint64_t begin, std::uint64_t end) {
+    static const ustring8 two_decimals;
+    for (std::uint64_t input = begin; input < end; ++input) {
+        const double value = double_of(input);
+        if (!std::isfinite(value))
+            continue;
+        char expected[400];
+        std::snprintf(expected, sizeof expected, "%.6g", value);
+        require(types::variant(value).as_string() == expected, "a variant", input);
+        require(are_same(generic::convert::str_to_double(ustring8(expected)),
+                         std::strtod(expected, nullptr)),
+                "six digits", input);
+        std::snprintf(expected, sizeof expected, "%.17g", value);
+        require(are_same(generic::convert::str_to_double(ustring8(expected)), value),
+                "seventeen digits", input);
+        // Numbers of more than 63 characters lose decimals.
+        if (std::abs(value) > 1e58)
+            continue;
+        std::snprintf(expected, sizeof expected, "%.2f", value);
+        require(i18n::_private::format_double(value, two_decimals) == expected, "two decimals",
+                input);
+    }
+}
+
 // ---- every day of 800 years
 
 void check_days(std::uint64_t begin, std::uint64_t end) {
@@ -304,15 +358,13 @@ const struct domain {
     {"pages", "code points through every code page", 0x110000, check_pages},
     {"integers", "32-bit integers to text and back", std::uint64_t(1) << 32, check_integers},
     {"floats", "floats to text and back", std::uint64_t(1) << 32, check_floats},
+    {"doubles", "doubles to text and back", 100000000, check_doubles},
     {"days", "days of 800 years", 2 * 146097, check_days},
 };
 
-// Whether a sample contains this block. A hash decides (splitmix64).
+// Whether a sample contains this block.
 bool is_chosen(std::uint64_t number, std::uint64_t seed, std::uint64_t one_in) {
-    std::uint64_t mixed = number + seed * 0x9E3779B97F4A7C15u;
-    mixed = (mixed ^ (mixed >> 30)) * 0xBF58476D1CE4E5B9u;
-    mixed = (mixed ^ (mixed >> 27)) * 0x94D049BB133111EBu;
-    return (mixed ^ (mixed >> 31)) % one_in == 0;
+    return hash(number + seed * 0x9E3779B97F4A7C15u) % one_in == 0;
 }
 
 void run(const domain& one, std::uint64_t begin, std::uint64_t end, std::uint64_t seed,
