@@ -295,7 +295,7 @@ void tool::add_import() {
         [this] { return run_import(m_import, std::cout, std::cerr); });
     command
         .add_option("PATH", m_import.paths,
-                    "a .po, .pot, .xlf, .xliff or .csv file, or several, "
+                    "a .po, .pot, .xlf, .xliff, .xliff2 or .csv file, or several, "
                     "or folders of them: de.po, de/app.po, de/LC_MESSAGES/app.po or app/de.po")
         ->required();
     value_name(command.add_option("-l,--lang", m_import.locale, "the locale (as the file says)"),

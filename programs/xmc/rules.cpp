@@ -16,7 +16,7 @@ const rule table[] = {
      "Every element ends with its end tag or with />, in the right order. The loader notices a "
      "missing end only where the enclosing element ends, often hundreds of lines further down; "
      "this finding names the element that lacks its end."},
-    {"xml-stray-end", severity::error, "an end tag without its start",
+    {"xml-stray-end", severity::error, "an end tag without a start tag",
      "No element of that name is open here. Remove the end tag, or look for the start tag before "
      "it."},
     {"xml-unexpected-character", severity::error, "an unexpected character",
@@ -127,7 +127,7 @@ const rule table[] = {
      "Within one file the first one is kept. Of two files the one read later wins, and the order "
      "of the files in a folder is undefined. Remove one."},
     {"empty-message", severity::note, "a message without any text",
-     "It is shown as nothing, and hides the message of a more general locale."},
+     "Nothing is shown, and the message of a more general locale is hidden."},
 
     // --- Texts ---
     {"reference-above-127", severity::warning, "a character reference above 127",

@@ -117,16 +117,17 @@ std::string percent(std::size_t part, std::size_t total) {
 }
 
 table as_table(const std::vector<coverage_cell>& cells, const style& colors) {
-    table result({"catalog", "locale", "messages", "own", "own %", "with fallback", "missing"},
-                 {align::left, align::left, align::right, align::right, align::right, align::right,
-                  align::right});
+    table result(
+        {"catalog", "locale", "messages", "own", "own %", "not own", "with fallback", "missing"},
+        {align::left, align::left, align::right, align::right, align::right, align::right,
+         align::right, align::right});
     for (const coverage_cell& each : cells) {
         const std::string share = percent(each.own, each.total);
         result.add({each.catalog, each.locale, std::to_string(each.total), std::to_string(each.own),
                     each.own == each.total      ? colors.green(share)
                     : each.own * 2 < each.total ? colors.red(share)
                                                 : colors.yellow(share),
-                    std::to_string(each.through_chain),
+                    std::to_string(each.not_own.size()), std::to_string(each.through_chain),
                     std::to_string(each.total - each.through_chain)});
     }
     return result;
@@ -142,6 +143,7 @@ json as_json(const std::vector<coverage_cell>& cells) {
                           {"messages", each.total},
                           {"own", each.own},
                           {"withFallback", each.through_chain},
+                          {"missing", each.total - each.through_chain},
                           {"notOwn", each.not_own}});
     return result;
 }
@@ -181,9 +183,9 @@ bool are_minimums_reached(const std::vector<coverage_cell>& cells,
         const bool is_met = total != 0 && 100.0 * static_cast<double>(own) >=
                                               each.share * static_cast<double>(total);
         if (!is_met)
-            errors << "tova-xmc: " << each.locale << " has "
-                   << (total == 0 ? "0.0" : percent(own, total)) << " % of its messages, less than "
-                   << each.percent << " %\n";
+            errors << "tova-xmc: " << each.locale << ": "
+                   << (total == 0 ? "0.0" : percent(own, total)) << " % translated, at least "
+                   << each.percent << " % required\n";
         is_reached = is_reached && is_met;
     }
     return is_reached;
@@ -223,11 +225,12 @@ td button { font: inherit; color: var(--link); background: none; border: 0; padd
 <thead><tr>
 <th data-key="catalog"><button>Catalog</button></th>
 <th data-key="locale"><button>Locale</button></th>
-<th data-key="share" class="number"><button>Own</button></th>
+<th data-key="share" class="number"><button>Own %</button></th>
 <th class="wide"></th>
 <th data-key="messages" class="number wide"><button>Messages</button></th>
-<th data-key="fallback" class="number wide"><button>With fallback</button></th>
 <th data-key="lacking" class="number"><button>Not own</button></th>
+<th data-key="fallback" class="number wide"><button>With fallback</button></th>
+<th data-key="missing" class="number"><button>Missing</button></th>
 </tr></thead>
 <tbody id="rows"></tbody>
 </table>
@@ -271,7 +274,7 @@ function show() {
     const graph = element("td", undefined, "wide"), bar = element("span", undefined, "bar"), part = element("span");
     part.style.width = 100 * cell.share + "%";
     bar.append(part); graph.append(bar); row.append(graph);
-    row.append(element("td", cell.messages, "number wide"), element("td", cell.fallback, "number wide"));
+    row.append(element("td", cell.messages, "number wide"));
     const last = element("td", undefined, "number");
     if (cell.lacking === 0) last.textContent = "0";
     else {
@@ -280,11 +283,11 @@ function show() {
       more.addEventListener("click", () => { cell.open = !cell.open; show(); });
       last.append(more);
     }
-    row.append(last);
+    row.append(last, element("td", cell.fallback, "number wide"), element("td", cell.missing, "number"));
     rows.append(row);
     if (cell.open || (words !== "" && !named)) {
       const detail = element("tr", undefined, "keys"), content = element("td");
-      content.colSpan = 7;
+      content.colSpan = 8;
       const list = element("ul");
       for (const key of keys) list.append(element("li", key));
       content.append(list); detail.append(content); rows.append(detail);
@@ -345,7 +348,7 @@ int run_coverage(const coverage_options& options, std::ostream& out, std::ostrea
     std::vector<minimum> minimums(options.minimums.size());
     for (std::size_t i = 0; i < minimums.size(); ++i)
         if (!read_minimum(options.minimums[i], minimums[i])) {
-            errors << "tova-xmc: --min wants LOCALE=PERCENT, not \"" << options.minimums[i]
+            errors << "tova-xmc: --min needs LOCALE=PERCENT, not \"" << options.minimums[i]
                    << "\"\n";
             return exit_usage;
         }

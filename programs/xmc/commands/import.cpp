@@ -43,6 +43,11 @@ bool is_po(const std::string& path) {
     return ends_in(path, ".po") || ends_in(path, ".pot");
 }
 
+// A locale with "_", as programs ask for it; "zh-Hant" would not be found. Other names stay.
+std::string as_asked_for(const std::string& locale) {
+    return is_usual_locale(locale) ? normalized_locale(locale) : locale;
+}
+
 // A template has no language; it is read as if it were of the reference.
 read_result read(const import_options& options, const import_file& file) {
     read_result result;
@@ -51,8 +56,9 @@ read_result read(const import_options& options, const import_file& file) {
     const std::string bytes = read_file(file.path);
     const std::string reference = options.reference.empty() ? "en" : options.reference;
     import_layout layout = is_po(file.path) ? layout_of(file, po_language(bytes)) : import_layout();
+    const std::string locale = as_asked_for(options.locale);
     const auto locale_or = [&](const std::string& other) {
-        return !options.locale.empty() ? options.locale : other;
+        return !locale.empty() ? locale : as_asked_for(other);
     };
     const std::string catalog = !options.catalog.empty()  ? options.catalog
                                 : !layout.catalog.empty() ? layout.catalog
@@ -62,16 +68,18 @@ read_result read(const import_options& options, const import_file& file) {
             read_po(bytes, file.path,
                     {catalog, locale_or(result.is_template ? reference : layout.locale), reference,
                      options.is_c_format});
-    else if (ends_in(file.path, ".xlf") || ends_in(file.path, ".xliff"))
-        result.content = read_xliff(bytes, file.path, {options.catalog, options.locale});
+    else if (ends_in(file.path, ".xlf") || ends_in(file.path, ".xliff") ||
+             ends_in(file.path, ".xliff2"))
+        result.content = read_xliff(bytes, file.path, {options.catalog, locale});
     else if (ends_in(file.path, ".csv"))
-        result.content = read_csv(bytes, file.path, {catalog, options.locale, reference});
+        result.content = read_csv(bytes, file.path, {catalog, locale, reference});
     else
-        throw file_error(file.path + ": ends in none of .po, .pot, .xlf, .xliff and .csv");
+        throw file_error(file.path +
+                         ": the extension must be .po, .pot, .xlf, .xliff, .xliff2 or .csv");
     if (!is_po(file.path))
         layout = layout_of(file, result.content.all.locale);
     const std::string stem = fs::path(file.path).stem().native();
-    result.name = layout.locale.empty() ? stem : locale_or(layout.locale);
+    result.name = layout.locale.empty() ? as_asked_for(stem) : locale_or(layout.locale);
     if (!layout.catalog.empty())
         result.folder = options.catalog.empty() ? layout.catalog : options.catalog;
     return result;

@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const char* const endings[] = {".po", ".pot", ".xlf", ".xliff", ".csv"};
+const char* const endings[] = {".po", ".pot", ".xlf", ".xliff", ".xliff2", ".csv"};
 const char messages_folder[] = "LC_MESSAGES";
 
 bool has_known_ending(const std::string& path) {
@@ -62,7 +62,7 @@ std::vector<import_file> import_files(const std::vector<std::string>& paths) {
         std::vector<import_file> inside;
         add_folder(path, false, inside);
         if (inside.empty())
-            throw file_error(path + ": has no .po, .pot, .xlf, .xliff or .csv file");
+            throw file_error(path + ": has no .po, .pot, .xlf, .xliff, .xliff2 or .csv file");
         std::sort(inside.begin(), inside.end(),
                   [](const import_file& a, const import_file& b) { return a.path < b.path; });
         result.insert(result.end(), inside.begin(), inside.end());

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <map>
 #include <set>
+#include <sstream>
 #include <utility>
 
 namespace tova_programs::xmc {
@@ -95,25 +96,12 @@ std::string identifier_of(const std::string& key) {
     return result;
 }
 
-int run_keys(const keys_options& options, std::ostream& out) {
-    const keys_by_catalog all = keys_of(options.paths);
-    if (options.as_json) {
-        json result = json::object();
-        for (const auto& each : all)
-            for (const auto& keyed : each.second)
-                result[each.first].push_back(keyed.first);
-        write_json(out, result);
-        return exit_clean;
-    }
-    if (!options.as_header) {
-        for (const auto& each : all)
-            for (const auto& keyed : each.second)
-                out << each.first << '/' << readable_key(keyed.first) << '\n';
-        return exit_clean;
-    }
+namespace {
+
+void write_header(const keys_by_catalog& all, const std::string& name_space, std::ostream& out) {
     out << "// The keys of the message catalogs. Made by tova-xmc keys --header; do not edit.\n"
            "#pragma once\n\nnamespace "
-        << options.name_space << " {\n";
+        << name_space << " {\n";
     std::set<std::string> catalogs;
     const auto unique = [](std::string name, std::set<std::string>& used) {
         while (!used.insert(name).second)
@@ -129,7 +117,33 @@ int run_keys(const keys_options& options, std::ostream& out) {
                 << "[] = " << literal(keyed.first) << ";  // " << comment(keyed.second) << '\n';
         out << "}\n";
     }
-    out << "\n}  // namespace " << options.name_space << '\n';
+    out << "\n}  // namespace " << name_space << '\n';
+}
+
+}  // namespace
+
+int run_keys(const keys_options& options, std::ostream& out) {
+    const keys_by_catalog all = keys_of(options.paths);
+    if (options.as_header) {
+        std::ostringstream text;
+        write_header(all, options.name_space, text);
+        if (options.as_json)
+            write_json(out, {{"text", text.str()}});
+        else
+            out << text.str();
+        return exit_clean;
+    }
+    if (options.as_json) {
+        json result = json::object();
+        for (const auto& each : all)
+            for (const auto& keyed : each.second)
+                result[each.first].push_back(keyed.first);
+        write_json(out, result);
+        return exit_clean;
+    }
+    for (const auto& each : all)
+        for (const auto& keyed : each.second)
+            out << each.first << '/' << readable_key(keyed.first) << '\n';
     return exit_clean;
 }
 
@@ -137,54 +151,83 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// A string literal of C++ code, from its prefix to its closing quote.
 struct literal_at {
     std::string text;
     std::size_t begin;
     std::size_t end;
 };
 
-// The string literals of C++ code, outside of comments. Escapes other than the simple ones stay as
-// they are, since keys rarely have any.
-std::vector<literal_at> literals_of(const std::string& code) {
+bool is_word(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+// The literal whose opening quote is at a position. Escapes other than the simple ones stay as they
+// are, since keys rarely have any. The end is npos if there is none.
+literal_at literal_from(const std::string& code, std::size_t quote) {
+    literal_at found;
+    found.begin = quote;
+    while (found.begin > 0 && is_word(code[found.begin - 1]))
+        --found.begin;
+    std::size_t i = quote;
+    if (quote > found.begin && code[quote - 1] == 'R') {
+        const auto open = code.find('(', i);
+        const std::string closing = ')' + code.substr(i + 1, open - i - 1) + '"';
+        const auto close = open == code.npos ? open : code.find(closing, open);
+        found.end = code.npos;
+        if (close == code.npos)
+            return found;
+        found.text = code.substr(open + 1, close - open - 1);
+        i = close + closing.size() - 1;
+    } else {
+        for (++i; i < code.size() && code[i] != '"' && code[i] != '\n'; ++i) {
+            if (code[i] == '\\' && i + 1 < code.size())
+                ++i;
+            found.text += code[i];
+        }
+    }
+    // The suffix of a string or a view.
+    found.end = std::min(i + 1, code.size());
+    while (found.end < code.size() && is_word(code[found.end]))
+        ++found.end;
+    return found;
+}
+
+// The string literals of C++ code, outside of comments. In the code, comments and the insides of
+// literals become spaces, so that what is left is easy to search.
+std::vector<literal_at> literals_of(std::string& code) {
+    const std::string before = code;
     std::vector<literal_at> result;
-    for (std::size_t i = 0; i < code.size(); ++i) {
-        if (code.compare(i, 2, "//") == 0) {
-            i = std::min(code.find('\n', i), code.size());
-        } else if (code.compare(i, 2, "/*") == 0) {
-            i = std::min(code.find("*/", i + 2), code.size() - 2) + 1;
-        } else if (code[i] == '\'') {
-            for (++i; i < code.size() && code[i] != '\'' && code[i] != '\n'; ++i)
-                i += code[i] == '\\';
-        } else if (code[i] == '"') {
-            literal_at found;
-            found.begin = i;
-            if (i > 0 && code[i - 1] == 'R') {
-                const auto open = code.find('(', i);
-                const std::string closing = ')' + code.substr(i + 1, open - i - 1) + '"';
-                const auto close = open == code.npos ? open : code.find(closing, open);
-                if (close == code.npos)
-                    return result;
-                found.text = code.substr(open + 1, close - open - 1);
-                i = close + closing.size() - 1;
-            } else {
-                for (++i; i < code.size() && code[i] != '"' && code[i] != '\n'; ++i) {
-                    if (code[i] == '\\' && i + 1 < code.size())
-                        ++i;
-                    found.text += code[i];
-                }
-            }
-            found.end = i + 1;
+    const auto clear = [&code](std::size_t begin, std::size_t end) {
+        std::fill(code.begin() + static_cast<std::ptrdiff_t>(begin),
+                  code.begin() + static_cast<std::ptrdiff_t>(std::min(end, code.size())), ' ');
+    };
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        const std::size_t begin = i;
+        if (before.compare(i, 2, "//") == 0) {
+            i = std::min(before.find('\n', i), before.size());
+            clear(begin, i);
+        } else if (before.compare(i, 2, "/*") == 0) {
+            i = std::min(before.find("*/", i + 2), before.size() - 2) + 1;
+            clear(begin, i + 1);
+        } else if (before[i] == '\'') {
+            // Between digits it separates them.
+            if (i > 0 && is_word(before[i - 1]) && before[i - 1] != 'u' && before[i - 1] != 'U' &&
+                before[i - 1] != 'L' && before[i - 1] != '8')
+                continue;
+            for (++i; i < before.size() && before[i] != '\'' && before[i] != '\n'; ++i)
+                i += before[i] == '\\';
+            clear(begin, i + 1);
+        } else if (before[i] == '"') {
+            literal_at found = literal_from(before, i);
+            if (found.end == before.npos)
+                return result;
+            i = found.end - 1;
+            clear(found.begin, found.end);
             result.push_back(std::move(found));
         }
     }
     return result;
-}
-
-std::string trimmed(std::string text) {
-    text.erase(std::remove_if(text.begin(), text.end(),
-                              [](char c) { return c == ' ' || c == '\n' || c == '\t'; }),
-               text.end());
-    return text;
 }
 
 bool is_source(const fs::path& path) {
@@ -211,47 +254,135 @@ std::vector<std::string> source_files(const std::vector<std::string>& paths) {
 
 struct use {
     std::string catalog;  // empty: any
-    std::string key;
+    std::string key;      // of a computed one: what it begins with
     std::string place;
+    bool is_computed = false;
 };
 
-// Whether the code before a position ends in `function(`.
-bool follows_call(const std::string& code, std::size_t position,
-                  const std::vector<std::string>& functions) {
-    const std::string before = trimmed(
-        code.substr(position < 80 ? 0 : position - 80, std::min<std::size_t>(position, 80)));
-    return std::any_of(functions.begin(), functions.end(), [&before](const std::string& name) {
-        const std::string call = name + '(';
-        if (before.size() < call.size() ||
-            before.compare(before.size() - call.size(), call.size(), call) != 0)
-            return false;
-        const char c = before.size() == call.size() ? ' ' : before[before.size() - call.size() - 1];
-        return !((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                 c == '_');
-    });
-}
+// An argument of a call: literals that the compiler joins, or an expression that may contain some.
+struct call_argument {
+    std::string text;
+    bool has_literal = false;
+    bool is_literal = false;
+    bool begins_with_literal = false;
+};
 
-void find_uses(const std::string& file, const std::vector<std::string>& functions,
-               std::vector<use>& uses, std::set<std::string>& literals) {
-    const std::string code = read_file(file);
-    const line_index lines(code);
-    const std::vector<literal_at> found = literals_of(code);
-    for (std::size_t i = 0; i < found.size(); ++i) {
-        literals.insert(found[i].text);
-        if (!follows_call(code, found[i].begin, functions))
-            continue;
-        const std::string place = file + ':' + std::to_string(lines.at(found[i].begin).line);
-        const bool has_second =
-            i + 1 < found.size() &&
-            trimmed(code.substr(found[i].end, found[i + 1].begin - found[i].end)) == ",";
-        const bool is_alone =
-            found[i].end < code.size() && trimmed(code.substr(found[i].end, 40))[0] == ')';
-        if (has_second)
-            uses.push_back({found[i].text, found[i + 1].text, place});
-        else if (is_alone)
-            uses.push_back({"", found[i].text, place});
+// The calls of functions in one file.
+class use_finder {
+public:
+    use_finder(const std::string& file, const std::vector<std::string>& functions)
+        : m_file(file), m_functions(functions), m_bytes(read_file(file)), m_lines(m_bytes),
+          m_code(m_bytes), m_literals(literals_of(m_code)) {}
+
+    const std::vector<literal_at>& literals() const { return m_literals; }
+
+    std::vector<use> run() {
+        for (const std::string& name : m_functions)
+            for (auto at = m_code.find(name); at != m_code.npos; at = m_code.find(name, at + 1)) {
+                const std::size_t open = m_code.find_first_not_of(" \t\n", at + name.size());
+                if (open != m_code.npos && m_code[open] == '(' &&
+                    (at == 0 || !is_word(m_code[at - 1])))
+                    take_call(open + 1);
+            }
+        std::sort(m_uses.begin(), m_uses.end(),
+                  [](const auto& a, const auto& b) { return a.first < b.first; });
+        std::vector<use> result;
+        for (auto& each : m_uses)
+            result.push_back(std::move(each.second));
+        return result;
     }
-}
+
+private:
+    void take_call(std::size_t begin) {
+        std::vector<call_argument> arguments;
+        std::size_t from = begin;
+        std::size_t depth = 0;
+        for (std::size_t i = begin; i < m_code.size(); ++i) {
+            const char c = m_code[i];
+            if (c == '(' || c == '[' || c == '{')
+                ++depth;
+            if (depth == 0 && (c == ',' || c == ')')) {
+                arguments.push_back(argument(from, i));
+                from = i + 1;
+                if (c == ')')
+                    break;
+            }
+            if (depth != 0 && (c == ')' || c == ']' || c == '}'))
+                --depth;
+        }
+        if (!arguments.empty() && arguments[0].has_literal)
+            add(begin, arguments);
+    }
+
+    // function("catalog", "key") or function("key"). A first literal before something without any
+    // is a catalog whose key is a variable, or a key with values: nothing is known about it.
+    void add(std::size_t begin, const std::vector<call_argument>& arguments) {
+        const bool has_catalog = arguments.size() > 1 && arguments[0].is_literal;
+        if (has_catalog && !arguments[1].has_literal)
+            return;
+        const call_argument& key = arguments[has_catalog ? 1 : 0];
+        use found;
+        found.catalog = has_catalog ? arguments[0].text : "";
+        found.key = key.is_literal || key.begins_with_literal ? key.text : "";
+        found.is_computed = !key.is_literal;
+        found.place = m_file + ':' + std::to_string(m_lines.at(first_literal(begin)->begin).line);
+        m_uses.emplace_back(begin, std::move(found));
+    }
+
+    std::vector<literal_at>::const_iterator first_literal(std::size_t begin) const {
+        return std::lower_bound(m_literals.begin(), m_literals.end(), begin,
+                                [](const literal_at& a, std::size_t b) { return a.begin < b; });
+    }
+
+    call_argument argument(std::size_t begin, std::size_t end) const {
+        call_argument result;
+        std::size_t at = begin;
+        bool is_first_run = true;
+        for (auto next = first_literal(begin); next != m_literals.end() && next->end <= end;
+             ++next) {
+            const literal_at& each = *next;
+            const std::string between = without_spaces(at, each.begin);
+            if (!result.has_literal)
+                result.begins_with_literal = between.empty() || is_string_type(between);
+            else if (!between.empty())
+                is_first_run = false;
+            result.has_literal = true;
+            if (is_first_run)
+                result.text += each.text;
+            at = each.end;
+        }
+        const std::string rest = without_spaces(at, end);
+        result.is_literal = result.has_literal && is_first_run && result.begins_with_literal &&
+                            (rest.empty() || rest == ")" || rest == "}");
+        return result;
+    }
+
+    // `ustring8("key")` is the same as the literal.
+    static bool is_string_type(const std::string& text) {
+        const std::string name = text.substr(text.rfind(':') + 1);
+        for (const char* const each :
+             {"string", "string_view", "ustring8", "ustring16", "ustring32"})
+            if (name == std::string(each) + '(' || name == std::string(each) + '{')
+                return true;
+        return false;
+    }
+
+    std::string without_spaces(std::size_t begin, std::size_t end) const {
+        std::string text = m_code.substr(begin, end - begin);
+        text.erase(std::remove_if(text.begin(), text.end(),
+                                  [](char c) { return c == ' ' || c == '\n' || c == '\t'; }),
+                   text.end());
+        return text;
+    }
+
+    const std::string& m_file;
+    const std::vector<std::string>& m_functions;
+    const std::string m_bytes;
+    const line_index m_lines;
+    std::string m_code;  // the bytes without comments and literals
+    const std::vector<literal_at> m_literals;
+    std::vector<std::pair<std::size_t, use>> m_uses;
+};
 
 bool has_key(const keys_by_catalog& all, const use& each) {
     if (!each.catalog.empty()) {
@@ -262,27 +393,55 @@ bool has_key(const keys_by_catalog& all, const use& each) {
                        [&each](const auto& one) { return one.second.count(each.key) != 0; });
 }
 
+// A key that an expression in a source may name, because it begins so.
+bool may_be_computed(const std::vector<use>& uses, const std::string& catalog,
+                     const std::string& key) {
+    return std::any_of(uses.begin(), uses.end(), [&](const use& each) {
+        return each.is_computed && !each.key.empty() &&
+               (each.catalog.empty() || each.catalog == catalog) &&
+               key.compare(0, each.key.size(), each.key) == 0;
+    });
+}
+
 }  // namespace
 
 int run_scan(const scan_options& options, std::ostream& out) {
     const keys_by_catalog all = keys_of(options.paths);
     std::vector<use> uses;
     std::set<std::string> literals;
-    for (const std::string& file : source_files(options.sources))
-        find_uses(file, options.functions, uses, literals);
+    for (const std::string& file : source_files(options.sources)) {
+        use_finder finder(file, options.functions);
+        for (use& each : finder.run())
+            uses.push_back(std::move(each));
+        for (const literal_at& each : finder.literals())
+            literals.insert(each.text);
+    }
     json absent = json::array();
+    json computed = json::array();
     json unused = json::array();
     for (const use& each : uses) {
+        const std::string in = each.catalog.empty() ? "" : " in catalog \"" + each.catalog + '"';
+        if (each.is_computed) {
+            computed.push_back(
+                {{"catalog", each.catalog}, {"beginning", each.key}, {"place", each.place}});
+            if (!options.as_json)
+                out << each.place << ": note: the key" << in << " is computed"
+                    << (each.key.empty() ? ""
+                                         : "; it begins with \"" + readable_key(each.key) + '"')
+                    << '\n';
+            continue;
+        }
+        literals.insert(each.key);
         if (has_key(all, each))
             continue;
         absent.push_back({{"catalog", each.catalog}, {"key", each.key}, {"place", each.place}});
         if (!options.as_json)
-            out << each.place << ": no message \"" << readable_key(each.key) << '"'
-                << (each.catalog.empty() ? "" : " in catalog \"" + each.catalog + '"') << '\n';
+            out << each.place << ": no message \"" << readable_key(each.key) << '"' << in << '\n';
     }
     for (const auto& catalog : all)
         for (const auto& keyed : catalog.second) {
-            if (literals.count(keyed.first) != 0)
+            if (literals.count(keyed.first) != 0 ||
+                may_be_computed(uses, catalog.first, keyed.first))
                 continue;
             unused.push_back({{"catalog", catalog.first}, {"key", keyed.first}});
             if (!options.as_json)
@@ -290,7 +449,7 @@ int run_scan(const scan_options& options, std::ostream& out) {
         }
     const bool is_clean = absent.empty() && unused.empty();
     if (options.as_json)
-        write_json(out, {{"absent", absent}, {"unused", unused}});
+        write_json(out, {{"absent", absent}, {"computed", computed}, {"unused", unused}});
     return is_clean ? exit_clean : exit_findings;
 }
 

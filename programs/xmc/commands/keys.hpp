@@ -29,7 +29,8 @@ struct scan_options {
 
 /// Compares the calls `message("catalog", "key")` in sources with the catalogs: keys that are used
 /// but absent, and keys that no string literal of the sources names. The exit code is 1 if there
-/// are any.
+/// are any. Literals in a row are one. A key that is an expression with a literal is listed as
+/// computed, and the keys that begin with its first literal count as used.
 int run_scan(const scan_options& options, std::ostream& out);
 
 }  // namespace tova_programs::xmc

@@ -4,6 +4,8 @@
 #include "support/suggestion.hpp"
 #include "support/table.hpp"
 #include "support/text_file.hpp"
+#include "xmc/exchange/exchange.hpp"
+#include "xmc/exchange/plural_forms.hpp"
 #include "xmc/model/documents.hpp"
 #include "xmc/model/files.hpp"
 #include "xmc/model/locale.hpp"
@@ -88,7 +90,7 @@ bool add_value(varg_list& values, const std::string& text, std::string& reason) 
         return false;
     }
     if (end == value.c_str() || *end != '\0') {
-        reason = quoted(value) + " is no " + type;
+        reason = quoted(value) + " is not " + (type == "int" ? "an " : "a ") + type;
         return false;
     }
     return true;
@@ -111,7 +113,7 @@ found_messages find_exactly(const message_catalogs& set, const std::string& key)
     return result;
 }
 
-// The same; a key that does not exist may be one with escapes, as `keys` lists it.
+// The same; a key that does not exist may be one with escapes, as `keys` or an export has it.
 found_messages find_messages(const message_catalogs& set, const std::string& key) {
     found_messages result = find_exactly(set, key);
     if (!result.empty() || key.find('\\') == key.npos)
@@ -122,7 +124,7 @@ found_messages find_messages(const message_catalogs& set, const std::string& key
             if (readable == key || std::string(each.first) + '/' + readable == key)
                 result.emplace_back(each.first, &keyed.second);
         }
-    return result;
+    return result.empty() ? find_exactly(set, from_portable(key)) : result;
 }
 
 std::string no_such_message(const message_catalogs& set, const std::string& key) {
@@ -185,7 +187,8 @@ bool is_meant(const placed_message& each, const std::string& name, const std::st
     return name == key || std::string(each.of->name) + '/' + name == key;
 }
 
-// The messages that a key may mean. If there is none, it may be one with escapes.
+// The messages that a key may mean. If there is none, it may be one with escapes, as `keys` or an
+// export has it.
 std::vector<placed_message> find_placed(const std::vector<placed_message>& all,
                                         const std::string& key) {
     std::vector<placed_message> result;
@@ -196,6 +199,8 @@ std::vector<placed_message> find_placed(const std::vector<placed_message>& all,
         for (const placed_message& each : all)
             if (is_meant(each, readable_key(each.what->name), key))
                 result.push_back(each);
+    if (result.empty() && from_portable(key) != key)
+        return find_placed(all, from_portable(key));
     return result;
 }
 
@@ -339,6 +344,8 @@ section h3 { font: 600 1rem monospace; margin: 0 0 .2rem; }
 section p.note { margin: 0 0 .4rem; opacity: .75; }
 dl { display: grid; grid-template-columns: minmax(4rem, max-content) 1fr; gap: .2rem .8rem; margin: 0; }
 dt { font-family: monospace; opacity: .75; } dd { margin: 0; }
+bdi { display: block; white-space: pre-wrap; }
+.missing { opacity: .75; font-style: italic; }
 .invalid { color: var(--bad); font-weight: 600; }
 </style>
 </head>
@@ -369,28 +376,61 @@ std::string marked(const std::string& text) {
     return result;
 }
 
-struct previewed {
-    std::string note;
-    std::map<std::string, std::string> texts;  // by locale
+struct previewed_text {
+    std::string text;
+    std::string locale;  // where it comes from; empty: nothing is shown
 };
 
-// What each locale shows of its own, by catalog and key.
-std::map<std::string, std::map<std::string, previewed>>
-previewed_messages(const preview_options& options) {
+struct previewed {
+    std::string note;
+    std::map<std::string, previewed_text> texts;  // by locale
+};
+
+std::set<std::string> previewed_locales(const preview_options& options) {
     std::set<std::string> existing;
     for_each_document(options.paths, [&existing](const document& file) {
         for (const catalog& each : file.catalogs())
             if (!each.locale.empty() && each.locale != ".")
                 existing.insert(std::string(each.locale));
     });
-    std::set<std::string> locales(options.locales.begin(), options.locales.end());
     std::set<std::string> normalized;
     for (const std::string& each : existing)
         normalized.insert(normalized_locale(each));
-    for (const std::string& each : locales)
+    for (const std::string& each : options.locales)
         require_locale(normalized, each);
-    if (locales.empty())
-        locales = existing;
+    return options.locales.empty()
+               ? existing
+               : std::set<std::string>(options.locales.begin(), options.locales.end());
+}
+
+// Whether programs never ask for the key in the locale: it is a plural form of other languages.
+bool is_foreign_form(const std::string& key, const std::string& locale) {
+    const std::string form = key.substr(key.rfind('.') + 1);
+    const std::vector<std::string> used = whole_categories(locale);
+    return form != "other" && is_category(form) &&
+           std::find(used.begin(), used.end(), form) == used.end();
+}
+
+bool is_own(const std::string& locale, const previewed_text& text) {
+    return normalized_locale(text.locale) == normalized_locale(locale);
+}
+
+// Adds the locales for which nothing was loaded, and removes plural forms that they do not have.
+void add_untranslated(previewed& message, const std::string& key,
+                      const std::set<std::string>& locales) {
+    for (const std::string& locale : locales) {
+        const previewed_text& text = message.texts[locale];
+        if ((text.locale.empty() && message.texts.count(".") != 0) ||
+            (!is_own(locale, text) && is_foreign_form(key, locale)))
+            message.texts.erase(locale);
+    }
+}
+
+// What each locale shows, by catalog and key. A text without a language is there once, as that of
+// the locale ".".
+std::map<std::string, std::map<std::string, previewed>>
+previewed_messages(const preview_options& options) {
+    const std::set<std::string> locales = previewed_locales(options);
     std::map<std::string, std::map<std::string, previewed>> all;
     for (const std::string& locale : locales) {
         message_catalogs catalogs;
@@ -401,13 +441,52 @@ previewed_messages(const preview_options& options) {
                 previewed& entry = all[each.first][keyed.first];
                 if (!one.meta().empty())
                     entry.note = one.meta();
-                if (normalized_locale(one._orginal_locale()) == normalized_locale(locale))
-                    entry.texts[locale] = one.as_string(samples_for(one));
-                else if (one._orginal_locale() == ".")
-                    entry.texts["."] = one.as_string(samples_for(one));
+                const std::string origin = one._orginal_locale();
+                entry.texts[origin == "." ? origin : locale] = {
+                    one.as_string(samples_for(one, origin)), origin};
             }
     }
+    for (auto& catalog : all)
+        for (auto& keyed : catalog.second)
+            add_untranslated(keyed.second, keyed.first, locales);
     return all;
+}
+
+json as_json(const std::string& catalog, const std::string& key, const previewed& message) {
+    json texts = json::object();
+    json instead = json::object();
+    for (const auto& each : message.texts)
+        if (is_own(each.first, each.second))
+            texts[each.first] = each.second.text;
+        else if (each.second.locale.empty())
+            instead[each.first] = nullptr;
+        else
+            instead[each.first] = {{"locale", each.second.locale}, {"text", each.second.text}};
+    return {{"catalog", catalog},
+            {"key", key},
+            {"note", message.note},
+            {"texts", texts},
+            {"instead", instead}};
+}
+
+void write_texts(std::ostream& page, const previewed& message) {
+    page << "<dl>";
+    for (const auto& each : message.texts) {
+        const previewed_text& text = each.second;
+        const std::string& language = text.locale.empty() ? each.first : text.locale;
+        page << "<dt>" << html(each.first) << "</dt><dd>";
+        if (!is_own(each.first, text))
+            page << "<span class=\"missing\">not translated; "
+                 << (text.locale.empty() ? "nothing is shown"
+                                         : "shown in " + html(text.locale) + ":")
+                 << "</span>" << (text.locale.empty() ? "" : " ");
+        if (!text.locale.empty())
+            page << "<bdi lang=\"" << html(language) << '"'
+                 << (is_right_to_left(language) ? " dir=\"rtl\"" : "") << '>' << marked(text.text)
+                 << "</bdi>";
+        page << "</dd>";
+    }
+    page << "</dl>";
 }
 
 }  // namespace
@@ -419,10 +498,7 @@ int run_preview(const preview_options& options, std::ostream& out) {
         json list = json::array();
         for (const auto& catalog : all)
             for (const auto& keyed : catalog.second)
-                list.push_back({{"catalog", catalog.first},
-                                {"key", keyed.first},
-                                {"note", keyed.second.note},
-                                {"texts", keyed.second.texts}});
+                list.push_back(as_json(catalog.first, keyed.first, keyed.second));
         write_json(page, list);
         write_result(options.output, page.str(), out);
         return exit_clean;
@@ -431,15 +507,11 @@ int run_preview(const preview_options& options, std::ostream& out) {
     for (const auto& catalog : all) {
         page << "<h2>" << html(catalog.first) << "</h2>\n";
         for (const auto& keyed : catalog.second) {
-            page << "<section><h3>" << html(keyed.first) << "</h3>";
+            page << "<section><h3>" << html(readable_key(keyed.first)) << "</h3>";
             if (!keyed.second.note.empty())
                 page << "<p class=\"note\">" << html(keyed.second.note) << "</p>";
-            page << "<dl>";
-            for (const auto& text : keyed.second.texts)
-                page << "<dt>" << html(text.first) << "</dt><dd lang=\"" << html(text.first) << '"'
-                     << (is_right_to_left(text.first) ? " dir=\"rtl\"" : "") << '>'
-                     << marked(text.second) << "</dd>";
-            page << "</dl></section>\n";
+            write_texts(page, keyed.second);
+            page << "</section>\n";
         }
     }
     page << preview_end;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 
 namespace tova_programs::xmc {
 
@@ -237,6 +238,11 @@ std::vector<std::string> whole_categories(const std::string& locale) {
             result.push_back(name);
     }
     return result;
+}
+
+bool is_category(const std::string& word) {
+    const char* const all[] = {"zero", "one", "two", "few", "many", "other"};
+    return std::find(std::begin(all), std::end(all), word) != std::end(all);
 }
 
 std::string category_of(const std::string& locale, unsigned long number) {

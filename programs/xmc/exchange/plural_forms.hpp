@@ -39,6 +39,9 @@ std::vector<std::vector<std::string>> categories_of_forms(const plural_header& h
 /// The categories of whole numbers in a locale, in the order of their first number.
 std::vector<std::string> whole_categories(const std::string& locale);
 
+/// Whether the word is a category of any language: zero, one, two, few, many or other.
+bool is_category(const std::string& word);
+
 /// The category of a number.
 std::string category_of(const std::string& locale, unsigned long number);
 

@@ -23,6 +23,8 @@ namespace {
 
 const char not_in_reference[] = "not in the reference";
 const char note_prefix[] = "Note: ";
+// Each plural has `other`. Where whole numbers do not use it, the last form is the best one.
+const char* const substitutes_for_other[] = {"many", "few", "two", "one", "zero"};
 const std::vector<std::string> all_categories = {"zero", "one", "two", "few", "many", "other"};
 
 // A string in PO syntax, with one line of the file for each line of the text.
@@ -144,13 +146,32 @@ private:
         std::size_t first = m_all.messages.size();
         for (const std::string& name : all_categories) {
             const auto each = known.find({catalog, found.key + '.' + name});
-            // The target's `other` may be for fractions only: it is an entry of its own as well.
-            if (each == known.end() || (name == "other" && wanted.count(name) == 0))
+            // The target's `other` may be for fractions only. It is an entry of its own as well,
+            // unless reading the plural makes it again.
+            if (each == known.end() ||
+                (name == "other" && wanted.count(name) == 0 && found.other->target.exists &&
+                 !is_equal(found.other->target, substitute(catalog, found.key, known))))
                 continue;
             first = std::min(first, each->second);
             m_in_plural.insert(each->second);
         }
         m_plurals[first] = found;
+    }
+
+    // What a reader takes for a missing `other`.
+    const exchanged_text* substitute(const std::string& catalog, const std::string& key,
+                                     const message_map& known) const {
+        for (const char* const name : substitutes_for_other) {
+            const auto each = known.find({catalog, key + '.' + name});
+            if (each != known.end() && m_all.messages[each->second].target.exists)
+                return &m_all.messages[each->second].target;
+        }
+        return nullptr;
+    }
+
+    static bool is_equal(const exchanged_text& text, const exchanged_text* other) {
+        return other != nullptr && text.meta == other->meta &&
+               content_of(text.pieces) == content_of(other->pieces);
     }
 
     static bool add_meta(std::set<std::string>& metas, const std::string& meta) {
@@ -368,7 +389,9 @@ private:
 
     void take_string(std::string_view line) {
         if (m_string == nullptr || line.size() < 2 || line.front() != '"' || line.back() != '"')
-            fail("a string in quotes is missing");
+            fail(line.empty() || line.front() != '"' || m_string == nullptr
+                     ? "a string in quotes is missing"
+                     : "the string is not closed: \" is missing");
         line = line.substr(1, line.size() - 2);
         for (std::size_t i = 0; i < line.size(); ++i) {
             if (line[i] == '"')
@@ -481,11 +504,12 @@ public:
         const std::string& reference = m_fields["X-Tova-Reference"];
         m_result.all.reference =
             m_is_own && !reference.empty() ? from_portable(reference) : defaults.reference;
-        m_result.all.locale = !defaults.locale.empty()           ? defaults.locale
-                              : m_is_own && !own->second.empty() ? from_portable(own->second)
-                                                                 : m_fields["Language"];
+        m_result.all.locale = !defaults.locale.empty() ? defaults.locale
+                              : m_is_own && !own->second.empty()
+                                  ? from_portable(own->second)
+                                  : with_underscores(m_fields["Language"]);
         if (m_result.all.locale.empty())
-            throw file_error(path + ": names no language; say it with --lang");
+            throw file_error(path + ": does not name its language; give it with --lang");
     }
 
     imported run() {
@@ -526,6 +550,12 @@ private:
     // The identity of an entry. In a file of our own it is the context alone.
     std::string entry_key(const entry& each) const {
         return m_is_own ? each.context : foreign_key(each) + (each.has_plural ? ".*" : "");
+    }
+
+    // As programs ask for the locale; other programs also write "-".
+    static std::string with_underscores(std::string locale) {
+        std::replace(locale.begin(), locale.end(), '-', '_');
+        return locale;
     }
 
     static std::string foreign_key(const entry& each) {
@@ -609,10 +639,22 @@ private:
         if (singular != "other")
             take(singular).source = read(m_entry->id, false);
         take("other").source = read(m_entry->plural, false);
-        const plural_header header(m_fields["Plural-Forms"]);
-        if (!header.is_valid()) {
-            report(key, "the file has no valid Plural-Forms");
+        plural_header header(m_fields["Plural-Forms"]);
+        const bool has_text =
+            std::any_of(m_entry->texts.begin(), m_entry->texts.end(),
+                        [this](const auto& each) { return text(each.first) != nullptr; });
+        if (!header.is_valid() && !has_text) {
+            ++m_result.untranslated;
             return;
+        }
+        if (!header.is_valid()) {
+            header = plural_header(plural_header_for(m_result.all.locale));
+            const bool fits = header.is_valid() && m_entry->texts.size() == header.count();
+            report(key, std::string("no valid Plural-Forms in the header; ") +
+                            (fits ? "the usual plural forms of " + m_result.all.locale + " are used"
+                                  : "plural entries are left out"));
+            if (!fits)
+                return;
         }
         const auto forms = categories_of_forms(header, m_result.all.locale);
         bool is_complete = true;
@@ -630,12 +672,11 @@ private:
         m_result.untranslated += !is_complete;
     }
 
-    // Each plural has `other`. Where whole numbers do not use it, the last form is the best one.
     void complete_plural(const std::string& catalog, const std::string& key) {
         exchanged_message& other = message(catalog, key + ".other");
         if (other.target.exists)
             return;
-        for (const char* const name : {"many", "few", "two", "one", "zero"}) {
+        for (const char* const name : substitutes_for_other) {
             const auto found = m_known.find({catalog, key + '.' + name});
             if (found == m_known.end() || !m_result.all.messages[found->second].target.exists)
                 continue;

@@ -103,12 +103,13 @@ private:
 
     static rendered_line rendered(const found_message& each) {
         const auto message = library_message(each.in->file, *each.what);
-        return {std::string(each.of->locale), message.as_string(samples_for(message))};
+        return {std::string(each.of->locale),
+                message.as_string(samples_for(message, std::string(each.of->locale)))};
     }
 
     void write_invalid() {
         const auto message = library_message(m_at.in->file, *m_here.what);
-        const auto values = samples_for(message);
+        const auto values = samples_for(message, std::string(m_here.of->locale));
         for (const auto& item : message) {
             const std::string reason = reason_for_invalid(item, values);
             if (!reason.empty())

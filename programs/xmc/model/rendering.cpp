@@ -1,8 +1,10 @@
 #include "xmc/model/rendering.hpp"
 
 #include "support/suggestion.hpp"
+#include "xmc/exchange/plural_forms.hpp"
 #include "xmc/model/options.hpp"
 
+#include <algorithm>
 #include <vector>
 
 namespace tova_programs::xmc {
@@ -47,6 +49,21 @@ std::string wrong_option(const std::string& data, item_type type) {
     return "";
 }
 
+// The usual number, if the message is no plural form or one for it; otherwise the smallest number
+// of the form, or the usual one for a form that no whole number has.
+int number_of_form(const std::string& key, const std::string& locale, int usual) {
+    const std::string form = key.substr(key.rfind('.') + 1);
+    const auto has_form = [&](int number) {
+        return category_of(locale, static_cast<unsigned long>(number)) == form;
+    };
+    if (!is_category(form) || has_form(usual))
+        return usual;
+    for (int number = form == "zero" ? 0 : 1; number <= 200; ++number)
+        if (has_form(number))
+            return number;
+    return has_form(0) ? 0 : has_form(1000000) ? 1000000 : usual;
+}
+
 }  // namespace
 
 message_t library_message(const document& file, const message& of) {
@@ -56,14 +73,19 @@ message_t library_message(const document& file, const message& of) {
     return {ustring8(std::string(of.name)), items, ustring8(std::string(of.meta))};
 }
 
-varg_list samples_for(const message_t& message) {
+varg_list samples_for(const message_t& message, const std::string& locale) {
     varg_list values;
+    const int usual = 1234;
+    int number = number_of_form(message.name(), locale, usual);
     for (const message_item& item : message) {
         switch (static_cast<item_type>(item.type())) {
         case item_type::text:
             break;
         case item_type::integer:
-            values.push_back(item.name(), 1234);
+            if (values.has_argument(ustring8(item.name())))
+                break;
+            values.push_back(item.name(), number);
+            number = usual;
             break;
         case item_type::real:
             values.push_back(item.name(), 1234.5);

@@ -127,9 +127,17 @@ const struct {
     {"import_no_file", "import nothing.po"},
     {"import_no_format", "import other.xmc"},
     {"keys", "keys catalogs"},
+    {"keys_header_json", "keys --header --json catalogs"},
+    {"preview_plurals", "preview plurals --json"},
+    {"render_exported_key", "render 'words/\\x20\\x20two\\x0alines\\x20' -p plurals"},
+    {"show_exported_key", "show '\\x20\\x20two\\x0alines\\x20' -p plurals"},
+    {"render_not_int", "render hello who:int=abc -p catalogs"},
+    {"export_plurals", "export plurals --lang pl"},
     {"keys_header", "keys --header --namespace text catalogs"},
     {"keys_json", "keys --json catalogs"},
     {"scan", "scan src -p catalogs"},
+    {"scan_computed", "scan computed.src -p plurals"},
+    {"scan_computed_json", "scan computed.src -p plurals --json"},
     {"scan_json", "scan src -p catalogs --json"},
     {"schema", "schema"},
     {"schema_loader", "schema --form loader"},
@@ -230,6 +238,23 @@ TEST(Commands, ShowKeysOfSeveralLinesInOneAndFindThemSo) {
         run_program("cd " + folder.path() + " && " TOVA_XMC " show 'one\\ntwo' -p in");
     EXPECT_EQ(0, shown.exit_code);
     EXPECT_NE(std::string::npos, shown.output.find("1{n}")) << shown.output;
+}
+
+TEST(Preview, ShowsLineEndsInKeysSpacesInTextsAndWhatIsNotTranslated) {
+    const std::string page = run_program(TOVA_XMC " preview " + data + "/sample/plurals").output;
+    for (const char* const part :
+         {"<h3>  two\\nlines </h3>", "white-space: pre-wrap",
+          "<dt>en</dt><dd><bdi lang=\"en\">  spaced  out </bdi></dd>",
+          "<dt>pl</dt><dd><span class=\"missing\">not translated; shown in en:</span> "
+          "<bdi lang=\"en\">  spaced  out </bdi></dd>",
+          "<dt>ar</dt><dd><span class=\"missing\">not translated; nothing is shown</span></dd>",
+          "<bdi lang=\"ar\" dir=\"rtl\">"})
+        EXPECT_NE(std::string::npos, page.find(part)) << part << '\n' << page;
+    // With one locale, the others are only what replaces it.
+    const std::string polish =
+        run_program(TOVA_XMC " preview --lang pl " + data + "/sample/plurals").output;
+    EXPECT_EQ(std::string::npos, polish.find("<dt>en</dt>"));
+    EXPECT_NE(std::string::npos, polish.find("shown in en:"));
 }
 
 TEST(Render, NamesTheFileThatCannotBeLoaded) {

@@ -223,6 +223,75 @@ msgstr "{n} pliku"
               text.substr(begin + 1));
 }
 
+// An untranslated plural is one entry. Filling it also gives the form for fractions, and a form
+// that is filled so needs no entry of its own when the file is exported again.
+TEST(Exchange, WritesTheFormForFractionsOnlyIfItDiffers) {
+    const std::string english = R"(<?xml version="1.0"?><xmc version="1.1">
+<catalog name="app" lang="en">
+<msg name="files.one"><arg name="n" type="int"/> file</msg>
+<msg name="files.other"><arg name="n" type="int"/> files</msg>
+</catalog>)";
+    std::string text = po_text(collected(english + "</xmc>", "pl"));
+    EXPECT_EQ(std::string::npos, text.find("files.other")) << text;
+    const char* const forms[] = {"{n} plik", "{n} pliki", "{n} plików"};
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::string empty = "msgstr[" + std::to_string(i) + "] \"\"";
+        const auto at = text.find(empty);
+        ASSERT_NE(std::string::npos, at) << text;
+        text.replace(at, empty.size(), empty.substr(0, empty.size() - 1) + forms[i] + '"');
+    }
+    const imported back = read_po(text, "f.po", {});
+    EXPECT_TRUE(back.problems.empty());
+    EXPECT_EQ(0u, back.untranslated);
+    const std::string polish = catalogs_of(back.all, false);
+    EXPECT_NE(std::string::npos,
+              polish.find("<msg name=\"files.other\"><arg name=\"n\" type=\"int\"/> plików</msg>"))
+        << polish;
+    EXPECT_EQ(text, po_text(back.all));
+}
+
+TEST(Exchange, UsesTheUsualPluralFormsIfTheHeaderHasNone) {
+    const std::string entry = "\nmsgid \"file\"\nmsgid_plural \"files\"\n";
+    const std::string polish = "msgstr[0] \"plik\"\nmsgstr[1] \"pliki\"\nmsgstr[2] \"plików\"\n";
+    const struct {
+        std::string header;
+        std::string entry;
+        std::size_t messages;
+        std::size_t untranslated;
+        std::vector<const char*> problems;
+    } cases[] = {
+        {"Language: pl\\n",
+         entry + polish,
+         4,
+         0,
+         {"no valid Plural-Forms in the header; the usual plural forms of pl are used"}},
+        {"Language: pl\\nPlural-Forms: nplurals=INTEGER; plural=EXPRESSION;\\n",
+         entry + polish,
+         4,
+         0,
+         {"no valid Plural-Forms in the header; the usual plural forms of pl are used"}},
+        {"Language: de\\n",
+         entry + polish,
+         0,
+         0,
+         {"no valid Plural-Forms in the header; plural entries are left out"}},
+        {"Language: pl\\n", entry + "msgstr[0] \"\"\nmsgstr[1] \"\"\n", 0, 1, {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.header + c.entry);
+        const imported result =
+            read_po("msgid \"\"\nmsgstr \"" + c.header + "\"\n" + c.entry, "f.po", {});
+        std::size_t messages = 0;
+        for (const exchanged_message& each : result.all.messages)
+            messages += each.target.exists ? 1 : 0;
+        EXPECT_EQ(c.messages, messages);
+        EXPECT_EQ(c.untranslated, result.untranslated);
+        ASSERT_EQ(c.problems.size(), result.problems.size());
+        for (std::size_t i = 0; i < c.problems.size(); ++i)
+            EXPECT_EQ(c.problems[i], result.problems[i].text);
+    }
+}
+
 TEST(Exchange, MakesKeysOfForeignMessages) {
     const std::string po = R"(# A comment
 msgid ""
@@ -352,6 +421,49 @@ TEST(Import, TakesCatalogAndLocaleFromTheFolders) {
                   "out/app/de.xmc:<catalog name=\"app\" lang=\"de\">\nexit code 0\n",
                   imported_in(folder, "po -o out"));
     }
+}
+
+TEST(Import, WritesLocalesAsProgramsAskForThem) {
+    const struct {
+        const char* file;
+        const char* language;
+        const char* arguments;
+        const char* result;
+    } cases[] = {
+        {"po/zh-Hant.po", "zh-Hant", "", "out/zh_Hant.xmc:<catalog name=\"app\" lang=\"zh_Hant\">"},
+        {"po/zh-Hant/app.po", "zh-Hant", "",
+         "out/app/zh_Hant.xmc:<catalog name=\"app\" lang=\"zh_Hant\">"},
+        {"po/zh-Hant/app.po", "", "",
+         "out/app/zh_Hant.xmc:<catalog name=\"app\" lang=\"zh_Hant\">"},
+        {"po/my-app.po", "de", " --lang pt-BR",
+         "out/my-app.xmc:<catalog name=\"app\" lang=\"pt_BR\">"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.file + std::string(each.arguments));
+        const temporary_directory folder;
+        folder.write(each.file, po_of(each.language, "Quit", "..."));
+        const std::string output =
+            imported_in(folder, std::string("po --catalog app -o out") + each.arguments);
+        EXPECT_NE(std::string::npos, output.find(each.result)) << output;
+    }
+}
+
+TEST(Import, ReadsXliffByAnyOfItsExtensions) {
+    const temporary_directory folder;
+    folder.write("en.xmc", "<?xml version=\"1.0\"?><xmc version=\"1.1\"><catalog name=\"app\" "
+                           "lang=\"en\"><msg name=\"a\">A</msg></catalog><catalog name=\"app\" "
+                           "lang=\"de\"><msg name=\"a\">B</msg></catalog></xmc>");
+    for (const std::string format : {"xliff", "xliff2"})
+        for (const std::string extension : {"xlf", "xliff", "xliff2"}) {
+            SCOPED_TRACE(format + extension);
+            const std::string file = "f." + extension;
+            run_program("cd " + folder.path() +
+                        " && " TOVA_XMC " export en.xmc --lang de --format " + format + " -o " +
+                        file);
+            EXPECT_EQ("out/f.xmc: 1 of 1 message, 0 not translated\n"
+                      "out/f.xmc:<catalog name=\"app\" lang=\"de\">\nexit code 0\n",
+                      imported_in(folder, file + " -o out"));
+        }
 }
 
 TEST(Import, ReadsFilesOfSeveralCatalogsInFoldersOfLocales) {
@@ -486,9 +598,9 @@ TEST(Exchange, NamesTheLineOfWhatIsNoPoFile) {
         const char* text;
         const char* message;
     } cases[] = {
-        {"msgid \"a\"\nmsgstr \"b\"\n", "f.po: names no language; say it with --lang"},
+        {"msgid \"a\"\nmsgstr \"b\"\n", "f.po: does not name its language; give it with --lang"},
         {"msgid a\n", "f.po:1: a string in quotes is missing"},
-        {"\nmsgid \"a\nmsgstr \"b\"\n", "f.po:2: a string in quotes is missing"},
+        {"\nmsgid \"a\nmsgstr \"b\"\n", "f.po:2: the string is not closed: \" is missing"},
         {"msgid \"a\"b\"\n", "f.po:1: a quote within a string: write \\\""},
         {"msgstr \"a\"\n", "f.po:1: \"msgstr\" without \"msgid\""},
         {"hello\n", "f.po:1: neither a comment, a keyword nor a string"},
