@@ -18,18 +18,30 @@ using strings::ustring8;
 
 namespace {
 
-// A string has room for so many bytes, its terminator included, without an allocation. The rest of
-// an element has at least as many bytes after any of its names and values but the last.
-const std::size_t small_size = 16;
+// A string has room for so many bytes, its terminator included, without an allocation.
+const std::ptrdiff_t small_size = 16;
 
-// Makes an empty string one with the capacity of a copy.
-__attribute__((always_inline)) inline void set(ustring8& to, const char* begin, const char* end,
+// Makes an empty string a copy of short bytes, if `small_size` bytes can be read.
+__attribute__((always_inline)) inline bool set_short(ustring8& to, const char* begin,
+                                                     const char* end, const char* readable_end) {
+    if (end - begin >= small_size || readable_end - begin < small_size)
+        return false;
+    fill(to, begin, static_cast<std::size_t>(end - begin), small_size);
+    return true;
+}
+
+// The string of an element, which may be changed later.
+__attribute__((always_inline)) inline void set(ustring8& to, const piece& bytes,
                                                const char* readable_end) {
-    const auto size = static_cast<std::size_t>(end - begin);
-    if (size < small_size && readable_end - begin >= static_cast<std::ptrdiff_t>(small_size))
-        fill(to, begin, size, small_size);
-    else
-        to.assign(begin, size);
+    if (!set_short(to, bytes.data, bytes.data + bytes.size, readable_end))
+        to.assign(bytes.data, bytes.size);
+}
+
+// The string of an attribute, in exactly as much memory as it needs.
+__attribute__((always_inline)) inline void set_exactly(ustring8& to, const char* begin,
+                                                       const char* end, const char* readable_end) {
+    if (!set_short(to, begin, end, readable_end))
+        to = ustring8(begin, end);
 }
 
 // Writes the text without its references and returns the end.
@@ -69,7 +81,7 @@ void stream_nodes::append_whole(const usual_element& element, unsigned int line)
     node& made = whole.back();
     made.type = xml_stream_parser::no_error;
     made.ready = true;
-    set(made.name, element.name.data, element.name.data + element.name.size, element.last);
+    set(made.name, element.name, element.last);
     made.line = line;
     made.id = m_next_id;
     made.parent = m_ids.top();
@@ -77,13 +89,13 @@ void stream_nodes::append_whole(const usual_element& element, unsigned int line)
         const usual_element::attribute& one = element.attributes[i];
         made.attributes.emplace_back();
         auto& added = made.attributes.back();
-        set(added.first, one.name, one.equals, element.last);
-        set(added.second, one.equals + 2, one.last, element.last);
+        set_exactly(added.first, one.name, one.equals, element.last);
+        set_exactly(added.second, one.equals + 2, one.last, element.last);
     }
     if (element.has_references)
         set_composed(element, made.text);
     else if (!element.text.empty())
-        set(made.text, element.text.data, element.text.data + element.text.size, element.last);
+        set(made.text, element.text, element.last);
     m_queue.splice(m_queue.end(), whole);
     ++m_next_id;
     m_attribute_names.clear();

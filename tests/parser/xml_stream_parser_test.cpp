@@ -1549,8 +1549,13 @@ TEST(StreamParserAttributes, MayBeManyButEachOnlyOnce) {
             const auto one = parser.node_queue_pop();
             EXPECT_EQ(static_cast<std::size_t>(count), one.attributes.size());
             int number = 0;
-            for (const auto& attribute : one.attributes)
-                EXPECT_EQ("name_" + std::to_string(number++), attribute.first);
+            for (const auto& attribute : one.attributes) {
+                EXPECT_EQ("name_" + std::to_string(number), attribute.first);
+                const ustring8 value(
+                    std::string(static_cast<std::size_t>(number++ * 3), 'v').c_str());
+                EXPECT_EQ(value, attribute.second);
+                EXPECT_EQ(ustring8(value).capacity(), attribute.second.capacity());
+            }
             for (int i = 0; i != count; ++i) {
                 const growing_file twice(declaration + "<r><a" + attributes + " name_" +
                                          std::to_string(i) + "=''" + end);
@@ -1559,7 +1564,7 @@ TEST(StreamParserAttributes, MayBeManyButEachOnlyOnce) {
             }
         }
         attributes += " name_" + std::to_string(count) + "='" +
-                      std::string(static_cast<std::size_t>(count), 'v') + "'";
+                      std::string(static_cast<std::size_t>(count * 3), 'v') + "'";
     }
 }
 
