@@ -206,6 +206,7 @@ input { font: inherit; width: 100%; box-sizing: border-box; padding: .4rem .6rem
 table { border-collapse: collapse; width: 100%; margin-top: 1rem; }
 th, td { text-align: left; padding: .35rem .5rem; border-bottom: 1px solid var(--line); }
 td.number, th.number { text-align: right; font-variant-numeric: tabular-nums; }
+td.number { white-space: nowrap; }
 th button { font: inherit; font-weight: 600; color: inherit; background: none; border: 0; padding: 0; cursor: pointer; }
 th[aria-sort=ascending] button::after { content: " \25B2"; }
 th[aria-sort=descending] button::after { content: " \25BC"; }

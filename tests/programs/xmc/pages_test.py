@@ -56,6 +56,11 @@ def check_coverage(driver, url):
     driver.get(url)
     assert driver.find_element(By.ID, "sum").text == "5 of 5 rows"
     assert locales(driver) == ["de", "de_AT", "en", "de", "en"], locales(driver)
+    # The columns have the names and the numbers of the table.
+    names = [cell.text for cell in driver.find_elements(By.CSS_SELECTOR, "thead th")]
+    assert names == ["Catalog", "Locale", "Own %", "", "Messages", "Not own", "With fallback",
+                     "Missing"], names
+    assert rows(driver)[0] == ["app", "de", "60.0 %", "", "5", "2", "5", "0"], rows(driver)[0]
     head(driver, "share").click()
     assert locales(driver)[0] == "de_AT"
     head(driver, "share").click()
@@ -89,6 +94,9 @@ def check_preview(driver, url):
     assert len(sections) == 8, len(sections)
     assert "Hello <who>!" in driver.find_element(By.TAG_NAME, "body").text
     assert "1 234 files, 48.3 GB" in driver.find_element(By.TAG_NAME, "body").text
+    assert "not translated; shown in de:\nHallo <who>!" in driver.find_element(By.TAG_NAME, "body").text
+    space = driver.execute_script("return getComputedStyle(document.querySelector('bdi')).whiteSpace")
+    assert space == "pre-wrap", space
     save(driver, "preview")
     driver.find_element(By.ID, "search").send_keys("januar")
     assert [s.is_displayed() for s in sections].count(True) == 1
