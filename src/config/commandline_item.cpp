@@ -162,7 +162,15 @@ private:
     void read_following_values() {
         if (!has_argument(m_index + 1) || begins_option(m_index + 1)) {
             // Contract: a flag is stored by the form of `set` that parses a line, so its value is
-            // the empty string, its flags word is 1, and even a quoted "=" splits it.
+            // the empty string, its flags word is 1, and even a quoted "=" splits it. Most keys
+            // have nothing that could split them.
+            detail::token_scanner(m_key).append_run(m_value, detail::run_place::key);
+            const bool is_one_run = m_value.size() == m_key.size();
+            m_value.clear();
+            if (is_one_run) {
+                m_store.set_node(m_tree, m_key, types::variant(m_value), detail::value_bit);
+                return;
+            }
             const std::pair<ustring8, types::variant> entry =
                 m_item.make_key_value(m_key, config_token::T_EQ);
             m_store.set_node(m_tree, entry.first, entry.second, detail::value_bit);

@@ -47,18 +47,9 @@ tree_pointer held(config_tree* tree) {
     return tree_pointer(detail::with_heap_mark(tree));
 }
 
-// Returns the child with that name, adding it if it is missing.
-config_tree& child_named(config_tree& tree, const ustring8& name) {
-    children_type& children = fields::children(tree);
-    children_type::iterator place = children.lower_bound(name);
-    if (place == children.end() || children.key_comp()(name, place->first))
-        place = children.emplace_hint(place, name, held(new config_tree));
-    return *place->second;
-}
-
 #ifdef __GLIBCXX__
 
-typedef const std::_Rb_tree_node_base* node_pointer;
+typedef std::_Rb_tree_node_base* node_pointer;
 
 // The first bytes of a name as a number with the same order. NUL bytes follow a shorter name.
 inline std::uint64_t front_of(const ustring8& name) {
@@ -118,7 +109,29 @@ const config_tree* find_child(const children_type& children, const ustring8& key
     return nullptr;
 }
 
+// What the map's own function returns, without a call for each name that differs in its front.
+children_type::iterator lower_bound(children_type& children, const ustring8& name) {
+    const std::uint64_t wanted = front_of(name);
+    node_pointer found = children.end()._M_node;
+    node_pointer node = found->_M_parent;
+    while (node != nullptr) {
+        const ustring8& present = children_type::iterator(node)->first;
+        const std::uint64_t front = front_of(present);
+        if (front < wanted || (front == wanted && present.compare(name) < 0)) {
+            node = node->_M_right;
+        } else {
+            found = node;
+            node = node->_M_left;
+        }
+    }
+    return children_type::iterator(found);
+}
+
 #else
+
+children_type::iterator lower_bound(children_type& children, const ustring8& name) {
+    return children.lower_bound(name);
+}
 
 const config_tree* find_child(const children_type& children, const ustring8& key,
                               ustring8::size_type begin, ustring8::size_type) {
@@ -129,6 +142,15 @@ const config_tree* find_child(const children_type& children, const ustring8& key
 }
 
 #endif
+
+// Returns the child with that name, adding it if it is missing.
+config_tree& child_named(config_tree& tree, const ustring8& name) {
+    children_type& children = fields::children(tree);
+    children_type::iterator place = lower_bound(children, name);
+    if (place == children.end() || place->first != name)
+        place = children.emplace_hint(place, name, held(new config_tree));
+    return *place->second;
+}
 
 // Adds copies of the children of `source` to `target`, which has none yet. A leaf is copied at
 // once; a parent is copied without its children and added to the list of pending nodes.
@@ -236,16 +258,16 @@ void set_value(config_tree& node, const types::variant& value, unsigned int flag
     stored.second = value;
 }
 
-void value_store::set_child(config_tree& parent, const ustring8& name, const types::variant& value,
+void value_store::set_child(config_tree& parent, ustring8&& name, const types::variant& value,
                             unsigned int flags) {
     children_type& children = fields::children(parent);
-    const children_type::iterator place = children.lower_bound(name);
-    if (place != children.end() && !children.key_comp()(name, place->first)) {
+    const children_type::iterator place = lower_bound(children, name);
+    if (place != children.end() && place->first == name) {
         set_value(*place->second, value, flags);
         return;
     }
     set_value(m_model, value, flags);
-    children.emplace_hint(place, name, held(new config_tree(m_model)));
+    children.emplace_hint(place, std::move(name), held(new config_tree(m_model)));
 }
 
 void value_store::set_node(config_tree& tree, const ustring8& key, const types::variant& value,
@@ -258,22 +280,22 @@ void value_store::set_node(config_tree& tree, const ustring8& key, const types::
         parent = &child_named(*parent, segment);
         segments.next(segment);
     }
-    set_child(*parent, segment, value, flags);
+    set_child(*parent, std::move(segment), value, flags);
 }
 
 void value_store::set_elements(config_tree& parent, const generic::varg_list& values,
                                const generic::varg_list& flags) {
     for (unsigned long i = 0; i < values.count(); ++i) {
-        const ustring8 name = generic::convert::to_str(static_cast<unsigned int>(i));
+        ustring8 name = generic::convert::to_str(static_cast<unsigned int>(i));
         const types::variant& value = values[i].value();
         if (flags.empty())
-            set_child(parent, name, value, no_flags);
+            set_child(parent, std::move(name), value, no_flags);
         else if (i < flags.count())
-            set_child(parent, name, value, flags[i].value().as_uint32());
+            set_child(parent, std::move(name), value, flags[i].value().as_uint32());
         else
             // Contract: if the list of flags is too short, the values beyond its end are stored as
             // numbers.
-            set_child(parent, name, types::variant(value.as_uint32()), no_flags);
+            set_child(parent, std::move(name), types::variant(value.as_uint32()), no_flags);
     }
 }
 

@@ -48,7 +48,7 @@ public:
                       const generic::varg_list& flags);
 
 private:
-    void set_child(config_tree& parent, const strings::ustring8& name, const types::variant& value,
+    void set_child(config_tree& parent, strings::ustring8&& name, const types::variant& value,
                    unsigned int flags);
 
     config_tree m_model;

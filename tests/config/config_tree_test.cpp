@@ -148,8 +148,9 @@ TEST(GetNode, TellsNamesApartThatDifferInOneByteOrInTheirLength) {
         for (const char* const separator : {".", "/", "\\"}) {
             const auto* const found = tree.get_node(name + separator + "end");
             ASSERT_EQ(stored.count(name) != 0, found != nullptr) << name;
-            if (found != nullptr)
+            if (found != nullptr) {
                 ASSERT_EQ(name, found->second.as_string());
+            }
         }
     }
 }
