@@ -3,6 +3,7 @@
 #include <tova/types/variant_value.hpp>
 
 #include <ostream>
+#include <type_traits>
 #include <utility>
 
 namespace TOVA_2_18 {
@@ -10,11 +11,12 @@ namespace types {
 
 namespace {
 
-// Creates a body for a handle to hold. The value is copied before the body is allocated, so nothing
-// leaks if that fails.
+// Creates a body for a handle to hold. If copying the value fails, the language frees the memory of
+// the body, so nothing leaks.
 template <typename T>
-variant_type* make_body(T value) {
-    variant_type* const body = new variant_value_t<T>(std::move(value));
+variant_type* make_body(T&& value) {
+    using body_type = variant_value_t<typename std::decay<T>::type>;
+    variant_type* const body = new body_type(std::forward<T>(value));
     body->allocated = true;
     return body;
 }
