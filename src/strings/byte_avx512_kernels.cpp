@@ -164,7 +164,7 @@ TOVA_AVX512_INLINE std::size_t map_letters(const char* from, std::size_t size, c
 }
 
 TOVA_AVX512 void map(const char* from, std::size_t size, char* to, const int* table) {
-    const bool to_lower = table['A'] == 'a';
+    const bool to_lower = table[int{'A'}] == 'a';
     if (!maps_ascii_as(table, to_lower ? lower_table : upper_table))
         return map_by_table(from, size, to, table);
     const letters by = {_mm512_set1_epi8(to_lower ? 'A' : 'a'),
