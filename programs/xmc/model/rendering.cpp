@@ -49,8 +49,8 @@ std::string wrong_option(const std::string& data, item_type type) {
     return "";
 }
 
-// The usual number, if the message is no plural form or one for it; otherwise the smallest number
-// of the form, or the usual one for a form that no whole number has.
+// The usual number, unless the key is that of a plural form that the number does not have. Then the
+// smallest one that has it, but 0 only if there is no other; the usual one if there is none at all.
 int number_of_form(const std::string& key, const std::string& locale, int usual) {
     const std::string form = key.substr(key.rfind('.') + 1);
     const auto has_form = [&](int number) {
