@@ -14,7 +14,8 @@
 //   UTF-32   UTF-16                    "-1"
 //
 // A kernel measures the result, so the string is allocated once, in its exact size, and filled in
-// place. A long source that begins with ASCII is probably ASCII throughout; it is read only once.
+// place. A long source that begins with ASCII is probably ASCII throughout; it is read only once,
+// and the string keeps up to twice the memory if it was not.
 //
 // What is valid is decided in utf8.hpp and utf16.hpp, and only by structure: a lead byte with its
 // continuations, a high surrogate with its low one. Overlong forms, encoded surrogates and values
@@ -79,25 +80,36 @@ Result convert_measured(const Source* source, std::size_t size, std::size_t leas
     return text;
 }
 
-// Converts from the first unit on that is not simple. `text` has the units before it.
+// Converts from the first unit on that is not simple. `text` has the units before it, and its
+// memory is kept unless it is too small or more than twice too large.
 template <typename Result, typename Source>
 __attribute__((noinline)) void
 convert_rest(const Source* source, std::size_t size, std::size_t least_capacity,
              const kernels::conversion<Source, typename Result::value_type>& by, Result& text,
              kernels::progress& done) {
     typedef typename Result::value_type unit;
-    const std::size_t simple = done.read;
-    const std::size_t room = by.measure(source + simple, size - simple);
-    Result whole;
-    whole.reserve(std::max(least_capacity, simple + room));
-    whole.append(text.data(), simple);
-    detail::append_unfilled(whole, room, [&](unit* to) {
-        done = by.convert(source + simple, size - simple, to, room);
+    std::size_t begin = done.read;
+    const std::size_t total = begin + by.measure(source + begin, size - begin);
+    const std::size_t wanted = std::max(least_capacity, total);
+    if (text.capacity() < wanted || text.capacity() / 2 > wanted) {
+        // Two long strings at a time could exceed what the allocator keeps for later, so a short
+        // beginning is converted again instead of being copied.
+        Result whole;
+        if (begin < size / 8) {
+            text.swap(whole);
+            Result().swap(whole);
+            begin = 0;
+        }
+        whole.reserve(wanted);
+        whole.append(text.data(), begin);
+        text.swap(whole);
+    }
+    detail::append_unfilled(text, total - begin, [&](unit* to) {
+        done = by.convert(source + begin, size - begin, to, total - begin);
         return done.written;
     });
-    done.read += simple;
-    done.written += simple;
-    text.swap(whole);
+    done.read += begin;
+    done.written += begin;
 }
 
 // Converts a source on the assumption that all of its units are simple: then it is not measured.

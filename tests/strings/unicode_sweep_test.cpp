@@ -279,6 +279,35 @@ TEST(UnicodeSweep, StringsOfEveryLengthUpToAThousandUnitsAreComplete) {
     }
 }
 
+// The memory for a string of ASCII is kept if the rest needs nearly as much, and replaced
+// otherwise.
+TEST(UnicodeSweep, AStringThatBeginsWithAsciiIsConvertedToItsEnd) {
+    for (const std::size_t beginning : {16u, 64u, 100u, 256u, 700u})
+        for (const std::size_t rest : {1u, 50u, 200u, 1000u, 3000u})
+            for (const long letter : {0xE9L, 0x42FL, 0x4E2DL, 0xFFFFL, 0x1F600L}) {
+                SCOPED_TRACE(::testing::Message() << beginning << ' ' << rest << ' ' << letter);
+                points text(beginning, 'a');
+                text.insert(text.end(), rest, letter);
+                check_utf32(text);
+                points units(beginning, 'a');
+                for (std::size_t i = 0; i < rest; ++i) {
+                    if (letter >= 0x10000) {
+                        units.push_back(0xD83D);
+                        units.push_back(0xDE00);
+                    } else {
+                        units.push_back(letter);
+                    }
+                }
+                check_conversions_of_utf16(units);
+                const ustring8 bytes = unicode_oracle::utf32_to_utf8(text);
+                check_conversions_of_utf8(bytes);
+                const ustring16 utf16 = utf8_to_utf16(bytes);
+                EXPECT_GE(2 * utf16.size() + 1, utf16.capacity());
+                const ustring32 utf32 = utf8_to_utf32(bytes);
+                EXPECT_GE(2 * utf32.size() + 1, utf32.capacity());
+            }
+}
+
 TEST(UnicodeSweep, RandomMixesAgreeWithTheOracle) {
     std::mt19937 random(20240607);
     const auto below = [&](unsigned limit) { return static_cast<long>(random() % limit); };
