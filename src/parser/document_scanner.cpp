@@ -7,10 +7,10 @@
 #include <cctype>
 #include <cstring>
 
-// Two layers. The functions `end_of_...` and `find_closing` loop over bytes: each returns the first
-// byte that ends a run. None of them raises, and the only thing they carry from byte to byte is the
-// number of line feeds, so each can be replaced by a loop that classifies many bytes at once. The
-// members of `document_scanner` combine runs into names, values and text, and raise the errors.
+// Two layers. The functions `end_of_...` loop over bytes: each returns the first byte that ends a
+// run. None of them raises, and the only thing they carry from byte to byte is the number of line
+// feeds. The members of `document_scanner` combine runs into names and values, and raise the
+// errors.
 //
 // `xml_stream_parser` has its own loops for the same constructs, since it waits for more data where
 // this scanner reaches the end of the document. The comment of each loop below says what else
@@ -74,39 +74,11 @@ iterator end_of_plain_value(iterator from, iterator end, char quote) {
     return from;
 }
 
-// The stream parser treats whitespace like any other text and stops only at '<' and '&'. Contract:
-// a single whitespace byte is text, even at the end of the document. Only a second one right after
-// it ends the piece.
-iterator end_of_plain_text(iterator from, iterator end) {
-    for (; from != end && *from != '<' && *from != '&'; ++from) {
-        if (is_white_space(*from) && end - from > 1 && is_white_space(from[1]))
-            break;
-    }
-    return from;
-}
-
 // The stream parser accepts the same digits, but waits if the data ends before the byte after them.
 iterator end_of_digits(iterator from, iterator end, bool (*is_digit)(char)) {
     while (from != end && is_digit(*from))
         ++from;
     return from;
-}
-
-// Returns the start of the next occurrence of `closing`, three bytes that end in '>', or `end`.
-// Searching for the '>' is fast, since few of them occur in comments and sections. The stream
-// parser searches for the first "--" of a comment and rejects it unless '>' follows; it doesn't
-// support CDATA sections.
-iterator find_closing(iterator begin, iterator end, const char (&closing)[4]) {
-    for (iterator from = begin; from != end;) {
-        const void* found = std::memchr(&*from, closing[2], static_cast<std::size_t>(end - from));
-        if (found == nullptr)
-            break;
-        const iterator last = from + (static_cast<const char*>(found) - &*from);
-        if (last - begin >= 2 && last[-2] == closing[0] && last[-1] == closing[1])
-            return last - 2;
-        from = last + 1;
-    }
-    return end;
 }
 
 const struct {
@@ -164,25 +136,6 @@ void document_scanner::take_value(ustring8& into) {
             refuse_byte();
         into.push_back(take_reference());
     }
-}
-
-// Contract: line feeds are not counted here.
-void document_scanner::take_text(ustring8& into) {
-    into.clear();
-    for (;; ++m_cursor) {
-        take_to(end_of_plain_text(m_cursor, m_end), into);
-        if (at_end() || *m_cursor != '&')
-            return;
-        into.push_back(take_reference());
-    }
-}
-
-void document_scanner::take_until(const char (&closing)[4], ustring8& into) {
-    const iterator found = find_closing(m_cursor, m_end, closing);
-    if (found == m_end)
-        fail(parse_error::unexpected_end);
-    take_to(found, into);
-    m_cursor += 2;
 }
 
 // The stream parser waits for five bytes, counted from the '&', before it examines them, and every

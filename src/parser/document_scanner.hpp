@@ -1,5 +1,5 @@
 /// @file
-/// The byte level of `xml_parser`: whitespace, names, values, references and pieces of text.
+/// The byte level of `xml_parser`: whitespace, names, values and references.
 ///
 /// A scanner knows nothing about tags or elements. It works on the caller's cursor and line counter
 /// and moves the cursor over the bytes that it consumes:
@@ -61,14 +61,6 @@ public:
 
     /// Takes a quoted value and stops on the closing quote, or at the end. Raises kinds 5, 6 and 7.
     void take_value(strings::ustring8& into);
-
-    /// Takes a piece of text and stops on the '<' or the run of whitespace after it, or at the end.
-    /// Raises kinds 5 and 7.
-    void take_text(strings::ustring8& into);
-
-    /// Appends everything before the closing string and stops on the closing '>'. Raises kind 1 if
-    /// the closing string is missing.
-    void take_until(const char (&closing)[4], strings::ustring8& into);
 
     /// Takes a reference, stops on its ';' and returns its byte. Raises kinds 5 and 7.
     char take_reference();

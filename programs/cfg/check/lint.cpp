@@ -617,13 +617,13 @@ private:
             const auto same = parents.find(path.size());
             if (each.name.empty() || same == parents.end() || !reported.insert(path).second)
                 continue;
-            for (const std::string& other : same->second)
-                if (other != path) {
-                    add("equal-length-sections", each.bytes, "",
-                        '[' + path + "] is as long as [" + other +
-                            "]: a save writes the entries of both under each");
-                    break;
-                }
+            const auto other =
+                std::find_if(same->second.begin(), same->second.end(),
+                             [&path](const std::string& name) { return name != path; });
+            if (other != same->second.end())
+                add("equal-length-sections", each.bytes, "",
+                    '[' + path + "] is as long as [" + *other +
+                        "]: a save writes the entries of both under each");
         }
     }
 
