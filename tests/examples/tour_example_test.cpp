@@ -26,8 +26,7 @@ std::vector<std::string> tour() {
 class TourExample : public ::testing::TestWithParam<std::string> {
 protected:
     // Each program runs in its own empty directory, with an empty environment. Only a library that
-    // counts its lines is told where to write the counters; by default it writes them to the
-    // directory.
+    // counts its lines is told where to write the counters.
     program_result run(const std::string& arguments) const {
         return test_support::run_program(
             "cd '" + m_directory.path() +
