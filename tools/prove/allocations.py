@@ -53,9 +53,7 @@ def reached(context, program, work):
 
 
 def measure(context):
-    build = context.build("release", "proof_allocations", folder="proofs",
-                          settings=("-DTOVA_BUILD_PROOFS=ON", "-DTOVA_BUILD_TESTS=OFF",
-                                    "-DTOVA_BUILD_EXAMPLES=OFF"))
+    build = context.build("release", "proof_allocations", settings=("-DTOVA_BUILD_PROOFS=ON",))
     program = build / "proofs" / "proof_allocations"
     names = context.run(program, "--list").splitlines()
 

@@ -12,9 +12,7 @@ SECONDS = 1200
 
 
 def measure(context):
-    build = context.build("release", "proof_depth", folder="proofs",
-                          settings=("-DTOVA_BUILD_PROOFS=ON", "-DTOVA_BUILD_TESTS=OFF",
-                                    "-DTOVA_BUILD_EXAMPLES=OFF"))
+    build = context.build("release", "proof_depth", settings=("-DTOVA_BUILD_PROOFS=ON",))
     program = build / "proofs" / "proof_depth"
     # The quick form shrinks the stack as well, so that a recursion is found.
     shrink = QUICK if context.quick else 1

@@ -35,9 +35,7 @@ class Parts:
 
 
 def measure(context):
-    build = context.build("release", "proof_exhaustive", folder="proofs",
-                          settings=("-DTOVA_BUILD_PROOFS=ON", "-DTOVA_BUILD_TESTS=OFF",
-                                    "-DTOVA_BUILD_EXAMPLES=OFF"))
+    build = context.build("release", "proof_exhaustive", settings=("-DTOVA_BUILD_PROOFS=ON",))
     program = build / "proofs" / "proof_exhaustive"
     domains = [line.split("\t") for line in context.run(program, "--list").splitlines()]
     digest = hashlib.sha256(program.read_bytes() + (build / "libtova.so").read_bytes())

@@ -1,4 +1,8 @@
-"""Builds the library and the examples in many ways, and compares every byte that they print."""
+"""Builds the library and the examples in many ways, and compares every byte that they print.
+
+The quick form builds nothing of its own: the examples of the release build run with its library, with
+each form of the kernels, and with the library of clang 19 that counts what the tests run.
+"""
 import hashlib
 import shutil
 import subprocess
@@ -21,7 +25,6 @@ BUILDS = (
     ("clang 19 -O2", "clang++-19", "-O2"),
     ("clang 19 -O3 -march=native", "clang++-19", "-O3 -march=native"),
 )
-QUICK = ("g++ 12 -O2", "clang 14 -O0")
 # The builds that run once more with each form of the kernels.
 EVERY_FORM = ("g++ 12 -O2", "g++ 12 -O3 -march=native", "clang 14 -O2", "clang 19 -O3 -march=native")
 
@@ -60,32 +63,44 @@ def outputs(build, context, library):
     return found
 
 
-def libraries(build, name):
-    """The folders of the libraries to run with: the one as built, then those with one form of the kernels."""
-    yield name, build
-    for form in tests_of_build.FORMS if name in EVERY_FORM else ():
+def forms_of(build):
+    """The forms of the kernels that this processor has, and the folder of the library for each."""
+    for form in tests_of_build.FORMS:
         folder = build / "forms" / form
-        probe = subprocess.run([build / "tests/forms/with_kernel_form", form, folder, "/bin/true"])
-        if probe.returncode == 0:  # else the processor lacks the form
-            yield f"{name}, {form}", folder
+        if subprocess.run([build / "tests/forms/with_kernel_form", form, folder, "/bin/true"]).returncode == 0:
+            yield form, folder
+
+
+def quick_builds(context):
+    """The folders of the examples and of the libraries, with a name for each pair."""
+    forms = [f"tova_{form}" for form in tests_of_build.FORMS]
+    build = context.build("release", "examples/all", "with_kernel_form", *forms)
+    yield "g++ 12 -O2", build, build
+    for form, folder in forms_of(build):
+        yield f"g++ 12 -O2, {form}", build, folder
+    yield "clang 19 -O1", build, context.build("coverage", "tova")
+
+
+def all_builds(context):
+    for name, compiler, flags in BUILDS:
+        forms = [f"tova_{form}" for form in tests_of_build.FORMS] + ["with_kernel_form"] if name in EVERY_FORM else []
+        build = context.build("release", "examples/all", *forms, folder="golden",
+                              settings=("--fresh", f"-DCMAKE_CXX_COMPILER={compiler}", "-DTOVA_BUILD_TOOLS=OFF",
+                                        f"-DCMAKE_CXX_FLAGS_RELWITHDEBINFO={flags} -g1"))
+        yield name, build, build
+        for form, folder in forms_of(build) if name in EVERY_FORM else ():
+            yield f"{name}, {form}", build, folder
 
 
 def measure(context):
     reference = None
     results = []
-    for name, compiler, flags in BUILDS:
-        if context.quick and name not in QUICK:
-            continue
-        forms = [f"tova_{form}" for form in tests_of_build.FORMS] + ["with_kernel_form"] if name in EVERY_FORM else []
-        build = context.build("release", "examples/all", *forms, folder="golden",
-                              settings=("--fresh", f"-DCMAKE_CXX_COMPILER={compiler}", "-DTOVA_BUILD_TOOLS=OFF",
-                                        f"-DCMAKE_CXX_FLAGS_RELWITHDEBINFO={flags} -g1"))
-        for title, library in libraries(build, name):
-            found = outputs(build, context, library)
-            reference = reference or found
-            different = sorted(key for key in reference if found.get(key) != reference[key])
-            context.say(f"{title}: {len(found)} programs, {len(different)} differ")
-            results.append({"name": title, "programs": len(found), "different": different})
+    for name, examples, library in quick_builds(context) if context.quick else all_builds(context):
+        found = outputs(examples, context, library)
+        reference = reference or found
+        different = sorted(key for key in reference if found.get(key) != reference[key])
+        context.say(f"{name}: {len(found)} programs, {len(different)} differ")
+        results.append({"name": name, "programs": len(found), "different": different})
     return {"builds": results}
 
 

@@ -27,9 +27,7 @@ def instructions(program, name, size, folder):
 
 
 def measure(context):
-    build = context.build("release", "proofs", folder="proofs",
-                          settings=("-DTOVA_BUILD_PROOFS=ON", "-DTOVA_BUILD_TESTS=OFF",
-                                    "-DTOVA_BUILD_EXAMPLES=OFF"))
+    build = context.build("release", "proofs", settings=("-DTOVA_BUILD_PROOFS=ON",))
     program = build / "proofs" / "proof_growth"
     listing = [line.split("\t") for line in context.run(program, "--list").splitlines()]
     if context.quick:

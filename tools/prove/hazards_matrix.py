@@ -10,8 +10,8 @@ LEVELS = "0123"
 
 
 def measure(context):
-    # The quick form takes the two ends.
-    compilers, levels = (COMPILERS[:1], "03") if context.quick else (COMPILERS, LEVELS)
+    # The quick form takes the end that the ordinary tests are farthest from.
+    compilers, levels = (COMPILERS[:1], "0") if context.quick else (COMPILERS, LEVELS)
     done = subprocess.run([context.root / "tools" / "hazards_matrix", *compilers], capture_output=True, text=True,
                           env=dict(os.environ, TOVA_JOBS=str(context.jobs), TOVA_LEVELS=" ".join(levels)))
     rows = []

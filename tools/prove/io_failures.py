@@ -7,9 +7,7 @@ SOURCES = ("proofs", "tests/support")
 
 
 def measure(context):
-    build = context.build("release", "proof_io_failures", folder="proofs",
-                          settings=("-DTOVA_BUILD_PROOFS=ON", "-DTOVA_BUILD_TESTS=OFF",
-                                    "-DTOVA_BUILD_EXAMPLES=OFF"))
+    build = context.build("release", "proof_io_failures", settings=("-DTOVA_BUILD_PROOFS=ON",))
     work = context.scratch / "work"
     shutil.rmtree(work, ignore_errors=True)
     work.mkdir(parents=True)
