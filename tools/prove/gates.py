@@ -62,7 +62,7 @@ def suite(context, preset, folder, settings=(), arguments=(), targets=(), enviro
 
 
 def sanitizers(context):
-    return suite(context, "asan", "asan")
+    return suite(context, "asan", "asan", ("-DTOVA_BUILD_TOOLS=ON", "-DTOVA_BUILD_EXAMPLES=ON"))
 
 
 def threads(context):

@@ -99,18 +99,22 @@ def run_all(context, build, counting, environment, timeout=1800):
 
 
 def find_places(context, programs, counting):
-    """Fills in the places of each program: file and number of the lines that it runs.
+    """Fills in the places of each program, file and number of the lines that it runs, and its time.
 
-    `counting` is the folder of a library of the same sources that counts its lines.
+    `counting` is the folder of a library of the same sources that counts its lines. Returns the names of
+    the programs that fail.
     """
     library = counting / "libtova.so.2.18.0"
+    failed = []
 
     def find(program):
         folder = context.scratch / f"places-{program.name}"
         shutil.rmtree(folder, ignore_errors=True)
         folder.mkdir(parents=True)
-        run(program, counting, folder / "work", 900,
-            environment={"LLVM_PROFILE_FILE": str(folder / "%m%c.profraw")})
+        passed, program.seconds = run(program, counting, folder / "work", 900,
+                                      environment={"LLVM_PROFILE_FILE": str(folder / "%m%c.profraw")})
+        if not passed:
+            failed.append(program.name)
         profiles = [path for path in folder.glob("*.profraw") if path.stat().st_size]
         merged = folder / "merged"
         places = set()
@@ -131,3 +135,4 @@ def find_places(context, programs, counting):
 
     with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
         list(pool.map(find, programs))
+    return failed
