@@ -18,7 +18,7 @@ import tests_of_build
 
 TITLE = "Coverage"
 REQUIRED = {"lines": 100.0, "branches": 99.5, "mcdc": 95.0}
-REQUIRED_OF_CI = {"lines": 99.0, "branches": 98.0}
+REQUIRED_OF_CI = {"lines": 95.0, "branches": 93.0}
 REASONS = pathlib.Path(__file__).with_name("coverage.txt")
 SOURCES = ("examples", "programs", "tests")
 
