@@ -93,7 +93,13 @@ private:
         const std::uintptr_t place = reinterpret_cast<std::uintptr_t>(node) +
                                      sizeof(std::_Rb_tree_node_base) +
                                      sizeof(strings::ustring8) / 2;
-        __builtin_prefetch(reinterpret_cast<const void*>(place));
+        __builtin_prefetch(pointer_to(place));
+    }
+
+    static const void* pointer_to(std::uintptr_t place) {
+        const void* pointer;
+        std::memcpy(&pointer, &place, sizeof pointer);
+        return pointer;
     }
 
     // Compilers make a branch of a condition here, which is mispredicted half of the time.
@@ -101,7 +107,7 @@ private:
         const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(left);
         const std::uintptr_t difference = first ^ reinterpret_cast<std::uintptr_t>(right);
         const std::uintptr_t mask = std::uintptr_t{0} - std::uintptr_t{second};
-        return reinterpret_cast<node_pointer>(first ^ (difference & mask));
+        return static_cast<node_pointer>(pointer_to(first ^ (difference & mask)));
     }
 
     // Most keys are found at the first node whose front is equal.
