@@ -1,6 +1,7 @@
 #include "parser/flat_tokens.hpp"
 
 #include "parser/document_walk.hpp"
+#include "parser/entity.hpp"
 #include "parser/equal_bytes.hpp"
 #include "parser/xml_kernels.hpp"
 #include "strings/ascii.hpp"
@@ -555,24 +556,12 @@ const char* flat_tokens::context::usual_text(const char* begin, const char* end,
 
 // `begin` is at an '&', and the margin after it is readable.
 bool flat_tokens::context::is_usual_reference(const char* begin, reference& found) {
-    const auto is = [begin, &found](const char* text, std::size_t size, char byte) {
-        found = {begin, begin + size, byte};
-        return std::memcmp(begin, text, size) == 0;
-    };
-    switch (begin[1]) {
-    case 'l':
-        return is("&lt;", 4, '<');
-    case 'g':
-        return is("&gt;", 4, '>');
-    case 'q':
-        return is("&quot;", 6, '"');
-    case 'n':
-        return is("&nbsp;", 6, ' ');
-    case 'a':
-        return is("&amp;", 5, '&') || is("&apos;", 6, '\'');
-    default:
+    char byte;
+    const std::size_t size = size_of_entity(begin, byte);
+    if (size == 0)
         return false;
-    }
+    found = {begin, begin + size, byte};
+    return true;
 }
 
 // Returns the first byte of the "-->" for a '<', or null if the '<' begins something else. Nothing

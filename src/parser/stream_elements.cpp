@@ -1,3 +1,4 @@
+#include "parser/entity.hpp"
 #include "parser/stream_nodes.hpp"
 #include "parser/string_fill.hpp"
 #include "parser/usual_element.hpp"

@@ -21,6 +21,7 @@
 #include <tova/generic/convert/str_to_x.hpp>
 #include <tova/types/radix.hpp>
 
+#include "parser/entity.hpp"
 #include "parser/equal_bytes.hpp"
 #include "parser/usual_element.hpp"
 #include "strings/ascii.hpp"

@@ -8,7 +8,6 @@
 /// A plain value that refers to the data in the buffer. It belongs to one thread.
 #pragma once
 
-#include "parser/equal_bytes.hpp"
 #include "parser/piece.hpp"
 
 #include <cstddef>
@@ -38,29 +37,6 @@ struct usual_element {
     unsigned int lines;   // line feeds in whitespace
     const char* last;     // the `>` that ends the element
 };
-
-/// The size of the entity at the '&', and the byte that it means. 0 for any other reference. As
-/// many bytes as the longest entity has must be there.
-inline std::size_t size_of_entity(const char* begin, char& result) {
-    const auto is = [begin, &result](const char* text, std::size_t size, char byte) {
-        result = byte;
-        return have_equal_bytes(begin, text, size) ? size : 0;
-    };
-    switch (begin[1]) {
-    case 'l':
-        return is("&lt;", 4, '<');
-    case 'g':
-        return is("&gt;", 4, '>');
-    case 'q':
-        return is("&quot;", 6, '"');
-    case 'n':
-        return is("&nbsp;", 6, ' ');
-    case 'a':
-        return begin[2] == 'm' ? is("&amp;", 5, '&') : is("&apos;", 6, '\'');
-    default:
-        return 0;
-    }
-}
 
 }  // namespace detail
 }  // namespace parser

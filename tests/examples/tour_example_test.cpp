@@ -25,8 +25,8 @@ std::vector<std::string> tour() {
 
 class TourExample : public ::testing::TestWithParam<std::string> {
 protected:
-    // Each program runs in its own empty directory, with an empty environment. Only a library that
-    // counts its lines is told where to write the counters.
+    // Each program runs in its own empty directory, with an empty environment. LLVM_PROFILE_FILE is
+    // kept if it is set: a library that is built for coverage writes its counters there.
     program_result run(const std::string& arguments) const {
         return test_support::run_program(
             "cd '" + m_directory.path() +
