@@ -56,6 +56,12 @@ inline unsigned long load_four(const char* text) {
     return word;
 }
 
+inline unsigned load_two(const char* text) {
+    unsigned short word;
+    std::memcpy(&word, text, sizeof word);
+    return word;
+}
+
 /// Loads the first `length` characters, at most 8, without reading past them. The bytes after them
 /// are zeros, which are not digits.
 inline unsigned long load_up_to_eight(const char* text, unsigned long length) {
@@ -113,9 +119,21 @@ inline void store_eight(char* text, unsigned long word) {
 /// The two digits of 0 to 99. Hidden, so that their address needs no load.
 extern __attribute__((visibility("hidden"))) const char digit_pairs[201];
 
+inline unsigned load_pair(unsigned number) {
+    return load_two(digit_pairs + std::size_t{2} * number);
+}
+
 inline char* store_pair(char* text, unsigned number) {
     std::memcpy(text, digit_pairs + std::size_t{2} * number, 2);
     return text + 2;
+}
+
+inline void store_two(char* text, unsigned word) {
+    std::memcpy(text, &word, 2);
+}
+
+inline void store_four(char* text, unsigned word) {
+    std::memcpy(text, &word, 4);
 }
 
 /// Writes a number below 10000 and returns the end. Only its characters are stored.

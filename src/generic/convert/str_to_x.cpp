@@ -2,8 +2,9 @@
 // floating_reader.cpp, and a standard stream reads for locales other than the classic one.
 //
 // Most integers are an optional minus sign, a digit that doesn't start a prefix, and more digits.
-// `parse_decimal` reads these, eight characters at a time, with the same result as the stages
-// below. An integer that begins in any other way goes through the stages, in one pass:
+// `read_short_decimal` reads up to four digits in a word, and `parse_decimal` the others, eight
+// characters at a time, with the same result as the stages below. An integer that begins in any
+// other way goes through the stages, in one pass:
 //
 //   whitespace -> sign -> radix check -> prefix, if the radix is 0 -> first digit -> digits -> sign
 //
@@ -241,6 +242,14 @@ inline typename Rules::result result_of(bool negative, typename Rules::magnitude
                 : Rules::saturated(negative, throw_on_range);
 }
 
+// The result of a number of up to four digits.
+template <typename Rules>
+inline typename Rules::result short_result(bool negative, unsigned number, bool throw_on_range) {
+    using magnitude = typename Rules::magnitude;
+    return result_of<Rules>(negative, static_cast<magnitude>(number),
+                            number <= Rules::limit(negative), throw_on_range);
+}
+
 // The number of minus signs at the beginning, 0 or 1. Compilers don't see the comparison and make
 // no branch of it, because signs are hard to predict.
 inline unsigned long minus_signs(const char* text) {
@@ -282,8 +291,8 @@ parse_long_decimal(const char* text, unsigned long length, bool negative, bool t
     return result_of<Rules>(negative, static_cast<magnitude>(number), fits, throw_on_range);
 }
 
-// Reads a number that begins with a digit. All calls are the last step, so a short number needs no
-// stack.
+// Reads a number that begins with a digit. All calls are the last step, so a number of up to eight
+// digits needs no stack.
 template <typename Rules>
 inline typename Rules::result parse_decimal(const char* text, unsigned long length, bool negative,
                                             bool throw_on_range) {
@@ -296,6 +305,27 @@ inline typename Rules::result parse_decimal(const char* text, unsigned long leng
     using magnitude = typename Rules::magnitude;
     return result_of<Rules>(negative, static_cast<magnitude>(number),
                             number <= Rules::limit(negative), throw_on_range);
+}
+
+// Reads a decimal number of one to four digits and returns true, or returns false for any other
+// string.
+inline bool read_short_decimal(const char* text, unsigned long length, radix_t::base base,
+                               unsigned& number) {
+    if (__builtin_expect(base != radix_t::decimal, 0) || length - 1 >= 4)
+        return false;
+    if (length == 1) {
+        number = static_cast<unsigned>(static_cast<unsigned char>(*text)) - '0';
+        return number <= 9;
+    }
+    // The first two and the last two characters, which overlap unless there are four. The digits
+    // end at the last byte of the word, and the bytes before them are zeros.
+    const unsigned unused = static_cast<unsigned>(32 - 8 * length);
+    const unsigned word = detail::load_two(text) << unused | detail::load_two(text + length - 2)
+                                                                 << 16;
+    const unsigned values = word ^ (0x30303030u << unused);
+    const unsigned pairs = values * 10 + (values >> 8);
+    number = (pairs & 0x00ff00ff) * 0x00640001 >> 16;
+    return (((values + 0x76767676) | values) & 0x80808080) == 0;
 }
 
 // All stages of the signed parser.
@@ -363,18 +393,28 @@ __attribute__((noinline)) Result measure_and_parse(const char* text, radix_t::ba
                : parse_signed<Result>(text, length, static_cast<long>(base), throw_on_range);
 }
 
-// Only bytes are read eight at a time.
+// Only bytes are read several at a time.
 template <typename Result>
-inline Result strtointx(const char* text, unsigned long length, radix_t::base base,
-                        bool throw_on_range) {
-    if (length == 0)
-        return measure_and_parse<Result>(text, base, throw_on_range);
+__attribute__((noinline)) Result parse_longer(const char* text, unsigned long length,
+                                              radix_t::base base, bool throw_on_range) {
     const unsigned long signs = minus_signs(text);
     const long radix = static_cast<long>(base);
     if (begins_decimal(text + signs, length - signs, radix))
         return parse_decimal<signed_rules<Result>>(text + signs, length - signs, signs != 0,
                                                    throw_on_range);
     return parse_signed<Result>(text, length, radix, throw_on_range);
+}
+
+template <typename Result>
+inline Result strtointx(const char* text, unsigned long length, radix_t::base base,
+                        bool throw_on_range) {
+    if (length == 0)
+        return measure_and_parse<Result>(text, base, throw_on_range);
+    const unsigned long signs = minus_signs(text);
+    unsigned number;
+    if (read_short_decimal(text + signs, length - signs, base, number))
+        return short_result<signed_rules<Result>>(signs != 0, number, throw_on_range);
+    return parse_longer<Result>(text, length, base, throw_on_range);
 }
 
 // Contract: a length of 0 is not measured here, unlike in the signed parser. The length is tested
@@ -385,16 +425,26 @@ Result strtouintx(const Unit* text, unsigned long length, radix_t::base base, bo
 }
 
 template <typename Result>
+__attribute__((noinline)) Result parse_longer_unsigned(const char* text, unsigned long length,
+                                                       radix_t::base base, bool throw_on_range) {
+    const unsigned long signs = minus_signs(text);
+    const long radix = static_cast<long>(base);
+    if (begins_decimal(text + signs, length - signs, radix))
+        return parse_decimal<unsigned_rules<Result>>(text + signs, length - signs, signs != 0,
+                                                     throw_on_range);
+    return parse_unsigned<Result>(text, length, radix, throw_on_range);
+}
+
+template <typename Result>
 inline Result strtouintx(const char* text, unsigned long length, radix_t::base base,
                          bool throw_on_range) {
-    const long radix = static_cast<long>(base);
-    if (length != 0) {
-        const unsigned long signs = minus_signs(text);
-        if (begins_decimal(text + signs, length - signs, radix))
-            return parse_decimal<unsigned_rules<Result>>(text + signs, length - signs, signs != 0,
-                                                         throw_on_range);
-    }
-    return parse_unsigned<Result>(text, length, radix, throw_on_range);
+    if (length == 0)
+        return parse_unsigned<Result>(text, length, static_cast<long>(base), throw_on_range);
+    const unsigned long signs = minus_signs(text);
+    unsigned number;
+    if (read_short_decimal(text + signs, length - signs, base, number))
+        return short_result<unsigned_rules<Result>>(signs != 0, number, throw_on_range);
+    return parse_longer_unsigned<Result>(text, length, base, throw_on_range);
 }
 
 // Contract: accepts exactly what operator>> accepts. The stream rejects a number out of range, so

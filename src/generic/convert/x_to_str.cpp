@@ -31,11 +31,24 @@ __attribute__((noinline)) void write_long_decimal_string(unsigned long value, ch
     *detail::write_digits_of(text, value) = '\0';
 }
 
-// Short numbers are written without another call.
+// Short numbers are written without another call, as a word of two or four digits. A leading zero is
+// shifted out of the word, and the terminator follows the last digit.
 inline void write_decimal_string(unsigned long value, char* text) {
-    if (value >= 10000)
-        return write_long_decimal_string(value, text);
-    *detail::write_below_10000(text, static_cast<unsigned>(value)) = '\0';
+    if (value < 100) {
+        const unsigned zeros = value < 10 ? 1 : 0;
+        detail::store_two(text, detail::load_pair(static_cast<unsigned>(value)) >> (8 * zeros));
+        text[2 - zeros] = '\0';
+    } else if (value < 10000) {
+        const unsigned number = static_cast<unsigned>(value);
+        const unsigned zeros = number < 1000 ? 1 : 0;
+        const unsigned upper = number / 100;
+        const unsigned word = detail::load_pair(upper) | detail::load_pair(number - 100 * upper)
+                                                             << 16;
+        detail::store_four(text, word >> (8 * zeros));
+        text[4 - zeros] = '\0';
+    } else {
+        write_long_decimal_string(value, text);
+    }
 }
 
 template <typename Unit>
@@ -49,7 +62,7 @@ inline void write_decimal_string(unsigned long value, Unit* text) {
 // radix above 36 writes the characters after z.
 template <typename Unit, typename Value>
 inline void write_unsigned(Value value, Unit* first, unsigned int radix) {
-    if (radix == 10) {
+    if (__builtin_expect(radix == 10, 1)) {
         write_decimal_string(value, first);
         return;
     }

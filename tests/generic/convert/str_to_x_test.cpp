@@ -524,6 +524,22 @@ TYPED_TEST(StringToInteger, AgreesWithThePlainOracleOnAllShortStrings) {
         }
 }
 
+// Each unit at each place of a number, with a sign and without.
+TYPED_TEST(StringToInteger, AgreesWithThePlainOracleOnEveryUnitAmongDigits) {
+    using unit = typename TypeParam::value_type;
+    for (const char* digits : {"9", "98", "987", "9876", "98765", "-1", "-12", "-123", "-1234"}) {
+        const TypeParam number = text<TypeParam>(digits);
+        for (std::size_t place = 0; place != number.size(); ++place)
+            for (int value = 0; value <= 255; ++value) {
+                TypeParam source = number;
+                source[place] = static_cast<unit>(value);
+                for (const auto& with : all_parsers<unit>())
+                    for (int base : {0, 10})
+                        ASSERT_TRUE(agrees(with, source, source.size(), base, false));
+            }
+    }
+}
+
 TYPED_TEST(StringToInteger, HasNoDigitsOutsideAscii) {
     using unit = typename TypeParam::value_type;
     const long units[] = {0x80,   0xB2,   0xFF,   0x130,   0x131,   0x139, 0x161, 0x0660,

@@ -221,6 +221,21 @@ std::string plain_digits(unsigned long magnitude, bool negative) {
     return negative ? '-' + digits : digits;
 }
 
+// Nothing after the terminator is written, whatever the number of digits and the sign.
+TYPED_TEST(IntegerToString, AgreesWithThePlainOracleOnAllShortNumbers) {
+    for (long value = -20000; value <= 20000; ++value) {
+        const auto expected = text<TypeParam>(as_text(value, 10, 'a').c_str());
+        ASSERT_EQ(expected, (printed<TypeParam, long>(lltoa, value, 10)));
+        ASSERT_EQ(expected, (printed<TypeParam, int>(ltoa, static_cast<int>(value), 10)));
+        if (value < 0)
+            continue;
+        const auto natural = static_cast<unsigned long>(value);
+        ASSERT_EQ(expected, (printed<TypeParam, unsigned long>(ulltoa, natural, 10)));
+        ASSERT_EQ(expected,
+                  (printed<TypeParam, unsigned>(ultoa, static_cast<unsigned>(value), 10)));
+    }
+}
+
 // Each number of up to five digits, and numbers of every bit length, with both signs.
 TEST(DecimalDigits, AreThoseOfThePlainForm) {
     std::vector<unsigned long> magnitudes;
