@@ -31,6 +31,43 @@ const unsigned days_in_a_year = 365;
 // the year before; 0 is the month of a default date and counts as December.
 const unsigned short days_before[] = {275, 306, 337, 0, 31, 61, 92, 122, 153, 184, 214, 245, 275};
 
+// The last day of each month in a common year, and 0 for the month of a default date. A table has
+// no branches, which would be hard to predict.
+const unsigned char last_days[] = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+
+// Each division is a multiplication whose product contains both the quotient and the remainder:
+//
+//   days to centuries      4 * day + 3 in units of 146097, the days of 400 years
+//   days to years          4 * day + 3 in units of 1461, the days of 4 years, as a fraction of 2^32
+//                          2939745 = 2^32 / 1461, rounded up; exact for the days of a century
+//   days to months         a straight line through the lengths of the months, times 2^16
+//                          2141 = 2^16 * 5 / 153, about; exact for the days of a year
+//
+// Contract: 29 February is read as 1 March of the same calendar year, which is the first day of the
+// next year here. 29 February is the last day of a cycle of 4 or 400 years.
+inline void store_fields(unsigned number, unsigned& year, unsigned& month, unsigned& day) {
+    const unsigned long quarters = 4UL * (number - 1) + 3;
+    const unsigned long centuries = quarters / days_in_400_years;
+    const unsigned long day_of_century = quarters % days_in_400_years / 4;
+
+    const unsigned long scaled = 2939745UL * (4 * day_of_century + 3);
+    unsigned years = static_cast<unsigned>(100 * centuries + (scaled >> 32));
+    unsigned day_of_year = static_cast<unsigned>(scaled) / 2939745 / 4;
+    if (day_of_year == days_in_a_year) {
+        day_of_year = 0;
+        ++years;
+    }
+
+    const unsigned months = 2141 * day_of_year + 197913;
+    const unsigned month_from_march = months >> 16;
+    // 1 for January and February, which are the months 13 and 14 of the year before. Not compared,
+    // because that branch would be hard to predict.
+    const unsigned in_next_year = (month_from_march + 3) >> 4;
+    year = years + in_next_year;
+    month = month_from_march - 12 * in_next_year;
+    day = (months & 0xffff) / 2141 + 1;
+}
+
 }  // namespace
 
 date::date() : m_year(0), m_month(0), m_day(0) {}
@@ -38,11 +75,9 @@ date::date() : m_year(0), m_month(0), m_day(0) {}
 date::date(const date& source)
     : m_year(source.m_year), m_month(source.m_month), m_day(source.m_day) {}
 
-date::date(unsigned int new_day, unsigned int new_month, unsigned int new_year)
-    : m_year(0), m_month(0), m_day(0) {
+date::date(unsigned int new_day, unsigned int new_month, unsigned int new_year) : m_year(new_year) {
     day(new_day);
     month(new_month);
-    year(new_year);
 }
 
 date date::local_date() {
@@ -64,34 +99,15 @@ unsigned int date::month() const {
     return m_month;
 }
 
-unsigned int date::day() const {
-    return get_days();
+unsigned int date::get_days() const {
+    return day();
 }
 
-unsigned int date::get_days() const {
-    unsigned last_day;
-    switch (m_month) {
-    case 1:
-    case 3:
-    case 5:
-    case 7:
-    case 8:
-    case 10:
-    case 12:
+unsigned int date::day() const {
+    const unsigned last_day = last_days[m_month];
+    if (m_day <= last_day)
         return m_day;
-    case 2:
-        last_day = is_leap_year() ? 29 : 28;
-        break;
-    case 4:
-    case 6:
-    case 9:
-    case 11:
-        last_day = 30;
-        break;
-    default:
-        return 0;
-    }
-    return m_day < last_day ? m_day : last_day;
+    return m_month == 2 && is_leap_year() ? 29 : last_day;
 }
 
 unsigned int date::day(unsigned int value) {
@@ -144,7 +160,9 @@ date& date::operator+=(const date_duration& duration) {
 // Contract: the date is always converted to its number and back, even for a move by 0 days. That
 // turns a stored 31 February into a real date, and 29 February into 1 March.
 date& date::plus_assign(const date_duration& duration) {
-    pJulian_day_number(pJulian_day_number() + static_cast<unsigned>(duration.days()));
+    // Read first: no part of the number has to be kept during the call.
+    const unsigned days = static_cast<unsigned>(duration.days());
+    store_fields(pJulian_day_number() + days, m_year, m_month, m_day);
     return *this;
 }
 
@@ -166,40 +184,14 @@ date& date::minus_assign(const date_duration& duration) {
 // before day 1, so their numbers wrap around modulo 2^32.
 unsigned int date::pJulian_day_number() const {
     // In January and February of year 0, this wraps to the largest year.
-    const unsigned years = m_month < 3 ? m_year - 1 : m_year;
+    const unsigned years = m_year - (m_month < 3 ? 1 : 0);
     const unsigned centuries = years / 100;
     return years * days_in_a_year + years / 4 - (centuries - centuries / 4) + days_before[m_month] +
            m_day;
 }
 
-// Each division is a multiplication whose product contains both the quotient and the remainder:
-//
-//   days to centuries      4 * day + 3 in units of 146097, the days of 400 years
-//   days to years          4 * day + 3 in units of 1461, the days of 4 years, as a fraction of 2^32
-//                          2939745 = 2^32 / 1461, rounded up; exact for the days of a century
-//   days to months         a straight line through the lengths of the months, times 2^16
-//                          2141 = 2^16 * 5 / 153, about; exact for the days of a year
-//
-// Contract: 29 February is read as 1 March of the same calendar year, which is the first day of the
-// next year here. 29 February is the last day of a cycle of 4 or 400 years.
 void date::pJulian_day_number(unsigned int number) {
-    const unsigned long quarters = 4UL * (number - 1) + 3;
-    const unsigned long centuries = quarters / days_in_400_years;
-    const unsigned long day_of_century = quarters % days_in_400_years / 4;
-
-    const unsigned long scaled = 2939745UL * (4 * day_of_century + 3);
-    unsigned years = static_cast<unsigned>(100 * centuries + (scaled >> 32));
-    unsigned day_of_year = static_cast<unsigned>(scaled) / 2939745 / 4;
-    if (day_of_year == days_in_a_year) {
-        day_of_year = 0;
-        ++years;
-    }
-
-    const unsigned months = 2141 * day_of_year + 197913;
-    const bool in_next_year = day_of_year >= days_before[1];
-    m_year = years + (in_next_year ? 1 : 0);
-    m_month = (months >> 16) - (in_next_year ? 12 : 0);
-    m_day = (months & 0xffff) / 2141 + 1;
+    store_fields(number, m_year, m_month, m_day);
 }
 
 }  // namespace date_time

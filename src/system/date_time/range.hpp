@@ -11,12 +11,20 @@ namespace system {
 namespace date_time {
 namespace detail {
 
+// Apart, so that a setter whose value is in range needs no stack.
+[[noreturn]] __attribute__((noinline)) inline void raise_out_of_range(const char* message,
+                                                                      unsigned int line,
+                                                                      const char* source_path,
+                                                                      const char* function) {
+    throw exceptions::out_of_range(message, line, source_path, function);
+}
+
 // Raises `exceptions::out_of_range` unless the condition holds. Message, line, path and function
 // are published: handlers compare them, so they stay the same when the code moves.
 inline void require(bool in_range, const char* message, unsigned int line, const char* source_path,
                     const char* function) {
     if (!in_range)
-        throw exceptions::out_of_range(message, line, source_path, function);
+        raise_out_of_range(message, line, source_path, function);
 }
 
 }  // namespace detail
