@@ -31,8 +31,8 @@ __attribute__((noinline)) void write_long_decimal_string(unsigned long value, ch
     *detail::write_digits_of(text, value) = '\0';
 }
 
-// Short numbers are written without another call, as a word of two or four digits. A leading zero is
-// shifted out of the word, and the terminator follows the last digit.
+// Short numbers are written without another call, as a word of two or four digits. A leading zero
+// is shifted out of the word, and the terminator follows the last digit.
 inline void write_decimal_string(unsigned long value, char* text) {
     if (value < 100) {
         const unsigned zeros = value < 10 ? 1 : 0;
