@@ -110,16 +110,22 @@ public:
                 cursor = take_within_tag(cursor);
                 continue;
             }
+            if (cursor == m_end)
+                break;
             // Most markup has no whitespace before it.
-            m_space = piece(cursor, cursor);
-            if (cursor == m_end || *cursor != '<') {
-                cursor = take_space(cursor);
-                if (cursor == m_end)
-                    break;
-                // The handler may have entered a tag by parsing.
-                if (m_context.in_tag()) {
-                    cursor = take_within_tag(cursor);
-                    continue;
+            m_space.size = 0;
+            if (*cursor != '<') {
+                const char* const end = end_of_white_space(cursor);
+                if (end != cursor) {
+                    m_space = piece(cursor, end);
+                    cursor = after(m_context.space(m_space, end));
+                    if (cursor == m_end)
+                        break;
+                    // The handler may have entered a tag by parsing.
+                    if (m_context.in_tag()) {
+                        cursor = take_within_tag(cursor);
+                        continue;
+                    }
                 }
                 if (*cursor != '<') {
                     cursor = take_text(cursor);
@@ -158,12 +164,6 @@ private:
         if (scanner.at_end())
             fail(parse_error::no_root, cursor.base());
         return cursor.base();
-    }
-
-    TOVA_INLINE const char* take_space(const char* cursor) {
-        const char* const end = end_of_white_space(cursor);
-        m_space = piece(cursor, end);
-        return cursor == end ? end : after(m_context.space(m_space, end));
     }
 
     TOVA_INLINE const char* take_within_tag(const char* cursor) {

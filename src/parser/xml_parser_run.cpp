@@ -42,7 +42,9 @@ public:
     const char* empty_element_end(const char* cursor) {
         if (m_parser.on_element_end.is_empty())
             return cursor;
-        m_string = m_parser.m_open_elements.top();
+        // Even a short string has 16 bytes in the object itself.
+        const piece name = innermost();
+        detail::fill(m_string, name.data, name.size, 16);
         return report(m_parser.on_element_end, m_string, cursor);
     }
     template <typename Text>
