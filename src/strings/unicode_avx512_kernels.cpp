@@ -219,6 +219,13 @@ TOVA_AVX512_INLINE std::size_t write_units(__m512i bytes, __m512i leads, std::si
     return used;
 }
 
+template <typename Target>
+TOVA_AVX512_INLINE std::size_t write_units(__m512i bytes, __m512i leads, std::size_t used,
+                                           bool has_three, Target* to, std::size_t room) {
+    return has_three ? write_units<true>(bytes, leads, used, to, room)
+                     : write_units<false>(bytes, leads, used, to, room);
+}
+
 // Stores the `used` characters of a step, some of which have four bytes. Returns the number of
 // units.
 TOVA_AVX512_INLINE std::size_t write_points(__m512i bytes, __m512i leads, std::size_t used,
@@ -272,35 +279,78 @@ inline progress step_back(const unsigned char* from, progress done) {
 // How many steps of ASCII in a row make it likely that more follow.
 const int quiet_steps = 4;
 
-// Decodes steps of characters of one or two bytes, as far as there is room for whole vectors. A
-// step is 63 bytes, and bit 0 of `owed` says whether the last character continues in the next one.
-// It isn't interrupted for single steps of ASCII: in most scripts that would happen too irregularly
-// to be predicted.
-template <typename Target>
-TOVA_AVX512 progress decode_two(const unsigned char* from, std::size_t size, Target* to,
-                                std::size_t room, progress done, std::uint64_t& owed) {
+// Decodes 32 characters of one or two bytes, or of up to three. `ends` has the position of the last
+// byte of each in `bytes`.
+template <bool Three>
+TOVA_AVX512_INLINE __m512i decode_32_by_ends(__m512i bytes, __m512i ends, unsigned int group) {
+    const __m512i at = _mm512_permutexvar_epi8(_mm512_load_si512(tables.by_two[group]), ends);
+    // the last byte above the one before it
+    const __m512i both = _mm512_permutexvar_epi8(_mm512_add_epi8(at, all_units(0x00FF)), bytes);
+    const __m512i two =
+        _mm512_mask_maddubs_epi16(_mm512_srli_epi16(both, 8), _mm512_movepi16_mask(both),
+                                  _mm512_and_si512(both, all_units(0x7F3F)), all_units(0x0140));
+    if (!Three)
+        return two;
+    // The byte before these is from 0xE0 up only if the character has three bytes.
+    const __m512i before = _mm512_permutexvar_epi8(_mm512_add_epi8(at, all_bytes(-2)), bytes);
+    const __m512i high = _mm512_subs_epu8(before, all_units(static_cast<int>(0xE0FF)));
+    return _mm512_or_si512(two, _mm512_slli_epi16(high, 4));
+}
+
+// Decodes steps of characters of one or two bytes, or of up to three, as far as there is room for
+// whole vectors. A step writes the characters that end in its 62 bytes. Its vector begins two bytes
+// earlier, because they may begin there. `done` is the start of a character, and so is the result.
+// The loop isn't interrupted for single steps of ASCII: in most scripts that would happen too
+// irregularly to be predicted. It is separate, because the registers don't suffice for both loops.
+template <bool Three, typename Target>
+TOVA_AVX512 __attribute__((noinline)) progress decode_steps(const unsigned char* from,
+                                                            std::size_t size, Target* to,
+                                                            std::size_t room, progress done) {
     const __m512i identity = _mm512_load_si512(tables.identity);
-    const std::uint64_t step = lowest(63);
+    const std::uint64_t step = ~std::uint64_t(3);
     int quiet = 0;
-    while (size - done.read >= 64 && room - done.written >= 64 && quiet < quiet_steps) {
-        const __m512i bytes = _mm512_loadu_si512(from + done.read);
+    while (size - done.read >= 62 && room - done.written >= 64 && quiet < quiet_steps) {
+        const __m512i bytes = _mm512_loadu_si512(from + done.read - 2);
         const std::uint64_t high = _mm512_movepi8_mask(bytes);
         const std::uint64_t from_two = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xC0));
         const std::uint64_t three = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xE0));
-        const std::uint64_t continuations = high & ~from_two;
-        const std::uint64_t wanted = owed | (from_two & step) << 1;
-        if ((((wanted ^ continuations) | three) & step) != 0)
+        std::uint64_t wanted = from_two << 1;
+        std::uint64_t others = from_two;
+        std::uint64_t wrong = three;
+        if (Three) {
+            wanted |= three << 2;
+            others |= three << 1;
+            wrong = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xF0));
+        }
+        if ((((wanted ^ (high & ~from_two)) & step) | wrong) != 0)
             break;
-        owed = wanted >> 63;
-        const std::uint64_t leads = ~continuations & step;
-        const __m512i positions = _mm512_maskz_compress_epi8(leads, identity);
-        store_32(to + done.written, 64, decode_32<false>(bytes, positions, 0), 32);
-        store_32(to + done.written + 32, 32, decode_32<false>(bytes, positions, 1), 32);
-        done.written += count(leads);
-        done.read += 63;
-        quiet = high == 0 ? quiet + 1 : 0;
+        const std::uint64_t ends = ~others & step;
+        const std::size_t used = count(ends);
+        const __m512i positions = _mm512_maskz_compress_epi8(ends, identity);
+        Target* const at = to + done.written;
+        store_32(at, 64, decode_32_by_ends<Three>(bytes, positions, 0), 32);
+        if (!Three || used > 32)
+            store_32(at + 32, 32, decode_32_by_ends<Three>(bytes, positions, 1), 32);
+        done.written += used;
+        done.read += 62;
+        quiet = used == 62 ? quiet + 1 : 0;
     }
+    // Back to the start of a character that has not ended.
+    if (from[done.read - 1] >= 0xC0)
+        done.read -= 1;
+    else if (from[done.read - 2] >= 0xE0)
+        done.read -= 2;
     return done;
+}
+
+// The same from `done` on. If that is in a character, this is written already.
+template <typename Target>
+TOVA_AVX512_INLINE progress decode_further(const unsigned char* from, std::size_t size, Target* to,
+                                           std::size_t room, progress done, bool is_in_character,
+                                           bool has_three) {
+    const progress start = is_in_character ? step_back<Target>(from, done) : done;
+    return has_three ? decode_steps<true>(from, size, to, room, start)
+                     : decode_steps<false>(from, size, to, room, start);
 }
 
 // A step is 61 bytes, so that a character that begins in it ends within the vector. The bits of
@@ -310,6 +360,7 @@ TOVA_AVX512 progress decode(const unsigned char* from, std::size_t size, Target*
                             std::size_t room, progress done) {
     const __m512i identity = _mm512_load_si512(tables.identity);
     std::uint64_t owed = 0;
+    int steps = 1;  // without characters of four bytes
     while (done.read < size) {
         const std::size_t left = size - done.read;
         const __m512i bytes = load(from + done.read, left);
@@ -328,10 +379,13 @@ TOVA_AVX512 progress decode(const unsigned char* from, std::size_t size, Target*
         const std::uint64_t two = from_two & step;
         const std::uint64_t three = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xE0)) & step;
         const std::uint64_t four = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xF0)) & step;
-        if (three == 0) {
-            const progress further = decode_two(from, size, to, room, done, owed);
-            if (further.read != done.read) {
+        steps = four == 0 ? steps + 1 : 0;
+        if (steps > 1 && done.read >= 2) {
+            const progress further =
+                decode_further(from, size, to, room, done, owed != 0, three != 0);
+            if (further.read > done.read) {
                 done = further;
+                owed = 0;
                 continue;
             }
         }
@@ -347,12 +401,8 @@ TOVA_AVX512 progress decode(const unsigned char* from, std::size_t size, Target*
         const std::uint64_t leads = ~continuations & step;
         const __m512i positions = _mm512_maskz_compress_epi8(leads, identity);
         const std::size_t points = count(leads);
-        if (four != 0)
-            done.written += write_points(bytes, positions, points, at, free);
-        else if (three != 0)
-            done.written += write_units<true>(bytes, positions, points, at, free);
-        else
-            done.written += write_units<false>(bytes, positions, points, at, free);
+        done.written += four != 0 ? write_points(bytes, positions, points, at, free)
+                                  : write_units(bytes, positions, points, three != 0, at, free);
         done.read += last ? left : 61;
     }
     return done;
@@ -403,26 +453,46 @@ alignas(64) const unsigned char six_bits[64] = {
     38, 32, 18, 12, 6,  0,  50, 44, 38, 32, 18, 12, 6,  0,  50, 44, 38, 32, 18, 12, 6,  0,
     50, 44, 38, 32, 18, 12, 6,  0,  50, 44, 38, 32, 18, 12, 6,  0,  50, 44, 38, 32};
 
-// The code points in the lanes of `in`, all of them below 0x110000.
+// Four bytes for each of 16 code points below 0x110000, of which the unused ones are 0. `three` has
+// those from 0x800 up.
 template <bool Four>
-TOVA_AVX512_INLINE std::size_t encode_16(__m512i points, __mmask16 in, char* to, std::size_t room) {
+TOVA_AVX512_INLINE __m512i four_each(__m512i points, __mmask16 three) {
     // An unused byte stays 0 until the tags are added.
     const __m512i tag_two = all_points(0x80C00000);
     const __m512i tag_three = all_points(0x8080E000);
     const __m512i groups = _mm512_multishift_epi64_epi8(_mm512_load_si512(six_bits), points);
-    __m512i tags = _mm512_mask_mov_epi32(
-        tag_two, _mm512_cmpge_epu32_mask(points, all_points(0x800)), tag_three);
+    __m512i tags = _mm512_mask_mov_epi32(tag_two, three, tag_three);
     if (Four)
         tags = _mm512_mask_mov_epi32(tags, _mm512_cmpge_epu32_mask(points, all_points(0x10000)),
                                      all_points(0x808080F0));
-    __m512i bytes = _mm512_ternarylogic_epi32(groups, all_bytes(0x3F), tags, 0xEA);  // and, or
-    bytes = _mm512_mask_slli_epi32(bytes, _mm512_cmplt_epu32_mask(points, all_points(0x80)), points,
-                                   24);
-    const __m512i in_use = _mm512_maskz_or_epi32(in, bytes, all_points(0x80000000));
-    const std::uint64_t keep = _mm512_test_epi8_mask(in_use, in_use);
+    const __m512i bytes =
+        _mm512_ternarylogic_epi32(groups, all_bytes(0x3F), tags, 0xEA);  // and, or
+    return _mm512_mask_slli_epi32(bytes, _mm512_cmplt_epu32_mask(points, all_points(0x80)), points,
+                                  24);
+}
+
+TOVA_AVX512_INLINE __mmask16 from_three(__m512i points) {
+    return _mm512_cmpge_epu32_mask(points, all_points(0x800));
+}
+
+// The code points in the lanes of `in`, all of them below 0x110000.
+template <bool Four>
+TOVA_AVX512_INLINE std::size_t encode_16(__m512i points, __mmask16 in, char* to, std::size_t room) {
+    const __m512i bytes = four_each<Four>(points, from_three(points));
+    // The last byte is always used. The others are from 0x80 up if they are.
+    const std::uint64_t keep =
+        _mm512_movepi8_mask(_mm512_maskz_or_epi32(in, bytes, all_points(0x80000000)));
     const std::size_t written = count(keep);
     store(to, room, _mm512_maskz_compress_epi8(keep, bytes), written);
     return written;
+}
+
+// 16 code points below 0x10000, with room for a whole vector.
+TOVA_AVX512_INLINE std::size_t encode_three(__m512i points, __mmask16 three, char* to) {
+    const __m512i bytes = four_each<false>(points, three);
+    const std::uint64_t keep = _mm512_movepi8_mask(_mm512_or_si512(bytes, all_points(0x80000000)));
+    _mm512_storeu_si512(to, _mm512_maskz_compress_epi8(keep, bytes));
+    return count(keep);
 }
 
 // Finds the surrogates among the first `used` of 32 units. `used` is reduced by one if the last
@@ -459,8 +529,34 @@ TOVA_AVX512_INLINE __m512i successors(__m512i units) {
     return _mm512_permutexvar_epi8(bytes, units);
 }
 
-// Encodes units below 0x800, as far as there is room for whole vectors. Like `decode_two`, it isn't
-// interrupted for single vectors of ASCII.
+// The first `used` of 32 units, none of them a surrogate.
+TOVA_AVX512_INLINE std::size_t encode_32(__m512i units, std::size_t used, char* to,
+                                         std::size_t room) {
+    const std::uint32_t in = static_cast<std::uint32_t>(lowest(used));
+    std::size_t written = encode_16<false>(lower_half(units), static_cast<__mmask16>(in), to, room);
+    if (used > 16)
+        written += encode_16<false>(upper_half(units), static_cast<__mmask16>(in >> 16),
+                                    to + written, room - written);
+    return written;
+}
+
+// The same with pairs.
+TOVA_AVX512_INLINE std::size_t encode_32(__m512i units, std::size_t used, surrogates found,
+                                         char* to, std::size_t room) {
+    const std::uint32_t in = static_cast<std::uint32_t>(lowest(used)) & ~found.low;
+    const __m512i next = successors(units);
+    std::size_t written =
+        encode_16<true>(combine_16(lower_half(units), lower_half(next), found.high),
+                        static_cast<__mmask16>(in), to, room);
+    if (used > 16)
+        written +=
+            encode_16<true>(combine_16(upper_half(units), upper_half(next), found.high >> 16),
+                            static_cast<__mmask16>(in >> 16), to + written, room - written);
+    return written;
+}
+
+// Encodes units below 0x800, as far as there is room for whole vectors. Like `decode_steps`, it
+// isn't interrupted for single vectors of ASCII.
 TOVA_AVX512 progress encode_two_each(const unsigned short* from, std::size_t size, char* to,
                                      std::size_t room, progress done) {
     int quiet = 0;
@@ -478,6 +574,33 @@ TOVA_AVX512 progress encode_two_each(const unsigned short* from, std::size_t siz
     return done;
 }
 
+TOVA_AVX512_INLINE std::size_t count_surrogates(__m512i units) {
+    const __m512i kind = _mm512_and_si512(units, all_units(0xF800));
+    return count(_mm512_cmpeq_epi16_mask(kind, all_units(0xD800)));
+}
+
+// Encodes units that are not surrogates, as far as there is room for whole vectors. Stops after a
+// few steps of units below 0x800, which `encode_two_each` encodes in less time.
+TOVA_AVX512 __attribute__((noinline)) progress encode_three_each(const unsigned short* from,
+                                                                 std::size_t size, char* to,
+                                                                 std::size_t room, progress done) {
+    int quiet = 0;
+    while (size - done.read >= 32 && room - done.written >= 128 && quiet < quiet_steps) {
+        const __m512i units = _mm512_loadu_si512(from + done.read);
+        if (count_surrogates(units) != 0)
+            break;
+        const __m512i first = lower_half(units);
+        const __m512i second = upper_half(units);
+        const __mmask16 in_first = from_three(first);
+        const __mmask16 in_second = from_three(second);
+        done.written += encode_three(first, in_first, to + done.written);
+        done.written += encode_three(second, in_second, to + done.written);
+        done.read += 32;
+        quiet = (in_first | in_second) == 0 ? quiet + 1 : 0;
+    }
+    return done;
+}
+
 // The first `used` of 32 bytes.
 TOVA_AVX512_INLINE void store_bytes(char* to, std::size_t room, __m256i bytes, std::size_t used) {
     if (room >= 32)
@@ -488,6 +611,7 @@ TOVA_AVX512_INLINE void store_bytes(char* to, std::size_t room, __m256i bytes, s
 
 TOVA_AVX512 progress encode_16_to_8(const unsigned short* from, std::size_t size, char* to,
                                     std::size_t room, progress done) {
+    int steps = 0;  // without surrogates
     while (done.read < size) {
         const std::size_t left = size - done.read;
         const __m512i units = load(from + done.read, left);
@@ -513,23 +637,20 @@ TOVA_AVX512 progress encode_16_to_8(const unsigned short* from, std::size_t size
         const __m512i kind = _mm512_and_si512(units, all_units(0xF800));
         std::size_t written;
         if (_mm512_cmpeq_epi16_mask(kind, all_units(0xD800)) == 0) {
-            const std::uint32_t in = static_cast<std::uint32_t>(lowest(used));
-            written = encode_16<false>(lower_half(units), static_cast<__mmask16>(in), at, free);
-            if (used > 16)
-                written += encode_16<false>(upper_half(units), static_cast<__mmask16>(in >> 16),
-                                            at + written, free - written);
+            if (++steps > 1) {
+                const progress further = encode_three_each(from, size, to, room, done);
+                if (further.read != done.read) {
+                    done = further;
+                    continue;
+                }
+            }
+            written = encode_32(units, used, at, free);
         } else {
+            steps = 0;
             surrogates found;
             if (!find_pairs(units, left, used, found))
                 return done;
-            const std::uint32_t in = static_cast<std::uint32_t>(lowest(used)) & ~found.low;
-            const __m512i next = successors(units);
-            written = encode_16<true>(combine_16(lower_half(units), lower_half(next), found.high),
-                                      static_cast<__mmask16>(in), at, free);
-            if (used > 16)
-                written += encode_16<true>(
-                    combine_16(upper_half(units), upper_half(next), found.high >> 16),
-                    static_cast<__mmask16>(in >> 16), at + written, free - written);
+            written = encode_32(units, used, found, at, free);
         }
         done.written += written;
         done.read += used;
@@ -736,11 +857,6 @@ TOVA_AVX512_INLINE std::size_t count_from(__m512i units, int limit) {
     return count(_mm512_cmpge_epu16_mask(units, all_units(limit)));
 }
 
-TOVA_AVX512_INLINE std::size_t count_surrogates(__m512i units) {
-    const __m512i kind = _mm512_and_si512(units, all_units(0xF800));
-    return count(_mm512_cmpeq_epi16_mask(kind, all_units(0xD800)));
-}
-
 TOVA_AVX512_INLINE std::size_t measure_vectors(const unsigned short* from, std::size_t size) {
     std::size_t bytes = size;
     for (std::size_t i = 0; i < size; i += 32) {
@@ -759,13 +875,15 @@ TOVA_AVX512 __attribute__((noinline)) std::size_t measure_blocks(const unsigned 
         const __m512i b = _mm512_loadu_si512(from + i + 32);
         const __m512i c = _mm512_loadu_si512(from + i + 64);
         const __m512i d = _mm512_loadu_si512(from + i + 96);
-        bytes +=
-            count_from(a, 0x80) + count_from(b, 0x80) + count_from(c, 0x80) + count_from(d, 0x80);
         const __m512i any = _mm512_or_si512(_mm512_or_si512(a, b), _mm512_or_si512(c, d));
-        if (_mm512_test_epi16_mask(any, all_units(0xF800)) != 0)
-            bytes += count_from(a, 0x800) + count_from(b, 0x800) + count_from(c, 0x800) +
-                     count_from(d, 0x800) - count_surrogates(a) - count_surrogates(b) -
-                     count_surrogates(c) - count_surrogates(d);
+        if (_mm512_test_epi16_mask(any, all_units(0xF800)) == 0)
+            bytes += count(_mm512_movepi8_mask(_mm512_packus_epi16(a, b))) +
+                     count(_mm512_movepi8_mask(_mm512_packus_epi16(c, d)));
+        else
+            bytes += count_from(a, 0x80) + count_from(b, 0x80) + count_from(c, 0x80) +
+                     count_from(d, 0x80) + count_from(a, 0x800) + count_from(b, 0x800) +
+                     count_from(c, 0x800) + count_from(d, 0x800) - count_surrogates(a) -
+                     count_surrogates(b) - count_surrogates(c) - count_surrogates(d);
     }
     return i + bytes + measure_vectors(from + i, size - i);
 }
