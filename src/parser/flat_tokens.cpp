@@ -342,7 +342,8 @@ private:
     piece kept(piece value) const { return value; }
     piece kept(const ustring8& value) { return m_leaves_out ? piece() : m_tokens.keep(value); }
 
-    const char* usual_text(const char* begin, const char* end, piece& text);
+    template <typename Find>
+    const char* resolve(const char* begin, const char* end, piece& text, const Find& find_end);
     static bool is_usual_reference(const char* begin, reference& found);
     const char* end_of_comment(const char* begin) const;
     piece with_space(const char* space, const char* begin, const char* end);
@@ -363,6 +364,39 @@ private:
     bool m_tag_closed;
     bool m_leaves_out;
 };
+
+// Reads the text or value from `begin`, whose first reference is at `end`. The function finds the
+// next byte that may begin a reference. Returns the end, or null if there are references of another
+// kind.
+template <typename Find>
+__attribute__((noinline)) const char* flat_tokens::context::resolve(const char* begin,
+                                                                    const char* end, piece& text,
+                                                                    const Find& find_end) {
+    reference references[most_references];
+    int count = 0;
+    while (*end == '&') {
+        if (count == most_references || !is_usual_reference(end, references[count]))
+            return nullptr;
+        end = find_end(references[count++].end);
+        if (end == nullptr)
+            return nullptr;
+    }
+    text = piece(begin, end);
+    if (m_leaves_out)
+        return end;
+    char* const room = m_tokens.make_room(text.size + copy_margin);
+    char* to = room;
+    for (const reference* one = references; one != references + count; ++one) {
+        to = copy(to, begin, one->begin);
+        *to++ = one->byte;
+        begin = one->end;
+    }
+    to = copy(to, begin, end);
+    m_tokens.m_room = to;
+    m_tokens.m_room_size -= static_cast<std::size_t>(to - room);
+    text = piece(room, to);
+    return end;
+}
 
 // A single state machine with the cursor and the next token in registers, so it is long. It has two
 // states, one in a tag and one in content, and each round consumes a construct or returns. The
@@ -429,12 +463,23 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
                 const char* const end = m_window.end_of_name(start);
                 if (end == nullptr || end[0] != '=' || (end[1] != '"' && end[1] != '\''))
                     return cursor;
-                const char* const last = m_window.end_of_value(end + 2, end[1]);
+                const char quote = end[1];
+                const char* last = m_window.end_of_value(end + 2, quote);
+                if (last == nullptr)
+                    return cursor;
+                piece value(end + 2, last);
+                if (*last == '&') {
+                    last = resolve(end + 2, last, value, [this, quote](const char* from) {
+                        return m_window.end_of_value(from, quote);
+                    });
+                    if (last == nullptr)
+                        return cursor;
+                }
                 const piece name(start, end);
-                if (last == nullptr || *last != end[1] || !m_attributes.insert(name))
+                if (*last != quote || !m_attributes.insert(name))
                     return cursor;
                 add(kind::attribute_name, name);
-                add(kind::attribute_value, piece(end + 2, last));
+                add(kind::attribute_value, value);
                 cursor = last + 1;
             } else if (byte == '>') {
                 at.in_tag = false;
@@ -483,8 +528,9 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
             const char* const end = m_window.end_of_text(cursor);
             if (byte == '>' || end == nullptr)
                 return cursor;
-            const char* const after =
-                *end == '&' ? usual_text(cursor, end, text) : (text = piece(cursor, end), end);
+            const auto find_end = [this](const char* from) { return m_window.end_of_text(from); };
+            const char* const after = *end == '&' ? resolve(cursor, end, text, find_end)
+                                                  : (text = piece(cursor, end), end);
             if (after == nullptr)
                 return cursor;
             end_start_tag();
@@ -523,35 +569,6 @@ const char* flat_tokens::context::take_usual(const char* cursor) {
             cursor = end + 3;
         }
     }
-}
-
-// Reads the text from `begin`, whose first special byte is at `end`. Returns its end, or null if it
-// has references of another kind.
-const char* flat_tokens::context::usual_text(const char* begin, const char* end, piece& text) {
-    reference references[most_references];
-    int count = 0;
-    while (*end == '&') {
-        if (count == most_references || !is_usual_reference(end, references[count]))
-            return nullptr;
-        end = m_window.end_of_text(references[count++].end);
-        if (end == nullptr)
-            return nullptr;
-    }
-    text = piece(begin, end);
-    if (count == 0 || m_leaves_out)
-        return end;
-    char* const room = m_tokens.make_room(text.size + copy_margin);
-    char* to = room;
-    for (const reference* one = references; one != references + count; ++one) {
-        to = copy(to, begin, one->begin);
-        *to++ = one->byte;
-        begin = one->end;
-    }
-    to = copy(to, begin, end);
-    m_tokens.m_room = to;
-    m_tokens.m_room_size -= static_cast<std::size_t>(to - room);
-    text = piece(room, to);
-    return end;
 }
 
 // `begin` is at an '&', and the margin after it is readable.

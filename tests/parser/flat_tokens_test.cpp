@@ -131,6 +131,33 @@ TEST(FlatTokens, KeepTextWithAnyNumberOfReferences) {
     expect_list(document + text + "</a>");
 }
 
+TEST(FlatTokens, KeepAttributeValuesWithAnyNumberOfReferences) {
+    std::string document = "<?xml?><a>";
+    std::string value;
+    for (int count = 0; count != 150; ++count) {
+        document += "<b x=\"" + value + "'\" y='" + value + "\"'/>";
+        value += std::string(static_cast<std::size_t>(count % 7), 'x') + "&gt;";
+    }
+    expect_list(document + "</a>");
+}
+
+// Far from the end of a document, and close to it.
+TEST(FlatTokens, EqualTheListForEveryReferenceInAValue) {
+    for (const char* const value : {"&lt;",        "&gt;",          "&amp;",
+                                    "&apos;",      "&quot;",        "&nbsp;",
+                                    "a&lt;b&gt;c", "&#65;",         "&lt;&#x41;",
+                                    "&x;",         "&lt;&x;",       "&lt",
+                                    "&",           "&lt;&",         "&lt;<",
+                                    "<&lt;",       "&lt;\n\n",      "&lt;\"",
+                                    "&lt;' x='",   "&lt;' x='&gt;", "&lt;' y='' y='&gt;"})
+        for (const std::size_t after : {0, 1, 50, 200}) {
+            SCOPED_TRACE(value);
+            const std::string padding(after, ' ');
+            expect_list(std::string("<?xml?><r><a x='") + value + "'/></r>" + padding);
+            expect_list(std::string("<?xml?><r><a x=\"") + value + "\">text</a>" + padding);
+        }
+}
+
 TEST(FlatTokens, EqualTheListForRandomDocuments) {
     const char* const words[] = {
         "<a>",         "</a>",  "<b x='1'",         "/>",     ">",   " ",         "\n ",
@@ -267,6 +294,7 @@ TEST(FlatTokens, LeaveOutTheContentsOfChildrenOfTheRootThatAFilterNames) {
         {"<r><a><b/></a></r>", "0 0r 4 0a 4 0b 4 1b 1a 1r"},
         {"<r><a x=''><b/>text&lt;<!--c--><b></b></a></r>", "0 0r 4 0a 2x 3 4 1a 1r"},
         {"<r><a x=''/><b/></r>", "0 0r 4 0a 2x 3 4 1a 0b 4 1b 1r"},
+        {"<r><a x='&lt;'><b y='&lt;&gt;'/></a><c/></r>", "0 0r 4 0a 2x 3< 4 1a 0c 4 1c 1r"},
         {"<r><a x=''><b/><a/><c/></a><d/></r>", "0 0r 4 0a 2x 3 4 1a 0c 4 1c 1a 0d 4 1d 1r"},
         {"<r><a><b x=''>text</b></a></r>", "0 0r 4 0a 4 0b 2x 3 4 7text 1b 1a 1r"},
         {"<r x=''><a>text</a></r>", "0 0r 2x 3 4 0a 4 7text 1a 1r"},
