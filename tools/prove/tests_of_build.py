@@ -21,8 +21,7 @@ class TestProgram:
         self.arguments = command[1:]
         self.family = self.path.parent.name
         self.form = form  # the form of the kernels that the library has to use, or None
-        self.seconds = None  # of an ordinary run
-        self.places = None  # the lines of the library that it runs, if known; see `find_places`
+        self.seconds = None  # of an ordinary run, if known
 
 
 def tests_of(build):
@@ -79,60 +78,27 @@ def run(program, library_folder, scratch, timeout, arguments=(), environment=())
     return passed, time.monotonic() - begin
 
 
+def programs_in_each_form(build):
+    """The programs of a build, repeated for each form of the kernels that this processor has."""
+    probe = build / "tests/forms/with_kernel_form"
+    present = {form for form in FORMS if subprocess.run([probe, form, build, "/bin/true"]).returncode == 0}
+    return [program for program in tests_of(build) if program.form is None or program.form in present]
+
+
+def folder_of(program, build):
+    """Where the library is in a build that a program is to run with."""
+    return build if program.form is None else build / "forms" / program.form
+
+
 def run_all(context, build, counting, environment, timeout=1800):
     """Runs the programs of a build with the libraries of another one, in every form of the kernels that
     this processor has. Returns the names of the programs that fail.
     """
-    probe = build / "tests/forms/with_kernel_form"
-    present = {form for form in FORMS if subprocess.run([probe, form, build, "/bin/true"]).returncode == 0}
-    programs = [program for program in tests_of(build) if program.form is None or program.form in present]
-
     def one(program):
-        folder = counting if program.form is None else counting / "forms" / program.form
         scratch = context.scratch / f"run-{program.name}"
-        passed, _ = run(program, folder, scratch, timeout, (), environment)
+        passed, _ = run(program, folder_of(program, counting), scratch, timeout, (), environment)
         shutil.rmtree(scratch, ignore_errors=True)
         return [] if passed else [program.name]
 
     with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
-        return sum(pool.map(one, programs), [])
-
-
-def find_places(context, programs, counting):
-    """Fills in the places of each program, file and number of the lines that it runs, and its time.
-
-    `counting` is the folder of a library of the same sources that counts its lines. Returns the names of
-    the programs that fail.
-    """
-    library = counting / "libtova.so.2.18.0"
-    failed = []
-
-    def find(program):
-        folder = context.scratch / f"places-{program.name}"
-        shutil.rmtree(folder, ignore_errors=True)
-        folder.mkdir(parents=True)
-        passed, program.seconds = run(program, counting, folder / "work", 900,
-                                      environment={"LLVM_PROFILE_FILE": str(folder / "%m%c.profraw")})
-        if not passed:
-            failed.append(program.name)
-        profiles = [path for path in folder.glob("*.profraw") if path.stat().st_size]
-        merged = folder / "merged"
-        places = set()
-        if profiles:
-            context.run("llvm-profdata-19", "merge", "--failure-mode=all", "-o", merged, *profiles)
-            name = None
-            for line in context.run("llvm-cov-19", "export", "--format=lcov", library,
-                                    f"--instr-profile={merged}").splitlines():
-                if line.startswith("SF:"):
-                    path = pathlib.Path(line[3:])
-                    name = str(path.relative_to(context.root)) if path.is_absolute() else str(path)
-                elif line.startswith("DA:"):
-                    number, count = line[3:].split(",")[:2]
-                    if count != "0":
-                        places.add((name, int(number)))
-        program.places = frozenset(places)
-        shutil.rmtree(folder, ignore_errors=True)
-
-    with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
-        list(pool.map(find, programs))
-    return failed
+        return sum(pool.map(one, programs_in_each_form(build)), [])
