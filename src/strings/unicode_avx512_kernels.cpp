@@ -67,6 +67,11 @@ TOVA_AVX512_INLINE __m512i load(const unsigned short* from, std::size_t left) {
                       : _mm512_maskz_loadu_epi16(static_cast<__mmask32>(lowest(left)), from);
 }
 
+// Up to 32 units.
+TOVA_AVX512_INLINE __m512i load_once(const unsigned short* from, std::size_t size) {
+    return _mm512_maskz_loadu_epi16(static_cast<__mmask32>(lowest(size)), from);
+}
+
 TOVA_AVX512_INLINE __m512i load(const wchar_t* from, std::size_t left) {
     return left >= 16 ? _mm512_loadu_si512(from)
                       : _mm512_maskz_loadu_epi32(static_cast<__mmask16>(lowest(left)), from);
@@ -889,6 +894,11 @@ TOVA_AVX512 __attribute__((noinline)) std::size_t measure_blocks(const unsigned 
 }
 
 TOVA_AVX512 std::size_t measure_16_to_8(const unsigned short* from, std::size_t size) {
+    if (size <= 32) {
+        const __m512i units = load_once(from, size);
+        if (_mm512_test_epi16_mask(units, all_units(0xF800)) == 0)
+            return size + count_from(units, 0x80);
+    }
     return size < 128 ? measure_vectors(from, size) : measure_blocks(from, size);
 }
 
@@ -1132,12 +1142,24 @@ TOVA_AVX512 std::size_t simple_32_to_16(const wchar_t* from, std::size_t size, u
 template <typename Source, typename Target,
           progress (*Vectors)(const Source*, std::size_t, Target*, std::size_t, progress),
           progress (*Loop)(const Source*, std::size_t, std::size_t, Target*)>
-TOVA_AVX512 __attribute__((flatten)) progress convert_by(const Source* from, std::size_t size,
-                                                         Target* to, std::size_t room) {
+TOVA_AVX512 __attribute__((flatten, noinline)) progress
+convert_by(const Source* from, std::size_t size, Target* to, std::size_t room) {
     const progress done = Vectors(from, size, to, room, {0, 0});
     if (done.read == size)
         return done;
     return loops::take_turns(Vectors, Loop, from, size, to, room, done);
+}
+
+// For one vector below 0x800, setting up the loops would take longer than the conversion.
+TOVA_AVX512 progress convert_16_to_8(const unsigned short* from, std::size_t size, char* to,
+                                     std::size_t room) {
+    if (size <= 32) {
+        const __m512i units = load_once(from, size);
+        if (_mm512_test_epi16_mask(units, all_units(0xF800)) == 0)
+            return {size, encode_two(units, size, to, 0)};
+    }
+    return convert_by<unsigned short, char, encode_16_to_8, loops::utf16_to_utf8>(from, size, to,
+                                                                                  room);
 }
 
 }  // namespace
@@ -1148,8 +1170,7 @@ const unicode_form unicode_avx512 = {
      simple_from_8<128>},
     {measure_8_to_32, convert_by<unsigned char, wchar_t, decode<wchar_t>, loops::utf8_to_utf32>,
      simple_from_8<64>},
-    {measure_16_to_8, convert_by<unsigned short, char, encode_16_to_8, loops::utf16_to_utf8>,
-     simple_16_to_8},
+    {measure_16_to_8, convert_16_to_8, simple_16_to_8},
     {measure_16_to_32, convert_by<unsigned short, wchar_t, widen_16_to_32, loops::utf16_to_utf32>,
      simple_16_to_32},
     {measure_32_to_8, convert_by<wchar_t, char, encode_32_to_8, loops::utf32_to_utf8>,
