@@ -61,14 +61,20 @@ inline std::uint64_t front_of(const ustring8& name) {
                                 : __builtin_bswap64(bytes) & ~(~std::uint64_t{0} >> (8 * size));
 }
 
-// The same for the lower case of a segment of a key.
-inline std::uint64_t lower_front_of(const char* bytes, std::size_t size,
+// The same for the lower case of a segment, whose first bytes are in the word. All eight bytes are
+// looked up, because the lookups do not wait for each other.
+inline std::uint64_t lower_front_of(std::uint64_t word, std::size_t size,
                                     const detail::lower_caser& lower) {
-    const std::size_t used = std::min(size, sizeof(std::uint64_t));
+    if (size == 0)
+        return 0;
     std::uint64_t front = 0;
-    for (std::size_t i = 0; i != used; ++i)
-        front = front << 8 | static_cast<unsigned char>(lower(bytes[i]));
-    return used == 0 ? 0 : front << (8 * (sizeof front - used));
+#pragma GCC unroll 8
+    for (unsigned shift = 0; shift != 64; shift += 8) {
+        const char lowered = lower(static_cast<char>(word >> shift));
+        front |= std::uint64_t{static_cast<unsigned char>(lowered)} << (56 - shift);
+    }
+    const std::size_t unused = size < sizeof front ? sizeof front - size : 0;
+    return front & ~std::uint64_t{0} << (8 * unused);
 }
 
 // The order of a name and the lower case of a segment with the same front: negative, 0 or positive.
@@ -84,15 +90,16 @@ inline int compare_after_front(const ustring8& name, const char* bytes, std::siz
     return name.size() < size ? -1 : name.size() > size ? 1 : 0;
 }
 
-// Returns the child named by the segment from byte `begin` to `end` of the key, or null. It walks
-// down the tree of the map, to which an iterator refers, because the map's own search needs a
-// string in lower case and a call for each name.
+// Returns the child named by the segment from byte `begin` to `end` of the key, or null. The word
+// has the bytes from `begin` on. It walks down the tree of the map, to which an iterator refers,
+// because the map's own search needs a string in lower case and a call for each name.
 const config_tree* find_child(const children_type& children, const ustring8& key,
-                              ustring8::size_type begin, ustring8::size_type end) {
+                              ustring8::size_type begin, ustring8::size_type end,
+                              std::uint64_t word) {
     const detail::lower_caser lower;
     const char* const bytes = key.data() + begin;
     const std::size_t size = end - begin;
-    const std::uint64_t wanted = lower_front_of(bytes, size, lower);
+    const std::uint64_t wanted = lower_front_of(word, size, lower);
     node_pointer node = children.end()._M_node->_M_parent;
     while (node != nullptr) {
         const children_type::value_type& child = *children_type::const_iterator(node);
@@ -134,7 +141,7 @@ children_type::iterator lower_bound(children_type& children, const ustring8& nam
 }
 
 const config_tree* find_child(const children_type& children, const ustring8& key,
-                              ustring8::size_type begin, ustring8::size_type) {
+                              ustring8::size_type begin, ustring8::size_type, std::uint64_t) {
     ustring8 name;
     detail::read_segment(key, begin, name);
     const children_type::const_iterator place = children.find(name);
@@ -236,8 +243,13 @@ const config_tree* find_node(const config_tree& tree, const ustring8& key) {
     const config_tree* found = &tree;
     ustring8::size_type begin = 0;
     do {
-        const ustring8::size_type end = end_of_segment(key, begin);
-        found = find_child(fields::children(*found), key, begin, end);
+        const ustring8::size_type left = key.size() - begin;
+        const unsigned long word =
+            generic::convert::detail::load_up_to_eight(key.data() + begin, left);
+        ustring8::size_type end = begin + first_separator(word);
+        if (end == begin + sizeof word)
+            end = left > sizeof word ? end_of_segment(key, end) : key.size();
+        found = find_child(fields::children(*found), key, begin, end, word);
         begin = end + 1;
     } while (found != nullptr && begin < key.size());
     return found;

@@ -155,6 +155,29 @@ TEST(GetNode, TellsNamesApartThatDifferInOneByteOrInTheirLength) {
     }
 }
 
+// Segments before others and at the end of a key, of up to eight bytes and of more.
+TEST(GetNode, ReadsEachByteInLowerCaseAtEveryPlace) {
+    for (std::size_t size = 1; size != 19; ++size)
+        for (std::size_t at = 0; at != size; ++at)
+            for (int byte = 0; byte < 256; ++byte) {
+                const char character = static_cast<char>(byte);
+                if (character == '.' || character == '/' || character == '\\')
+                    continue;
+                std::string name(size, 'k');
+                name[at] = character;
+                const bool capital = character >= 'A' && character <= 'Z';
+                std::string lower = name;
+                lower[at] = static_cast<char>(capital ? character + 32 : character);
+                config_tree tree;
+                tree.set_node(lower + "/" + lower, variant(byte), 0);
+                const auto* const found = tree.get_node(name + "." + name);
+                ASSERT_NE(nullptr, found) << size << " bytes, byte " << byte << " at " << at;
+                ASSERT_EQ(byte, found->second.as_int());
+                ASSERT_EQ(nullptr, tree.get_node(name + "." + name + "x"));
+                ASSERT_EQ(nullptr, tree.get_node(name + "x." + name));
+            }
+}
+
 TEST(GetNode, FindsEachOfAnyNumberOfChildren) {
     std::vector<std::string> names = {"", "a", "b", "ab", "abc", "b1", "\xC3\xA4"};
     for (int i = 0; i != 13; ++i)
