@@ -14,8 +14,9 @@
 //   UTF-32   UTF-16                    "-1"
 //
 // A kernel measures the result, so the string is allocated once, in its exact size, and filled in
-// place. A long source that begins with ASCII is probably ASCII throughout; it is read only once,
-// and the string keeps up to twice the memory if it was not.
+// place. A long source that begins with ASCII is probably ASCII throughout, and UTF-8 that begins
+// with nearly as many characters as bytes probably continues like that. Such a source is read only
+// once, and the string keeps up to twice the memory if it was not.
 //
 // What is valid is decided in utf8.hpp and utf16.hpp, and only by structure: a lead byte with its
 // continuations, a high surrogate with its low one. Overlong forms, encoded surrogates and values
@@ -128,6 +129,24 @@ Result convert_simple(const Source* source, std::size_t size, std::size_t least_
     return text;
 }
 
+// Converts a source on the assumption that nearly all of its bytes are characters: then it is not
+// measured. The memory of a string that becomes much shorter is replaced.
+template <typename Result, typename Source>
+__attribute__((noinline)) Result
+convert_dense(const Source* source, std::size_t size,
+              const kernels::conversion<Source, typename Result::value_type>& by,
+              kernels::progress& done) {
+    typedef typename Result::value_type unit;
+    Result text;
+    detail::append_unfilled(text, size, [&](unit* to) {
+        done = by.convert(source, size, to, size);
+        return done.written;
+    });
+    if (text.capacity() / 2 > text.size())
+        Result(text).swap(text);
+    return text;
+}
+
 // The bits that no unit of ASCII has, in a word of units.
 constexpr std::uint64_t beyond_ascii(unsigned char) {
     return 0x8080808080808080u;
@@ -167,15 +186,31 @@ inline bool is_probably_simple(const wchar_t* source, std::size_t,
     return source[0] < 0x10000;
 }
 
+// Whether nearly all bytes of a source are probably characters: a long one whose first 256 bytes
+// are. No conversion from UTF-8 makes more units than there are bytes.
+template <typename Target>
+inline bool is_probably_dense(const unsigned char* source, std::size_t size,
+                              const kernels::conversion<unsigned char, Target>& by) {
+    return size >= 2048 && by.measure(source, 256) >= 224;
+}
+
+template <typename Source, typename Target>
+inline bool is_probably_dense(const Source*, std::size_t,
+                              const kernels::conversion<Source, Target>&) {
+    return false;
+}
+
 // The result up to the position that is stored in `done`: the end, or the first invalid character.
 // The source ends with a terminator.
 template <typename Result, typename Source>
 inline Result convert(const Source* source, std::size_t size,
                       const kernels::conversion<Source, typename Result::value_type>& by,
                       kernels::progress& done, std::size_t least_capacity = 0) {
-    return is_probably_simple(source, size, by)
-               ? convert_simple<Result>(source, size, least_capacity, by, done)
-               : convert_measured<Result>(source, size, least_capacity, by, done);
+    if (is_probably_simple(source, size, by))
+        return convert_simple<Result>(source, size, least_capacity, by, done);
+    if (is_probably_dense(source, size, by))
+        return convert_dense<Result>(source, size, by, done);
+    return convert_measured<Result>(source, size, least_capacity, by, done);
 }
 
 // The result for an invalid source.

@@ -308,6 +308,31 @@ TEST(UnicodeSweep, AStringThatBeginsWithAsciiIsConvertedToItsEnd) {
             }
 }
 
+// A long string whose first 256 bytes are nearly all characters is not measured. Its memory is kept
+// if the rest is like that, and replaced otherwise.
+TEST(UnicodeSweep, AStringThatBeginsWithFewLongCharactersIsConvertedToItsEnd) {
+    for (const std::size_t accents : {1u, 32u, 33u})
+        for (const std::size_t bytes_after : {1791u, 1792u, 9000u})
+            for (const long letter : {0x61L, 0xE9L, 0x4E2DL, 0x1F600L}) {
+                SCOPED_TRACE(::testing::Message()
+                             << accents << ' ' << bytes_after << ' ' << letter);
+                points text(accents, 0xE9);
+                text.insert(text.end(), 256 - 2 * accents, 'a');
+                const std::size_t length = unicode_oracle::utf32_to_utf8({letter}).size();
+                text.insert(text.end(), bytes_after / length, letter);
+                text.insert(text.end(), bytes_after % length, 'z');
+                const ustring8 bytes = unicode_oracle::utf32_to_utf8(text);
+                ASSERT_EQ(256 + bytes_after, bytes.size());
+                check_conversions_of_utf8(bytes);
+                const ustring16 utf16 = utf8_to_utf16(bytes);
+                EXPECT_GE(2 * utf16.size() + 1, utf16.capacity());
+                const ustring32 utf32 = utf8_to_utf32(bytes);
+                EXPECT_GE(2 * utf32.size() + 1, utf32.capacity());
+                for (const std::size_t at : {100u, 300u, 2000u})
+                    check_conversions_of_utf8(ustring8(bytes).insert(at, "\xFF"));
+            }
+}
+
 TEST(UnicodeSweep, RandomMixesAgreeWithTheOracle) {
     std::mt19937 random(20240607);
     const auto below = [&](unsigned limit) { return static_cast<long>(random() % limit); };
