@@ -206,8 +206,8 @@ public:
             if (known->kind == detail::learned_character::refused) {
                 for (std::size_t marks = known->size; marks > 0; --marks)
                     write_mark();
-            } else if (known->size > m_room) {
-                make_room();
+            } else {
+                make_room();  // for lack of it, `copy_known` stopped here
             }
         }
     }

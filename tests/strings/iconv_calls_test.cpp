@@ -8,14 +8,21 @@
 #include <tova/exceptions/exceptions.hpp>
 #include <tova/strings/gh2.hpp>
 
+#include "support/child_process.hpp"
 #include "support/failing_allocation.hpp"
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <fstream>
+#include <functional>
 #include <iconv.h>
+#include <langinfo.h>
 #include <new>
 #include <set>
 #include <string>
@@ -31,6 +38,11 @@ struct {
     // What iconv writes while it advances past the whole input before it rejects it; null if it
     // doesn't.
     const char* stepped_over = nullptr;
+    // Takes the place of a conversion if it returns true, with the result that iconv returns.
+    std::function<bool(char*& input, std::size_t& left, char*& output, std::size_t& room,
+                       std::size_t& result)>
+        answer;
+    const char* charset = nullptr;  // what the locale names, if not its own
     bool close_fails = false;
     bool only_counts = false;  // records nothing but the number of open descriptors
     int open_count = 0;
@@ -85,7 +97,16 @@ extern "C" std::size_t iconv(iconv_t handle, char** input, std::size_t* left, ch
         errno = EILSEQ;
         return static_cast<std::size_t>(-1);
     }
+    std::size_t result = 0;
+    if (record.answer && record.answer(*input, *left, *output, *room, result))
+        return result;
     return next<function>("iconv")(handle, input, left, output, room);
+}
+
+extern "C" char* nl_langinfo(nl_item item) noexcept {
+    if (item == CODESET && record.charset != nullptr)
+        return const_cast<char*>(record.charset);
+    return next<char* (*)(nl_item)>("nl_langinfo")(item);
 }
 
 extern "C" int iconv_close(iconv_t handle) {
@@ -115,6 +136,8 @@ protected:
         record.open_error = 0;
         record.error = 0;
         record.stepped_over = nullptr;
+        record.answer = nullptr;
+        record.charset = nullptr;
         record.close_fails = false;
     }
     void TearDown() override {
@@ -336,6 +359,125 @@ TEST_F(IconvCalls, CloseTheDescriptorIfMemoryRunsOut) {
         }
     }
     EXPECT_LE(4u, raised);
+}
+
+// Tests of long strings, for which iconv converts each different character once.
+
+// 9,000 bytes of the page, and the same in UTF-8.
+const std::string long_bytes = repeated("ab\x99", 3000);
+const std::string long_utf8 = repeated("ab\xE2\x84\xA2", 3000);
+
+// The first call of such a conversion asks for all of ASCII.
+const std::size_t ascii_size = 128;
+
+TEST_F(IconvCalls, AreNotSavedForAPageThatOnlyTheLocaleNames) {
+    record.charset = "KOI8-T";
+    const ustring8 text(repeated("\xD0\x90", 3000));
+    EXPECT_EQ(std::string(3000, '\xE1'), gh2::to_ansi(text));
+    EXPECT_EQ((calls{"open KOI8-T UTF-8", "reset", "convert 6000 into 6000", "close"}),
+              record.calls);
+    EXPECT_EQ(text, gh2::from_ansi(std::string(3000, '\xE1')));
+}
+
+TEST_F(IconvCalls, AreNotSavedForAPageThatDoesNotKeepAscii) {
+    const struct {
+        const char* what;
+        std::size_t result, left, room;
+        char first;
+    } cases[] = {
+        {"an error", static_cast<std::size_t>(-1), ascii_size, ascii_size, '\0'},
+        {"an irreversible character", 1, 0, 0, '\0'},
+        {"input that is left", 0, 1, 0, '\0'},
+        {"shorter output", 0, 0, 1, '\0'},
+        {"another character", 0, 0, 0, 'x'},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        record.answer = [&c](char*& input, std::size_t& left, char*& output, std::size_t& room,
+                             std::size_t& result) {
+            if (left != ascii_size || room != ascii_size)
+                return false;
+            std::memcpy(output, input, ascii_size);
+            output[0] = c.first;
+            left = c.left;
+            room = c.room;
+            errno = EILSEQ;
+            result = c.result;
+            return true;
+        };
+        record.calls.clear();
+        EXPECT_EQ(long_utf8, western.as_utf8(long_bytes));
+        EXPECT_EQ("convert 9000 into 9000", record.calls.at(3));
+        EXPECT_EQ(long_bytes, western.encode(ustring8(long_utf8)));
+    }
+}
+
+// What iconv may do with the byte 0x99 alone. If it is neither converted nor rejected as usual, the
+// byte is passed again with those after it.
+TEST_F(IconvCalls, ConvertEachCharacterOfAPageOnce) {
+    const struct {
+        const char* what;
+        int error;
+        std::size_t left;
+        std::string written;
+        std::string expected;
+    } cases[] = {
+        {"converted to nothing", 0, 0, "", "ab"},
+        {"converted to four bytes", 0, 0, "\xF0\x9F\x98\x80", "ab\xF0\x9F\x98\x80"},
+        {"converted to five bytes", 0, 0, "vwxyz", "ab\xE2\x84\xA2"},
+        {"not taken", 0, 1, "", "ab\xE2\x84\xA2"},
+        {"rejected", EILSEQ, 1, "", "ab?"},
+        {"rejected after it was taken", EILSEQ, 0, "", "ab\xE2\x84\xA2"},
+        {"rejected after output", EILSEQ, 1, "x", "ab\xE2\x84\xA2"},
+        {"without enough room", E2BIG, 1, "", "ab\xE2\x84\xA2"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        int asked = 0;
+        record.answer = [&](char*& input, std::size_t& left, char*& output, std::size_t& room,
+                            std::size_t& result) {
+            if (left != 1 || *input != '\x99' || asked != 0)
+                return false;
+            ++asked;
+            c.written.copy(output, c.written.size());
+            output += c.written.size();
+            room -= c.written.size();
+            input += 1 - c.left;
+            left = c.left;
+            errno = c.error;
+            result = c.error == 0 ? 0 : static_cast<std::size_t>(-1);
+            return true;
+        };
+        EXPECT_EQ(repeated(c.expected, 3000), western.as_utf8(long_bytes));
+        EXPECT_EQ(1, asked);
+    }
+}
+
+TEST_F(IconvCalls, EndALongStringAtACutCharacter) {
+    EXPECT_EQ(std::string(5000, 'a'), chinese.as_utf8(std::string(5000, 'a') + "\xD6"));
+}
+
+// The table is not required: without memory for it, the loop converts everything.
+TEST_F(IconvCalls, NeedNoMemoryForATable) {
+    if (test_support::under_sanitizer())
+        GTEST_SKIP() << "the sanitizer's allocator does not return null";
+    test_support::expect_in_child([&] {
+        // The module of the page stays loaded while a descriptor is open.
+        const iconv_t open = iconv_open("UTF-8", "CP1252");
+        record.calls.reserve(1000);
+        unsigned long pages = 0;
+        std::ifstream("/proc/self/statm") >> pages;
+        const rlim_t limit = pages * 4096 + (256 << 10);  // half of the table
+        const rlimit limits = {limit, limit};
+        ASSERT_EQ(0, setrlimit(RLIMIT_AS, &limits));
+        // Freed memory could have enough room for the table as well.
+        while (std::malloc(384 << 10) != nullptr)
+            ;
+        record.calls.clear();
+        EXPECT_EQ(long_utf8, western.as_utf8(long_bytes));
+        EXPECT_EQ("convert 9000 into 9000", record.calls.at(2));
+        iconv_close(open);
+    });
 }
 
 // The room grows to twice the bytes left, even if only a "?" is to be written.
