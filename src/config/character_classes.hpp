@@ -26,11 +26,8 @@ inline bool is_letter(char character) {
 inline bool is_digit(char character) {
     return ((*__ctype_b_loc())[static_cast<int>(character)] & _ISdigit) != 0;
 }
-inline char lower(char character) {
-    return static_cast<char>((*__ctype_tolower_loc())[static_cast<int>(character)]);
-}
 
-// The same for many bytes: it gets the locale's table only once.
+// Lower case for many bytes: it gets the locale's table only once.
 class lower_caser {
 public:
     lower_caser() : m_table(*__ctype_tolower_loc()) {}

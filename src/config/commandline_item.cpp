@@ -90,17 +90,14 @@ private:
         m_key.clear();
         m_value.clear();
         detail::token_scanner scanner(m_text, 1);
-        switch (read_key(scanner)) {
-        case key_end::plain_value:
+        const key_end end = read_key(scanner);
+        if (end == key_end::plain_value) {
             read_rest(scanner);
             m_store.set_node(m_tree, m_key, types::variant(m_value), detail::no_flags);
-            break;
-        case key_end::separator:
+        } else if (end == key_end::separator) {
             read_attached_values(scanner);
-            break;
-        case key_end::argument:
+        } else {
             read_following_values();
-            break;
         }
     }
 

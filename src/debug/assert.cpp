@@ -55,8 +55,8 @@ void _______________CONTEXT__ASSERT________________(const char* expression, cons
     const char* const format = va_arg(arguments, const char*);
     // Contract: `length` is the untruncated length of expression and separator. If they had to be
     // cut, there is no context; if they fill the buffer exactly, there is room for 0 characters of
-    // context.
-    if (length >= 1 && length < static_cast<int>(context_size) && format != nullptr)
+    // context. A negative length, for 2 GiB and more, counts as cut.
+    if (static_cast<std::size_t>(length) < context_size && format != nullptr)
         static_cast<void>(std::vsnprintf(
             text + length, context_size - static_cast<std::size_t>(length), format, arguments));
     va_end(arguments);

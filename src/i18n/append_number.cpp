@@ -144,7 +144,7 @@ void append_double(text_buffer& text, double value, int precision, int field) {
         char* const room = text.room(max_fixed_size);
         if (room != nullptr && has_c_decimal_point()) {
             const std::size_t size = write_fixed(room, value, precision);
-            if (size != 0 && size <= longest_number)
+            if (size != 0)
                 return text.written(size);
         }
     }

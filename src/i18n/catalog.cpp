@@ -149,9 +149,9 @@ bool catalog_t::operator!=(const types::nil_t& nil) const {
     return !equal(nil);
 }
 
-// The locale cache is compared as well, though it can only be filled from messages or by a copy.
+// Without messages the set of locales is empty, too.
 bool catalog_t::equal(const types::nil_t&) const {
-    return m_name.empty() && m_messages.empty() && m_languages.empty();
+    return m_name.empty() && m_messages.empty();
 }
 
 }  // namespace i18n

@@ -78,6 +78,7 @@ inline bool read_flag(token word, bool& flag) {
 /// counts, except at the end.
 class pair_reader {
 public:
+    // The format is not empty.
     explicit pair_reader(token format)
         : m_position(format.text), m_end(format.text + format.size) {}
 
@@ -87,7 +88,7 @@ public:
     /// token, so "base" 0x01 is invalid, too.
     bool comes_in_pairs() const {
         auto tokens = std::count(m_position, m_end, data_separator);
-        if (m_position != m_end && m_end[-1] != data_separator)
+        if (m_end[-1] != data_separator)
             ++tokens;
         return tokens % 2 == 0;
     }

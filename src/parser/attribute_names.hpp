@@ -62,7 +62,7 @@ public:
         // Copies chunks of a size that the compiler knows.
         const std::size_t chunk = 16;
         if (now.used + sizeof(entry_size) + chunk > capacity || size > chunk || readable < chunk) {
-            if (size > capacity || now.used + sizeof(entry_size) + size > capacity) {
+            if (now.used + sizeof(entry_size) + size > capacity) {
                 separate();
                 return insert_into_set(name, size);
             }

@@ -27,8 +27,6 @@ public:
     byte_blocks(const char* begin, const char* end)
         : m_classify(kernels::classify()), m_begin(begin), m_end(end), m_block(no_block()) {}
 
-    const char* end() const { return m_end; }
-
     /// Switches to another range and forgets the classified block.
     void set_range(const char* begin, const char* end) {
         m_begin = begin;

@@ -297,9 +297,8 @@ bool xml_stream_parser::machine::take_attribute() {
             throw syntax_error;
         return wait();
     }
+    // A name is complete only if a byte follows it.
     m_scanner.advance(1);
-    if (m_scanner.at_end())
-        return wait();
     // Contract: whitespace may follow the `=`, but not precede it.
     if (m_scanner.byte() != '=')
         throw missing_equals;
@@ -401,7 +400,9 @@ bool xml_stream_parser::machine::take_comment() {
         return true;
     m_scanner.advance(4);
     m_in_comment = true;
-    return finish_comment() || wait();
+    if (!finish_comment())
+        return wait();
+    return true;
 }
 
 bool xml_stream_parser::machine::finish_comment() {

@@ -57,8 +57,6 @@ public:
     bool has_fewer_ready_than(unsigned int count) const;
     /// The number of ready nodes at the front of a queue.
     static unsigned int ready_count(const std::list<node>& queue);
-    bool is_empty() const { return m_queue.empty(); }
-    bool is_first_ready() const { return !m_queue.empty() && m_queue.front().ready; }
     /// Removes the first node, ready or not; there must be one.
     node take_first();
     /// @}

@@ -55,12 +55,10 @@ const std::size_t least_comment_size = 4;
 const std::size_t enough_entity_bytes = 12;
 
 // Contract: every byte with the high bit set is a name byte, so UTF-8 passes undecoded, while '-',
-// '.' and ':' are not. The C library decides only about the remaining ASCII bytes. In `xml_parser`
-// the locale alone decides about bytes with the high bit set.
-bool is_name_byte(char byte) {
-    if (is_ascii_letter(byte) || is_ascii_digit(byte) || byte == '_')
-        return true;
-    return static_cast<signed char>(byte) < 0 || std::isalnum(byte) != 0;
+// '.' and ':' are not. The C library decides only about the remaining ASCII bytes, which this is
+// for. In `xml_parser` the locale alone decides about bytes with the high bit set.
+bool is_other_name_byte(char byte) {
+    return std::isalnum(byte) != 0;
 }
 
 // Most values and texts are a single piece, for which exactly enough memory is allocated.
@@ -98,7 +96,7 @@ std::size_t stream_scanner::end_of_name(std::size_t begin) {
         case '\n':
             return position;
         default:
-            if (!is_name_byte(bytes[position]))
+            if (!is_other_name_byte(bytes[position]))
                 return position;
             ++position;
         }
@@ -160,8 +158,7 @@ std::size_t stream_scanner::find(char wanted, std::size_t begin, std::size_t end
 // --- The buffer ---------------------------------------------------------------------------------
 
 bool stream_scanner::begins_with(const char* literal) const {
-    const std::size_t size = std::strlen(literal);
-    return remaining() >= size && std::memcmp(m_buffer.data() + m_cursor, literal, size) == 0;
+    return std::memcmp(m_buffer.data() + m_cursor, literal, std::strlen(literal)) == 0;
 }
 
 // As long as the data fits, nothing is dropped. A construct that fills the whole room from its
@@ -236,8 +233,6 @@ piece stream_scanner::take_name() {
 
 // No reference and no whitespace, so there is nothing to put together, to commit or to count.
 bool stream_scanner::take_usual_attribute(piece& name, piece& value) {
-    if (at_end())
-        return false;
     const char* const begin = m_buffer.data() + m_cursor;
     const char* const end = m_buffer.data() + m_end;
     const char* const equals = m_blocks.end_of_wide_name(begin);
@@ -403,7 +398,7 @@ ustring8 stream_scanner::take_entity(const char* letters, char result, std::size
     if (remaining() < needed)
         return ustring8();
     for (; *letters != '\0'; ++letters, ++m_cursor) {
-        if (at_end() || byte() != *letters)
+        if (byte() != *letters)
             throw xml_stream_parser::syntax_error;
     }
     --m_cursor;

@@ -58,7 +58,6 @@ public:
     void advance(std::size_t count) { m_cursor += count; }
     void step_back() { --m_cursor; }
     unsigned int line() const { return m_line; }
-    void count_line() { ++m_line; }
     /// @}
 
     /// @name The committed position and its line

@@ -33,7 +33,7 @@ public:
     // The offset of the next match, or `not_found`.
     std::size_t next() {
         const std::size_t match = m_search.find(m_text, m_size, m_from);
-        m_from = match == not_found ? m_size + 1 : match + m_wanted_size;
+        m_from = match == not_found ? m_size : match + m_wanted_size;
         return match;
     }
 
@@ -80,7 +80,7 @@ private:
 
     std::size_t next_of_long() {
         const std::size_t match = m_search.find(m_text, m_size, m_from);
-        m_from = match == not_found ? m_size + 1 : match + m_wanted_size;
+        m_from = match == not_found ? m_size : match + m_wanted_size;
         return match;
     }
 

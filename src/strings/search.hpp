@@ -70,9 +70,10 @@ public:
     // `size` is at least 1.
     searcher(const Unit* wanted, std::size_t size) : m_wanted(wanted), m_size(size) {}
 
-    // The offset of the first match that begins at `from` or later, or `not_found`.
+    // The offset of the first match that begins at `from` or later, or `not_found`. `from` is at
+    // most `size`.
     std::size_t find(const Unit* text, std::size_t size, std::size_t from) {
-        if (from > size || size - from < m_size)
+        if (size - from < m_size)
             return not_found;
         std::size_t found = from;
         if (!m_two_way && find_plainly(text, size, found))
@@ -164,7 +165,7 @@ private:
 
     std::size_t find_by_two_ways(const Unit* text, std::size_t size, std::size_t at) const {
         std::size_t known = 0;  // units at the front that are known to match
-        while (at <= size && size - at >= m_size) {
+        while (size - at >= m_size) {
             std::size_t k = known > m_cut ? known : m_cut;
             while (k < m_size && m_wanted[k] == text[at + k])
                 ++k;

@@ -74,12 +74,8 @@ inline std::size_t sequence_length(const unsigned char* text, std::size_t left) 
     return read_sequence(text, left, point);
 }
 
-// Writes the sequence of a value below 0x110000 and returns its length.
+// Writes the sequence of a value from 0x80 to 0x10FFFF and returns its length.
 inline std::size_t write_sequence(unsigned int value, char* to) {
-    if (value < 0x80) {
-        to[0] = static_cast<char>(value);
-        return 1;
-    }
     if (value < 0x800) {
         to[0] = static_cast<char>((value >> 6) | 0xC0);
         to[1] = static_cast<char>((value & 0x3F) | 0x80);

@@ -159,6 +159,10 @@ TEST_F(StreamParserSteps, ReferencesBecomeOneByte) {
     EXPECT_EQ(ustring8("A"), call<parse_entity>());
     loaded("&lt");
     EXPECT_TRUE(call<parse_entity>().empty());
+    for (const char* other : {"", "amp;amp;"}) {
+        loaded(other);
+        EXPECT_THROW(call<parse_entity>(), xml_stream_parser::error_type);
+    }
 }
 
 TEST_F(StreamParserSteps, ValuesAreQuoted) {
@@ -202,6 +206,27 @@ TEST_F(StreamParserSteps, NodesAreOpenedAndClosed) {
     EXPECT_EQ(ustring8("root"), nodes().back().name);
     EXPECT_EQ(xml_stream_parser::end_of_document, nodes().back().type);
     EXPECT_EQ(0U, nodes().back().parent);
+}
+
+// The 0 of the top level is the parent even after more numbers were removed than added.
+TEST_F(StreamParserSteps, NodesThatAreClosedTwiceLeaveTheTopLevel) {
+    loaded("");
+    call<new_node>("root", xml_stream_parser::out_of_data, true);
+    call<end_of_open_node>("root", xml_stream_parser::no_error);
+    call<close_tag>(nodes().begin());
+    call<new_node>("a", xml_stream_parser::out_of_data, true);
+    EXPECT_EQ(2U, nodes().back().id);
+    EXPECT_EQ(0U, nodes().back().parent);
+}
+
+TEST_F(StreamParserSteps, TagsOfAClosedElementEndWithAnError) {
+    xml_stream_parser& parser = loaded("<root a='1'");
+    call<parse_next>();
+    call<close_tag>(nodes().begin());
+    append("/>");
+    call<load>();
+    call<parse_next>();
+    EXPECT_EQ(xml_stream_parser::mismatched_end_tag, parser.error());
 }
 
 TEST_F(StreamParserSteps, ConstructsAreParsedWithoutADeclaration) {

@@ -75,8 +75,7 @@ inline bool computes_to_nearest() {
 
 /// Whether `printf` writes "." between digits in the calling thread's C locale.
 inline bool has_c_decimal_point() {
-    const char* const point = nl_langinfo(RADIXCHAR);
-    return point[0] == '.' && point[1] == '\0';
+    return std::strcmp(nl_langinfo(RADIXCHAR), ".") == 0;
 }
 
 }  // namespace detail

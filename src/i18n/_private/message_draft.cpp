@@ -31,9 +31,8 @@ void message_draft::write(message_t& message, piece locale) {
     }
 }
 
-message_item message_draft::last_item() const {
-    const std::size_t begin = m_items.size() > 1 ? m_items[m_items.size() - 2].end : 0;
-    return message_item(ustring8(m_data, begin, m_items.back().end - begin), m_items.back().type);
+message_item message_draft::only_item() const {
+    return message_item(ustring8(m_data, 0, m_items.front().end), m_items.front().type);
 }
 
 }  // namespace detail

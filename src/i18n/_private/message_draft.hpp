@@ -37,7 +37,6 @@ public:
     void append(piece data) { m_data.append(data.data, data.size); }
     void append(char byte) { m_data.push_back(byte); }
     void drop_data() { m_data.resize(item_begin()); }
-    bool has_data() const { return m_data.size() != item_begin(); }
     char last_byte() const { return m_data.back(); }
 
     void end_item(message_item::type_t type) { m_items.push_back({m_data.size(), type}); }
@@ -45,8 +44,8 @@ public:
     // Replaces a message: its name, its meta text, its items and its locale.
     void write(message_t& message, piece locale);
 
-    // The last item, as a separate message item.
-    message_item last_item() const;
+    // The only item, as a separate message item.
+    message_item only_item() const;
 
 private:
     struct item {

@@ -130,7 +130,7 @@ message_item xmc_file_loader::parse_message_arg(token_iterator& cursor, token_it
     list_cursor at(cursor, end);
     detail::message_draft draft;
     detail::read_argument(at, &draft);
-    return draft.last_item();
+    return draft.only_item();
 }
 
 message_item::type_t xmc_file_loader::parse_message_type(const ustring8& word) {

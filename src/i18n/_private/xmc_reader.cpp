@@ -197,7 +197,7 @@ private:
     // for the file.
     std::unique_ptr<open_file> remove_checked() {
         const flat_cursor& cursor = m_files.back()->cursor;
-        if (!cursor.at_end() && !cursor.is_at(token::element_end, "xmc"))
+        if (!cursor.is_at(token::element_end, "xmc"))
             throw load_error(xmc_file_loader::invalid_element, cursor.value().string());
         std::unique_ptr<open_file> file = std::move(m_files.back());
         m_files.pop_back();
