@@ -1,7 +1,18 @@
 #include "detail/cpu_features.hpp"
 
+#include <algorithm>
+#include <initializer_list>
+
 namespace TOVA_2_18 {
 namespace detail {
+
+namespace {
+
+bool has_all(std::initializer_list<bool> features) {
+    return std::find(features.begin(), features.end(), false) == features.end();
+}
+
+}  // namespace
 
 // No guard and no lock: the first caller stores the level, and concurrent callers compute the same
 // one.
@@ -11,15 +22,14 @@ cpu_form best_cpu_level() {
 #if defined(__x86_64__)
     // A constructor in the compiler's runtime library does this, too, but may not have run yet.
     __builtin_cpu_init();
-    const bool has_avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&
-                          __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
-    if (!has_avx2)
-        return cpu_form::sse2;
-    const bool has_avx512 =
-        __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-        __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
-        __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2");
-    return has_avx512 ? cpu_form::avx512 : cpu_form::avx2;
+    const bool has_avx2 =
+        has_all({__builtin_cpu_supports("avx2") != 0, __builtin_cpu_supports("bmi") != 0,
+                 __builtin_cpu_supports("bmi2") != 0, __builtin_cpu_supports("popcnt") != 0});
+    const bool has_avx512 = has_all(
+        {has_avx2, __builtin_cpu_supports("avx512f") != 0, __builtin_cpu_supports("avx512bw") != 0,
+         __builtin_cpu_supports("avx512dq") != 0, __builtin_cpu_supports("avx512vl") != 0,
+         __builtin_cpu_supports("avx512vbmi") != 0, __builtin_cpu_supports("avx512vbmi2") != 0});
+    return has_avx512 ? cpu_form::avx512 : has_avx2 ? cpu_form::avx2 : cpu_form::sse2;
 #else
     return cpu_form::portable;
 #endif

@@ -392,7 +392,9 @@ std::size_t write_fixed(char* text, double value, int decimals) {
     const binary parts = parts_of(value);
     if (decimals == 2 && parts.exponent < 0 && parts.exponent > -63 && rounds_to_nearest())
         return write_hundredths(text, parts);
-    if (decimals < 0 || decimals > most_exact_digits || parts.exponent > 10 || !rounds_to_nearest())
+    // A negative number of decimals is large as an unsigned one.
+    if (static_cast<unsigned>(decimals) > most_exact_digits || parts.exponent > 10 ||
+        !rounds_to_nearest())
         return 0;
 
     // The value is the integer, and fraction / 2^shift.
