@@ -106,4 +106,42 @@ TYPED_TEST(Matches, OfRandomStringsAreThoseOfThePlainestSearch) {
     }
 }
 
+// Near matches first, so that the search for a long string changes its algorithm before it gets to
+// the random part.
+TYPED_TEST(Matches, OfLongStringsAreThoseOfThePlainestSearch) {
+    std::mt19937 engine(7);
+    const auto random = [&] { return static_cast<unsigned int>(engine()); };
+    for (int round = 0; round < 1000; ++round) {
+        const unsigned letters = 2 + random() % 2;
+        const auto letter = [&] { return static_cast<char>('a' + random() % letters); };
+        std::string piece;
+        for (std::size_t i = 1 + random() % 12; i > 0; --i)
+            piece += letter();
+        std::string wanted;
+        while (wanted.size() <= 33 + round % 20)
+            wanted += piece;
+        if (random() % 2)
+            wanted += letter();
+        if (random() % 2)
+            wanted[random() % wanted.size()] = letter();
+        std::string input;
+        while (input.size() < 1500)
+            input.append(wanted, 0, wanted.size() - 1);
+        while (input.size() < 3000) {
+            switch (random() % 4) {
+            case 0:
+                input += letter();
+                break;
+            case 1:
+                input += piece;
+                break;
+            default:
+                input += wanted;
+            }
+        }
+        check(text<TypeParam>(input.c_str()), text<TypeParam>(wanted.c_str()), text<TypeParam>("-"),
+              0);
+    }
+}
+
 }  // namespace
