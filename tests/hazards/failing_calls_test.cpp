@@ -81,6 +81,11 @@ TEST(FailingCall, IsHandledByLoadFileAsDocumented) {
         EXPECT_EQ(0, system::load_file(path, content));
         EXPECT_EQ(ustring8(5, '\0'), content);
     }
+    {
+        const failing_call shrunk(system_call::read, 0);
+        EXPECT_EQ(0, system::load_file(path, content));
+        EXPECT_EQ(ustring8(5, '\0'), content);
+    }
 }
 
 TEST(FailingCall, IsHandledByStoreFileAsDocumented) {
@@ -117,6 +122,20 @@ TEST(FailingCall, LeavesWholeFilesIfCallsAreSlowAndInterrupted) {
 }
 
 // A source whose file cannot be read is empty, whichever call fails.
+TEST(FailingCall, LeavesSettingsWithoutAnEmptyFile) {
+    const temporary_directory files;
+    const ustring8 path = files.write("tool.cfg", "");
+    for (const system_call which : {system_call::stat, system_call::open, system_call::lseek}) {
+        SCOPED_TRACE(static_cast<int>(which));
+        const unsigned calls = with_each_call_failing(which, EIO, [&path] {
+            config::file_item item(path);
+            EXPECT_TRUE(item.load());
+            EXPECT_TRUE(item.get_value("a") == nullptr);
+        });
+        EXPECT_LE(which == system_call::stat ? 1u : 2u, calls);
+    }
+}
+
 TEST(FailingCall, LeavesSettingsWithoutTheFile) {
     const temporary_directory files;
     const std::string path = files.write("tool.cfg", "[s]\na=1\n");
@@ -194,6 +213,62 @@ TEST(FailingCall, LeavesIncludesWithAnError) {
         });
         EXPECT_LE(2u, calls);
     }
+}
+
+// The check for a circle needs the identities of two folders. If they are unknown, the next round
+// finds the circle.
+TEST(FailingCall, LeavesACircleOfIncludesWithAnError) {
+    const temporary_directory files;
+    const ustring8 path = files.write(
+        "circle.xmc",
+        "<?xml version=\"1.0\"?><xmc version=\"1.1\"><include file=\"circle.xmc\"/></xmc>");
+    const unsigned calls = with_each_call_failing(system_call::stat, EIO, [&path] {
+        i18n::message_catalogs set;
+        const ustring8 message = set.load_file(path, "en").message;
+        EXPECT_NE(ustring8::npos, message.find("circle.xmc")) << message;
+        EXPECT_TRUE(set == types::nil);
+    });
+    EXPECT_LE(2u, calls);
+}
+
+// The parser tries again with the next call, and reads a file that grows meanwhile from where it
+// stopped.
+TEST(FailingCall, LeavesALogThatIsReadLater) {
+    const temporary_directory files;
+    const std::string path = files.write("log.xml", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+                                                    "<log><entry/><entry/></log>");
+    for (const int error_number : {EIO, 0}) {
+        parser::xml_stream_parser log(path, 1);
+        {
+            const failing_call failure(system_call::read, error_number);
+            EXPECT_EQ(parser::xml_stream_parser::no_error, log.parse());
+            EXPECT_TRUE(failure.failed());
+        }
+        EXPECT_EQ(0u, log.parse_offset());
+        EXPECT_EQ(parser::xml_stream_parser::end_of_document, log.parse());
+        EXPECT_EQ(4u, log.node_queue_size());
+    }
+}
+
+TEST(FailingCall, LeavesWholeLogsIfCallsAreSlowAndInterrupted) {
+    const temporary_directory files;
+    const std::string path = files.write("log.xml", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+                                                    "<log><entry/><entry/></log>");
+    const slow_transfers slow;
+    parser::xml_stream_parser log(path, 1);
+    EXPECT_EQ(parser::xml_stream_parser::end_of_document, log.parse());
+    EXPECT_EQ(4u, log.node_queue_size());
+}
+
+TEST(FailingCall, LeavesALinkToALogRejected) {
+    const temporary_directory files;
+    const std::string target = files.write("target", "");
+    const std::string link = files.path("link");
+    ASSERT_EQ(0, ::symlink(target.c_str(), link.c_str()));
+    const failing_call failure(system_call::lstat, EIO);
+    parser::xml_stream_parser log(link, 1);
+    EXPECT_TRUE(failure.failed());
+    EXPECT_EQ(parser::xml_stream_parser::internal_failure, log.error());
 }
 
 // ---- special files
@@ -283,6 +358,18 @@ TEST(SpecialFile, NeverBlocksCatalogs) {
             EXPECT_EQ(i18n::message_catalogs::xml_error, set.load_file(outer, "en").type);
         }
     });
+}
+
+// A socket can't be opened, and then the check for a link fails, too.
+TEST(SpecialFile, LeavesCatalogsWithAnErrorIfACallFails) {
+    const special_files files;
+    const unsigned calls = with_each_call_failing(system_call::lstat, EIO, [&files] {
+        i18n::message_catalogs set;
+        int kind = 0;
+        EXPECT_NO_THROW(kind = set.load_file(files.socket(), "en").type);
+        EXPECT_NE(0, kind);
+    });
+    EXPECT_LE(2u, calls);
 }
 
 TEST(SpecialFile, NeverBlocksSettings) {

@@ -12,12 +12,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <cstring>
+#include <fstream>
+#include <new>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -391,6 +394,15 @@ TYPED_TEST(MessageCatalogs, FindsCatalogsAndMessagesByExactName) {
     EXPECT_EQ("Key", std::string(this->set.message(this->s("App"), this->s("Key")).name()));
 }
 
+TYPED_TEST(MessageCatalogs, FindsNoMessageWhoseKeyOnlyBeginsLikeAnother) {
+    const std::string key = "a_key_of_twenty_byte";
+    this->set.load_file(ustring8(this->files.write("a", small_file("c", key))), "en");
+    EXPECT_TRUE(this->set.has_message(this->s("c"), this->s(key)));
+    for (const char* other : {"a_key_of_twenty_", "a_key_of_twenty_b", "a_key_of_twenty_bytes",
+                              "a_key_of_twenty_bytf", "a_key_of_twenty_bytd"})
+        EXPECT_FALSE(this->set.has_message(this->s("c"), this->s(other))) << other;
+}
+
 TYPED_TEST(MessageCatalogs, ReturnsDifferentNilObjectsForAnAbsentCatalogAndAnAbsentKey) {
     this->set.load_file(ustring8(this->files.write("a", small_file("c", "k"))), "en");
     const message_t& no_catalog = this->set.message(this->s("z"), this->s("k"));
@@ -734,6 +746,49 @@ TEST_F(CatalogSet, AcceptsLiteralsAndStandardStrings) {
     EXPECT_EQ(1u, set.count("c"));
     set.erase("c");
     EXPECT_EQ(0u, set.count());
+}
+
+// A message without a key, a meta text and content is nil.
+TEST(CatalogFile, ReplacesANilMessageByALaterOneOfTheSameLocale) {
+    const temporary_directory files;
+    const std::string path =
+        files.write("a", xmc(catalog("c", "en", "<msg/><msg>1</msg><msg>2</msg>")));
+    message_catalogs set;
+    EXPECT_EQ(file_success, seen(set.load_file(ustring8(path), "en")));
+    EXPECT_EQ(1u, set.count(ustring8("c")));
+    EXPECT_EQ("1", rendered(set, "c", ""));
+}
+
+// The size of a file counts modulo 4 GiB. The file is sparse.
+TEST(CatalogFile, OfFourGiBAndSomeBytesIsReadAsTheseBytes) {
+    const temporary_directory files;
+    const std::string text = small_file("c", "k");
+    const std::string path = files.write("a", text);
+    ASSERT_EQ(0, ::truncate(path.c_str(), (1L << 32) + static_cast<off_t>(text.size())));
+    message_catalogs set;
+    EXPECT_EQ(file_success, seen(set.load_file(ustring8(path), "en")));
+    EXPECT_EQ("x", rendered(set, "c", "k"));
+}
+
+TEST(CatalogFile, RaisesIfThereIsNoMemoryForItsTokens) {
+    if (test_support::under_sanitizer())
+        GTEST_SKIP() << "the sanitizer's allocator does not return null";
+    const temporary_directory files;
+    std::string comments;
+    while (comments.size() < 8 << 20)
+        comments += "<!---->";
+    const ustring8 path(files.write("a", xmc(comments)));
+    test_support::expect_in_child([&path] {
+        unsigned long pages = 0;
+        std::ifstream("/proc/self/statm") >> pages;
+        // Enough for the bytes of the file, but not for its tokens.
+        const rlim_t limit = pages * 4096 + (12 << 20);
+        const rlimit limits = {limit, limit};
+        ASSERT_EQ(0, ::setrlimit(RLIMIT_AS, &limits));
+        message_catalogs set;
+        EXPECT_THROW(set.load_file(path, "en"), std::bad_alloc);
+        EXPECT_TRUE(set == nil);
+    });
 }
 
 TEST(NilObjects, AreNilAndRenderAsTheEmptyString) {

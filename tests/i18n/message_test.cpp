@@ -47,6 +47,27 @@ TEST(Message, IsEmptyByDefaultAndFromNil) {
     }
 }
 
+// Most messages are short. A text of this length is moved to a string before the next item.
+TEST(Message, RendersEveryItemAfterALongText) {
+    const std::string before(400, 'x');
+    const varg_list args(argument("n", -1234567), argument("d", -0.3), argument("s", "end"));
+    const struct {
+        message_item last;
+        const char* rendered;
+    } cases[] = {
+        {item(3, "n"), "-1234567"},
+        {item(4, "d"), "-0.30"},
+        {item(4, "d|precision|3"), "-0.300"},
+        {item(4, "d|precision|0"), "?invalid?"},
+        {item(1, "s"), "end"},
+        {item(3, "none"), "?invalid?"},
+    };
+    for (const auto& c : cases) {
+        const message_t message("k", items{message_item(before), c.last, message_item("!")});
+        EXPECT_EQ(before + c.rendered + "!", message.as_string(args));
+    }
+}
+
 TEST(Message, IsMadeFromAKeyItemsAndMetaText) {
     const message_t two("key", items{message_item("a")});
     EXPECT_EQ("key", two.name());

@@ -8,12 +8,15 @@
 
 #include <tova/functor/member_function.hpp>
 
+#include "support/failing_allocation.hpp"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <initializer_list>
+#include <new>
 #include <ostream>
 #include <random>
 #include <stdexcept>
@@ -1021,6 +1024,28 @@ TEST(XmlParserRuns, KeepTheAttributesOfTheLastStartTag) {
     EXPECT_EQ((outcome{{"end b", "attribute x=2"}, 0, 0, ""}), read(parser, "<?xml?></b x='2'>"));
 }
 
+// At the end of a run, names may be stored in another form. No name is lost if that fails.
+TEST(XmlParserRuns, KeepTheAttributesEvenIfMemoryRunsOut) {
+    const ustring8 first = "<?xml?><a first_attribute='1' second_attribute='2'></a>";
+    const ustring8 again = "<?xml?></b second_attribute='3'>";
+    unsigned swallowed = 0;
+    bool failed = true;
+    for (unsigned successes = 0; failed; ++successes) {
+        xml_parser parser;
+        try {
+            const test_support::failing_allocation failure(successes);
+            const parse_error result = parser.parse(first);
+            failed = failure.failed();
+            EXPECT_EQ(parse_error::no_error, result.type);
+        } catch (const std::bad_alloc&) {
+            continue;
+        }
+        swallowed += failed;
+        EXPECT_EQ(parse_error::attribute_redefined, parser.parse(again).type) << successes;
+    }
+    EXPECT_LE(1u, swallowed);
+}
+
 // A document, and the kind returned for each of its prefixes, starting with the empty one: one
 // digit each, 'A' for 10.
 const struct {
@@ -1124,6 +1149,33 @@ TEST(XmlParserRuns, LeaveTheCursorWhereTheyEnd) {
     end = invalid.end();
     EXPECT_EQ(5, parser.do_parse(cursor, end).type);
     EXPECT_EQ(':', *cursor);
+}
+
+// A target that moves the end of the document when an element starts.
+class shortener {
+public:
+    shortener(iterator& end, iterator place) : m_end(end), m_place(place) {}
+    void cut(const ustring8&) { m_end = m_place; }
+
+private:
+    iterator& m_end;
+    iterator m_place;
+};
+
+TEST(XmlParserRuns, EndWhereAHandlerMovesTheEnd) {
+    const ustring8 text = "<?xml?><a/><b/>";
+    xml_parser parser;
+    iterator cursor = text.begin();
+    iterator end = text.end();
+    EXPECT_EQ(parse_error::data_after_root, parser.do_parse(cursor, end).type);
+
+    cursor = text.begin();
+    end = text.end();
+    shortener target(end, text.begin() + 11);
+    parser.on_element_start =
+        member_function_t<shortener, void(const ustring8&)>(&target, &shortener::cut);
+    EXPECT_EQ(parse_error::no_error, parser.do_parse(cursor, end).type);
+    EXPECT_EQ(text.begin() + 11, cursor);
 }
 
 // The target of handlers that throw.

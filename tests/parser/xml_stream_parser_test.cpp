@@ -789,6 +789,8 @@ TEST(StreamParserText, MustNotBeInTheRootOrOutsideIt) {
     expect_readings({
         {"<a>text</a>", 1, "1 a 1/0; status 6"},
         {"<a/>text<b/>", 1, "0 a 1/0; status 6"},
+        {"<r><a>></a></r>", 1, "1 r 1/0; status 6"},
+        {"<r><a> ></a></r>", 1, "1 r 1/0; status 6"},
         {"text<a></a>", 1, "status 6"},
         {"<!DOCTYPE a><a></a>", 1, "status 6"},
         {"<a>&lt;</a>", 1, "1 a 1/0; status 6"},
@@ -1203,6 +1205,15 @@ TEST(StreamParserQueue, LosesANodeThatIsPoppedTooEarly) {
     EXPECT_THROW(parser.node_queue_pop(), xml_stream_parser::EmptyNodeQueue);  // d
     file.append("text</e>text</d></r>");
     EXPECT_EQ("0 e 6/5 \"text\"; 3 r 1/0; status 3", read_on(parser));
+}
+
+TEST(StreamParserQueue, DropsLaterAttributesOfATakenNode) {
+    const growing_file file(declaration + "<r><a x='1' ");
+    xml_stream_parser parser(file.path(), 1);
+    EXPECT_EQ("1 r 1/0; status 0", read_on(parser));
+    EXPECT_THROW(parser.node_queue_pop(), xml_stream_parser::EmptyNodeQueue);
+    file.append("y='2' z='&lt;'><b/></a></r>");
+    EXPECT_EQ("0 b 3/2; 3 r 1/0; status 3", read_on(parser));
 }
 
 TEST(StreamParserQueue, StaysSafeWheneverOpenNodesAreTaken) {

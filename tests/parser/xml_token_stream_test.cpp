@@ -317,6 +317,22 @@ const char long_document[] =
     "<!-- a comment of many letters --> a text of many letters                    &amp;<b/>"
     "</a_name_of_many_letters>";
 
+TEST(XmlTokenStream, KeepsTheAttributesOfTheLastStartTagHoweverManyThereAre) {
+    for (int count = 1; count <= 60; ++count) {
+        SCOPED_TRACE(count);
+        std::string tag = "<?xml?><a";
+        for (int i = 0; i < count; ++i)
+            tag += " x" + std::to_string(i) + "='1'";
+        xml_token_stream stream;
+        ASSERT_EQ(parse_error::no_error, stream.parse(ustring8(tag + "></a>")).type);
+        const std::string last = "x" + std::to_string(count - 1);
+        const parse_error error = stream.parse(ustring8("<?xml?></b " + last + "='1'>"));
+        EXPECT_EQ(parse_error::attribute_redefined, error.type);
+        EXPECT_EQ(last, error.text);
+        EXPECT_EQ(parse_error::no_error, stream.parse(ustring8("<?xml?></b y='1'>")).type);
+    }
+}
+
 TEST(XmlTokenStream, PropagatesAFailedAllocationAndLeaksNothing) {
     const ustring8 text(long_document);
     unsigned failures = 0;

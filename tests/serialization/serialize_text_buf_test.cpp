@@ -49,6 +49,32 @@ TEST(SerializeTextBufEncoding, ClosesEachItemWithTheSeparator) {
     EXPECT_TRUE(buffer.at_end());
 }
 
+TEST(SerializeTextBufEncoding, WritesFloatingNumbersInTheGlobalLocaleAfterOthers) {
+    serialize_text_buf buffer;
+    buffer.append_string("a string that is longer than one in the string object");
+    const std::string before = buffer.as_str();
+    const test_support::global_locale scope(test_support::comma_locale());
+    for (int i = 0; i < 8; ++i)
+        buffer.append_double(1.5, 6);
+    std::string expected = before;
+    for (int i = 0; i < 8; ++i)
+        expected += bytes("1,5\001");
+    EXPECT_EQ(expected, buffer.as_str());
+}
+
+TEST(SerializeTextBufEncoding, KeepsNestedBuffersOfAnySize) {
+    for (std::size_t size = 0; size < 300; ++size) {
+        serialize_text_buf inner;
+        inner.append_string(std::string(size, 'x'));
+        serialize_text_buf outer;
+        outer.append_buffer(inner);
+        outer.append_int32(7);
+        const std::unique_ptr<serialize_buffer> read(outer.read_buffer());
+        ASSERT_EQ(std::string(size, 'x'), read->read_string());
+        ASSERT_EQ(7, outer.read_int32());
+    }
+}
+
 TEST(SerializeTextBufEncoding, WritesIntegersInDecimal) {
     serialize_text_buf buffer;
     buffer.append_int8(-128);

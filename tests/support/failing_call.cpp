@@ -85,7 +85,9 @@ off_t seek(int file, off_t offset, int origin) {
 }
 
 ssize_t read_at(int file, void* bytes, size_t size, off_t offset) {
-    if (fails(system_call::read) || is_interrupted())
+    if (fails(system_call::read))
+        return s_error_number == 0 ? 0 : -1;
+    if (is_interrupted())
         return -1;
     static const auto call = real<ssize_t (*)(int, void*, size_t, off_t)>("pread");
     return call(file, bytes, shortened(size), offset);
@@ -129,7 +131,9 @@ off_t lseek64(int file, off_t offset, int origin) noexcept {
 }
 
 ssize_t read(int file, void* bytes, size_t size) {
-    if (fails(system_call::read) || is_interrupted())
+    if (fails(system_call::read))
+        return s_error_number == 0 ? 0 : -1;
+    if (is_interrupted())
         return -1;
     static const auto call = real<ssize_t (*)(int, void*, size_t)>("read");
     return call(file, bytes, shortened(size));

@@ -26,7 +26,8 @@ enum class system_call {
 };
 
 // While an object of this class exists, one call fails with the given error number: the first one
-// after `successes` others of its kind.
+// after `successes` others of its kind. With the number 0, a read finds the end of the file
+// instead.
 class failing_call {
 public:
     failing_call(system_call which, int error_number, unsigned successes = 0);

@@ -9,13 +9,20 @@
 
 #include <gtest/gtest.h>
 
+#include <pthread.h>
+
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <limits>
+#include <locale>
+#include <new>
 #include <random>
 #include <sstream>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -744,6 +751,60 @@ TEST(FloatingParsers, FollowTheGlobalLocaleUnlessGivenOne) {
     EXPECT_EQ(1.5L, str_to_long_double("1,5"));
     EXPECT_EQ(1234567.0, str_to_double("1.234.567"));
     EXPECT_EQ(1.0, str_to_double("1,5", std::locale::classic()));
+}
+
+// A locale with the name of the classic one.
+TEST(FloatingParsers, ReadAsInCWithALocaleThatEqualsTheClassicOne) {
+    const std::locale same(std::locale::classic(), "C", std::locale::numeric);
+    ASSERT_TRUE(same == std::locale::classic());
+    EXPECT_EQ(1.5, str_to_double("1.5", same));
+    EXPECT_EQ(1.0, str_to_double("1,5", same));
+    const global_locale global(same);
+    EXPECT_EQ(1.5, str_to_double("1.5"));
+}
+
+// A facet whose operation ends in another way than by returning.
+class failing_reader : public std::num_get<char> {
+public:
+    explicit failing_reader(std::function<void()> fail) : m_fail(std::move(fail)) {}
+
+protected:
+    iter_type do_get(iter_type begin, iter_type, std::ios_base&, std::ios_base::iostate&,
+                     double&) const override {
+        m_fail();
+        return begin;
+    }
+
+private:
+    std::function<void()> m_fail;
+};
+
+TEST(FloatingParsers, Return0IfTheLocaleRaises) {
+    const std::locale locale(std::locale::classic(),
+                             new failing_reader([] { throw std::runtime_error("from a facet"); }));
+    EXPECT_EQ(0.0, str_to_double("1.5", locale));
+}
+
+TEST(FloatingParsers, RaiseIfTheLocaleRunsOutOfMemory) {
+    const std::locale locale(std::locale::classic(),
+                             new failing_reader([] { throw std::bad_alloc(); }));
+    EXPECT_THROW(str_to_double("1.5", locale), std::bad_alloc);
+}
+
+// The C library ends the thread by an exception that nobody may stop.
+void* read_in_cancelled_thread(void* locale) {
+    ::pthread_cancel(::pthread_self());
+    str_to_double("1.5", *static_cast<const std::locale*>(locale));
+    return nullptr;
+}
+
+TEST(FloatingParsers, LetAThreadBeCancelledInTheLocale) {
+    std::locale locale(std::locale::classic(), new failing_reader([] { ::pthread_testcancel(); }));
+    pthread_t thread;
+    ASSERT_EQ(0, ::pthread_create(&thread, nullptr, read_in_cancelled_thread, &locale));
+    void* result = nullptr;
+    ASSERT_EQ(0, ::pthread_join(thread, &result));
+    EXPECT_EQ(PTHREAD_CANCELED, result);
 }
 
 template <typename Result>

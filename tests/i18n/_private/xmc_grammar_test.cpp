@@ -91,6 +91,8 @@ TEST(ParseMessage, KeepsSingleWhitespaceAndReducesRunsToOneSpace) {
         {"a&nbsp;", "[0:a ]"},
         {"&#65;&#x42;", "[0:AB]"},
         {"<![CDATA[a  <b>  c]]>", "[0:a  <b>  c]"},
+        {"<![CDATA[]]>", ""},
+        {"<![CDATA[]]>a<![CDATA[]]>", "[0:a]"},
         {"x  <![CDATA[a]]>", "[0:x   a]"},  // the CDATA section repeats the whitespace before it
     };
     for (const auto& c : cases) {
