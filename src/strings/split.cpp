@@ -48,13 +48,27 @@ private:
     std::size_t m_begin = 0;
 };
 
+// Counts the bits of up to 16 masks: in each byte of a mask first, and then the sums of these,
+// which fit into a byte. Not all processors have an instruction for it.
+std::size_t count_bits(const std::uint64_t (&masks)[byte_places::words], std::size_t words) {
+    const std::uint64_t twos = 0x3333333333333333u;
+    std::uint64_t sums = 0;
+    for (std::size_t i = 0; i < words; ++i) {
+        std::uint64_t bits = masks[i];
+        bits -= (bits >> 1) & 0x5555555555555555u;
+        bits = (bits & twos) + ((bits >> 2) & twos);
+        sums += (bits + (bits >> 4)) & 0x0F0F0F0F0F0F0F0Fu;
+    }
+    const std::uint64_t pairs = (sums & 0x00FF00FF00FF00FFu) + ((sums >> 8) & 0x00FF00FF00FF00FFu);
+    return static_cast<std::size_t>((pairs * 0x0001000100010001u) >> 48);
+}
+
 std::size_t count_bytes(const char* text, std::size_t size, char wanted) {
     byte_places places(text, size, wanted);
     std::uint64_t masks[byte_places::words];
     std::size_t count = 0;
     while (const std::size_t words = places.next(masks))
-        for (std::size_t i = 0; i < words; ++i)
-            count += static_cast<std::size_t>(__builtin_popcountll(masks[i]));
+        count += count_bits(masks, words);
     return count;
 }
 

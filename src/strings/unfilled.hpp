@@ -94,6 +94,22 @@ __attribute__((always_inline)) inline void copy_few_bytes(char* to, const char* 
 }
 const std::size_t few_bytes = 64;
 
+// Copies 16 to 64 bytes. No branch depends on the size: those of fields are hard to predict.
+__attribute__((always_inline)) inline void copy_16_to_64_bytes(char* to, const char* from,
+                                                               std::size_t size) {
+    const std::size_t second = size < 32 ? size - 16 : 16;
+    const std::size_t third = size < 32 ? 0 : size - 32;
+    char bytes[64];
+    std::memcpy(bytes, from, 16);
+    std::memcpy(bytes + 16, from + second, 16);
+    std::memcpy(bytes + 32, from + third, 16);
+    std::memcpy(bytes + 48, from + size - 16, 16);
+    std::memcpy(to, bytes, 16);
+    std::memcpy(to + second, bytes + 16, 16);
+    std::memcpy(to + third, bytes + 32, 16);
+    std::memcpy(to + size - 16, bytes + 48, 16);
+}
+
 // Appends the string of `size` units at `from`.
 template <typename String>
 inline void append_copy(std::vector<String>& strings, const typename String::value_type* from,
@@ -102,11 +118,12 @@ inline void append_copy(std::vector<String>& strings, const typename String::val
     const std::size_t bytes = size * sizeof(*from);
     if (bytes >= 16 && bytes <= few_bytes) {
         strings.emplace_back();
-        strings.back().resize_and_overwrite(size, [=](typename String::value_type* to,
-                                                      std::size_t) {
-            copy_few_bytes(reinterpret_cast<char*>(to), reinterpret_cast<const char*>(from), bytes);
-            return size;
-        });
+        strings.back().resize_and_overwrite(
+            size, [=](typename String::value_type* to, std::size_t) {
+                copy_16_to_64_bytes(reinterpret_cast<char*>(to),
+                                    reinterpret_cast<const char*>(from), bytes);
+                return size;
+            });
         return;
     }
 #endif

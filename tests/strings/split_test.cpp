@@ -100,6 +100,19 @@ TYPED_TEST(SplitString, FieldsJoinBackToTheStringForEveryLimit) {
     }
 }
 
+// Fields of some lengths are stored or copied in other ways than the rest.
+TYPED_TEST(SplitString, CopiesFieldsOfEveryLength) {
+    const TypeParam comma(1, ',');
+    TypeParam field;
+    for (int length = 1; length <= 140; ++length) {
+        SCOPED_TRACE(length);
+        field.push_back(static_cast<typename TypeParam::value_type>('a' + length % 26));
+        const std::vector<TypeParam> expected(3, field);
+        const TypeParam joined = field + comma + field + comma + field;
+        EXPECT_EQ(expected, split_string(joined, comma, 0));
+    }
+}
+
 TEST(SplitStringAtLiteral, ConvertsTheSeparatorToAString) {
     for (const auto& c : split_cases) {
         SCOPED_TRACE(c.input);
