@@ -29,7 +29,8 @@ cpu_form best_cpu_level() {
         {has_avx2, __builtin_cpu_supports("avx512f") != 0, __builtin_cpu_supports("avx512bw") != 0,
          __builtin_cpu_supports("avx512dq") != 0, __builtin_cpu_supports("avx512vl") != 0,
          __builtin_cpu_supports("avx512vbmi") != 0, __builtin_cpu_supports("avx512vbmi2") != 0});
-    return has_avx512 ? cpu_form::avx512 : has_avx2 ? cpu_form::avx2 : cpu_form::sse2;
+    // The forms follow each other, and each flag includes those before it.
+    return static_cast<cpu_form>(static_cast<int>(cpu_form::sse2) + has_avx2 + has_avx512);
 #else
     return cpu_form::portable;
 #endif

@@ -153,11 +153,12 @@ private:
         std::size_t reverse_period;
         const std::size_t cut = greatest_suffix(false, period);
         const std::size_t reverse_cut = greatest_suffix(true, reverse_period);
+        // The period is no longer than the right part.
         m_cut = cut > reverse_cut ? cut : reverse_cut;
         m_period = cut > reverse_cut ? period : reverse_period;
         m_periodic = true;
         for (std::size_t i = 0; i < m_cut && m_periodic; ++i)
-            m_periodic = m_period + i < m_size && m_wanted[i] == m_wanted[m_period + i];
+            m_periodic = m_wanted[i] == m_wanted[m_period + i];
         if (!m_periodic)
             m_period = (m_cut > m_size - m_cut ? m_cut : m_size - m_cut) + 1;
         m_two_way = true;

@@ -128,7 +128,7 @@ TYPED_TEST(Matches, OfLongStringsAreThoseOfThePlainestSearch) {
         while (input.size() < 1500)
             input.append(wanted, 0, wanted.size() - 1);
         while (input.size() < 3000) {
-            switch (random() % 4) {
+            switch (random() % (round % 3 == 0 ? 2 : 4)) {
             case 0:
                 input += letter();
                 break;

@@ -482,4 +482,29 @@ TEST(ByteOrder, TheOtherCheckNeverChangesAnything) {
         EXPECT_EQ(text, check_BOM_and_swap(text));
 }
 
+// Runs of characters of one, two and three bytes, as long as what a loop for one kind passes to
+// another.
+TEST(Utf16, ConvertsRunsOfEachKindOfCharacter) {
+    const ustring16 kinds[] = {ustring16(1, u'a'), ustring16(1, 0xE4), ustring16(1, 0x4E00)};
+    const std::string bytes[] = {"a", "\xC3\xA4", "\xE4\xB8\x80"};
+    for (const int first : {0, 1, 2})
+        for (const int second : {0, 1, 2})
+            for (std::size_t before = 0; before <= 300; before += 50)
+                for (std::size_t after = 0; after <= 900; after += 150) {
+                    ustring16 source;
+                    std::string expected;
+                    const auto append = [&](int kind, std::size_t count) {
+                        for (; count != 0; --count) {
+                            source += kinds[kind];
+                            expected += bytes[kind];
+                        }
+                    };
+                    append(first, before);
+                    append(second, after);
+                    append(first, before);
+                    EXPECT_TRUE(expected == utf16_to_utf8(source)) << before << " " << after;
+                    EXPECT_TRUE(source == utf8_to_utf16(ustring8(expected)));
+                }
+}
+
 }  // namespace
