@@ -317,6 +317,37 @@ const char long_document[] =
     "<!-- a comment of many letters --> a text of many letters                    &amp;<b/>"
     "</a_name_of_many_letters>";
 
+TEST(XmlTokenStream, ReadsAnyNumberOfReferencesFarFromTheEnd) {
+    const std::string rest(200, '-');
+    std::string source;
+    std::string resolved;
+    for (int count = 0; count <= 140; ++count) {
+        const auto tokens =
+            tokens_of("<?xml?><a x='" + source + "'>" + source + "!" + rest + "</a>");
+        EXPECT_EQ("attribute_value" + (count == 0 ? "" : " " + resolved), tokens[2]);
+        EXPECT_EQ("character " + resolved + "!" + rest, tokens[4]);
+        source += count % 2 == 0 ? "&lt;" : "b&amp;";
+        resolved += count % 2 == 0 ? "<" : "b&";
+    }
+}
+
+TEST(XmlTokenStream, ReturnsErrorsFarFromTheEnd) {
+    const std::string rest(200, ' ');
+    xml_token_stream stream;
+    const parse_error error = stream.parse(ustring8("<?xml?><a x='1' y='2' x='3'/>" + rest));
+    EXPECT_EQ(parse_error::attribute_redefined, error.type);
+    EXPECT_EQ("x", error.text);
+    EXPECT_EQ(5u, stream.size());
+
+    const std::string name(300, 'n');
+    for (const std::size_t size : {1, 100, 299}) {
+        xml_token_stream cut;
+        EXPECT_EQ(parse_error::mismatched_end,
+                  cut.parse(ustring8("<?xml?><" + name + "></" + name.substr(0, size))).type);
+        EXPECT_EQ(1u, cut.size());
+    }
+}
+
 TEST(XmlTokenStream, KeepsTheAttributesOfTheLastStartTagHoweverManyThereAre) {
     for (int count = 1; count <= 60; ++count) {
         SCOPED_TRACE(count);
