@@ -317,9 +317,11 @@ message_outline read_message(Cursor& cursor, message_draft* draft) {
 template <typename Cursor>
 void read_argument(Cursor& cursor, message_draft* draft) {
     message_item::type_t type = message_item::type_string;
-    // Without a draft, the cursor is always at an argument.
-    if (!is_at_argument(cursor))
-        return draft->end_item(type);
+    if (!is_at_argument(cursor)) {
+        if (draft != nullptr)
+            draft->end_item(type);
+        return;
+    }
 
     piece name;
     const auto take = [&type, &name, draft](piece attribute, piece value) {
