@@ -9,14 +9,14 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <system_error>
 
 namespace tova_programs {
 
 namespace {
 
 [[noreturn]] void fail(const std::string& path) {
-    throw file_error(path + ": " + std::strerror(errno));
+    throw file_error(path + ": " + std::generic_category().message(errno));
 }
 
 // Closes the descriptor at the end of its scope.
@@ -50,7 +50,7 @@ std::string target_of(const std::string& path) {
     char* const resolved = ::realpath(path.c_str(), nullptr);
     if (resolved == nullptr)
         return path;
-    const std::string target = resolved;
+    std::string target = resolved;
     std::free(resolved);
     return target;
 }

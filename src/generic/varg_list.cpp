@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>
+#include <type_traits>
 
 namespace TOVA_2_18 {
 namespace generic {
@@ -88,7 +89,7 @@ varg_list::varg_list(const argument& a1, const argument& a2, const argument& a3,
                                          &a19, &a20, &a21, &a22, &a23, &a24, &a25, &a26};
     // Contract: the first unnamed nil ends the list, whatever follows it; a named nil is stored.
     std::size_t count = 0;
-    while (count != sizeof arguments / sizeof *arguments && !is_unnamed_nil(*arguments[count]))
+    while (count != std::extent<decltype(arguments)>::value && !is_unnamed_nil(*arguments[count]))
         ++count;
     if (count == 0)
         return;

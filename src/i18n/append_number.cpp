@@ -118,9 +118,8 @@ void append_decimal(text_buffer& text, int value) {
 void append_decimal(text_buffer& text, long value) {
     using generic::convert::detail::max_decimal_size;
     using generic::convert::detail::write_decimal;
-    char* const room = text.room(max_decimal_size);
-    if (room != nullptr)
-        return text.written(write_decimal(room, value));
+    if (text.has_room(max_decimal_size))
+        return text.written(write_decimal(text.end(), value));
     char digits[max_decimal_size];
     text.append(digits, write_decimal(digits, value));
 }
@@ -141,9 +140,8 @@ void append_double(text_buffer& text, double value, int precision, int field) {
     using generic::convert::detail::write_fixed;
     // Without a field, a number of typical size is written directly into the result.
     if (field == 0 && precision >= 0 && precision <= most_decimals) {
-        char* const room = text.room(max_fixed_size);
-        if (room != nullptr && has_c_decimal_point()) {
-            const std::size_t size = write_fixed(room, value, precision);
+        if (text.has_room(max_fixed_size) && has_c_decimal_point()) {
+            const std::size_t size = write_fixed(text.end(), value, precision);
             if (size != 0)
                 return text.written(size);
         }

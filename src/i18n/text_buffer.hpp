@@ -65,11 +65,12 @@ public:
         return *this;
     }
 
-    /// Returns room for `count` bytes, or null. `written` then adds the bytes that were stored
-    /// there. For short pieces there is more room than most messages need.
-    char* room(std::size_t count) const {
-        return count <= static_cast<std::size_t>(m_limit - m_end) ? m_end : nullptr;
+    /// Whether `count` bytes may be stored at the end; `written` then adds them. For short pieces
+    /// there is more room than most messages need.
+    bool has_room(std::size_t count) const {
+        return count <= static_cast<std::size_t>(m_limit - m_end);
     }
+    char* end() const { return m_end; }
     void written(std::size_t count) { m_end += count; }
 
     /// Removes everything after the first `count` bytes. There must be at least as many.

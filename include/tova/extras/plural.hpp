@@ -88,7 +88,8 @@ public:
         // The shortest digits that read back as the same value.
         char text[40];
         for (int precision = 0; precision < 17; ++precision) {
-            std::snprintf(text, sizeof text, "%.*e", precision, std::fabs(value));
+            static_cast<void>(
+                std::snprintf(text, sizeof text, "%.*e", precision, std::fabs(value)));
             if (std::strtod(text, nullptr) == std::fabs(value))
                 break;
         }
@@ -97,7 +98,7 @@ public:
         for (; *at != 'e'; ++at)
             if (*at >= '0' && *at <= '9')
                 digits += *at;
-        set(digits, std::atol(at + 1) + 1, true);
+        set(digits, std::strtol(at + 1, nullptr, 10) + 1, true);
     }
 
     /// A number that is displayed with a fixed number of fraction digits: `fixed(1, 2)` is "1.00".
@@ -110,7 +111,7 @@ public:
         const int precision = static_cast<int>(fraction_digits);
         std::string text(
             static_cast<std::size_t>(std::snprintf(nullptr, 0, "%.*f", precision, value)), '\0');
-        std::snprintf(&text[0], text.size() + 1, "%.*f", precision, value);
+        static_cast<void>(std::snprintf(&text[0], text.size() + 1, "%.*f", precision, value));
         std::string digits;
         for (const char c : text)  // the point depends on the locale of the program
             if (c >= '0' && c <= '9')

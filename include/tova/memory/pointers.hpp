@@ -108,6 +108,7 @@ public:
 
     /// The object. There is no null test: an empty holder must not be dereferenced.
     T* operator->() const { return m_object; }
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the analyser doesn't follow the count
     T& operator*() const { return *m_object; }
 
     /// The object, or null. The raw pointer doesn't count as a holder.
@@ -160,6 +161,7 @@ public:
 
     /// The object. There is no null test: an empty holder must not be dereferenced.
     T* operator->() const { return m_object; }
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the analyser doesn't follow the count
     T& operator*() const { return *m_object; }
 
     /// The object, or null. The raw pointer doesn't count as a holder.

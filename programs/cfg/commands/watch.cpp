@@ -11,8 +11,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <map>
+#include <system_error>
 #include <utility>
 
 // Editors and tova-cfg itself replace a file instead of writing to it, so the folder is watched and
@@ -64,7 +64,7 @@ public:
         if (m_descriptor < 0 ||
             ::inotify_add_watch(m_descriptor, folder.c_str(),
                                 IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE) < 0) {
-            const std::string reason = std::strerror(errno);
+            const std::string reason = std::generic_category().message(errno);
             if (m_descriptor >= 0)
                 ::close(m_descriptor);
             throw file_error(folder + ": " + reason);
@@ -81,7 +81,7 @@ public:
             return;
         char events[4096];
         if (::read(m_descriptor, events, sizeof events) < 0 && errno != EINTR)
-            throw file_error(std::string("inotify: ") + std::strerror(errno));
+            throw file_error(std::string("inotify: ") + std::generic_category().message(errno));
     }
 
 private:

@@ -287,6 +287,7 @@ std::string configparser_key(const std::string& name) {
     const locale_t before = unicode == nullptr ? nullptr : ::uselocale(unicode);
     for (std::size_t at = 0; at < name.size();) {
         wchar_t character = 0;
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is an object of ours
         const std::size_t size = std::mbrtowc(&character, &name[at], name.size() - at, &in);
         if (size == 0 || size > name.size() - at) {  // a NUL byte, or not UTF-8
             result += name[at++];
@@ -294,10 +295,10 @@ std::string configparser_key(const std::string& name) {
             continue;
         }
         char bytes[MB_LEN_MAX];
-        result.append(bytes, std::wcrtomb(bytes,
-                                          static_cast<wchar_t>(
-                                              std::towlower(static_cast<std::wint_t>(character))),
-                                          &out));
+        const wchar_t lower =
+            static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(character)));
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): as above
+        result.append(bytes, std::wcrtomb(bytes, lower, &out));
         at += size;
     }
     if (before != nullptr)

@@ -8,9 +8,9 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <map>
+#include <system_error>
 #include <vector>
 
 namespace tova_programs::cfg {
@@ -25,7 +25,7 @@ public:
         m_folder = std::string(folder == nullptr || *folder == '\0' ? "/tmp" : folder) +
                    "/tova-cfg.XXXXXX";
         if (::mkdtemp(&m_folder[0]) == nullptr)
-            throw file_error(m_folder + ": " + std::strerror(errno));
+            throw file_error(m_folder + ": " + std::generic_category().message(errno));
     }
     ~temporary_file() {
         ::unlink(name().c_str());

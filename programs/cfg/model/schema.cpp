@@ -44,7 +44,7 @@ bool is_number(const std::string& text) {
     if (text.empty())
         return false;
     char* end = nullptr;
-    std::strtod(text.c_str(), &end);
+    static_cast<void>(std::strtod(text.c_str(), &end));
     return *end == '\0';
 }
 

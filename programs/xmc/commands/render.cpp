@@ -51,8 +51,11 @@ void load(message_catalogs& catalogs, const std::vector<std::string>& paths,
         message_catalogs alone;
         if (alone.load(std::vector<ustring8>{ustring8(file)}, ustring8(locale)).type !=
             message_catalogs::no_error)
-            throw file_error(file + " cannot be loaded; run tova-xmc check " + file + '\n' +
-                             std::string(result.message));
+            throw file_error(std::string(file)
+                                 .append(" cannot be loaded; run tova-xmc check ")
+                                 .append(file)
+                                 .append("\n")
+                                 .append(result.message));
     }
     throw file_error(result.message);
 }
@@ -285,6 +288,7 @@ int run_show(const show_options& options, std::ostream& out, std::ostream& error
     std::vector<placed_message> found = find_placed(all, options.key);
     if (found.empty()) {
         std::vector<std::string> known;
+        known.reserve(all.size());
         for (const placed_message& each : all)
             known.push_back(readable_key(each.what->name));
         const std::string key = readable_key(options.key);

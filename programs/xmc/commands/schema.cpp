@@ -9,9 +9,9 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstring>
 #include <map>
 #include <set>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -367,7 +367,7 @@ int run_schema(const schema_options& options, std::ostream& out, std::ostream& e
     };
     if (!options.folder.empty()) {
         if (::mkdir(options.folder.c_str(), 0777) != 0 && errno != EEXIST)
-            throw file_error(options.folder + ": " + std::strerror(errno));
+            throw file_error(options.folder + ": " + std::generic_category().message(errno));
         for (const schema_form& form : all_forms())
             write(form, options.folder + '/' + form.file);
         if (!options.as_json)

@@ -38,7 +38,8 @@ int patience(const lsp::server& one) {
 }  // namespace
 
 int run_lsp(const check_options& options, int in, int out) {
-    std::signal(SIGPIPE, SIG_IGN);  // a client that is gone is the end, not a signal
+    static_cast<void>(
+        std::signal(SIGPIPE, SIG_IGN));  // a client that is gone is the end, not a signal
     bool has_reader = true;
     lsp::server one(options, [&](const std::string& content) {
         has_reader = has_reader && write_all(out, lsp::framed(content));

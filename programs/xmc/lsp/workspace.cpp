@@ -192,6 +192,7 @@ std::vector<document_pointer> workspace::documents(const document_pointer& own) 
         if (!each.second.path.empty())
             all[each.second.path] = checked(each.second);
     std::vector<document_pointer> result;
+    result.reserve(all.size() + 1);
     for (auto& each : all)
         result.push_back(std::move(each.second));
     if (std::find(result.begin(), result.end(), own) == result.end())
