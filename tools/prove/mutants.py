@@ -1,29 +1,28 @@
-"""Forces branches of the compiled library one at a time, and counts what the tests notice.
+"""Forces the conditions of the library one at a time, and counts what the tests notice.
 
-A mutant is the library with one conditional jump replaced: it is always taken, or never. Only jumps
-whose innermost source line is in src/ or include/ are taken, so that the standard library's own
-branches, which we do not write, are left out. So are the checks of the stack guard, which the compiler adds.
+A mutant is a condition of src/ or include/ that is always true, or always false. clang's coverage says
+where the conditions are. A copy of the sources gets a call around each of them (see mutant.hpp), and is
+built once. The file of the library says which condition is forced, so a mutant is a copy of that file
+with other bytes in one variable. Another variable says which form of the kernels is used, so each form
+is asked.
 
-First each test program runs once with a library in which the chosen jumps are traps. jump_trace.cpp puts
-the instruction back when the program comes there, and so tells which programs run which jumps. Only those
-are asked about a mutant, the programs of the same family first and fast ones before slow ones, until one
-fails or all have passed. Each form of the kernels is asked: a mutant is also written with another form in
-the variable that holds the choice.
+First each test program runs once with a library that records which conditions run. Only the programs that
+run a condition are asked about its mutants: those of the same family first and fast ones before slow ones,
+until one fails or all have passed.
 
 Survivors are listed in mutants.txt with the reason why no test can tell them from the library, or why
 none should. The list is keyed by the text of the source line, so it survives edits elsewhere.
 
-The quick form asks the programs of the same family only, and at most for some seconds for each mutant,
-so a few more survive.
+The quick form asks the programs of the same family only, and for each mutant only for some seconds, so a
+few more survive.
 """
 import collections
 import concurrent.futures
-import os
+import json
 import pathlib
 import random
 import re
 import shutil
-import struct
 import subprocess
 import threading
 import time
@@ -37,78 +36,195 @@ SECONDS_OF_CI = 40  # for each mutant
 REASONS = pathlib.Path(__file__).with_name("mutants.txt")
 # The quick form does without these.
 SLOW = re.compile("programs_|xml_forms_|docs_|consumers_|tools_")
-TRAP = 0xCC  # int3
-STACK_GUARD = "%fs:0x28"
-# This one asks for the switch of the libraries for each form, which a mutant lacks.
-OF_THE_SWITCH = "kernel_form_test"
-SOURCES = ("tests", "tools/prove/tests_of_build.py")
+# These look at the file of the library, which differs in a mutant for other reasons.
+OF_THE_FILE = re.compile("(kernel_form|abi_symbols|abi_hardening)_test$")
+SOURCES = ("tests", "tools/prove/tests_of_build.py", "tools/prove/mutant.cpp", "tools/prove/mutant.hpp")
+NOTHING, RECORD = -1, -2  # values of the variable `active`
 
-JUMP = re.compile(r"^\s*([0-9a-f]+):\s+((?:[0-9a-f]{2} )+)\s+(j[a-z]+)\s+([0-9a-f]+)")
-NOT_CONDITIONAL = {"jmp", "jmpq", "jrcxz", "jecxz"}
-
-Mutant = collections.namedtuple("Mutant", "address size taken source line unit")
+Condition = collections.namedtuple("Condition", "source begin end")  # (line, column) of its ends
+Mutant = collections.namedtuple("Mutant", "number value source line text")
 
 
-def text_section(library):
-    """Address and file offset of .text, whose difference maps one to the other."""
-    listing = subprocess.run(["readelf", "--wide", "--sections", library], check=True,
-                             capture_output=True, text=True).stdout
-    found = re.search(r"\.text\s+PROGBITS\s+([0-9a-f]+)\s+([0-9a-f]+)", listing)
-    return int(found.group(1), 16), int(found.group(2), 16)
+def conditions(context, library):
+    """The conditions of our own sources, from the coverage of a library that has not run."""
+    empty = context.scratch / "empty.txt"
+    empty.write_text("nothing\n1\n1\n0\n")  # a function, its hash, its only counter
+    merged = context.scratch / "empty.profdata"
+    context.run("llvm-profdata-19", "merge", "-o", merged, empty)
+    exported = json.loads(context.run("llvm-cov-19", "export", library, f"--instr-profile={merged}"))
+    found = set()
+    for entry in exported["data"][0]["files"]:
+        name = pathlib.Path(entry["filename"])
+        name = str(name.relative_to(context.root) if name.is_absolute() else name)
+        if not name.startswith(("src/", "include/")):
+            continue
+        lines = (context.root / name).read_text(encoding="latin-1").splitlines()
+        every = {Condition(name, tuple(branch[0:2]), tuple(branch[2:4])) for branch in entry.get("branches", ())}
+        found |= {one for one in every if not is_of_switch(lines, one)}
+    return sorted(found)
 
 
-def choice_of_form(library):
-    """The file offset of the variable that holds the chosen form of the kernels, or -1 until it is chosen."""
+def is_of_switch(lines, one):
+    """Whether clang means a label of a switch, or its missing default."""
+    line, column = one.begin
+    before = lines[line - 1][:column - 1].rstrip()
+    return before.endswith(("switch (", "case")) or lines[line - 1][column - 1:].startswith(("case ", "default:"))
+
+
+def with_calls(text, chosen):
+    """The text of a source with a call around each of its conditions, given as pairs of number and condition."""
+    lines = text.splitlines(keepends=True)
+    starts = [0]
+    for line in lines:
+        starts.append(starts[-1] + len(line))
+    inserts = []
+    for number, one in chosen:
+        begin, end = (starts[line - 1] + column - 1 for line, column in (one.begin, one.end))
+        # At one place the shorter ends before the longer one, and begins after it.
+        inserts.append((begin, 1, begin - end, f"::tova_mutants::condition({number}, static_cast<bool>("))
+        inserts.append((end, 0, -begin, "))"))
+    for place, _, _, call in sorted(inserts, reverse=True):
+        text = text[:place] + call + text[place:]
+    return text
+
+
+def build_with_calls(context, every):
+    """Builds the copy of the sources. Returns its library and the numbers of the conditions that have a call.
+
+    Conditions whose calls the compiler refuses, such as declarations, go without one.
+    """
+    here = pathlib.Path(__file__).parent
+    tree = context.scratch / "tree"
+    shutil.rmtree(tree, ignore_errors=True)
+    for name in context.run("git", "ls-files", "-z", "--", "CMakeLists.txt", "CMakePresets.json", "cmake", "include",
+                            "src").split("\0")[:-1]:
+        (tree / name).parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy(context.root / name, tree / name)
+    with (tree / "CMakeLists.txt").open("a") as lists:
+        lists.write(f'target_sources(tova PRIVATE "{here}/mutant.cpp")\n')
+    build = context.root / "build" / "mutants"
+    context.run("cmake", "--preset", "release", "-B", build, "-DTOVA_BUILD_TESTS=OFF", "-DTOVA_BUILD_EXAMPLES=OFF",
+                "-DTOVA_BUILD_TOOLS=OFF", "-DTOVA_INSTALL=OFF", f"-DCMAKE_CXX_FLAGS=-w -include {here}/mutant.hpp",
+                cwd=tree)
+
+    numbered = collections.defaultdict(list)
+    for number, one in enumerate(every):
+        numbered[one.source].append((number, one))
+    changed = set(numbered)
+    for _ in range(12):
+        for source in changed:
+            text = (context.root / source).read_text(encoding="latin-1")
+            (tree / source).write_text(with_calls(text, numbered[source]), encoding="latin-1")
+        done = subprocess.run(["cmake", "--build", build, "-j", str(context.jobs), "--target", "tova", "--", "-k", "0"],
+                              capture_output=True, text=True, errors="replace")
+        if done.returncode == 0:
+            return build / "libtova.so.2.18.0", {number for source in numbered for number, _ in numbered[source]}
+        changed = set()
+        for path, line in set(re.findall(r"^(/\S+?):(\d+):\d+: error:", done.stdout, re.M)):
+            if tree not in pathlib.Path(path).resolve().parents:
+                continue
+            source = str(pathlib.Path(path).resolve().relative_to(tree))
+            kept = [(number, one) for number, one in numbered[source]
+                    if not one.begin[0] <= int(line) <= one.end[0]]
+            if len(kept) != len(numbered[source]):
+                numbered[source] = kept
+                changed.add(source)
+        if not changed:
+            break
+    raise SystemExit(f"prove mutants: the copy can't be built:\n{done.stdout[-3000:]}")
+
+
+def offset_of(library, name):
+    """The file offset of a variable in .data."""
     names = subprocess.run(["nm", "--demangle", library], check=True, capture_output=True, text=True).stdout
-    address = int(re.search(r"^([0-9a-f]+) \w \S*::detail::chosen_cpu_level$", names, re.M).group(1), 16)
+    address = int(re.search(rf"^([0-9a-f]+) \w \S*{name}$", names, re.M).group(1), 16)
     sections = subprocess.run(["readelf", "--wide", "--sections", library], check=True, capture_output=True,
                               text=True).stdout
     found = re.search(r" \.data\s+PROGBITS\s+([0-9a-f]+)\s+([0-9a-f]+)", sections)
     return address - int(found.group(1), 16) + int(found.group(2), 16)
 
 
-def jumps(library):
-    """Address and size of each conditional jump, but for those that check the stack guard."""
-    code = subprocess.run(["objdump", "--wide", "--disassemble", "--section=.text", library], check=True,
-                          capture_output=True, text=True).stdout
-    last = ""
-    for line in code.splitlines():
-        found = JUMP.match(line)
-        if found and found.group(3) not in NOT_CONDITIONAL and STACK_GUARD not in last:
-            yield int(found.group(1), 16), len(found.group(2).split())
-        last = line
+class Libraries:
+    """Makes the files of mutants, one for each form of the kernels when a program needs it."""
+
+    def __init__(self, library):
+        self.code = library.read_bytes()
+        self.active = offset_of(library, "tova_mutants::active")
+        self.choice = offset_of(library, "::detail::chosen_cpu_level")
+
+    def folder_of(self, base, active, form):
+        folder = base / (form or "chosen")
+        if not folder.is_dir():
+            folder.mkdir(parents=True)
+            code = bytearray(self.code)
+            level = tests_of_build.FORMS.index(form) if form else -1
+            code[self.active:self.active + 4] = active.to_bytes(4, "little", signed=True)
+            code[self.choice:self.choice + 4] = level.to_bytes(4, "little", signed=True)
+            (folder / "libtova.so.2.18").write_bytes(code)
+        return folder
 
 
-def places(library, addresses, root):
-    """For each address in our own files the innermost source line, and the source that it was inlined into."""
-    done = subprocess.run(["addr2line", "--addresses", "--inlines", "-e", library], check=True,
-                          capture_output=True, text=True,
-                          input="\n".join(f"{address:#x}" for address in addresses))
-
-    def place(line):
-        path, _, number = line.split(" ")[0].rpartition(":")
-        path = os.path.normpath(os.path.join(root, "build", "release", path))
-        return os.path.relpath(path, root), int(number) if number.isdigit() else 0
-
-    for answer in re.split(r"^0x", done.stdout, flags=re.M)[1:]:
-        address, *lines = answer.split("\n")[:-1]
-        name, line = place(lines[0])
-        if name.startswith(("src/", "include/")) and line:
-            yield int(address, 16), name, line, place(lines[-1])[0]
+def family(mutant):
+    """The name of the folder of a mutant's source, which is also the folder of its tests."""
+    part = mutant.source.split("/")
+    return part[1] if part[0] == "src" else part[2]
 
 
-def patched(code, offset, size, taken):
-    """The bytes of the library with one jump forced."""
-    mutant = bytearray(code)
-    if not taken:
-        mutant[offset:offset + size] = b"\x90" * size
-    elif size == 2:
-        mutant[offset] = 0xEB  # jmp rel8
-    elif size == 6 and code[offset] == 0x0F:
-        mutant[offset:offset + 2] = b"\x90\xE9"  # nop; jmp rel32, same displacement
-    else:
+def record(context, programs, libraries, count):
+    """Runs each program once. Fills in its time, and the numbers of the conditions that it runs.
+
+    Returns the names of the programs that fail.
+    """
+    base = context.scratch / "recording"
+    shutil.rmtree(base, ignore_errors=True)
+    for form in (None, *tests_of_build.FORMS):
+        libraries.folder_of(base, RECORD, form)
+
+    def one(program):
+        folder = context.scratch / f"record-{program.name}"
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir(parents=True)
+        (folder / "records").write_bytes(bytes(count))
+        passed, program.seconds = tests_of_build.run(program, libraries.folder_of(base, RECORD, program.form),
+                                                     folder / "work", 900, (),
+                                                     {"MUTANT_RECORDS": str(folder / "records")})
+        program.ran = {number for number, byte in enumerate((folder / "records").read_bytes()) if byte}
+        shutil.rmtree(folder, ignore_errors=True)
+        return [] if passed else [program.name]
+
+    with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
+        return sum(pool.map(one, programs), [])
+
+
+def ordered(programs, mutant):
+    """The programs that run the condition of a mutant; its family first, each group by its running time.
+
+    Outside of the kernels, another form adds nothing to a program that runs the condition with the usual form.
+    """
+    usual = {program.path for program in programs if program.form is None and mutant.number in program.ran}
+    chosen = [program for program in programs if mutant.number in program.ran and
+              not (program.form and "kernels" not in mutant.source and program.path in usual)]
+    return sorted(chosen, key=lambda program: (program.family != family(mutant), program.seconds))
+
+
+def judge(mutant, libraries, programs, scratch, seconds):
+    """The name of the program that notices the mutant, or None."""
+    number = threading.get_ident()
+    base = scratch / f"library-{number}"
+    work = scratch / f"work-{number}"
+    shutil.rmtree(base, ignore_errors=True)
+    begin = time.monotonic()
+    try:
+        for program in ordered(programs, mutant):
+            folder = libraries.folder_of(base, 2 * mutant.number + mutant.value, program.form)
+            passed, _ = tests_of_build.run(program, folder, work, 5 + 4 * program.seconds, ("--gtest_fail_fast",))
+            if not passed:
+                return program.name
+            if seconds and time.monotonic() - begin > seconds:
+                break
         return None
-    return mutant
+    finally:
+        shutil.rmtree(work, ignore_errors=True)
 
 
 def reasons():
@@ -122,141 +238,36 @@ def reasons():
     return known
 
 
-def family(mutant):
-    """The name of the folder of a mutant's source, which is also the folder of its tests."""
-    part = mutant.source.split("/")
-    return part[1] if part[0] == "src" else part[2]
+def measure(context):
+    tests = context.build("release", settings=("-DTOVA_BUILD_TESTS=ON",))
+    # CI has built the suite under the sanitizers, whose library knows its conditions as well.
+    counting = context.build("asan" if context.quick else "coverage", "tova")
+    every = conditions(context, counting / "libtova.so.2.18.0")
+    library, present = build_with_calls(context, every)
+    libraries = Libraries(library)
 
+    mutants = []
+    for number in sorted(present):
+        one = every[number]
+        text = (context.root / one.source).read_text(encoding="latin-1").splitlines()[one.begin[0] - 1].strip()
+        mutants += [Mutant(number, value, one.source, one.begin[0], text) for value in (0, 1)]
+    chosen = random.Random(context.seed).sample(mutants, min(len(mutants), 150 if context.quick else 2000))
+    context.say(f"{len(mutants)} mutants of {len(present)} of {len(every)} conditions, {len(chosen)} chosen")
 
-def in_kernels(mutant):
-    """Whether the same line may be there once for each form, in a file of kernels or inlined into one."""
-    return "kernels" in mutant.source + mutant.unit
-
-
-def ordered(programs, mutant):
-    """The programs that run the jump of a mutant; its family first, each group by its running time.
-
-    Outside of the kernels, another form adds nothing to a program that runs the jump with the usual form.
-    """
-    usual = {program.path for program in programs if program.form is None and mutant.address in program.jumps}
-
-    def may_notice(program):
-        if program.form and not in_kernels(mutant) and program.path in usual:
-            return False
-        return mutant.address in program.jumps
-
-    return sorted(filter(may_notice, programs),
-                  key=lambda program: (program.family != family(mutant), program.seconds))
-
-
-class Libraries:
-    """The files of a changed library, one for each form of the kernels, made when a program needs them."""
-
-    def __init__(self, code, choice, folder):
-        self.code = code
-        self.choice = choice
-        self.folder = folder
-        shutil.rmtree(folder, ignore_errors=True)
-
-    def folder_of(self, form):
-        folder = self.folder / (form or "chosen")
-        if not folder.is_dir():
-            folder.mkdir(parents=True)
-            level = tests_of_build.FORMS.index(form) if form else -1
-            self.code[self.choice:self.choice + 4] = level.to_bytes(4, "little", signed=True)
-            (folder / "libtova.so.2.18").write_bytes(self.code)
-        return folder
-
-
-def judge(mutant, code, choice, programs, scratch, seconds):
-    """The name of the program that notices the mutant, or None."""
-    number = threading.get_ident()
-    libraries = Libraries(code, choice, scratch / f"library-{number}")
-    work = scratch / f"work-{number}"
-    begin = time.monotonic()
-    try:
-        for program in ordered(programs, mutant):
-            limit = 5 + 4 * program.seconds
-            passed, _ = tests_of_build.run(program, libraries.folder_of(program.form), work, limit,
-                                           ("--gtest_fail_fast",))
-            if not passed:
-                return program.name
-            if seconds and time.monotonic() - begin > seconds:
-                break
-        return None
-    finally:
-        shutil.rmtree(work, ignore_errors=True)
-
-
-def trace(context, programs, library, chosen):
-    """Runs each program once. Fills in its time, and the addresses of the chosen jumps that it runs.
-
-    Returns the names of the programs that fail.
-    """
-    tracer = context.scratch / "jump_trace.so"
-    context.run("g++", "-std=c++14", "-O2", "-shared", "-fPIC", "-Wl,-z,initfirst", "-o", tracer,
-                pathlib.Path(__file__).with_name("jump_trace.cpp"))
-    code = bytearray(library.read_bytes())
-    address, offset = text_section(library)
-    record = struct.Struct("<QII")
-    traps = sorted({mutant.address for mutant in chosen})
-    records = b"".join(record.pack(jump, code[jump - address + offset], 0) for jump in traps)
-    for jump in traps:
-        code[jump - address + offset] = TRAP
-    libraries = Libraries(code, choice_of_form(library), context.scratch / "traps")
-    for form in (None, *tests_of_build.FORMS):
-        libraries.folder_of(form)
-
-    def one(program):
-        folder = context.scratch / f"trace-{program.name}"
-        shutil.rmtree(folder, ignore_errors=True)
-        folder.mkdir(parents=True)
-        (folder / "records").write_bytes(records)
-        passed, program.seconds = tests_of_build.run(
-            program, libraries.folder_of(program.form), folder / "work", 900, (),
-            {"LD_PRELOAD": str(tracer), "JUMP_TRACE": str(folder / "records")})
-        program.jumps = {jump for jump, _, ran in record.iter_unpack((folder / "records").read_bytes()) if ran}
-        shutil.rmtree(folder, ignore_errors=True)
-        return [] if passed else [program.name]
-
-    with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
-        return sum(pool.map(one, programs), [])
-
-
-def programs_for(context, build, library, chosen):
-    """The programs that may notice the chosen mutants, with their times and the jumps that they run."""
-    programs = [program for program in tests_of_build.programs_in_each_form(build)
-                if not program.name.endswith(OF_THE_SWITCH)]
+    programs = [program for program in tests_of_build.programs_in_each_form(tests)
+                if not OF_THE_FILE.search(program.name)]
     if context.quick:
         families = {family(mutant) for mutant in chosen}
         programs = [program for program in programs if program.family in families and not SLOW.match(program.name)]
-    failed = trace(context, programs, library, chosen)
+    failed = record(context, programs, libraries, len(every))
     if failed:
         raise SystemExit(f"prove mutants: without a mutant these fail: {', '.join(failed)}")
     context.say(f"{len(programs)} programs take {sum(program.seconds for program in programs):.0f} s")
-    return programs
-
-
-def measure(context):
-    build = context.build("release", settings=("-DTOVA_BUILD_TESTS=ON",))
-    library = build / "libtova.so.2.18.0"
-    code = library.read_bytes()
-    address, offset = text_section(library)
-    choice = choice_of_form(library)
-    sizes = dict(jumps(library))
-    here = list(places(library, sorted(sizes), context.root))
-    every = [Mutant(at, sizes[at], taken, name, line, unit)
-             for at, name, line, unit in here for taken in (True, False) if sizes[at] in (2, 6)]
-    chosen = random.Random(context.seed).sample(every, min(len(every), 150 if context.quick else 2000))
-    context.say(f"{len(every)} mutants in {len(here)} jumps, {len(chosen)} chosen")
-    programs = programs_for(context, build, library, chosen)
 
     survivors = []
     killers = collections.Counter()
     with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
-        futures = {pool.submit(judge, mutant,
-                               patched(code, mutant.address - address + offset, mutant.size, mutant.taken),
-                               choice, programs, context.scratch,
+        futures = {pool.submit(judge, mutant, libraries, programs, context.scratch,
                                SECONDS_OF_CI if context.quick else None): mutant for mutant in chosen}
         for done, future in enumerate(concurrent.futures.as_completed(futures), 1):
             killer = future.result()
@@ -267,13 +278,9 @@ def measure(context):
             if done % 50 == 0:
                 context.say(f"{done} of {len(chosen)} judged, {len(survivors)} survive")
 
-    listed = []
-    for mutant in sorted(survivors, key=lambda one: (one.source, one.line, one.address)):
-        lines = (context.root / mutant.source).read_text().splitlines()
-        text = lines[mutant.line - 1].strip() if mutant.line <= len(lines) else ""
-        listed.append({"source": mutant.source, "line": mutant.line, "text": text,
-                       "taken": mutant.taken, "address": f"{mutant.address:#x}"})
-    return {"quick": context.quick, "jumps": len(here), "mutants": len(every), "judged": len(chosen),
+    listed = [dict(mutant._asdict(), programs=len(ordered(programs, mutant)))
+              for mutant in sorted(survivors, key=lambda one: (one.source, one.line, one.number, one.value))]
+    return {"quick": context.quick, "conditions": len(every), "mutants": len(mutants), "judged": len(chosen),
             "survivors": listed, "killers": killers.most_common(10), "seed": context.seed}
 
 
@@ -286,25 +293,25 @@ def report(result):
     explained = [(one, known.get((one["source"], one["text"]))) for one in result["survivors"]]
     unexplained = [one for one, reason in explained if not reason]
     rows = "\n".join(
-        f"| `{one['source']}:{one['line']}` | {'taken' if one['taken'] else 'never'} | "
+        f"| `{one['source']}:{one['line']}` | {'true' if one['value'] else 'false'} | "
         f"{reason or '**none yet**'} |" for one, reason in explained)
-    return f"""The library has {result['jumps']:,} conditional jumps that come from our own lines. Each can be forced in two
-ways: always taken, or never. Of these {result['mutants']:,} mutants, {result['judged']:,} were drawn at random (seed
-{result['seed']}); the tests notice **{killed(result):.1f} %** of them, without any correction. {len(result['survivors'])} survive,
+    return f"""The library has {result['conditions']:,} conditions of our own. {result['mutants']:,} mutants are made of them: the
+condition is always true, or always false. Of these, {result['judged']:,} were drawn at random (seed {result['seed']});
+the tests notice **{killed(result):.1f} %** of them, without any correction. {len(result['survivors'])} survive,
 {len(unexplained)} of them without an explanation.
 
-| place | jump | why it survives |
+| place | always | why it survives |
 |---|---|---|
 {rows}"""
 
 
 def failures(result):
-    missed = []
     required = REQUIRED_OF_CI if result["quick"] else REQUIRED
+    missed = []
     if killed(result) < required:
         missed.append(f"{killed(result):.1f} % of the mutants are killed, {required} % are required")
     if not result["quick"]:
         known = reasons()
-        missed += [f"{one['source']}:{one['line']} ({'taken' if one['taken'] else 'never'}) has no reason"
+        missed += [f"{one['source']}:{one['line']} (always {'true' if one['value'] else 'false'}) has no reason"
                    for one in result["survivors"] if (one["source"], one["text"]) not in known]
     return missed
