@@ -149,9 +149,9 @@ bool catalog_t::operator!=(const types::nil_t& nil) const {
     return !equal(nil);
 }
 
-// Without messages the set of locales is empty, too.
+// The locale cache is compared as well, though it can only be filled from messages or by a copy.
 bool catalog_t::equal(const types::nil_t&) const {
-    return m_name.empty() && m_messages.empty();
+    return m_name.empty() && m_messages.empty() && m_languages.empty();
 }
 
 }  // namespace i18n

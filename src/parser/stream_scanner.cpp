@@ -158,7 +158,8 @@ std::size_t stream_scanner::find(char wanted, std::size_t begin, std::size_t end
 // --- The buffer ---------------------------------------------------------------------------------
 
 bool stream_scanner::begins_with(const char* literal) const {
-    return std::memcmp(m_buffer.data() + m_cursor, literal, std::strlen(literal)) == 0;
+    const std::size_t size = std::strlen(literal);
+    return remaining() >= size && std::memcmp(m_buffer.data() + m_cursor, literal, size) == 0;
 }
 
 // As long as the data fits, nothing is dropped. A construct that fills the whole room from its
@@ -233,6 +234,8 @@ piece stream_scanner::take_name() {
 
 // No reference and no whitespace, so there is nothing to put together, to commit or to count.
 bool stream_scanner::take_usual_attribute(piece& name, piece& value) {
+    if (at_end())
+        return false;
     const char* const begin = m_buffer.data() + m_cursor;
     const char* const end = m_buffer.data() + m_end;
     const char* const equals = m_blocks.end_of_wide_name(begin);
@@ -398,7 +401,7 @@ ustring8 stream_scanner::take_entity(const char* letters, char result, std::size
     if (remaining() < needed)
         return ustring8();
     for (; *letters != '\0'; ++letters, ++m_cursor) {
-        if (byte() != *letters)
+        if (at_end() || byte() != *letters)
             throw xml_stream_parser::syntax_error;
     }
     --m_cursor;
