@@ -138,9 +138,8 @@ private:
         m_elements.clear();
     }
 
-    // A comma has no type of its own, but all others of its type belong to runs.
-    static bool is_comma(const scanned_token& token) {
-        return token.type == config_token::T_NON_ALPHA_NUM;
+    bool is_comma(const scanned_token& token) const {
+        return token.type == config_token::T_NON_ALPHA_NUM && m_text[token.text_begin] == ',';
     }
 
     void add_element() { m_elements.push_back(generic::argument(types::variant(m_value))); }
