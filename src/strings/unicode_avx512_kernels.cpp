@@ -6,6 +6,9 @@
 //                  bytes in use are compressed
 //   UTF-16, UTF-32 lanes are widened or narrowed; pairs are compressed
 //
+// A source of one vector takes a path without loops in every function: setting a loop up would take
+// longer than the conversion.
+//
 // A step writes whole vectors where there is room for one, and masked vectors near the end. A
 // vector loop stops before the first character that it doesn't handle: an invalid one, or a value
 // that `utf32_to_utf8` truncates or drops. `loops::take_turns` then calls the plain loop.
@@ -67,7 +70,15 @@ TOVA_AVX512_INLINE __m512i load(const unsigned short* from, std::size_t left) {
                       : _mm512_maskz_loadu_epi16(static_cast<__mmask32>(lowest(left)), from);
 }
 
-// Up to 32 units.
+// The same for a source that is not longer than one vector.
+TOVA_AVX512_INLINE __m512i load_once(const unsigned char* from, std::size_t size) {
+    return _mm512_maskz_loadu_epi8(lowest(size), from);
+}
+
+TOVA_AVX512_INLINE __m512i load_once(const wchar_t* from, std::size_t size) {
+    return _mm512_maskz_loadu_epi32(static_cast<__mmask16>(lowest(size)), from);
+}
+
 TOVA_AVX512_INLINE __m512i load_once(const unsigned short* from, std::size_t size) {
     return _mm512_maskz_loadu_epi16(static_cast<__mmask32>(lowest(size)), from);
 }
@@ -722,6 +733,25 @@ TOVA_AVX512 progress encode_32_to_8(const wchar_t* from, std::size_t size, char*
 
 // --- UTF-16 and UTF-32 --------------------------------------------------------------------------
 
+// The first `used` of 32 units, with pairs.
+TOVA_AVX512_INLINE std::size_t widen_pairs(__m512i units, std::size_t used, surrogates found,
+                                           wchar_t* to, std::size_t room) {
+    const __m512i next = successors(units);
+    const std::uint32_t in = static_cast<std::uint32_t>(lowest(used)) & ~found.low;
+    const std::size_t first = count(in & 0xFFFF);
+    store(to, room,
+          _mm512_maskz_compress_epi32(static_cast<__mmask16>(in),
+                                      combine_16(lower_half(units), lower_half(next), found.high)),
+          first);
+    const std::size_t second = count(in >> 16);
+    store(to + first, room - first,
+          _mm512_maskz_compress_epi32(
+              static_cast<__mmask16>(in >> 16),
+              combine_16(upper_half(units), upper_half(next), found.high >> 16)),
+          second);
+    return first + second;
+}
+
 TOVA_AVX512 progress widen_16_to_32(const unsigned short* from, std::size_t size, wchar_t* to,
                                     std::size_t room, progress done) {
     while (done.read < size) {
@@ -742,21 +772,7 @@ TOVA_AVX512 progress widen_16_to_32(const unsigned short* from, std::size_t size
         surrogates found;
         if (!find_pairs(units, left, used, found))
             return done;
-        const __m512i next = successors(units);
-        const std::uint32_t in = static_cast<std::uint32_t>(lowest(used)) & ~found.low;
-        const std::size_t first = count(in & 0xFFFF);
-        store(at, free,
-              _mm512_maskz_compress_epi32(
-                  static_cast<__mmask16>(in),
-                  combine_16(lower_half(units), lower_half(next), found.high)),
-              first);
-        const std::size_t second = count(in >> 16);
-        store(at + first, free - first,
-              _mm512_maskz_compress_epi32(
-                  static_cast<__mmask16>(in >> 16),
-                  combine_16(upper_half(units), upper_half(next), found.high >> 16)),
-              second);
-        done.written += first + second;
+        done.written += widen_pairs(units, used, found, at, free);
         done.read += used;
     }
     return done;
@@ -848,10 +864,18 @@ TOVA_AVX512 __attribute__((noinline)) std::size_t measure_blocks(const unsigned 
 
 // The constants for blocks would be loaded for a short source, too.
 TOVA_AVX512 std::size_t measure_8_to_16(const unsigned char* from, std::size_t size) {
+    if (size <= 64) {
+        const __m512i bytes = load_once(from, size);
+        if (_mm512_movepi8_mask(bytes) == 0)
+            return size;
+        return size - 64 + count_leads(bytes) + count_fours(bytes);  // without the added zeros
+    }
     return size < 256 ? measure_vectors(from, size) : measure_blocks(from, size);
 }
 
 TOVA_AVX512 std::size_t measure_8_to_32(const unsigned char* from, std::size_t size) {
+    if (size <= 64)
+        return size - 64 + count_leads(load_once(from, size));
     std::size_t points = 0;
     for (std::size_t i = 0; i < size; i += 64)
         points += count(_mm512_cmpgt_epi8_mask(load(from + i, size - i), all_bytes(0xBF)));
@@ -898,11 +922,16 @@ TOVA_AVX512 std::size_t measure_16_to_8(const unsigned short* from, std::size_t 
         const __m512i units = load_once(from, size);
         if (_mm512_test_epi16_mask(units, all_units(0xF800)) == 0)
             return size + count_from(units, 0x80);
+        return size + count_from(units, 0x80) + count_from(units, 0x800) - count_surrogates(units);
     }
     return size < 128 ? measure_vectors(from, size) : measure_blocks(from, size);
 }
 
 TOVA_AVX512 std::size_t measure_16_to_32(const unsigned short* from, std::size_t size) {
+    if (size <= 32) {
+        const __m512i kind = _mm512_and_si512(load_once(from, size), all_units(0xFC00));
+        return size - count(_mm512_cmpeq_epi16_mask(kind, all_units(0xDC00)));
+    }
     std::size_t points = size;
     for (std::size_t i = 0; i < size; i += 32) {
         const __m512i kind = _mm512_and_si512(load(from + i, size - i), all_units(0xFC00));
@@ -911,19 +940,30 @@ TOVA_AVX512 std::size_t measure_16_to_32(const unsigned short* from, std::size_t
     return points;
 }
 
+// The number of bytes that 16 code points need beyond one each. A negative one becomes a byte.
+TOVA_AVX512_INLINE std::size_t count_more(__m512i points) {
+    return count(_mm512_cmpge_epi32_mask(points, all_points(0x80))) +
+           count(_mm512_cmpge_epi32_mask(points, all_points(0x800))) +
+           count(_mm512_cmpge_epi32_mask(points, all_points(0x10000))) -
+           4 * count(_mm512_cmpge_epi32_mask(points, all_points(0x110000)));
+}
+
 TOVA_AVX512 std::size_t measure_32_to_8(const wchar_t* from, std::size_t size) {
-    std::size_t bytes = size;
-    for (std::size_t i = 0; i < size; i += 16) {
-        const __m512i points = load(from + i, size - i);  // signed: a negative one becomes a byte
-        bytes += count(_mm512_cmpge_epi32_mask(points, all_points(0x80))) +
-                 count(_mm512_cmpge_epi32_mask(points, all_points(0x800))) +
-                 count(_mm512_cmpge_epi32_mask(points, all_points(0x10000))) -
-                 4 * count(_mm512_cmpge_epi32_mask(points, all_points(0x110000)));
+    if (size <= 16) {
+        const __m512i points = load_once(from, size);
+        if (_mm512_test_epi32_mask(points, all_points(0xFFFFF800)) == 0)
+            return size + count(_mm512_test_epi32_mask(points, all_points(0xFFFFFF80)));
+        return size + count_more(points);
     }
+    std::size_t bytes = size;
+    for (std::size_t i = 0; i < size; i += 16)
+        bytes += count_more(load(from + i, size - i));
     return bytes;
 }
 
 TOVA_AVX512 std::size_t measure_32_to_16(const wchar_t* from, std::size_t size) {
+    if (size <= 16)
+        return size + count(_mm512_cmpge_epi32_mask(load_once(from, size), all_points(0xFFFF)));
     std::size_t units = size;
     for (std::size_t i = 0; i < size; i += 16)
         units += count(_mm512_cmpge_epi32_mask(load(from + i, size - i), all_points(0xFFFF)));
@@ -992,6 +1032,10 @@ TOVA_AVX512_INLINE bool widen_block(const unsigned char* from, wchar_t* to) {
 
 template <std::size_t Step, typename Target>
 TOVA_AVX512 std::size_t simple_from_8(const unsigned char* from, std::size_t size, Target* to) {
+    if (size <= 64) {
+        const __m512i bytes = load_once(from, size);
+        return _mm512_movepi8_mask(bytes) == 0 ? write_ascii(bytes, size, to, size) : 0;
+    }
     std::size_t i = convert_blocks<Step, unsigned char, Target, widen_block>(from, size, to);
     while (i < size) {
         const std::size_t left = size - i;
@@ -1025,6 +1069,14 @@ TOVA_AVX512_INLINE bool narrow_block(const unsigned short* from, char* to) {
 }
 
 TOVA_AVX512 std::size_t simple_16_to_8(const unsigned short* from, std::size_t size, char* to) {
+    if (size <= 32) {
+        const __m512i units = load_once(from, size);
+        if (_mm512_test_epi16_mask(units, all_units(0xFF80)) != 0)
+            return 0;
+        _mm256_mask_storeu_epi8(to, static_cast<__mmask32>(lowest(size)),
+                                _mm512_cvtepi16_epi8(units));
+        return size;
+    }
     std::size_t i = convert_blocks<128, unsigned short, char, narrow_block>(from, size, to);
     for (; i < size; i += 64) {
         const std::size_t left = size - i;
@@ -1050,6 +1102,14 @@ TOVA_AVX512_INLINE bool narrow_block(const wchar_t* from, char* to) {
 }
 
 TOVA_AVX512 std::size_t simple_32_to_8(const wchar_t* from, std::size_t size, char* to) {
+    if (size <= 16) {
+        const __m512i points = load_once(from, size);
+        if (_mm512_test_epi32_mask(points, all_points(0xFFFFFF80)) != 0)
+            return 0;
+        _mm_mask_storeu_epi8(to, static_cast<__mmask16>(lowest(size)),
+                             _mm512_cvtepi32_epi8(points));
+        return size;
+    }
     std::size_t i = convert_blocks<64, wchar_t, char, narrow_block>(from, size, to);
     for (; i < size; i += 16) {
         const std::size_t left = size - i;
@@ -1084,6 +1144,15 @@ TOVA_AVX512_INLINE bool widen_block(const unsigned short* from, wchar_t* to) {
 }
 
 TOVA_AVX512 std::size_t simple_16_to_32(const unsigned short* from, std::size_t size, wchar_t* to) {
+    if (size <= 32) {
+        const __m512i units = load_once(from, size);
+        if (count_surrogates(units) != 0)
+            return 0;
+        store(to, size, lower_half(units), size);
+        if (size > 16)
+            store(to + 16, size - 16, upper_half(units), size - 16);
+        return size;
+    }
     std::size_t i = convert_blocks<64, unsigned short, wchar_t, widen_block>(from, size, to);
     for (; i < size; i += 32) {
         const std::size_t left = size - i;
@@ -1122,6 +1191,16 @@ TOVA_AVX512_INLINE bool narrow_block(const wchar_t* from, unsigned short* to) {
 }
 
 TOVA_AVX512 std::size_t simple_32_to_16(const wchar_t* from, std::size_t size, unsigned short* to) {
+    if (size <= 16) {
+        const __m512i points = load_once(from, size);
+        const __m512i kind = _mm512_and_si512(points, all_points(0xFFFFF800));
+        if ((_mm512_cmpeq_epi32_mask(kind, all_points(0xD800)) |
+             _mm512_cmpge_epu32_mask(points, all_points(0xFFFF))) != 0)
+            return 0;
+        _mm256_mask_storeu_epi16(to, static_cast<__mmask16>(lowest(size)),
+                                 _mm512_cvtepi32_epi16(points));
+        return size;
+    }
     std::size_t i = convert_blocks<64, wchar_t, unsigned short, narrow_block>(from, size, to);
     for (; i < size; i += 32) {
         const std::size_t left = size - i;
@@ -1150,33 +1229,98 @@ convert_by(const Source* from, std::size_t size, Target* to, std::size_t room) {
     return loops::take_turns(Vectors, Loop, from, size, to, room, done);
 }
 
-// For one vector below 0x800, setting up the loops would take longer than the conversion.
+// Each of these converts a valid source of one vector itself. The checks of `convert_from_8` are
+// those of `decode`: a character that is cut off misses a continuation after the last byte.
+template <typename Target,
+          progress (*Loop)(const unsigned char*, std::size_t, std::size_t, Target*)>
+TOVA_AVX512 progress convert_from_8(const unsigned char* from, std::size_t size, Target* to,
+                                    std::size_t room) {
+    if (size <= 64) {
+        const __m512i bytes = load_once(from, size);
+        const std::uint64_t high = _mm512_movepi8_mask(bytes);
+        if (high == 0)
+            return {size, write_ascii(bytes, size, to, room)};
+        const std::uint64_t two = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xC0));
+        const std::uint64_t three = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xE0));
+        const std::uint64_t four = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xF0));
+        const std::uint64_t none = _mm512_cmpge_epu8_mask(bytes, all_bytes(0xF8));
+        const std::uint64_t continuations = high & ~two;
+        const std::uint64_t wanted = two << 1 | three << 2 | four << 3;
+        const std::uint64_t cut = two >> 63 | three >> 62 | four >> 61;
+        if (((wanted ^ continuations) | none | cut) == 0) {
+            const std::uint64_t leads = ~continuations & lowest(size);
+            const __m512i positions =
+                _mm512_maskz_compress_epi8(leads, _mm512_load_si512(tables.identity));
+            const std::size_t points = count(leads);
+            return {size, four != 0 ? write_points(bytes, positions, points, to, room)
+                                    : write_units(bytes, positions, points, three != 0, to, room)};
+        }
+    }
+    return convert_by<unsigned char, Target, decode<Target>, Loop>(from, size, to, room);
+}
+
 TOVA_AVX512 progress convert_16_to_8(const unsigned short* from, std::size_t size, char* to,
                                      std::size_t room) {
     if (size <= 32) {
         const __m512i units = load_once(from, size);
         if (_mm512_test_epi16_mask(units, all_units(0xF800)) == 0)
             return {size, encode_two(units, size, to, 0)};
+        if (count_surrogates(units) == 0)
+            return {size, encode_32(units, size, to, room)};
+        surrogates found;
+        std::size_t used = size;
+        if (find_pairs(units, size, used, found))
+            return {size, encode_32(units, size, found, to, room)};
     }
     return convert_by<unsigned short, char, encode_16_to_8, loops::utf16_to_utf8>(from, size, to,
                                                                                   room);
 }
 
+TOVA_AVX512 progress convert_16_to_32(const unsigned short* from, std::size_t size, wchar_t* to,
+                                      std::size_t room) {
+    if (size <= 32) {
+        const __m512i units = load_once(from, size);
+        surrogates found;
+        std::size_t used = size;
+        if (find_pairs(units, size, used, found))
+            return {size, widen_pairs(units, size, found, to, room)};
+    }
+    return convert_by<unsigned short, wchar_t, widen_16_to_32, loops::utf16_to_utf32>(from, size,
+                                                                                      to, room);
+}
+
+TOVA_AVX512 progress convert_32_to_8(const wchar_t* from, std::size_t size, char* to,
+                                     std::size_t room) {
+    if (size <= 16) {
+        const __m512i points = load_once(from, size);
+        if (is_plain(points)) {
+            const __mmask16 in = static_cast<__mmask16>(lowest(size));
+            return {size, encode_16<true>(points, in, to, room)};
+        }
+    }
+    return convert_by<wchar_t, char, encode_32_to_8, loops::utf32_to_utf8>(from, size, to, room);
+}
+
+TOVA_AVX512 progress convert_32_to_16(const wchar_t* from, std::size_t size, unsigned short* to,
+                                      std::size_t room) {
+    if (size <= 16) {
+        const __m512i points = load_once(from, size);
+        if (is_plain(points))
+            return {size, narrow_16(points, size, to, room)};
+    }
+    return convert_by<wchar_t, unsigned short, narrow_32_to_16, loops::utf32_to_utf16>(from, size,
+                                                                                       to, room);
+}
+
 }  // namespace
 
 const unicode_form unicode_avx512 = {
-    {measure_8_to_16,
-     convert_by<unsigned char, unsigned short, decode<unsigned short>, loops::utf8_to_utf16>,
-     simple_from_8<128>},
-    {measure_8_to_32, convert_by<unsigned char, wchar_t, decode<wchar_t>, loops::utf8_to_utf32>,
-     simple_from_8<64>},
+    {measure_8_to_16, convert_from_8<unsigned short, loops::utf8_to_utf16>, simple_from_8<128>},
+    {measure_8_to_32, convert_from_8<wchar_t, loops::utf8_to_utf32>, simple_from_8<64>},
     {measure_16_to_8, convert_16_to_8, simple_16_to_8},
-    {measure_16_to_32, convert_by<unsigned short, wchar_t, widen_16_to_32, loops::utf16_to_utf32>,
-     simple_16_to_32},
-    {measure_32_to_8, convert_by<wchar_t, char, encode_32_to_8, loops::utf32_to_utf8>,
-     simple_32_to_8},
-    {measure_32_to_16, convert_by<wchar_t, unsigned short, narrow_32_to_16, loops::utf32_to_utf16>,
-     simple_32_to_16},
+    {measure_16_to_32, convert_16_to_32, simple_16_to_32},
+    {measure_32_to_8, convert_32_to_8, simple_32_to_8},
+    {measure_32_to_16, convert_32_to_16, simple_32_to_16},
 };
 
 }  // namespace kernels

@@ -301,6 +301,42 @@ TEST_P(UnicodeKernels, TreatEveryLimitOf32BitsAtEveryOffset) {
                 }
 }
 
+// Some forms convert a source of up to 64 bytes without loops.
+TEST_P(UnicodeKernels, CheckEveryOffsetOfEveryShortSource) {
+    for (std::size_t length = 1; length <= 66; ++length)
+        for (const std::vector<unsigned char>& filling : fillings(length))
+            for (const unsigned char byte : {0x00, 0x7F, 0x80, 0xBF, 0xC3, 0xE4, 0xF0, 0xF8, 0xFF})
+                for (std::size_t at = 0; at < length; ++at) {
+                    std::vector<unsigned char> text = filling;
+                    text[at] = byte;
+                    check(text);
+                }
+    const std::vector<std::vector<unsigned short>> characters = {
+        {'a', 'b'}, {0xE9, 'a'}, {0x4E2D, 0xE9}, {0xD83D, 0xDE00}};
+    for (std::size_t length = 1; length <= 34; ++length)
+        for (const std::vector<unsigned short>& pair : characters)
+            for (const unsigned short unit :
+                 {0x7F, 0x80, 0x7FF, 0x800, 0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFF})
+                for (std::size_t at = 0; at < length; ++at) {
+                    std::vector<unsigned short> text;
+                    while (text.size() < length)
+                        append(text, pair);
+                    text.resize(length);
+                    text[at] = unit;
+                    check(text);
+                }
+    for (std::size_t length = 1; length <= 18; ++length)
+        for (const wchar_t letter : {L'a', L'\xE9', L'\x4E2D', L'\x1F600'})
+            for (const int limit :
+                 {-0x7FFFFFFF - 1, -1, 0x7F, 0x80, 0x7FF, 0x800, 0xD7FF, 0xD800, 0xDFFF, 0xE000,
+                  0xFFFE, 0xFFFF, 0x10000, 0x10FFFF, 0x110000, 0x7FFFFFFF})
+                for (std::size_t at = 0; at < length; ++at) {
+                    std::vector<wchar_t> text(length, letter);
+                    text[at] = limit;
+                    check(text);
+                }
+}
+
 // Characters of one kind, of all kinds in turn, and bytes or units of any value.
 TEST_P(UnicodeKernels, ConvertEveryLengthAtEveryAlignment) {
     std::mt19937 engine(11);
