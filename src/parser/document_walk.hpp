@@ -73,7 +73,7 @@ namespace detail {
 ///     void close();                               // there is one
 ///     void forget_attributes();
 ///     bool add_attribute(piece name);             // false if there is one of that name
-///     void move_to(const char* cursor);           // for an error
+///     void move_to(const char* cursor);           // where the run ends, also with an error
 ///     const char* end();                          // of the document, after an event
 ///     const char* take_usual(const char* cursor); // whole constructs that it handles itself
 ///     const char* element_start(piece name, const char* cursor);
@@ -262,7 +262,7 @@ private:
         return cursor + 1;
     }
 
-    const char* take_comment(const char* begin) {
+    __attribute__((noinline)) const char* take_comment(const char* begin) {
         const char* const end = end_of_section(begin, "-->");
         const char* const last = end + 2;
         return after(m_space.size == 0 ? m_context.comment(piece(begin, end), last)
@@ -270,7 +270,7 @@ private:
                1;
     }
 
-    const char* take_character_section(const char* begin) {
+    __attribute__((noinline)) const char* take_character_section(const char* begin) {
         const char* const end = end_of_section(begin, "]]>");
         const char* const last = end + 2;
         return after(m_space.size == 0 ? m_context.character(piece(begin, end), last)

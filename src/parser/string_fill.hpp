@@ -22,8 +22,16 @@ namespace detail {
 
 // The size that the operation receives may be the new capacity, as in libstdc++ 12, so it is not
 // used.
-__attribute__((noinline)) inline void fill_long(std::string& into, const char* data,
-                                                std::size_t size) {
+__attribute__((noinline)) inline void fill_larger(std::string& into, const char* data,
+                                                  std::size_t size, std::size_t readable) {
+    const std::size_t chunk = 32;
+    if (size <= chunk && readable >= chunk && into.capacity() >= chunk) {
+        into.resize_and_overwrite(chunk, [data, size](char* to, std::size_t) {
+            std::memcpy(to, data, chunk);
+            return size;
+        });
+        return;
+    }
     into.resize_and_overwrite(size, [data, size](char* to, std::size_t) {
         std::memcpy(to, data, size);
         return size;
@@ -33,26 +41,22 @@ __attribute__((noinline)) inline void fill_long(std::string& into, const char* d
 /// Replaces the contents of a string with `size` bytes at `data`, which must not belong to the
 /// string. `readable` bytes may be read there, at least `size`.
 //
-// Most names and values, with the terminator, fit into the string object itself, or into the amount
-// that two instructions copy.
+// Most names and values, with the terminator, fit into the string object itself, which one
+// instruction copies.
 __attribute__((always_inline)) inline void fill(strings::ustring8& into, const char* data,
                                                 std::size_t size, std::size_t readable) {
     const std::size_t small = 16;
-    const std::size_t chunk = 32;
     std::string& base = into;
-    if (size < small && readable >= small) {
-        base.resize_and_overwrite(small - 1, [data, size](char* to, std::size_t) {
-            std::memcpy(to, data, small);
-            return size;
-        });
-    } else if (size <= chunk && readable >= chunk && base.capacity() >= chunk) {
-        base.resize_and_overwrite(chunk, [data, size](char* to, std::size_t) {
-            std::memcpy(to, data, chunk);
-            return size;
-        });
-    } else {
-        fill_long(base, data, size);
+    if (size >= small || readable < small) {
+        fill_larger(base, data, size, readable);
+        return;
     }
+    if (base.capacity() < small - 1)
+        __builtin_unreachable();  // no string has less, so the code that grows it is left out
+    base.resize_and_overwrite(small - 1, [data, size](char* to, std::size_t) {
+        std::memcpy(to, data, small);
+        return size;
+    });
 }
 
 /// Appends `size` bytes, which must not belong to the string, and one byte more.

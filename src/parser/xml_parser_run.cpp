@@ -20,12 +20,15 @@ using parse_error = xml_parser::parse_error;
 class xml_parser::run::reporting : public xml_parser::run {
 public:
     reporting(xml_parser& parser, iterator& cursor, const iterator& end)
-        : run(parser, end.base()), m_cursor(cursor), m_caller_end(end), m_calling(false) {}
+        : run(parser, end.base()), m_cursor(cursor), m_caller_end(end), m_stopped(false) {}
 
-    // Whether an exception comes from a handler rather than from the grammar.
-    bool calling() const { return m_calling; }
+    // Whether an exception comes from the grammar rather than from a handler.
+    bool stopped() const { return m_stopped; }
 
-    void move_to(const char* cursor) { m_cursor = iterator(cursor); }
+    void move_to(const char* cursor) {
+        m_cursor = iterator(cursor);
+        m_stopped = true;
+    }
     const char* end() {
         m_end = m_caller_end.base();
         return m_end;
@@ -52,11 +55,8 @@ public:
         if (m_parser.on_attribute.is_empty())
             return cursor;
         fill(m_name, name);
-        move_to(cursor);
-        const ustring8& value_string = string_of(value);
-        m_calling = true;
-        m_parser.on_attribute.invoke(m_name, value_string);
-        m_calling = false;
+        m_cursor = iterator(cursor);
+        call(m_parser.on_attribute, m_name, string_of(value));
         return m_cursor.base();
     }
     template <typename Text>
@@ -78,24 +78,28 @@ private:
         return m_string;
     }
 
-    // The flag stays set if the handler throws, and `do_parse` lets that exception pass.
     template <typename Delegate, typename Text>
     const char* report(Delegate& delegate, const Text& text, const char* cursor) {
         if (delegate.is_empty())
             return cursor;
-        move_to(cursor);
-        const ustring8& string = string_of(text);
-        m_calling = true;
-        delegate.invoke(string);
-        m_calling = false;
+        m_cursor = iterator(cursor);
+        call(delegate, string_of(text));
         return m_cursor.base();
+    }
+
+    // The delegate is not empty.
+    template <typename Delegate, typename... Strings>
+    static void call(Delegate& delegate, const Strings&... strings) {
+        if (delegate.is_empty())
+            __builtin_unreachable();  // the check of `invoke` is left out
+        delegate.invoke(strings...);
     }
 
     iterator& m_cursor;  // the caller's, as is the end
     const iterator& m_caller_end;
     ustring8 m_name;
     ustring8 m_string;
-    bool m_calling;
+    bool m_stopped;  // at the end of the document or at an error
 };
 
 parse_error xml_parser::do_parse(iterator& cursor, iterator& end) {
@@ -106,7 +110,7 @@ parse_error xml_parser::do_parse(iterator& cursor, iterator& end) {
         return detail::document_walk<run::reporting>(current, cursor, end).run();
     } catch (const parse_error& error) {
         // A handler may throw its own `parse_error`, which is not the result of this run.
-        if (current.calling())
+        if (!current.stopped())
             throw;
         return error;
     }
