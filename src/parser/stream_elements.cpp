@@ -1,8 +1,8 @@
-#include "parser/entity.hpp"
 #include "parser/stream_nodes.hpp"
 #include "parser/string_fill.hpp"
 #include "parser/usual_element.hpp"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <list>
@@ -45,21 +45,33 @@ __attribute__((always_inline)) inline void set_exactly(ustring8& to, const char*
         to = ustring8(begin, end);
 }
 
-// Writes the text without its references and returns the end.
+// Copies bytes, of which most texts have few between two references, and returns the end. So many
+// bytes as the copy may be long are read and written if there is room for them.
+__attribute__((always_inline)) inline char*
+copy(const char* begin, const char* end, const char* readable_end, char* to, const char* room_end) {
+    const std::ptrdiff_t size = end - begin;
+    const std::ptrdiff_t room = std::min(readable_end - begin, room_end - to);
+    if (size <= 16 && room >= 16)
+        std::memcpy(to, begin, 16);
+    else if (size <= 32 && room >= 32)
+        std::memcpy(to, begin, 32);
+    else
+        std::memcpy(to, begin, static_cast<std::size_t>(size));
+    return to + size;
+}
+
+// Writes the text without its references and returns the end. There is room for the text with them.
 char* compose(const usual_element& element, char* to) {
     const char* at = element.text.data;
     const char* const end = at + element.text.size;
-    while (const void* const found = std::memchr(at, '&', static_cast<std::size_t>(end - at))) {
-        const char* const reference = static_cast<const char*>(found);
-        const auto size = static_cast<std::size_t>(reference - at);
-        std::memcpy(to, at, size);
-        to += size;
-        at = reference + size_of_entity(reference, *to);
-        ++to;
+    const char* const room_end = to + element.text.size;
+    for (std::size_t i = 0; i != element.reference_count; ++i) {
+        const usual_element::reference& one = element.references[i];
+        to = copy(at, one.begin, element.last, to, room_end);
+        *to++ = one.byte;
+        at = one.begin + one.size;
     }
-    const auto size = static_cast<std::size_t>(end - at);
-    std::memcpy(to, at, size);
-    return to + size;
+    return copy(at, end, element.last, to, room_end);
 }
 
 void set_composed(const usual_element& element, ustring8& text) {
@@ -74,18 +86,9 @@ void set_composed(const usual_element& element, ustring8& text) {
 #endif
 }
 
-}  // namespace
-
-// The node is complete before it is in the queue, so nothing changes if memory runs out.
-void stream_nodes::append_whole(const usual_element& element, unsigned int line) {
-    std::list<node> whole(1);
-    node& made = whole.back();
-    made.type = xml_stream_parser::no_error;
-    made.ready = true;
+// Sets the strings of the node.
+void set_strings(const usual_element& element, xml_stream_parser::node& made) {
     set(made.name, element.name, element.last);
-    made.line = line;
-    made.id = m_next_id;
-    made.parent = m_ids.top();
     for (std::size_t i = 0; i != element.attribute_count; ++i) {
         const usual_element::attribute& one = element.attributes[i];
         made.attributes.emplace_back();
@@ -93,11 +96,29 @@ void stream_nodes::append_whole(const usual_element& element, unsigned int line)
         set_exactly(added.first, one.name, one.equals, element.last);
         set_exactly(added.second, one.equals + 2, one.last, element.last);
     }
-    if (element.has_references)
+    if (element.reference_count != 0)
         set_composed(element, made.text);
     else if (!element.text.empty())
         set(made.text, element.text, element.last);
-    m_queue.splice(m_queue.end(), whole);
+}
+
+}  // namespace
+
+// If memory runs out, the queue is left as it was.
+void stream_nodes::append_whole(const usual_element& element, unsigned int line) {
+    m_queue.emplace_back();
+    node& made = m_queue.back();
+    made.type = xml_stream_parser::no_error;
+    made.ready = true;
+    made.line = line;
+    made.id = m_next_id;
+    made.parent = m_ids.top();
+    try {
+        set_strings(element, made);
+    } catch (...) {
+        m_queue.pop_back();
+        throw;
+    }
     ++m_next_id;
     m_attribute_names.clear();
 }

@@ -50,14 +50,15 @@ unsigned int stream_nodes::ready_count(const std::list<node>& queue) {
 stream_nodes::node stream_nodes::take_first() {
     // The first node belongs to the outermost element whose node is still in the queue, or to one
     // that has closed. Elements whose node was taken precede all others, so a binary search finds
-    // it.
+    // it. Usually there is nothing to find, because all have been taken.
     auto& elements = element_access::all(m_elements);
-    const auto outermost =
-        std::partition_point(elements.begin(), elements.end(), [this](const open_element& element) {
-            return element.second == m_queue.end();
-        });
-    if (outermost != elements.end() && outermost->second == m_queue.begin())
-        outermost->second = m_queue.end();
+    if (!elements.empty() && elements.back().second != m_queue.end()) {
+        const auto outermost = std::partition_point(
+            elements.begin(), elements.end(),
+            [this](const open_element& element) { return element.second == m_queue.end(); });
+        if (outermost->second == m_queue.begin())
+            outermost->second = m_queue.end();
+    }
 
     node first = std::move(m_queue.front());
     m_queue.pop_front();

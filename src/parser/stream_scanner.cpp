@@ -268,7 +268,7 @@ bool stream_scanner::find_usual_element(usual_element& found) {
         return false;
     if (*at == '/') {
         found.is_empty_tag = true;
-        found.has_references = false;
+        found.reference_count = 0;
         found.text = piece(at, at);
         found.last = at + 1;
         return at[1] == '>';
@@ -277,7 +277,7 @@ bool stream_scanner::find_usual_element(usual_element& found) {
     if (at == end || *at == '>')
         return false;
 
-    const char* const stop = end_of_usual_text(at, found.has_references);
+    const char* const stop = end_of_usual_text(at, found);
     const std::size_t size = found.name.size;
     if (static_cast<std::size_t>(end - stop) < size + 3 || stop[1] != '/' ||
         stop[2 + size] != '>' || !have_equal_bytes(stop + 2, found.name.data, size))
@@ -326,19 +326,22 @@ inline const char* stream_scanner::after_usual_space(const char* at, unsigned in
     return m_blocks.end_of_white_space(at, lines);
 }
 
-// The `<` after text whose references are all entities, or else the end of the data.
-const char* stream_scanner::end_of_usual_text(const char* begin, bool& has_references) {
+// The `<` after text with few references, all of them entities, or else the end of the data.
+const char* stream_scanner::end_of_usual_text(const char* begin, usual_element& found) {
     const char* const end = m_buffer.data() + m_end;
     const char* stop = m_blocks.end_of_content(begin);
-    has_references = stop != end && *stop == '&';
+    found.reference_count = 0;
     while (stop != end && *stop == '&') {
-        char meant;
-        const std::size_t size = static_cast<std::size_t>(end - stop) < enough_entity_bytes
-                                     ? 0
-                                     : size_of_entity(stop, meant);
-        if (size == 0)
+        if (static_cast<std::size_t>(end - stop) < enough_entity_bytes ||
+            found.reference_count == usual_element::most_references)
             return end;
-        stop = m_blocks.end_of_content(stop + size);
+        usual_element::reference& added = found.references[found.reference_count];
+        added.begin = stop;
+        added.size = size_of_entity(stop, added.byte);
+        if (added.size == 0)
+            return end;
+        ++found.reference_count;
+        stop = m_blocks.end_of_content(stop + added.size);
     }
     return stop;
 }

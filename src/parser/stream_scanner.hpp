@@ -166,7 +166,7 @@ private:
 
     const char* end_of_usual_attributes(const char* at, usual_element& found);
     const char* after_usual_space(const char* at, unsigned int& lines);
-    const char* end_of_usual_text(const char* begin, bool& has_references);
+    const char* end_of_usual_text(const char* begin, usual_element& found);
     bool take_usual_entity(char& result);
     strings::ustring8 take_entity(const char* letters, char result, std::size_t needed);
     strings::ustring8 take_entity_in_a();

@@ -20,6 +20,7 @@ namespace detail {
 /// whitespace around the `=`, and text or nothing in it.
 struct usual_element {
     static const std::size_t most_attributes = 8;
+    static const std::size_t most_references = 16;
 
     /// Pointers into the data, so that making an element initializes nothing.
     struct attribute {
@@ -28,14 +29,21 @@ struct usual_element {
         const char* last;  // the closing quote
     };
 
+    struct reference {
+        const char* begin;
+        std::size_t size;
+        char byte;  // what it means
+    };
+
     piece name;
     attribute attributes[most_attributes];
     std::size_t attribute_count;
     piece text;
-    bool has_references;  // in the text, all of them entities
-    bool is_empty_tag;    // `<name/>`
-    unsigned int lines;   // line feeds in whitespace
-    const char* last;     // the `>` that ends the element
+    reference references[most_references];  // in the text, all of them entities
+    std::size_t reference_count;
+    bool is_empty_tag;   // `<name/>`
+    unsigned int lines;  // line feeds in whitespace
+    const char* last;    // the `>` that ends the element
 };
 
 }  // namespace detail

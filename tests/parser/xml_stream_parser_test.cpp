@@ -1596,6 +1596,24 @@ TEST(StreamParserText, HasReferencesAtAnyDistance) {
     }
 }
 
+TEST(StreamParserText, MayContainAnyNumberOfReferences) {
+    const std::size_t counts = 40;
+    std::string document = declaration + "<r>";
+    std::string references;
+    for (std::size_t count = 0; count != counts; ++count, references += "&amp;, ")
+        document += "<a>text: " + references + "</a><b>" + references + "end</b>";
+    const growing_file file(document + "</r>");
+    xml_stream_parser parser(file.path(), 1);
+    EXPECT_EQ(3, parser.parse());
+    parser.node_queue_pop();
+    std::string expected;
+    for (std::size_t count = 0; count != counts; ++count, expected += "&, ") {
+        SCOPED_TRACE(count);
+        EXPECT_EQ("text: " + expected, parser.node_queue_pop().text);
+        EXPECT_EQ(expected + "end", parser.node_queue_pop().text);
+    }
+}
+
 TEST(StreamParserRecovery, StopsAtTheEndOfTheDataAfterAnyCut) {
     const std::string body =
         "<a x='q&#x41;&lt;&amp;&apos;' y=\"&#65;&nbsp;&quot;&gt;\" "
