@@ -1,13 +1,12 @@
 /// @file
-/// One condition of the library at a time that is forced to be true or false.
+/// One condition of the library at a time that is negated.
 ///
 ///     if (::tova_mutants::condition(7, static_cast<bool>(size == 0)))
 ///
 /// `mutants.py` writes such calls around the conditions of a copy of the sources. In the file of
 /// the library, `active` says what happens: nothing (-1), the numbers of the conditions that run
-/// are recorded
-/// (-2), or one condition is forced (twice its number, plus 1 for true). Any number of threads may
-/// call this.
+/// are recorded (-2), or the condition with this number is negated. Any number of threads may call
+/// this.
 #pragma once
 
 namespace tova_mutants {
@@ -22,7 +21,7 @@ constexpr __attribute__((always_inline)) inline bool condition(int number, bool 
         return value;
     if (active < 0)
         return record(number), value;
-    return active / 2 == number ? active % 2 != 0 : value;
+    return value != (active == number);
 }
 
 }  // namespace tova_mutants

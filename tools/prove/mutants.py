@@ -1,14 +1,16 @@
-"""Forces the conditions of the library one at a time, and counts what the tests notice.
+"""Negates the conditions of the library one at a time, and counts what the tests notice.
 
-A mutant is a condition of src/ or include/ that is always true, or always false. clang's coverage says
-where the conditions are. A copy of the sources gets a call around each of them (see mutant.hpp), and is
-built once. The file of the library says which condition is forced, so a mutant is a copy of that file
-with other bytes in one variable. Another variable says which form of the kernels is used, so each form
-is asked.
+A mutant is a condition of src/ or include/ that has the opposite value. clang's coverage says where the
+conditions are. A copy of the sources gets a call around each of them (see mutant.hpp), and is built once.
+The file of the library says which condition is negated, so a mutant is a copy of that file with other
+bytes in one variable. Another variable says which form of the kernels is used, so each form is asked.
 
-First each test program runs once with a library that records which conditions run. Only the programs that
-run a condition are asked about its mutants: those of the same family first and fast ones before slow ones,
-until one fails or all have passed.
+A condition that is always true or always false would be no better: where it chooses between a fast way and
+the usual one, one of the two always survives.
+
+First each test program runs once with a library that records which conditions run, and each case of the
+longer ones runs once by itself. Only the programs and cases that run a condition are asked about its
+mutant: those of the same family first and fast ones before slow ones, until one fails or all have passed.
 
 Survivors are listed in mutants.txt with the reason why no test can tell them from the library, or why
 none should. The list is keyed by the text of the source line, so it survives edits elsewhere.
@@ -19,6 +21,7 @@ few more survive.
 import collections
 import concurrent.futures
 import json
+import os
 import pathlib
 import random
 import re
@@ -40,9 +43,11 @@ SLOW = re.compile("programs_|xml_forms_|docs_|consumers_|tools_")
 OF_THE_FILE = re.compile("(kernel_form|abi_symbols|abi_hardening)_test$")
 SOURCES = ("tests", "tools/prove/tests_of_build.py", "tools/prove/mutant.cpp", "tools/prove/mutant.hpp")
 NOTHING, RECORD = -1, -2  # values of the variable `active`
+WHOLE = 1.0  # seconds; of programs that take longer, each case runs by itself
+LONGEST_FILTER = 100_000  # bytes; an argument of a program is limited to 128 KiB
 
 Condition = collections.namedtuple("Condition", "source begin end")  # (line, column) of its ends
-Mutant = collections.namedtuple("Mutant", "number value source line text")
+Mutant = collections.namedtuple("Mutant", "number source line text")
 
 
 def conditions(context, library):
@@ -170,44 +175,96 @@ def family(mutant):
     return part[1] if part[0] == "src" else part[2]
 
 
-def record(context, programs, libraries, count):
-    """Runs each program once. Fills in its time, and the numbers of the conditions that it runs.
+class Part:
+    """A test program, or one of its cases."""
 
-    Returns the names of the programs that fail.
-    """
-    base = context.scratch / "recording"
-    shutil.rmtree(base, ignore_errors=True)
-    for form in (None, *tests_of_build.FORMS):
-        libraries.folder_of(base, RECORD, form)
+    def __init__(self, program, case=None):
+        self.program = program
+        self.case = case
+        self.passed = False
+        self.seconds = 0.0
+        self.records = b""  # a byte for each condition, not 0 if it ran
 
-    def one(program):
-        folder = context.scratch / f"record-{program.name}"
+    def run(self, context, libraries, base, count):
+        """Runs it with the library that records."""
+        folder = context.scratch / f"record-{threading.get_ident()}"
         shutil.rmtree(folder, ignore_errors=True)
         folder.mkdir(parents=True)
         (folder / "records").write_bytes(bytes(count))
-        passed, program.seconds = tests_of_build.run(program, libraries.folder_of(base, RECORD, program.form),
-                                                     folder / "work", 900, (),
-                                                     {"MUTANT_RECORDS": str(folder / "records")})
-        program.ran = {number for number, byte in enumerate((folder / "records").read_bytes()) if byte}
+        self.passed, self.seconds = tests_of_build.run(
+            self.program, libraries.folder_of(base, RECORD, self.program.form), folder / "work", 900,
+            (f"--gtest_filter={self.case}",) if self.case else (), {"MUTANT_RECORDS": str(folder / "records")})
+        self.records = (folder / "records").read_bytes()
         shutil.rmtree(folder, ignore_errors=True)
-        return [] if passed else [program.name]
+        return self
+
+
+def cases_of(program, libraries, base):
+    """The names of the cases of a program that GoogleTest makes."""
+    if not tests_of_build.is_googletest(program):
+        return []
+    listing = subprocess.run([program.path, "--gtest_list_tests"], capture_output=True, text=True, env=dict(
+        os.environ, LD_LIBRARY_PATH=str(libraries.folder_of(base, NOTHING, program.form)))).stdout
+    found = []
+    suite = ""
+    for line in listing.splitlines():
+        name = line.split("#")[0].rstrip()
+        if not line.startswith(" "):
+            suite = name
+        else:
+            found.append(suite + name.strip())
+    return found
+
+
+def record(context, programs, libraries, count):
+    """Runs each program once, and each case of the longer ones. Returns the parts, which pass, and the names
+    of the programs that fail.
+
+    A program with a case that fails by itself stays whole.
+    """
+    base = context.scratch / "recording"
+    idle = context.scratch / "idle"
+    for folder, active in ((base, RECORD), (idle, NOTHING)):
+        shutil.rmtree(folder, ignore_errors=True)
+        for form in (None, *tests_of_build.FORMS):
+            libraries.folder_of(folder, active, form)
 
     with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
-        return sum(pool.map(one, programs), [])
+        def run_all(parts):
+            return list(pool.map(lambda part: part.run(context, libraries, base, count), parts))
+
+        whole = run_all([Part(program) for program in programs])
+        failed = [part.program.name for part in whole if not part.passed]
+        single = run_all([Part(part.program, case) for part in whole if part.seconds > WHOLE
+                          for case in cases_of(part.program, libraries, idle)])
+    cases = collections.defaultdict(list)
+    for part in single:
+        cases[part.program].append(part)
+    parts = []
+    for part in whole:
+        own = cases[part.program]
+        parts += own if own and all(case.passed for case in own) else [part]
+    return parts, failed
 
 
-def ordered(programs, mutant):
-    """The programs that run the condition of a mutant; its family first, each group by its running time.
+def trials(parts, mutant):
+    """What is asked about a mutant: programs, their cases (none for the whole program), and their time.
 
-    Outside of the kernels, another form adds nothing to a program that runs the condition with the usual form.
+    Its family comes first, each group by its running time. Outside of the kernels, another form adds nothing to
+    a program in which the condition with the usual form.
     """
-    usual = {program.path for program in programs if program.form is None and mutant.number in program.ran}
-    chosen = [program for program in programs if mutant.number in program.ran and
-              not (program.form and "kernels" not in mutant.source and program.path in usual)]
-    return sorted(chosen, key=lambda program: (program.family != family(mutant), program.seconds))
+    chosen = [part for part in parts if part.records[mutant.number]]
+    usual = {part.program.path for part in chosen if part.program.form is None}
+    found = collections.defaultdict(list)
+    for part in chosen:
+        if not part.program.form or "kernels" in mutant.source or part.program.path not in usual:
+            found[part.program].append(part)
+    result = [(program, [part.case for part in own if part.case], sum(part.seconds for part in own))
+              for program, own in found.items()]
+    return sorted(result, key=lambda trial: (trial[0].family != family(mutant), trial[2]))
 
 
-def judge(mutant, libraries, programs, scratch, seconds):
+def judge(mutant, libraries, parts, scratch, seconds):
     """The name of the program that notices the mutant, or None."""
     number = threading.get_ident()
     base = scratch / f"library-{number}"
@@ -215,9 +272,11 @@ def judge(mutant, libraries, programs, scratch, seconds):
     shutil.rmtree(base, ignore_errors=True)
     begin = time.monotonic()
     try:
-        for program in ordered(programs, mutant):
-            folder = libraries.folder_of(base, 2 * mutant.number + mutant.value, program.form)
-            passed, _ = tests_of_build.run(program, folder, work, 5 + 4 * program.seconds, ("--gtest_fail_fast",))
+        for program, cases, usual in trials(parts, mutant):
+            names = ":".join(cases)
+            chosen = (f"--gtest_filter={names}",) if 0 < len(names) < LONGEST_FILTER else ()
+            folder = libraries.folder_of(base, mutant.number, program.form)
+            passed, _ = tests_of_build.run(program, folder, work, 5 + 4 * usual, ("--gtest_fail_fast", *chosen))
             if not passed:
                 return program.name
             if seconds and time.monotonic() - begin > seconds:
@@ -250,24 +309,24 @@ def measure(context):
     for number in sorted(present):
         one = every[number]
         text = (context.root / one.source).read_text(encoding="latin-1").splitlines()[one.begin[0] - 1].strip()
-        mutants += [Mutant(number, value, one.source, one.begin[0], text) for value in (0, 1)]
+        mutants.append(Mutant(number, one.source, one.begin[0], text))
     chosen = random.Random(context.seed).sample(mutants, min(len(mutants), 150 if context.quick else 2000))
-    context.say(f"{len(mutants)} mutants of {len(present)} of {len(every)} conditions, {len(chosen)} chosen")
+    context.say(f"{len(mutants)} of {len(every)} conditions have a mutant, {len(chosen)} chosen")
 
     programs = [program for program in tests_of_build.programs_in_each_form(tests)
                 if not OF_THE_FILE.search(program.name)]
     if context.quick:
         families = {family(mutant) for mutant in chosen}
         programs = [program for program in programs if program.family in families and not SLOW.match(program.name)]
-    failed = record(context, programs, libraries, len(every))
+    parts, failed = record(context, programs, libraries, len(every))
     if failed:
         raise SystemExit(f"prove mutants: without a mutant these fail: {', '.join(failed)}")
-    context.say(f"{len(programs)} programs take {sum(program.seconds for program in programs):.0f} s")
+    context.say(f"{len(programs)} programs in {len(parts)} parts take {sum(part.seconds for part in parts):.0f} s")
 
     survivors = []
     killers = collections.Counter()
     with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
-        futures = {pool.submit(judge, mutant, libraries, programs, context.scratch,
+        futures = {pool.submit(judge, mutant, libraries, parts, context.scratch,
                                SECONDS_OF_CI if context.quick else None): mutant for mutant in chosen}
         for done, future in enumerate(concurrent.futures.as_completed(futures), 1):
             killer = future.result()
@@ -278,8 +337,8 @@ def measure(context):
             if done % 50 == 0:
                 context.say(f"{done} of {len(chosen)} judged, {len(survivors)} survive")
 
-    listed = [dict(mutant._asdict(), programs=len(ordered(programs, mutant)))
-              for mutant in sorted(survivors, key=lambda one: (one.source, one.line, one.number, one.value))]
+    listed = [dict(mutant._asdict(), programs=len(trials(parts, mutant)))
+              for mutant in sorted(survivors, key=lambda one: (one.source, one.line, one.number))]
     return {"quick": context.quick, "conditions": len(every), "mutants": len(mutants), "judged": len(chosen),
             "survivors": listed, "killers": killers.most_common(10), "seed": context.seed}
 
@@ -292,16 +351,14 @@ def report(result):
     known = reasons()
     explained = [(one, known.get((one["source"], one["text"]))) for one in result["survivors"]]
     unexplained = [one for one, reason in explained if not reason]
-    rows = "\n".join(
-        f"| `{one['source']}:{one['line']}` | {'true' if one['value'] else 'false'} | "
-        f"{reason or '**none yet**'} |" for one, reason in explained)
-    return f"""The library has {result['conditions']:,} conditions of our own. {result['mutants']:,} mutants are made of them: the
-condition is always true, or always false. Of these, {result['judged']:,} were drawn at random (seed {result['seed']});
+    rows = "\n".join(f"| `{one['source']}:{one['line']}` | {reason or '**none yet**'} |" for one, reason in explained)
+    return f"""The library has {result['conditions']:,} conditions of our own. For {result['mutants']:,} of them there is a mutant, in which
+the condition has the opposite value. Of these, {result['judged']:,} were drawn at random (seed {result['seed']});
 the tests notice **{killed(result):.1f} %** of them, without any correction. {len(result['survivors'])} survive,
 {len(unexplained)} of them without an explanation.
 
-| place | always | why it survives |
-|---|---|---|
+| place | why it survives |
+|---|---|
 {rows}"""
 
 
@@ -312,6 +369,6 @@ def failures(result):
         missed.append(f"{killed(result):.1f} % of the mutants are killed, {required} % are required")
     if not result["quick"]:
         known = reasons()
-        missed += [f"{one['source']}:{one['line']} (always {'true' if one['value'] else 'false'}) has no reason"
+        missed += [f"{one['source']}:{one['line']} has no reason"
                    for one in result["survivors"] if (one["source"], one["text"]) not in known]
     return missed

@@ -21,7 +21,6 @@ class TestProgram:
         self.arguments = command[1:]
         self.family = self.path.parent.name
         self.form = form  # the form of the kernels that the library has to use, or None
-        self.seconds = None  # of an ordinary run, if known
 
 
 def tests_of(build):
@@ -44,6 +43,10 @@ def programs_of(build):
     return [program for program in tests_of(build) if program.form is None]
 
 
+def is_googletest(program):
+    return "--gtest_brief=1" in program.arguments
+
+
 def run(program, library_folder, scratch, timeout, arguments=(), environment=()):
     """Runs a program with a library from another folder. Returns whether it passed, and the time.
 
@@ -59,7 +62,7 @@ def run(program, library_folder, scratch, timeout, arguments=(), environment=())
     scratch.mkdir(parents=True, exist_ok=True)
     settings = dict(os.environ, TMPDIR=str(scratch), LD_LIBRARY_PATH=str(library_folder),
                     **dict(environment))
-    if "--gtest_brief=1" not in program.arguments:
+    if not is_googletest(program):
         arguments = ()
     begin = time.monotonic()
     child = subprocess.Popen([program.path, *program.arguments, *arguments], cwd=scratch, env=settings,
