@@ -13,9 +13,13 @@ namespace tova_mutants {
 // In .data, where `mutants.py` finds and changes it.
 __attribute__((section(".data"))) int active = -1;
 
+unsigned char* records;
+
 namespace {
 
-// The records of this process and of all that it starts are the bytes of one file.
+std::atomic<bool> is_missing;
+
+// The file is shared by all processes that map it.
 unsigned char* open_records() {
     const char* const path = std::getenv("MUTANT_RECORDS");
     const int file = path == nullptr ? -1 : open(path, O_RDWR | O_CLOEXEC);
@@ -28,23 +32,19 @@ unsigned char* open_records() {
     return data == MAP_FAILED ? nullptr : static_cast<unsigned char*>(data);
 }
 
-std::atomic<unsigned char*> records;
-std::atomic<bool> is_missing;
-
 }  // namespace
 
-void record(int number) {
+void record_first(int number) {
     if (is_missing.load(std::memory_order_relaxed))
         return;
     // Two threads that come here first map the file twice, which does no harm.
-    unsigned char* bytes = records.load(std::memory_order_acquire);
+    unsigned char* const bytes = open_records();
     if (bytes == nullptr) {
-        bytes = open_records();
-        is_missing = bytes == nullptr;
-        records = bytes;
+        is_missing = true;
+        return;
     }
-    if (bytes != nullptr)
-        bytes[number] = 1;
+    bytes[number] = 1;
+    __atomic_store_n(&records, bytes, __ATOMIC_RELEASE);
 }
 
 }  // namespace tova_mutants

@@ -13,8 +13,19 @@ namespace tova_mutants {
 
 extern __attribute__((visibility("hidden"))) int active;
 
-/// Marks the byte of a condition in the file that MUTANT_RECORDS names.
-__attribute__((visibility("hidden"))) void record(int number);
+/// A byte for each condition that this process and those that it starts have run, or null.
+extern __attribute__((visibility("hidden"))) unsigned char* records;
+
+/// Maps the file that MUTANT_RECORDS names as `records`, and marks a condition.
+__attribute__((visibility("hidden"))) void record_first(int number);
+
+inline __attribute__((always_inline)) void record(int number) {
+    unsigned char* const bytes = __atomic_load_n(&records, __ATOMIC_ACQUIRE);
+    if (bytes != nullptr)
+        __atomic_store_n(bytes + number, 1, __ATOMIC_RELAXED);
+    else
+        record_first(number);
+}
 
 constexpr __attribute__((always_inline)) inline bool condition(int number, bool value) {
     if (__builtin_is_constant_evaluated() || __builtin_expect(active == -1, 1))

@@ -8,15 +8,14 @@ bytes in one variable. Another variable says which form of the kernels is used, 
 A condition that is always true or always false would be no better: where it chooses between a fast way and
 the usual one, one of the two always survives.
 
-First each test program runs once with a library that records which conditions run, and each case of the
-longer ones runs once by itself. Only the programs and cases that run a condition are asked about its
-mutant: those of the same family first and fast ones before slow ones, until one fails or all have passed.
+First each test program runs once with a library that records which conditions run, the longer ones case by
+case. Only the programs and cases that run a condition are asked about its mutant: those of the same family
+first and fast ones before slow ones, until one fails, all have passed, or the time for one mutant is over.
 
 Survivors are listed in mutants.txt with the reason why no test can tell them from the library, or why
 none should. The list is keyed by the text of the source line, so it survives edits elsewhere.
 
-The quick form asks the programs of the same family only, and for each mutant only for some seconds, so a
-few more survive.
+The quick form asks the programs of the same family only, so a few more survive.
 """
 import collections
 import concurrent.futures
@@ -35,14 +34,21 @@ import tests_of_build
 TITLE = "Mutants"
 REQUIRED = 97.0  # per cent killed, the explained survivors counted as survivors
 REQUIRED_OF_CI = 93.0
-SECONDS_OF_CI = 40  # for each mutant
+JUDGED, JUDGED_BY_CI = 2000, 150
+# A mutant that passes for so long counts as a survivor. A known survivor gets less.
+SECONDS = 60
+SECONDS_OF_CI = 30
+SECONDS_OF_KNOWN = 5
 REASONS = pathlib.Path(__file__).with_name("mutants.txt")
 # The quick form does without these.
 SLOW = re.compile("programs_|xml_forms_|docs_|consumers_|tools_")
 # These look at the file of the library, which differs in a mutant for other reasons.
 OF_THE_FILE = re.compile("(kernel_form|abi_symbols|abi_hardening)_test$")
 SOURCES = ("tests", "tools/prove/tests_of_build.py", "tools/prove/mutant.cpp", "tools/prove/mutant.hpp")
+# What several forms of the kernels run.
+SHARED = re.compile("_loops[.]hpp$|/byte_blocks[.]hpp$|/(byte|unicode|xml)_kernels[.]cpp$")
 NOTHING, RECORD = -1, -2  # values of the variable `active`
+CHOSEN = "chosen"  # the folder of the library that chooses the form of its kernels
 WHOLE = 1.0  # seconds; of programs that take longer, each case runs by itself
 LONGEST_FILTER = 100_000  # bytes; an argument of a program is limited to 128 KiB
 
@@ -158,7 +164,7 @@ class Libraries:
         self.choice = offset_of(library, "::detail::chosen_cpu_level")
 
     def folder_of(self, base, active, form):
-        folder = base / (form or "chosen")
+        folder = base / (form or CHOSEN)
         if not folder.is_dir():
             folder.mkdir(parents=True)
             code = bytearray(self.code)
@@ -185,26 +191,30 @@ class Part:
         self.seconds = 0.0
         self.records = b""  # a byte for each condition, not 0 if it ran
 
-    def run(self, context, libraries, base, count):
-        """Runs it with the library that records."""
-        folder = context.scratch / f"record-{threading.get_ident()}"
-        shutil.rmtree(folder, ignore_errors=True)
-        folder.mkdir(parents=True)
-        (folder / "records").write_bytes(bytes(count))
+    def run(self, scratch, folder, records=None):
+        """Runs it with the library of a folder."""
+        work = scratch / f"record-{threading.get_ident()}"
         self.passed, self.seconds = tests_of_build.run(
-            self.program, libraries.folder_of(base, RECORD, self.program.form), folder / "work", 900,
-            (f"--gtest_filter={self.case}",) if self.case else (), {"MUTANT_RECORDS": str(folder / "records")})
-        self.records = (folder / "records").read_bytes()
-        shutil.rmtree(folder, ignore_errors=True)
+            self.program, folder, work, 900, (f"--gtest_filter={self.case}",) if self.case else (),
+            {"MUTANT_RECORDS": str(records)} if records else {})
+        shutil.rmtree(work, ignore_errors=True)
+        return self
+
+    def record(self, scratch, folder, count):
+        """Runs it with a library that records."""
+        records = scratch / f"records-{threading.get_ident()}"
+        records.write_bytes(bytes(count))
+        self.run(scratch, folder, records)
+        self.records = records.read_bytes()
         return self
 
 
-def cases_of(program, libraries, base):
+def cases_of(program, folder):
     """The names of the cases of a program that GoogleTest makes."""
     if not tests_of_build.is_googletest(program):
         return []
-    listing = subprocess.run([program.path, "--gtest_list_tests"], capture_output=True, text=True, env=dict(
-        os.environ, LD_LIBRARY_PATH=str(libraries.folder_of(base, NOTHING, program.form)))).stdout
+    listing = subprocess.run([program.path, "--gtest_list_tests"], capture_output=True, text=True,
+                             env=dict(os.environ, LD_LIBRARY_PATH=str(folder))).stdout
     found = []
     suite = ""
     for line in listing.splitlines():
@@ -217,47 +227,50 @@ def cases_of(program, libraries, base):
 
 
 def record(context, programs, libraries, count):
-    """Runs each program once, and each case of the longer ones. Returns the parts, which pass, and the names
-    of the programs that fail.
+    """Runs each program, the short ones whole and the others case by case, with a library that records.
 
-    A program with a case that fails by itself stays whole.
+    A program with a case that fails by itself stays whole. Returns the parts, and the names of the programs
+    that fail.
     """
-    base = context.scratch / "recording"
+    recording = context.scratch / "recording"
     idle = context.scratch / "idle"
-    for folder, active in ((base, RECORD), (idle, NOTHING)):
-        shutil.rmtree(folder, ignore_errors=True)
+    for base, active in ((recording, RECORD), (idle, NOTHING)):
+        shutil.rmtree(base, ignore_errors=True)
         for form in (None, *tests_of_build.FORMS):
-            libraries.folder_of(folder, active, form)
+            libraries.folder_of(base, active, form)
 
     with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
         def run_all(parts):
-            return list(pool.map(lambda part: part.run(context, libraries, base, count), parts))
+            return list(pool.map(lambda part: part.run(context.scratch, idle / (part.program.form or CHOSEN)), parts))
+
+        def record_all(parts):
+            return list(pool.map(lambda part: part.record(context.scratch, recording / (part.program.form or CHOSEN),
+                                                          count), parts))
 
         whole = run_all([Part(program) for program in programs])
         failed = [part.program.name for part in whole if not part.passed]
-        single = run_all([Part(part.program, case) for part in whole if part.seconds > WHOLE
-                          for case in cases_of(part.program, libraries, idle)])
-    cases = collections.defaultdict(list)
-    for part in single:
-        cases[part.program].append(part)
-    parts = []
-    for part in whole:
-        own = cases[part.program]
-        parts += own if own and all(case.passed for case in own) else [part]
-    return parts, failed
+        single = record_all([Part(part.program, case) for part in whole if part.seconds > WHOLE
+                             for case in cases_of(part.program, idle / (part.program.form or CHOSEN))])
+        cases = collections.defaultdict(list)
+        for part in single:
+            cases[part.program].append(part)
+        divided = {program for program, own in cases.items() if all(part.passed for part in own)}
+        whole = record_all([part for part in whole if part.program not in divided])
+    failed += [part.program.name for part in whole if not part.passed]
+    return whole + [part for part in single if part.program in divided], sorted(set(failed))
 
 
 def trials(parts, mutant):
     """What is asked about a mutant: programs, their cases (none for the whole program), and their time.
 
-    Its family comes first, each group by its running time. Outside of the kernels, another form adds nothing to
-    a program in which the condition with the usual form.
+    Its family comes first, each group by its running time. If a program runs the condition with the form that
+    the library chooses, another one adds nothing, but for the loops that several forms share.
     """
     chosen = [part for part in parts if part.records[mutant.number]]
     usual = {part.program.path for part in chosen if part.program.form is None}
     found = collections.defaultdict(list)
     for part in chosen:
-        if not part.program.form or "kernels" in mutant.source or part.program.path not in usual:
+        if not part.program.form or part.program.path not in usual or SHARED.search(mutant.source):
             found[part.program].append(part)
     result = [(program, [part.case for part in own if part.case], sum(part.seconds for part in own))
               for program, own in found.items()]
@@ -279,7 +292,7 @@ def judge(mutant, libraries, parts, scratch, seconds):
             passed, _ = tests_of_build.run(program, folder, work, 5 + 4 * usual, ("--gtest_fail_fast", *chosen))
             if not passed:
                 return program.name
-            if seconds and time.monotonic() - begin > seconds:
+            if time.monotonic() - begin > seconds:
                 break
         return None
     finally:
@@ -310,7 +323,7 @@ def measure(context):
         one = every[number]
         text = (context.root / one.source).read_text(encoding="latin-1").splitlines()[one.begin[0] - 1].strip()
         mutants.append(Mutant(number, one.source, one.begin[0], text))
-    chosen = random.Random(context.seed).sample(mutants, min(len(mutants), 150 if context.quick else 2000))
+    chosen = random.Random(context.seed).sample(mutants, min(len(mutants), JUDGED_BY_CI if context.quick else JUDGED))
     context.say(f"{len(mutants)} of {len(every)} conditions have a mutant, {len(chosen)} chosen")
 
     programs = [program for program in tests_of_build.programs_in_each_form(tests)
@@ -326,8 +339,11 @@ def measure(context):
     survivors = []
     killers = collections.Counter()
     with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
+        known = reasons()
+        usual = SECONDS_OF_CI if context.quick else SECONDS
         futures = {pool.submit(judge, mutant, libraries, parts, context.scratch,
-                               SECONDS_OF_CI if context.quick else None): mutant for mutant in chosen}
+                               SECONDS_OF_KNOWN if (mutant.source, mutant.text) in known else usual): mutant
+                   for mutant in chosen}
         for done, future in enumerate(concurrent.futures.as_completed(futures), 1):
             killer = future.result()
             if killer is None:
@@ -352,8 +368,8 @@ def report(result):
     explained = [(one, known.get((one["source"], one["text"]))) for one in result["survivors"]]
     unexplained = [one for one, reason in explained if not reason]
     rows = "\n".join(f"| `{one['source']}:{one['line']}` | {reason or '**none yet**'} |" for one, reason in explained)
-    return f"""The library has {result['conditions']:,} conditions of our own. For {result['mutants']:,} of them there is a mutant, in which
-the condition has the opposite value. Of these, {result['judged']:,} were drawn at random (seed {result['seed']});
+    return f"""The library has {result['conditions']:,} conditions of our own. For {result['mutants']:,} of them there is a
+mutant, in which the condition has the opposite value. Of these, {result['judged']:,} were drawn at random (seed {result['seed']});
 the tests notice **{killed(result):.1f} %** of them, without any correction. {len(result['survivors'])} survive,
 {len(unexplained)} of them without an explanation.
 
