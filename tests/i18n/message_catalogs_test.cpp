@@ -596,6 +596,19 @@ TEST_F(CatalogSet, RanksStoredMessagesByTheLocaleOfTheNewLoad) {
     EXPECT_EQ("neutral", rendered(set, "c", "k"));
 }
 
+TEST_F(CatalogSet, ChoosesAmongMessagesWhoseKeysBeginAlike) {
+    const std::string german =
+        catalog("c", "de", msg("settings.a", "1") + msg("settings.b", "2") + msg("other", "3"));
+    const std::string english = catalog("c", "en", msg("settings.a", "4"));
+    for (const std::string& body : {german + english, english + german}) {
+        message_catalogs fresh;
+        EXPECT_EQ(file_success, seen(fresh.load_file(file("a", xmc(body)), "de")));
+        EXPECT_EQ("1", rendered(fresh, "c", "settings.a"));
+        EXPECT_EQ("2", rendered(fresh, "c", "settings.b"));
+        EXPECT_EQ("3", rendered(fresh, "c", "other"));
+    }
+}
+
 TEST_F(CatalogSet, IsUnchangedByAnInvalidFile) {
     set.load_file(file("a", small_file("c", "k", "before")), "en");
     const std::string good = catalog("c", "en", msg("k", "after") + msg("l", "new")) +

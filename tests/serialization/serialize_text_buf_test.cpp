@@ -221,14 +221,16 @@ TEST(SerializeTextBufReading, TreatsPrefixesSpacesAndTrailingTextLikeTheNumberPa
         double as_double;
     } cases[] = {
         {"0x1F", 31, 31, 0.0},  // a stream reads the 0 and leaves the rest
-        {"0b101", 5, 5, 0.0},  {"010", 8, 8, 10.0},     {"08", 0, 0, 8.0},  {"  7", 7, 7, 7.0},
+        {"0b101", 5, 5, 0.0},  {"010", 8, 8, 10.0},     {"0", 0, 0, 0.0},   {"00", 0, 0, 0.0},
+        {"07", 7, 7, 7.0},     {"-010", -8, 0, -10.0},  {"08", 0, 0, 8.0},  {"  7", 7, 7, 7.0},
         {"+7", 7, 7, 7.0},     {"12abc", 12, 12, 12.0}, {"abc", 0, 0, 0.0}, {"", 0, 0, 0.0},
         {"-", 0, 0, 0.0},      {"   ", 0, 0, 0.0},      {"1.5", 1, 1, 1.5}, {"1e999", 1, 1, 0.0},
         {"-3", -3, 0, -3.0},   {"\xC3\xA4", 0, 0, 0.0},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.field);
-        for (const char* end : {"\001", "", "\0015\001"}) {
+        // Short numbers are read in another way if enough follows them.
+        for (const char* end : {"\001", "", "\0015\001", "\001a string of many bytes\001"}) {
             const serialize_text_buf buffer(std::string(c.field) + end);
             EXPECT_EQ(c.as_int, buffer.read_int8());
             buffer.reset_read();
