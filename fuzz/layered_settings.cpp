@@ -3,6 +3,7 @@
 //
 // Input: lines. The first byte of each selects its target: the command line, the file or the
 // environment.
+#include <tova/config/characters.hpp>
 #include <tova/config/commandline_item.hpp>
 #include <tova/config/config_manager.hpp>
 #include <tova/config/enviroment_item.hpp>
@@ -64,6 +65,14 @@ std::string plainly_found(const std::vector<base_config_item*>& sources, ustring
         if (visited.count(key) != 0)
             return key;
     }
+}
+
+// The key of an element as `get_array` finds it. A separator at the end of the array's key starts
+// no further segment.
+ustring8 element_key(ustring8 key, int index) {
+    if (!key.empty() && isConfigDotSlash(key.back()))
+        key.pop_back();
+    return key + "." + std::to_string(index);
 }
 
 std::string text_of(const variant& value) {
@@ -148,7 +157,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 continue;
             any_array = true;
             for (int i = 0;; ++i) {
-                const config_node* const element = source->get_value(key + "." + std::to_string(i));
+                const config_node* const element = source->get_value(element_key(key, i));
                 if (element == nullptr)
                     break;
                 elements.push_back(text_of(element->second));
