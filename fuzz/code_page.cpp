@@ -1,7 +1,8 @@
 // `code_page`: any bytes in each code page, in both directions. The result is that of one iconv
 // call with room for everything.
 //
-// Input: one byte for the code page, then the text.
+// Input: one byte for the code page, then the text. With great values of the byte the text is
+// repeated, because only the characters of long texts are kept in a table.
 #include <tova/strings/code_page.hpp>
 #include <tova/strings/unicode.hpp>
 
@@ -24,6 +25,8 @@ using tova::strings::ustring8;
 const int pages[] = {1,     4,     932,   936,   949,   950,   1250,  1251,  1252,  1253,
                      1254,  1255,  1256,  1257,  1258,  20866, 21866, 28591, 28592, 28593,
                      28594, 28595, 28596, 28597, 28598, 28599, 28605, 125100};
+
+const std::size_t long_text = 5000;
 
 struct converted {
     std::string text;
@@ -72,10 +75,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz_support::choose_kernel_form(data, size);
     if (size == 0)
         return 0;
-    const int number = pages[data[0] % (sizeof pages / sizeof *pages)];
+    const std::size_t page_count = sizeof pages / sizeof *pages;
+    const int number = pages[data[0] % page_count];
     const code_page page(static_cast<code_page::encoding_type>(number));
     const std::string name = page.to_system_type(page.type());
-    const std::string text(reinterpret_cast<const char*>(data) + 1, size - 1);
+    std::string text(reinterpret_cast<const char*>(data) + 1, size - 1);
+    if (data[0] / page_count >= 8)
+        while (!text.empty() && text.size() < long_text)
+            text += text;
 
     const ustring8 utf8 = page.as_utf8(text);
     check(utf8, convert("UTF-8", name, text));

@@ -1,5 +1,6 @@
 // `xml_parser`: any document. A run returns a valid kind, does not depend on the bytes after its
-// range, and leaves a parser that accepts the next document.
+// range, and leaves a parser that accepts the next document. The operations for single constructs
+// read the same names and values as a run.
 //
 // Input: the document.
 #include <tova/functor/member_function.hpp>
@@ -66,6 +67,70 @@ std::string result_of(xml_parser& parser, ustring8::const_iterator begin,
            result.text;
 }
 
+// The events and the result of a run on one document.
+std::string result_of(const ustring8& elements) {
+    const ustring8 document = "<?xml?>" + elements;
+    xml_parser parser;
+    return result_of(parser, document.begin(), document.end());
+}
+
+// One construct at the beginning of a text: where the operation leaves the cursor, and its error.
+struct construct {
+    construct(ustring8 (xml_parser::*take)(xml_parser::iterator&, xml_parser::iterator&),
+              const ustring8& text) {
+        xml_parser parser;
+        xml_parser::iterator cursor = text.begin();
+        xml_parser::iterator end = text.end();
+        try {
+            content = (parser.*take)(cursor, end);
+            is_taken = true;
+        } catch (const parse_error& raised) {
+            error = std::to_string(raised.type) + " 0 " + raised.text;
+        }
+        reaches_end = cursor == end;
+        if (!reaches_end)
+            source.assign(text.begin(), cursor + 1);
+    }
+
+    bool is_taken = false;
+    bool reaches_end = false;
+    ustring8 content;
+    ustring8 source;  // up to the byte that the cursor is on
+    std::string error;
+};
+
+void check_name(const ustring8& text) {
+    const construct name(&xml_parser::parse_name, text);
+    require(name.is_taken || name.error.substr(0, 2) == "5 ");
+    if (name.is_taken)
+        require(result_of("<" + name.source + "/>") ==
+                "start " + name.content + " " + std::to_string(name.content.size()) + " " +
+                    name.content + "\nend " + name.content + " " +
+                    std::to_string(name.content.size()) + " " + name.content + "\n0 0 ");
+}
+
+// The whitespace before a value is not the operation's.
+void check_value(const ustring8& text) {
+    const construct value(&xml_parser::parse_attrib_value, text);
+    const std::string start = "start a 1 a\n";
+    if (!value.is_taken)
+        require(result_of("<a b=" + text) == start + value.error);
+    else if (!value.reaches_end)
+        require(result_of("<a b=" + value.source + "/>") ==
+                start + "attribute b " + std::to_string(value.content.size()) + " " +
+                    value.content + "\nend a 1 a\n0 0 ");
+}
+
+void check_reference(const ustring8& text) {
+    const construct reference(&xml_parser::parse_character, text);
+    const construct value(&xml_parser::parse_attrib_value, "'" + text);
+    if (reference.is_taken)
+        require(reference.content.size() == 1 &&
+                (!value.is_taken || value.content.front() == reference.content.front()));
+    else
+        require(text.empty() || text[0] != '&' || value.error == reference.error);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -83,5 +148,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto middle = text.begin() + static_cast<std::ptrdiff_t>(size / 2);
     result_of(parser, text.begin(), middle);
     result_of(parser, middle, text.end());
+
+    check_name(text);
+    const std::size_t quote = text.find_first_of("\"'");
+    if (quote != ustring8::npos)
+        check_value(text.substr(quote));
+    check_reference(text);
+    const std::size_t reference = text.find('&');
+    if (reference != ustring8::npos)
+        check_reference(text.substr(reference));
     return 0;
 }
