@@ -62,6 +62,19 @@ TEST(SerializeTextBufEncoding, WritesFloatingNumbersInTheGlobalLocaleAfterOthers
     EXPECT_EQ(expected, buffer.as_str());
 }
 
+TEST(SerializeTextBufEncoding, WritesFloatingNumbersWithAnyPrecisionAfterOthers) {
+    serialize_text_buf buffer;
+    buffer.append_string("a string that is longer than one in the string object");
+    std::string expected = buffer.as_str();
+    for (int i = 0; i < 8; ++i) {
+        buffer.append_double(3.14159265358979, 3);
+        buffer.append_float(0.1f, 9);
+        buffer.append_double(3.14159265358979, 6);
+        expected += bytes("3.14\0010.100000001\0013.14159\001");
+    }
+    EXPECT_EQ(expected, buffer.as_str());
+}
+
 TEST(SerializeTextBufEncoding, KeepsNestedBuffersOfAnySize) {
     for (std::size_t size = 0; size < 300; ++size) {
         serialize_text_buf inner;

@@ -1,6 +1,6 @@
 // Compares the search used by `split_string` and `replace_all` with the simplest one, and checks
 // the work that it does for strings made to slow it down.
-#include <tova/abi.hpp>
+#include <tova/strings/replace.hpp>
 
 #include "strings/search.hpp"
 
@@ -82,6 +82,18 @@ void check(const std::string& text, const std::string& wanted) {
         matches<unsigned short>(text, wanted) != expected ||
         matches<wchar_t>(text, wanted) != expected || matches<counted>(text, wanted) != expected)
         ADD_FAILURE() << '"' << wanted << "\" in \"" << text << '"';
+
+    // The same in the library, whose search is compiled apart from the one above.
+    std::string replaced;
+    std::size_t done = 0;
+    for (const std::size_t at : expected) {
+        replaced += text.substr(done, at - done) + '.';
+        done = at + wanted.size();
+    }
+    replaced += text.substr(done);
+    std::string by_library = text;
+    tova::strings::replace_all(by_library, wanted, std::string("."));
+    EXPECT_EQ(replaced, by_library) << '"' << wanted << "\" in \"" << text << '"';
 }
 
 TEST(Search, FindsNothingPastTheEnd) {
