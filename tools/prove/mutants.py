@@ -137,10 +137,11 @@ def build_with_calls(context, every):
         if done.returncode == 0:
             return build / "libtova.so.2.18.0", {number for source in numbered for number, _ in numbered[source]}
         changed = set()
-        for path, line in set(re.findall(r"^(/\S+?):(\d+):\d+: error:", done.stdout, re.M)):
-            if tree not in pathlib.Path(path).resolve().parents:
+        for path, line in set(re.findall(r"^(\S+?):(\d+):\d+: error:", done.stdout, re.M)):
+            path = (build / path).resolve()  # a compiler cache may make it relative
+            if tree not in path.parents:
                 continue
-            source = str(pathlib.Path(path).resolve().relative_to(tree))
+            source = str(path.relative_to(tree))
             kept = [(number, one) for number, one in numbered[source]
                     if not one.begin[0] <= int(line) <= one.end[0]]
             if len(kept) != len(numbered[source]):
