@@ -3,19 +3,38 @@
 Each target runs 100,000 inputs, the fast ones as many more as make 10 million together. The tally,
 fuzz_tally.json, is committed: it says which commit was fuzzed with which seed, and how often. CI runs
 the targets for a fixed time by `./run fuzz`, so the quick form has nothing to do.
+
+The seeds of the targets are replayed by ordinary tests, which also change them in fixed ways. How many of
+the branches of the readers these tests reach shows whether the seeds are good.
 """
 import concurrent.futures
 import json
 import re
+import shutil
 import subprocess
 import time
 
+import coverage
+import tests_of_build
+
 TITLE = "Fuzzing"
-SOURCES = ("fuzz", "programs", "tests")
+SOURCES = ("fuzz", "programs", ":(glob)tests/**/*.hpp", "tests/fuzz", "tools/prove/coverage.py")
 TALLY = "tools/prove/fuzz_tally.json"
 EACH = 100_000
 TOGETHER = 10_000_000
 TARGETS = 20
+REACHED = 90.0  # per cent of the sides of the readers' branches
+# What reads text from outside: settings, catalogs and formats, XML, serialized data, encodings, numbers.
+READERS = re.compile(r"""^src/(
+    config/(commandline_item|config_token|entry_reader|enviroment_item|token_scanner)[.]
+    |i18n/(_private/(message_draft|token_cursor|xmc_grammar|xmc_load_error|xmc_reader)|fields|format|format_options
+          |locale_list|message_item)[.]
+    |parser/(attribute_names|document_scanner|document_walk|entity|flat_tokens|piece|stream_elements|stream_machine
+            |stream_nodes|stream_scanner|token_list|usual_element|xml_token_stream)[.]
+    |serialization/(labeled_text_buffer|serialize_binary_read|serialize_text_read|text_items)[.]
+    |strings/(code_page|unicode|utf8|utf16)[.]
+    |generic/convert/(floating_reader|str_to_x)[.]
+    )""", re.X)
 
 
 def run_target(context, build, name, runs, seed):
@@ -63,7 +82,30 @@ def measure(context):
             list(pool.map(lambda name: run(name, int(left * speeds[name] / sum(speeds.values())) + 1,
                                            context.seed + 1), names))
     record(context, targets)
-    return {"targets": list(targets.values()), "tally": tally(context)}
+    return {"targets": list(targets.values()), "tally": tally(context), "readers": count_of_readers(context)}
+
+
+def count_of_readers(context):
+    """The sides of branches of the readers that the replayed seeds take."""
+    tests = context.build("release", settings=("-DTOVA_BUILD_TESTS=ON",))
+    counting = context.build("coverage", "tova")
+    folder = coverage.profiles_of(context, counting)
+
+    def replay(program):
+        scratch = context.scratch / f"run-{program.name}"
+        passed, _ = tests_of_build.run(program, counting, scratch, 900, (),
+                                       {"LLVM_PROFILE_FILE": str(folder / "%m%c.profraw")})
+        shutil.rmtree(scratch, ignore_errors=True)
+        if not passed:
+            raise SystemExit(f"prove fuzzing: {program.name} failed")
+
+    programs = [program for program in tests_of_build.programs_of(tests) if program.name.startswith("replay_")]
+    with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
+        list(pool.map(replay, programs))
+    counted = coverage.export(context, counting, coverage.merged_profile(context, folder))
+    result = coverage.count_of_files(context, [(name, entry) for name, entry in coverage.files_of_src(context, counted)
+                                               if READERS.match(name)])
+    return dict(result["branches"], programs=len(programs))
 
 
 def tally(context):
@@ -90,13 +132,20 @@ sanitizers, each with an oracle that knows the right result. This run: **{total:
 
 | target | inputs | findings |
 |---|---|---|
-{rows}"""
+{rows}
+
+{result['readers']['programs']} ordinary tests replay the seeds of the targets, and fixed changes of them. They take
+**{coverage.per_cent(result['readers']):.1f} %** of the {result['readers']['count']:,} sides of branches in the sources
+that read what comes from outside."""
 
 
 def failures(result):
     missed = [f"{one['name']} found an input that fails" for one in result["targets"] if one["failed"]]
     missed += [f"{one['name']} ran {one['runs']:,} inputs only" for one in result["targets"]
                if one["runs"] < EACH]
+    if result["targets"] and coverage.per_cent(result["readers"]) < REACHED:
+        missed.append(f"the seeds reach {coverage.per_cent(result['readers']):.1f} % of the readers' branches, "
+                      f"{REACHED:g} % are required")
     if result["targets"] and len(result["targets"]) < TARGETS:
         missed.append(f"there are {len(result['targets'])} targets, {TARGETS} are required")
     return missed
