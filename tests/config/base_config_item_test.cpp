@@ -71,6 +71,8 @@ TEST(MakeKeyValue, StopsAtTheRequestedType) {
     EXPECT_EQ("a|b", key_and_value("a */ b", config_token::T_FSFS));
     EXPECT_EQ("a*/b|", key_and_value("a */ b", config_token::T_COMMENT_END));
     EXPECT_EQ("|bc", key_and_value("1bc", config_token::T_NUM));
+    EXPECT_EQ("a|b", key_and_value("a 1b", config_token::T_NUM));
+    EXPECT_EQ("ab|c", key_and_value("a b.c", config_token::T_DOT));
     EXPECT_EQ("a|b", key_and_value("a b", config_token::T_SPACE));
     EXPECT_EQ("a|b", key_and_value("a\nb", config_token::T_NEWLINE));
     EXPECT_EQ("a=b|", key_and_value("a=b", config_token::T_END));

@@ -157,6 +157,18 @@ TEST(Search, AgreesWithTheSimplestSearchAfterManyNearMatches) {
     }
 }
 
+// The second half of the wanted string is found twice, the second time after one unit of the first.
+TEST(Search, ComparesTheWholeFirstHalfAfterAMatchOfTheSecondHalf) {
+    for (const std::size_t half : {30, 40, 41}) {
+        const std::string first(half, 'a');
+        const std::string second(half, 'b');
+        const std::string near_matches(1000, 'a');
+        const std::string twice = std::string(half, 'x') + second + "a" + second;
+        check(near_matches + twice, first + second);
+        check(near_matches + twice + first + second, first + second);
+    }
+}
+
 TEST(Search, ComparesEachUnitAFewTimesWhateverTheStringsContain) {
     for (const std::size_t half : {1000, 2000, 50000}) {
         std::string period;
