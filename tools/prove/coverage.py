@@ -21,15 +21,17 @@ import bisect
 import json
 import os
 import pathlib
+import re
 import shutil
 
 import tests_of_build
 
 TITLE = "Coverage"
 REQUIRED = {"lines": 100.0, "branches": 99.5, "mcdc": 95.0}
-REQUIRED_OF_CI = {"lines": 95.0, "branches": 93.0}
+REQUIRED_OF_CI = {"lines": 98.5, "branches": 98.0}
 REASONS = pathlib.Path(__file__).with_name("coverage.txt")
 SOURCES = ("examples", "programs", "tests")
+JUMP = re.compile(r"(return( \w+)?|break|continue);")
 
 
 def profiles_of(context, build):
@@ -141,6 +143,12 @@ def counts_of_sides(entry):
     return sides
 
 
+def text_of_line(text, line):
+    """The text of a line. A lone jump says too little, so the line above comes before it."""
+    own = text[line - 1].strip()
+    return f"{text[line - 2].strip()} {own}" if JUMP.match(own) and line > 1 else own
+
+
 def count_of_file(name, entry, text):
     """The numbers of lines and sides, the blocks of lines that never ran, and the sides never taken."""
     lines = counts_of_lines(entry["segments"])
@@ -150,7 +158,7 @@ def count_of_file(name, entry, text):
         if count > 0:
             continue
         if not blocks or blocks[-1]["line"] + blocks[-1]["lines"] != line:
-            blocks.append({"source": name, "line": line, "text": text[line - 1].strip(), "lines": 0,
+            blocks.append({"source": name, "line": line, "text": text_of_line(text, line), "lines": 0,
                            "sides": 0})
         blocks[-1]["lines"] += 1
     missing = []

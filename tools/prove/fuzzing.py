@@ -61,6 +61,8 @@ def run_target(context, build, name, runs, seed):
 def measure(context):
     if context.quick:
         return {"targets": [], "tally": tally(context)}
+    commit = context.run("git", "rev-parse", "--short=12", "HEAD").strip()
+    seed = context.seed + 2 * len(tally(context))  # each run has other inputs
     build = context.build("fuzz")
     names = sorted(path.stem for path in (context.root / "fuzz").glob("*.cpp"))
     targets = {name: {"name": name, "runs": 0, "seconds": 0.0, "failed": False} for name in names}
@@ -74,14 +76,14 @@ def measure(context):
         context.say(f"{name}: {count:,} inputs in {seconds:.0f} s{', FAILED' if failed else ''}")
 
     with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
-        list(pool.map(lambda name: run(name, EACH, context.seed), names))
+        list(pool.map(lambda name: run(name, EACH, seed), names))
         # What is left goes to the targets by their speed, so that all of them take the same time.
         left = TOGETHER - sum(target["runs"] for target in targets.values())
         speeds = {name: target["runs"] / target["seconds"] for name, target in targets.items()}
         if left > 0:
             list(pool.map(lambda name: run(name, int(left * speeds[name] / sum(speeds.values())) + 1,
-                                           context.seed + 1), names))
-    record(context, targets)
+                                           seed + 1), names))
+    record(context, commit, seed, targets)
     return {"targets": list(targets.values()), "tally": tally(context), "readers": count_of_readers(context)}
 
 
@@ -113,10 +115,9 @@ def tally(context):
     return json.loads(path.read_text()) if path.is_file() else []
 
 
-def record(context, targets):
-    commit = context.run("git", "rev-parse", "--short=12", "HEAD").strip()
-    runs = [run for run in tally(context) if (run["commit"], run["seed"]) != (commit, context.seed)]
-    runs.append({"commit": commit, "seed": context.seed,
+def record(context, commit, seed, targets):
+    runs = tally(context)
+    runs.append({"commit": commit, "seed": seed,
                  "executions": {name: target["runs"] for name, target in sorted(targets.items())}})
     (context.root / TALLY).write_text(json.dumps(runs, indent=1) + "\n")
 
