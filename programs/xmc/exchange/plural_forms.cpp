@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+#include <map>
 
 namespace tova_programs::xmc {
 
@@ -213,10 +214,11 @@ unsigned long plural_header::form_of(unsigned long number) const {
     return evaluator(m_expression, number).run();
 }
 
-std::vector<std::vector<std::string>> categories_of_forms(const plural_header& header,
-                                                          const std::string& locale) {
+namespace {
+
+std::vector<std::vector<std::string>> compared_with_rules(const plural_header& header,
+                                                          const plural_rules& rules) {
     std::vector<std::vector<std::string>> result(header.count());
-    const plural_rules rules{ustring8(locale)};
     std::vector<std::string> known;
     for (const unsigned long number : sample_numbers()) {
         const unsigned long form = header.form_of(number);
@@ -227,6 +229,25 @@ std::vector<std::vector<std::string>> categories_of_forms(const plural_header& h
         result[form].push_back(name);
     }
     return result;
+}
+
+}  // namespace
+
+std::vector<std::vector<std::string>> categories_of_forms(const plural_header& header,
+                                                          const std::string& locale) {
+    // A file has one header for all of its plurals, so the last result is kept.
+    static struct {
+        std::string expression;
+        std::size_t count = 0;
+        std::string locale;
+        std::vector<std::vector<std::string>> forms;
+    } last;
+    const plural_rules rules{ustring8(locale)};
+    if (header.count() != last.count || header.expression() != last.expression ||
+        rules.locale() != last.locale)
+        last = {header.expression(), header.count(), rules.locale(),
+                compared_with_rules(header, rules)};
+    return last.forms;
 }
 
 std::vector<std::string> whole_categories(const std::string& locale) {
@@ -249,7 +270,10 @@ std::string category_of(const std::string& locale, unsigned long number) {
     return category(plural_rules{ustring8(locale)}, number);
 }
 
-std::string plural_header_for(const std::string& locale) {
+namespace {
+
+// The first of the usual headers with one form for each category of the locale.
+std::string usual_header_for(const std::string& locale) {
     const std::vector<std::string> wanted = whole_categories(locale);
     const plural_rules rules{ustring8(locale)};
     for (const char* const text : usual_headers) {
@@ -266,6 +290,19 @@ std::string plural_header_for(const std::string& locale) {
             return text;
     }
     return "";
+}
+
+}  // namespace
+
+std::string plural_header_for(const std::string& locale) {
+    // Each header is compared with the rules number by number, so the result is kept, by the locale
+    // whose rules these are. The programs have one thread.
+    static std::map<std::string, std::string> known;
+    const std::string same_rules = plural_rules{ustring8(locale)}.locale();
+    const auto place = known.find(same_rules);
+    if (place != known.end())
+        return place->second;
+    return known[same_rules] = usual_header_for(same_rules);
 }
 
 }  // namespace tova_programs::xmc

@@ -5,7 +5,8 @@
 /// number has. The convention for keys names the categories of CLDR instead. Both say the same
 /// about whole numbers, so each is found from the other by trying numbers.
 ///
-/// The functions are pure.
+/// Results depend on the arguments alone. The last ones are kept, so only one thread may call these
+/// functions.
 #pragma once
 
 #include <string>
@@ -22,6 +23,8 @@ public:
 
     bool is_valid() const { return m_count != 0; }
     std::size_t count() const { return m_count; }
+    /// The C expression over n, up to the semicolon.
+    const std::string& expression() const { return m_expression; }
 
     /// The form of a number; `count()` and more if the expression is wrong.
     unsigned long form_of(unsigned long number) const;
