@@ -38,10 +38,13 @@ std::string described(const exchanged_text& text) {
     return text.exists ? content_of(text.pieces) + "\n  note " + text.meta : "none";
 }
 
-// All messages, sorted by name, because exporting moves all forms of a plural to the first one.
+// All messages, sorted by name, because exporting moves all forms of a plural to the first one. A
+// message without texts says nothing: in PO, a plural that lacks a form looks the same.
 std::string described(const exchange& all) {
     std::map<std::pair<std::string, std::string>, std::string> messages;
     for (const exchanged_message& each : all.messages) {
+        if (!each.source.exists && !each.target.exists)
+            continue;
         const bool is_new = messages
                                 .insert({{each.catalog, each.key},
                                          "\n source " + described(each.source) + "\n target " +
