@@ -24,7 +24,7 @@ void fuzz_support::choose_kernel_form(const std::uint8_t*, std::size_t) {}
 
 namespace {
 
-const unsigned changes_of_a_seed = 40;
+const unsigned changes_of_a_seed = 10;
 
 void run(const std::string& bytes) {
     // A copy of exactly this size, so a memory checker detects a read past its end.
