@@ -19,7 +19,8 @@ noticed. valgrind has no AVX-512, so the workloads use the AVX2 form of the kern
 Survivors are listed in mutants.txt with the reason why no test can tell them from the library, or why
 none should. The list is keyed by the text of the source line, so it survives edits elsewhere.
 
-The quick form asks the programs of the same family only, and no workloads, so a few more survive.
+The quick form asks the programs of the same family only, and no workloads, so a few more survive: what
+only costs time, one in twenty.
 """
 import collections
 import concurrent.futures
@@ -38,7 +39,7 @@ import tests_of_build
 
 TITLE = "Mutants"
 REQUIRED = 97.0  # per cent killed, the explained survivors counted as survivors
-REQUIRED_OF_CI = 93.0
+REQUIRED_OF_CI = 90.0  # per cent killed or explained, of a small sample without workloads
 JUDGED, JUDGED_BY_CI = 2000, 150
 # A mutant that passes for so long counts as a survivor. A known survivor gets less.
 SECONDS = 60
@@ -372,11 +373,14 @@ def measure(context):
         one = every[number]
         text = (context.root / one.source).read_text(encoding="latin-1").splitlines()[one.begin[0] - 1].strip()
         mutants.append(Mutant(number, one.source, one.begin[0], text))
+    programs = [program for program in tests_of_build.programs_in_each_form(tests)
+                if not OF_THE_FILE.search(program.name)]
+    # What this processor can't run, nothing can notice.
+    absent = set(tests_of_build.FORMS) - {program.form for program in programs}
+    mutants = [mutant for mutant in mutants if not absent & set(re.split("[_.]", mutant.source))]
     chosen = random.Random(context.seed).sample(mutants, min(len(mutants), JUDGED_BY_CI if context.quick else JUDGED))
     context.say(f"{len(mutants)} of {len(every)} conditions have a mutant, {len(chosen)} chosen")
 
-    programs = [program for program in tests_of_build.programs_in_each_form(tests)
-                if not OF_THE_FILE.search(program.name)]
     if context.quick:
         families = {family(mutant) for mutant in chosen}
         programs = [program for program in programs if program.family in families and not SLOW.match(program.name)]
@@ -437,12 +441,13 @@ without an explanation.
 
 
 def failures(result):
-    required = REQUIRED_OF_CI if result["quick"] else REQUIRED
-    missed = []
-    if killed(result) < required:
-        missed.append(f"{killed(result):.1f} % of the mutants are killed, {required} % are required")
-    if not result["quick"]:
-        known = reasons()
-        missed += [f"{one['source']}:{one['line']} has no reason"
-                   for one in result["survivors"] if (one["source"], one["text"]) not in known]
+    known = reasons()
+    unexplained = [one for one in result["survivors"] if (one["source"], one["text"]) not in known]
+    if result["quick"]:
+        noticed = 100.0 * (result["judged"] - len(unexplained)) / result["judged"]
+        return ([f"{noticed:.1f} % of the mutants are killed or explained, {REQUIRED_OF_CI} % are required"]
+                if noticed < REQUIRED_OF_CI else [])
+    missed = [f"{one['source']}:{one['line']} has no reason" for one in unexplained]
+    if killed(result) < REQUIRED:
+        missed.append(f"{killed(result):.1f} % of the mutants are killed, {REQUIRED} % are required")
     return missed
