@@ -76,7 +76,8 @@ def report(result):
     lines = "\n".join(f"| {one['title']} | {one['size']:,} | {one['inputs']:,} | "
                       f"{'; '.join(one['different']) or 'none'} |" for one in result["rows"])
     return f"""The library is compared with plain second forms of its rules. The code pages are compared with
-iconv character by character, the floats and doubles with the C library.
+iconv character by character, the floats and doubles with the C library. The code pages of the locale are those
+of the C locale. Decoded codes of more than two bytes, which only UTF-8 has, are in the first rows.
 
 | inputs | there are | compared | different |
 |---|---|---|---|
