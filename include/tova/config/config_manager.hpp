@@ -52,6 +52,10 @@ public:
     ///
     /// A second `load` without `init` stores over what the first one found, and finds `cfg_file` in
     /// every source, the file and the environment included: it may read another file than before.
+    ///
+    /// Contract: a `save` after a failed load empties the file, and both return true. The section
+    /// "What a save keeps and loses" of docs/configuration.md shows a check to make before the
+    /// load.
     bool load();
     bool unload();
     bool save();
