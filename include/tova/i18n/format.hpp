@@ -22,7 +22,7 @@ namespace i18n {
 /// separated by the byte 0x01. Keys, and words used as values, may be shortened to any prefix, even
 /// to the empty one; the first word in the list that begins with the prefix is meant. A later pair
 /// overrides an earlier one. Sizes are in characters; numbers are read as by `atol` and cut to 32
-/// bits.
+/// bits. A field has no upper limit, and one of two billion characters takes as many bytes.
 ///
 /// | type                           | options, defaults in parentheses                          |
 /// |--------------------------------|-----------------------------------------------------------|

@@ -189,6 +189,8 @@ public:
     /// those of each directory below it, in the order of the file system, up to the first error.
     /// What was loaded before it stays. Returns error 4 for a missing directory, and kind 0 if
     /// there is no such file.
+    ///
+    /// Contract: links are followed, so two links to their own directory take exponential time.
     result_type load_directory(const strings::ustring8& directory, const strings::ustring8& locale);
     result_type load_directory(const strings::ustring16& directory,
                                const strings::ustring16& locale);
@@ -210,6 +212,9 @@ public:
 
     /// Loads one file. An error leaves the set as it was. Returns error 2 for an empty locale,
     /// error 3 for a missing file, and errors 1 and 6 to 8 for what is in it.
+    ///
+    /// Contract: a file that is included twice is read twice, so files that each include the next
+    /// one twice take exponential time.
     result_type load_file(const strings::ustring8& file, const strings::ustring8& locale);
     result_type load_file(const strings::ustring16& file, const strings::ustring16& locale);
     result_type load_file(const strings::ustring32& file, const strings::ustring32& locale);

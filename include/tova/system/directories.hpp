@@ -47,7 +47,9 @@ TOVA_API bool create_directory(const strings::ustring32& path);
 /// each readable subdirectory, all in the order of the file system. An entry is readable if its
 /// owner has read permission. A directory that cannot be opened adds nothing.
 ///
-/// Contract: links are followed, and a cycle of links is not detected.
+/// Contract: links are followed, and a cycle of links is not detected. One link to its own
+/// directory lists it about 40 times; two of them take exponential time, practically forever.
+/// For trees that others may write to, use `list_directory` and skip links.
 TOVA_API void get_directory_files(const strings::ustring8& directory,
                                   std::vector<strings::ustring8>& files);
 TOVA_API void get_directory_files(const strings::ustring16& directory,

@@ -31,8 +31,8 @@ namespace types {
 /// handle gets one of its own.
 ///
 /// Conversions never fail: numbers narrow as casts do, strings are parsed with saturation
-/// (`generic/convert/str_to_x.hpp`), numbers become decimal strings. `type()` returns the type of
-/// the value as a `std::type_info`. Two variants cannot be compared.
+/// (`generic/convert/str_to_x.hpp`), numbers become decimal strings. But a `ustring16` that begins
+/// with 0xFFFE exhausts the stack, as in `utf16_to_utf8`. Two variants cannot be compared.
 ///
 /// Constructors and the assignment of nil raise what an allocation raises. An exception inside a
 /// conversion (out of memory, for example) ends the process through `std::unexpected`.

@@ -140,6 +140,9 @@ public:
     void parse_ignorable(token_iterator& cursor, token_iterator& end);
     void parse_catalog(token_iterator& cursor, token_iterator& end);
     /// Reads the included files into this loader.
+    ///
+    /// Contract: a file that is included twice is read twice, so files that each include the next
+    /// one twice take exponential time.
     void parse_include(token_iterator& cursor, token_iterator& end);
     message_t parse_message(token_iterator& cursor, token_iterator& end);
     message_item parse_message_arg(token_iterator& cursor, token_iterator& end);
