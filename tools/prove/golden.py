@@ -21,8 +21,10 @@ BUILDS = (
     ("clang 14 -O0", "clang++", "-O0"),
     ("clang 14 -O2", "clang++", "-O2"),
     ("clang 14 -O3", "clang++", "-O3"),
+    ("clang 14 -O3 -march=native", "clang++", "-O3 -march=native"),
     ("clang 19 -O0", "clang++-19", "-O0"),
     ("clang 19 -O2", "clang++-19", "-O2"),
+    ("clang 19 -O3", "clang++-19", "-O3"),
     ("clang 19 -O3 -march=native", "clang++-19", "-O3 -march=native"),
 )
 # The builds that run once more with each form of the kernels.
