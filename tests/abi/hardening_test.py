@@ -1,8 +1,13 @@
 #!/usr/bin/env python3
-"""Checks how the shared object is hardened, from its own headers, notes and code.
+"""Checks how the shared object is hardened, from its own headers, notes, code and debug information.
 
 usage: hardening_test.py LIBTOVA_SO
+
+The flags of the compiler are those that the debug information records. clang records none; then they are those
+of compile_commands.json in the folder of the library.
 """
+import json
+import pathlib
 import re
 import subprocess
 import sys
@@ -10,6 +15,24 @@ import sys
 
 def output_of(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def compilations_of(library):
+    """The flags of each compiled source, as one string each."""
+    entries = output_of("readelf", "--wide", "--debug-dump=info", "--dwarf-depth=1", library)
+    recorded = re.findall(r"DW_AT_producer .*?: (GNU C\+\+.* -O.*)", entries)
+    commands = pathlib.Path(library).parent / "compile_commands.json"
+    if recorded or not commands.is_file():
+        return recorded
+    return [one["command"] for one in json.loads(commands.read_text())
+            if "/CMakeFiles/tova.dir/" in "/" + one.get("output", one["command"])]
+
+
+def unprobed_frames(code):
+    """The instructions that move the stack pointer by a page or more without touching the memory there."""
+    moves = re.findall(r"(sub +\$0x[0-9a-f]{4,},%rsp)\n +[0-9a-f]+:\s+(.*)", code)
+    return [move for move, after in moves if "$0x1000," not in move
+            or not re.match(r"(or|mov)[lq]? +\$0x0,(0x[0-9a-f]+)?\(%rsp\)", after)]
 
 
 def main():
@@ -31,6 +54,11 @@ def main():
         "calls of the C library are checked": re.search(r"__\w+_chk\b", symbols.replace(
             "__stack_chk_fail", "")) is not None,
     }
+    compilations = compilations_of(library)
+    for flag, what in (("-fstack-protector-strong", "the canary is the strong one, which also guards small arrays"),
+                       ("-fstack-clash-protection", "large stack frames are probed page by page")):
+        checks[f"{what} ({flag} in every source)"] = bool(compilations) and all(
+            f" {flag} " in one + " " for one in compilations)
     if "X86-64" in output_of("readelf", "--file-header", library):
         checks["the note claims marked branch targets"] = "IBT" in notes
         checks["the note claims a shadow stack"] = "SHSTK" in notes
@@ -39,6 +67,8 @@ def main():
         # The note covers each function whose address is taken. Vtables hold such addresses, so each
         # exported function must begin with a mark.
         code = output_of("objdump", "--disassemble", "--no-show-raw-insn", library)
+        unprobed = unprobed_frames(code)
+        checks[f"no frame of a page or more is without a probe {unprobed[:3]}"] = not unprobed
         unmarked = re.findall(r"^[0-9a-f]+ <(_ZNK?9TOVA_2_18[^>@]*)>:\n\s+[0-9a-f]+:\s+(?!endbr64)",
                               code, re.MULTILINE)
         unmarked = [name for name in unmarked if not name.endswith(".cold") and ".part." not in name

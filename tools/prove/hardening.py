@@ -36,7 +36,7 @@ def measure(context):
     release = context.build("release", "tova")
     checked = subprocess.run([context.root / "tests/abi/hardening_test.py", release / "libtova.so"],
                              capture_output=True, text=True)
-    result = {"protections": checked.stdout.splitlines(), "costs": {}}
+    result = {"protections": checked.stdout.splitlines(), "costs": {}, "largest": None}
     if context.quick:
         return result
     hard = context.build("bench")
@@ -52,6 +52,10 @@ def measure(context):
         if of_program:
             result["costs"][program] = statistics.geometric_mean(of_program)
             context.say(f"{program}: {result['costs'][program]:.3f} over {len(of_program)} benchmarks")
+    if ratios:
+        (program, name), largest = max(((key, statistics.median(one)) for key, one in ratios.items()),
+                                       key=lambda entry: entry[1])
+        result["largest"] = {"name": f"{program}: {name.removesuffix('/tova')}", "ratio": largest}
     return result
 
 
@@ -62,7 +66,8 @@ def report(result):
     costs = f"""
 
 Time with these protections, as a ratio to the time of the same sources without them (`TOVA_HARDENING=OFF`;
-medians of {ROUNDS} rounds, geometric means): **{whole:.3f}** over all.
+medians of {ROUNDS} rounds, geometric means): **{whole:.3f}** over all. The largest of a single benchmark is
+{result['largest']['ratio']:.3f}, of `{result['largest']['name']}`.
 
 | benchmarks | ratio |
 |---|---|
