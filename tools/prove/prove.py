@@ -13,7 +13,8 @@ A measure is a module of this folder with four names:
     report(result)              the section of the page, in Markdown
     failures(result)            what misses its limit, a sentence each; an empty list passes
 
-A fifth, SOURCES, may name the files and folders that the result depends on beside the library.
+SOURCES may name the files and folders that the result depends on beside the library. If there is DETAILS,
+the name of a page in docs/, then details(result) is what prove.py writes there.
 
 A result is kept in build/prove/NAME.json with a fingerprint of the files that it depends on. If a
 run is interrupted, the next one continues after the last complete measure, and after a change only
@@ -158,16 +159,21 @@ def main():
     RESULTS.mkdir(parents=True, exist_ok=True)
     missed = []
     sections = []
+    pages = {}
     for name in arguments.names or MEASURES:
         module, result = run_measure(name, arguments)
         text = module.report(result)
         sections.append((module.TITLE, text))
+        if hasattr(module, "DETAILS"):
+            pages[ROOT / "docs" / module.DETAILS] = module.details(result)
         missed += [f"{name}: {sentence}" for sentence in module.failures(result)]
         if arguments.names or arguments.quick:
             print(f"## {module.TITLE}\n\n{text}\n")
     if not arguments.names and not arguments.quick:
-        PAGE.write_text(page_of(sections))
-        print(f"prove: wrote {PAGE.relative_to(ROOT)}")
+        pages[PAGE] = page_of(sections)
+        for path, text in pages.items():
+            path.write_text(text)
+            print(f"prove: wrote {path.relative_to(ROOT)}")
     for sentence in missed:
         print(f"prove: MISSED: {sentence}")
     print(f"prove: {len(arguments.names or MEASURES)} measures, {len(missed)} limits missed")

@@ -2,26 +2,33 @@
 
 - A surprise is a heading of docs/surprises_*.md. The test of its page runs its code and compares the
   output.
-- An exported name is tested by the programs that link against it, or, if it is only called through a
-  table of virtual functions or by the library itself, by those of its family.
-- A published text is a string with a space in src/. A test has it letter by letter.
+- An exported name is tested by the programs that link against it. Of a name that is only called through a
+  table of virtual functions or by the library itself, clang 19 counts the calls in each test program.
+- A published text is a string of src/ with letters. A test has it letter by letter.
+
+The page shows the numbers, and docs/traceability.md the whole tables. The quick form leaves out the calls
+that clang counts.
 """
 import collections
+import concurrent.futures
 import re
+import shutil
 import subprocess
 
 import tests_of_build
 
 TITLE = "What tests what"
-SOURCES = ("docs", "examples", "tests", "tools/prove/tests_of_build.py")
+DETAILS = "traceability.md"
+SOURCES = ("docs", ":!docs/testing.md", f":!docs/{DETAILS}", "examples", "tests", "tools/prove/tests_of_build.py")
 
 
 def surprises(root):
     for page in sorted((root / "docs").glob("surprises_*.md")):
-        for section in re.split(r"^## ", page.read_text(), flags=re.M)[1:]:
+        for section in re.split(r"^###? ", page.read_text(), flags=re.M)[1:]:
             heading, _, body = section.partition("\n")
-            yield {"page": page.name, "heading": heading.strip(), "test": f"docs_{page.stem}_test",
-                   "blocks": len(re.findall(r"^```cpp", body, re.M))}
+            if body.strip():  # or else it is the heading of a group
+                yield {"page": page.name, "heading": heading.strip(), "test": f"docs_{page.stem}_test",
+                       "blocks": len(re.findall(r"^```cpp", body, re.M))}
 
 
 def symbols(path, *options):
@@ -36,19 +43,47 @@ def demangled(names):
     return dict(zip(names, done.stdout.splitlines()))
 
 
-def exported_names(build):
-    """Each exported function with the test programs that refer to it."""
+def callers(context, build):
+    """Each function that a test program runs, with the programs, as clang counts them."""
+    counting = context.build("coverage", "tova")
+
+    def run(program):
+        folder = context.scratch / f"profiles-{program.name}"
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir(parents=True)
+        tests_of_build.run(program, counting, folder, 1800, (), {"LLVM_PROFILE_FILE": str(folder / "%p.profraw")})
+        counts = ""
+        for profile in folder.glob("*.profraw"):
+            counts += subprocess.run(["llvm-profdata-19", "show", "--all-functions", profile], capture_output=True,
+                                     text=True).stdout
+        shutil.rmtree(folder)
+        return program.name, set(re.findall(r"^  (?:\S*[:;])?(\S+):\n(?:    .*\n)*?    Function count: [1-9]", counts, re.M))
+
+    found = collections.defaultdict(set)
+    with concurrent.futures.ThreadPoolExecutor(context.jobs) as pool:
+        for program, names in pool.map(run, tests_of_build.programs_of(build)):
+            for name in names:
+                found[name].add(program)
+    return found
+
+
+def exported_names(context, build):
+    """Each exported function with the test programs that refer to it, and those that run it otherwise."""
     exported = {name for name in symbols(build / "libtova.so.2.18.0", "--defined-only")
-                if "9TOVA_2_18" in name and not name.startswith(("_ZTV", "_ZTI", "_ZTS", "_ZTT"))}
+                if re.match("_ZNK?9TOVA_2_18", name)}
     users = collections.defaultdict(set)
     for program in tests_of_build.programs_of(build):
-        for name in symbols(program.path, "--undefined-only") & exported:
+        for name in symbols(program.path) & exported:  # copied objects are defined in the program
             users[name].add(program.name)
-    # Complete and base object versions of one constructor or destructor are one name for a reader.
-    readable = demangled(exported)
-    merged = collections.defaultdict(set)
+    running = {} if context.quick else callers(context, build)
+    # The versions of one constructor or destructor are one name for a reader.
+    readable = demangled(exported | set(running))
+    merged = {readable[name]: (set(), set()) for name in exported}
     for name in exported:
-        merged[re.sub(r" \[clone .*\]", "", readable[name])] |= users[name]
+        merged[readable[name]][0].update(users[name])
+    for name, programs in running.items():
+        if readable[name] in merged:
+            merged[readable[name]][1].update(programs)
     return merged
 
 
@@ -60,10 +95,10 @@ def published_texts(root):
     for source in sorted((root / "src").rglob("*.cpp")) + sorted((root / "src").rglob("*.hpp")):
         for number, line in enumerate(source.read_text().splitlines(), 1):
             code = line.split("//")[0]
-            if code.lstrip().startswith(("#", "*", "__asm__")):
+            if re.match(r"\s*(#|\*|__asm__|__attribute__)", code) or "__builtin_cpu_supports" in code:
                 continue
             for text in LITERAL.findall(code):
-                if " " in text.strip() and re.search(r"[A-Za-z]{3}", text):
+                if re.search(r"[A-Za-z]{2}", text):
                     yield str(source.relative_to(root)), number, text
 
 
@@ -89,9 +124,11 @@ def measure(context):
                        if not name.startswith("docs/") and all(piece in content for piece in wanted))
         texts.append({"place": f"{source}:{number}", "text": text, "tests": found,
                       "reason": known.get(text, "")})
-    names = exported_names(build)
-    return {"surprises": list(surprises(root)),
-            "names": [{"name": name, "tests": sorted(tests)} for name, tests in sorted(names.items())],
+    names = exported_names(context, build)
+    return {"quick": context.quick, "surprises": list(surprises(root)),
+            "names": [{"name": name.replace("TOVA_2_18::", ""), "tests": sorted(direct), "callers": sorted(otherwise),
+                       "reason": known.get(name.replace("TOVA_2_18::", ""), "")}
+                      for name, (direct, otherwise) in sorted(names.items())],
             "texts": texts}
 
 
@@ -100,38 +137,62 @@ def shown(tests):
     return ", ".join(f"`{name.split('/')[-1]}`" for name in tests[:3]) + more
 
 
+def escaped(text):
+    return text.replace("|", "\\|")
+
+
+def table(head, rows):
+    return "\n".join([f"| {' | '.join(head)} |", "|---" * len(head) + "|", *(f"| {' | '.join(row)} |" for row in rows)])
+
+
 def report(result):
-    families = collections.defaultdict(lambda: [0, 0])
+    pages = collections.Counter(one["page"] for one in result["surprises"])
+    families = collections.defaultdict(lambda: [0, 0, 0])
     for one in result["names"]:
-        family = one["name"].split("TOVA_2_18::", 1)[1].split("::")[0] if "TOVA_2_18::" in one["name"] else "?"
-        families[family][0] += 1
-        families[family][1] += bool(one["tests"])
-    names = "\n".join(f"| `{family}` | {count:,} | {direct:,} | {count - direct:,} |"
-                      for family, (count, direct) in sorted(families.items()))
-    surprises_of_page = collections.Counter(one["page"] for one in result["surprises"])
-    with_code = collections.Counter(one["page"] for one in result["surprises"] if one["blocks"])
-    pages = "\n".join(f"| [{page}]({page}) | {count} | {with_code[page]} | `docs_{page[:-3]}_test` |"
-                      for page, count in sorted(surprises_of_page.items()))
-    texts = "\n".join(f"| `{one['place']}` | {one['text'].replace('|', chr(92) + '|')} | {shown(one['tests']) or one['reason'] or '**none**'} |"
-                      for one in result["texts"])
-    return f"""Every surprise, by page; the test runs the code of each and compares the output:
+        family = families[re.sub(r"^(.*? )?(\w+)::.*", r"\2", one["name"].split("(")[0])]
+        family[0] += 1
+        family[1] += bool(one["tests"])
+        family[2] += bool(not one["tests"] and one["callers"])
+    with_test = sum(bool(one["tests"]) for one in result["texts"])
+    return f"""[The whole tables]({DETAILS}) name the tests of each surprise, each exported name and each text.
 
-| page | surprises | with code that runs | test |
-|---|---|---|---|
-{pages}
+Every surprise has code that a test runs, whose output it compares:
 
-Every exported name, by family. A name is called directly if a test program links against it; the others
-are called through virtual functions or by the library:
+{table(("page", "surprises", "test"), ((f"[{page}]({page})", str(count), f"`docs_{page[:-3]}_test`")
+                                       for page, count in sorted(pages.items())))}
 
-| family | names | called directly | called otherwise |
-|---|---|---|---|
-{names}
+Exported names. A name is called directly if a test program links against it, and otherwise through virtual
+functions or by the library:
 
-Every text with a space in the library's sources:
+{table(("family", "names", "called directly", "called otherwise"),
+       ((f"`{family}`", *(f"{count:,}" for count in counts)) for family, counts in sorted(families.items())))}
 
-| place | text | tests |
-|---|---|---|
-{texts}"""
+Of {len(result["texts"])} texts in the library's sources, {with_test} are in a test letter by letter, and the others
+have a reason."""
+
+
+def details(result):
+    """The whole tables, for a page of their own."""
+    return f"""# Traceability
+
+`./run prove` writes this page; nothing in it is written by hand. It names at most three tests for each row.
+
+## Surprises
+
+{table(("surprise", "page", "test"), ((one["heading"], f"[{one['page']}]({one['page']})", f"`{one['test']}`")
+                                      for one in result["surprises"]))}
+
+## Exported names
+
+{table(("name", "called directly by", "called otherwise by"),
+       ((f"`{escaped(one['name'])}`", shown(one["tests"]), one["reason"] or shown(one["callers"]))
+        for one in result["names"]))}
+
+## Texts
+
+{table(("place", "text", "tests"), ((f"`{one['place']}`", f"`{escaped(one['text'])}`", shown(one["tests"]) or one["reason"])
+                                    for one in result["texts"]))}
+"""
 
 
 def failures(result):
@@ -139,4 +200,7 @@ def failures(result):
               for one in result["texts"] if not one["tests"] and not one["reason"]]
     missed += [f"the surprise has no code: {one['page']}: {one['heading']}"
                for one in result["surprises"] if not one["blocks"]]
+    if not result["quick"]:
+        missed += [f"no test runs {one['name']}" for one in result["names"]
+                   if not (one["tests"] or one["callers"] or one["reason"])]
     return missed
