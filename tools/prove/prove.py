@@ -39,7 +39,7 @@ PAGE = ROOT / "docs" / "testing.md"
 
 # In the order of the page.
 MEASURES = ("coverage", "mutants", "allocations", "io_failures", "fuzzing", "exhaustive", "gates", "golden",
-            "growth", "depth", "hazards_matrix", "hardening", "traceability")
+            "growth", "depth", "hazards_matrix", "abi", "hardening", "traceability")
 
 # What every result depends on, and what those depend on that do not name their own SOURCES.
 LIBRARY = ("CMakeLists.txt", "CMakePresets.json", "cmake", "include", "src")
@@ -100,42 +100,45 @@ def fingerprint(name, module):
 
 def commit():
     name = output_of("git", "rev-parse", "--short=12", "HEAD").strip()
-    return name + ("" if not output_of("git", "status", "--porcelain", "-uno") else ", changed")
+    # The tally of the fuzz targets is written by the run itself.
+    changed = output_of("git", "status", "--porcelain", "-uno", "--", ":!docs/testing.md", ":!docs/traceability.md",
+                        ":!tools/prove/fuzz_tally.json")
+    return name + (", changed" if changed else "")
 
 
 def stored(name, state):
-    """The result of an earlier run of the same form on the same sources, or None."""
+    """The record of an earlier run of the same form on the same sources, or None."""
     path = RESULTS / f"{name}.json"
-    if not path.is_file():
-        return None
-    record = json.loads(path.read_text())
-    return record["result"] if record["state"] == state else None
+    record = json.loads(path.read_text()) if path.is_file() else {}
+    return record if record.get("state") == state else None
 
 
 def run_measure(name, arguments):
     module = importlib.import_module(name)
     state = {"sources": fingerprint(name, module), "quick": arguments.quick, "seed": arguments.seed}
-    result = None if arguments.again else stored(name, state)
-    if result is not None:
+    record = None if arguments.again else stored(name, state)
+    if record is not None:
         print(f"prove {name}: measured before, on the same sources", file=sys.stderr)
-        return module, result
+        return module, record["result"], record.get("minutes", 0)
     context = Context(name, arguments.quick, arguments.seed, arguments.jobs)
     begin = time.monotonic()
     result = module.measure(context)
     context.say(f"done after {(time.monotonic() - begin) / 60:.1f} min")
     temporary = RESULTS / f"{name}.json.new"
-    temporary.write_text(json.dumps({"state": state, "result": result}, indent=1))
+    minutes = (time.monotonic() - begin) / 60
+    temporary.write_text(json.dumps({"state": state, "minutes": minutes, "result": result}, indent=1))
     temporary.replace(RESULTS / f"{name}.json")
-    return module, result
+    return module, result, minutes
 
 
-def page_of(sections):
+def page_of(sections, minutes):
     model = re.search(r"^model name\s*:\s*(.*)$", pathlib.Path("/proc/cpuinfo").read_text(), re.M)
     head = f"""# How the library is tested
 
 `./run prove` writes this page; nothing in it is written by hand. It was measured on {time.strftime("%Y-%m-%d")},
 commit {commit()}, on {model.group(1) if model else platform.machine()} with {os.cpu_count()} cores.
-`./run prove --quick` measures the same in the short form that each change must pass.
+All measures together took {minutes:.0f} minutes. `./run prove --quick` measures the same in the short form that
+each change must pass.
 """
     return "\n".join([head] + [f"## {title}\n\n{text.strip()}\n" for title, text in sections])
 
@@ -160,8 +163,10 @@ def main():
     missed = []
     sections = []
     pages = {}
+    together = 0
     for name in arguments.names or MEASURES:
-        module, result = run_measure(name, arguments)
+        module, result, minutes = run_measure(name, arguments)
+        together += minutes
         text = module.report(result)
         sections.append((module.TITLE, text))
         if hasattr(module, "DETAILS"):
@@ -170,13 +175,13 @@ def main():
         if arguments.names or arguments.quick:
             print(f"## {module.TITLE}\n\n{text}\n")
     if not arguments.names and not arguments.quick:
-        pages[PAGE] = page_of(sections)
+        pages[PAGE] = page_of(sections, together)
         for path, text in pages.items():
             path.write_text(text)
             print(f"prove: wrote {path.relative_to(ROOT)}")
     for sentence in missed:
         print(f"prove: MISSED: {sentence}")
-    print(f"prove: {len(arguments.names or MEASURES)} measures, {len(missed)} limits missed")
+    print(f"prove: {len(arguments.names or MEASURES)} measures in {together:.0f} min, {len(missed)} limits missed")
     return 1 if missed else 0
 
 
