@@ -54,19 +54,24 @@ outcomes outcomes_of(const std::function<void()>& operation) {
     const int ended = 42;
     const int raised = 43;
     const int finished = 44;
+    test_support::child_limits limits;
+    limits.stack_bytes = std::size_t(1) << 20;
+    limits.address_space_bytes = std::size_t(1) << 29;
     outcomes result;
     for (unsigned successes = 0;; ++successes) {
-        const test_support::child_result child = test_support::run_in_child([&] {
-            test_support::exit_42_on_unexpected();
-            try {
-                const failing_allocation failure(successes);
-                operation();
-                if (!failure.failed())
-                    _exit(finished);
-            } catch (const std::bad_alloc&) {
-                _exit(raised);
-            }
-        });
+        const test_support::child_result child = test_support::run_in_child(
+            [&] {
+                test_support::exit_42_on_unexpected();
+                try {
+                    const failing_allocation failure(successes);
+                    operation();
+                    if (!failure.failed())
+                        _exit(finished);
+                } catch (const std::bad_alloc&) {
+                    _exit(raised);
+                }
+            },
+            limits);
         if (child.exit_code == finished)
             return result;
         result.raised |= child.exit_code == raised;

@@ -82,6 +82,19 @@ TEST(SharedConstant, ValuesAreRead) {
     });
 }
 
+// Copies of one value share a use count, so each thread makes a value of its own.
+TEST(OwnValues, AreCopiedOnEveryThread) {
+    const ustring8 text("a value that every thread has to itself");
+    expect_equal_in_threads([&] {
+        const types::variant mine(text);
+        const std::vector<types::variant> copies(100, mine);
+        std::string found;
+        for (const types::variant& copy : copies)
+            found += copy.as_string();
+        return found;
+    });
+}
+
 TEST(SharedConstant, DocumentsAreParsedByAParserForEachThread) {
     const ustring8 document("<?xml version=\"1.0\"?><a><b c='d'>e &amp; f</b><!-- g --><h/></a>");
     expect_equal_in_threads([&] {

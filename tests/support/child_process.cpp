@@ -113,12 +113,14 @@ child_result run_in_child(const std::function<void()>& body, const child_limits&
     return result;
 }
 
-void expect_in_child(const std::function<void()>& body) {
-    const child_result result = run_in_child([&body] {
-        body();
-        std::fflush(nullptr);
-        _exit(::testing::Test::HasFailure() ? 1 : body_passed);
-    });
+void expect_in_child(const std::function<void()>& body, const child_limits& limits) {
+    const child_result result = run_in_child(
+        [&body] {
+            body();
+            std::fflush(nullptr);
+            _exit(::testing::Test::HasFailure() ? 1 : body_passed);
+        },
+        limits);
     EXPECT_EQ(body_passed, result.exit_code) << result.output;
 }
 

@@ -29,7 +29,8 @@ child_result run_in_child(const std::function<void()>& body,
 
 // Runs a part of a test in a child, so that changes to the working directory, to limits or to the
 // file mode mask do not affect the other tests. A failure in the child fails the running test.
-void expect_in_child(const std::function<void()>& body);
+void expect_in_child(const std::function<void()>& body,
+                     const child_limits& limits = child_limits());
 
 // The same without the privileges of root, who may read and search everything: a child of root
 // switches to the user nobody first. The files it uses must be accessible to everyone.
