@@ -10,6 +10,7 @@
 // process, so a run that crashes or never returns is detected.
 #include "support/failing_call.hpp"
 
+#include <tova/extras/data_file.hpp>
 #include <tova/tova.hpp>
 
 #include <boost/filesystem/exception.hpp>
@@ -70,9 +71,18 @@ std::string shown(const std::string& bytes) {
 const std::string catalog_file = "<?xml version=\"1.0\"?><xmc version=\"1.1\">"
                                  "<catalog name=\"a\" lang=\"en\"><msg name=\"m\">x</msg></catalog>"
                                  "</xmc>";
+const std::string second_file = "<?xml version=\"1.0\"?><xmc version=\"1.1\">"
+                                "<catalog name=\"b\" lang=\"en\"><msg name=\"m\">x</msg></catalog>"
+                                "</xmc>";
 const std::string including_file = "<?xml version=\"1.0\"?><xmc version=\"1.1\">"
                                    "<include file=\"folder/a.xmc\"/></xmc>";
 const std::string log_file = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><log><entry/><entry/>";
+
+serialization::labeled_text_buffer data_of(const char* value) {
+    serialization::labeled_text_buffer buffer;
+    buffer.add_value("label", types::variant(value));
+    return buffer;
+}
 
 // The files that each operation finds. Every run has its own directory.
 void make_files() {
@@ -81,6 +91,8 @@ void make_files() {
     ::mkdir("folder", 0700);
     write_file("folder/a.xmc", catalog_file);
     write_file("outer.xmc", including_file);
+    write_file("second.xmc", second_file);
+    extras::store_data("data", data_of("old"));
     write_file("log.xml", log_file);
     ::mkdir("empty", 0700);
 }
@@ -144,6 +156,44 @@ std::string follow() {
     std::string outcome = number(log.error());
     while (!log.node_queue_empty())
         outcome += " " + log.node_queue_pop().name;
+    return outcome;
+}
+
+std::string saved_settings() {
+    const char* const words[] = {"tool", nullptr};
+    config::config_manager manager;
+    manager.init(config::std_config_dispatch(1, words, nullptr, "tool.cfg", ""));
+    const bool loaded = manager.load();
+    return number(loaded) + number(manager.save());
+}
+
+std::string list_of_files() {
+    i18n::message_catalogs set;
+    const std::vector<ustring8> files = {ustring8("folder/a.xmc"), ustring8("second.xmc")};
+    const auto result = set.load(files, ustring8("en"));
+    return number(result.type) + (set.has_message(ustring8("a"), ustring8("m")) ? " first" : "") +
+           (set.has_message(ustring8("b"), ustring8("m")) ? " second" : "");
+}
+
+std::string value_in(const serialization::labeled_text_buffer& buffer) {
+    return buffer.has_value("label") ? buffer.retrieve_value("label").as_string()
+                                     : ustring8("nothing");
+}
+
+std::string loaded_data() {
+    serialization::labeled_text_buffer buffer = data_of("before");
+    const extras::data_status status = extras::load_data("data", buffer);
+    return extras::name(status.error) + (", " + value_in(buffer));
+}
+
+// What the data file contains, and whether a temporary file is left beside it.
+std::string stored_data() {
+    serialization::labeled_text_buffer buffer;
+    extras::load_data("data", buffer);
+    std::string outcome = ", file: " + value_in(buffer);
+    for (const ustring8& name : system::list_directory(ustring8(".")))
+        if (name.find(".tova-") != ustring8::npos)
+            outcome += ", and " + name;
     return outcome;
 }
 
@@ -217,6 +267,10 @@ std::vector<operation> operations() {
                    },
                    stored_file});
     all.push_back({"config_manager::load", {"1 none"}, settings, no_more});
+    all.push_back({"config_manager::load and save",
+                   {"11, file: [s]\\na=1\\n", "11, file: "},
+                   saved_settings,
+                   [] { return ", file: " + shown(content_of("tool.cfg")); }});
     all.push_back({"file_item::save",
                    {"1, file: [s]\\na=1\\n", "1, file: "},
                    [] {
@@ -247,6 +301,10 @@ std::vector<operation> operations() {
                        return outcome_of(set.load(ustring8("folder"), ustring8("en")), set);
                    },
                    no_more});
+    all.push_back({"message_catalogs::load, a list of files",
+                   {"3", "5", "6", "3 first", "5 first", "6 first"},
+                   list_of_files,
+                   no_more});
     all.push_back({"message_catalogs::load_directory",
                    {"0 without", "3 without", "4 without", "6 without"},
                    [] {
@@ -259,6 +317,12 @@ std::vector<operation> operations() {
                    {"0", "11", "11 log entry entry", filesystem_error},
                    follow,
                    no_more});
+    all.push_back({"extras::load_data", {"file error, before"}, loaded_data, no_more});
+    // If only the directory cannot be synced, the file has been replaced.
+    all.push_back({"extras::store_data",
+                   {"file error, file: old", "file error, file: new"},
+                   [] { return extras::name(extras::store_data("data", data_of("new")).error); },
+                   stored_data});
     return all;
 }
 
