@@ -79,7 +79,7 @@ struct workload {
     const char* name;
     std::size_t size;
     std::function<void(std::size_t)> run;
-    bool known_to_grow;  // by contract, or because its output grows faster than its input
+    bool known_to_grow;  // growth.py says why
 };
 
 typedef std::vector<workload> workloads;
@@ -227,6 +227,35 @@ void add_strings(workloads& all) {
                                                               ustring8("x"));
                    },
                    false});
+    all.push_back({"gh2::replace_all, half of a text that almost matches", 100000,
+                   [](std::size_t n) {
+                       std::string text(n, 'a');
+                       g_sink = g_sink +
+                                strings::gh2::replace_all(text, 'b' + std::string(n / 2, 'a'), "x");
+                   },
+                   false});
+    const struct {
+        const char* name;
+        const char* piece;
+    } in_c_locale[] = {{"gh2::to_ansi in the C locale: ASCII", "Gruess Gott, Oesterreich "},
+                       {"gh2::to_ansi in the C locale: German", latin}};
+    for (const auto& one : in_c_locale)
+        all.push_back(
+            {one.name, 200000,
+             [one](std::size_t n) { keep(strings::gh2::to_ansi(filled_with(n, one.piece))); },
+             false});
+    const struct {
+        const char* name;
+        const char* piece;
+    } encoded_1252[] = {{"code page 1252, encoded: its own characters", latin},
+                        {"code page 1252, encoded: Chinese", chinese}};
+    for (const auto& one : encoded_1252)
+        all.push_back({one.name, 200000,
+                       [one](std::size_t n) {
+                           keep(strings::code_page(strings::code_page::encoding_1252)
+                                    .encode(narrow(filled_with(n, one.piece))));
+                       },
+                       false});
     for (const int page : {932, 936, 949, 950, 1252, 1255, 20866, 28591}) {
         static std::vector<std::string> names;
         names.reserve(64);

@@ -21,6 +21,25 @@ FOR_CI = 16  # the quick form counts each so manieth workload
 USUAL = pathlib.Path(__file__).with_name("instructions.json")
 MORE = 1.05  # times the usual instructions
 
+# Workloads that may grow faster, and why.
+EXCEPTIONS = {
+    "a list of arguments, filled, copied and cleared":
+        "not bound by its output: the names of a varg_list are unique, and the list is a vector without an index, "
+        "so each new name is compared with all others",
+    "settings: a deep key saved": "bound by its output: each level repeats the key of the level above",
+    "settings: names of a deep tree": "bound by its output: each level repeats the key of the level above",
+}
+
+# What a page lacks may take so many times the instructions of what the page has. The quick form always counts
+# the first two pairs.
+TIMES_CLEAN = 20
+PAIRS = (
+    ("code page 1252, encoded: Chinese", "code page 1252, encoded: its own characters"),
+    ("gh2::to_ansi in the C locale: German", "gh2::to_ansi in the C locale: ASCII"),
+    *((f"code page, what it lacks: {page}", f"code page, what it has: {page}")
+      for page in (932, 936, 949, 950, 1252, 1255, 20866, 28591)),
+)
+
 
 def instructions(program, name, size, folder, library=None, seconds=None):
     """The instructions of a workload with a library from another folder, or None if it fails."""
@@ -51,7 +70,9 @@ def measure(context):
     program = build / "proofs" / "proof_growth"
     listing = workloads_of(context, program)
     if context.quick:
-        listing = listing[context.seed % FOR_CI::FOR_CI]
+        always = {name for pair in PAIRS[:2] for name in pair}
+        chosen = listing[context.seed % FOR_CI::FOR_CI]
+        listing = chosen + [one for one in listing if one[2] in always and one not in chosen]
 
     def count(name, size):
         counted = instructions(program, name, size, context.scratch / re.sub(r"\W+", "-", name))
@@ -78,17 +99,26 @@ def ratio(one):
     return one["twice"] / one["once"]
 
 
+def pairs_of(result):
+    """The pairs of which both were counted, each with its ratio."""
+    once = {one["name"]: one["once"] for one in result["workloads"]}
+    return [(lacking, having, once[lacking] / once[having]) for lacking, having in PAIRS
+            if lacking in once and having in once]
+
+
 def report(result):
     above = [one for one in result["workloads"] if ratio(one) >= REQUIRED]
     rows = "\n".join(f"| {one['name']} | {one['size']:,} | {one['once']:,} | {ratio(one):.2f} | "
-                     f"{'by rule' if one['known'] else ''} |"
+                     f"{EXCEPTIONS.get(one['name'], '') if one['known'] else ''} |"
                      for one in sorted(result["workloads"], key=ratio, reverse=True))
+    worst = max(pairs_of(result), key=lambda pair: pair[2])
     return f"""{len(result['workloads'])} workloads, each with the instructions of one size and of its double (valgrind's
-callgrind). {len(result['workloads']) - len(above)} grow by less than {REQUIRED}; those that grow faster by rule are
-marked: their output is longer, or every new name is compared with all others. None takes {MORE - 1:.0%} more
-instructions than the last time they were recorded (`tools/prove/{USUAL.name}`).
+callgrind). {len(result['workloads']) - len(above)} grow by less than {REQUIRED}; the reason of each other one is in
+its row. None takes {MORE - 1:.0%} more instructions than the last time they were recorded
+(`tools/prove/{USUAL.name}`). Characters that a code page lacks take at most {worst[2]:.1f} times the instructions of
+those that it has ({worst[0]}); {TIMES_CLEAN} times are allowed.
 
-| workload | size | instructions | twice the size | |
+| workload | size | instructions | twice the size | why more than {REQUIRED} is allowed |
 |---|---|---|---|---|
 {rows}"""
 
@@ -96,6 +126,10 @@ instructions than the last time they were recorded (`tools/prove/{USUAL.name}`).
 def failures(result):
     missed = [f"{one['name']} grows by {ratio(one):.2f}" for one in result["workloads"]
               if ratio(one) >= REQUIRED and not one["known"]]
+    missed += [f"{one['name']} may grow faster, but has no reason" for one in result["workloads"]
+               if one["known"] and one["name"] not in EXCEPTIONS]
+    missed += [f"{lacking} takes {times:.1f} times the instructions of {having}"
+               for lacking, having, times in pairs_of(result) if times > TIMES_CLEAN]
     recorded = usual()
     for one in result["workloads"]:
         before = recorded.get(one["name"])
