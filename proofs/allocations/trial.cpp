@@ -16,6 +16,7 @@ scenarios all_scenarios() {
     add_settings(all);
     add_buffers(all);
     add_files(all);
+    add_extras(all);
     return all;
 }
 

@@ -138,6 +138,7 @@ void add_messages(scenarios& all);
 void add_settings(scenarios& all);
 void add_buffers(scenarios& all);
 void add_files(scenarios& all);
+void add_extras(scenarios& all);
 
 // What the functions above add, in that order.
 scenarios all_scenarios();

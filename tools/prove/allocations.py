@@ -8,7 +8,7 @@ import re
 import shutil
 import subprocess
 
-TITLE = "Exhausted memory"
+TITLE = "Exhausted memory, in every exported operation"
 SOURCES = ("proofs",)
 OUTCOMES = ("raised", "right", "ended", "other", "wrong", "leaked", "crashed")
 
@@ -106,6 +106,9 @@ with that one failing only and once with all from there on: **{failures_made:,}*
 `std::bad_alloc` leaves, or the result is that of a run with enough memory, or the process ends
 through `std::unexpected` where a value is converted (docs/surprises.md). There were {total['other']} other
 exceptions, {total['wrong']} wrong results, {total['leaked']} leaks and {total['crashed']} crashes.
+
+The add-ons exist only in headers and export nothing. Those that allocate most have scenarios of their own; no list
+shows that all have one.
 
 Not called:
 
