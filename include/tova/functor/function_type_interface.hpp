@@ -27,7 +27,7 @@ template <typename Signature>
 class TOVA_API function_type_interface;  // clang takes the visibility of the first declaration
 
 /// A function object that a `delegate_t` of the same signature can own. Its destructor must not
-/// throw.
+/// throw, which ends the process through `std::unexpected`.
 template <typename Result, typename... Arguments>
 class TOVA_API function_type_interface<Result(Arguments...)>
     : public traits::function_traits<Result(Arguments...)>,

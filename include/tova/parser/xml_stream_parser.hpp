@@ -46,7 +46,9 @@ namespace parser {
 /// An element named "include" is a whole node at every level.
 ///
 /// The file is opened and closed again for each piece, and only what was added to it is read. If
-/// the data end inside a construct, it is read again from its start when more arrive. A file that
+/// the data end inside a construct, it is read again from its start when more arrive. Contract: if
+/// they end inside a comment, or after a reference in the same text or value, a part is lost or an
+/// error is reported; docs/stream_parser.md shows how to follow whole lines instead. A file that
 /// shrinks gives no data until it has grown past its old length. Memory is bounded by a buffer of
 /// 65536 bytes and a queue of about 100 nodes, unless a whole node holds more than that. Contract:
 /// a tag's name, an attribute or a run of text that does not fit into the buffer is never
