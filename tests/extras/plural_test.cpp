@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
 #include <limits>
 #include <sstream>
@@ -189,6 +190,9 @@ TEST(ExtrasPlural, AgreesWithTheSamplesOfItsRules) {
         }
     }
     EXPECT_EQ(6966u, count);
+    // ./run prove reads this line.
+    if (!HasFailure())
+        std::printf("CLDR's samples: %u compared, 0 unexplained\n", count);
 }
 
 // --- Messages ------------------------------------------------------------------------------------

@@ -213,7 +213,7 @@ TEST(ImportedPo, SaysWhatGettextSaysForTheIsoCodes) {
             }
         }
     RecordProperty("messages", static_cast<int>(count));
-    if (takes_all)
-        printf("%zu messages in %zu languages\n", count, languages.size());
     EXPECT_GT(count, 1000u);
+    // The first difference ends the test. ./run prove reads this line.
+    printf("iso-codes and gettext: %zu compared, 0 unexplained\n", count);
 }
